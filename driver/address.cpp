@@ -1,0 +1,330 @@
+#include "address.h"
+
+namespace
+{
+
+const qint32 NO_UPPER = 0x7FFFFFFF;
+
+const DeviceArea DEVICE_AREAS[] = {
+    {"TV", WORD_ELEMENTS, false, false, 0, 9999, "dddd", true, 0x0600, NO_UPPER, 0},
+    {"CV", WORD_ELEMENTS, false, false, 0, 199, "ddd", true, 0x0E00, NO_UPPER, 0},
+    {"CV2", COUNTER_ELEMENTS, false, false, 200, 255, "ddd", true, 0x0E00, NO_UPPER, 0},
+    {"D", WORD_ELEMENTS, false, false, 0, 11999, "ddddd", true, 0x1000, 4096, 0x8000},
+    {"X", BIT_ELEMENTS, true, true, 0, 23417, "ooooo", false, 0x0400, NO_UPPER, 0},
+    {"Y", BIT_ELEMENTS, true, true, 0, 23417, "ooooo", true, 0x0500, NO_UPPER, 0},
+    // 65536 lies one past the 16-bit range; panels rely on being let through there.
+    {"M", BIT_ELEMENTS, true, false, 0, 65536, "ddddd", true, 0x0800, 1536, 0xAA00},
+    {"S", BIT_ELEMENTS, true, false, 0, 9999, "dddd", true, 0x0000, NO_UPPER, 0},
+    {"T", BIT_ELEMENTS, true, false, 0, 9999, "dddd", true, 0x0600, NO_UPPER, 0},
+    {"C", BIT_ELEMENTS, true, false, 0, 9999, "dddd", true, 0x0E00, NO_UPPER, 0},
+    // Bits for values, words for watching: each watched bit has an entry of its own address.
+    {"TV_bit", BIT_ELEMENTS, false, false, 0, 159999, nullptr, true, 0, NO_UPPER, 0},
+    // Watched as bits, but neither polled nor served.
+    {"SM", NO_ELEMENTS, true, false, 0, 0, nullptr, true, 0, NO_UPPER, 0},
+};
+
+const char *const BIT_AREA_NAMES[] = {"X", "Y", "M", "S", "T", "C"};
+const char *const WORD_AREA_NAMES[] = {"TV", "CV", "CV2", "D"};
+
+enum AddressCheck {
+    VALID = 0,
+    KIND_MISMATCH = 1,
+    OUT_OF_RANGE = 2,
+    UNKNOWN_AREA = 3,
+    SYNTAX_ERROR = 4,
+    DATA_TYPE_MISMATCH = 5
+};
+
+// Decimal digits as an unsigned 32-bit number shows them.
+QString unsignedText(qint64 value)
+{
+    return QString::number(static_cast<quint32>(value));
+}
+
+bool hasSign(const QString &text)
+{
+    return text.contains(QLatin1Char('-')) || text.contains(QLatin1Char('+'));
+}
+
+bool parseAddress(const DeviceArea &area, const QString &text, qint32 *value)
+{
+    if (isTvBit(area))
+        return a2i_ddd_DD(text, value) == 1;
+    bool ok = false;
+    const int number = text.toInt(&ok);
+    if (ok)
+        *value = number;
+    return ok;
+}
+
+// Everything behind the type checks, in which the two exported checks differ.
+AddressCheck checkAddressText(const DeviceArea &area, const QString &text, qint32 *address,
+                              qint32 count)
+{
+    qint32 value = 0;
+    if (!parseAddress(area, text, &value))
+        return SYNTAX_ERROR;
+    if (address)
+        *address = value;
+    if (value < area.lowest)
+        return OUT_OF_RANGE;
+    // For octal areas the end is computed in decimal on the digits, and only the start is checked
+    // for octal digits: editors rely on both.
+    if (qint64(value) + count - 1 > area.highest)
+        return OUT_OF_RANGE;
+    if (area.octal && !check8Num(value))
+        return OUT_OF_RANGE;
+    return VALID;
+}
+
+bool isCounterDataType(qint32 dataType)
+{
+    return dataType == 1 || dataType == 3 || dataType == 5 || dataType == 6 || dataType == 9;
+}
+
+// The step that the editor asks for: -2 stands for "one 32-bit value further".
+qint32 seriesStep(const DeviceArea &area, qint32 step)
+{
+    if (step >= 1)
+        return step;
+    const bool takesTwoElements = area.kind == WORD_ELEMENTS || isTvBit(area);
+    return step == -2 && takesTwoElements ? 2 : 1;
+}
+
+int octalSeries(qint32 start, qint32 n, qint32 step, QVector<QString> &texts,
+                QVector<qint32> &numbers, qint32 max)
+{
+    int result = 1;
+    qint64 correction = 0;
+    for (qint32 i = 0; i < n; ++i) {
+        qint64 value = start + qint64(i) * step + correction;
+        // Only the last digit is carried over: a tens digit that becomes 8 or 9 stays.
+        const qint64 lastDigit = value % 10;
+        if (lastDigit > 7) {
+            value += 10 - lastDigit;
+            correction += 10 - lastDigit;
+        }
+        if (value > max) {
+            value = max;
+            result = 2;
+        }
+        texts.append(QString::number(value));
+        numbers.append(static_cast<qint32>(value));
+    }
+    return result;
+}
+
+int wordBitSeries(qint32 start, qint32 n, qint32 step, QVector<QString> &texts,
+                  QVector<qint32> &numbers)
+{
+    // The end's text does not match its number; editors show it as it stands.
+    const qint32 max = 65535 * 16 + 15;
+    const QLatin1String endText("65536.15");
+    int result = 1;
+    for (qint32 i = 0; i < n; ++i) {
+        const qint64 value = start + qint64(i) * step;
+        if (value > max) {
+            texts.append(endText);
+            numbers.append(max);
+            result = 2;
+        } else {
+            texts.append(unsignedText(value / 16) + QLatin1Char('.') + unsignedText(value % 16));
+            numbers.append(static_cast<qint32>(value));
+        }
+    }
+    return result;
+}
+
+} // namespace
+
+const DeviceArea *findDeviceArea(const QString &name)
+{
+    for (const DeviceArea &area : DEVICE_AREAS) {
+        if (name == QLatin1String(area.name))
+            return &area;
+    }
+    return nullptr;
+}
+
+int pollingOrder(const DeviceArea *area)
+{
+    if (!area)
+        return -1;
+    const int row = static_cast<int>(area - DEVICE_AREAS);
+    return row < POLLED_AREAS ? row : -1;
+}
+
+ElementKind elementKind(const DeviceArea *area)
+{
+    return area ? area->kind : NO_ELEMENTS;
+}
+
+bool isTvBit(const DeviceArea &area)
+{
+    return area.kind == BIT_ELEMENTS && !area.watchedAsBits;
+}
+
+qint32 linearAddress(const DeviceArea &area, qint32 address)
+{
+    return area.octal ? linearFromOctalDigits(address) : address;
+}
+
+qint32 addressPlus(qint32 address, qint64 offset)
+{
+    return static_cast<qint32>(static_cast<quint32>(address) + static_cast<quint32>(offset));
+}
+
+qint32 linearFromOctalDigits(qint32 digits)
+{
+    qint32 linear = 0;
+    for (qint32 rest = digits, weight = 1; rest > 0; rest /= 10, weight *= 8) {
+        if (rest % 10 > 7)
+            return 0;
+        linear += rest % 10 * weight;
+    }
+    return linear;
+}
+
+qint32 octalDigitsFromLinear(qint32 linear)
+{
+    qint64 digits = 0;
+    qint64 weight = 1;
+    for (qint32 rest = linear; rest > 0; rest /= 8, weight *= 10)
+        digits += rest % 8 * weight;
+    return digits <= 0x7FFFFFFF ? static_cast<qint32>(digits) : 0;
+}
+
+int check8Num(int value)
+{
+    for (int rest = value; rest > 0; rest /= 10) {
+        if (rest % 10 > 7)
+            return 0;
+    }
+    return 1;
+}
+
+int a2i_ddd_DD(QString text, int *result)
+{
+    const QStringList parts = text.split(QLatin1Char('.'));
+    if (parts.size() != 2)
+        return -1;
+    bool wordOk = false;
+    bool bitOk = false;
+    const int word = parts.at(0).toInt(&wordOk);
+    const int bit = parts.at(1).toInt(&bitOk);
+    if (!wordOk || !bitOk)
+        return -1;
+    const int bitChars = static_cast<int>(parts.at(1).size());
+    const bool oneDigit = bitChars == 1;
+    const bool tenToFifteen = bitChars == 2 && bit >= 10 && bit <= 15;
+    if (!oneDigit && !tenToFifteen)
+        return -1;
+    const qint64 combined = qint64(word) * 16 + bit;
+    if (combined != static_cast<qint32>(combined))
+        return -1;
+    if (result)
+        *result = static_cast<qint32>(combined);
+    return 1;
+}
+
+int bCheckSplitter(QByteArray frame)
+{
+    const int length = static_cast<int>(frame.size());
+    return length >= 2 && frame.at(length - 1) == '\r' && frame.at(length - 2) != '*' ? 1 : 0;
+}
+
+qint32 intf_checkAddrValidity(QString area, QString addressText, qint32 *address, qint32 count,
+                              qint32 wantWord) noexcept
+{
+    const DeviceArea *const row = findDeviceArea(area);
+    const ElementKind kind = elementKind(row);
+    if (kind != NO_ELEMENTS && (kind == BIT_ELEMENTS) != (wantWord == 0))
+        return KIND_MISMATCH;
+    if (hasSign(addressText))
+        return SYNTAX_ERROR;
+    if (kind == NO_ELEMENTS)
+        return UNKNOWN_AREA;
+    return checkAddressText(*row, addressText, address, count);
+}
+
+qint32 intf_checkAddr(QString area, QString addressText, qint32 *address, qint32 dataType,
+                      qint32 count) noexcept
+{
+    const DeviceArea *const row = findDeviceArea(area);
+    const ElementKind kind = elementKind(row);
+    if (kind != NO_ELEMENTS && (kind == BIT_ELEMENTS) != (dataType == -1))
+        return KIND_MISMATCH;
+    if (hasSign(addressText))
+        return SYNTAX_ERROR;
+    if (kind == NO_ELEMENTS)
+        return UNKNOWN_AREA;
+    if (kind == COUNTER_ELEMENTS && !isCounterDataType(dataType))
+        return DATA_TYPE_MISMATCH;
+    return checkAddressText(*row, addressText, address, count);
+}
+
+qint32 intf_getRegDiscription(QString area, QStringList &out) noexcept
+{
+    const DeviceArea *const row = findDeviceArea(area);
+    if (!row || !row->mask)
+        return 0;
+    const QLatin1String yes("1");
+    const QLatin1String no("0");
+    out << QString(QLatin1String(row->mask)) << QString::number(row->lowest)
+        << QString::number(row->highest) << QString(row->kind == BIT_ELEMENTS ? no : yes)
+        << QString(row->writable ? yes : no);
+    return 1;
+}
+
+qint32 intf_getRegListByType(qint32 type, QStringList &out) noexcept
+{
+    // Type 0 fills the list and yet returns 0: the result is the type, not a success.
+    if (type == 0) {
+        for (const char *name : BIT_AREA_NAMES)
+            out << QString(QLatin1String(name));
+        return 0;
+    }
+    if (type == 1) {
+        for (const char *name : WORD_AREA_NAMES)
+            out << QString(QLatin1String(name));
+        return 1;
+    }
+    return 0;
+}
+
+int multiCp_dec(qint32 start, qint32 n, qint32 step, QVector<QString> &texts,
+                QVector<qint32> &numbers, qint32 max, QString endText)
+{
+    int result = 1;
+    for (qint32 i = 0; i < n; ++i) {
+        const qint64 value = start + qint64(i) * step;
+        if (value > max) {
+            texts.append(endText);
+            numbers.append(max);
+            result = 2;
+        } else {
+            texts.append(unsignedText(value));
+            numbers.append(static_cast<qint32>(value));
+        }
+    }
+    return result;
+}
+
+qint32 intf_multiCopy(const QString &area, qint32 start, qint32 n, qint32 step,
+                      QVector<QString> *texts, QVector<qint32> *numbers) noexcept
+{
+    const DeviceArea *const row = findDeviceArea(area);
+    if (elementKind(row) == NO_ELEMENTS)
+        return 0;
+    QVector<QString> noTexts;
+    QVector<qint32> noNumbers;
+    QVector<QString> &textsOut = texts ? *texts : noTexts;
+    QVector<qint32> &numbersOut = numbers ? *numbers : noNumbers;
+    const qint32 usedStep = seriesStep(*row, step);
+    if (isTvBit(*row))
+        return wordBitSeries(start, n, usedStep, textsOut, numbersOut);
+    if (row->octal)
+        return octalSeries(start, n, usedStep, textsOut, numbersOut, row->highest);
+    return multiCp_dec(start, n, usedStep, textsOut, numbersOut, row->highest,
+                       QString::number(row->highest));
+}

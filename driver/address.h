@@ -1,0 +1,77 @@
+// The device areas, the syntax of their addresses, and the editor's address services.
+#ifndef ADDRESS_H
+#define ADDRESS_H
+
+#include "ostrel_kmr.h"
+
+// What the elements of an area are to a host that reads and writes values.
+enum ElementKind {
+    NO_ELEMENTS, // known by name only, values are not served
+    BIT_ELEMENTS,
+    WORD_ELEMENTS,   // 16 bits
+    COUNTER_ELEMENTS // 32 bits
+};
+
+// One device area. The first POLLED_AREAS rows stand in the order in which areas are polled.
+struct DeviceArea {
+    const char *name;   // as the host spells it, case included
+    ElementKind kind;   // for reading, writing and checking addresses
+    bool watchedAsBits; // watched, reported and settled bit by bit in blocks of 16, else by address
+    bool octal;         // addresses carry octal digits
+    qint32 lowest;      // first valid address
+    qint32 highest;     // last valid address of the end of a run
+    const char *mask;   // input mask of the catalogue, null when the catalogue does not offer it
+    bool writable;      // as the catalogue has it
+    qint32 base;        // Modbus address of element 0, below `upperFrom`
+    qint32 upperFrom;   // from this element on `upperBase` counts
+    qint32 upperBase;   // Modbus address that element 0 would have there
+};
+
+enum {
+    POLLED_AREAS = 11,
+    BLOCK_BITS = 16 // bits that the store keeps in one entry
+};
+
+// Returns the row of `name`, or null.
+const DeviceArea *findDeviceArea(const QString &name);
+
+// Position in the polling order, 0 to POLLED_AREAS - 1, or -1 for an area that is not polled.
+int pollingOrder(const DeviceArea *area);
+
+// What an area counts as for values; an unknown one (null) has NO_ELEMENTS.
+ElementKind elementKind(const DeviceArea *area);
+
+// True for "TV_bit", the one area whose bits are watched and polled as words.
+bool isTvBit(const DeviceArea &area);
+
+// The linear number of the element that the host calls `address`.
+qint32 linearAddress(const DeviceArea &area, qint32 address);
+
+// `address` + `offset`, wrapping round at 32 bits where the sum leaves them.
+qint32 addressPlus(qint32 address, qint64 offset);
+
+// The linear number of the octal digits that `digits` shows: 17 gives 15. 0 when a digit is 8 or 9
+// and for negative numbers.
+qint32 linearFromOctalDigits(qint32 digits);
+
+// The reverse: 15 gives 17. 0 for negative numbers and where the digits leave 32 bits.
+qint32 octalDigitsFromLinear(qint32 linear);
+
+// Returns 1 when no decimal digit of `value` is 8 or 9, else 0; 1 for negative numbers.
+int check8Num(int value);
+
+// Reads "word.bit" and stores word x 16 + bit in `*result`. The bit is 0 to 9 in one character or
+// 10 to 15 in two. Returns 1, or -1 with `*result` untouched for any other text and for a value
+// that leaves 32 bits.
+int a2i_ddd_DD(QString text, int *result);
+
+// Returns 1 when `frame` ends in a carriage return that no '*' precedes and has at least 2 bytes,
+// else 0.
+int bCheckSplitter(QByteArray frame);
+
+// The decimal series of intf_multiCopy: `n` addresses from `start` on, those above `max` replaced
+// by `max` and `endText`. Returns 1, or 2 when one was replaced.
+int multiCp_dec(qint32 start, qint32 n, qint32 step, QVector<QString> &texts,
+                QVector<qint32> &numbers, qint32 max, QString endText);
+
+#endif

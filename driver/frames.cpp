@@ -1,0 +1,318 @@
+#include "frames.h"
+
+#include "address.h"
+
+namespace
+{
+
+const int BURST_MOST = 3;
+const int REPLY_DATA_POS = 7;           // behind ':', station, function and byte count
+const int READ_REPLY_OVERHEAD = 11;     // ':', station, function, byte count, LRC, CR LF
+const int WRITE_REPLY_OVERHEAD = 13;    // ':', station, function, address, LRC, CR LF
+const int WORDS_MOST = VALUE_BYTES / 2; // that a request's data holds
+
+// -1 for a character that is no hexadecimal digit.
+int hexDigitValue(QChar character)
+{
+    const ushort code = character.unicode();
+    if (code >= '0' && code <= '9')
+        return code - '0';
+    if (code >= 'A' && code <= 'F')
+        return code - 'A' + 10;
+    if (code >= 'a' && code <= 'f')
+        return code - 'a' + 10;
+    return -1;
+}
+
+// The value of the one or two characters from `position` on, 0 where they are no hexadecimal
+// number.
+int hexPairValue(const QString &text, int position)
+{
+    const int high = hexDigitValue(text.at(position));
+    if (position + 1 == text.size())
+        return qMax(high, 0);
+    const int low = hexDigitValue(text.at(position + 1));
+    return high >= 0 && low >= 0 ? high * 16 + low : 0;
+}
+
+quint8 lrcOf(const QString &text)
+{
+    quint32 sum = 0;
+    for (int position = 1; position < text.size(); position += 2)
+        sum += static_cast<quint32>(hexPairValue(text, position));
+    return static_cast<quint8>(~sum + 1);
+}
+
+char hexDigit(int nibble)
+{
+    return "0123456789ABCDEF"[nibble];
+}
+
+// The last `width` (at most 4) hexadecimal digits of `value`, a negative one in two's complement.
+QString hexField(qint64 value, int width)
+{
+    QString field = QLatin1String("0000") + QString::number(static_cast<quint64>(value), 16);
+    field = field.right(width);
+    sToS(field);
+    return field;
+}
+
+// The last `width` (at most 4) characters of `value` in decimal digits.
+QString decimalField(qint32 value, int width)
+{
+    return (QLatin1String("0000") + QString::number(value)).right(width);
+}
+
+// Decimal digits on purpose: station 12 goes out as "12", which the controller reads as 18.
+QString frameStart(qint32 station)
+{
+    return QLatin1Char(':') + decimalField(station, 2);
+}
+
+bool isFramedAsBits(const DeviceArea &area)
+{
+    return area.kind == BIT_ELEMENTS && area.watchedAsBits;
+}
+
+bool isFramedAsWords(const DeviceArea &area)
+{
+    return area.kind == WORD_ELEMENTS || area.kind == COUNTER_ELEMENTS;
+}
+
+qint64 modbusBase(const DeviceArea &area, qint32 element)
+{
+    return element < area.upperFrom ? area.base : area.upperBase;
+}
+
+// A product that leaves 32 bits wraps round.
+qint32 times(qint32 count, qint32 factor)
+{
+    return addressPlus(0, qint64(count) * factor);
+}
+
+quint16 wordOf(const VARIABLE &var, qint32 word)
+{
+    if (word >= WORDS_MOST)
+        return 0;
+    return static_cast<quint16>(var.data[2 * word] * 256 + var.data[2 * word + 1]);
+}
+
+QString wordValues(const VARIABLE &var)
+{
+    QString values;
+    for (qint32 word = 0; word < var.count && word < WORDS_MOST; ++word)
+        values += hexField(wordOf(var, word), 4);
+    return values;
+}
+
+// High word first. A request for several counters carries its last and its first word only, while
+// quantity and byte count announce them all: controllers in the field are used to it.
+QString counterValues(const VARIABLE &var)
+{
+    QString values;
+    if (var.count > 1)
+        values += hexField(wordOf(var, var.count - 1), 4);
+    if (var.count > 0)
+        values += hexField(wordOf(var, 0), 4);
+    return values;
+}
+
+QString wordWriteText(const DeviceArea &area, const VARIABLE &var)
+{
+    const bool counters = area.kind == COUNTER_ELEMENTS;
+    return QLatin1String("10") + hexField(modbusBase(area, var.address) + var.address, 4) +
+           hexField(counters ? var.count / 2 : var.count, 4) + hexField(qint64(var.count) * 2, 2) +
+           (counters ? counterValues(var) : wordValues(var));
+}
+
+QString bitWriteText(const DeviceArea &area, const VARIABLE &var)
+{
+    const qint32 bit = linearAddress(area, var.address);
+    return QLatin1String("05") + hexField(modbusBase(area, bit) + bit, 4) +
+           QLatin1String(var.data[0] == 1 ? "FF00" : "0000");
+}
+
+// Bit reads start at a multiple of 16 and cover 16 or 32 bits. 16 bits from such a multiple on read
+// 32: a margin that the line can afford.
+bool readsTwoWords(const VARIABLE &var, qint32 bit)
+{
+    return var.count > 1 && qint64(bit % BLOCK_BITS) + var.count > 15;
+}
+
+void appendFrame(const QString &text, qint32 replyLen, qint32 replyDataLen, const VARIABLE &var)
+{
+    FRAME_PRO frame;
+    getFrame(frame, text);
+    frame.replyLen = replyLen;
+    frame.replyDataPos = REPLY_DATA_POS;
+    frame.replyDataLen = replyDataLen;
+    frame.var = var;
+    driver.frames.append(frame);
+}
+
+void readRecipeRequests(bool *download, bool *upload)
+{
+    *download = false;
+    *upload = false;
+    if (!driver.hostStatus || !driver.hostMutex)
+        return;
+    driver.hostMutex->lock();
+    *download = driver.hostStatus[STATUS_RECIPE_DOWNLOAD] == 1;
+    *upload = driver.hostStatus[STATUS_RECIPE_UPLOAD] == 1;
+    driver.hostMutex->unlock();
+}
+
+// Between the end of a transfer and the host's seeing its request byte cleared.
+void repeatLastRequest()
+{
+    switch (driver.sendState) {
+    case SEND_WRITE:
+    case SEND_RECIPE_DOWNLOAD:
+        getWriteFrame(driver.curVar);
+        break;
+    case SEND_ONE_SHOT_READ:
+    case SEND_CYCLIC_READ:
+    case SEND_RECIPE_UPLOAD:
+        getReadFrame(driver.curVar);
+        break;
+    default:
+        break;
+    }
+}
+
+void frameRecipeEntry(SendState state)
+{
+    if (driver.recipeCursor >= driver.recipeVars.size()) {
+        repeatLastRequest();
+        return;
+    }
+    const bool download = state == SEND_RECIPE_DOWNLOAD;
+    rcpAddrToVar(driver.recipeVars.at(driver.recipeCursor), driver.curVar, download ? 1 : 0);
+    driver.sendState = state;
+    if (download)
+        getWriteFrame(driver.curVar);
+    else
+        getReadFrame(driver.curVar);
+}
+
+// Writes go first, then one-shot reads, but after three of them in a row a cyclic block must be
+// polled. Without any cyclic block nothing more is sent then, until the next intf_initProperty:
+// hosts keep at least one block in the plan.
+void frameQueuedRequest()
+{
+    const bool mayBurst = driver.burstCount < BURST_MOST;
+    if (mayBurst && !driver.pendingWrites.isEmpty()) {
+        driver.curVar = driver.pendingWrites.at(0);
+        driver.sendState = SEND_WRITE;
+        ++driver.burstCount;
+        getWriteFrame(driver.curVar);
+    } else if (mayBurst && !driver.pendingReads.isEmpty()) {
+        driver.curVar = driver.pendingReads.at(0);
+        driver.sendState = SEND_ONE_SHOT_READ;
+        ++driver.burstCount;
+        getReadFrame(driver.curVar);
+    } else if (driver.cyclicReads.isEmpty()) {
+        driver.sendState = SEND_NOTHING;
+    } else {
+        driver.curVar = driver.cyclicReads.at(0);
+        driver.sendState = SEND_CYCLIC_READ;
+        driver.burstCount = 0;
+        getReadFrame(driver.curVar);
+    }
+}
+
+void frameNextRequest()
+{
+    bool download = false;
+    bool upload = false;
+    readRecipeRequests(&download, &upload);
+    if (download)
+        frameRecipeEntry(SEND_RECIPE_DOWNLOAD);
+    else if (upload)
+        frameRecipeEntry(SEND_RECIPE_UPLOAD);
+    else
+        frameQueuedRequest();
+}
+
+} // namespace
+
+void getFrame(FRAME_PRO &frame, QString text)
+{
+    if (text.isEmpty())
+        return;
+    if (text.size() > FRAME_TEXT_MOST) {
+        frame.frameLen = 0;
+        return;
+    }
+    const int length = static_cast<int>(text.size());
+    for (int i = 0; i < length; ++i)
+        frame.frame[i] = static_cast<char>(text.at(i).unicode() & 0xFF);
+    const quint8 lrc = lrcOf(text);
+    frame.frame[length] = hexDigit(lrc >> 4);
+    frame.frame[length + 1] = hexDigit(lrc & 0x0F);
+    frame.frame[length + 2] = '\r';
+    frame.frame[length + 3] = '\n';
+    frame.frameLen = length + 4;
+}
+
+void sToS(QString &text)
+{
+    const QByteArray latin1 = text.toLatin1();
+    QByteArray upper(latin1.size() + 1, '\0');
+    uppers(upper.data(), latin1.constData());
+    text = QString::fromLatin1(upper.constData());
+}
+
+void uppers(char *dst, const char *src)
+{
+    for (; *src; ++src, ++dst)
+        *dst = static_cast<char>(*src >= 'a' && *src <= 'z' ? *src - 'a' + 'A' : *src);
+    *dst = '\0';
+}
+
+void getReadFrame(VARIABLE &var)
+{
+    QString text = frameStart(var.station);
+    qint32 replyDataLen = 0;
+    const DeviceArea *const area = findDeviceArea(var.area);
+    if (area && isFramedAsWords(*area)) {
+        const bool counters = area->kind == COUNTER_ELEMENTS;
+        if (counters && var.count > 1)
+            var.count /= 2;
+        // The quantity goes out in decimal digits; blocks of at most 8 words read the same either
+        // way.
+        text += QLatin1String("03") + hexField(modbusBase(*area, var.address) + var.address, 4) +
+                decimalField(var.count, 4);
+        replyDataLen = times(var.count, counters ? 8 : 4);
+    } else if (area && isFramedAsBits(*area)) {
+        const qint32 bit = linearAddress(*area, var.address);
+        const bool twoWords = readsTwoWords(var, bit);
+        text += QLatin1String("02") +
+                hexField(modbusBase(*area, bit) + bit / BLOCK_BITS * BLOCK_BITS, 4) +
+                QLatin1String(twoWords ? "0020" : "0010");
+        replyDataLen = twoWords ? 8 : 4;
+    }
+    appendFrame(text, addressPlus(replyDataLen, READ_REPLY_OVERHEAD), replyDataLen, var);
+}
+
+void getWriteFrame(const VARIABLE &var)
+{
+    QString text = frameStart(var.station);
+    const DeviceArea *const area = findDeviceArea(var.area);
+    if (area && isFramedAsWords(*area))
+        text += wordWriteText(*area, var);
+    else if (area && isFramedAsBits(*area) && area->writable)
+        text += bitWriteText(*area, var);
+    appendFrame(text, addressPlus(times(var.count, 4), WRITE_REPLY_OVERHEAD), 4, var);
+}
+
+qint32 intf_getSendFrame(FRAME_PRO *out) noexcept
+{
+    if (driver.frames.isEmpty())
+        frameNextRequest();
+    if (driver.frames.isEmpty())
+        return 0;
+    if (out)
+        *out = driver.frames.at(0);
+    return 1;
+}

@@ -1,0 +1,224 @@
+#include "polling.h"
+
+#include "address.h"
+#include "datastore.h"
+
+#include <QMap>
+
+#include <algorithm>
+
+namespace
+{
+
+// A piece of a run that one request can read.
+struct Chunk {
+    qint32 station;
+    QString area;
+    qint32 address;
+    qint32 count;
+};
+
+typedef QMultiMap<qint32, Chunk> ChunksByKey;
+
+bool startsBefore(const Chunk &left, const Chunk &right)
+{
+    return left.address < right.address;
+}
+
+bool sameTarget(const VARIABLE &left, const VARIABLE &right)
+{
+    return left.address == right.address && left.count == right.count &&
+           left.station == right.station && left.area == right.area;
+}
+
+qint32 chunkLimit(const DeviceArea &area)
+{
+    return qMax(area.watchedAsBits ? driver.bitGroupLimit : driver.wordGroupLimit, 1);
+}
+
+// Whole words that hold `bits` bits, rounded up.
+qint64 wordsOfBits(qint64 bits)
+{
+    return bits / BLOCK_BITS + (bits % BLOCK_BITS != 0 ? 1 : 0);
+}
+
+void cutIntoChunks(const KEY_ADDRESS &key, ChunksByKey &chunks)
+{
+    const DeviceArea *const area = findDeviceArea(key.area);
+    const int order = pollingOrder(area);
+    if (order < 0)
+        return;
+    qint32 start = key.address;
+    qint64 count = key.count;
+    if (isTvBit(*area)) { // polled as words
+        start = key.address / BLOCK_BITS;
+        count = wordsOfBits(qint64(key.address % BLOCK_BITS) + key.count);
+    }
+    // Stations of 256 and more share their keys with the next area.
+    const qint32 mapKey = addressPlus(key.station, order * 256);
+    const qint32 limit = chunkLimit(*area);
+    for (qint64 done = 0; done < count; done += limit) {
+        const Chunk chunk = {key.station, key.area, addressPlus(start, done),
+                             static_cast<qint32>(qMin<qint64>(limit, count - done))};
+        chunks.insert(mapKey, chunk);
+    }
+}
+
+void openBlock(const Chunk &chunk)
+{
+    VARIABLE block;
+    block.reqTag = READ_BLOCK_TAG;
+    block.station = chunk.station;
+    block.area = chunk.area;
+    block.address = chunk.address;
+    block.count = chunk.count;
+    driver.cyclicReads.append(block);
+}
+
+// True when `chunk` may not join a block that starts at `blockStart`: the timers and counters from
+// 255 on are apart from those below. Only the starts are looked at.
+bool liesBehindGap(const Chunk &chunk, qint64 blockStart)
+{
+    const bool gapAt255 = chunk.area == QLatin1String("T") || chunk.area == QLatin1String("C");
+    return gapAt255 && chunk.address >= 255 && blockStart < 255;
+}
+
+// Joins chunks in ascending order into read blocks. X and Y are measured on their octal digits as
+// they stand.
+void appendBlocks(const QList<Chunk> &chunks)
+{
+    qint64 start = 0;
+    qint64 length = 0;
+    bool open = false;
+    for (const Chunk &chunk : chunks) {
+        if (open && chunk.area == QLatin1String("CV2")) {
+            openBlock(chunk);
+            continue;
+        }
+        const qint64 end = qint64(chunk.address) + chunk.count;
+        if (open && end <= start + length)
+            continue;
+        // The word limit counts for bits too: a bit run may be long, joined bit runs may not.
+        if (!open || end - start > driver.wordGroupLimit || liesBehindGap(chunk, start)) {
+            openBlock(chunk);
+            start = chunk.address;
+            length = chunk.count;
+            open = true;
+        } else {
+            length = end - start;
+            driver.cyclicReads.last().count = static_cast<qint32>(length);
+        }
+    }
+}
+
+VARIABLE oneShotRead(const KEY_ADDRESS &piece, qint32 reqTag)
+{
+    VARIABLE request;
+    request.reqTag = reqTag;
+    request.station = piece.station;
+    request.area = piece.area;
+    request.address = piece.address;
+    request.count = piece.count;
+    if (elementKind(findDeviceArea(piece.area)) == BIT_ELEMENTS) {
+        // The words that the bits would fill, wherever in its word the run starts.
+        request.address = piece.address / BLOCK_BITS;
+        request.count = static_cast<qint32>(wordsOfBits(piece.count));
+    }
+    return request;
+}
+
+} // namespace
+
+void queueRequest(QList<VARIABLE> &queue, const VARIABLE &request)
+{
+    const QList<VARIABLE> &queued = queue;
+    const int size = static_cast<int>(queued.size());
+    for (int i = size - 1; i >= 1; --i) {
+        if (sameTarget(queued.at(i), request)) {
+            queue[i] = request;
+            return;
+        }
+    }
+    if (size < QUEUE_MOST)
+        queue.append(request);
+    else
+        queue[QUEUE_MOST - 1] = request;
+}
+
+int _setBitValue(int value, quint8 bit, bool on)
+{
+    const quint32 mask = bit < 32 ? 1u << bit : 0u;
+    const quint32 bits = static_cast<quint32>(value);
+    return static_cast<int>(on ? bits | mask : bits & ~mask);
+}
+
+int _setDataAreaMonitorFlag(int station, QString area, int address, int count)
+{
+    const DeviceArea *const row = findDeviceArea(area);
+    int mark = 0;
+    if (row && row->watchedAsBits) {
+        const qint32 first = linearAddress(*row, address);
+        for (int i = 0; i < count; ++i) {
+            const qint32 bit = addressPlus(first, i);
+            _DATA_ &entry = dataArea(station, area, bit / BLOCK_BITS);
+            mark = _setBitValue(entry.bitMonitor, static_cast<quint8>(bit % BLOCK_BITS), true);
+            entry.bitMonitor = mark;
+        }
+    } else {
+        for (int i = 0; i < count; ++i) {
+            _DATA_ &entry = dataArea(station, area, addressPlus(address, i));
+            mark = _setBitValue(entry.wordMonitor, 0, true);
+            entry.wordMonitor = mark;
+        }
+    }
+    return mark;
+}
+
+void groupingKey(KEY_ADDRESS &key, qint32 maxCount, QList<KEY_ADDRESS> &out, qint32)
+{
+    const qint32 most = qMax(maxCount, 1);
+    if (key.count <= most) {
+        out.append(key);
+        return;
+    }
+    KEY_ADDRESS piece = key;
+    for (qint32 done = 0; done < key.count; done += piece.count) {
+        piece.address = addressPlus(key.address, done);
+        piece.count = qMin(key.count - done, most);
+        out.append(piece);
+    }
+}
+
+qint32 intf_addrMerge(const QList<KEY_ADDRESS> &list) noexcept
+{
+    for (int i = 0; i < driver.dataAreas.size(); ++i) {
+        driver.dataAreas[i].wordMonitor = 0;
+        driver.dataAreas[i].bitMonitor = 0;
+    }
+    for (const KEY_ADDRESS &key : list)
+        _setDataAreaMonitorFlag(key.station, key.area, key.address, key.count);
+
+    driver.cyclicReads.clear();
+    ChunksByKey chunks;
+    for (const KEY_ADDRESS &key : list)
+        cutIntoChunks(key, chunks);
+    for (qint32 mapKey : chunks.uniqueKeys()) {
+        QList<Chunk> ofKey = chunks.values(mapKey); // newest first, and so they stay among equals
+        std::stable_sort(ofKey.begin(), ofKey.end(), startsBefore);
+        appendBlocks(ofKey);
+    }
+    return static_cast<qint32>(driver.cyclicReads.size());
+}
+
+qint32 intf_addConditionRead(KEY_ADDRESS &key, qint32 reqTag) noexcept
+{
+    const qint32 most = key.elemKind == -1 ? driver.bitGroupLimit : driver.wordGroupLimit;
+    QList<KEY_ADDRESS> pieces;
+    groupingKey(key, most, pieces, 0);
+    for (const KEY_ADDRESS &piece : pieces) {
+        const VARIABLE request = oneShotRead(piece, reqTag);
+        queueRequest(driver.pendingReads, request);
+        driver.lastVar = request;
+    }
+    return 1;
+}

@@ -1,0 +1,317 @@
+#include "response.h"
+
+#include "address.h"
+#include "datastore.h"
+
+namespace
+{
+
+const int WORD_CHARS = 4;
+const int COUNTER_CHARS = 8;
+
+enum DealResult { NOTHING_PENDING = 0, ACCEPTED = 1, GIVEN_UP = 2, SEND_AGAIN = 8 };
+
+// What decoding needs of the request, copied: a callback may make the driver's lists grow.
+struct Request {
+    qint32 station;
+    QString area;
+    qint32 address;
+    qint32 count;
+    qint32 dataPos;
+    qint32 dataLen;
+};
+
+Request requestInFlight()
+{
+    const FRAME_PRO &frame = driver.frames.at(0);
+    const Request request = {frame.var.station, frame.var.area,     frame.var.address,
+                             frame.var.count,   frame.replyDataPos, frame.replyDataLen};
+    return request;
+}
+
+// A missing character counts as 0, so that a short reply decodes as zeros.
+int nibbleAt(const QByteArray &reply, qint64 position)
+{
+    if (position >= reply.size())
+        return 0;
+    const int code = static_cast<quint8>(reply.at(static_cast<int>(position)));
+    if (code < '0' || code == '@')
+        return 0;
+    return (code < '@' ? code : code - 0x37) & 0x0F;
+}
+
+quint8 byteAt(const QByteArray &reply, qint64 position)
+{
+    return static_cast<quint8>(nibbleAt(reply, position) * 16 + nibbleAt(reply, position + 1));
+}
+
+int blockValue(const quint8 *bytes)
+{
+    return bytes[0] + 256 * bytes[1];
+}
+
+// Stores `size` bytes read for one word or counter, reporting a change before it is stored.
+void storeElement(const Request &request, qint32 address, const quint8 *bytes, size_t size)
+{
+    _DATA_ &entry = dataArea(request.station, request.area, address);
+    entry.commFailed = 0;
+    if (memcmp(entry.readValue, bytes, size) == 0)
+        return;
+    entry.writePending = 0;
+    _OnlyOneDataTypeDataChange(request.station, request.area, address, 0, 0, 0);
+    memcpy(dataArea(request.station, request.area, address).readValue, bytes, size);
+}
+
+// Hands `size` bytes of an uploaded recipe entry to the host. `word` is where they go and
+// `reportedWord` what the host is told, both counted from the entry's first word.
+void storeInRecipe(qint32 word, qint32 reportedWord, const quint8 *bytes, size_t size)
+{
+    if (driver.sendState != SEND_RECIPE_UPLOAD || !driver.recipeBuffer ||
+        driver.recipeCursor >= driver.recipeVars.size())
+        return;
+    const qint32 first = driver.recipeVars.at(driver.recipeCursor).bufWord;
+    if (first < 0)
+        return;
+    memcpy(driver.recipeBuffer + 2 * (qint64(first) + word), bytes, size);
+    reportToHost(0, -1, QLatin1String("RWI"), addressPlus(first, reportedWord));
+}
+
+void decodeWords(const Request &request, const QByteArray &reply)
+{
+    for (qint32 i = 0; i < request.dataLen / WORD_CHARS; ++i) {
+        const qint64 position = request.dataPos + qint64(i) * WORD_CHARS;
+        const quint8 bytes[2] = {byteAt(reply, position + 2), byteAt(reply, position)};
+        storeElement(request, addressPlus(request.address, i), bytes, sizeof bytes);
+        storeInRecipe(i, i, bytes, sizeof bytes);
+    }
+}
+
+void decodeCounters(const Request &request, const QByteArray &reply)
+{
+    for (qint32 i = 0; i < request.dataLen / COUNTER_CHARS; ++i) {
+        const qint64 position = request.dataPos + qint64(i) * COUNTER_CHARS;
+        const quint8 bytes[4] = {byteAt(reply, position + 6), byteAt(reply, position + 4),
+                                 byteAt(reply, position + 2), byteAt(reply, position)};
+        storeElement(request, addressPlus(request.address, i), bytes, sizeof bytes);
+        // The reported index steps by one a counter while the buffer steps by two words: hosts
+        // count the reports.
+        storeInRecipe(2 * i, i, bytes, sizeof bytes);
+    }
+}
+
+void decodeBlocks(const Request &request, qint32 firstBlock, const QByteArray &reply)
+{
+    for (qint32 i = 0; i < request.dataLen / WORD_CHARS; ++i) {
+        const qint64 position = request.dataPos + qint64(i) * WORD_CHARS;
+        const quint8 bytes[2] = {byteAt(reply, position), byteAt(reply, position + 2)};
+        const qint32 block = addressPlus(firstBlock, i);
+        _DATA_ &entry = dataArea(request.station, request.area, block);
+        entry.commFailed = 0;
+        const int oldValue = blockValue(entry.readValue);
+        const int newValue = blockValue(bytes);
+        if (oldValue == newValue)
+            continue;
+        entry.writePending = 0;
+        _OnlyOneDataTypeDataChange(request.station, request.area, block, oldValue, newValue, 1);
+        memcpy(dataArea(request.station, request.area, block).readValue, bytes, sizeof bytes);
+    }
+}
+
+void decodeReply(const Request &request, const QByteArray &reply)
+{
+    const DeviceArea *const area = findDeviceArea(request.area);
+    if (!area)
+        return;
+    if (area->kind == WORD_ELEMENTS)
+        decodeWords(request, reply);
+    else if (area->kind == COUNTER_ELEMENTS)
+        decodeCounters(request, reply);
+    else if (area->watchedAsBits)
+        decodeBlocks(request, linearAddress(*area, request.address) / BLOCK_BITS, reply);
+}
+
+// The elements are counted from the request's address as it stands, bits too: no octal reading, no
+// division by 16, and two entries a counter. Hosts that look at the marks know them so.
+void markFailed(const Request &request)
+{
+    const DeviceArea *const area = findDeviceArea(request.area);
+    if (!area)
+        return;
+    qint32 entries = 0;
+    if (area->kind == WORD_ELEMENTS || area->kind == COUNTER_ELEMENTS)
+        entries = request.dataLen / 4;
+    else if (area->watchedAsBits)
+        entries = request.dataLen / 2;
+    for (qint32 i = 0; i < entries; ++i)
+        dataArea(request.station, request.area, addressPlus(request.address, i)).commFailed = 1;
+}
+
+void settleWrite(const Request &request, qint32 success)
+{
+    if (driver.sendState == SEND_WRITE)
+        write_FailOrSuc(request.station, request.area, request.address, request.count, success);
+}
+
+void finishFrontFrame()
+{
+    if (!driver.frames.isEmpty())
+        driver.frames.removeFirst();
+    if (driver.frames.isEmpty())
+        dealListWhenFinish();
+    driver.retryCount = 0;
+}
+
+void giveUp(const Request &request)
+{
+    driver.commError = 1;
+    settleWrite(request, 0);
+    markFailed(request);
+    driver.frames.clear();
+    driver.retryCount = 0;
+    dealListWhenFinish();
+}
+
+bool isLastOneShotRead(const VARIABLE &request)
+{
+    return request.station == driver.lastVar.station && request.area == driver.lastVar.area &&
+           request.address == driver.lastVar.address && request.count == driver.lastVar.count;
+}
+
+void finishOneShotRead()
+{
+    if (driver.pendingReads.isEmpty())
+        return;
+    const bool failed = driver.commError != 0;
+    if (isLastOneShotRead(driver.pendingReads.at(0)))
+        reportToHost(-1, -1, QLatin1String("-1"), failed ? -1 : 0);
+    if (failed)
+        driver.pendingReads.clear();
+    else
+        driver.pendingReads.removeFirst();
+}
+
+// Steps the transfer on; at its end the cursor goes back and the host's request is cleared.
+void finishRecipeEntry(int requestByte)
+{
+    if (driver.commError == 0) {
+        ++driver.recipeCursor;
+        if (driver.recipeCursor < driver.recipeVars.size())
+            return;
+    }
+    driver.recipeCursor = 0;
+    if (!driver.hostStatus || !driver.hostMutex)
+        return;
+    driver.hostMutex->lock();
+    driver.hostStatus[requestByte] = 0;
+    driver.hostMutex->unlock();
+}
+
+void settleElement(qint32 station, const QString &area, qint32 address, size_t bytes,
+                   qint32 success)
+{
+    _DATA_ &entry = dataArea(station, area, address);
+    entry.writePending = 0;
+    if (success == 1)
+        memcpy(entry.readValue, entry.writtenValue, bytes);
+    _OnlyOneDataTypeDataChange(station, area, address, 0, 0, 0);
+}
+
+// The first bit settled releases its whole block of 16, and `success` takes the place of
+// `wholeBlock`: an acknowledged bit address is reported as if it were a block number whose values
+// are equal, that is, not at all. Hosts get their value from the next read.
+void settleBit(qint32 station, const QString &area, qint32 bit, qint32 success)
+{
+    _DATA_ &entry = dataArea(station, area, bit / BLOCK_BITS);
+    entry.writePending = 0;
+    if (success == 1)
+        entry.readValue[byteOfBit(bit)] = entry.writtenValue[byteOfBit(bit)];
+    _OnlyOneDataTypeDataChange(station, area, bit, 0, 0, success);
+}
+
+} // namespace
+
+qint32 check_rcv_data(const quint8 *text, qint32 length)
+{
+    if (!text || length <= 4)
+        return REPLY_BAD;
+    if ((text[3] == '1' && text[4] == '0') || (text[3] == '0' && text[4] == '5'))
+        return REPLY_WRITE_ACKNOWLEDGED;
+    // An exception sets the top bit of the function code.
+    return text[3] > '7' ? REPLY_BAD : REPLY_DATA;
+}
+
+QString getErrorInfo(QByteArray reply)
+{
+    const VARIABLE &var = driver.frames.at(0).var;
+    return QString::number(var.station) + QLatin1Char('#') + var.area +
+           QString::number(static_cast<quint32>(var.address)) + QLatin1Char('(') +
+           QString::number(var.count) + QLatin1String(")(") + QString::number(reply.size()) +
+           QLatin1Char(')');
+}
+
+void write_FailOrSuc(qint32 station, QString area, qint32 address, qint32 count, qint32 success)
+{
+    const DeviceArea *const row = findDeviceArea(area);
+    if (row && row->watchedAsBits) {
+        const qint32 first = linearAddress(*row, address);
+        for (qint32 i = 0; i < count; ++i)
+            settleBit(station, area, addressPlus(first, i), success);
+    } else {
+        const size_t bytes = elementKind(row) == COUNTER_ELEMENTS ? 4 : 2;
+        for (qint32 i = 0; i < count; ++i)
+            settleElement(station, area, addressPlus(address, i), bytes, success);
+    }
+}
+
+void dealListWhenFinish()
+{
+    switch (driver.sendState) {
+    case SEND_WRITE:
+        if (!driver.pendingWrites.isEmpty())
+            driver.pendingWrites.removeFirst();
+        break;
+    case SEND_ONE_SHOT_READ:
+        finishOneShotRead();
+        break;
+    case SEND_CYCLIC_READ:
+        if (driver.cyclicReads.size() > 1)
+            driver.cyclicReads.append(driver.cyclicReads.takeFirst());
+        break;
+    case SEND_RECIPE_DOWNLOAD:
+        finishRecipeEntry(STATUS_RECIPE_DOWNLOAD);
+        break;
+    case SEND_RECIPE_UPLOAD:
+        finishRecipeEntry(STATUS_RECIPE_UPLOAD);
+        break;
+    default:
+        break;
+    }
+}
+
+qint32 intf_dealRcvFrame(QByteArray &reply, QString &errorInfo) noexcept
+{
+    errorInfo = QLatin1String("");
+    if (driver.frames.isEmpty())
+        return NOTHING_PENDING;
+    errorInfo = getErrorInfo(reply);
+    const Request request = requestInFlight();
+    const quint8 *const text = reinterpret_cast<const quint8 *>(reply.constData());
+    switch (check_rcv_data(text, static_cast<qint32>(reply.size()))) {
+    case REPLY_DATA:
+        driver.commError = 0;
+        decodeReply(request, reply);
+        finishFrontFrame();
+        return ACCEPTED;
+    case REPLY_WRITE_ACKNOWLEDGED:
+        settleWrite(request, 1);
+        driver.commError = 0;
+        finishFrontFrame();
+        return ACCEPTED;
+    default:
+        ++driver.retryCount;
+        if (driver.retryCount < driver.retryLimit)
+            return SEND_AGAIN;
+        giveUp(request);
+        return GIVEN_UP;
+    }
+}

@@ -1,0 +1,67 @@
+// Modbus ASCII on the wire, for both ends of a line: the host's and the simulated controller's.
+// Modbus over Serial Line V1.02, section 2.5.2.
+#pragma once
+
+#include <QByteArray>
+#include <QList>
+
+#include <cstddef>
+#include <cstdint>
+
+namespace modbus {
+
+// Longest line, ':' to LF, that a controller of this line sends or takes, in characters. Longer than
+// the standard's 513, because this driver's frames may be.
+constexpr int MAX_LINE_CHARS = 1024;
+
+// The two's complement of the sum of all bytes (section 2.5.2.2).
+std::uint8_t lrc(const QByteArray &message);
+
+// `message` (station, function, data) as a line: ':', upper-case digits, LRC, CR LF.
+QByteArray encodeLine(const QByteArray &message);
+
+enum class LineFault {
+    None,
+    NoStart,   // the first character is no ':'
+    NoLineEnd, // CR LF is missing
+    TooLong,   // more than MAX_LINE_CHARS characters
+    NotHex,    // a character that is no hexadecimal digit, or an odd number of digits
+    TooShort,  // no room for station, function and LRC
+    WrongLrc
+};
+
+// The fault in words, for a person: "wrong LRC".
+const char *toText(LineFault fault);
+
+struct DecodedLine {
+    LineFault fault = LineFault::None;
+    QByteArray message; // station, function, data, without LRC; empty where there is a fault
+};
+
+// Checks and decodes one whole line, ':' to CR LF.
+DecodedLine decodeLine(const QByteArray &line);
+
+// Collects characters, in pieces of any size, into lines. What stands before a ':' is dropped; a ':'
+// in the middle starts the line anew; a line of more than MAX_LINE_CHARS characters is cut off there
+// and handed out so, to be found bad. Characters with the top bit set (a wrong parity setting) are
+// kept as they are.
+class LineCollector {
+public:
+    // Takes `bytes` and returns the lines that they complete, ':' to LF each.
+    QList<QByteArray> take(const QByteArray &bytes);
+
+    // What has arrived of the line in progress; empty when nothing is in progress.
+    const QByteArray &partial() const { return m_line; }
+
+    // Characters dropped since the last clear() because no line was in progress.
+    std::size_t dropped() const { return m_dropped; }
+
+    // Forgets the line in progress.
+    void clear();
+
+private:
+    QByteArray m_line;
+    std::size_t m_dropped = 0;
+};
+
+} // namespace modbus

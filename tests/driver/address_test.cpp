@@ -1,0 +1,3 @@
+#include "driver/address.h"
+
+#include <gtest/gtest.h>

@@ -1,0 +1,3 @@
+#include "driver/datastore.h"
+
+#include <gtest/gtest.h>

@@ -1,0 +1,3 @@
+#include "driver/ostrel_kmr.h"
+
+#include <gtest/gtest.h>

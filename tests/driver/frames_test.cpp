@@ -1,0 +1,3 @@
+#include "driver/frames.h"
+
+#include <gtest/gtest.h>

@@ -1,0 +1,3 @@
+#include "driver/polling.h"
+
+#include <gtest/gtest.h>

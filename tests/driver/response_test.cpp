@@ -1,0 +1,3 @@
+#include "driver/response.h"
+
+#include <gtest/gtest.h>
