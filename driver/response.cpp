@@ -24,9 +24,8 @@ struct Request {
 Request requestInFlight()
 {
     const FRAME_PRO &frame = driver.frames.at(0);
-    const Request request = {frame.var.station, frame.var.area,     frame.var.address,
-                             frame.var.count,   frame.replyDataPos, frame.replyDataLen};
-    return request;
+    return {frame.var.station, frame.var.area,     frame.var.address,
+            frame.var.count,   frame.replyDataPos, frame.replyDataLen};
 }
 
 // A missing character counts as 0, so that a short reply decodes as zeros.
