@@ -12,6 +12,34 @@
 // One report of the value-change callback: devId, station, area, address.
 using Report = std::tuple<int, int, std::string, int>;
 
+// A request of `count` elements of station 1 from `address` on.
+inline VARIABLE variable(const char *area, qint32 address, qint32 count)
+{
+    VARIABLE var;
+    var.station = 1;
+    var.area = QString::fromLatin1(area);
+    var.address = address;
+    var.count = count;
+    return var;
+}
+
+// The characters of a frame as they go out.
+inline std::string textOf(const FRAME_PRO &frame)
+{
+    return std::string(frame.frame, static_cast<size_t>(frame.frameLen));
+}
+
+// A copy of station 1's entry of the store, which must exist; nothing is created.
+inline _DATA_ entryOf(const char *area, qint32 index)
+{
+    for (const _DATA_ &entry : driver.dataAreas) {
+        if (entry.station == 1 && entry.area == QLatin1String(area) && entry.index == index)
+            return entry;
+    }
+    ADD_FAILURE() << "the store has no entry " << area << " " << index;
+    return _DATA_();
+}
+
 // Configures `driver` anew before each test with the property text of `configure` and a status block,
 // a recipe buffer and a mutex of its own, and records the reports of the callback.
 class DriverTest : public testing::Test {
