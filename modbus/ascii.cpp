@@ -1,8 +1,10 @@
 #include "modbus/ascii.h"
 
-namespace modbus {
+namespace modbus
+{
 
-namespace {
+namespace
+{
 
 constexpr int MIN_LINE_CHARS = 9; // ':', station, function, LRC, CR LF
 

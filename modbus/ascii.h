@@ -8,10 +8,11 @@
 #include <cstddef>
 #include <cstdint>
 
-namespace modbus {
+namespace modbus
+{
 
-// Longest line, ':' to LF, that a controller of this line sends or takes, in characters. Longer than
-// the standard's 513, because this driver's frames may be.
+// Longest line, ':' to LF, that a controller of this line sends or takes, in characters. Longer
+// than the standard's 513, because this driver's frames may be.
 constexpr int MAX_LINE_CHARS = 1024;
 
 // The two's complement of the sum of all bytes (section 2.5.2.2).
@@ -41,20 +42,27 @@ struct DecodedLine {
 // Checks and decodes one whole line, ':' to CR LF.
 DecodedLine decodeLine(const QByteArray &line);
 
-// Collects characters, in pieces of any size, into lines. What stands before a ':' is dropped; a ':'
-// in the middle starts the line anew; a line of more than MAX_LINE_CHARS characters is cut off there
-// and handed out so, to be found bad. Characters with the top bit set (a wrong parity setting) are
-// kept as they are.
-class LineCollector {
+// Collects characters, in pieces of any size, into lines. What stands before a ':' is dropped; a
+// ':' in the middle starts the line anew; a line of more than MAX_LINE_CHARS characters is cut off
+// there and handed out so, to be found bad. Characters with the top bit set (a wrong parity
+// setting) are kept as they are.
+class LineCollector
+{
 public:
     // Takes `bytes` and returns the lines that they complete, ':' to LF each.
     QList<QByteArray> take(const QByteArray &bytes);
 
     // What has arrived of the line in progress; empty when nothing is in progress.
-    const QByteArray &partial() const { return m_line; }
+    const QByteArray &partial() const
+    {
+        return m_line;
+    }
 
     // Characters dropped since the last clear() because no line was in progress.
-    std::size_t dropped() const { return m_dropped; }
+    std::size_t dropped() const
+    {
+        return m_dropped;
+    }
 
     // Forgets the line in progress.
     void clear();

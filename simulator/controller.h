@@ -1,0 +1,54 @@
+// The simulated controller: takes lines of Modbus ASCII and answers them as a controller would.
+#pragma once
+
+#include "simulator/exchange.h"
+#include "simulator/memory.h"
+
+#include <QByteArray>
+
+#include <cstdint>
+#include <functional>
+
+namespace simulator
+{
+
+// True for the two characters of a station that a controller can have: "01" to "F7".
+bool isStation(const QByteArray &characters);
+
+// A controller with its memory. Functions 02, 03, 05 and 10 (hexadecimal) are served, every other
+// is refused. A read or write lies wholly within the counter registers or wholly outside them.
+//
+// It has no clock and no link: the same lines always give the same answers.
+class Controller
+{
+public:
+    using Observer = std::function<void(const Exchange &)>;
+
+    // `station`: the two characters that it goes by on the wire. A panel writes its station number
+    // in decimal digits, so its station 12 is "12" here. Must be a station as isStation() has it.
+    explicit Controller(const QByteArray &station);
+
+    // Answers one line, ':' to LF. Returns the answer, ':' to LF, or an empty array for silence:
+    // to a bad line, to another station's and to a broadcast (station "00"), which is obeyed.
+    QByteArray answer(const QByteArray &line);
+
+    // `observer` is called at the end of each answer(), before the answer is handed out. An empty
+    // one is never called.
+    void setObserver(Observer observer);
+
+    Memory &memory()
+    {
+        return m_memory;
+    }
+    const Memory &memory() const
+    {
+        return m_memory;
+    }
+
+private:
+    Memory m_memory;
+    std::uint8_t m_station;
+    Observer m_observer;
+};
+
+} // namespace simulator
