@@ -129,20 +129,18 @@ void queueWordWrites(qint32 station, const QString &area, qint32 first, qint32 c
 
 int getIndexOfDataArea(int station, QString area, int index, QList<_DATA_> &areas)
 {
-    const QList<_DATA_> &entries = areas;
-    const int size = static_cast<int>(entries.size());
-    for (int i = 0; i < size; ++i) {
-        const _DATA_ &entry = entries.at(i);
+    const QList<_DATA_>::const_iterator end = areas.constEnd();
+    for (QList<_DATA_>::const_iterator entry = areas.constBegin(); entry != end; ++entry) {
         // The index tells most entries apart, and text costs most to compare.
-        if (entry.index == index && entry.station == station && entry.area == area)
-            return i;
+        if (entry->index == index && entry->station == station && entry->area == area)
+            return static_cast<int>(entry - areas.constBegin());
     }
     _DATA_ entry;
     entry.station = station;
     entry.area = area;
     entry.index = index;
     areas.append(entry);
-    return size;
+    return static_cast<int>(areas.size()) - 1;
 }
 
 _DATA_ &dataArea(qint32 station, const QString &area, qint32 index)

@@ -10,6 +10,8 @@ const int REPLY_DATA_POS = 7;           // behind ':', station, function and byt
 const int READ_REPLY_OVERHEAD = 11;     // ':', station, function, byte count, LRC, CR LF
 const int WRITE_REPLY_OVERHEAD = 13;    // ':', station, function, address, LRC, CR LF
 const int WORDS_MOST = VALUE_BYTES / 2; // that a request's data holds
+// ':', station, function, address, quantity, byte count and every word that a request holds
+const int REQUEST_TEXT_MOST = 15 + 4 * WORDS_MOST;
 
 // -1 for a character that is no hexadecimal digit.
 int hexDigitValue(QChar character)
@@ -48,25 +50,57 @@ char hexDigit(int nibble)
     return "0123456789ABCDEF"[nibble];
 }
 
-// The last `width` (at most 4) hexadecimal digits of `value`, a negative one in two's complement.
-QString hexField(qint64 value, int width)
+// A request from ':' to its last data digit, put together without allocating.
+struct RequestText {
+    char characters[REQUEST_TEXT_MOST];
+    int length;
+};
+
+void append(RequestText &text, char character)
 {
-    QString field = QLatin1String("0000") + QString::number(static_cast<quint64>(value), 16);
-    field = field.right(width);
-    sToS(field);
-    return field;
+    text.characters[text.length++] = character;
 }
 
-// The last `width` (at most 4) characters of `value` in decimal digits.
-QString decimalField(qint32 value, int width)
+void append(RequestText &text, const char *characters)
 {
-    return (QLatin1String("0000") + QString::number(value)).right(width);
+    for (; *characters; ++characters)
+        append(text, *characters);
 }
 
-// Decimal digits on purpose: station 12 goes out as "12", which the controller reads as 18.
-QString frameStart(qint32 station)
+// Appends the last `width` upper-case hexadecimal digits of `value`, a negative one in two's
+// complement.
+void appendHex(RequestText &text, qint64 value, int width)
 {
-    return QLatin1Char(':') + decimalField(station, 2);
+    for (int digit = width - 1; digit >= 0; --digit)
+        append(text, hexDigit(static_cast<int>(value >> (4 * digit)) & 0x0F));
+}
+
+// Appends the last `width` characters of `value` in decimal digits behind zeros.
+void appendDecimal(RequestText &text, qint32 value, int width)
+{
+    qint64 rest = qAbs(qint64(value));
+    bool signIsOut = value < 0;
+    for (int position = width - 1; position >= 0; --position) {
+        const bool digitIsOut = rest > 0 || position == width - 1;
+        char character = static_cast<char>('0' + rest % 10);
+        if (!digitIsOut && signIsOut) {
+            character = '-';
+            signIsOut = false;
+        }
+        text.characters[text.length + position] = character;
+        rest /= 10;
+    }
+    text.length += width;
+}
+
+RequestText requestStart(qint32 station)
+{
+    RequestText text;
+    text.length = 0;
+    append(text, ':');
+    // Decimal digits on purpose: station 12 goes out as "12", which the controller reads as 18.
+    appendDecimal(text, station, 2);
+    return text;
 }
 
 bool isFramedAsBits(const DeviceArea &area)
@@ -97,39 +131,41 @@ quint16 wordOf(const VARIABLE &var, qint32 word)
     return static_cast<quint16>(var.data[2 * word] * 256 + var.data[2 * word + 1]);
 }
 
-QString wordValues(const VARIABLE &var)
+void appendWordValues(RequestText &text, const VARIABLE &var)
 {
-    QString values;
     for (qint32 word = 0; word < var.count && word < WORDS_MOST; ++word)
-        values += hexField(wordOf(var, word), 4);
-    return values;
+        appendHex(text, wordOf(var, word), 4);
 }
 
 // High word first. A request for several counters carries its last and its first word only, while
 // quantity and byte count announce them all: controllers in the field are used to it.
-QString counterValues(const VARIABLE &var)
+void appendCounterValues(RequestText &text, const VARIABLE &var)
 {
-    QString values;
     if (var.count > 1)
-        values += hexField(wordOf(var, var.count - 1), 4);
+        appendHex(text, wordOf(var, var.count - 1), 4);
     if (var.count > 0)
-        values += hexField(wordOf(var, 0), 4);
-    return values;
+        appendHex(text, wordOf(var, 0), 4);
 }
 
-QString wordWriteText(const DeviceArea &area, const VARIABLE &var)
+void appendWordWrite(RequestText &text, const DeviceArea &area, const VARIABLE &var)
 {
     const bool counters = area.kind == COUNTER_ELEMENTS;
-    return QLatin1String("10") + hexField(modbusBase(area, var.address) + var.address, 4) +
-           hexField(counters ? var.count / 2 : var.count, 4) + hexField(qint64(var.count) * 2, 2) +
-           (counters ? counterValues(var) : wordValues(var));
+    append(text, "10");
+    appendHex(text, modbusBase(area, var.address) + var.address, 4);
+    appendHex(text, counters ? var.count / 2 : var.count, 4);
+    appendHex(text, qint64(var.count) * 2, 2);
+    if (counters)
+        appendCounterValues(text, var);
+    else
+        appendWordValues(text, var);
 }
 
-QString bitWriteText(const DeviceArea &area, const VARIABLE &var)
+void appendBitWrite(RequestText &text, const DeviceArea &area, const VARIABLE &var)
 {
     const qint32 bit = linearAddress(area, var.address);
-    return QLatin1String("05") + hexField(modbusBase(area, bit) + bit, 4) +
-           QLatin1String(var.data[0] == 1 ? "FF00" : "0000");
+    append(text, "05");
+    appendHex(text, modbusBase(area, bit) + bit, 4);
+    append(text, var.data[0] == 1 ? "FF00" : "0000");
 }
 
 // Bit reads start at a multiple of 16 and cover 16 or 32 bits. 16 bits from such a multiple on read
@@ -139,10 +175,10 @@ bool readsTwoWords(const VARIABLE &var, qint32 bit)
     return var.count > 1 && qint64(bit % BLOCK_BITS) + var.count > 15;
 }
 
-void appendFrame(const QString &text, qint32 replyLen, qint32 replyDataLen, const VARIABLE &var)
+void appendFrame(const RequestText &text, qint32 replyLen, qint32 replyDataLen, const VARIABLE &var)
 {
     FRAME_PRO frame;
-    getFrame(frame, text);
+    getFrame(frame, QString::fromLatin1(text.characters, text.length));
     frame.replyLen = replyLen;
     frame.replyDataPos = REPLY_DATA_POS;
     frame.replyDataLen = replyDataLen;
@@ -272,24 +308,24 @@ void uppers(char *dst, const char *src)
 
 void getReadFrame(VARIABLE &var)
 {
-    QString text = frameStart(var.station);
+    RequestText text = requestStart(var.station);
     qint32 replyDataLen = 0;
     const DeviceArea *const area = findDeviceArea(var.area);
     if (area && isFramedAsWords(*area)) {
         const bool counters = area->kind == COUNTER_ELEMENTS;
         if (counters && var.count > 1)
             var.count /= 2;
-        // The quantity goes out in decimal digits; blocks of at most 8 words read the same either
-        // way.
-        text += QLatin1String("03") + hexField(modbusBase(*area, var.address) + var.address, 4) +
-                decimalField(var.count, 4);
+        append(text, "03");
+        appendHex(text, modbusBase(*area, var.address) + var.address, 4);
+        // In decimal digits; blocks of at most 8 words read the same either way.
+        appendDecimal(text, var.count, 4);
         replyDataLen = times(var.count, counters ? 8 : 4);
     } else if (area && isFramedAsBits(*area)) {
         const qint32 bit = linearAddress(*area, var.address);
         const bool twoWords = readsTwoWords(var, bit);
-        text += QLatin1String("02") +
-                hexField(modbusBase(*area, bit) + bit / BLOCK_BITS * BLOCK_BITS, 4) +
-                QLatin1String(twoWords ? "0020" : "0010");
+        append(text, "02");
+        appendHex(text, modbusBase(*area, bit) + bit / BLOCK_BITS * BLOCK_BITS, 4);
+        append(text, twoWords ? "0020" : "0010");
         replyDataLen = twoWords ? 8 : 4;
     }
     appendFrame(text, addressPlus(replyDataLen, READ_REPLY_OVERHEAD), replyDataLen, var);
@@ -297,12 +333,12 @@ void getReadFrame(VARIABLE &var)
 
 void getWriteFrame(const VARIABLE &var)
 {
-    QString text = frameStart(var.station);
+    RequestText text = requestStart(var.station);
     const DeviceArea *const area = findDeviceArea(var.area);
     if (area && isFramedAsWords(*area))
-        text += wordWriteText(*area, var);
+        appendWordWrite(text, *area, var);
     else if (area && isFramedAsBits(*area) && area->writable)
-        text += bitWriteText(*area, var);
+        appendBitWrite(text, *area, var);
     appendFrame(text, addressPlus(times(var.count, 4), WRITE_REPLY_OVERHEAD), 4, var);
 }
 

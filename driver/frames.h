@@ -28,7 +28,7 @@ enum {
 void getFrame(FRAME_PRO &frame, QString text);
 
 // Makes `text` upper case (a to z only), up to its first NUL. Characters that Latin-1 lacks become
-// '?'.
+// '?'. The builders format upper-case digits from the start and don't need it.
 void sToS(QString &text);
 
 // Copies `src` in upper case (a to z only) to `dst`, which holds its length plus one.

@@ -9,6 +9,8 @@ namespace
 const int WORD_CHARS = 4;
 const int COUNTER_CHARS = 8;
 
+const int ERROR_INFO_NUMBERS_MOST = 64; // characters of everything but the area in the error text
+
 enum DealResult { NOTHING_PENDING = 0, ACCEPTED = 1, GIVEN_UP = 2, SEND_AGAIN = 8 };
 
 // What decoding needs of the request, copied: a callback may make the driver's lists grow.
@@ -205,6 +207,22 @@ void finishRecipeEntry(int requestByte)
     driver.hostMutex->unlock();
 }
 
+// Every reply gets an error text; QString::number would allocate for each of its numbers.
+void appendNumber(QString &text, qint64 number)
+{
+    char digits[20];
+    int first = sizeof digits;
+    qint64 rest = qAbs(number);
+    do {
+        digits[--first] = static_cast<char>('0' + rest % 10);
+        rest /= 10;
+    } while (rest > 0);
+    if (number < 0)
+        text += QLatin1Char('-');
+    for (; first < static_cast<int>(sizeof digits); ++first)
+        text += QLatin1Char(digits[first]);
+}
+
 void settleElement(qint32 station, const QString &area, qint32 address, size_t bytes,
                    qint32 success)
 {
@@ -242,10 +260,18 @@ qint32 check_rcv_data(const quint8 *text, qint32 length)
 QString getErrorInfo(QByteArray reply)
 {
     const VARIABLE &var = driver.frames.at(0).var;
-    return QString::number(var.station) + QLatin1Char('#') + var.area +
-           QString::number(static_cast<quint32>(var.address)) + QLatin1Char('(') +
-           QString::number(var.count) + QLatin1String(")(") + QString::number(reply.size()) +
-           QLatin1Char(')');
+    QString text;
+    text.reserve(var.area.size() + ERROR_INFO_NUMBERS_MOST);
+    appendNumber(text, var.station);
+    text += QLatin1Char('#');
+    text += var.area;
+    appendNumber(text, static_cast<quint32>(var.address));
+    text += QLatin1Char('(');
+    appendNumber(text, var.count);
+    text += QLatin1String(")(");
+    appendNumber(text, reply.size());
+    text += QLatin1Char(')');
+    return text;
 }
 
 void write_FailOrSuc(qint32 station, QString area, qint32 address, qint32 count, qint32 success)
