@@ -1,0 +1,235 @@
+#include "simulator/controller.h"
+
+#include "modbus/protocol.h"
+
+#include <utility>
+
+namespace simulator
+{
+
+namespace
+{
+
+constexpr int RANGE_BYTES = 4; // address and quantity, or address and value
+
+// What a function made of a request: an exception, or the data of the answer.
+struct Result {
+    std::uint8_t exception = 0;
+    QByteArray data;
+};
+
+Result refuse(std::uint8_t exception)
+{
+    return {exception, {}};
+}
+
+std::uint8_t byteAt(const QByteArray &data, int position)
+{
+    return static_cast<std::uint8_t>(data.at(position));
+}
+
+std::uint16_t wordAt(const QByteArray &data, int position)
+{
+    return static_cast<std::uint16_t>(byteAt(data, position) << 8 | byteAt(data, position + 1));
+}
+
+// `size` bytes from `position`, high byte first.
+std::uint32_t valueAt(const QByteArray &data, int position, int size)
+{
+    std::uint32_t value = 0;
+    for (int i = 0; i < size; ++i)
+        value = value << 8 | byteAt(data, position + i);
+    return value;
+}
+
+void appendValue(QByteArray &data, std::uint32_t value, int size)
+{
+    for (int shift = 8 * (size - 1); shift >= 0; shift -= 8)
+        data.append(static_cast<char>(value >> shift & 0xFF));
+}
+
+// The byte count and the bytes that it counts.
+QByteArray counted(const QByteArray &bytes)
+{
+    return static_cast<char>(bytes.size()) + bytes;
+}
+
+// True when all registers from `address` on exist and are of one size.
+bool areAlike(int address, int quantity)
+{
+    const int last = address + quantity - 1;
+    if (address >= Memory::FIRST_COUNTER && address <= Memory::LAST_COUNTER)
+        return last <= Memory::LAST_COUNTER;
+    return last < Memory::SIZE && (last < Memory::FIRST_COUNTER || address > Memory::LAST_COUNTER);
+}
+
+// The functions check in the order of their state diagrams: structure and quantity first, then the
+// addresses (Modbus Application Protocol V1.1b3, sections 6.2, 6.3, 6.5 and 6.12). `data` is what
+// follows the function code.
+
+Result readBits(const Memory &memory, const QByteArray &data)
+{
+    if (data.size() != RANGE_BYTES)
+        return refuse(modbus::ILLEGAL_DATA_VALUE);
+    const int address = wordAt(data, 0);
+    const int quantity = wordAt(data, 2);
+    if (quantity < 1 || quantity > modbus::MAX_READ_BITS)
+        return refuse(modbus::ILLEGAL_DATA_VALUE);
+    if (address + quantity > Memory::SIZE)
+        return refuse(modbus::ILLEGAL_DATA_ADDRESS);
+    QByteArray bytes((quantity + 7) / 8, '\0');
+    for (int i = 0; i < quantity; ++i) {
+        if (memory.bit(static_cast<std::uint16_t>(address + i)))
+            bytes[i / 8] = static_cast<char>(bytes.at(i / 8) | 1 << i % 8);
+    }
+    return {0, counted(bytes)};
+}
+
+Result readRegisters(const Memory &memory, const QByteArray &data)
+{
+    if (data.size() != RANGE_BYTES)
+        return refuse(modbus::ILLEGAL_DATA_VALUE);
+    const std::uint16_t address = wordAt(data, 0);
+    const int quantity = wordAt(data, 2);
+    if (quantity < 1 || quantity > modbus::MAX_READ_REGISTERS)
+        return refuse(modbus::ILLEGAL_DATA_VALUE);
+    if (!areAlike(address, quantity))
+        return refuse(modbus::ILLEGAL_DATA_ADDRESS);
+    const int size = Memory::registerBytes(address);
+    QByteArray bytes;
+    for (int i = 0; i < quantity; ++i)
+        appendValue(bytes, memory.value(static_cast<std::uint16_t>(address + i)), size);
+    return {0, counted(bytes)};
+}
+
+Result writeBit(Memory &memory, const QByteArray &data)
+{
+    if (data.size() != RANGE_BYTES)
+        return refuse(modbus::ILLEGAL_DATA_VALUE);
+    const std::uint16_t value = wordAt(data, 2);
+    if (value != modbus::COIL_ON && value != modbus::COIL_OFF)
+        return refuse(modbus::ILLEGAL_DATA_VALUE);
+    memory.setBit(wordAt(data, 0), value == modbus::COIL_ON);
+    return {0, data};
+}
+
+Result writeRegisters(Memory &memory, const QByteArray &data)
+{
+    constexpr int HEAD_BYTES = RANGE_BYTES + 1; // and the byte count
+    if (data.size() < HEAD_BYTES || data.size() != HEAD_BYTES + byteAt(data, RANGE_BYTES))
+        return refuse(modbus::ILLEGAL_DATA_VALUE);
+    const std::uint16_t address = wordAt(data, 0);
+    const int quantity = wordAt(data, 2);
+    const int size = Memory::registerBytes(address);
+    if (quantity < 1 || quantity > modbus::MAX_WRITE_REGISTERS ||
+        data.size() != HEAD_BYTES + quantity * size)
+        return refuse(modbus::ILLEGAL_DATA_VALUE);
+    if (!areAlike(address, quantity))
+        return refuse(modbus::ILLEGAL_DATA_ADDRESS);
+    for (int i = 0; i < quantity; ++i) {
+        memory.setValue(static_cast<std::uint16_t>(address + i),
+                        valueAt(data, HEAD_BYTES + i * size, size));
+    }
+    return {0, data.left(RANGE_BYTES)};
+}
+
+Result execute(Memory &memory, std::uint8_t function, const QByteArray &data)
+{
+    switch (function) {
+    case modbus::READ_DISCRETE_INPUTS:
+        return readBits(memory, data);
+    case modbus::READ_HOLDING_REGISTERS:
+        return readRegisters(memory, data);
+    case modbus::WRITE_SINGLE_COIL:
+        return writeBit(memory, data);
+    case modbus::WRITE_MULTIPLE_REGISTERS:
+        return writeRegisters(memory, data);
+    default:
+        return refuse(modbus::ILLEGAL_FUNCTION);
+    }
+}
+
+QByteArray answerLine(const Exchange &exchange, const QByteArray &data)
+{
+    QByteArray message;
+    message.append(static_cast<char>(exchange.station));
+    if (exchange.exception == 0) {
+        message.append(static_cast<char>(exchange.function));
+        message.append(data);
+    } else {
+        message.append(static_cast<char>(exchange.function | modbus::EXCEPTION_BIT));
+        message.append(static_cast<char>(exchange.exception));
+    }
+    return modbus::encodeLine(message);
+}
+
+// What the line says, before anything is done about it.
+Exchange decode(const QByteArray &line, const QByteArray &message)
+{
+    Exchange exchange;
+    exchange.line = line;
+    exchange.station = byteAt(message, 0);
+    exchange.function = byteAt(message, 1);
+    if (message.size() >= 4)
+        exchange.address = wordAt(message, 2);
+    if (message.size() >= 6)
+        exchange.quantity = wordAt(message, 4);
+    return exchange;
+}
+
+Exchange badLine(const QByteArray &line, modbus::LineFault fault)
+{
+    Exchange exchange;
+    exchange.line = line;
+    exchange.fault = fault;
+    return exchange;
+}
+
+Exchange serve(Memory &memory, std::uint8_t station, const QByteArray &line)
+{
+    const modbus::DecodedLine decoded = modbus::decodeLine(line);
+    if (decoded.fault != modbus::LineFault::None)
+        return badLine(line, decoded.fault);
+    Exchange exchange = decode(line, decoded.message);
+    if (exchange.station != station && exchange.station != modbus::BROADCAST) {
+        exchange.outcome = Outcome::OtherStation;
+        return exchange;
+    }
+    const Result result = execute(memory, exchange.function, decoded.message.mid(2));
+    exchange.outcome = result.exception == 0 ? Outcome::Executed : Outcome::Refused;
+    exchange.exception = result.exception;
+    if (exchange.station != modbus::BROADCAST)
+        exchange.answer = answerLine(exchange, result.data);
+    return exchange;
+}
+
+} // namespace
+
+bool isStation(const QByteArray &characters)
+{
+    bool ok = false;
+    const int station = characters.toInt(&ok, 16);
+    // Formatting it again rules out lower case, signs and blanks.
+    return ok && station > modbus::BROADCAST && station <= modbus::MAX_STATION &&
+           characters == QByteArray::number(station, 16).toUpper().rightJustified(2, '0');
+}
+
+Controller::Controller(const QByteArray &station)
+    : m_station(static_cast<std::uint8_t>(station.toInt(nullptr, 16)))
+{
+}
+
+QByteArray Controller::answer(const QByteArray &line)
+{
+    const Exchange exchange = serve(m_memory, m_station, line);
+    if (m_observer)
+        m_observer(exchange);
+    return exchange.answer;
+}
+
+void Controller::setObserver(Observer observer)
+{
+    m_observer = std::move(observer);
+}
+
+} // namespace simulator

@@ -1,0 +1,121 @@
+#include "simulator/pseudo_terminal.h"
+
+#include <QFile>
+#include <QFileInfo>
+
+#include <array>
+#include <cerrno>
+#include <system_error>
+
+#include <fcntl.h>
+#include <stdlib.h>
+#include <termios.h>
+#include <unistd.h>
+
+namespace simulator
+{
+
+namespace
+{
+
+// Opens the programs' end of `master` in raw mode and returns it, or -1 with errno set.
+int openSlave(int master, QString &devicePath)
+{
+    std::array<char, 128> path{};
+    if (grantpt(master) != 0 || unlockpt(master) != 0 ||
+        ptsname_r(master, path.data(), path.size()) != 0)
+        return -1;
+    devicePath = QFile::decodeName(path.data());
+    const int slave = ::open(path.data(), O_RDWR | O_NOCTTY | O_CLOEXEC);
+    termios settings{};
+    if (slave < 0 || tcgetattr(slave, &settings) != 0)
+        return slave;
+    cfmakeraw(&settings);
+    tcsetattr(slave, TCSANOW, &settings);
+    return slave;
+}
+
+// True when `path` is a link that an earlier run may have left: to a terminal that is gone, or to
+// `devicePath`, which is ours now.
+bool isLeftBehind(const QFileInfo &path, const QString &devicePath)
+{
+    const QString target = path.symLinkTarget();
+    return target == devicePath || (target.startsWith("/dev/pts/") && !path.exists());
+}
+
+} // namespace
+
+PseudoTerminal::PseudoTerminal(Controller &controller) : m_controller(controller) {}
+
+PseudoTerminal::~PseudoTerminal()
+{
+    m_notifier.reset();
+    // Somebody may have put a link of their own there meanwhile.
+    if (!m_linkPath.isEmpty() && QFileInfo(m_linkPath).symLinkTarget() == m_devicePath)
+        QFile::remove(m_linkPath);
+    if (m_slave >= 0)
+        ::close(m_slave);
+    if (m_master >= 0)
+        ::close(m_master);
+}
+
+QString PseudoTerminal::open(const QString &linkPath)
+{
+    QString error = makeTerminal();
+    if (error.isEmpty())
+        error = makeLink(QFileInfo(linkPath).absoluteFilePath());
+    return error;
+}
+
+QString PseudoTerminal::makeTerminal()
+{
+    m_master = posix_openpt(O_RDWR | O_NOCTTY | O_NONBLOCK | O_CLOEXEC);
+    if (m_master >= 0)
+        m_slave = openSlave(m_master, m_devicePath);
+    if (m_slave < 0)
+        return QString("cannot make a pseudo-terminal: %1; check that /dev/pts is mounted and has "
+                       "terminals left")
+            .arg(QString::fromStdString(std::generic_category().message(errno)));
+    m_notifier = std::make_unique<QSocketNotifier>(m_master, QSocketNotifier::Read);
+    QObject::connect(m_notifier.get(), &QSocketNotifier::activated, m_notifier.get(),
+                     [this] { receive(); });
+    return {};
+}
+
+QString PseudoTerminal::makeLink(const QString &linkPath)
+{
+    const QFileInfo present(linkPath);
+    if (isLeftBehind(present, m_devicePath)) {
+        QFile::remove(linkPath);
+    } else if (present.exists() || present.isSymLink()) {
+        return QString("cannot make %1 a link to the pseudo-terminal: it exists already; remove it "
+                       "or give another path")
+            .arg(linkPath);
+    }
+    QFile device(m_devicePath);
+    if (!device.link(linkPath)) {
+        return QString("cannot make %1 a link to the pseudo-terminal: %2; give a path in a "
+                       "directory that you may write to")
+            .arg(linkPath, device.errorString());
+    }
+    m_linkPath = linkPath;
+    return {};
+}
+
+void PseudoTerminal::receive()
+{
+    std::array<char, 4096> buffer{};
+    const ssize_t size = ::read(m_master, buffer.data(), buffer.size());
+    if (size <= 0)
+        return; // nothing there after all
+    const QByteArray bytes(buffer.data(), static_cast<int>(size));
+    for (const QByteArray &line : m_collector.take(bytes)) {
+        const QByteArray answer = m_controller.answer(line);
+        // What nobody reads is lost when the terminal's buffer is full, as on a real line.
+        const ssize_t written =
+            ::write(m_master, answer.constData(), static_cast<std::size_t>(answer.size()));
+        Q_UNUSED(written)
+    }
+}
+
+} // namespace simulator
