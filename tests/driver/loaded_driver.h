@@ -1,0 +1,253 @@
+// The built library, loaded as a host loads it and reached through its exported names alone.
+#pragma once
+
+#include "driver/ostrel_kmr.h"
+
+#include <gtest/gtest.h>
+
+#include <dlfcn.h>
+
+#include <functional>
+#include <memory>
+#include <stdexcept>
+#include <string>
+#include <tuple>
+#include <utility>
+#include <vector>
+
+// One loaded library: loads `path`, resolves the eighteen names and unloads it at its end.
+class LoadedDriver
+{
+    struct Symbol {
+        void *address;
+        template <typename Function> operator Function *() const
+        {
+            return reinterpret_cast<Function *>(address);
+        }
+    };
+
+    void *handle;
+
+    Symbol find(const char *name) const
+    {
+        void *address = dlsym(handle, name);
+        return address ? Symbol{address} : throw std::runtime_error(dlerror());
+    }
+
+public:
+    explicit LoadedDriver(const std::string &path = OSTREL_KMR_LIBRARY, int scope = RTLD_LOCAL)
+        : handle(dlopen(path.c_str(), RTLD_NOW | scope))
+    {
+        if (!handle)
+            throw std::runtime_error(dlerror());
+        getProtocolType = find("intf_getProtocolType");
+        getDriverParameter = find("intf_getDriverParameter");
+        getDriverPropertyPage = find("intf_getDriverPropertyPage");
+        SetDriverPropertyPage = find("intf_SetDriverPropertyPage");
+        setAddrValueChangeCallBack = find("intf_setAddrValueChangeCallBack");
+        initProperty = find("intf_initProperty");
+        setRcpAddress = find("intf_setRcpAddress");
+        checkAddrValidity = find("intf_checkAddrValidity");
+        checkAddr = find("intf_checkAddr");
+        getRegDiscription = find("intf_getRegDiscription");
+        getRegListByType = find("intf_getRegListByType");
+        multiCopy = find("intf_multiCopy");
+        addrMerge = find("intf_addrMerge");
+        addConditionRead = find("intf_addConditionRead");
+        getSendFrame = find("intf_getSendFrame");
+        dealRcvFrame = find("intf_dealRcvFrame");
+        getData = find("intf_getData");
+        setData = find("intf_setData");
+    }
+    ~LoadedDriver()
+    {
+        dlclose(handle);
+    }
+    LoadedDriver(const LoadedDriver &) = delete;
+    LoadedDriver &operator=(const LoadedDriver &) = delete;
+
+    decltype(&intf_getProtocolType) getProtocolType;
+    decltype(&intf_getDriverParameter) getDriverParameter;
+    decltype(&intf_getDriverPropertyPage) getDriverPropertyPage;
+    decltype(&intf_SetDriverPropertyPage) SetDriverPropertyPage;
+    decltype(&intf_setAddrValueChangeCallBack) setAddrValueChangeCallBack;
+    decltype(&intf_initProperty) initProperty;
+    decltype(&intf_setRcpAddress) setRcpAddress;
+    decltype(&intf_checkAddrValidity) checkAddrValidity;
+    decltype(&intf_checkAddr) checkAddr;
+    decltype(&intf_getRegDiscription) getRegDiscription;
+    decltype(&intf_getRegListByType) getRegListByType;
+    decltype(&intf_multiCopy) multiCopy;
+    decltype(&intf_addrMerge) addrMerge;
+    decltype(&intf_addConditionRead) addConditionRead;
+    decltype(&intf_getSendFrame) getSendFrame;
+    decltype(&intf_dealRcvFrame) dealRcvFrame;
+    decltype(&intf_getData) getData;
+    decltype(&intf_setData) setData;
+};
+
+// One report of the value-change callback: devId, station, area, address.
+using Report = std::tuple<int, int, std::string, int>;
+using Reports = std::vector<Report>;
+
+// One address run of the host: station, area, address, count.
+struct AddressRun {
+    int station;
+    const char *area;
+    int address;
+    int count;
+};
+
+// A host around a library loaded anew for each test. The driver starts as device 1 with write
+// queue, retry limit 3 and grouping limit 8.
+class FlowTest : public testing::Test
+{
+protected:
+    FlowTest()
+    {
+        onReport = nullptr;
+        reports.clear();
+        kmr->setAddrValueChangeCallBack(record);
+        configure("1#0#0#3#8");
+    }
+
+    // The driver has given the mutex back whatever happened in the test.
+    void TearDown() override
+    {
+        EXPECT_TRUE(mutex.tryLock());
+        mutex.unlock();
+    }
+
+    void configure(const char *property)
+    {
+        qint32 result = -1;
+        EXPECT_EQ(
+            kmr->initProperty(status.data(), nullptr, recipe.data(), &result, property, &mutex), 1);
+        EXPECT_EQ(result, 0);
+    }
+
+    static KEY_ADDRESS keyOf(const AddressRun &run)
+    {
+        KEY_ADDRESS key;
+        key.station = run.station;
+        key.area = QString::fromLatin1(run.area);
+        key.address = run.address;
+        key.count = run.count;
+        return key;
+    }
+
+    // Hands the runs over for polling; the number of read blocks.
+    int watch(const std::vector<AddressRun> &runs)
+    {
+        QList<KEY_ADDRESS> list;
+        for (const AddressRun &run : runs)
+            list.append(keyOf(run));
+        return kmr->addrMerge(list);
+    }
+
+    void readOnce(const AddressRun &run, int tag = 0, int elemKind = 1)
+    {
+        KEY_ADDRESS key = keyOf(run);
+        key.elemKind = elemKind;
+        EXPECT_EQ(kmr->addConditionRead(key, tag), 1);
+    }
+
+    // The text of the frame to send without its line end, or "" when there is nothing to send.
+    std::string nextFrame()
+    {
+        if (kmr->getSendFrame(&frame) != 1)
+            return "";
+        const std::string text(frame.frame, static_cast<size_t>(frame.frameLen));
+        if (text.size() < 2 || text.substr(text.size() - 2) != "\r\n")
+            return text + " without line end";
+        return text.substr(0, text.size() - 2);
+    }
+
+    // Hands in a reply, its line end added, or silence when it is empty.
+    int answer(const std::string &reply)
+    {
+        QByteArray bytes = QByteArray::fromStdString(reply.empty() ? reply : reply + "\r\n");
+        QString text = QStringLiteral("left alone");
+        const int result = kmr->dealRcvFrame(bytes, text);
+        errorInfo = text.toStdString();
+        return result;
+    }
+
+    // Takes the next frame and has `reply` accepted for it.
+    std::string exchange(const std::string &reply)
+    {
+        const std::string text = nextFrame();
+        EXPECT_EQ(answer(reply), 1) << "to " << text;
+        return text;
+    }
+
+    // Lets the front request fail for good.
+    void giveUp()
+    {
+        nextFrame();
+        EXPECT_EQ(answer(""), 8);
+        EXPECT_EQ(answer(""), 8);
+        EXPECT_EQ(answer(""), 2);
+    }
+
+    void writeWords(const char *area, int address, const std::vector<int> &values, int tag = 0)
+    {
+        std::vector<quint8> bytes;
+        for (int value : values) {
+            bytes.push_back(static_cast<quint8>(value & 0xFF));
+            bytes.push_back(static_cast<quint8>(value >> 8));
+        }
+        EXPECT_EQ(kmr->setData(1, QString::fromLatin1(area), address,
+                               static_cast<qint32>(values.size()), bytes.data(), tag),
+                  1);
+    }
+
+    void writeBits(const char *area, int address, std::vector<quint8> values, int tag = 0)
+    {
+        EXPECT_EQ(kmr->setData(1, QString::fromLatin1(area), address,
+                               static_cast<qint32>(values.size()), values.data(), tag),
+                  1);
+    }
+
+    std::vector<int> words(const char *area, int address, int count, int station = 1)
+    {
+        std::vector<quint8> bytes(static_cast<size_t>(count) * 2, 0xEE);
+        EXPECT_EQ(kmr->getData(station, QString::fromLatin1(area), address, count, bytes.data()),
+                  1);
+        std::vector<int> values;
+        for (size_t i = 0; i < bytes.size(); i += 2)
+            values.push_back(bytes[i] + 256 * bytes[i + 1]);
+        return values;
+    }
+
+    std::vector<int> bits(const char *area, int address, int count)
+    {
+        std::vector<quint8> bytes(static_cast<size_t>(count), 0xEE);
+        EXPECT_EQ(kmr->getData(1, QString::fromLatin1(area), address, count, bytes.data()), 1);
+        return std::vector<int>(bytes.begin(), bytes.end());
+    }
+
+    // The reports since the last call.
+    static Reports takeReports()
+    {
+        return std::exchange(reports, {});
+    }
+
+    static qint32 record(qint32 devId, qint32 station, QString area, qint32 address)
+    {
+        reports.emplace_back(devId, station, area.toStdString(), address);
+        if (onReport)
+            onReport(Report(reports.back()));
+        return 0;
+    }
+
+    static inline Reports reports;
+    static inline std::function<void(const Report &)> onReport; // the host's reaction, may be empty
+
+    std::unique_ptr<LoadedDriver> kmr = std::make_unique<LoadedDriver>();
+    std::vector<quint8> status = std::vector<quint8>(STATUS_BLOCK_BYTES, 0);
+    std::vector<quint8> recipe = std::vector<quint8>(4096, 0);
+    QMutex mutex;
+    FRAME_PRO frame;       // the frame handed out last
+    std::string errorInfo; // the description of the last reply
+};
