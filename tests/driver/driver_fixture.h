@@ -1,6 +1,7 @@
 // A freshly configured driver for each test, and a host that records what it is told.
 #pragma once
 
+#include "driver/frames.h"
 #include "driver/ostrel_kmr.h"
 
 #include <gtest/gtest.h>
@@ -40,6 +41,41 @@ inline _DATA_ entryOf(const char *area, qint32 index)
     return _DATA_();
 }
 
+// An entry of the store for a word or counter of station 1 that the host watches.
+inline _DATA_ watchedWord(const char *area, qint32 address)
+{
+    _DATA_ entry;
+    entry.station = 1;
+    entry.area = QString::fromLatin1(area);
+    entry.index = address;
+    entry.wordMonitor = 1;
+    return entry;
+}
+
+// An entry of the store for 16 bits of station 1, of which the host watches `watchedBits`.
+inline _DATA_ watchedBits(const char *area, qint32 block, qint32 watchedBits)
+{
+    _DATA_ entry = watchedWord(area, block);
+    entry.wordMonitor = 0;
+    entry.bitMonitor = watchedBits;
+    return entry;
+}
+
+// Bytes of a value, byte 0 first.
+using Bytes = std::vector<int>;
+
+inline Bytes readValueOf(const char *area, qint32 index)
+{
+    const _DATA_ entry = entryOf(area, index);
+    return Bytes(entry.readValue, entry.readValue + 4);
+}
+
+inline Bytes writtenValueOf(const char *area, qint32 index)
+{
+    const _DATA_ entry = entryOf(area, index);
+    return Bytes(entry.writtenValue, entry.writtenValue + 4);
+}
+
 // Configures `driver` anew before each test with the property text of `configure` and a status block,
 // a recipe buffer and a mutex of its own, and records the reports of the callback.
 class DriverTest : public testing::Test {
@@ -60,6 +96,31 @@ protected:
         intf_initProperty(status.data(), nullptr, recipe.data(), &result, property, &mutex);
     }
 
+    // What is sent next, or an empty text when there is nothing.
+    static std::string nextFrame()
+    {
+        FRAME_PRO frame;
+        return intf_getSendFrame(&frame) == 1 ? textOf(frame) : std::string();
+    }
+
+    // Puts the request that reads `count` elements in flight, as a cyclic block.
+    static void readInFlight(const char *area, qint32 address, qint32 count)
+    {
+        VARIABLE var = variable(area, address, count);
+        getReadFrame(var);
+        driver.sendState = SEND_CYCLIC_READ;
+    }
+
+    // Puts a write of `count` elements in flight.
+    static void writeInFlight(const char *area, qint32 address, qint32 count)
+    {
+        getWriteFrame(variable(area, address, count));
+        driver.sendState = SEND_WRITE;
+    }
+
+    // Hands in the reply to the frame in flight.
+    qint32 answer(QByteArray reply) { return intf_dealRcvFrame(reply, errorInfo); }
+
     static std::vector<Report> &reports()
     {
         static std::vector<Report> all;
@@ -75,4 +136,5 @@ protected:
     std::vector<quint8> status = std::vector<quint8>(STATUS_BLOCK_BYTES, 0);
     std::vector<quint8> recipe = std::vector<quint8>(4096, 0);
     QMutex mutex;
+    QString errorInfo; // of the last answer
 };
