@@ -1,0 +1,226 @@
+// Configuring anew in mid-flight, the editor's services beside a running link, loading and
+// unloading.
+#include "loaded_driver.h"
+
+using LifecycleFlow = FlowTest;
+
+TEST_F(LifecycleFlow, ReinitialisationDropsTheFrameInFlight)
+{
+    watch({{1, "D", 100, 1}});
+    nextFrame();
+    configure("1#0#0#3#8");
+    EXPECT_EQ(answer(":0103021234B4"), 0);
+    EXPECT_EQ(errorInfo, "");
+    EXPECT_EQ(nextFrame(), "");
+}
+
+TEST_F(LifecycleFlow, ReinitialisationDropsPlanQueuesAndValues)
+{
+    watch({{1, "D", 100, 1}});
+    exchange(":0103021234B4");
+    writeWords("D", 200, {1});
+    readOnce({1, "D", 300, 1});
+    takeReports();
+    configure("1#0#0#3#8");
+    EXPECT_EQ(nextFrame(), "");
+    EXPECT_EQ(words("D", 100, 1), (std::vector<int>{0}));
+    EXPECT_EQ(words("D", 200, 1), (std::vector<int>{0}));
+    writeWords("D", 100, {5});
+    EXPECT_EQ(takeReports(), Reports{}); // no longer watched
+}
+
+TEST_F(LifecycleFlow, ReinitialisationStartsRetriesAndAllowanceAnew)
+{
+    writeBits("M", 0, {1, 1, 1});
+    exchange(":01050800FF00F3");
+    exchange(":01050801FF00F2");
+    nextFrame();
+    EXPECT_EQ(answer(""), 8);
+    EXPECT_EQ(answer(""), 8);
+    configure("1#0#0#3#8");
+    writeBits("M", 0, {1, 1, 1, 1});
+    nextFrame();
+    EXPECT_EQ(answer(""), 8);
+    exchange(":01050800FF00F3");
+    exchange(":01050801FF00F2");
+    EXPECT_EQ(exchange(":01050802FF00F1"), ":01050802FF00F1");
+    EXPECT_EQ(nextFrame(), "");
+}
+
+TEST_F(LifecycleFlow, ReinitialisationKeepsTheCallback)
+{
+    configure("1#0#0#3#8");
+    watch({{1, "D", 100, 1}});
+    exchange(":0103021234B4");
+    EXPECT_EQ(takeReports(), (Reports{{1, 1, "D", 100}}));
+}
+
+TEST_F(LifecycleFlow, FewerThanFiveSettingsChangeNoneButDropEverything)
+{
+    configure("3#0#0#1#1");
+    watch({{1, "D", 0, 2}});
+    configure("1#1#1#9");
+    EXPECT_EQ(nextFrame(), "");
+    EXPECT_EQ(watch({{1, "D", 0, 2}}), 2); // still one word a block
+    exchange(":0103020001F9");
+    EXPECT_EQ(takeReports(), (Reports{{3, 1, "D", 0}}));
+    nextFrame();
+    EXPECT_EQ(answer(""), 2); // still one attempt
+}
+
+TEST_F(LifecycleFlow, GroupLimitAboveEightIsEight)
+{
+    configure("1#0#0#3#12");
+    EXPECT_EQ(watch({{1, "D", 0, 20}}), 3);
+    EXPECT_EQ(nextFrame(), ":010310000008E4");
+}
+
+TEST_F(LifecycleFlow, EditorServicesLeaveARunningLinkAlone)
+{
+    watch({{1, "D", 100, 1}});
+    nextFrame();
+    qint32 number = -1;
+    kmr->getProtocolType(&number);
+    EXPECT_EQ(number, 0);
+    QString text;
+    kmr->getDriverParameter(text);
+    EXPECT_EQ(text, QStringLiteral("0,9600,7,EVEN,1,0,1,192.168.0.10,8888,Ostrel_kmr,"
+                                   "X,Y,M,S,T,C,TV,CV,CV2,D"));
+    kmr->getDriverPropertyPage(text);
+    EXPECT_EQ(text, QStringLiteral("0_0"));
+    kmr->SetDriverPropertyPage(text);
+    EXPECT_EQ(text, QString());
+    EXPECT_EQ(kmr->checkAddrValidity(QStringLiteral("X"), QStringLiteral("17"), &number, 1, 0), 0);
+    EXPECT_EQ(number, 17);
+    EXPECT_EQ(kmr->checkAddr(QStringLiteral("CV2"), QStringLiteral("200"), &number, 2, 1), 5);
+
+    EXPECT_EQ(nextFrame(), ":01031064000187");
+    EXPECT_EQ(answer(":0103021234B4"), 1);
+}
+
+// Whether the library is in memory, loading nothing.
+static bool isLoaded()
+{
+    void *handle = dlopen(OSTREL_KMR_LIBRARY, RTLD_LAZY | RTLD_NOLOAD);
+    if (handle)
+        dlclose(handle);
+    return handle != nullptr;
+}
+
+TEST_F(LifecycleFlow, UnloadingInMidFlightLeavesNothingInMemory)
+{
+    watch({{1, "D", 100, 1}});
+    nextFrame();
+    writeWords("D", 0, {1, 2});
+    readOnce({1, "D", 0, 1});
+    EXPECT_TRUE(isLoaded());
+    kmr.reset();
+    EXPECT_FALSE(isLoaded());
+}
+
+TEST_F(LifecycleFlow, LibraryLoadedAgainStartsFromNothing)
+{
+    watch({{1, "D", 100, 1}});
+    exchange(":0103021234B4");
+    writeWords("D", 0, {1, 2});
+    _RCP_VAR_PRO entry;
+    entry.devId = entry.count = 1;
+    const QVector<_RCP_VAR_PRO> list{entry};
+    EXPECT_EQ(kmr->setRcpAddress(&list), 1);
+    takeReports();
+
+    kmr.reset();
+    kmr = std::make_unique<LoadedDriver>();
+    EXPECT_EQ(words("D", 100, 1), (std::vector<int>{0}));
+    EXPECT_EQ(answer(":0103021234B4"), 0);
+    configure("1#2#3#4"); // too few settings: all are still 0
+    EXPECT_EQ(watch({{1, "D", 100, 1}}), 1);
+    status[STATUS_RECIPE_DOWNLOAD] = 1; // no recipe and no last request to repeat
+    EXPECT_EQ(nextFrame(), "");
+    status[STATUS_RECIPE_DOWNLOAD] = 0;
+    exchange(":0103021234B4");
+    EXPECT_EQ(takeReports(), Reports{}); // no callback
+    nextFrame();
+    EXPECT_EQ(answer(""), 2); // no retry
+}
+
+TEST_F(LifecycleFlow, BeforeConfigurationTheLibraryAnswersAndSendsNothing)
+{
+    kmr.reset();
+    kmr = std::make_unique<LoadedDriver>();
+    EXPECT_EQ(nextFrame(), "");
+    EXPECT_EQ(answer(":0103021234B4"), 0);
+    EXPECT_EQ(bits("M", 0, 2), (std::vector<int>{0, 0}));
+}
+
+namespace
+{
+
+std::vector<QString> handedOut;
+
+qint32 keepArea(qint32, qint32, QString area, qint32)
+{
+    handedOut.push_back(area);
+    return 0;
+}
+
+std::vector<std::string> asWritten(const std::vector<QString> &texts)
+{
+    std::vector<std::string> all;
+    for (const QString &text : texts)
+        all.push_back(text.toStdString());
+    return all;
+}
+
+} // namespace
+
+TEST_F(LifecycleFlow, TextsOfTheEditorOutliveTheLibrary)
+{
+    QString parameter, page, empty = QStringLiteral("something");
+    kmr->getDriverParameter(parameter);
+    kmr->getDriverPropertyPage(page);
+    kmr->SetDriverPropertyPage(empty);
+    QStringList catalogue;
+    kmr->getRegDiscription(QStringLiteral("CV2"), catalogue);
+    kmr->getRegListByType(0, catalogue);
+    QVector<QString> series;
+    QVector<qint32> numbers;
+    EXPECT_EQ(kmr->multiCopy(QStringLiteral("D"), 11999, 2, 1, &series, &numbers), 2);
+    EXPECT_EQ(kmr->multiCopy(QStringLiteral("X"), 23417, 2, 1, &series, &numbers), 2);
+    EXPECT_EQ(kmr->multiCopy(QStringLiteral("TV_bit"), 1048575, 2, 1, &series, &numbers), 2);
+    kmr.reset();
+
+    EXPECT_TRUE(parameter.startsWith(QStringLiteral("0,9600,7,EVEN,")));
+    EXPECT_EQ((page + QStringLiteral("!")).toStdString(), "0_0!");
+    EXPECT_EQ(empty.size(), 0);
+    EXPECT_EQ(catalogue.join(QStringLiteral(" ")).toStdString(), "ddd 200 255 1 1 X Y M S T C");
+    EXPECT_EQ(
+        asWritten({series.begin(), series.end()}),
+        (std::vector<std::string>{"11999", "11999", "23417", "23417", "65535.15", "65536.15"}));
+}
+
+TEST_F(LifecycleFlow, TextsOfTheLoopOutliveTheLibrary)
+{
+    handedOut.clear();
+    kmr->setAddrValueChangeCallBack(keepArea);
+    watch({{1, "D", 0, 1}});
+    _RCP_VAR_PRO entry;
+    entry.devId = entry.station = entry.count = 1;
+    entry.area = QStringLiteral("TV");
+    const QVector<_RCP_VAR_PRO> list{entry};
+    kmr->setRcpAddress(&list);
+    status[STATUS_RECIPE_UPLOAD] = 1;
+    exchange(":0103020000FA");
+    readOnce({1, "D", 9, 1});
+    exchange(":0103020000FA");
+    nextFrame();
+    QByteArray reply(":0103020001F9");
+    QString description;
+    EXPECT_EQ(kmr->dealRcvFrame(reply, description), 1);
+    kmr.reset();
+
+    EXPECT_EQ(asWritten(handedOut), (std::vector<std::string>{"RWI", "-1", "D"}));
+    EXPECT_EQ((description + QStringLiteral("!")).toStdString(), "1#D0(1)(13)!");
+    EXPECT_EQ(frame.var.area.toStdString(), "D");
+    handedOut.clear();
+}
