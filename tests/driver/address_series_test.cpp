@@ -225,9 +225,11 @@ const SeriesRow WORD_DOT_BIT[] = {
 
 INSTANTIATE_TEST_SUITE_P(WordDotBit, Series, testing::ValuesIn(WORD_DOT_BIT), rowName);
 
-// Texts are unsigned, numbers are not.
+// Decimal and word.bit texts are unsigned, numbers are not; octal digits carry their sign.
 const SeriesRow NEGATIVE[] = {
     {"Decimal", "D", -1, 2, 1, 1, {"4294967295", "0"}, {-1, 0}},
+    {"Octal", "X", -1, 2, 1, 1, {"-1", "0"}, {-1, 0}},
+    {"OctalEight", "X", -8, 1, 1, 1, {"-8"}, {-8}},
     {"DecimalLeast", "M", INT_LEAST, 1, 1, 1, {"2147483648"}, {INT_LEAST}},
     {"WordDotBit", "TV_bit", -33, 1, 1, 1, {"4294967294.4294967295"}, {-33}},
 };
