@@ -1,0 +1,60 @@
+// The commands of kmr. Each gets what the command line says and returns the exit code; what can't
+// even be begun is thrown as Error. Values and records go to stdout, all else to stderr.
+#pragma once
+
+#include "host/error.h"
+#include "host/reply_filter.h"
+
+#include <QString>
+#include <QStringList>
+
+#include <chrono>
+#include <optional>
+
+namespace kmr
+{
+
+// What holds for all commands.
+struct Options {
+    QString link;
+    QString driver; // empty: findDriver()
+    int station = 1;
+    std::chrono::milliseconds timeout{1000};
+    int retries = 2;
+    int groupLimit = 8;
+    EchoMode echo = EchoMode::Auto;
+};
+
+// Lists the device areas of the driver's catalogue.
+ExitCode runAreas(const Options &options);
+
+struct WatchOptions {
+    QStringList tags;
+    std::optional<std::uint64_t> count;                // lines to print
+    std::optional<std::chrono::milliseconds> duration; // time to watch
+};
+
+// Prints a line for each change until the end that was asked for, or Ctrl-C.
+ExitCode runWatch(const Options &options, const WatchOptions &watch);
+
+// Reads tags once.
+ExitCode runRead(const Options &options, const QStringList &tags);
+
+// Writes assignments, TAG=VALUE, in their order.
+ExitCode runWrite(const Options &options, const QStringList &assignments, bool verify);
+
+// Moves a recipe file to the controller, or the controller's values into a recipe file; `tags` are
+// those to upload, or empty for those that the file has.
+ExitCode runRecipeDownload(const Options &options, const QString &file);
+ExitCode runRecipeUpload(const Options &options, const QString &file, const QStringList &tags);
+
+struct SimOptions {
+    QString listen; // "tcp://127.0.0.1:8888", port 0 for any free one; empty: no TCP
+    QString pty;    // path for a link to a pseudo-terminal; empty: none
+    bool animate = false;
+};
+
+// Runs a simulated controller of the options' station until SIGTERM or Ctrl-C.
+ExitCode runSim(const Options &options, const SimOptions &sim);
+
+} // namespace kmr

@@ -1,0 +1,127 @@
+#include "host/commands/connection.h"
+
+#include "host/commands/stop.h"
+#include "host/link.h"
+
+#include <QCoreApplication>
+
+#include <cstdio>
+
+namespace kmr
+{
+
+namespace
+{
+
+using Outcome = RequestResult::Outcome;
+
+LinkAddress linkOf(const Options &options)
+{
+    if (options.link.isEmpty()) {
+        throw Error(ExitCode::Usage, "no link: name it with --link or the environment variable "
+                                     "KMR_LINK, for example --link tcp://192.168.0.10:8888");
+    }
+    return parseLink(options.link);
+}
+
+} // namespace
+
+std::unique_ptr<DriverLibrary> loadDriver(const Options &options)
+{
+    const QString path = options.driver.isEmpty()
+                             ? findDriver(QCoreApplication::applicationDirPath())
+                             : options.driver;
+    return std::make_unique<DriverLibrary>(path);
+}
+
+Connection::Connection(const Options &options)
+    : m_options(options), m_library(loadDriver(options)),
+      m_tags(m_library->functions(), options.station)
+{
+}
+
+std::vector<Tag> Connection::readTags(const QStringList &texts) const
+{
+    std::vector<Tag> tags;
+    QStringList faults;
+    for (const QString &text : texts) {
+        try {
+            tags.push_back(m_tags.read(text));
+        } catch (const Error &error) {
+            faults.append(error.text());
+        }
+    }
+    if (!faults.isEmpty())
+        throw Error(ExitCode::Usage, faults.join('\n'));
+    return tags;
+}
+
+Session &Connection::open()
+{
+    const LinkAddress address = linkOf(m_options);
+    m_device = openLink(address, m_options.timeout);
+    SessionSettings settings;
+    settings.poll.timeout = m_options.timeout;
+    settings.poll.characterTime = characterTime(address);
+    settings.poll.echo = m_options.echo;
+    settings.retries = m_options.retries;
+    settings.groupLimit = m_options.groupLimit;
+    m_session = std::make_unique<Session>(m_library->functions(), *m_device, settings, stopFlag());
+    return *m_session;
+}
+
+ExitCode exitCodeOf(const RequestResult &result)
+{
+    switch (result.outcome) {
+    case Outcome::Done:
+        return ExitCode::Ok;
+    case Outcome::Refused:
+        return ExitCode::Refused;
+    case Outcome::Unknown:
+        return ExitCode::Unknown;
+    case Outcome::NoAnswer:
+    case Outcome::NotSent:
+        break;
+    }
+    return result.failure.exceptionCode != 0 ? ExitCode::Refused : ExitCode::NoAnswer;
+}
+
+QString toText(const RequestResult &result)
+{
+    const QString cause = stopFlag() ? QString("stopped") : QString("the line was lost");
+    const bool hasFailure =
+        result.failure.fault != ReplyFault::None || result.failure.exceptionCode != 0;
+    switch (result.outcome) {
+    case Outcome::Done:
+        return "done";
+    case Outcome::Refused:
+    case Outcome::NoAnswer:
+        return toText(result.failure);
+    case Outcome::NotSent:
+        return "not sent: " + (hasFailure ? toText(result.failure) : cause);
+    case Outcome::Unknown:
+        break;
+    }
+    return "unknown: " + (hasFailure ? toText(result.failure) : cause + " before the answer came");
+}
+
+void ExitCodes::add(ExitCode code)
+{
+    if (code == ExitCode::Ok)
+        return;
+    m_total = m_total == ExitCode::Ok || m_total == code ? code : ExitCode::ItemFailed;
+}
+
+void print(const QString &line)
+{
+    const QByteArray bytes = line.toLocal8Bit() + '\n';
+    if (std::fputs(bytes.constData(), stdout) < 0 || std::fflush(stdout) != 0)
+        stopFlag() = true;
+}
+
+void printError(const QString &line)
+{
+    std::fputs((line.toLocal8Bit() + '\n').constData(), stderr);
+}
+
+} // namespace kmr

@@ -1,0 +1,69 @@
+// What every command that talks to a controller begins with.
+#pragma once
+
+#include "host/commands/commands.h"
+#include "host/driver_library.h"
+#include "host/session.h"
+#include "host/tag.h"
+
+#include <QIODevice>
+
+#include <memory>
+#include <vector>
+
+namespace kmr
+{
+
+// Loads the driver that the options name, or the one that is found.
+std::unique_ptr<DriverLibrary> loadDriver(const Options &options);
+
+// The driver and, once it is opened, the link.
+class Connection
+{
+public:
+    // Loads the driver and reads the link's text, but opens nothing yet. Throws Error.
+    explicit Connection(const Options &options);
+
+    const TagReader &tags() const
+    {
+        return m_tags;
+    }
+
+    // Reads all tags; one Error names all bad ones.
+    std::vector<Tag> readTags(const QStringList &texts) const;
+
+    // Opens the link. Throws Error.
+    Session &open();
+
+private:
+    const Options m_options;
+    std::unique_ptr<DriverLibrary> m_library;
+    TagReader m_tags;
+    std::unique_ptr<QIODevice> m_device;
+    std::unique_ptr<Session> m_session;
+};
+
+// The exit code for one request, and the words for a person: "no answer".
+ExitCode exitCodeOf(const RequestResult &result);
+QString toText(const RequestResult &result);
+
+// Gathers exit codes: that of the failed items where all failed alike, else ItemFailed.
+class ExitCodes
+{
+public:
+    void add(ExitCode code);
+    ExitCode total() const
+    {
+        return m_total;
+    }
+
+private:
+    ExitCode m_total = ExitCode::Ok;
+};
+
+// Writes a line to stdout or stderr at once. When nobody reads stdout any more, the stop flag is
+// set.
+void print(const QString &line);
+void printError(const QString &line);
+
+} // namespace kmr

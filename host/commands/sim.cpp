@@ -1,0 +1,77 @@
+#include "host/commands/commands.h"
+#include "host/commands/connection.h"
+#include "host/commands/stop.h"
+#include "simulator/animation.h"
+#include "simulator/controller.h"
+#include "simulator/pseudo_terminal.h"
+#include "simulator/tcp_server.h"
+
+#include <QCoreApplication>
+#include <QFileInfo>
+#include <QSocketNotifier>
+#include <QTimer>
+#include <QUrl>
+
+namespace kmr
+{
+
+namespace
+{
+
+constexpr std::chrono::milliseconds ANIMATION_STEP(200);
+
+void require(const QString &fault)
+{
+    if (!fault.isEmpty())
+        throw Error(ExitCode::LinkFailed, fault);
+}
+
+QUrl parseListen(const QString &text)
+{
+    const QUrl url(text, QUrl::StrictMode);
+    if (!url.isValid() || url.scheme() != "tcp" || url.host().isEmpty() || url.port() < 0 ||
+        !url.path().isEmpty()) {
+        throw Error(ExitCode::Usage, QString("bad address to listen at \"%1\": expected "
+                                             "tcp://HOST:PORT, for example tcp://127.0.0.1:8888 "
+                                             "(port 0 for any free one)")
+                                         .arg(text));
+    }
+    return url;
+}
+
+} // namespace
+
+ExitCode runSim(const Options &options, const SimOptions &sim)
+{
+    const QString listen =
+        sim.listen.isEmpty() && sim.pty.isEmpty() ? QString("tcp://127.0.0.1:8888") : sim.listen;
+    simulator::Controller controller(QByteArray::number(options.station).rightJustified(2, '0'));
+    simulator::TcpServer server(controller);
+    simulator::PseudoTerminal terminal(controller);
+    QStringList ready;
+    if (!listen.isEmpty()) {
+        const QUrl url = parseListen(listen);
+        require(server.listen(url.host(), static_cast<quint16>(url.port())));
+        ready.append(QString("ready tcp://%1:%2").arg(url.host()).arg(server.port()));
+    }
+    if (!sim.pty.isEmpty()) {
+        require(terminal.open(sim.pty));
+        ready.append(QString("ready serial://%1").arg(QFileInfo(sim.pty).absoluteFilePath()));
+    }
+
+    QTimer animation;
+    QObject::connect(&animation, &QTimer::timeout,
+                     [&controller] { simulator::advance(controller.memory()); });
+    if (sim.animate)
+        animation.start(ANIMATION_STEP);
+
+    QSocketNotifier stop(stopDescriptor(), QSocketNotifier::Read);
+    QObject::connect(&stop, &QSocketNotifier::activated, QCoreApplication::instance(),
+                     &QCoreApplication::quit);
+    for (const QString &line : ready)
+        print(line);
+    QCoreApplication::exec();
+    return ExitCode::Ok;
+}
+
+} // namespace kmr

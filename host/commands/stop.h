@@ -1,0 +1,19 @@
+// Ctrl-C and SIGTERM: a request to end cleanly.
+#pragma once
+
+#include <atomic>
+
+namespace kmr
+{
+
+// From now on the two signals only set the flag. A second one ends the program at once.
+void catchStopSignals();
+
+// Set once the end is asked for.
+std::atomic<bool> &stopFlag();
+
+// A descriptor that becomes readable when a signal sets the flag, for event loops. -1 before
+// catchStopSignals().
+int stopDescriptor();
+
+} // namespace kmr

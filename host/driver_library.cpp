@@ -1,0 +1,99 @@
+#include "host/driver_library.h"
+
+#include "host/error.h"
+
+#include <QDir>
+#include <QFile>
+#include <QFileInfo>
+
+namespace kmr
+{
+
+namespace
+{
+
+const char *const LIBRARY_NAME = "libostrel_kmr.so.1";
+
+// The records that cross the interface hold QStrings, which differ between Qt's major versions.
+void checkQtVersion(const QString &path)
+{
+    QFile file(path);
+    if (!file.open(QIODevice::ReadOnly))
+        return; // a bare name: the system's loader knows the file, we don't
+    const QByteArray content = file.readAll();
+    const int other = QT_VERSION_MAJOR == 5 ? 6 : 5;
+    const QByteArray needed = "libQt" + QByteArray::number(other) + "Core.so";
+    if (content.contains(needed)) {
+        throw Error(
+            ExitCode::Library,
+            QString("%1 is built for Qt %2, this kmr for Qt %3: build both with the same Qt")
+                .arg(path)
+                .arg(other)
+                .arg(QT_VERSION_MAJOR));
+    }
+}
+
+template <typename Function>
+void resolve(QLibrary &library, const char *name, Function &function, QStringList &missing)
+{
+    function = reinterpret_cast<Function>(library.resolve(name));
+    if (function == nullptr)
+        missing.append(QString::fromLatin1(name));
+}
+
+} // namespace
+
+DriverLibrary::DriverLibrary(const QString &path) : m_library(path)
+{
+    checkQtVersion(path);
+    m_library.setLoadHints(QLibrary::ResolveAllSymbolsHint | QLibrary::PreventUnloadHint);
+    if (!m_library.load()) {
+        throw Error(
+            ExitCode::Library,
+            QString("cannot load the driver %1: %2\nBuild it, or name it with --driver PATH "
+                    "or the environment variable KMR_DRIVER.")
+                .arg(path, m_library.errorString()));
+    }
+
+    QStringList missing;
+    DriverFunctions &f = m_functions;
+    resolve(m_library, "intf_getProtocolType", f.getProtocolType, missing);
+    resolve(m_library, "intf_getDriverParameter", f.getDriverParameter, missing);
+    resolve(m_library, "intf_getDriverPropertyPage", f.getDriverPropertyPage, missing);
+    resolve(m_library, "intf_SetDriverPropertyPage", f.setDriverPropertyPage, missing);
+    resolve(m_library, "intf_setAddrValueChangeCallBack", f.setAddrValueChangeCallBack, missing);
+    resolve(m_library, "intf_initProperty", f.initProperty, missing);
+    resolve(m_library, "intf_setRcpAddress", f.setRcpAddress, missing);
+    resolve(m_library, "intf_checkAddrValidity", f.checkAddrValidity, missing);
+    resolve(m_library, "intf_checkAddr", f.checkAddr, missing);
+    resolve(m_library, "intf_getRegDiscription", f.getRegDiscription, missing);
+    resolve(m_library, "intf_getRegListByType", f.getRegListByType, missing);
+    resolve(m_library, "intf_multiCopy", f.multiCopy, missing);
+    resolve(m_library, "intf_addrMerge", f.addrMerge, missing);
+    resolve(m_library, "intf_addConditionRead", f.addConditionRead, missing);
+    resolve(m_library, "intf_getSendFrame", f.getSendFrame, missing);
+    resolve(m_library, "intf_dealRcvFrame", f.dealRcvFrame, missing);
+    resolve(m_library, "intf_getData", f.getData, missing);
+    resolve(m_library, "intf_setData", f.setData, missing);
+    if (!missing.isEmpty()) {
+        throw Error(ExitCode::Library,
+                    QString("%1 is no driver for this host: it lacks %2\nName another one with "
+                            "--driver PATH.")
+                        .arg(fileName(), missing.join(", ")));
+    }
+}
+
+QString findDriver(const QString &directory)
+{
+    const QString named = qEnvironmentVariable("KMR_DRIVER");
+    if (!named.isEmpty())
+        return named;
+    for (const char *place : {".", "../driver", "../lib"}) {
+        const QString path = QDir(directory).filePath(QString("%1/%2").arg(place, LIBRARY_NAME));
+        if (QFileInfo::exists(path))
+            return QDir::cleanPath(path);
+    }
+    return QString::fromLatin1(LIBRARY_NAME);
+}
+
+} // namespace kmr

@@ -1,0 +1,65 @@
+// The driver, loaded at run time.
+#pragma once
+
+#include "ostrel_kmr.h"
+
+#include <QLibrary>
+#include <QString>
+
+namespace kmr
+{
+
+// The eighteen functions of the driver, each under its exported name without "intf_". What they do
+// stands in ostrel_kmr.h.
+struct DriverFunctions {
+    decltype(&intf_getProtocolType) getProtocolType = nullptr;
+    decltype(&intf_getDriverParameter) getDriverParameter = nullptr;
+    decltype(&intf_getDriverPropertyPage) getDriverPropertyPage = nullptr;
+    decltype(&intf_SetDriverPropertyPage) setDriverPropertyPage = nullptr;
+    decltype(&intf_setAddrValueChangeCallBack) setAddrValueChangeCallBack = nullptr;
+    decltype(&intf_initProperty) initProperty = nullptr;
+    decltype(&intf_setRcpAddress) setRcpAddress = nullptr;
+    decltype(&intf_checkAddrValidity) checkAddrValidity = nullptr;
+    decltype(&intf_checkAddr) checkAddr = nullptr;
+    decltype(&intf_getRegDiscription) getRegDiscription = nullptr;
+    decltype(&intf_getRegListByType) getRegListByType = nullptr;
+    decltype(&intf_multiCopy) multiCopy = nullptr;
+    decltype(&intf_addrMerge) addrMerge = nullptr;
+    decltype(&intf_addConditionRead) addConditionRead = nullptr;
+    decltype(&intf_getSendFrame) getSendFrame = nullptr;
+    decltype(&intf_dealRcvFrame) dealRcvFrame = nullptr;
+    decltype(&intf_getData) getData = nullptr;
+    decltype(&intf_setData) setData = nullptr;
+};
+
+// One loaded driver. It stays in memory until the program ends, because the driver's one object is
+// shared by all who load it.
+class DriverLibrary
+{
+public:
+    // Loads `path`, a file or a name for the system's loader. Throws Error (Library) with the
+    // reason when it does not load, lacks one of the eighteen names or is built for another Qt.
+    explicit DriverLibrary(const QString &path);
+
+    const DriverFunctions &functions() const
+    {
+        return m_functions;
+    }
+
+    // The file that was loaded.
+    QString fileName() const
+    {
+        return m_library.fileName();
+    }
+
+private:
+    QLibrary m_library;
+    DriverFunctions m_functions;
+};
+
+// The library to load where none is named: the environment's KMR_DRIVER, else the first that exists
+// of `directory`, `directory`/../driver (a build tree) and `directory`/../lib, else the bare name
+// for the system's loader. `directory` is that of the executable.
+QString findDriver(const QString &directory);
+
+} // namespace kmr

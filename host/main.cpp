@@ -1,0 +1,258 @@
+// kmr: watches, reads and writes a controller of the Ostrel KMR line through its driver library.
+#include "host/commands/commands.h"
+#include "host/commands/connection.h"
+#include "host/commands/stop.h"
+#include "host/tag.h"
+
+#include <CLI/CLI.hpp>
+#include <QCoreApplication>
+
+#include <functional>
+#include <string>
+#include <vector>
+
+namespace
+{
+
+using kmr::ExitCode;
+
+// What CLI11 fills: it knows nothing of Qt's types.
+struct CommandLine {
+    std::string link;
+    std::string driver;
+    int station = 1;
+    int timeout = 1000;
+    int retries = 2;
+    int groupLimit = 8;
+    std::string echo = "auto";
+    std::vector<std::string> tags;
+    std::string file;
+    std::string listen;
+    std::string pty;
+    std::uint64_t count = 0;
+    double seconds = 0;
+    bool verify = false;
+    bool animate = false;
+};
+
+const char *const TAG_HELP =
+    "A TAG is [STATION#]AREA ADDRESS[xCOUNT] written together:\n"
+    "  D100     word D 100                   2#M0x16   bits M 0 to M 15 of station 2\n"
+    "  X17      input X 17 (octal)           TV5.3     bit 3 of the word TV 5, read only\n"
+    "  CV2200   counter CV2 200              CV21      word CV 21 (CV2 begins at 200)\n"
+    "'kmr areas' lists the areas.";
+
+const char *const EXIT_HELP =
+    "Exit codes: 0 ok, 1 items failed for different reasons, 2 wrong usage, 3 the link could not\n"
+    "be opened, 4 no answer, 5 refused by the controller, 6 outcome unknown or verify differs,\n"
+    "7 driver library missing or not fitting.";
+
+QString toQString(const std::string &text)
+{
+    return QString::fromLocal8Bit(text.c_str());
+}
+
+QStringList toQStrings(const std::vector<std::string> &texts)
+{
+    QStringList list;
+    for (const std::string &text : texts)
+        list.append(toQString(text));
+    return list;
+}
+
+kmr::Options toOptions(const CommandLine &line)
+{
+    kmr::Options options;
+    options.link = toQString(line.link);
+    options.driver = toQString(line.driver);
+    options.station = line.station;
+    options.timeout = std::chrono::milliseconds(line.timeout);
+    options.retries = line.retries;
+    options.groupLimit = line.groupLimit;
+    options.echo = line.echo == "on"    ? kmr::EchoMode::On
+                   : line.echo == "off" ? kmr::EchoMode::Off
+                                        : kmr::EchoMode::Auto;
+    return options;
+}
+
+void addGlobalOptions(CLI::App &app, CommandLine &line)
+{
+    app.add_option("--link", line.link,
+                   "serial:///dev/ttyUSB0?baud=9600&frame=7E1 or tcp://host:port")
+        ->envname("KMR_LINK");
+    app.add_option("--driver", line.driver,
+                   "driver library to load (default: KMR_DRIVER, else libostrel_kmr.so.1 beside "
+                   "kmr, else the system's)");
+    app.add_option("--station", line.station, "station of tags that name none")
+        ->check(CLI::Range(kmr::MIN_STATION, kmr::MAX_STATION))
+        ->capture_default_str();
+    app.add_option("--timeout", line.timeout, "milliseconds to wait for an answer")
+        ->check(CLI::Range(1, 600000))
+        ->capture_default_str();
+    app.add_option("--retries", line.retries, "times a request is sent again before giving up")
+        ->check(CLI::Range(0, 1000))
+        ->capture_default_str();
+    app.add_option("--group-limit", line.groupLimit, "words that a request may carry")
+        ->check(CLI::Range(1, 8))
+        ->capture_default_str();
+    app.add_option("--echo", line.echo,
+                   "does the line hand requests back, as two-wire lines do: on, off or auto")
+        ->check(CLI::IsMember({"on", "off", "auto"}))
+        ->capture_default_str();
+}
+
+using Command = std::function<ExitCode(const kmr::Options &)>;
+
+CLI::App *addTagCommand(CLI::App &app, CommandLine &line, const char *name, const char *text)
+{
+    CLI::App *command = app.add_subcommand(name, text);
+    command->add_option("TAG", line.tags, "what to look at")->required();
+    return command;
+}
+
+// Each of these adds one command, and sets `chosen` when the command line names it.
+void addAreas(CLI::App &app, Command &chosen)
+{
+    CLI::App *command = app.add_subcommand("areas", "List the controller's device areas");
+    command->footer("Examples:\n  kmr areas\n  kmr areas --driver ./libostrel_kmr.so.1");
+    command->callback([&chosen] { chosen = kmr::runAreas; });
+}
+
+void addWatch(CLI::App &app, CommandLine &line, Command &chosen)
+{
+    CLI::App *command = addTagCommand(app, line, "watch", "Print a line for every change of tags");
+    CLI::Option *count = command->add_option("--count", line.count, "end after this many lines")
+                             ->check(CLI::PositiveNumber);
+    CLI::Option *seconds = command->add_option("--for", line.seconds, "end after this many seconds")
+                               ->check(CLI::PositiveNumber);
+    command->footer(std::string("Ctrl-C ends it, with a summary on stderr.\n\n") + TAG_HELP +
+                    "\n\nExamples:\n  kmr watch D100 X0x8 --link tcp://192.168.0.10:8888\n"
+                    "  kmr watch CV2200 --count 10 --link serial:///dev/ttyUSB0");
+    command->callback([&line, &chosen, count, seconds] {
+        chosen = [&line, count, seconds](const kmr::Options &options) {
+            kmr::WatchOptions watch{toQStrings(line.tags), {}, {}};
+            if (count->count() > 0)
+                watch.count = line.count;
+            if (seconds->count() > 0)
+                watch.duration =
+                    std::chrono::milliseconds(static_cast<qint64>(line.seconds * 1000));
+            return kmr::runWatch(options, watch);
+        };
+    });
+}
+
+void addRead(CLI::App &app, CommandLine &line, Command &chosen)
+{
+    CLI::App *command = addTagCommand(app, line, "read", "Read tags once");
+    command->footer(std::string("Prints only what the controller has just answered.\n\n") +
+                    TAG_HELP +
+                    "\n\nExamples:\n  kmr read D100 D200x8 --link tcp://192.168.0.10:8888\n"
+                    "  kmr read 2#X0x8 TV5.3 --link serial:///dev/ttyUSB0");
+    command->callback([&line, &chosen] {
+        chosen = [&line](const kmr::Options &options) {
+            return kmr::runRead(options, toQStrings(line.tags));
+        };
+    });
+}
+
+void addWrite(CLI::App &app, CommandLine &line, Command &chosen)
+{
+    CLI::App *command = app.add_subcommand("write", "Write values, each acknowledged in turn");
+    command->add_option("TAG=VALUE", line.tags, "what to write, in this order")->required();
+    command->add_flag("--verify", line.verify, "read back and compare");
+    command->footer(std::string("Several values of one tag are separated by commas or blanks.\n"
+                                "Behind a write that fails nothing more is written.\n\n") +
+                    TAG_HELP +
+                    "\n\nExamples:\n  kmr write D100=250 --link tcp://192.168.0.10:8888\n"
+                    "  kmr write M0x3=1,0,1 CV2200=70000 --verify --link serial:///dev/ttyUSB0");
+    command->callback([&line, &chosen] {
+        chosen = [&line](const kmr::Options &options) {
+            return kmr::runWrite(options, toQStrings(line.tags), line.verify);
+        };
+    });
+}
+
+void addRecipe(CLI::App &app, CommandLine &line, Command &chosen)
+{
+    CLI::App *recipe = app.add_subcommand("recipe", "Move a recipe to or from the controller");
+    recipe->require_subcommand(1);
+    const char *const fileHelp =
+        "A recipe FILE holds a line TAG,VALUE for each tag (words and counters), for example\n"
+        "  tag,value\n  D100,250\n  D110x3,1 2 3\n";
+
+    CLI::App *download = recipe->add_subcommand("download", "Write a file's values");
+    download->add_option("FILE", line.file, "the recipe file")->required();
+    download->footer(std::string(fileHelp) +
+                     "\nExamples:\n  kmr recipe download mixer.csv --link tcp://192.168.0.10:8888\n"
+                     "  kmr recipe download mixer.csv --station 2 --link serial:///dev/ttyUSB0");
+    download->callback([&line, &chosen] {
+        chosen = [&line](const kmr::Options &options) {
+            return kmr::runRecipeDownload(options, toQString(line.file));
+        };
+    });
+
+    CLI::App *upload = recipe->add_subcommand("upload", "Read values into a file");
+    upload->add_option("FILE", line.file, "the recipe file; written whole or not at all")
+        ->required();
+    upload->add_option("TAG", line.tags, "what to upload (default: the tags that FILE holds)");
+    upload->footer(std::string(fileHelp) +
+                   "\nExamples:\n  kmr recipe upload mixer.csv --link tcp://192.168.0.10:8888\n"
+                   "  kmr recipe upload new.csv D100 D110x3 --link serial:///dev/ttyUSB0");
+    upload->callback([&line, &chosen] {
+        chosen = [&line](const kmr::Options &options) {
+            return kmr::runRecipeUpload(options, toQString(line.file), toQStrings(line.tags));
+        };
+    });
+}
+
+void addSim(CLI::App &app, CommandLine &line, Command &chosen)
+{
+    CLI::App *command = app.add_subcommand("sim", "Run a simulated controller");
+    command->add_option("--listen", line.listen,
+                        "serve TCP there, port 0 for any free one (default without --pty: "
+                        "tcp://127.0.0.1:8888)");
+    command->add_option("--pty", line.pty, "make a pseudo-terminal, and this path a link to it");
+    command->add_flag("--animate", line.animate, "let X0 to X7, CV2200 and D0 move");
+    command->footer(
+        "Prints 'ready' and the link to use when it serves. SIGTERM or Ctrl-C ends it.\n\n"
+        "Examples:\n  kmr sim --animate\n  kmr sim --pty /tmp/controller --station 12");
+    command->callback([&line, &chosen] {
+        chosen = [&line](const kmr::Options &options) {
+            return kmr::runSim(options,
+                               {toQString(line.listen), toQString(line.pty), line.animate});
+        };
+    });
+}
+
+} // namespace
+
+int main(int argc, char *argv[])
+{
+    const QCoreApplication application(argc, argv);
+    CommandLine line;
+    Command chosen;
+    CLI::App app("kmr talks to controllers of the Ostrel KMR line through their driver library.");
+    app.fallthrough(); // global options may also follow the command
+    app.require_subcommand(1);
+    app.footer(std::string(EXIT_HELP) + "\n\n'kmr COMMAND --help' tells more about a command.");
+    addGlobalOptions(app, line);
+    addAreas(app, chosen);
+    addWatch(app, line, chosen);
+    addRead(app, line, chosen);
+    addWrite(app, line, chosen);
+    addRecipe(app, line, chosen);
+    addSim(app, line, chosen);
+
+    try {
+        app.parse(argc, argv);
+    } catch (const CLI::ParseError &error) {
+        return app.exit(error) == 0 ? 0 : static_cast<int>(ExitCode::Usage);
+    }
+    try {
+        kmr::catchStopSignals();
+        return static_cast<int>(chosen(toOptions(line)));
+    } catch (const kmr::Error &error) {
+        kmr::printError("kmr: " + error.text());
+        return static_cast<int>(error.code());
+    }
+}

@@ -1,0 +1,108 @@
+// The communication loop of a host: takes the driver's next frame, sends it, collects the answer
+// and hands it in.
+#pragma once
+
+#include "host/driver_library.h"
+#include "host/reply_filter.h"
+
+#include <QByteArray>
+#include <QIODevice>
+#include <QString>
+
+#include <atomic>
+#include <chrono>
+#include <functional>
+
+namespace kmr
+{
+
+using Clock = std::function<std::chrono::steady_clock::time_point()>;
+
+struct PollSettings {
+    std::chrono::milliseconds timeout{1000}; // from the end of a request to the end of its answer
+    std::chrono::nanoseconds characterTime{
+        0}; // added to the timeout for every character on the wire
+    EchoMode echo = EchoMode::Auto;
+};
+
+// One request that was sent, and what came of it.
+struct Exchange {
+    enum class Outcome {
+        Good,       // answered
+        SentAgain,  // bad: the driver sends the same frame again
+        GivenUp,    // bad for the last time
+        Interrupted // the line was lost, or the loop stopped, before the answer was there
+    };
+
+    const FRAME_PRO &request; // valid during the observer's call
+    QByteArray received;      // all that arrived, echo and noise included
+    Outcome outcome = Outcome::Interrupted;
+    ReplyFault fault = ReplyFault::None;   // why it brought no usable line
+    int exceptionCode = 0;                 // of a refusal, else 0
+    QString driverText;                    // the driver's own description of the request
+    std::chrono::nanoseconds roundTrip{0}; // from the first character sent to the answer's last
+};
+
+// Blocks in the device's waits and needs no Qt event loop. Nothing here is safe to call from two
+// threads, the stop flag excepted.
+class PollLoop
+{
+public:
+    using Observer = std::function<void(const Exchange &)>;
+
+    enum class Step {
+        Exchanged, // one request went out, and the observer was told of it
+        Idle,      // the driver has nothing to send
+        LineLost,  // the device can't be used any more
+        Stopped    // the stop flag is set
+    };
+
+    // All arguments by reference must outlive the loop. `stop` is looked at every 50 ms at least.
+    PollLoop(const DriverFunctions &driver, QIODevice &device, const PollSettings &settings,
+             const std::atomic<bool> &stop, Clock clock);
+
+    // Is called once for each exchange.
+    void setObserver(Observer observer)
+    {
+        m_observer = std::move(observer);
+    }
+
+    // Makes one exchange, or waits 10 ms when there is nothing to send. After LineLost or Stopped
+    // the driver may wait for an answer that never comes: start anew with intf_initProperty.
+    Step step();
+
+    // What is known of the line's echo.
+    const Echo &echo() const
+    {
+        return m_echo;
+    }
+
+private:
+    enum class Wait { Characters, TimeOver, Broken };
+    using TimePoint = std::chrono::steady_clock::time_point;
+
+    Step exchange();
+    Step idle();
+    bool settle();
+    void emptyLine();
+    bool send(const QByteArray &frame);
+    ReplyFilter::Verdict collect(ReplyFilter &filter, TimePoint deadline, QByteArray &received);
+    void handIn(Exchange &exchange, QByteArray reply);
+    Wait waitUntil(TimePoint deadline);
+    void quietAfter(ReplyFault fault);
+    Step broken() const;
+    void tell(const Exchange &exchange) const;
+
+    const DriverFunctions &m_driver;
+    QIODevice &m_device;
+    const PollSettings m_settings;
+    const std::atomic<bool> &m_stop;
+    const Clock m_clock;
+    Observer m_observer;
+    Echo m_echo;
+    FRAME_PRO m_frame;
+    std::chrono::milliseconds m_quiet{0}; // silence that must pass before the next request
+    TimePoint m_lastHeard;                // when it began
+};
+
+} // namespace kmr

@@ -1,0 +1,37 @@
+// Cuts what a person asks for into requests that the driver really refreshes.
+//
+//  - Bits: the driver reads whole blocks of 16, and 32 bits at most, whatever the run's length. So
+//    there is one run for each block of 16, from the first bit asked for to the last.
+//  - Words: one run for each group of neighbours, cut at the group limit.
+//  - Counters: one by one, because the driver halves a larger count.
+//  - The driver joins neighbouring runs while the joined run is no longer than the group limit,
+//  also
+//    across the borders of nextBorder(), and would then read other memory behind the border. The
+//    last run below a border is therefore made so long that nothing can be joined to it: the last
+//    words up to the border in a full group, the last block of bits from its first bit on. That
+//    last block stops one bit short of the border, because a run of 16 bits makes the driver read
+//    32; its last bit is refreshed all the same.
+#pragma once
+
+#include "host/run.h"
+#include "host/tag.h"
+
+#include <QList>
+
+#include <vector>
+
+namespace kmr
+{
+
+// All elements of `tags`, without doubles, in runs of one request each, ordered by station, area
+// and number. `groupLimit`: the driver's, 1 to 8.
+std::vector<Run> readRuns(const std::vector<Tag> &tags, int groupLimit);
+
+// A tag's elements in the order of their numbers, in runs of one write request each: single bits
+// and counters, groups of words up to the limit and the border.
+std::vector<Run> writeRuns(const Tag &tag, int groupLimit);
+
+// The runs as the driver's poll list.
+QList<KEY_ADDRESS> toKeys(const std::vector<Run> &runs);
+
+} // namespace kmr

@@ -1,0 +1,119 @@
+#include "host/reading.h"
+
+#include "host/poll_plan.h"
+
+#include <algorithm>
+#include <map>
+
+namespace kmr
+{
+
+namespace
+{
+
+using Outcome = RequestResult::Outcome;
+
+class Reader
+{
+public:
+    Reader(Session &session, const std::vector<Tag> &tags) : m_session(session)
+    {
+        for (const Run &run : readRuns(tags, session.groupLimit())) {
+            (isBitArea(run.area) ? m_bits : m_words).push_back(run);
+            session.forget(run);
+        }
+        // The driver stops sending when nothing at all is polled.
+        session.poll(m_bits.empty() && !m_words.empty() ? std::vector<Run>{m_words.front()}
+                                                        : m_bits);
+    }
+
+    void run()
+    {
+        if (readWords())
+            readBits();
+    }
+
+    Reading readingOf(const Tag &tag) const
+    {
+        const ElementState state = m_session.state(tag);
+        if (state.quality == Quality::Good)
+            return {{Outcome::Done, {}}, m_session.values(tag)};
+        if (state.quality == Quality::Stale)
+            return {{outcomeOf(state.failure), state.failure}, {}};
+        const auto silent = m_silentStations.find(tag.elements.station);
+        if (silent != m_silentStations.end())
+            return {{Outcome::NoAnswer, silent->second}, {}};
+        return {{Outcome::NotSent, {}}, {}};
+    }
+
+private:
+    static Outcome outcomeOf(const Failure &failure)
+    {
+        return failure.exceptionCode != 0 ? Outcome::Refused : Outcome::NoAnswer;
+    }
+
+    bool isSilent(const Run &run) const
+    {
+        return m_silentStations.count(run.station) > 0;
+    }
+
+    void noteFailure(const Run &run, const Failure &failure)
+    {
+        if (failure.exceptionCode == 0)
+            m_silentStations[run.station] = failure;
+    }
+
+    // False when the line is lost or the user stopped.
+    bool readWords()
+    {
+        for (const Run &run : m_words) {
+            if (isSilent(run) || m_session.state(run).quality == Quality::Good)
+                continue;
+            const RequestResult result = m_session.readOnce(run);
+            if (result.outcome == Outcome::NotSent || result.outcome == Outcome::Unknown)
+                return false;
+            if (!result.isDone())
+                noteFailure(run, result.failure);
+        }
+        return true;
+    }
+
+    bool isUndecided(const Run &run) const
+    {
+        return !isSilent(run) && m_session.state(run).quality == Quality::Unread;
+    }
+
+    void readBits()
+    {
+        const auto anyUndecided = [this] {
+            return std::any_of(m_bits.begin(), m_bits.end(),
+                               [this](const Run &run) { return isUndecided(run); });
+        };
+        while (anyUndecided() && m_session.step() == PollLoop::Step::Exchanged) {
+            for (const Run &run : m_bits) {
+                const ElementState state = m_session.state(run);
+                if (state.quality == Quality::Stale)
+                    noteFailure(run, state.failure);
+            }
+        }
+    }
+
+    Session &m_session;
+    std::vector<Run> m_bits;
+    std::vector<Run> m_words;
+    std::map<int, Failure> m_silentStations;
+};
+
+} // namespace
+
+std::vector<Reading> readNow(Session &session, const std::vector<Tag> &tags)
+{
+    Reader reader(session, tags);
+    reader.run();
+    std::vector<Reading> readings;
+    for (const Tag &tag : tags)
+        readings.push_back(reader.readingOf(tag));
+    return readings;
+}
+
+} // namespace kmr

@@ -1,0 +1,163 @@
+#include "host/recipe.h"
+
+#include "host/error.h"
+#include "host/poll_plan.h"
+
+#include <QStringList>
+
+namespace kmr
+{
+
+namespace
+{
+
+const char *const HEADING = "tag,value";
+
+int wordsEach(const QString &area)
+{
+    return isCounterArea(area) ? 2 : 1;
+}
+
+// All items' requests, one behind the other in the recipe buffer.
+QVector<_RCP_VAR_PRO> layOut(const std::vector<RecipeItem> &items, int groupLimit)
+{
+    QVector<_RCP_VAR_PRO> entries;
+    int word = 0;
+    for (const RecipeItem &item : items) {
+        for (const Run &run : writeRuns(item.tag, groupLimit)) {
+            _RCP_VAR_PRO entry;
+            entry.devId = Session::DEVICE;
+            entry.station = run.station;
+            entry.area = run.area;
+            entry.address = toDriverAddress(run.area, run.first);
+            entry.count = run.count * wordsEach(run.area);
+            entry.bufWord = word;
+            entries.append(entry);
+            word += entry.count;
+        }
+    }
+    return entries;
+}
+
+void checkSize(const std::vector<RecipeItem> &items)
+{
+    int words = 0;
+    for (const RecipeItem &item : items)
+        words += item.tag.count * wordsEach(item.tag.elements.area);
+    if (words > Session::RECIPE_WORDS) {
+        throw Error(ExitCode::Usage, QString("the recipe has %1 words, but its buffer holds %2: "
+                                             "divide it into several files")
+                                         .arg(words)
+                                         .arg(Session::RECIPE_WORDS));
+    }
+}
+
+void fillBuffer(quint8 *buffer, const std::vector<RecipeItem> &items)
+{
+    for (const RecipeItem &item : items) {
+        const int bytesEach = 2 * wordsEach(item.tag.elements.area);
+        for (const std::uint32_t value : item.values) {
+            for (int i = 0; i < bytesEach; ++i)
+                *buffer++ = static_cast<quint8>(value >> (8 * i));
+        }
+    }
+}
+
+void takeFromBuffer(const quint8 *buffer, std::vector<RecipeItem> &items)
+{
+    for (RecipeItem &item : items) {
+        const int bytesEach = 2 * wordsEach(item.tag.elements.area);
+        item.values.clear();
+        for (int k = 0; k < item.tag.count; ++k) {
+            std::uint32_t value = 0;
+            for (int i = 0; i < bytesEach; ++i)
+                value |= std::uint32_t{*buffer++} << (8 * i);
+            item.values.push_back(value);
+        }
+    }
+}
+
+TransferResult transfer(Session &session, const std::vector<RecipeItem> &items,
+                        Session::Transfer direction)
+{
+    const QVector<_RCP_VAR_PRO> entries = layOut(items, session.groupLimit());
+    TransferResult result;
+    result.requests = static_cast<int>(entries.size());
+    result.result = session.transferRecipe(entries, direction, result.finished);
+    if (!result.result.isDone() && result.finished < result.requests) {
+        const _RCP_VAR_PRO &entry = entries.at(result.finished);
+        result.failedName = entry.area + QString::number(entry.address);
+    }
+    return result;
+}
+
+RecipeItem parseLine(const QString &line, const TagReader &reader, RecipeValues values)
+{
+    RecipeItem item;
+    item.tag = reader.read(line.section(',', 0, 0).trimmed());
+    checkRecipeTag(item.tag);
+    if (values == RecipeValues::Needed)
+        item.values = parseValues(item.tag, line.section(',', 1).remove('"'));
+    return item;
+}
+
+} // namespace
+
+void checkRecipeTag(const Tag &tag)
+{
+    if (tag.kind != ElementKind::Word && tag.kind != ElementKind::Counter) {
+        throw Error(ExitCode::Usage, QString("%1 can't be part of a recipe: recipes hold words and "
+                                             "counters (TV, CV, CV2, D)")
+                                         .arg(tag.text));
+    }
+}
+
+std::vector<RecipeItem> parseRecipe(const QString &text, const QString &name,
+                                    const TagReader &reader, RecipeValues values)
+{
+    std::vector<RecipeItem> items;
+    QStringList faults;
+    int number = 0;
+    for (const QString &raw : text.split('\n')) {
+        ++number;
+        const QString line = raw.trimmed();
+        if (line.isEmpty() || line.startsWith('#') || line == HEADING)
+            continue;
+        try {
+            items.push_back(parseLine(line, reader, values));
+        } catch (const Error &error) {
+            faults.append(QString("%1:%2: %3").arg(name).arg(number).arg(error.text()));
+        }
+    }
+    if (items.empty() && faults.isEmpty())
+        faults.append(QString("%1: holds no tags").arg(name));
+    if (!faults.isEmpty())
+        throw Error(ExitCode::Usage, faults.join('\n'));
+    return items;
+}
+
+QString formatRecipe(const std::vector<RecipeItem> &items)
+{
+    QString text = QString(HEADING) + '\n';
+    for (const RecipeItem &item : items)
+        text += item.tag.text + ',' + formatValues(item.values) + '\n';
+    return text;
+}
+
+TransferResult download(Session &session, const std::vector<RecipeItem> &items)
+{
+    checkSize(items);
+    fillBuffer(session.recipeBuffer(), items);
+    return transfer(session, items, Session::Transfer::Download);
+}
+
+TransferResult upload(Session &session, std::vector<RecipeItem> &items)
+{
+    checkSize(items);
+    const TransferResult result = transfer(session, items, Session::Transfer::Upload);
+    if (result.result.isDone())
+        takeFromBuffer(session.recipeBuffer(), items);
+    return result;
+}
+
+} // namespace kmr

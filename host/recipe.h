@@ -1,0 +1,59 @@
+// Recipes: lists of tags with values that the driver moves to or from the controller in one
+// transfer.
+//
+// A recipe file is text, one line for each tag:
+//
+//     # mixer, recipe 7
+//     tag,value
+//     D100,250
+//     D110x3,1 2 3
+//     CV2200,70000
+//
+// The heading is optional, empty lines and those that begin with '#' are skipped. For an upload the
+// values may be missing.
+#pragma once
+
+#include "host/session.h"
+#include "host/tag.h"
+#include "host/values.h"
+
+#include <QString>
+
+#include <vector>
+
+namespace kmr
+{
+
+struct RecipeItem {
+    Tag tag; // words or counters
+    Values values;
+};
+
+enum class RecipeValues { Needed, Ignored };
+
+// Reads a recipe file's text. Throws Error (Usage) that names every bad line with its number;
+// `name` is the file's, for that text.
+std::vector<RecipeItem> parseRecipe(const QString &text, const QString &name,
+                                    const TagReader &reader, RecipeValues values);
+
+// The items as a recipe file's text.
+QString formatRecipe(const std::vector<RecipeItem> &items);
+
+// Throws Error (Usage) for a tag that no recipe can hold: bits, for which the driver has no
+// transfer.
+void checkRecipeTag(const Tag &tag);
+
+struct TransferResult {
+    RequestResult result;
+    int finished = 0;   // requests answered
+    int requests = 0;   // requests of the whole transfer
+    QString failedName; // first element of the request that failed: "D108"
+};
+
+// Moves the items' values to the controller through the driver's recipe transfer.
+TransferResult download(Session &session, const std::vector<RecipeItem> &items);
+
+// Fills the items' values from the controller. On any result but Done they stay as they were.
+TransferResult upload(Session &session, std::vector<RecipeItem> &items);
+
+} // namespace kmr

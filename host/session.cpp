@@ -1,0 +1,330 @@
+#include "host/session.h"
+
+#include "host/error.h"
+#include "host/poll_plan.h"
+
+#include <QMutexLocker>
+
+#include <utility>
+
+namespace kmr
+{
+
+namespace
+{
+
+constexpr int MAX_ECHO_LESSONS = 10; // exchanges spent on learning whether the line echoes
+
+// A longer entry's read would ask for another number: its quantity travels in decimal digits, and a
+// controller takes them for hexadecimal ones.
+constexpr int MAX_RECIPE_ENTRY_WORDS = 9;
+
+Session *g_session = nullptr; // whom the driver's callback is for
+
+bool isRead(const FRAME_PRO &frame)
+{
+    const QByteArray function(frame.frame + 3, 2);
+    return function == "02" || function == "03";
+}
+
+Run writtenBy(const VARIABLE &request)
+{
+    const int words = isCounterArea(request.area) ? 2 : 1;
+    return {request.station, request.area, fromDriverAddress(request.area, request.address),
+            std::max(1, request.count / words)};
+}
+
+RequestResult resultOf(const Exchange &exchange)
+{
+    using Outcome = RequestResult::Outcome;
+    const Failure failure{exchange.fault, exchange.exceptionCode};
+    if (exchange.outcome == Exchange::Outcome::Good)
+        return {Outcome::Done, {}};
+    if (failure.exceptionCode != 0)
+        return {Outcome::Refused, failure};
+    if (exchange.outcome == Exchange::Outcome::Interrupted ||
+        failure.fault == ReplyFault::EchoOrAnswer)
+        return {Outcome::Unknown, failure};
+    return {failure.fault == ReplyFault::NotSendable ? Outcome::NotSent : Outcome::NoAnswer,
+            failure};
+}
+
+bool isFinal(const Exchange &exchange)
+{
+    return exchange.outcome != Exchange::Outcome::SentAgain;
+}
+
+std::vector<quint8> toBytes(const Run &run, const Values &values)
+{
+    const int bytesEach = isBitArea(run.area) ? 1 : isCounterArea(run.area) ? 4 : 2;
+    std::vector<quint8> bytes;
+    for (const std::uint32_t value : values) {
+        for (int i = 0; i < bytesEach; ++i)
+            bytes.push_back(static_cast<quint8>(value >> (8 * i)));
+    }
+    return bytes;
+}
+
+void checkEntries(const QVector<_RCP_VAR_PRO> &entries)
+{
+    for (const _RCP_VAR_PRO &entry : entries) {
+        const bool fits = !isBitArea(entry.area) && entry.count >= 1 &&
+                          entry.count <= MAX_RECIPE_ENTRY_WORDS && entry.bufWord >= 0 &&
+                          entry.bufWord <= Session::RECIPE_WORDS - entry.count;
+        if (!fits) {
+            throw Error(
+                ExitCode::Usage,
+                QString("%1 with %2 words fits no recipe: an entry holds 1 to %3 words, and "
+                        "all together %4")
+                    .arg(elementName(entry.area, fromDriverAddress(entry.area, entry.address)))
+                    .arg(entry.count)
+                    .arg(MAX_RECIPE_ENTRY_WORDS)
+                    .arg(Session::RECIPE_WORDS));
+        }
+    }
+}
+
+} // namespace
+
+Session::Session(const DriverFunctions &driver, QIODevice &device, const SessionSettings &settings,
+                 const std::atomic<bool> &stop, Clock clock)
+    : m_driver(driver), m_settings(settings),
+      m_loop(driver, device, settings.poll, stop, std::move(clock))
+{
+    g_session = this;
+    m_loop.setObserver([this](const Exchange &exchange) { note(exchange); });
+    m_driver.setAddrValueChangeCallBack(&Session::reportChange);
+    // device number, writes are queued, unused, bad replies until a request is given up, group
+    // limit
+    const QByteArray property = QString("%1#0#0#%2#%3")
+                                    .arg(DEVICE)
+                                    .arg(settings.retries + 1)
+                                    .arg(settings.groupLimit)
+                                    .toLatin1();
+    qint32 result = 0;
+    m_driver.initProperty(m_status.data(), nullptr, m_recipe.data(), &result, property.constData(),
+                          &m_mutex);
+}
+
+Session::~Session()
+{
+    m_driver.setAddrValueChangeCallBack(nullptr);
+    // The driver forgets what it has borrowed.
+    qint32 result = 0;
+    m_driver.initProperty(nullptr, nullptr, nullptr, &result, "", nullptr);
+    g_session = nullptr;
+}
+
+qint32 Session::reportChange(qint32, qint32 station, QString area, qint32 address)
+{
+    if (g_session != nullptr && g_session->m_changeObserver)
+        g_session->m_changeObserver(station, area, address);
+    return 0;
+}
+
+void Session::poll(const std::vector<Run> &runs)
+{
+    m_driver.addrMerge(toKeys(runs));
+}
+
+PollLoop::Step Session::step()
+{
+    return m_loop.step();
+}
+
+RequestResult Session::readOnce(const Run &run)
+{
+    beginRequest(std::nullopt);
+    KEY_ADDRESS key = toKey(run);
+    m_driver.addConditionRead(key, m_request->tag);
+    return await();
+}
+
+RequestResult Session::write(const Run &run, const Values &values)
+{
+    // Only what can be told from an echo counts as confirmed, and reading teaches the difference.
+    if (isBitArea(run.area)) {
+        if (const auto failure = learnEcho())
+            return *failure;
+    }
+    const Run disturbed = disturbedBy(run);
+    beginRequest(disturbed);
+    forget(disturbed);
+    std::vector<quint8> bytes = toBytes(run, values);
+    const int driverCount = isCounterArea(run.area) ? 2 * run.count : run.count; // in words there
+    m_driver.setData(run.station, run.area, toDriverAddress(run.area, run.first), driverCount,
+                     bytes.data(), m_request->tag);
+    return await();
+}
+
+Values Session::values(const Tag &tag) const
+{
+    const Run &run = tag.elements;
+    const int bytesEach = tag.kind == ElementKind::Bit       ? 1
+                          : tag.kind == ElementKind::Counter ? 4
+                                                             : 2;
+    const int driverCount = tag.kind == ElementKind::Counter ? 2 * run.count : run.count;
+    std::vector<quint8> bytes(static_cast<std::size_t>(run.count * bytesEach));
+    m_driver.getData(run.station, run.area, toDriverAddress(run.area, run.first), driverCount,
+                     bytes.data());
+
+    Values values;
+    for (int i = 0; i < tag.count; ++i) {
+        if (tag.kind == ElementKind::WordBit) {
+            const int bit = tag.firstBit + i;
+            values.push_back(bytes[static_cast<std::size_t>(bit / 8)] >> (bit % 8) & 1U);
+            continue;
+        }
+        std::uint32_t value = 0;
+        for (int k = bytesEach - 1; k >= 0; --k)
+            value = value << 8 | bytes[static_cast<std::size_t>(i * bytesEach + k)];
+        values.push_back(value);
+    }
+    return values;
+}
+
+RequestResult Session::transferRecipe(const QVector<_RCP_VAR_PRO> &entries, Transfer direction,
+                                      int &finished)
+{
+    using Outcome = RequestResult::Outcome;
+    checkEntries(entries);
+    finished = 0;
+    if (entries.isEmpty()) // the driver would repeat its last request for ever
+        return {Outcome::Done, {}};
+
+    m_driver.setRcpAddress(&entries);
+    m_recipeTransfer = RecipeTransfer{entries, 0, false, std::nullopt};
+    const int position =
+        direction == Transfer::Download ? STATUS_RECIPE_DOWNLOAD : STATUS_RECIPE_UPLOAD;
+    setRequestByte(position, 1);
+    PollLoop::Step last = PollLoop::Step::Exchanged;
+    while (last == PollLoop::Step::Exchanged && isRequestByteSet(position))
+        last = step();
+    setRequestByte(position, 0);
+
+    const RecipeTransfer transfer = *std::exchange(m_recipeTransfer, std::nullopt);
+    finished = transfer.finished;
+    if (transfer.result)
+        return *transfer.result;
+    if (finished == entries.size())
+        return {Outcome::Done, {}};
+    return {transfer.wasSent ? Outcome::Unknown : Outcome::NotSent, {}};
+}
+
+void Session::note(const Exchange &exchange)
+{
+    count(exchange);
+    if (exchange.outcome == Exchange::Outcome::GivenUp)
+        m_lastFailure = {exchange.fault, exchange.exceptionCode};
+    noteQuality(exchange);
+    noteRecipe(exchange);
+    noteRequest(exchange);
+    if (m_observer)
+        m_observer(exchange);
+}
+
+void Session::count(const Exchange &exchange)
+{
+    switch (exchange.outcome) {
+    case Exchange::Outcome::Good:
+        m_statistics.countGood(exchange.roundTrip);
+        break;
+    case Exchange::Outcome::SentAgain:
+        m_statistics.countRetry();
+        break;
+    case Exchange::Outcome::GivenUp:
+        m_statistics.countGiveUp();
+        break;
+    case Exchange::Outcome::Interrupted:
+        m_statistics.countInterrupted();
+        break;
+    }
+}
+
+void Session::noteQuality(const Exchange &exchange)
+{
+    if (!isRead(exchange.request)) {
+        forget(disturbedBy(writtenBy(exchange.request.var)));
+        return;
+    }
+    const Run run = refreshedBy(exchange.request);
+    if (exchange.outcome == Exchange::Outcome::Good)
+        m_quality.set(run, {Quality::Good, {}});
+    else if (exchange.outcome == Exchange::Outcome::GivenUp)
+        m_quality.set(run, {Quality::Stale, {exchange.fault, exchange.exceptionCode}});
+    if (m_request && m_request->disturbed)
+        forget(*m_request->disturbed); // the driver still shows the written value there
+}
+
+void Session::noteRequest(const Exchange &exchange)
+{
+    if (!m_request || m_recipeTransfer || exchange.request.var.reqTag != m_request->tag)
+        return;
+    m_request->wasSent = true;
+    if (isFinal(exchange))
+        m_request->result = resultOf(exchange);
+}
+
+// Entries go out in their order; other requests may still be on their way when a transfer begins.
+void Session::noteRecipe(const Exchange &exchange)
+{
+    if (!m_recipeTransfer || m_recipeTransfer->finished == m_recipeTransfer->entries.size())
+        return;
+    const _RCP_VAR_PRO &entry = m_recipeTransfer->entries.at(m_recipeTransfer->finished);
+    const VARIABLE &request = exchange.request.var;
+    if (request.station != entry.station || request.area != entry.area ||
+        request.address != entry.address)
+        return;
+    m_recipeTransfer->wasSent = true;
+    if (exchange.outcome == Exchange::Outcome::Good) {
+        ++m_recipeTransfer->finished;
+        m_recipeTransfer->wasSent = false;
+    } else if (isFinal(exchange)) {
+        m_recipeTransfer->result = resultOf(exchange);
+    }
+}
+
+void Session::beginRequest(const std::optional<Run> &disturbed)
+{
+    m_request = Request{++m_lastRequestTag, disturbed, false, std::nullopt};
+}
+
+RequestResult Session::await()
+{
+    PollLoop::Step last = PollLoop::Step::Exchanged;
+    while (!m_request->result && last == PollLoop::Step::Exchanged)
+        last = step();
+    const Request request = *std::exchange(m_request, std::nullopt);
+    if (request.result)
+        return *request.result;
+    using Outcome = RequestResult::Outcome;
+    return {request.wasSent ? Outcome::Unknown : Outcome::NotSent, {}};
+}
+
+// Polls until it is known whether the line echoes. A result means that it can't be, since nothing
+// is answered.
+std::optional<RequestResult> Session::learnEcho()
+{
+    const std::uint64_t giveUps = m_statistics.giveUps();
+    for (int lesson = 0; lesson < MAX_ECHO_LESSONS && echo().isUnknown(); ++lesson) {
+        if (step() != PollLoop::Step::Exchanged)
+            return RequestResult{RequestResult::Outcome::NotSent, {}};
+        if (m_statistics.giveUps() != giveUps)
+            return RequestResult{RequestResult::Outcome::NotSent, m_lastFailure};
+    }
+    return std::nullopt;
+}
+
+void Session::setRequestByte(int position, quint8 value)
+{
+    const QMutexLocker lock(&m_mutex);
+    m_status[static_cast<std::size_t>(position)] = value;
+}
+
+bool Session::isRequestByteSet(int position)
+{
+    const QMutexLocker lock(&m_mutex);
+    return m_status[static_cast<std::size_t>(position)] == 1;
+}
+
+} // namespace kmr

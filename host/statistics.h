@@ -1,0 +1,67 @@
+// Counts of what went over the link, and the round-trip times.
+#pragma once
+
+#include <QString>
+
+#include <chrono>
+#include <cstddef>
+#include <cstdint>
+#include <vector>
+
+namespace kmr
+{
+
+// Five figures of a set of round-trip times. Percentiles are nearest-rank.
+struct RoundTrips {
+    std::chrono::nanoseconds min{0};
+    std::chrono::nanoseconds median{0};
+    std::chrono::nanoseconds p95{0};
+    std::chrono::nanoseconds p99{0};
+    std::chrono::nanoseconds max{0};
+};
+
+class Statistics
+{
+public:
+    // Round trips kept for the percentiles: the newest ones of a long run.
+    static constexpr std::size_t KEPT_ROUND_TRIPS = 65536;
+
+    void countGood(std::chrono::nanoseconds roundTrip);
+    void countRetry();
+    void countGiveUp();
+    void countInterrupted(); // sent, but the line was lost or the user ended it before the answer
+
+    std::uint64_t sent() const
+    {
+        return m_good + m_retries + m_giveUps + m_interrupted;
+    }
+    std::uint64_t good() const
+    {
+        return m_good;
+    }
+    std::uint64_t retries() const
+    {
+        return m_retries;
+    } // bad exchanges after which it is sent again
+    std::uint64_t giveUps() const
+    {
+        return m_giveUps;
+    }
+
+    // All zero before the first good exchange.
+    RoundTrips roundTrips() const;
+
+private:
+    std::uint64_t m_good = 0;
+    std::uint64_t m_retries = 0;
+    std::uint64_t m_giveUps = 0;
+    std::uint64_t m_interrupted = 0;
+    std::vector<std::chrono::nanoseconds> m_roundTrips; // a ring once it is full
+    std::chrono::nanoseconds m_min{0};
+    std::chrono::nanoseconds m_max{0};
+};
+
+// Two lines for the end of a run, like ping's.
+QString summary(const Statistics &statistics);
+
+} // namespace kmr
