@@ -3,20 +3,20 @@
 namespace
 {
 
-const qint32 NO_UPPER = 0x7FFFFFFF;
+const qint32 NO_UPPER = 0x7FFFFFFF; // an address too: such a row has the same base on both sides
 
 const DeviceArea DEVICE_AREAS[] = {
-    {"TV", WORD_ELEMENTS, false, false, 0, 9999, "dddd", true, 0x0600, NO_UPPER, 0},
-    {"CV", WORD_ELEMENTS, false, false, 0, 199, "ddd", true, 0x0E00, NO_UPPER, 0},
-    {"CV2", COUNTER_ELEMENTS, false, false, 200, 255, "ddd", true, 0x0E00, NO_UPPER, 0},
+    {"TV", WORD_ELEMENTS, false, false, 0, 9999, "dddd", true, 0x0600, NO_UPPER, 0x0600},
+    {"CV", WORD_ELEMENTS, false, false, 0, 199, "ddd", true, 0x0E00, NO_UPPER, 0x0E00},
+    {"CV2", COUNTER_ELEMENTS, false, false, 200, 255, "ddd", true, 0x0E00, NO_UPPER, 0x0E00},
     {"D", WORD_ELEMENTS, false, false, 0, 11999, "ddddd", true, 0x1000, 4096, 0x8000},
-    {"X", BIT_ELEMENTS, true, true, 0, 23417, "ooooo", false, 0x0400, NO_UPPER, 0},
-    {"Y", BIT_ELEMENTS, true, true, 0, 23417, "ooooo", true, 0x0500, NO_UPPER, 0},
+    {"X", BIT_ELEMENTS, true, true, 0, 23417, "ooooo", false, 0x0400, NO_UPPER, 0x0400},
+    {"Y", BIT_ELEMENTS, true, true, 0, 23417, "ooooo", true, 0x0500, NO_UPPER, 0x0500},
     // 65536 lies one past the 16-bit range; panels rely on being let through there.
     {"M", BIT_ELEMENTS, true, false, 0, 65536, "ddddd", true, 0x0800, 1536, 0xAA00},
-    {"S", BIT_ELEMENTS, true, false, 0, 9999, "dddd", true, 0x0000, NO_UPPER, 0},
-    {"T", BIT_ELEMENTS, true, false, 0, 9999, "dddd", true, 0x0600, NO_UPPER, 0},
-    {"C", BIT_ELEMENTS, true, false, 0, 9999, "dddd", true, 0x0E00, NO_UPPER, 0},
+    {"S", BIT_ELEMENTS, true, false, 0, 9999, "dddd", true, 0x0000, NO_UPPER, 0x0000},
+    {"T", BIT_ELEMENTS, true, false, 0, 9999, "dddd", true, 0x0600, NO_UPPER, 0x0600},
+    {"C", BIT_ELEMENTS, true, false, 0, 9999, "dddd", true, 0x0E00, NO_UPPER, 0x0E00},
     // Bits for values, words for watching: each watched bit has an entry of its own address.
     {"TV_bit", BIT_ELEMENTS, false, false, 0, 159999, nullptr, true, 0, NO_UPPER, 0},
     // Watched as bits, but neither polled nor served.

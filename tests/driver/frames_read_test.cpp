@@ -348,3 +348,9 @@ TEST_F(ReadFrame, CarriesTheWholeRequest)
     EXPECT_EQ(frame.var.data[0], 0x5A);
     EXPECT_EQ(frame.var.data[1023], 0xA5);
 }
+
+TEST_F(ReadFrame, TheLastAddressOf32BitsHasItsAreasOwnBase)
+{
+    EXPECT_EQ(read("TV", INT_MAX, 1), ":010305FF0001F7\r\n");
+    EXPECT_EQ(read("C", INT_MAX, 1), ":01020DF00010F0\r\n");
+}
