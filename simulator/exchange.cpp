@@ -32,19 +32,24 @@ QString coilText(std::uint16_t value)
     }
 }
 
+// "1 bit", "16 bits".
+QString counted(int quantity, const char *unit)
+{
+    return QString::number(quantity) + ' ' + unit + (quantity == 1 ? "" : "s");
+}
+
 QString requestText(const Exchange &exchange)
 {
     const QString address = hex(exchange.address, 4);
-    const QString quantity = QString::number(exchange.quantity);
     switch (exchange.function) {
     case modbus::READ_DISCRETE_INPUTS:
-        return "read " + quantity + " bits from " + address;
+        return "read " + counted(exchange.quantity, "bit") + " from " + address;
     case modbus::READ_HOLDING_REGISTERS:
-        return "read " + quantity + " registers from " + address;
+        return "read " + counted(exchange.quantity, "register") + " from " + address;
     case modbus::WRITE_SINGLE_COIL:
         return "write bit " + address + ' ' + coilText(exchange.quantity);
     case modbus::WRITE_MULTIPLE_REGISTERS:
-        return "write " + quantity + " registers from " + address;
+        return "write " + counted(exchange.quantity, "register") + " from " + address;
     default:
         return "function " + hex(exchange.function, 2);
     }
