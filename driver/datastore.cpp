@@ -62,11 +62,12 @@ void saveBits(qint32 station, const QString &area, qint32 first, qint32 count, c
         const qint32 bit = addressPlus(first, i);
         const int byte = byteOfBit(bit);
         const quint8 mask = maskOfBit(bit);
-        const quint8 current = currentValue(dataArea(station, area, bit / BLOCK_BITS))[byte];
+        const int position = positionInStore(station, area, bit / BLOCK_BITS);
+        const quint8 current = currentValue(driver.dataAreas.at(position))[byte];
         const quint8 changed = static_cast<quint8>(data[i] == 1 ? current | mask : current & ~mask);
         if (changed != current)
             _OnlyOneDataTypeDataChange(station, area, bit, 0, 0, 0);
-        _DATA_ &entry = dataArea(station, area, bit / BLOCK_BITS);
+        _DATA_ &entry = driver.dataAreas[position];
         // The block's other byte keeps what was last written there, not what was last read.
         entry.writtenValue[byte] = changed;
         entry.writePending = 1;
@@ -78,9 +79,10 @@ void saveElements(qint32 station, const QString &area, qint32 first, qint32 coun
 {
     for (qint32 i = 0; i < count; ++i, data += bytes) {
         const qint32 address = addressPlus(first, i);
-        if (memcmp(currentValue(dataArea(station, area, address)), data, bytes) != 0)
+        const int position = positionInStore(station, area, address);
+        if (memcmp(currentValue(driver.dataAreas.at(position)), data, bytes) != 0)
             _OnlyOneDataTypeDataChange(station, area, address, 0, 0, 0);
-        _DATA_ &entry = dataArea(station, area, address);
+        _DATA_ &entry = driver.dataAreas[position];
         memcpy(entry.writtenValue, data, bytes);
         entry.writePending = 1;
     }
@@ -143,9 +145,14 @@ int getIndexOfDataArea(int station, QString area, int index, QList<_DATA_> &area
     return static_cast<int>(areas.size()) - 1;
 }
 
+int positionInStore(qint32 station, const QString &area, qint32 index)
+{
+    return getIndexOfDataArea(station, area, index, driver.dataAreas);
+}
+
 _DATA_ &dataArea(qint32 station, const QString &area, qint32 index)
 {
-    return driver.dataAreas[getIndexOfDataArea(station, area, index, driver.dataAreas)];
+    return driver.dataAreas[positionInStore(station, area, index)];
 }
 
 void reportToHost(qint32 devId, qint32 station, const QString &area, qint32 address)

@@ -2,7 +2,7 @@
 // reading and writing of values.
 //
 // A report runs the host's callback, which may read, write and queue and so make any list grow. No
-// reference into a list outlives a report: the entry is looked up again.
+// reference into a list outlives a report. Positions in the store do: entries are only added.
 #ifndef DATASTORE_H
 #define DATASTORE_H
 
@@ -11,6 +11,9 @@
 // Position in `areas` of the entry (`station`, `area`, `index`): the first one from the front. An
 // absent one is appended with all values 0.
 int getIndexOfDataArea(int station, QString area, int index, QList<_DATA_> &areas);
+
+// Position in the store of the entry with that key, created when absent.
+int positionInStore(qint32 station, const QString &area, qint32 index);
 
 // The entry of the store with that key, created when absent. Valid until the store grows.
 _DATA_ &dataArea(qint32 station, const QString &area, qint32 index);

@@ -54,13 +54,29 @@ int blockValue(const quint8 *bytes)
 // Stores `size` bytes read for one word or counter, reporting a change before it is stored.
 void storeElement(const Request &request, qint32 address, const quint8 *bytes, size_t size)
 {
-    _DATA_ &entry = dataArea(request.station, request.area, address);
+    const int position = positionInStore(request.station, request.area, address);
+    _DATA_ &entry = driver.dataAreas[position];
     entry.commFailed = 0;
     if (memcmp(entry.readValue, bytes, size) == 0)
         return;
     entry.writePending = 0;
     _OnlyOneDataTypeDataChange(request.station, request.area, address, 0, 0, 0);
-    memcpy(dataArea(request.station, request.area, address).readValue, bytes, size);
+    memcpy(driver.dataAreas[position].readValue, bytes, size);
+}
+
+// Stores the 16 bits read for one block, reporting changes before they are stored.
+void storeBlock(const Request &request, qint32 block, const quint8 *bytes)
+{
+    const int position = positionInStore(request.station, request.area, block);
+    _DATA_ &entry = driver.dataAreas[position];
+    entry.commFailed = 0;
+    const int oldValue = blockValue(entry.readValue);
+    const int newValue = blockValue(bytes);
+    if (oldValue == newValue)
+        return;
+    entry.writePending = 0;
+    _OnlyOneDataTypeDataChange(request.station, request.area, block, oldValue, newValue, 1);
+    memcpy(driver.dataAreas[position].readValue, bytes, 2);
 }
 
 // Hands `size` bytes of an uploaded recipe entry to the host. `word` is where they go and
@@ -105,16 +121,7 @@ void decodeBlocks(const Request &request, qint32 firstBlock, const QByteArray &r
     for (qint32 i = 0; i < request.dataLen / WORD_CHARS; ++i) {
         const qint64 position = request.dataPos + qint64(i) * WORD_CHARS;
         const quint8 bytes[2] = {byteAt(reply, position), byteAt(reply, position + 2)};
-        const qint32 block = addressPlus(firstBlock, i);
-        _DATA_ &entry = dataArea(request.station, request.area, block);
-        entry.commFailed = 0;
-        const int oldValue = blockValue(entry.readValue);
-        const int newValue = blockValue(bytes);
-        if (oldValue == newValue)
-            continue;
-        entry.writePending = 0;
-        _OnlyOneDataTypeDataChange(request.station, request.area, block, oldValue, newValue, 1);
-        memcpy(dataArea(request.station, request.area, block).readValue, bytes, sizeof bytes);
+        storeBlock(request, addressPlus(firstBlock, i), bytes);
     }
 }
 
