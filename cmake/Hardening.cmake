@@ -1,5 +1,5 @@
 # Link to kmr_hardening for the compiler's and the linker's protections and, with KMR_SANITIZE, the
-# sanitizers.
+# sanitizers, with KMR_FUZZ what guides a fuzzer, with KMR_COVERAGE the counters.
 add_library(kmr_hardening INTERFACE)
 target_compile_options(kmr_hardening INTERFACE -fstack-protector-strong)
 target_link_options(kmr_hardening INTERFACE -Wl,-z,relro,-z,now)
@@ -8,4 +8,14 @@ if(KMR_SANITIZE)
     target_compile_options(kmr_hardening INTERFACE
         -fsanitize=address,undefined -fno-sanitize-recover=all -fno-omit-frame-pointer)
     target_link_options(kmr_hardening INTERFACE -fsanitize=address,undefined)
+endif()
+
+if(KMR_FUZZ)
+    target_compile_options(kmr_hardening INTERFACE -fsanitize=fuzzer-no-link)
+endif()
+
+if(KMR_COVERAGE)
+    set(coverage_options -fprofile-instr-generate -fcoverage-mapping -fcoverage-mcdc)
+    target_compile_options(kmr_hardening INTERFACE ${coverage_options})
+    target_link_options(kmr_hardening INTERFACE ${coverage_options})
 endif()
