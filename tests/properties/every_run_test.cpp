@@ -1,0 +1,284 @@
+// Every start of every area with 1 to 20 elements: what is polled, what stands on the line, what
+// arrives in the store and what is reported. Here the rules are written out for single runs: which
+// Modbus address an element has, and which elements a read covers. With the sanitizers every 13th
+// start only.
+#include "tests/driver/loaded_driver.h"
+#include "tests/properties/model_frames.h"
+
+#include <cstdio>
+#include <string>
+#include <vector>
+
+namespace
+{
+
+// An area and where its elements lie; from `upperFrom` on they lie from `upperBase` on.
+struct Area {
+    const char *name;
+    int lowest;
+    int highest; // for "X" and "Y" in linear numbers
+    int base;
+    int upperFrom;
+    int upperBase;
+
+    bool isOctal() const
+    {
+        return *name == 'X' || *name == 'Y';
+    }
+    // The number that a host gives for an element.
+    int shown(int linear) const
+    {
+        char digits[16];
+        std::snprintf(digits, sizeof digits, "%o", static_cast<unsigned>(linear));
+        return isOctal() ? std::stoi(digits) : linear;
+    }
+    int onWire(int linear) const
+    {
+        return linear < upperFrom ? base + linear : upperBase + linear;
+    }
+};
+
+constexpr int NEVER = 1 << 30;
+
+// What the controller holds: a word for each register, a bit for each input.
+int wordAt(int modbusAddress)
+{
+    return (modbusAddress * 40503 + 12345) & 0xFFFF;
+}
+
+int bitAt(int modbusAddress)
+{
+    return wordAt(modbusAddress) >> 7 & 1;
+}
+
+std::string hex(int value, int digits)
+{
+    char text[16];
+    std::snprintf(text, sizeof text, "%0*X", digits, static_cast<unsigned>(value));
+    return text;
+}
+
+// What one exchange is to look like.
+struct Exchange {
+    std::string request; // between ':' and LRC
+    std::string data;    // of the reply
+};
+
+class EveryRun : public FlowTest
+{
+    // Polls `count` elements from `start` on once, and reads them: the elements in `expected` are
+    // the values from `start` on, of `bytes` bytes each, 0 for bits.
+    void expectPolled(const Area &area, int start, int count,
+                      const std::vector<Exchange> &exchanges, const std::vector<int> &expected)
+    {
+        configure("1#0#0#3#8");
+        name = QString::fromLatin1(area.name);
+        if (list.isEmpty())
+            list.append(KEY_ADDRESS());
+        list[0].station = 1;
+        list[0].area = name;
+        list[0].address = area.shown(start);
+        list[0].count = count;
+        ASSERT_EQ(kmr->addrMerge(list), static_cast<int>(exchanges.size()));
+        for (const Exchange &exchange : exchanges) {
+            const std::string digits = exchange.request;
+            ASSERT_EQ(nextFrame(), ":" + digits + model::lrc(digits));
+            QByteArray reply("\x3A"
+                             "01xx00");
+            reply[3] = digits[2];
+            reply[4] = digits[3];
+            reply.append(exchange.data.c_str());
+            reply.append("00\r\n");
+            ASSERT_EQ(frame.replyLen, reply.size());
+            ASSERT_EQ(kmr->dealRcvFrame(reply, text), 1);
+        }
+        ASSERT_EQ(values(area, start, static_cast<int>(expected.size())), expected);
+        Reports wanted;
+        for (int i = 0; i < count && i < static_cast<int>(expected.size()); ++i) {
+            if (expected[static_cast<size_t>(i)] != 0)
+                wanted.emplace_back(1, 1, area.name, area.shown(start + i));
+        }
+        ASSERT_EQ(takeReports(), wanted);
+    }
+
+    std::vector<int> values(const Area &area, int start, int number)
+    {
+        const bool counters = name == QLatin1String("CV2");
+        const bool words = name == QLatin1String("TV") || name == QLatin1String("CV") ||
+                           name == QLatin1String("D");
+        quint8 out[256];
+        kmr->getData(1, name, area.shown(start), counters ? 2 * number : number, out);
+        std::vector<int> all;
+        for (int i = 0; i < number; ++i) {
+            if (counters)
+                all.push_back(out[4 * i] | out[4 * i + 1] << 8 | out[4 * i + 2] << 16 |
+                              out[4 * i + 3] << 24);
+            else
+                all.push_back(words ? out[2 * i] | out[2 * i + 1] << 8 : out[i]);
+        }
+        return all;
+    }
+
+    // Words are read in blocks of 8, as they come.
+    void expectWordsPolled(const Area &area, int start, int count)
+    {
+        std::vector<Exchange> exchanges;
+        std::vector<int> expected;
+        for (int done = 0; done < count; done += 8) {
+            const int number = std::min(8, count - done);
+            const int first = area.onWire(start + done);
+            exchanges.push_back({"0103" + hex(first, 4) + "000" + std::to_string(number), ""});
+            for (int i = 0; i < number; ++i) {
+                exchanges.back().data += hex(wordAt(first + i), 4);
+                expected.push_back(wordAt(first + i));
+            }
+        }
+        expectPolled(area, start, count, exchanges, expected);
+    }
+
+    // A run of bits is one read of 16 or 32 bits from a multiple of 16 on; what lies behind is 0.
+    void expectBitsPolled(const Area &area, int start, int count)
+    {
+        const int first = start - start % 16;
+        const int number = count > 1 && start % 16 + count > 15 ? 32 : 16;
+        const int wire = area.onWire(first);
+        Exchange exchange = {"0102" + hex(wire & 0xFFFF, 4) + (number == 32 ? "0020" : "0010"), ""};
+        for (int i = 0; i < number; i += 8) {
+            int byte = 0;
+            for (int k = 0; k < 8; ++k)
+                byte += bitAt(wire + i + k) << k;
+            exchange.data += hex(byte, 2);
+        }
+        std::vector<int> expected;
+        for (int bit = start; bit < start + count; ++bit)
+            expected.push_back(bit < first + number ? bitAt(wire + bit - first) : 0);
+        expectPolled(area, start, count, {exchange}, expected);
+    }
+
+    // Counters are read in blocks of 8 as well, but of each block only half, one at least.
+    void expectCountersPolled(const Area &area, int start, int count)
+    {
+        std::vector<Exchange> exchanges;
+        std::vector<int> expected(static_cast<size_t>(count), 0);
+        for (int done = 0; done < count; done += 8) {
+            const int number = std::max(1, std::min(8, count - done) / 2);
+            const int first = area.onWire(start + done);
+            exchanges.push_back({"0103" + hex(first, 4) + "000" + std::to_string(number), ""});
+            for (int i = first; i < first + number; ++i) {
+                exchanges.back().data += hex(wordAt(i + 0x8000), 4) + hex(wordAt(i), 4);
+                expected[static_cast<size_t>(done + i - first)] =
+                    static_cast<int>(static_cast<unsigned>(wordAt(i + 0x8000)) << 16 |
+                                     static_cast<unsigned>(wordAt(i)));
+            }
+        }
+        expectPolled(area, start, count, exchanges, expected);
+    }
+
+    // The words that hold the bits are polled, in blocks of 8, but their requests end behind the
+    // station: "TV_bit" can't be read.
+    void expectWordsOfBitsPlanned(const Area &area, int start, int count)
+    {
+        configure("1#0#0#1#8");
+        list = {keyOf({1, area.name, start, count})};
+        int word = start / 16;
+        for (int block = kmr->addrMerge(list); block > 0; --block) {
+            ASSERT_EQ(nextFrame(), ":01FF");
+            ASSERT_EQ(frame.var.address, word);
+            word += frame.var.count;
+            ASSERT_TRUE(block == 1 || frame.var.count == 8);
+            ASSERT_EQ(answer(""), 2);
+        }
+        ASSERT_EQ(word, (start + count - 1) / 16 + 1);
+    }
+
+    template <typename Expectation>
+    void expectEvery(const Area &area, const Expectation &expectation)
+    {
+        for (int start = area.lowest; start <= area.highest; start += KMR_STARTS_STEP) {
+            for (int count = 1; count <= 20; ++count) {
+                (this->*expectation)(area, start, count);
+                if (HasFailure())
+                    FAIL() << area.name << " from " << start << ", " << count << " elements";
+            }
+        }
+    }
+
+    QString name;
+    QString text;
+    QList<KEY_ADDRESS> list;
+
+protected:
+    void expectEveryBitRun(const Area &area)
+    {
+        expectEvery(area, &EveryRun::expectBitsPolled);
+    }
+    void expectEveryWordRun(const Area &area)
+    {
+        expectEvery(area, &EveryRun::expectWordsPolled);
+    }
+    void expectEveryCounterRun(const Area &area)
+    {
+        expectEvery(area, &EveryRun::expectCountersPolled);
+    }
+    void expectEveryTvBitRun(const Area &area)
+    {
+        expectEvery(area, &EveryRun::expectWordsOfBitsPlanned);
+    }
+};
+
+} // namespace
+
+TEST_F(EveryRun, OfInputsX)
+{
+    expectEveryBitRun({"X", 0, 9999, 0x0400, NEVER, 0});
+}
+
+TEST_F(EveryRun, OfOutputsY)
+{
+    expectEveryBitRun({"Y", 0, 9999, 0x0500, NEVER, 0});
+}
+
+TEST_F(EveryRun, OfRelaysM)
+{
+    expectEveryBitRun({"M", 0, 65536, 0x0800, 1536, 0xAA00});
+}
+
+TEST_F(EveryRun, OfStepsS)
+{
+    expectEveryBitRun({"S", 0, 9999, 0x0000, NEVER, 0});
+}
+
+TEST_F(EveryRun, OfTimersT)
+{
+    expectEveryBitRun({"T", 0, 9999, 0x0600, NEVER, 0});
+}
+
+TEST_F(EveryRun, OfCountersC)
+{
+    expectEveryBitRun({"C", 0, 9999, 0x0E00, NEVER, 0});
+}
+
+TEST_F(EveryRun, OfTimerValuesTV)
+{
+    expectEveryWordRun({"TV", 0, 9999, 0x0600, NEVER, 0});
+}
+
+TEST_F(EveryRun, OfCounterValuesCV)
+{
+    expectEveryWordRun({"CV", 0, 199, 0x0E00, NEVER, 0});
+}
+
+TEST_F(EveryRun, OfLongCountersCV2)
+{
+    expectEveryCounterRun({"CV2", 200, 255, 0x0E00, NEVER, 0});
+}
+
+TEST_F(EveryRun, OfDataWordsD)
+{
+    expectEveryWordRun({"D", 0, 11999, 0x1000, 4096, 0x8000});
+}
+
+TEST_F(EveryRun, OfBitsOfTimerValues)
+{
+    expectEveryTvBitRun({"TV_bit", 0, 159999, 0, NEVER, 0});
+}

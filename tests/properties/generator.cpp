@@ -1,0 +1,315 @@
+#include "tests/properties/generator.h"
+
+#include <algorithm>
+#include <climits>
+
+namespace
+{
+
+const std::vector<int> allStations = {0, 1, 1, 1, 2, 12, 255, 256, 300, -1};
+
+const std::vector<int> boundaries = {
+    0,    1,    2,    3,    6,     7,     8,       9,       10,      14,      15,
+    16,   17,   18,   20,   31,    32,    33,      47,      48,      77,      78,
+    100,  177,  198,  199,  200,   201,   207,     208,     250,     254,     255,
+    256,  257,  1520, 1534, 1535,  1536,  1537,    1777,    4080,    4094,    4095,
+    4096, 4097, 9998, 9999, 11998, 11999, 23416,   23417,   65535,   65536,   65537,
+    -1,   -15,  -16,  -17,  -32,   -4096, INT_MAX, INT_MAX, INT_MIN, INT_MIN, 777777};
+
+const std::vector<int> commonCounts = {1, 1, 1, 1, 2, 2, 3, 4, 5, 7, 8, 9, 12, 15, 16, 17, 20};
+const std::vector<int> oddCounts = {-1, 0, 0, 24, 31, 32, 33, 48, 63, 64, 65, 70};
+
+// Areas that are numbered bit by bit from zero on: a bit before zero has no place.
+bool isLinearBitArea(int area)
+{
+    return area == M || area == S || area == T || area == C || area == TV_BIT;
+}
+
+} // namespace
+
+Generator::Generator(std::uint64_t seed) : random(seed)
+{
+    for (int i = 0; i < 2; ++i)
+        stations.push_back(pick(allStations));
+    for (int i = 0; i < 3; ++i)
+        areas.push_back(below(100) < 92 ? below(KNOWN_AREAS)
+                                        : below(static_cast<int>(areaNames().size())));
+    for (int i = 0; i < 3; ++i)
+        addresses.push_back(pick(boundaries));
+}
+
+int Generator::below(int limit)
+{
+    return static_cast<int>(random() % static_cast<std::uint64_t>(limit));
+}
+
+bool Generator::chance(int percent)
+{
+    return below(100) < percent;
+}
+
+template <typename T> T Generator::pick(const std::vector<T> &values)
+{
+    return values[random() % values.size()];
+}
+
+int Generator::station()
+{
+    return chance(90) ? pick(stations) : pick(allStations);
+}
+
+int Generator::area()
+{
+    return chance(90) ? pick(areas) : below(static_cast<int>(areaNames().size()));
+}
+
+int Generator::address(int area)
+{
+    if (area == CV2 && chance(60))
+        return 200 + below(12);
+    if (chance(15))
+        return pick(boundaries);
+    const long long near = pick(addresses) + (chance(50) ? 0LL : below(20));
+    return static_cast<int>(std::min<long long>(near, INT_MAX));
+}
+
+int Generator::count()
+{
+    if (below(1000) == 0)
+        return 520 + below(80);
+    return chance(90) ? pick(commonCounts) : pick(oddCounts);
+}
+
+// A run that ends inside 32 bits.
+Call Generator::run(Kind kind)
+{
+    Call call;
+    call.kind = kind;
+    call.station = station();
+    call.area = area();
+    call.address = address(call.area);
+    call.count = count();
+    call.option = chance(40) ? -1 : 1;
+    call.salt = static_cast<unsigned>(below(1 << 20));
+    if (call.address + (call.count - 1LL) > INT_MAX)
+        call.count = 1;
+    return call;
+}
+
+Call Generator::init()
+{
+    static const std::vector<std::string> limits = {"8",  "8",  "8", "8",           "12",
+                                                    "3",  "1",  "0", "-1",          " 5 ",
+                                                    "+7", "x4", "",  "-2147483648", "-536870911"};
+    static const std::vector<std::string> shorts = {"", "1", "#", "1#2#3#4", "####", "#1#2#3#4"};
+    Call call;
+    call.kind = Kind::Init;
+    for (const int null : {NO_STATUS, NO_RECIPE, NO_MUTEX, NO_PROPERTY})
+        call.option += chance(3) ? null : 0;
+    call.text = std::to_string(1 + below(2)) + "#" + (chance(8) ? "1" : "0") + "#7#" +
+                std::to_string(below(4)) + "#" + pick(limits) + (chance(5) ? "#9" : "");
+    if (chance(4))
+        call.text = pick(shorts);
+    return call;
+}
+
+Call Generator::merge()
+{
+    Call call;
+    call.kind = Kind::Merge;
+    for (int i = below(chance(20) ? 16 : 5); i > 0; --i) {
+        Call entry = run(Kind::Merge);
+        // How many words less than no bits make is written in two ways that disagree.
+        if (entry.area == TV_BIT && entry.address % 16 + static_cast<long long>(entry.count) < 0)
+            entry.count = 1;
+        if (entry.area == TV_BIT && entry.address < 0 && entry.address % 16 + entry.count < 0)
+            entry.address = 0;
+        call.list.push_back(entry);
+    }
+    return call;
+}
+
+Call Generator::recipe()
+{
+    Call call;
+    call.kind = Kind::Recipe;
+    call.option = chance(5) ? -1 : 0; // a null list
+    for (int i = call.option < 0 ? 0 : below(5); i > 0; --i) {
+        Call entry = run(Kind::Recipe);
+        if (chance(1))
+            entry.count = pick(std::vector<int>{250, 251, 252, 511, 512, 513, 600});
+        if (entry.area == CV2) // words behind the 512th don't exist
+            entry.count = std::min(entry.count, 512);
+        entry.option = below(40);                               // buffer word
+        entry.salt = static_cast<unsigned>(chance(80) ? 1 : 2); // device
+        call.list.push_back(entry);
+    }
+    return call;
+}
+
+Call Generator::setData()
+{
+    Call call = run(Kind::SetData);
+    if (isLinearBitArea(call.area) && call.address < 0) {
+        call.address = call.address / 16 * 16;
+        call.count = std::min(call.count, 1);
+    }
+    return call;
+}
+
+Call Generator::getData()
+{
+    Call call = setData();
+    call.kind = Kind::GetData;
+    call.option = chance(1) ? 1 : 0;
+    return call;
+}
+
+Call Generator::readOnce()
+{
+    Call call = run(Kind::ReadOnce);
+    call.salt %= 100;
+    return call;
+}
+
+Call Generator::reply()
+{
+    Call call;
+    call.kind = Kind::Reply;
+    call.option = chance(65) ? 0 : below(static_cast<int>(ReplyKind::COUNT));
+    call.salt = static_cast<unsigned>(below(1 << 20));
+    return call;
+}
+
+Call Generator::prepares()
+{
+    Call call;
+    call.kind = Kind::HostPrepares;
+    for (int i = 1 + below(4); i > 0; --i) {
+        const int kind = below(3);
+        call.list.push_back(kind == 0 ? setData() : kind == 1 ? getData() : readOnce());
+    }
+    return call;
+}
+
+std::string Generator::addressText()
+{
+    static const std::string characters = "0123456789012345678901234567890123456789.. -+a\t";
+    static const std::vector<std::string> longOnes = {
+        "2147483647",   "2147483648", "134217727.15", "134217728.0", "00000000000017",
+        "999999999999", " 12 ",       "9999.15",      "10000.0"};
+    if (chance(10))
+        return pick(longOnes);
+    if (chance(40))
+        return std::to_string(std::max(0, pick(boundaries))) +
+               (chance(40) ? "." + std::to_string(below(18)) : "");
+    std::string text;
+    for (int i = below(8); i > 0; --i)
+        text += characters[random() % characters.size()];
+    return text;
+}
+
+Call Generator::editor()
+{
+    static const std::vector<Kind> kinds = {
+        Kind::Identity, Kind::CheckValidity, Kind::CheckValidity, Kind::CheckAddr, Kind::CheckAddr,
+        Kind::Describe, Kind::ListByType,    Kind::Series,        Kind::Series};
+    Call call;
+    call.kind = pick(kinds);
+    call.area = below(static_cast<int>(areaNames().size()));
+    call.count = chance(97) ? count() : pick(std::vector<int>{INT_MAX, INT_MIN});
+    if (call.kind == Kind::Series) {
+        call.count = std::min(call.count, 70);
+        call.address = address(call.area);
+        if (call.area == X || call.area == Y) // the last digit of a negative number is no digit
+            call.address = std::max(call.address, 0);
+        call.option = pick(std::vector<int>{1, 1, 1, 2, 3, 5, 16, 0, -1, -2, -3, INT_MAX, 1000});
+    } else if (call.kind == Kind::CheckValidity) {
+        call.option = chance(50) ? 0 : pick(std::vector<int>{1, -1, 5});
+        call.text = addressText();
+    } else if (call.kind == Kind::CheckAddr) {
+        call.option = chance(50) ? -1 : below(11);
+        call.text = addressText();
+    } else {
+        call.option = below(4) - 1;
+    }
+    return call;
+}
+
+void Generator::addExchanges(std::vector<Call> &calls, int number)
+{
+    for (; number > 0; --number) {
+        calls.emplace_back();
+        calls.push_back(reply());
+    }
+}
+
+// What happens seldom.
+Call Generator::other()
+{
+    Call call;
+    switch (below(10)) {
+    case 0:
+        return init();
+    case 1:
+        call.kind = Kind::Callback;
+        call.option = chance(80) ? 1 : 0;
+        return call;
+    case 2:
+    case 3:
+        return recipe();
+    case 4:
+    case 5:
+        call.kind = Kind::HostAsks;
+        call.station = chance(50) ? 1 : below(3);
+        call.count = chance(50) ? 1 : below(3);
+        return call;
+    case 6:
+        call.kind = Kind::HostFillsRecipe;
+        break;
+    case 7:
+        call.option = 1; // getSendFrame without an output
+        return call;
+    default:
+        call.kind = Kind::ControllerMoves;
+    }
+    call.salt = static_cast<unsigned>(below(1 << 20));
+    return call;
+}
+
+std::vector<Call> Generator::session()
+{
+    std::vector<Call> calls;
+    if (chance(95)) // else: what the library does before it is configured
+        calls.push_back(init());
+    if (chance(95)) {
+        calls.emplace_back();
+        calls.back().kind = Kind::Callback;
+        calls.back().option = 1;
+    }
+    const size_t length = static_cast<size_t>(chance(10) ? 400 : 20 + below(150));
+    while (calls.size() < length) {
+        const int choice = below(100);
+        if (choice < 22)
+            addExchanges(calls, 1 + below(6));
+        else if (choice < 27)
+            calls.emplace_back(); // getSendFrame
+        else if (choice < 33)
+            calls.push_back(reply());
+        else if (choice < 50)
+            calls.push_back(setData());
+        else if (choice < 68)
+            calls.push_back(getData());
+        else if (choice < 76)
+            calls.push_back(readOnce());
+        else if (choice < 82)
+            calls.push_back(merge());
+        else if (choice < 86)
+            calls.push_back(prepares());
+        else if (choice < 90)
+            calls.push_back(editor());
+        else
+            calls.push_back(other());
+    }
+    return calls;
+}

@@ -1,0 +1,198 @@
+#include "tests/properties/model_address.h"
+
+#include <cstdio>
+#include <limits>
+#include <map>
+#include <set>
+
+namespace model
+{
+namespace
+{
+
+const std::set<std::string> bitAreas = {"X", "Y", "M", "S", "T", "C", "TV_bit"};
+
+// Lowest start and highest element that the checks let pass.
+const std::map<std::string, std::pair<int, int>> ranges = {
+    {"X", {0, 23417}}, {"Y", {0, 23417}},       {"M", {0, 65536}},  {"S", {0, 9999}},
+    {"T", {0, 9999}},  {"C", {0, 9999}},        {"TV", {0, 9999}},  {"CV", {0, 199}},
+    {"D", {0, 11999}}, {"TV_bit", {0, 159999}}, {"CV2", {200, 255}}};
+
+bool inInt(long long value)
+{
+    return value >= std::numeric_limits<int>::min() && value <= std::numeric_limits<int>::max();
+}
+
+// "word.bit", the bit written without a leading zero, as word x 16 + bit.
+std::optional<int> wordAndBit(const std::string &text)
+{
+    static const std::set<std::string> bits = {"0", "1", "2",  "3",  "4",  "5",  "6",  "7",
+                                               "8", "9", "10", "11", "12", "13", "14", "15"};
+    const size_t dot = text.find('.');
+    if (dot == std::string::npos || bits.count(text.substr(dot + 1)) == 0)
+        return {};
+    const std::optional<int> word = decimal(text.substr(0, dot));
+    if (!word)
+        return {};
+    const long long value = *word * 16LL + std::stoi(text.substr(dot + 1));
+    return inInt(value) ? std::optional<int>(static_cast<int>(value)) : std::nullopt;
+}
+
+// The part of the checks that both functions share: syntax and range.
+CheckedAddress checkText(const std::string &area, const std::string &text, int count)
+{
+    if (text.find_first_of("+-") != std::string::npos)
+        return {4, {}};
+    const auto range = ranges.find(area);
+    if (range == ranges.end())
+        return {3, {}};
+    const std::optional<int> value = area == "TV_bit" ? wordAndBit(text) : decimal(text);
+    if (!value)
+        return {4, {}};
+    const bool octal = area == "X" || area == "Y";
+    const bool inside =
+        *value >= range->second.first && *value + (count - 1LL) <= range->second.second;
+    const bool digitsFit =
+        !octal || std::to_string(*value).find_first_of("89") == std::string::npos;
+    return {inside && digitsFit ? 0 : 2, value};
+}
+
+std::string unsignedText(long long value)
+{
+    return std::to_string(static_cast<unsigned>(value));
+}
+
+int stepOf(const std::string &area, int step)
+{
+    static const std::set<std::string> single = {"CV2", "X", "Y", "M", "S", "T", "C"};
+    if (step == -2)
+        return single.count(area) ? 1 : 2;
+    return step < 1 ? 1 : step;
+}
+
+} // namespace
+
+std::optional<int> decimal(const std::string &text)
+{
+    const char *const blanks = " \t\n\v\f\r";
+    const size_t begin = text.find_first_not_of(blanks);
+    if (begin == std::string::npos)
+        return {};
+    std::string digits = text.substr(begin, text.find_last_not_of(blanks) - begin + 1);
+    const bool negative = digits[0] == '-';
+    if (negative || digits[0] == '+')
+        digits.erase(0, 1);
+    if (digits.empty() || digits.find_first_not_of("0123456789") != std::string::npos)
+        return {};
+    const size_t significant = digits.find_first_not_of('0');
+    digits.erase(0, significant == std::string::npos ? digits.size() - 1 : significant);
+    if (digits.size() > 10)
+        return {};
+    const long long value = negative ? -std::stoll(digits) : std::stoll(digits);
+    return inInt(value) ? std::optional<int>(static_cast<int>(value)) : std::nullopt;
+}
+
+int fromOctalDigits(int shown)
+{
+    const std::string digits = std::to_string(shown);
+    if (digits.find_first_not_of("01234567") != std::string::npos)
+        return 0;
+    return std::stoi(digits, nullptr, 8);
+}
+
+int toOctalDigits(int linear)
+{
+    char digits[16];
+    std::snprintf(digits, sizeof digits, "%o", static_cast<unsigned>(linear));
+    return decimal(digits).value_or(0);
+}
+
+int linearAddress(const std::string &area, int address)
+{
+    return area == "X" || area == "Y" ? fromOctalDigits(address) : address;
+}
+
+CheckedAddress checkAddrValidity(const std::string &area, const std::string &text, int count,
+                                 bool wantWord)
+{
+    if (ranges.count(area) && wantWord == (bitAreas.count(area) > 0))
+        return {1, {}};
+    return checkText(area, text, count);
+}
+
+CheckedAddress checkAddr(const std::string &area, const std::string &text, int dataType, int count)
+{
+    if (ranges.count(area) && (dataType != -1) == (bitAreas.count(area) > 0))
+        return {1, {}};
+    const bool signFree = text.find_first_of("+-") == std::string::npos;
+    if (area == "CV2" && signFree && std::set<int>{1, 3, 5, 6, 9}.count(dataType) == 0)
+        return {5, {}};
+    return checkText(area, text, count);
+}
+
+std::vector<std::string> catalogueRow(const std::string &area)
+{
+    static const std::map<std::string, std::vector<std::string>> rows = {
+        {"X", {"ooooo", "0", "23417", "0", "0"}}, {"Y", {"ooooo", "0", "23417", "0", "1"}},
+        {"M", {"ddddd", "0", "65536", "0", "1"}}, {"S", {"dddd", "0", "9999", "0", "1"}},
+        {"T", {"dddd", "0", "9999", "0", "1"}},   {"C", {"dddd", "0", "9999", "0", "1"}},
+        {"TV", {"dddd", "0", "9999", "1", "1"}},  {"CV", {"ddd", "0", "199", "1", "1"}},
+        {"CV2", {"ddd", "200", "255", "1", "1"}}, {"D", {"ddddd", "0", "11999", "1", "1"}}};
+    const auto row = rows.find(area);
+    return row == rows.end() ? std::vector<std::string>() : row->second;
+}
+
+std::vector<std::string> areasOfType(int type)
+{
+    if (type == 0)
+        return {"X", "Y", "M", "S", "T", "C"};
+    if (type == 1)
+        return {"TV", "CV", "CV2", "D"};
+    return {};
+}
+
+Series multiCopy(const std::string &area, int start, int n, int step)
+{
+    static const std::map<std::string, std::pair<int, std::string>> ends = {
+        {"D", {11999, "11999"}},
+        {"CV2", {255, "255"}},
+        {"CV", {199, "199"}},
+        {"TV", {9999, "9999"}},
+        {"S", {9999, "9999"}},
+        {"T", {9999, "9999"}},
+        {"C", {9999, "9999"}},
+        {"M", {65536, "65536"}},
+        {"X", {23417, "23417"}},
+        {"Y", {23417, "23417"}},
+        {"TV_bit", {1048575, "65536.15"}}};
+    const auto end = ends.find(area);
+    if (end == ends.end())
+        return {};
+    const bool octal = area == "X" || area == "Y";
+    Series series;
+    series.code = 1;
+    long long correction = 0;
+    for (int i = 0; i < n; ++i) {
+        long long value = start + static_cast<long long>(i) * stepOf(area, step) + correction;
+        while (octal && value % 10 > 7) { // 8 and 9 are skipped up to the next 0
+            ++value;
+            ++correction;
+        }
+        const bool inside = value <= end->second.first;
+        const std::string text = area == "TV_bit"
+                                     ? unsignedText(value / 16) + "." + unsignedText(value % 16)
+                                     : unsignedText(value);
+        series.texts.push_back(inside ? text : end->second.second);
+        series.numbers.push_back(inside ? static_cast<int>(value) : end->second.first);
+        if (!inside)
+            series.code = 2;
+    }
+    return series;
+}
+
+std::string defaultParameters()
+{
+    return "0,9600,7,EVEN,1,0,1,192.168.0.10,8888,Ostrel_kmr,X,Y,M,S,T,C,TV,CV,CV2,D";
+}
+
+} // namespace model

@@ -1,0 +1,16 @@
+// A session: the same calls made to the real library and to the model.
+#pragma once
+
+#include "tests/properties/call.h"
+
+#include <string>
+#include <vector>
+
+// What differed first, and at which call; empty when driver and model agree.
+std::string firstDifference(const std::vector<Call> &calls);
+
+// The session without the calls, and the list entries, that its failing doesn't need.
+std::vector<Call> shrunk(std::vector<Call> calls);
+
+// Numbers of exported calls in `calls`.
+long exportedCalls(const std::vector<Call> &calls);

@@ -1,0 +1,94 @@
+// The same host twice: once in front of the real library, once in front of the model. Both perform
+// the same calls and note what they see in the same words.
+#pragma once
+
+#include "tests/driver/loaded_driver.h"
+#include "tests/properties/call.h"
+#include "tests/properties/model_driver.h"
+
+#include <memory>
+#include <optional>
+#include <string>
+#include <vector>
+
+// What a host saw of one call.
+struct Outcome {
+    int result = 0;
+    std::string text; // error text or bytes of an output
+    std::vector<std::string> texts;
+    std::vector<int> numbers;
+    std::optional<model::Frame> frame;
+};
+
+// A report of the callback; or, `text` beginning with "in callback", the outcome of what the
+// callback itself called.
+struct Note {
+    int devId;
+    int station;
+    std::string text;
+    int address;
+};
+
+bool operator==(const Outcome &a, const Outcome &b);
+bool operator==(const Note &a, const Note &b);
+
+class Side
+{
+public:
+    Side();
+    virtual ~Side() = default;
+
+    // Performs one call and notes its outcome; a Reply hands in `reply`.
+    void perform(const Call &call, const std::string &reply);
+
+    // What was different on `other`, in words; empty when nothing was.
+    std::string difference(const Side &other) const;
+    std::string differenceOfMemory(const Side &other) const;
+
+protected:
+    virtual Outcome exported(const Call &call, const std::string &reply) = 0;
+
+    // The callback: notes the report and makes the call prepared for it.
+    void report(int devId, int station, const std::string &area, int address);
+
+    std::vector<unsigned char> status; // the host's memory
+    std::vector<unsigned char> recipe;
+
+private:
+    Outcome outcome;
+    std::vector<Note> notes;
+    std::vector<Call> prepared; // calls that the callback is still to make, the next one last
+};
+
+class ModelSide : public Side
+{
+public:
+    // The text of the frame in flight, "" when there is none.
+    std::string inFlight() const;
+
+protected:
+    Outcome exported(const Call &call, const std::string &reply) override;
+
+private:
+    model::Driver driver;
+};
+
+class RealSide : public Side
+{
+public:
+    RealSide();
+    ~RealSide() override;
+
+protected:
+    Outcome exported(const Call &call, const std::string &reply) override;
+
+private:
+    static qint32 reported(qint32 devId, qint32 station, QString area, qint32 address);
+
+    Outcome polling(const Call &call);
+    Outcome frameToSend(bool withOutput);
+    Outcome editor(const Call &call);
+
+    LoadedDriver kmr; // loaded anew: the state of every session begins with the library's loading
+    QMutex mutex;
+};
