@@ -28,18 +28,6 @@ qint32 hostAddress(const DeviceArea &area, qint32 linear)
     return area.octal ? octalDigitsFromLinear(linear) : linear;
 }
 
-void reportChangedBits(const DeviceArea &row, qint32 station, const QString &area, qint32 block,
-                       int changedBits)
-{
-    const qint32 watched = dataArea(station, area, block).bitMonitor;
-    for (int bit = 0; bit < BLOCK_BITS; ++bit) {
-        if (watchesBit(watched, bit) && ((changedBits >> bit) & 1)) {
-            const qint32 linear = addressPlus(0, qint64(block) * BLOCK_BITS + bit);
-            reportToHost(driver.devId, station, area, hostAddress(row, linear));
-        }
-    }
-}
-
 void readBits(qint32 station, const QString &area, qint32 first, qint32 count, quint8 *out)
 {
     for (qint32 i = 0; i < count; ++i) {
@@ -166,15 +154,30 @@ int byteOfBit(qint32 bit)
     return bit % BLOCK_BITS >= 8 ? 1 : 0;
 }
 
+void reportElement(const _DATA_ &entry)
+{
+    if (entry.wordMonitor % 2 == 1)
+        reportToHost(driver.devId, entry.station, entry.area, entry.index);
+}
+
+void reportBlock(const DeviceArea &area, _DATA_ entry, int changedBits)
+{
+    for (int bit = 0; bit < BLOCK_BITS; ++bit) {
+        if (watchesBit(entry.bitMonitor, bit) && ((changedBits >> bit) & 1)) {
+            const qint32 linear = addressPlus(0, qint64(entry.index) * BLOCK_BITS + bit);
+            reportToHost(driver.devId, entry.station, entry.area, hostAddress(area, linear));
+        }
+    }
+}
+
 void _OnlyOneDataTypeDataChange(int station, QString area, int address, int oldWord, int newWord,
                                 int wholeBlock)
 {
     const DeviceArea *const row = findDeviceArea(area);
     if (!row || !row->watchedAsBits) {
-        if (dataArea(station, area, address).wordMonitor % 2 == 1)
-            reportToHost(driver.devId, station, area, address);
+        reportElement(dataArea(station, area, address));
     } else if (wholeBlock == 1) {
-        reportChangedBits(*row, station, area, address, oldWord ^ newWord);
+        reportBlock(*row, dataArea(station, area, address), oldWord ^ newWord);
     } else {
         const qint32 watched = dataArea(station, area, address / BLOCK_BITS).bitMonitor;
         if (watchesBit(watched, address % BLOCK_BITS))

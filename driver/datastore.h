@@ -6,7 +6,7 @@
 #ifndef DATASTORE_H
 #define DATASTORE_H
 
-#include "ostrel_kmr.h"
+#include "address.h"
 
 // Position in `areas` of the entry (`station`, `area`, `index`): the first one from the front. An
 // absent one is appended with all values 0.
@@ -24,9 +24,16 @@ void reportToHost(qint32 devId, qint32 station, const QString &area, qint32 addr
 // Byte of a 16-bit block that holds bit address `bit`: 0 or 1. Negative addresses count as byte 0.
 int byteOfBit(qint32 bit);
 
-// Reports a change to the host where the element is watched. `address` is a word or counter address
-// or, for bit areas, a linear bit address. For a bit area with `wholeBlock` 1 it is a block number
-// (bit address / 16): every watched bit in which `oldWord` and `newWord` differ is reported.
+// Reports a change of the word or counter of `entry` to the host where it is watched.
+void reportElement(const _DATA_ &entry);
+
+// Reports the watched bits of `entry`, a block of `area`, that are set in `changedBits`. The entry
+// is a copy because the first of several reports may move the one in the store.
+void reportBlock(const DeviceArea &area, _DATA_ entry, int changedBits);
+
+// Searches the store for an element and reports a change of it. `address` is a word or counter
+// address or, for bit areas, a linear bit address. For a bit area with `wholeBlock` 1 it is a block
+// number (bit address / 16): every watched bit in which `oldWord` and `newWord` differ is reported.
 void _OnlyOneDataTypeDataChange(int station, QString area, int address, int oldWord, int newWord,
                                 int wholeBlock);
 

@@ -60,22 +60,21 @@ void storeElement(const Request &request, qint32 address, const quint8 *bytes, s
     if (memcmp(entry.readValue, bytes, size) == 0)
         return;
     entry.writePending = 0;
-    _OnlyOneDataTypeDataChange(request.station, request.area, address, 0, 0, 0);
+    reportElement(entry);
     memcpy(driver.dataAreas[position].readValue, bytes, size);
 }
 
 // Stores the 16 bits read for one block, reporting changes before they are stored.
-void storeBlock(const Request &request, qint32 block, const quint8 *bytes)
+void storeBlock(const Request &request, const DeviceArea &area, qint32 block, const quint8 *bytes)
 {
     const int position = positionInStore(request.station, request.area, block);
     _DATA_ &entry = driver.dataAreas[position];
     entry.commFailed = 0;
-    const int oldValue = blockValue(entry.readValue);
-    const int newValue = blockValue(bytes);
-    if (oldValue == newValue)
+    const int changedBits = blockValue(entry.readValue) ^ blockValue(bytes);
+    if (changedBits == 0)
         return;
     entry.writePending = 0;
-    _OnlyOneDataTypeDataChange(request.station, request.area, block, oldValue, newValue, 1);
+    reportBlock(area, entry, changedBits);
     memcpy(driver.dataAreas[position].readValue, bytes, 2);
 }
 
@@ -116,12 +115,13 @@ void decodeCounters(const Request &request, const QByteArray &reply)
     }
 }
 
-void decodeBlocks(const Request &request, qint32 firstBlock, const QByteArray &reply)
+void decodeBlocks(const Request &request, const DeviceArea &area, const QByteArray &reply)
 {
+    const qint32 firstBlock = linearAddress(area, request.address) / BLOCK_BITS;
     for (qint32 i = 0; i < request.dataLen / WORD_CHARS; ++i) {
         const qint64 position = request.dataPos + qint64(i) * WORD_CHARS;
         const quint8 bytes[2] = {byteAt(reply, position), byteAt(reply, position + 2)};
-        storeBlock(request, addressPlus(firstBlock, i), bytes);
+        storeBlock(request, area, addressPlus(firstBlock, i), bytes);
     }
 }
 
@@ -135,7 +135,7 @@ void decodeReply(const Request &request, const QByteArray &reply)
     else if (area->kind == COUNTER_ELEMENTS)
         decodeCounters(request, reply);
     else if (area->watchedAsBits)
-        decodeBlocks(request, linearAddress(*area, request.address) / BLOCK_BITS, reply);
+        decodeBlocks(request, *area, reply);
 }
 
 // The elements are counted from the request's address as it stands, bits too: no octal reading, no
