@@ -10,8 +10,6 @@ namespace model
 namespace
 {
 
-const std::set<std::string> bitAreas = {"X", "Y", "M", "S", "T", "C", "TV_bit"};
-
 // Lowest start and highest element that the checks let pass.
 const std::map<std::string, std::pair<int, int>> ranges = {
     {"X", {0, 23417}}, {"Y", {0, 23417}},       {"M", {0, 65536}},  {"S", {0, 9999}},
@@ -112,17 +110,35 @@ int linearAddress(const std::string &area, int address)
     return area == "X" || area == "Y" ? fromOctalDigits(address) : address;
 }
 
+bool holdsBits(const std::string &area)
+{
+    static const std::set<std::string> areas = {"X", "Y", "M", "S", "T", "C", "TV_bit"};
+    return areas.count(area) > 0;
+}
+
+bool holdsWords(const std::string &area)
+{
+    static const std::set<std::string> areas = {"TV", "CV", "D"};
+    return areas.count(area) > 0;
+}
+
+bool reportedByBits(const std::string &area)
+{
+    static const std::set<std::string> areas = {"X", "Y", "M", "S", "SM", "T", "C"};
+    return areas.count(area) > 0;
+}
+
 CheckedAddress checkAddrValidity(const std::string &area, const std::string &text, int count,
                                  bool wantWord)
 {
-    if (ranges.count(area) && wantWord == (bitAreas.count(area) > 0))
+    if (ranges.count(area) && wantWord == holdsBits(area))
         return {1, {}};
     return checkText(area, text, count);
 }
 
 CheckedAddress checkAddr(const std::string &area, const std::string &text, int dataType, int count)
 {
-    if (ranges.count(area) && (dataType != -1) == (bitAreas.count(area) > 0))
+    if (ranges.count(area) && (dataType != -1) == holdsBits(area))
         return {1, {}};
     const bool signFree = text.find_first_of("+-") == std::string::npos;
     if (area == "CV2" && signFree && std::set<int>{1, 3, 5, 6, 9}.count(dataType) == 0)

@@ -24,6 +24,12 @@ int toOctalDigits(int linear);
 // are.
 int linearAddress(const std::string &area, int address);
 
+// The classes of areas. They differ from one purpose to the next: "TV_bit" holds bits for reading
+// and writing but is watched and told of like a word, "SM" is the other way round.
+bool holdsBits(const std::string &area);
+bool holdsWords(const std::string &area); // of 16 bits
+bool reportedByBits(const std::string &area);
+
 // What an address check answers: the result code and the number written out, if one was.
 struct CheckedAddress {
     int code = 0;

@@ -3,21 +3,11 @@
 #include "tests/properties/model_address.h"
 
 #include <algorithm>
-#include <set>
 
 namespace model
 {
 namespace
 {
-
-// The classes differ from one purpose to the next: "TV_bit" holds bits for reading and writing but
-// is told of like a word, "SM" the other way round.
-const std::set<std::string> valueBits = {"X", "Y", "M", "S", "T", "C", "TV_bit"};
-const std::set<std::string> valueWords = {"TV", "CV", "D"};
-const std::set<std::string> reportBits = {"X", "Y", "M", "S", "SM", "T", "C"};
-
-constexpr size_t DOWNLOAD_FLAG = 60115;
-constexpr size_t UPLOAD_FLAG = 60116;
 
 std::vector<std::string> splitAtHash(const std::string &text)
 {
@@ -47,29 +37,6 @@ void enqueue(Driver::Queue &queue, const Variable &request)
         queue.push_back(request);
 }
 
-// The 4-bit value of a character, whatever character it is; 0 behind the end.
-int nibble(const std::string &reply, int position)
-{
-    if (position < 0 || position >= static_cast<int>(reply.size()))
-        return 0;
-    const int code = static_cast<unsigned char>(reply[static_cast<size_t>(position)]);
-    if (code < '0' || code == 0x40)
-        return 0;
-    return (code < 0x40 ? code : code - 0x37) & 0x0F;
-}
-
-enum ReplyClass { BAD, READ_DATA, WRITE_ACKNOWLEDGED };
-
-ReplyClass classify(const std::string &reply)
-{
-    if (reply.size() <= 4)
-        return BAD;
-    const std::string function = reply.substr(3, 2);
-    if (function == "10" || function == "05")
-        return WRITE_ACKNOWLEDGED;
-    return static_cast<unsigned char>(function[0]) > '7' ? BAD : READ_DATA;
-}
-
 } // namespace
 
 // --- The store ---------------------------------------------------------------------------------
@@ -91,7 +58,7 @@ void Driver::tell(int link, int station, const std::string &area, int address)
 
 void Driver::tellChange(int station, const std::string &area, int address)
 {
-    if (reportBits.count(area) == 0) {
+    if (!reportedByBits(area)) {
         if (at(station, area, address).watched)
             tell(devId, station, area, address);
         return;
@@ -163,7 +130,7 @@ int Driver::addrMerge(const std::vector<Run> &runs)
 void Driver::watch(const Run &run)
 {
     for (int i = 0; i < run.count; ++i) {
-        if (reportBits.count(run.area)) {
+        if (reportedByBits(run.area)) {
             const long long bit = static_cast<long long>(linearAddress(run.area, run.address)) + i;
             Element &element = at(run.station, run.area, bit / 16);
             if (bit % 16 >= 0)
@@ -186,7 +153,7 @@ void Driver::addConditionRead(const Run &run, int reqTag)
         piece.address = run.address + done;
         piece.count = std::min(run.count - done, limit);
         done += limit;
-        if (valueBits.count(run.area)) { // queued as words, from where the run's first word starts
+        if (holdsBits(run.area)) { // queued as words, from where the run's first word starts
             piece.address /= 16;
             piece.count = piece.count / 16 + (piece.count % 16 != 0 ? 1 : 0);
         }
@@ -259,133 +226,6 @@ void Driver::send(int newState, const Variable &var, bool asWrite)
     inFlight = asWrite ? writeFrame(curVar) : readFrame(curVar);
 }
 
-// --- Replies -----------------------------------------------------------------------------------
-
-int Driver::dealRcvFrame(const std::string &reply, std::string &errorInfo)
-{
-    errorInfo.clear();
-    if (!inFlight)
-        return 0;
-    const Frame frame = *inFlight;
-    errorInfo = std::to_string(frame.var.station) + "#" + frame.var.area +
-                std::to_string(static_cast<unsigned>(frame.var.address)) + "(" +
-                std::to_string(frame.var.count) + ")(" + std::to_string(reply.size()) + ")";
-
-    const ReplyClass kind = classify(reply);
-    if (kind == BAD && ++retryCount < retryLimit)
-        return 8;
-    commError = kind == BAD;
-    if (kind == READ_DATA)
-        decode(frame, reply);
-    else if (state == WRITE)
-        settleWrite(frame.var, kind == WRITE_ACKNOWLEDGED);
-    if (kind == BAD)
-        markFailed(frame);
-    inFlight.reset();
-    retryCount = 0;
-    finishBatch();
-    return kind == BAD ? 2 : 1;
-}
-
-void Driver::decode(const Frame &frame, const std::string &reply)
-{
-    const Variable &var = frame.var;
-    const bool counters = var.area == "CV2";
-    const bool bits = reportBits.count(var.area) > 0;
-    if (!counters && !bits && valueWords.count(var.area) == 0)
-        return;
-    const size_t width = counters ? 4 : 2; // bytes of an element
-    const int digits = static_cast<int>(2 * width);
-    const int first = bits ? linearAddress(var.area, var.address) / 16 : var.address;
-    for (int i = 0; i < frame.replyDataLen / digits; ++i) {
-        Element &element = at(var.station, var.area, first + i);
-        Bytes next = element.read;
-        for (size_t b = 0; b < width; ++b) {
-            const int place = frame.replyDataPos + i * digits + 2 * static_cast<int>(b);
-            const int byte = nibble(reply, place) * 16 + nibble(reply, place + 1);
-            next[bits ? b : width - 1 - b] = static_cast<unsigned char>(byte);
-        }
-        element.failed = false;
-        if (next != element.read) {
-            element.pending = false;
-            if (bits)
-                tellChangedBits(var.station, var.area, first + i, element.read, next);
-            else
-                tellChange(var.station, var.area, first + i);
-        }
-        element.read = next;
-        if (!bits && state == UPLOAD)
-            upload(i, next, width);
-    }
-}
-
-// Stores the `i`th element of a transfer in the host's recipe buffer and tells the host.
-void Driver::upload(int i, const Bytes &bytes, size_t width)
-{
-    if (!recipeBuffer || recipeCursor >= static_cast<int>(recipe.size()))
-        return;
-    const int bufWord = recipe[static_cast<size_t>(recipeCursor)].bufWord;
-    std::copy_n(bytes.begin(), width, recipeBuffer + 2 * bufWord + i * static_cast<int>(width));
-    tell(0, -1, "RWI", bufWord + i);
-}
-
-void Driver::settleWrite(const Variable &var, bool success)
-{
-    for (int i = 0; i < var.count; ++i) {
-        if (reportBits.count(var.area)) {
-            const int bit = linearAddress(var.area, var.address) + i;
-            Element &element = at(var.station, var.area, bit / 16);
-            element.pending = false;
-            const auto byte = static_cast<size_t>(bit % 16 / 8);
-            if (success)
-                element.read[byte] = element.written[byte];
-            if (success) // told as a block of that number in which nothing changed: not told
-                tellChangedBits(var.station, var.area, bit, {}, {});
-            else
-                tellChange(var.station, var.area, bit);
-        } else {
-            Element &element = at(var.station, var.area, var.address + i);
-            element.pending = false;
-            const size_t width = var.area == "CV2" ? 4 : 2;
-            if (success)
-                std::copy_n(element.written.begin(), width, element.read.begin());
-            tellChange(var.station, var.area, var.address + i);
-        }
-    }
-}
-
-void Driver::markFailed(const Frame &frame)
-{
-    const Variable &var = frame.var;
-    int number = 0;
-    if (valueWords.count(var.area) || var.area == "CV2")
-        number = frame.replyDataLen / 4;
-    else if (reportBits.count(var.area))
-        number = frame.replyDataLen / 2;
-    for (int i = 0; i < number; ++i)
-        at(var.station, var.area, static_cast<long long>(var.address) + i).failed = true;
-}
-
-void Driver::finishBatch()
-{
-    if (state == WRITE && !pendingWrites.empty()) {
-        pendingWrites.pop_front();
-    } else if (state == ONE_SHOT && !pendingReads.empty()) {
-        if (sameTarget(pendingReads.front(), lastVar))
-            tell(-1, -1, "-1", commError ? -1 : 0);
-        pendingReads.erase(pendingReads.begin(),
-                           commError ? pendingReads.end() : pendingReads.begin() + 1);
-    } else if (state == CYCLIC && !cyclicReads.empty()) {
-        std::rotate(cyclicReads.begin(), cyclicReads.begin() + 1, cyclicReads.end());
-    } else if (state == DOWNLOAD || state == UPLOAD) {
-        if (!commError && ++recipeCursor < static_cast<int>(recipe.size()))
-            return;
-        recipeCursor = 0;
-        if (status)
-            status[state == DOWNLOAD ? DOWNLOAD_FLAG : UPLOAD_FLAG] = 0;
-    }
-}
-
 // --- Values ------------------------------------------------------------------------------------
 
 void Driver::getData(int station, const std::string &area, int address, int count,
@@ -393,13 +233,13 @@ void Driver::getData(int station, const std::string &area, int address, int coun
 {
     if (!out)
         return;
-    if (valueBits.count(area)) {
+    if (holdsBits(area)) {
         for (int i = 0; i < count; ++i) {
             const long long bit = static_cast<long long>(linearAddress(area, address)) + i;
             const auto &bytes = at(station, area, bit / 16).current();
             *out++ = (bytes[0] + 256 * bytes[1]) >> (bit % 16) & 1;
         }
-    } else if (valueWords.count(area) || area == "CV2") {
+    } else if (holdsWords(area) || area == "CV2") {
         const int width = area == "CV2" ? 4 : 2;
         for (int i = 0; i < (area == "CV2" ? count / 2 : count); ++i) {
             const auto &bytes = at(station, area, static_cast<long long>(address) + i).current();
@@ -411,8 +251,8 @@ void Driver::getData(int station, const std::string &area, int address, int coun
 void Driver::setData(int station, const std::string &area, int address, int count,
                      const unsigned char *data, int reqTag)
 {
-    const bool bits = valueBits.count(area) > 0;
-    const bool words = valueWords.count(area) > 0 || area == "CV2";
+    const bool bits = holdsBits(area);
+    const bool words = holdsWords(area) || area == "CV2";
     const int limit = bits ? 1 : std::max(groupLimit, 1);
     for (int done = 0; (bits || words) && writeQueueOff == 0 && done < count; done += limit) {
         Variable request;
@@ -437,7 +277,7 @@ void Driver::setData(int station, const std::string &area, int address, int coun
 void Driver::mirror(int station, const std::string &area, int address, int count,
                     const unsigned char *data)
 {
-    if (valueBits.count(area)) {
+    if (holdsBits(area)) {
         for (int i = 0; i < count; ++i) {
             const int bit = linearAddress(area, address) + i;
             Element &element = at(station, area, bit / 16);
@@ -450,7 +290,7 @@ void Driver::mirror(int station, const std::string &area, int address, int count
             element.written[byte] = static_cast<unsigned char>(changed);
             element.pending = true;
         }
-    } else if (valueWords.count(area) || area == "CV2") {
+    } else if (holdsWords(area) || area == "CV2") {
         const int width = area == "CV2" ? 4 : 2;
         for (int i = 0; i < 2 * count / width; ++i) {
             const unsigned char *bytes = data + i * width;

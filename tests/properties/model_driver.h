@@ -47,6 +47,10 @@ struct RecipeEntry {
     int bufWord = 0;
 };
 
+// The host's request bytes in its status block.
+constexpr size_t DOWNLOAD_FLAG = 60115;
+constexpr size_t UPLOAD_FLAG = 60116;
+
 // What the kinds of request are called in `state`.
 enum State { NOTHING = 0, WRITE = 2, ONE_SHOT = 3, CYCLIC = 4, DOWNLOAD = 5, UPLOAD = 6 };
 
