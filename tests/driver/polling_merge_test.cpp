@@ -192,6 +192,7 @@ const MergeRow TV_BITS[] = {
     {"NegativeCountWithinAWord", {{1, "TV_bit", 31, -14}}, {{1, "TV_bit", 1, 1}}},
     {"NegativeCountDownToTheWord", {{1, "TV_bit", 31, -15}}, {}},
     {"NegativeCountBelowTheWord", {{1, "TV_bit", 17, -20}}, {}},
+    {"LeastCount", {{1, "TV_bit", -15, INT_LEAST}}, {}},
     {"NegativeAddressTruncates", {{1, "TV_bit", -1, 20}}, {{1, "TV_bit", 0, 2}}},
     {"NegativeAddressOneBit", {{1, "TV_bit", -1, 1}}, {}},
     {"NegativeWord", {{1, "TV_bit", -17, 18}}, {{1, "TV_bit", -1, 2}}},
