@@ -200,7 +200,8 @@ RequestResult Session::transferRecipe(const QVector<_RCP_VAR_PRO> &entries, Tran
     PollLoop::Step last = PollLoop::Step::Exchanged;
     while (last == PollLoop::Step::Exchanged && isRequestByteSet(position))
         last = step();
-    setRequestByte(position, 0);
+    if (last != PollLoop::Step::Exchanged)
+        abandonRecipe(position);
 
     const RecipeTransfer transfer = *std::exchange(m_recipeTransfer, std::nullopt);
     finished = transfer.finished;
@@ -209,6 +210,19 @@ RequestResult Session::transferRecipe(const QVector<_RCP_VAR_PRO> &entries, Tran
     if (finished == entries.size())
         return {Outcome::Done, {}};
     return {transfer.wasSent ? Outcome::Unknown : Outcome::NotSent, {}};
+}
+
+// The driver's place in the recipe outlives even intf_initProperty. Only a request that it gives up
+// brings it back to the beginning, so it hears silence until then.
+void Session::abandonRecipe(int position)
+{
+    FRAME_PRO frame;
+    while (isRequestByteSet(position) && m_driver.getSendFrame(&frame) == 1) {
+        QByteArray silence;
+        QString errorInfo;
+        m_driver.dealRcvFrame(silence, errorInfo);
+    }
+    setRequestByte(position, 0);
 }
 
 void Session::note(const Exchange &exchange)

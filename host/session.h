@@ -165,6 +165,7 @@ private:
     void beginRequest(const std::optional<Run> &disturbed);
     RequestResult await();
     std::optional<RequestResult> learnEcho();
+    void abandonRecipe(int position);
     void setRequestByte(int position, quint8 value);
     bool isRequestByteSet(int position);
 

@@ -51,13 +51,13 @@ std::uint32_t parseValue(const Tag &tag, const QString &text)
 Values parseValues(const Tag &tag, const QString &text)
 {
     static const QRegularExpression SEPARATORS("[,\\s]+");
-    const QStringList texts = text.trimmed().split(SEPARATORS);
+    const QStringList texts = text.split(SEPARATORS, Qt::SkipEmptyParts);
     if (texts.size() != tag.count) {
-        throw Error(ExitCode::Usage, QString("%1 takes %2 values, but \"%3\" has %4")
+        throw Error(ExitCode::Usage, QString("%1: expected %2 %3, got %4")
                                          .arg(tag.text)
                                          .arg(tag.count)
-                                         .arg(text.trimmed())
-                                         .arg(text.trimmed().isEmpty() ? 0 : texts.size()));
+                                         .arg(tag.count == 1 ? "value" : "values")
+                                         .arg(texts.size()));
     }
     Values values;
     for (const QString &one : texts)

@@ -1,0 +1,447 @@
+// The command kmr as its users have it: a program with arguments, output and an exit code.
+#include "modbus/ascii.h"
+
+#include <QCoreApplication>
+#include <QEventLoop>
+#include <QProcess>
+#include <QRegularExpression>
+#include <QTcpServer>
+#include <QTcpSocket>
+#include <QTemporaryDir>
+#include <gtest/gtest.h>
+
+#include <csignal>
+#include <functional>
+
+namespace
+{
+
+struct Finished {
+    int exitCode;
+    QString out;
+    QString err;
+};
+
+void ensureApplication()
+{
+    static int argc = 1;
+    static char name[] = "command_test";
+    static char *argv[] = {name, nullptr};
+    static QCoreApplication application(argc, argv);
+}
+
+QProcessEnvironment environment()
+{
+    QProcessEnvironment variables = QProcessEnvironment::systemEnvironment();
+    variables.remove("KMR_LINK");
+    variables.insert("KMR_DRIVER", DRIVER_LIBRARY);
+    return variables;
+}
+
+// Runs kmr to its end while this program goes on serving. `started` may watch it on the way.
+Finished run(const QStringList &arguments,
+             const std::function<void(QProcess &)> &started = std::function<void(QProcess &)>())
+{
+    ensureApplication();
+    QProcess process;
+    process.setProcessEnvironment(environment());
+    QEventLoop loop;
+    QObject::connect(
+        &process, static_cast<void (QProcess::*)(int, QProcess::ExitStatus)>(&QProcess::finished),
+        &loop, &QEventLoop::quit);
+    process.start(KMR_EXECUTABLE, arguments);
+    EXPECT_TRUE(process.waitForStarted());
+    if (started)
+        started(process);
+    if (process.state() != QProcess::NotRunning)
+        loop.exec();
+    EXPECT_EQ(process.exitStatus(), QProcess::NormalExit);
+    return {process.exitCode(), QString::fromLocal8Bit(process.readAllStandardOutput()),
+            QString::fromLocal8Bit(process.readAllStandardError())};
+}
+
+// 'kmr sim' in a process of its own. Its link is there once this is built.
+class Simulator
+{
+public:
+    explicit Simulator(const QStringList &arguments)
+    {
+        ensureApplication();
+        m_process.setProcessEnvironment(environment());
+        m_process.start(KMR_EXECUTABLE, QStringList{"sim"} + arguments);
+        while (!m_process.canReadLine() && m_process.waitForReadyRead(10000)) {
+        }
+        m_ready = QString::fromLocal8Bit(m_process.readLine()).trimmed();
+    }
+
+    ~Simulator()
+    {
+        if (m_process.state() != QProcess::NotRunning)
+            terminate();
+    }
+
+    QString ready() const
+    {
+        return m_ready;
+    }
+    QString link() const
+    {
+        return m_ready.section(' ', 1);
+    }
+
+    int terminate()
+    {
+        m_process.terminate();
+        EXPECT_TRUE(m_process.waitForFinished(10000));
+        EXPECT_EQ(m_process.exitStatus(), QProcess::NormalExit);
+        return m_process.exitCode();
+    }
+
+private:
+    QProcess m_process;
+    QString m_ready;
+};
+
+// A controller of bad manners, in this process: answers each line as a function says. A null answer
+// closes the connection.
+class FakeController
+{
+public:
+    using Answer = std::function<QByteArray(const QByteArray &line)>;
+
+    explicit FakeController(Answer answer) : m_answer(std::move(answer))
+    {
+        ensureApplication();
+        EXPECT_TRUE(m_server.listen(QHostAddress::LocalHost, 0));
+        QObject::connect(&m_server, &QTcpServer::newConnection, [this] { serve(); });
+    }
+
+    QString link() const
+    {
+        return QString("tcp://127.0.0.1:%1").arg(m_server.serverPort());
+    }
+
+private:
+    void serve()
+    {
+        QTcpSocket *socket = m_server.nextPendingConnection();
+        QObject::connect(socket, &QTcpSocket::readyRead, [this, socket] {
+            for (const QByteArray &line : m_collector.take(socket->readAll())) {
+                const QByteArray answer = m_answer(line);
+                if (answer.isNull())
+                    socket->disconnectFromHost();
+                else
+                    socket->write(answer);
+            }
+        });
+    }
+
+    const Answer m_answer;
+    QTcpServer m_server;
+    modbus::LineCollector m_collector;
+};
+
+class CommandOnBothLinks : public testing::TestWithParam<const char *>
+{
+protected:
+    CommandOnBothLinks() : m_simulator(arguments()) {}
+
+    QStringList arguments() const
+    {
+        if (QString(GetParam()) == "tcp")
+            return {"--listen", "tcp://127.0.0.1:0"};
+        return {"--pty", m_directory.filePath("line")};
+    }
+
+    Finished kmr(const QStringList &arguments)
+    {
+        return run(arguments + QStringList{"--link", m_simulator.link()});
+    }
+
+    QString path(const QString &name) const
+    {
+        return m_directory.filePath(name);
+    }
+
+    void save(const QString &name, const QByteArray &text)
+    {
+        QFile file(path(name));
+        ASSERT_TRUE(file.open(QIODevice::WriteOnly));
+        file.write(text);
+    }
+
+    QByteArray load(const QString &name)
+    {
+        QFile file(path(name));
+        EXPECT_TRUE(file.open(QIODevice::ReadOnly)) << file.fileName().toStdString();
+        return file.readAll();
+    }
+
+    QTemporaryDir m_directory;
+    Simulator m_simulator;
+};
+
+} // namespace
+
+INSTANTIATE_TEST_SUITE_P(Links, CommandOnBothLinks, testing::Values("tcp", "pty"),
+                         [](const auto &info) { return std::string(info.param); });
+
+TEST_P(CommandOnBothLinks, WrittenValuesAreConfirmedAndReadBack)
+{
+    const Finished write = kmr({"write", "D100=250", "M0x3=1,0,1", "CV2200=70000", "Y17=1"});
+    EXPECT_EQ(write.exitCode, 0) << write.err.toStdString();
+    EXPECT_EQ(
+        write.out,
+        "D100 250 confirmed\nM0x3 1 0 1 confirmed\nCV2200 70000 confirmed\nY17 1 confirmed\n");
+    const Finished read = kmr({"read", "D100", "M0x3", "CV2200", "Y16x3"});
+    EXPECT_EQ(read.exitCode, 0) << read.err.toStdString();
+    EXPECT_EQ(read.out, "D100 250\nM0x3 1 0 1\nCV2200 70000\nY16x3 0 1 0\n");
+    EXPECT_EQ(read.err, "");
+}
+
+TEST_P(CommandOnBothLinks, VerifyReadsBack)
+{
+    const Finished write = kmr({"write", "--verify", "D4095x2=1,2", "M1535x2=1 1"});
+    EXPECT_EQ(write.exitCode, 0) << write.err.toStdString();
+    EXPECT_EQ(write.out, "D4095x2 1 2 verified\nM1535x2 1 1 verified\n");
+}
+
+TEST_P(CommandOnBothLinks, WatchPrintsChangesAndASummary)
+{
+    const Finished watch = kmr({"watch", "D100", "CV2200", "--count", "2"});
+    EXPECT_EQ(watch.exitCode, 0);
+    const QRegularExpression lines(
+        "^\\d{4}-\\d\\d-\\d\\dT\\d\\d:\\d\\d:\\d\\d\\.\\d{3}\\S+ CV2200 0\n"
+        "\\d{4}-\\S+ D100 0\n$");
+    EXPECT_TRUE(lines.match(watch.out).hasMatch()) << watch.out.toStdString();
+    EXPECT_TRUE(watch.err.contains("requests sent")) << watch.err.toStdString();
+    EXPECT_TRUE(watch.err.contains("round trip min/median/p95/p99/max"));
+}
+
+TEST_P(CommandOnBothLinks, WatchEndsAfterItsTime)
+{
+    const Finished watch = kmr({"watch", "D100", "--for", "0.2"});
+    EXPECT_EQ(watch.exitCode, 0);
+    EXPECT_EQ(watch.out.count('\n'), 1);
+}
+
+TEST_P(CommandOnBothLinks, CtrlCEndsAWatchWithASummary)
+{
+    const Finished watch =
+        run({"watch", "D100", "--link", m_simulator.link()}, [](QProcess &process) {
+            while (process.bytesAvailable() == 0 && process.waitForReadyRead(10000)) {
+            }
+            kill(static_cast<pid_t>(process.processId()), SIGINT);
+        });
+    EXPECT_EQ(watch.exitCode, 0);
+    EXPECT_TRUE(watch.err.contains("requests sent")) << watch.err.toStdString();
+}
+
+TEST_P(CommandOnBothLinks, RecipeGoesDownAndComesUp)
+{
+    save("mixer.csv", "tag,value\nD100,250\nD110x10,1 2 3 4 5 6 7 8 9 10\nCV2210,123456\n");
+    const Finished down = kmr({"recipe", "download", path("mixer.csv")});
+    EXPECT_EQ(down.exitCode, 0) << down.err.toStdString();
+    EXPECT_EQ(kmr({"read", "D119", "CV2210"}).out, "D119 10\nCV2210 123456\n");
+
+    EXPECT_EQ(kmr({"write", "D100=7"}).exitCode, 0);
+    const Finished up = kmr({"recipe", "upload", path("mixer.csv")});
+    EXPECT_EQ(up.exitCode, 0) << up.err.toStdString();
+    EXPECT_EQ(load("mixer.csv"),
+              "tag,value\nD100,7\nD110x10,1 2 3 4 5 6 7 8 9 10\nCV2210,123456\n");
+    EXPECT_EQ(kmr({"recipe", "upload", path("new.csv"), "D118x2"}).exitCode, 0);
+    EXPECT_EQ(load("new.csv"), "tag,value\nD118x2,9 10\n");
+}
+
+TEST_P(CommandOnBothLinks, SilenceEndsWithFour)
+{
+    const Finished read = kmr({"read", "D100", "--station", "2", "--timeout", "20"});
+    EXPECT_EQ(read.exitCode, 4);
+    EXPECT_EQ(read.out, "");
+    EXPECT_EQ(read.err, "D100: no answer\n");
+    const Finished write = kmr({"write", "2#D100=1", "--timeout", "20"});
+    EXPECT_EQ(write.exitCode, 4);
+    EXPECT_TRUE(write.err.contains("may have been written all the same"));
+}
+
+TEST_P(CommandOnBothLinks, FailedUploadLeavesItsFile)
+{
+    save("mixer.csv", "D100,250\n");
+    const Finished up =
+        kmr({"recipe", "upload", path("mixer.csv"), "--station", "2", "--timeout", "20"});
+    EXPECT_EQ(up.exitCode, 4);
+    EXPECT_TRUE(up.err.contains("is unchanged")) << up.err.toStdString();
+    EXPECT_EQ(load("mixer.csv"), "D100,250\n");
+}
+
+TEST(Command, AreasAreTheDriversCatalogue)
+{
+    const Finished areas = run({"areas"});
+    EXPECT_EQ(areas.exitCode, 0);
+    EXPECT_EQ(areas.out.section('\n', 0, 1), "AREA  ELEMENTS LOWEST  HIGHEST  DIGITS  ACCESS\n"
+                                             "X     bits     0       23417    octal   read");
+    EXPECT_TRUE(areas.out.contains("CV2   counters 200     255      decimal read, write\n"));
+    EXPECT_EQ(areas.out.count('\n'), 11);
+}
+
+TEST(Command, BadArgumentsEndWithTwo)
+{
+    EXPECT_EQ(run({}).exitCode, 2);
+    EXPECT_EQ(run({"dance"}).exitCode, 2);
+    EXPECT_EQ(run({"read"}).exitCode, 2);
+    EXPECT_EQ(run({"read", "D1", "--station", "100"}).exitCode, 2);
+    EXPECT_EQ(run({"read", "D1", "--echo", "maybe"}).exitCode, 2);
+    EXPECT_EQ(run({"areas", "--group-limit", "9"}).exitCode, 2);
+    EXPECT_EQ(run({"sim", "--listen", "udp://x"}).exitCode, 2);
+}
+
+TEST(Command, MissingLinkIsExplained)
+{
+    const Finished read = run({"read", "D1"});
+    EXPECT_EQ(read.exitCode, 2);
+    EXPECT_TRUE(read.err.contains("--link")) << read.err.toStdString();
+}
+
+TEST(Command, EveryBadTagIsNamed)
+{
+    const Finished read = run({"read", "D99999", "D1", "Q7", "--link", "tcp://127.0.0.1:1"});
+    EXPECT_EQ(read.exitCode, 2);
+    EXPECT_TRUE(read.err.contains("D99999") && read.err.contains("Q7")) << read.err.toStdString();
+}
+
+TEST(Command, WhatCannotBeWrittenIsRefusedWithTheReason)
+{
+    const Finished write =
+        run({"write", "TV5.3=1", "X0=1", "D0", "D1=x", "--link", "tcp://127.0.0.1:1"});
+    EXPECT_EQ(write.exitCode, 2);
+    EXPECT_TRUE(write.err.contains("TV5.3 can't be written: the controller offers no write"));
+    EXPECT_TRUE(write.err.contains("X0 can't be written: X are inputs"));
+    EXPECT_TRUE(write.err.contains("\"D0\" assigns nothing"));
+    EXPECT_TRUE(write.err.contains("bad value \"x\" for D1"));
+}
+
+TEST(Command, LinkThatDoesNotOpenEndsWithThree)
+{
+    EXPECT_EQ(run({"read", "D1", "--link", "tcp://127.0.0.1:1"}).exitCode, 3);
+    EXPECT_EQ(run({"read", "D1", "--link", "serial:///dev/no-such-port"}).exitCode, 3);
+}
+
+TEST(Command, LibraryThatDoesNotFitEndsWithSeven)
+{
+    EXPECT_EQ(run({"areas", "--driver", "/no/such/driver.so"}).exitCode, 7);
+    const Finished stub = run({"areas", "--driver", STUB_LIBRARY});
+    EXPECT_EQ(stub.exitCode, 7);
+    EXPECT_TRUE(stub.err.contains("it lacks intf_getDriverParameter")) << stub.err.toStdString();
+}
+
+TEST(Command, HelpTeachesWithExamples)
+{
+    for (const char *command : {"areas", "watch", "read", "write", "sim"}) {
+        const Finished help = run({command, "--help"});
+        EXPECT_EQ(help.exitCode, 0);
+        EXPECT_TRUE(help.out.contains("Examples:")) << command;
+    }
+    EXPECT_TRUE(run({"recipe", "upload", "--help"}).out.contains("Examples:"));
+    EXPECT_TRUE(run({"--help"}).out.contains("Exit codes:"));
+}
+
+TEST(Command, RefusalEndsWithFive)
+{
+    FakeController controller([](const QByteArray &line) {
+        return QByteArray(line.mid(3, 2) == "10" ? ":0190026D\r\n" : ":0183027A\r\n");
+    });
+    const Finished read = run({"read", "D100", "--link", controller.link()});
+    EXPECT_EQ(read.exitCode, 5);
+    EXPECT_EQ(read.err, "D100: refused: illegal data address (exception 02)\n");
+    const Finished write = run({"write", "D1=1", "D2=2", "--link", controller.link()});
+    EXPECT_EQ(write.exitCode, 5);
+    EXPECT_TRUE(write.err.contains("D2: not written, because of the failure before"));
+}
+
+TEST(Command, LineLostAfterAWriteEndsWithSix)
+{
+    FakeController controller([](const QByteArray &) { return QByteArray(); });
+    const Finished write = run({"write", "D100=1", "--link", controller.link()});
+    EXPECT_EQ(write.exitCode, 6);
+    EXPECT_TRUE(write.err.contains("unknown: the line was lost before the answer came"))
+        << write.err.toStdString();
+}
+
+TEST(Command, ValueThatReadsBackDifferentlyEndsWithSix)
+{
+    FakeController controller([](const QByteArray &line) {
+        return QByteArray(line.mid(3, 2) == "10" ? ":0110106400017A\r\n" : ":0103020001F9\r\n");
+    });
+    const Finished write = run({"write", "--verify", "D100=2", "--link", controller.link()});
+    EXPECT_EQ(write.exitCode, 6);
+    EXPECT_TRUE(write.err.contains("D100: wrote 2, read back 1")) << write.err.toStdString();
+}
+
+TEST(Command, DifferentFailuresEndWithOne)
+{
+    FakeController controller([](const QByteArray &line) {
+        return line.mid(1, 2) == "02" ? QByteArray("") : QByteArray(":0183027A\r\n");
+    });
+    const Finished read =
+        run({"read", "D100", "2#D100", "--timeout", "20", "--link", controller.link()});
+    EXPECT_EQ(read.exitCode, 1) << read.err.toStdString();
+}
+
+TEST(Command, WatchNamesAnOutageOnceAndItsEnd)
+{
+    int requests = 0;
+    FakeController controller([&requests](const QByteArray &) {
+        ++requests; // good, then two requests given up, then good
+        return QByteArray(requests == 1  ? ":0103020001F9\r\n"
+                          : requests < 6 ? ""
+                                         : ":0103020002F8\r\n");
+    });
+    const Finished watch = run({"watch", "D100", "--count", "2", "--timeout", "20", "--retries",
+                                "1", "--link", controller.link()});
+    EXPECT_EQ(watch.exitCode, 0);
+    EXPECT_EQ(watch.err.count("station 1: no answer"), 1) << watch.err.toStdString();
+    EXPECT_EQ(watch.err.count("station 1 answers again"), 1) << watch.err.toStdString();
+    EXPECT_TRUE(watch.err.contains("6 requests sent, 2 good, 2 sent again, 2 given up"));
+}
+
+TEST(Sim, SaysReadyAndEndsCleanlyOnSigterm)
+{
+    Simulator simulator({"--listen", "tcp://127.0.0.1:0"});
+    EXPECT_TRUE(QRegularExpression("^ready tcp://127\\.0\\.0\\.1:[1-9][0-9]*$")
+                    .match(simulator.ready())
+                    .hasMatch())
+        << simulator.ready().toStdString();
+    EXPECT_EQ(simulator.terminate(), 0);
+}
+
+TEST(Sim, RemovesItsPseudoTerminal)
+{
+    QTemporaryDir directory;
+    const QString path = directory.filePath("line");
+    Simulator simulator({"--pty", path});
+    EXPECT_EQ(simulator.ready(), "ready serial://" + path);
+    EXPECT_TRUE(QFileInfo(path).isSymLink());
+    EXPECT_EQ(simulator.terminate(), 0);
+    EXPECT_FALSE(QFileInfo(path).isSymLink());
+}
+
+TEST(Sim, GoesByItsStationsDigits)
+{
+    Simulator simulator({"--listen", "tcp://127.0.0.1:0", "--station", "12"});
+    EXPECT_EQ(run({"read", "12#D0", "--link", simulator.link()}).out, "12#D0 0\n");
+    EXPECT_EQ(run({"read", "18#D0", "--timeout", "20", "--link", simulator.link()}).exitCode, 4);
+}
+
+TEST(Sim, AnimatesWhatAWatcherSees)
+{
+    Simulator simulator({"--listen", "tcp://127.0.0.1:0", "--animate"});
+    const Finished watch = run({"watch", "CV2200", "--count", "3", "--link", simulator.link()});
+    EXPECT_EQ(watch.exitCode, 0);
+    EXPECT_EQ(watch.out.count('\n'), 3);
+}
+
+TEST(Sim, BusyPortEndsWithThree)
+{
+    Simulator simulator({"--listen", "tcp://127.0.0.1:0"});
+    EXPECT_EQ(run({"sim", "--listen", simulator.link()}).exitCode, 3);
+}

@@ -1,0 +1,119 @@
+#include "host/link.h"
+
+#include "host/error.h"
+
+#include <QTemporaryDir>
+#include <gtest/gtest.h>
+
+using namespace kmr;
+
+namespace
+{
+
+// The text of the error, or an empty one when the link is fine.
+std::string faultOf(const QString &text)
+{
+    try {
+        parseLink(text);
+    } catch (const Error &error) {
+        EXPECT_EQ(error.code(), ExitCode::Usage);
+        return error.what();
+    }
+    return {};
+}
+
+bool names(const std::string &text, const char *part)
+{
+    return text.find(part) != std::string::npos;
+}
+
+} // namespace
+
+TEST(Link, SerialSettingsAreReadFromTheQuery)
+{
+    const LinkAddress address = parseLink("serial:///dev/ttyUSB0?baud=19200&frame=8O2");
+    EXPECT_EQ(address.kind, LinkAddress::Kind::Serial);
+    EXPECT_EQ(address.device, "/dev/ttyUSB0");
+    EXPECT_EQ(address.baud, 19200);
+    EXPECT_EQ(address.dataBits, QSerialPort::Data8);
+    EXPECT_EQ(address.parity, QSerialPort::OddParity);
+    EXPECT_EQ(address.stopBits, QSerialPort::TwoStop);
+}
+
+TEST(Link, SerialDefaultsAreTheDriversOwn)
+{
+    const LinkAddress address = parseLink("serial:///dev/ttyS1");
+    EXPECT_EQ(address.baud, 9600);
+    EXPECT_EQ(address.dataBits, QSerialPort::Data7);
+    EXPECT_EQ(address.parity, QSerialPort::EvenParity);
+    EXPECT_EQ(address.stopBits, QSerialPort::OneStop);
+}
+
+TEST(Link, TcpTakesHostAndPort)
+{
+    const LinkAddress address = parseLink("tcp://192.168.0.10:502");
+    EXPECT_EQ(address.kind, LinkAddress::Kind::Tcp);
+    EXPECT_EQ(address.host, "192.168.0.10");
+    EXPECT_EQ(address.port, 502);
+    EXPECT_EQ(parseLink("tcp://plc").port, 8888);
+}
+
+TEST(Link, EveryBadPartIsNamed)
+{
+    const std::string fault = faultOf("serial:///dev/ttyS1?baud=fast&frame=9X3&parity=even");
+    EXPECT_TRUE(names(fault, "baud=fast")) << fault;
+    EXPECT_TRUE(names(fault, "frame=9X3")) << fault;
+    EXPECT_TRUE(names(fault, "parity: unknown setting")) << fault;
+}
+
+TEST(Link, OtherMistakesAreNamed)
+{
+    EXPECT_TRUE(names(faultOf("udp://plc:1"), "serial:// or tcp://"));
+    EXPECT_TRUE(names(faultOf("serial://dev/ttyS1"), "three slashes"));
+    EXPECT_TRUE(names(faultOf("serial://"), "device is missing"));
+    EXPECT_TRUE(names(faultOf("tcp://:502"), "host is missing"));
+    EXPECT_TRUE(names(faultOf("tcp://plc:0"), "port 0"));
+    EXPECT_TRUE(names(faultOf("tcp://plc:1/x"), "nothing may follow"));
+    EXPECT_FALSE(faultOf("tcp://plc:99999").empty());
+    EXPECT_FALSE(faultOf("").empty());
+}
+
+TEST(Link, CharacterTakesItsBitsOnASerialLineAndNothingOnTcp)
+{
+    EXPECT_EQ(characterTime(parseLink("serial:///dev/x?baud=10000&frame=7E1")).count(), 1000000);
+    EXPECT_EQ(characterTime(parseLink("serial:///dev/x?baud=10000&frame=8E2")).count(), 1200000);
+    EXPECT_EQ(characterTime(parseLink("serial:///dev/x?baud=10000&frame=7N1")).count(), 900000);
+    EXPECT_EQ(characterTime(parseLink("tcp://plc")).count(), 0);
+}
+
+TEST(Link, MissingDeviceIsNamedWithAdvice)
+{
+    try {
+        openLink(parseLink("serial:///dev/no-such-port"), std::chrono::milliseconds(100));
+        FAIL() << "it opened";
+    } catch (const Error &error) {
+        EXPECT_EQ(error.code(), ExitCode::LinkFailed);
+        EXPECT_TRUE(names(error.what(), "/dev/no-such-port")) << error.what();
+        EXPECT_TRUE(names(error.what(), "no such device")) << error.what();
+    }
+}
+
+TEST(Link, FileThatIsNoPortIsRefused)
+{
+    QTemporaryDir directory;
+    QFile file(directory.filePath("port"));
+    ASSERT_TRUE(file.open(QIODevice::WriteOnly));
+    EXPECT_THROW(openLink(parseLink("serial://" + file.fileName()), std::chrono::milliseconds(100)),
+                 Error);
+}
+
+TEST(Link, RefusedConnectionIsNamedWithAdvice)
+{
+    try {
+        openLink(parseLink("tcp://127.0.0.1:1"), std::chrono::milliseconds(2000));
+        FAIL() << "it opened";
+    } catch (const Error &error) {
+        EXPECT_EQ(error.code(), ExitCode::LinkFailed);
+        EXPECT_TRUE(names(error.what(), "nothing listens there")) << error.what();
+    }
+}

@@ -1,0 +1,261 @@
+#include "host/poll_loop.h"
+
+#include "host/run.h"
+#include "tests/host/scripted_device.h"
+
+#include <gtest/gtest.h>
+
+using namespace kmr;
+using Outcome = Exchange::Outcome;
+using Step = PollLoop::Step;
+
+namespace
+{
+
+const QByteArray READ_D100 = ":01031064000187\r\n";
+const QByteArray D100_IS_1234 = ":0103021234B4\r\n";
+const QByteArray D100_IS_0001 = ":0103020001F9\r\n";
+const QByteArray WRONG_LRC = ":0103021234B5\r\n";
+const QByteArray REFUSED = ":0183027A\r\n";
+
+const DriverFunctions &library()
+{
+    static const DriverLibrary LOADED(DRIVER_LIBRARY);
+    return LOADED.functions();
+}
+
+struct Noted {
+    Outcome outcome;
+    ReplyFault fault;
+    int exceptionCode;
+    QByteArray received;
+    QString driverText;
+    std::chrono::milliseconds roundTrip;
+};
+
+// The driver polls D100 of station 1 and gives up at the third bad reply.
+class PollLoopTest : public testing::Test
+{
+protected:
+    PollLoopTest()
+    {
+        qint32 result = 0;
+        library().initProperty(nullptr, nullptr, nullptr, &result, "1#0#0#3#8", nullptr);
+        library().addrMerge({toKey({1, "D", 100, 1})});
+        m_settings.timeout = std::chrono::milliseconds(1000);
+    }
+
+    // The answers to the first, the second, ... request; silence to all further ones.
+    void answer(std::vector<std::vector<Piece>> answers)
+    {
+        m_answers = std::move(answers);
+        m_device = std::make_unique<ScriptedDevice>([this](const QByteArray &) {
+            const std::size_t index = m_requests++;
+            return index < m_answers.size() ? m_answers[index] : std::vector<Piece>{};
+        });
+        m_loop =
+            std::make_unique<PollLoop>(library(), *m_device, m_settings, m_stop, m_device->clock());
+        m_loop->setObserver([this](const Exchange &exchange) {
+            m_noted.push_back(
+                {exchange.outcome, exchange.fault, exchange.exceptionCode, exchange.received,
+                 exchange.driverText,
+                 std::chrono::duration_cast<std::chrono::milliseconds>(exchange.roundTrip)});
+        });
+    }
+
+    int valueOfD100() const
+    {
+        quint8 bytes[2] = {};
+        library().getData(1, "D", 100, 1, bytes);
+        return bytes[0] + 256 * bytes[1];
+    }
+
+    PollSettings m_settings;
+    std::atomic<bool> m_stop{false};
+    std::unique_ptr<ScriptedDevice> m_device;
+    std::unique_ptr<PollLoop> m_loop;
+    std::vector<Noted> m_noted;
+
+private:
+    std::vector<std::vector<Piece>> m_answers;
+    std::size_t m_requests = 0;
+};
+
+} // namespace
+
+TEST_F(PollLoopTest, AnswerInPiecesReachesTheDriver)
+{
+    answer({{{5, ":0103"}, {20, "021234B4\r"}, {300, "\n"}}});
+    EXPECT_EQ(m_loop->step(), Step::Exchanged);
+    EXPECT_EQ(m_device->sent(), std::vector<QByteArray>{READ_D100});
+    EXPECT_EQ(valueOfD100(), 0x1234);
+    ASSERT_EQ(m_noted.size(), 1U);
+    EXPECT_EQ(m_noted[0].outcome, Outcome::Good);
+    EXPECT_EQ(m_noted[0].received, D100_IS_1234);
+    EXPECT_EQ(m_noted[0].driverText, "1#D100(1)(15)");
+    EXPECT_EQ(m_noted[0].roundTrip, std::chrono::milliseconds(325));
+}
+
+TEST_F(PollLoopTest, SilenceIsSentAgainAndThenGivenUp)
+{
+    answer({});
+    for (int i = 0; i < 3; ++i)
+        EXPECT_EQ(m_loop->step(), Step::Exchanged);
+    ASSERT_EQ(m_noted.size(), 3U);
+    EXPECT_EQ(m_noted[0].outcome, Outcome::SentAgain);
+    EXPECT_EQ(m_noted[1].outcome, Outcome::SentAgain);
+    EXPECT_EQ(m_noted[2].outcome, Outcome::GivenUp);
+    EXPECT_EQ(m_noted[2].fault, ReplyFault::Silence);
+    EXPECT_EQ(m_noted[2].driverText, "1#D100(1)(0)");
+}
+
+TEST_F(PollLoopTest, FalseReplyNeverReachesTheDriver)
+{
+    answer({{{1, D100_IS_0001}}, {{1, WRONG_LRC}}, {{1, ":0203021234B3\r\n"}}});
+    for (int i = 0; i < 3; ++i)
+        m_loop->step();
+    EXPECT_EQ(valueOfD100(), 1);
+    EXPECT_EQ(m_noted[1].fault, ReplyFault::WrongLrc);
+    EXPECT_EQ(m_noted[2].fault, ReplyFault::WrongStation);
+}
+
+TEST_F(PollLoopTest, RefusalIsNamed)
+{
+    answer({{{1, REFUSED}}});
+    m_loop->step();
+    EXPECT_EQ(m_noted[0].outcome, Outcome::SentAgain);
+    EXPECT_EQ(m_noted[0].fault, ReplyFault::None);
+    EXPECT_EQ(m_noted[0].exceptionCode, 2);
+    EXPECT_EQ(m_noted[0].driverText, "1#D100(1)(11)");
+}
+
+TEST_F(PollLoopTest, LateAnswerIsNotTakenForTheNextOne)
+{
+    answer({{{1400, D100_IS_0001}}, {{10, D100_IS_1234}}});
+    m_loop->step();
+    m_loop->step();
+    EXPECT_EQ(m_noted[0].fault, ReplyFault::Silence);
+    EXPECT_EQ(m_noted[1].received, D100_IS_1234);
+    // Late at 1400, and then one quiet response time.
+    EXPECT_EQ(m_device->sentAt()[1], std::chrono::milliseconds(2400));
+}
+
+TEST_F(PollLoopTest, AfterADamagedAnswerAShortQuietTimeIsEnough)
+{
+    answer({{{100, WRONG_LRC}}, {{10, D100_IS_1234}}});
+    m_loop->step();
+    m_loop->step();
+    EXPECT_EQ(m_device->sentAt()[1], std::chrono::milliseconds(150));
+    EXPECT_EQ(valueOfD100(), 0x1234);
+}
+
+TEST_F(PollLoopTest, LineIsEmptiedBeforeEachRequest)
+{
+    answer({{{10, D100_IS_1234}}});
+    m_device->arrive(0, D100_IS_0001);
+    m_loop->step();
+    EXPECT_EQ(m_noted[0].received, D100_IS_1234);
+    EXPECT_EQ(valueOfD100(), 0x1234);
+}
+
+TEST_F(PollLoopTest, EndlessNoiseEndsAtTheTimeout)
+{
+    answer({std::vector<Piece>(5000, {1, "U"})});
+    EXPECT_EQ(m_loop->step(), Step::Exchanged);
+    EXPECT_EQ(m_noted[0].fault, ReplyFault::Noise);
+    EXPECT_EQ(m_device->elapsed(), std::chrono::milliseconds(1000));
+}
+
+TEST_F(PollLoopTest, LineThatNeverFallsSilentIsUsedAllTheSame)
+{
+    answer({std::vector<Piece>(20000, {1, "U"})});
+    m_loop->step();
+    m_loop->step();
+    ASSERT_EQ(m_device->sentAt().size(), 2U);
+    EXPECT_GE(m_device->sentAt()[1], std::chrono::milliseconds(11000));
+}
+
+TEST_F(PollLoopTest, WireTimeIsAddedToTheTimeout)
+{
+    m_settings.characterTime = std::chrono::milliseconds(10);
+    answer({});
+    m_loop->step();
+    // 17 characters to send and 15 to receive
+    EXPECT_EQ(m_device->elapsed(), std::chrono::milliseconds(1320));
+}
+
+TEST_F(PollLoopTest, EchoIsDropped)
+{
+    answer({{{1, READ_D100}, {5, D100_IS_1234}}});
+    m_loop->step();
+    EXPECT_EQ(valueOfD100(), 0x1234);
+    EXPECT_TRUE(m_loop->echo().isCertain());
+}
+
+TEST_F(PollLoopTest, NothingToSendIsIdleAndPassesTime)
+{
+    answer({});
+    library().addrMerge({});
+    EXPECT_EQ(m_loop->step(), Step::Idle);
+    EXPECT_EQ(m_device->elapsed(), std::chrono::milliseconds(10));
+    EXPECT_TRUE(m_noted.empty());
+}
+
+TEST_F(PollLoopTest, StopFlagSendsNothingMore)
+{
+    answer({});
+    m_stop = true;
+    EXPECT_EQ(m_loop->step(), Step::Stopped);
+    EXPECT_TRUE(m_device->sent().empty());
+}
+
+TEST_F(PollLoopTest, StopFlagEndsAWaitWithinFiftyMilliseconds)
+{
+    m_device = std::make_unique<ScriptedDevice>([this](const QByteArray &) {
+        m_stop = true;
+        return std::vector<Piece>{};
+    });
+    PollLoop loop(library(), *m_device, m_settings, m_stop, m_device->clock());
+    Outcome outcome = Outcome::Good;
+    loop.setObserver([&outcome](const Exchange &exchange) { outcome = exchange.outcome; });
+    EXPECT_EQ(loop.step(), Step::Stopped);
+    EXPECT_EQ(outcome, Outcome::Interrupted);
+    EXPECT_LE(m_device->elapsed(), std::chrono::milliseconds(50));
+}
+
+TEST_F(PollLoopTest, LineLostAfterSendingIsAnInterruption)
+{
+    m_device = std::make_unique<ScriptedDevice>([this](const QByteArray &) {
+        m_device->close();
+        return std::vector<Piece>{};
+    });
+    PollLoop loop(library(), *m_device, m_settings, m_stop, m_device->clock());
+    std::vector<Outcome> outcomes;
+    loop.setObserver([&](const Exchange &exchange) { outcomes.push_back(exchange.outcome); });
+    EXPECT_EQ(loop.step(), Step::LineLost);
+    EXPECT_EQ(outcomes, std::vector<Outcome>{Outcome::Interrupted});
+    EXPECT_EQ(loop.step(), Step::LineLost);
+    EXPECT_EQ(outcomes.size(), 1U);
+}
+
+TEST_F(PollLoopTest, RequestThatFitsNoFrameIsNotSentButReported)
+{
+    answer({});
+    QVector<_RCP_VAR_PRO> recipe(1);
+    recipe[0].devId = 1;
+    recipe[0].station = 1;
+    recipe[0].area = "D";
+    recipe[0].count = 300;
+    std::vector<quint8> status(STATUS_BLOCK_BYTES);
+    std::vector<quint8> words(600);
+    QMutex mutex;
+    qint32 result = 0;
+    library().initProperty(status.data(), nullptr, words.data(), &result, "1#0#0#1#8", &mutex);
+    library().setRcpAddress(&recipe);
+    status[STATUS_RECIPE_DOWNLOAD] = 1;
+    EXPECT_EQ(m_loop->step(), Step::Exchanged);
+    EXPECT_TRUE(m_device->sent().empty());
+    EXPECT_EQ(m_noted[0].outcome, Outcome::GivenUp);
+    EXPECT_EQ(m_noted[0].fault, ReplyFault::NotSendable);
+    library().initProperty(nullptr, nullptr, nullptr, &result, "", nullptr);
+}

@@ -1,0 +1,10 @@
+// A library that has two of a driver's names and lacks the others.
+extern "C" __attribute__((visibility("default"))) void intf_getProtocolType(int *type)
+{
+    *type = 0;
+}
+
+extern "C" __attribute__((visibility("default"))) int intf_getSendFrame(void *)
+{
+    return 0;
+}

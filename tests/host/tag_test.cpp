@@ -1,0 +1,199 @@
+#include "host/tag.h"
+
+#include "host/error.h"
+#include "host/values.h"
+
+#include <gtest/gtest.h>
+
+using namespace kmr;
+using Elements = kmr::Run; // GoogleTest has a Run of its own
+
+namespace
+{
+
+const DriverFunctions &library()
+{
+    static const DriverLibrary LOADED(DRIVER_LIBRARY);
+    return LOADED.functions();
+}
+
+Tag tag(const QString &text)
+{
+    return TagReader(library(), 1).read(text);
+}
+
+Elements elements(const QString &text)
+{
+    return tag(text).elements;
+}
+
+// The text of the error, or an empty one when the tag is fine.
+std::string faultOf(const QString &text)
+{
+    try {
+        tag(text);
+    } catch (const Error &error) {
+        EXPECT_EQ(error.code(), ExitCode::Usage);
+        return error.what();
+    }
+    return {};
+}
+
+bool names(const std::string &text, const char *part)
+{
+    return text.find(part) != std::string::npos;
+}
+
+} // namespace
+
+TEST(Tag, NamesAWord)
+{
+    EXPECT_EQ(elements("D100"), (Elements{1, "D", 100, 1}));
+    EXPECT_EQ(tag("D100").kind, ElementKind::Word);
+    EXPECT_EQ(tag("TV7").kind, ElementKind::Word);
+}
+
+TEST(Tag, NamesStationAndCount)
+{
+    EXPECT_EQ(elements("2#M0x16"), (Elements{2, "M", 0, 16}));
+    EXPECT_EQ(tag("2#M0x16").count, 16);
+    EXPECT_EQ(tag("2#M0x16").kind, ElementKind::Bit);
+}
+
+TEST(Tag, OctalNumbersBecomeLinearOnes)
+{
+    EXPECT_EQ(elements("X17"), (Elements{1, "X", 15, 1}));
+    EXPECT_EQ(elements("Y23410x8"), (Elements{1, "Y", 9992, 8}));
+}
+
+TEST(Tag, CapitalXIsAnAreaAndTheSmallOneCounts)
+{
+    EXPECT_EQ(elements("X0x3"), (Elements{1, "X", 0, 3}));
+}
+
+TEST(Tag, LongestAreaNameWithAValidAddressCounts)
+{
+    EXPECT_EQ(elements("CV2200"), (Elements{1, "CV2", 200, 1}));
+    EXPECT_EQ(elements("CV2255"), (Elements{1, "CV2", 255, 1}));
+    EXPECT_EQ(elements("CV21"), (Elements{1, "CV", 21, 1}));
+    EXPECT_EQ(elements("CV2"), (Elements{1, "CV", 2, 1}));
+    EXPECT_EQ(elements("CV199"), (Elements{1, "CV", 199, 1}));
+    EXPECT_EQ(elements("C2200"), (Elements{1, "C", 2200, 1}));
+    EXPECT_EQ(elements("T5"), (Elements{1, "T", 5, 1}));
+    EXPECT_EQ(tag("CV2200").kind, ElementKind::Counter);
+}
+
+TEST(Tag, AddressThatFitsNoAreaNamesThoseItMightMean)
+{
+    const std::string fault = faultOf("CV220");
+    EXPECT_TRUE(names(fault, "CV2 reaches from 200 to 255")) << fault;
+    EXPECT_TRUE(names(fault, "CV reaches from 0 to 199")) << fault;
+}
+
+TEST(Tag, BitOfAWordReadsItsWordAndCannotBeWritten)
+{
+    const Tag bit = tag("TV5.3");
+    EXPECT_EQ(bit.kind, ElementKind::WordBit);
+    EXPECT_EQ(bit.elements, (Elements{1, "TV", 5, 1}));
+    EXPECT_EQ(bit.firstBit, 3);
+    EXPECT_FALSE(bit.isWritable);
+    EXPECT_EQ(elements("TV5.15x2"), (Elements{1, "TV", 5, 2}));
+    EXPECT_EQ(elements("TV5.0x16"), (Elements{1, "TV", 5, 1}));
+}
+
+TEST(Tag, InputsCannotBeWritten)
+{
+    EXPECT_FALSE(tag("X0").isWritable);
+    EXPECT_TRUE(tag("Y0").isWritable);
+}
+
+TEST(Tag, DriverDecidesWhatIsInRange)
+{
+    EXPECT_EQ(faultOf("M65536"), "");
+    EXPECT_TRUE(names(faultOf("M65537"), "M reaches from 0 to 65536"));
+    EXPECT_EQ(faultOf("D11999"), "");
+    EXPECT_TRUE(names(faultOf("D11999x2"), "out of range"));
+    EXPECT_TRUE(names(faultOf("X18"), "octal digits"));
+    EXPECT_TRUE(names(faultOf("X23420"), "X reaches from 0 to 23417"));
+}
+
+TEST(Tag, OctalRunMayNotLeaveItsAreaInLinearNumbers)
+{
+    EXPECT_EQ(faultOf("X23400x16"), "");
+    EXPECT_TRUE(names(faultOf("X23400x17"), "out of range"));
+}
+
+TEST(Tag, WordsAtTheCountersPlaceAreRefused)
+{
+    EXPECT_EQ(faultOf("TV2247"), "");
+    EXPECT_TRUE(names(faultOf("TV2248"), "use CV2200"));
+    EXPECT_TRUE(names(faultOf("TV2247x2"), "use CV2200"));
+    EXPECT_TRUE(names(faultOf("TV2303.15"), "use CV2200"));
+    EXPECT_EQ(faultOf("TV2304"), "");
+}
+
+TEST(Tag, ResultsOfTheDriverBecomeSentences)
+{
+    EXPECT_TRUE(names(faultOf("D1a"), "\"1a\" is no address in D"));
+    EXPECT_TRUE(names(faultOf("D-1"), "\"-1\" is no address in D"));
+    EXPECT_TRUE(names(faultOf("D100.3"), "is no address in D"));
+    EXPECT_TRUE(names(faultOf("TV5.16"), "is no bit of a word"));
+    EXPECT_TRUE(names(faultOf("TV5.03"), "is no bit of a word"));
+}
+
+TEST(Tag, WhatIsNoTagIsExplained)
+{
+    for (const char *text : {"", "D", "d100", "100", "Q5", "D 100", "#D100", "D100x", "Dx5"})
+        EXPECT_FALSE(faultOf(text).empty()) << text;
+    EXPECT_TRUE(names(faultOf("Q5"), "X, Y, M, S, T, C, TV, CV, CV2, D"));
+}
+
+TEST(Tag, StationsThatDoNotFitTwoDigitsAreRefused)
+{
+    EXPECT_EQ(faultOf("99#D1"), "");
+    EXPECT_TRUE(names(faultOf("0#D1"), "1 to 99"));
+    EXPECT_TRUE(names(faultOf("100#D1"), "1 to 99"));
+}
+
+TEST(Tag, CountIsAtLeastOne)
+{
+    EXPECT_TRUE(names(faultOf("D1x0"), "a count is"));
+    EXPECT_FALSE(faultOf("D1x99999999").empty());
+}
+
+TEST(Tag, StationIsTheReadersWhereNoneIsNamed)
+{
+    EXPECT_EQ(TagReader(library(), 12).read("D1").elements.station, 12);
+    EXPECT_EQ(TagReader(library(), 12).read("3#D1").elements.station, 3);
+}
+
+TEST(Values, AreReadInDecimalAndHexadecimal)
+{
+    EXPECT_EQ(parseValues(tag("D0x3"), "1, -1 0xABcd"), (Values{1, 0xFFFF, 0xABCD}));
+    EXPECT_EQ(parseValues(tag("CV2200"), "-2"), (Values{0xFFFFFFFE}));
+    EXPECT_EQ(parseValues(tag("M0x2"), "1,0"), (Values{1, 0}));
+}
+
+TEST(Values, LimitsDependOnTheElement)
+{
+    EXPECT_NO_THROW(parseValues(tag("D0"), "65535"));
+    EXPECT_THROW(parseValues(tag("D0"), "65536"), Error);
+    EXPECT_NO_THROW(parseValues(tag("D0"), "-32768"));
+    EXPECT_THROW(parseValues(tag("D0"), "-32769"), Error);
+    EXPECT_NO_THROW(parseValues(tag("CV2200"), "4294967295"));
+    EXPECT_THROW(parseValues(tag("CV2200"), "4294967296"), Error);
+    EXPECT_THROW(parseValues(tag("M0"), "2"), Error);
+}
+
+TEST(Values, NumberMustBeTheTagsCount)
+{
+    EXPECT_THROW(parseValues(tag("D0x2"), "1"), Error);
+    EXPECT_THROW(parseValues(tag("D0"), "1 2"), Error);
+    EXPECT_THROW(parseValues(tag("D0"), ""), Error);
+    EXPECT_THROW(parseValues(tag("D0"), "x"), Error);
+}
+
+TEST(Values, AreShownInDecimal)
+{
+    EXPECT_EQ(formatValues({1, 65535, 4294967295}), "1 65535 4294967295");
+}
