@@ -131,12 +131,25 @@ TEST_F(FailureFlow, ReplyCutShortDecodesAsZeros)
     EXPECT_EQ(words("D", 100, 2), (std::vector<int>{0x1200, 0}));
 }
 
+TEST_F(FailureFlow, FiveCharactersAreEnoughForAReply)
+{
+    watch({{1, "D", 0, 1}});
+    exchange(":0103021234B4");
+    QByteArray start(":0103");
+    QString text;
+    nextFrame();
+    EXPECT_EQ(kmr->dealRcvFrame(start, text), 1);
+    EXPECT_EQ(words("D", 0, 1), (std::vector<int>{0}));
+}
+
 TEST_F(FailureFlow, AcknowledgementOfAReadIsConsumedAndStoresNothing)
 {
-    watch({{1, "D", 0, 1}, {1, "D", 50, 1}});
+    watch({{1, "D", 0, 1}});
+    exchange(":0103020007F3");
+    takeReports();
     EXPECT_EQ(exchange(":011010000001DE"), ":010310000001EB");
-    EXPECT_EQ(words("D", 0, 1), (std::vector<int>{0}));
-    EXPECT_EQ(nextFrame(), ":010310320001B9");
+    EXPECT_EQ(takeReports(), Reports{});
+    EXPECT_EQ(words("D", 0, 1), (std::vector<int>{7}));
 }
 
 TEST_F(FailureFlow, DataInReplyToAWriteAreDecodedAndTheWriteIsDone)

@@ -47,6 +47,15 @@ TEST_F(LifecycleFlow, ReinitialisationStartsRetriesAndAllowanceAnew)
     EXPECT_EQ(nextFrame(), "");
 }
 
+TEST_F(LifecycleFlow, ReinitialisationForgetsTheLastRequest)
+{
+    watch({{1, "D", 0, 1}});
+    exchange(":0103020000FA");
+    configure("1#0#0#3#8");
+    status[STATUS_RECIPE_DOWNLOAD] = 1; // without a recipe the last request would be repeated
+    EXPECT_EQ(nextFrame(), "");
+}
+
 TEST_F(LifecycleFlow, ReinitialisationKeepsTheCallback)
 {
     configure("1#0#0#3#8");

@@ -92,6 +92,7 @@ TEST_F(NullFlow, WithoutRecipeBufferAnUploadFillsTheStore)
     configureWith(status.data(), nullptr, &mutex);
     EXPECT_EQ(exchange(":0103021234B4"), ":010310000001EB");
     EXPECT_EQ(words("D", 0, 1), (std::vector<int>{0x1234}));
+    EXPECT_EQ(takeReports(), Reports{}); // no word of the buffer has come in
     EXPECT_EQ(status[STATUS_RECIPE_UPLOAD], 0);
 }
 

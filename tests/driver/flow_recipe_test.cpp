@@ -81,11 +81,15 @@ TEST_F(RecipeFlow, DownloadIsReadFromTheBufferWhenItsTurnComes)
 
 TEST_F(RecipeFlow, DownloadDoesNotTouchTheStore)
 {
+    watch({{1, "D", 0, 1}});
+    exchange(":0103020007F3");
+    takeReports();
     setRecipe({entry("D", 0, 1, 0)});
     setBuffer(0, {0x34, 0x12});
     download = 1;
     exchange(":011010000001DE");
-    EXPECT_EQ(words("D", 0, 1), (std::vector<int>{0}));
+    EXPECT_EQ(words("D", 0, 1), (std::vector<int>{7}));
+    EXPECT_EQ(takeReports(), Reports{});
 }
 
 TEST_F(RecipeFlow, UploadFillsBufferAndStoreAndReportsEveryWord)
@@ -174,6 +178,18 @@ TEST_F(RecipeFlow, TransferGivenUpHalfWayBeginsAnewNextTime)
     giveUp();
     EXPECT_EQ(upload, 0);
     EXPECT_EQ(takeReports(), Reports{});
+}
+
+TEST_F(RecipeFlow, TransferAfterAFailureRunsToItsEnd)
+{
+    setRecipe({entry("D", 0, 1, 0), entry("D", 1, 1, 0)});
+    download = 1;
+    giveUp();
+    download = 1;
+    EXPECT_EQ(exchange(":011010000001DE"), ":011010000001020000DC");
+    EXPECT_EQ(download, 1);
+    EXPECT_EQ(exchange(":011010010001DD"), ":011010010001020000DB");
+    EXPECT_EQ(download, 0);
 }
 
 TEST_F(RecipeFlow, LastRequestIsRepeatedWhileARequestStandsWithoutARecipe)

@@ -213,6 +213,19 @@ TEST_F(WriteFlow, ReadOfAnotherValueEndsThePendingMirror)
     EXPECT_EQ(words("D", 13, 1), (std::vector<int>{9}));
 }
 
+TEST_F(WriteFlow, ReadOfOtherBitsEndsThePendingMirrorOfTheBlock)
+{
+    watch({{1, "M", 0, 2}});
+    writeBits("S", 0, {1, 1, 1});
+    writeBits("M", 0, {1});
+    exchange(":01050000FF00FB");
+    exchange(":01050001FF00FA");
+    exchange(":01050002FF00F9");
+    EXPECT_EQ(bits("M", 0, 2), (std::vector<int>{1, 0}));
+    EXPECT_EQ(exchange(":0102020200F9"), ":010208000010E5");
+    EXPECT_EQ(bits("M", 0, 2), (std::vector<int>{0, 1}));
+}
+
 TEST_F(WriteFlow, ReadOfTheKnownValueLeavesThePendingMirror)
 {
     watch({{1, "D", 13, 1}});
