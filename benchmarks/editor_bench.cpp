@@ -5,8 +5,7 @@
 
 using namespace bench;
 
-namespace
-{
+namespace {
 
 void checkValidity(benchmark::State &state, const char *areaName, const char *typed, int wantWord,
                    int expected)

@@ -1,12 +1,11 @@
 // Exchanges of the other kinds: bits, counters, writes and bad replies, in a store of 100 areas.
-#include "benchmarks/panel.h"
+#include "benchmarks/exchanges.h"
 
 #include <benchmark/benchmark.h>
 
 using namespace bench;
 
-namespace
-{
+namespace {
 
 // A store of 100 areas, of which only the `entries` of `run` are polled.
 void openStore(const Run &run, int entries)
@@ -68,59 +67,16 @@ void readRefused(benchmark::State &state)
 }
 BENCHMARK(readRefused)->Name("exchange/kinds/refused");
 
-// Three writes, then the read that is due: the time of all four exchanges and of the three calls of
-// intf_setData.
-void timeWrites(benchmark::State &state, const char *area, int count, std::vector<quint8> values,
-                const char *acknowledgement)
+// The time of four exchanges, and of setting the values of three of them.
+void writeAndRead(benchmark::State &state, const Write &write)
 {
-    const kmr::DriverFunctions &functions = intf();
-    const QString name = QString::fromLatin1(area);
-    QByteArray written = received(acknowledgement);
-    QByteArray read = received(READ_8_REPLY);
-    FRAME_PRO frame;
-    QString errorInfo;
-    for (auto _ : state) {
-        for (int i = 0; i < 3; ++i) {
-            functions.setData(1, name, 0, count, values.data(), 0);
-            functions.getSendFrame(&frame);
-            functions.dealRcvFrame(written, errorInfo);
-        }
-        functions.getSendFrame(&frame);
-        functions.dealRcvFrame(read, errorInfo);
-    }
-    require(nextFrame() == ":010310000008E4" || state.iterations() == 0, "every write was sent");
+    checkWrites(write);
+    WriteLoop loop(write);
+    for (auto _ : state)
+        loop.exchangeFour();
 }
-
-void writeWords(benchmark::State &state)
-{
-    openStore({1, "D", 0, 8}, 8);
-    std::vector<quint8> values = {1, 0, 2, 0, 3, 0, 4, 0, 5, 0, 6, 0, 7, 0, 8, 0};
-    const char *const acknowledgement = ":011010000008D7";
-    for (int i = 0; i < 3; ++i) {
-        intf().setData(1, QStringLiteral("D"), 0, 8, values.data(), 0);
-        exchange(":0110100000081000010002000300040005000600070008A3", acknowledgement);
-    }
-    exchange(":010310000008E4", READ_8_REPLY);
-    require(words(1, "D", 0, 8) == READ_8_VALUES, "the values are written");
-    timeWrites(state, "D", 8, values, acknowledgement);
-}
-BENCHMARK(writeWords)->Name("exchange/kinds/write_8_words_x3_and_read");
-
-void writeBit(benchmark::State &state)
-{
-    openStore({1, "D", 0, 8}, 8);
-    std::vector<quint8> on = {1};
-    const char *const acknowledgement = ":01050800FF00F3";
-    for (int i = 0; i < 3; ++i) {
-        intf().setData(1, QStringLiteral("M"), 0, 1, on.data(), 0);
-        exchange(":01050800FF00F3", acknowledgement);
-    }
-    exchange(":010310000008E4", READ_8_REPLY);
-    quint8 bit = 0;
-    intf().getData(1, QStringLiteral("M"), 0, 1, &bit);
-    require(bit == 1, "the bit is written");
-    timeWrites(state, "M", 1, on, acknowledgement);
-}
-BENCHMARK(writeBit)->Name("exchange/kinds/write_bit_x3_and_read");
+BENCHMARK_CAPTURE(writeAndRead, 8_words, WRITE_8_WORDS)
+    ->Name("exchange/kinds/3_x_write_8_words_and_read");
+BENCHMARK_CAPTURE(writeAndRead, bit, WRITE_BIT)->Name("exchange/kinds/3_x_write_bit_and_read");
 
 } // namespace

@@ -8,8 +8,7 @@
 #include <cstdint>
 #include <string_view>
 
-namespace
-{
+namespace {
 
 constexpr int WORDS = 8;
 constexpr size_t REQUEST_CHARS = 17;

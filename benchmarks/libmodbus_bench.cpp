@@ -13,8 +13,7 @@
 #include <cstring>
 #include <memory>
 
-namespace
-{
+namespace {
 
 const int WIRE = 1000; // below FD_SETSIZE and never opened
 
@@ -53,8 +52,7 @@ extern "C" ssize_t read(int descriptor, void *bytes, size_t size)
     return static_cast<ssize_t>(given);
 }
 
-namespace
-{
+namespace {
 
 void libmodbusRead(benchmark::State &state)
 {

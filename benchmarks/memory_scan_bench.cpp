@@ -6,8 +6,7 @@
 #include <cstdint>
 #include <numeric>
 
-namespace
-{
+namespace {
 
 void scanMemory(benchmark::State &state)
 {

@@ -8,8 +8,7 @@
 
 using namespace bench;
 
-namespace
-{
+namespace {
 
 // `count` runs of `length` words, `step` words apart.
 std::vector<Run> runsOf(int count, int length, int step)

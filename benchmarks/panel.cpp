@@ -7,12 +7,11 @@
 #include <iostream>
 #include <utility>
 
-namespace bench
-{
+namespace bench {
 
-namespace
-{
+namespace {
 
+int links = 0;
 int reports = 0;
 
 std::array<quint8, STATUS_BLOCK_BYTES> status;
@@ -67,6 +66,12 @@ void openLink()
     intf().initProperty(status.data(), nullptr, recipe.data(), &result, "1#0#0#3#8", &mutex);
     require(result == 0, "the driver is configured");
     takeReports();
+    ++links;
+}
+
+int linksOpened()
+{
+    return links;
 }
 
 void poll(const std::vector<Run> &runs, int blocks)

@@ -31,6 +31,9 @@ QList<KEY_ADDRESS> keysOf(const std::vector<Run> &runs);
 // `countReport`. Store, plan and queues are empty then.
 void openLink();
 
+// How often openLink was called.
+int linksOpened();
+
 // Hands `runs` over for polling and requires that they make `blocks` read blocks.
 void poll(const std::vector<Run> &runs, int blocks);
 

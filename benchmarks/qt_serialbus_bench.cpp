@@ -9,8 +9,7 @@
 #include <QModbusRequest>
 #include <QModbusResponse>
 
-namespace
-{
+namespace {
 
 const quint8 STATION = 1;
 

@@ -7,8 +7,7 @@
 
 using namespace bench;
 
-namespace
-{
+namespace {
 
 const int QUEUE_MOST = 513;
 
