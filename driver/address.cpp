@@ -1,7 +1,6 @@
 #include "address.h"
 
-namespace
-{
+namespace {
 
 const qint32 NO_UPPER = 0x7FFFFFFF; // an address too: such a row has the same base on both sides
 

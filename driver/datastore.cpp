@@ -3,8 +3,13 @@
 #include "address.h"
 #include "polling.h"
 
-namespace
+namespace {
+
+// The index tells most entries apart, and text costs most to compare.
+bool hasKey(const _DATA_ &entry, qint32 station, const QString &area, qint32 index)
 {
+    return entry.index == index && entry.station == station && entry.area == area;
+}
 
 bool watchesBit(qint32 bitMonitor, int bit)
 {
@@ -55,7 +60,7 @@ void saveBits(qint32 station, const QString &area, qint32 first, qint32 count, c
         const quint8 changed = static_cast<quint8>(data[i] == 1 ? current | mask : current & ~mask);
         if (changed != current)
             _OnlyOneDataTypeDataChange(station, area, bit, 0, 0, 0);
-        _DATA_ &entry = driver.dataAreas[position];
+        _DATA_ &entry = dataAreaAt(position, station, area, bit / BLOCK_BITS);
         // The block's other byte keeps what was last written there, not what was last read.
         entry.writtenValue[byte] = changed;
         entry.writePending = 1;
@@ -70,7 +75,7 @@ void saveElements(qint32 station, const QString &area, qint32 first, qint32 coun
         const int position = positionInStore(station, area, address);
         if (memcmp(currentValue(driver.dataAreas.at(position)), data, bytes) != 0)
             _OnlyOneDataTypeDataChange(station, area, address, 0, 0, 0);
-        _DATA_ &entry = driver.dataAreas[position];
+        _DATA_ &entry = dataAreaAt(position, station, area, address);
         memcpy(entry.writtenValue, data, bytes);
         entry.writePending = 1;
     }
@@ -121,8 +126,7 @@ int getIndexOfDataArea(int station, QString area, int index, QList<_DATA_> &area
 {
     const QList<_DATA_>::const_iterator end = areas.constEnd();
     for (QList<_DATA_>::const_iterator entry = areas.constBegin(); entry != end; ++entry) {
-        // The index tells most entries apart, and text costs most to compare.
-        if (entry->index == index && entry->station == station && entry->area == area)
+        if (hasKey(*entry, station, area, index))
             return static_cast<int>(entry - areas.constBegin());
     }
     _DATA_ entry;
@@ -141,6 +145,14 @@ int positionInStore(qint32 station, const QString &area, qint32 index)
 _DATA_ &dataArea(qint32 station, const QString &area, qint32 index)
 {
     return driver.dataAreas[positionInStore(station, area, index)];
+}
+
+_DATA_ &dataAreaAt(int position, qint32 station, const QString &area, qint32 index)
+{
+    const QList<_DATA_> &entries = driver.dataAreas;
+    if (position < entries.size() && hasKey(entries.at(position), station, area, index))
+        return driver.dataAreas[position];
+    return dataArea(station, area, index);
 }
 
 void reportToHost(qint32 devId, qint32 station, const QString &area, qint32 address)

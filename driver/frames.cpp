@@ -2,8 +2,7 @@
 
 #include "address.h"
 
-namespace
-{
+namespace {
 
 const int BURST_MOST = 3;
 const int REPLY_DATA_POS = 7;           // behind ':', station, function and byte count

@@ -4,8 +4,7 @@
 
 // The layout of what crosses the interface, pinned for 64-bit machines. QString is one pointer in
 // Qt 4 and 5 and three words in Qt 6.
-namespace layout
-{
+namespace layout {
 const size_t TEXT = sizeof(QString);
 static_assert(sizeof(void *) != 8 || TEXT == (QT_VERSION < 0x060000 ? 8 : 24), "QString");
 
@@ -53,8 +52,7 @@ static_assert(offsetof(KEY_ADDRESS, count) == offsetof(KEY_ADDRESS, address) + 8
 static_assert(offsetof(KEY_ADDRESS, data) == offsetof(KEY_ADDRESS, address) + 12, "KEY_ADDRESS");
 } // namespace layout
 
-namespace
-{
+namespace {
 
 const qint32 GROUP_LIMIT_MOST = 8;
 const int PROPERTY_PIECES = 5;

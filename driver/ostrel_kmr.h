@@ -185,8 +185,7 @@ struct KEY_ADDRESS {
 };
 
 // All state of the driver. There is one object, `driver`, built when the library is loaded.
-class Ostrel_kmr
-{
+class Ostrel_kmr {
 public:
     Ostrel_kmr();
 

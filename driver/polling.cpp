@@ -7,8 +7,7 @@
 
 #include <algorithm>
 
-namespace
-{
+namespace {
 
 // A piece of a run that one request can read.
 struct Chunk {

@@ -3,8 +3,7 @@
 #include "address.h"
 #include "datastore.h"
 
-namespace
-{
+namespace {
 
 const int WORD_CHARS = 4;
 const int COUNTER_CHARS = 8;
@@ -61,7 +60,8 @@ void storeElement(const Request &request, qint32 address, const quint8 *bytes, s
         return;
     entry.writePending = 0;
     reportElement(entry);
-    memcpy(driver.dataAreas[position].readValue, bytes, size);
+    _DATA_ &reported = dataAreaAt(position, request.station, request.area, address);
+    memcpy(reported.readValue, bytes, size);
 }
 
 // Stores the 16 bits read for one block, reporting changes before they are stored.
@@ -75,7 +75,8 @@ void storeBlock(const Request &request, const DeviceArea &area, qint32 block, co
         return;
     entry.writePending = 0;
     reportBlock(area, entry, changedBits);
-    memcpy(driver.dataAreas[position].readValue, bytes, 2);
+    _DATA_ &reported = dataAreaAt(position, request.station, request.area, block);
+    memcpy(reported.readValue, bytes, 2);
 }
 
 // Hands `size` bytes of an uploaded recipe entry to the host. `word` is where they go and

@@ -91,6 +91,16 @@ qint32 writeBack(qint32, qint32 station, QString area, qint32 address)
     return 0;
 }
 
+// Configures the driver anew, which empties the store, and fills the entry that was the first with
+// another element.
+qint32 configureAnew(qint32, qint32 station, QString, qint32)
+{
+    quint8 word[2] = {0, 0};
+    intf_initProperty(nullptr, nullptr, nullptr, nullptr, "1#0#0#3#8", nullptr);
+    intf_getData(station, "TV", 0, 1, word);
+    return 0;
+}
+
 } // namespace
 
 TEST_F(BusyCallback, WordsOfAReplyAreStored)
@@ -259,4 +269,44 @@ TEST_F(BusyCallback, WriteToTheReportedWordIsPendingBehindTheReply)
     EXPECT_EQ(readValueOf("D", 100), Bytes({0x44, 0x33, 0, 0}));
     EXPECT_EQ(writtenValueOf("D", 100), Bytes({0x11, 0x22, 0, 0}));
     EXPECT_EQ(entryOf("D", 100).writePending, 1);
+}
+
+TEST_F(BusyCallback, WordOfAReplyIsStoredUnderItsKeyWhenTheStoreWasEmptied)
+{
+    driver.dataAreas << watchedWord("D", 100);
+    intf_setAddrValueChangeCallBack(configureAnew);
+    readInFlight("D", 100, 1);
+    EXPECT_EQ(answer(":010302334483\r\n"), 1);
+    EXPECT_EQ(readValueOf("D", 100), Bytes({0x44, 0x33, 0, 0}));
+    EXPECT_EQ(readValueOf("TV", 0), Bytes({0, 0, 0, 0}));
+}
+
+TEST_F(BusyCallback, BitsOfAReplyAreStoredUnderTheirKeyWhenTheStoreWasEmptied)
+{
+    driver.dataAreas << watchedBits("M", 0, 0x0001);
+    intf_setAddrValueChangeCallBack(configureAnew);
+    readInFlight("M", 0, 1);
+    EXPECT_EQ(answer(":0102020100FA\r\n"), 1);
+    EXPECT_EQ(readValueOf("M", 0), Bytes({0x01, 0, 0, 0}));
+    EXPECT_EQ(readValueOf("TV", 0), Bytes({0, 0, 0, 0}));
+}
+
+TEST_F(BusyCallback, WrittenWordIsMirroredUnderItsKeyWhenTheStoreWasEmptied)
+{
+    driver.dataAreas << watchedWord("D", 100);
+    intf_setAddrValueChangeCallBack(configureAnew);
+    quint8 word[2] = {0x34, 0x12};
+    intf_setData(1, "D", 100, 1, word, 0);
+    EXPECT_EQ(writtenValueOf("D", 100), Bytes({0x34, 0x12, 0, 0}));
+    EXPECT_EQ(writtenValueOf("TV", 0), Bytes({0, 0, 0, 0}));
+}
+
+TEST_F(BusyCallback, WrittenBitIsMirroredUnderItsKeyWhenTheStoreWasEmptied)
+{
+    driver.dataAreas << watchedBits("M", 0, 0x0001);
+    intf_setAddrValueChangeCallBack(configureAnew);
+    quint8 bit = 1;
+    intf_setData(1, "M", 0, 1, &bit, 0);
+    EXPECT_EQ(writtenValueOf("M", 0), Bytes({0x01, 0, 0, 0}));
+    EXPECT_EQ(writtenValueOf("TV", 0), Bytes({0, 0, 0, 0}));
 }
