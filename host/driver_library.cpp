@@ -6,11 +6,9 @@
 #include <QFile>
 #include <QFileInfo>
 
-namespace kmr
-{
+namespace kmr {
 
-namespace
-{
+namespace {
 
 const char *const LIBRARY_NAME = "libostrel_kmr.so.1";
 

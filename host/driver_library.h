@@ -6,8 +6,7 @@
 #include <QLibrary>
 #include <QString>
 
-namespace kmr
-{
+namespace kmr {
 
 // The eighteen functions of the driver, each under its exported name without "intf_". What they do
 // stands in ostrel_kmr.h.
@@ -34,8 +33,7 @@ struct DriverFunctions {
 
 // One loaded driver. It stays in memory until the program ends, because the driver's one object is
 // shared by all who load it.
-class DriverLibrary
-{
+class DriverLibrary {
 public:
     // Loads `path`, a file or a name for the system's loader. Throws Error (Library) with the
     // reason when it does not load, lacks one of the eighteen names or is built for another Qt.

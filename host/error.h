@@ -6,8 +6,7 @@
 
 #include <stdexcept>
 
-namespace kmr
-{
+namespace kmr {
 
 enum class ExitCode {
     Ok = 0,
@@ -21,8 +20,7 @@ enum class ExitCode {
 };
 
 // Ends what was asked for. The text says what is wrong, where, and what to do about it.
-class Error : public std::runtime_error
-{
+class Error : public std::runtime_error {
 public:
     Error(ExitCode code, const QString &text)
         : std::runtime_error(text.toStdString()), m_code(code), m_text(text)

@@ -7,11 +7,9 @@
 #include <QUrl>
 #include <QUrlQuery>
 
-namespace kmr
-{
+namespace kmr {
 
-namespace
-{
+namespace {
 
 const char *const EXAMPLES =
     "a link is serial:///dev/ttyUSB0?baud=9600&frame=7E1 or tcp://host:port";

@@ -8,8 +8,7 @@
 #include <chrono>
 #include <memory>
 
-namespace kmr
-{
+namespace kmr {
 
 // A link as typed: "serial:///dev/ttyUSB0?baud=9600&frame=7E1" or "tcp://host:port".
 struct LinkAddress {

@@ -5,11 +5,9 @@
 #include <algorithm>
 #include <utility>
 
-namespace kmr
-{
+namespace kmr {
 
-namespace
-{
+namespace {
 
 using std::chrono::milliseconds;
 
@@ -50,6 +48,8 @@ PollLoop::Step PollLoop::exchange()
     if (!settle())
         return broken();
     emptyLine();
+    if (isLost(m_device))
+        return Step::LineLost;
 
     const QByteArray frame(m_frame.frame, m_frame.frameLen);
     const TimePoint begin = m_clock();

@@ -13,8 +13,7 @@
 #include <chrono>
 #include <functional>
 
-namespace kmr
-{
+namespace kmr {
 
 using Clock = std::function<std::chrono::steady_clock::time_point()>;
 
@@ -45,8 +44,7 @@ struct Exchange {
 
 // Blocks in the device's waits and needs no Qt event loop. Nothing here is safe to call from two
 // threads, the stop flag excepted.
-class PollLoop
-{
+class PollLoop {
 public:
     using Observer = std::function<void(const Exchange &)>;
 

@@ -5,11 +5,9 @@
 #include <set>
 #include <utility>
 
-namespace kmr
-{
+namespace kmr {
 
-namespace
-{
+namespace {
 
 constexpr int BLOCK_BITS = 16;
 

@@ -20,8 +20,7 @@
 
 #include <vector>
 
-namespace kmr
-{
+namespace kmr {
 
 // All elements of `tags`, without doubles, in runs of one request each, ordered by station, area
 // and number. `groupLimit`: the driver's, 1 to 8.

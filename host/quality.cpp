@@ -1,10 +1,8 @@
 #include "host/quality.h"
 
-namespace kmr
-{
+namespace kmr {
 
-namespace
-{
+namespace {
 
 constexpr int BLOCK_BITS = 16;
 

@@ -10,8 +10,7 @@
 #include <map>
 #include <tuple>
 
-namespace kmr
-{
+namespace kmr {
 
 enum class Quality {
     Unread, // never read since the run began, or since the last write near it
@@ -33,8 +32,7 @@ struct ElementState {
     Failure failure; // with Stale
 };
 
-class QualityMap
-{
+class QualityMap {
 public:
     // Sets the state of all elements of a run.
     void set(const Run &run, const ElementState &state);

@@ -5,16 +5,13 @@
 #include <algorithm>
 #include <map>
 
-namespace kmr
-{
+namespace kmr {
 
-namespace
-{
+namespace {
 
 using Outcome = RequestResult::Outcome;
 
-class Reader
-{
+class Reader {
 public:
     Reader(Session &session, const std::vector<Tag> &tags) : m_session(session)
     {

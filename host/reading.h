@@ -6,8 +6,7 @@
 
 #include <vector>
 
-namespace kmr
-{
+namespace kmr {
 
 struct Reading {
     RequestResult result;

@@ -5,11 +5,9 @@
 
 #include <QStringList>
 
-namespace kmr
-{
+namespace kmr {
 
-namespace
-{
+namespace {
 
 const char *const HEADING = "tag,value";
 

@@ -21,8 +21,7 @@
 
 #include <vector>
 
-namespace kmr
-{
+namespace kmr {
 
 struct RecipeItem {
     Tag tag; // words or counters

@@ -2,11 +2,9 @@
 
 #include "modbus/protocol.h"
 
-namespace kmr
-{
+namespace kmr {
 
-namespace
-{
+namespace {
 
 constexpr int STATION_POSITION = 1; // in a line
 constexpr int STATION_CHARS = 2;

@@ -7,8 +7,7 @@
 #include <QByteArray>
 #include <QString>
 
-namespace kmr
-{
+namespace kmr {
 
 // Whether the line hands back what we send, as two-wire lines do.
 enum class EchoMode { On, Off, Auto };
@@ -61,8 +60,7 @@ QString exceptionText(int code);
 // The answer to a bit write equals the request, so there an echo can only be told by counting.
 // While nothing is known about the echo, one equal line proves nothing: only a second one makes the
 // exchange good, and without it the fault is EchoOrAnswer.
-class ReplyFilter
-{
+class ReplyFilter {
 public:
     enum class Verdict { MoreWanted, Good, Bad };
 

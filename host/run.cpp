@@ -3,11 +3,9 @@
 #include <algorithm>
 #include <climits>
 
-namespace kmr
-{
+namespace kmr {
 
-namespace
-{
+namespace {
 
 constexpr int BLOCK_BITS = 16;
 

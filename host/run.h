@@ -8,8 +8,7 @@
 
 #include <vector>
 
-namespace kmr
-{
+namespace kmr {
 
 // `count` elements of an area from number `first` on. Numbers are linear: X17, octal as the panel
 // shows it, is 15. Areas are the driver's, except "TV_bit".

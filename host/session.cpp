@@ -7,11 +7,9 @@
 
 #include <utility>
 
-namespace kmr
-{
+namespace kmr {
 
-namespace
-{
+namespace {
 
 constexpr int MAX_ECHO_LESSONS = 10; // exchanges spent on learning whether the line echoes
 
@@ -94,8 +92,7 @@ Session::Session(const DriverFunctions &driver, QIODevice &device, const Session
     g_session = this;
     m_loop.setObserver([this](const Exchange &exchange) { note(exchange); });
     m_driver.setAddrValueChangeCallBack(&Session::reportChange);
-    // device number, writes are queued, unused, bad replies until a request is given up, group
-    // limit
+    // Device number, write queue on, unused, bad replies until a request is given up, group limit.
     const QByteArray property = QString("%1#0#0#%2#%3")
                                     .arg(DEVICE)
                                     .arg(settings.retries + 1)

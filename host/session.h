@@ -19,8 +19,7 @@
 #include <optional>
 #include <vector>
 
-namespace kmr
-{
+namespace kmr {
 
 struct SessionSettings {
     PollSettings poll;
@@ -49,8 +48,7 @@ struct RequestResult {
 
 // The driver has one object for the whole program, so only one Session may exist at a time. Not for
 // several threads.
-class Session
-{
+class Session {
 public:
     // Words in the recipe buffer.
     static constexpr int RECIPE_WORDS = 32768;

@@ -2,11 +2,9 @@
 
 #include <algorithm>
 
-namespace kmr
-{
+namespace kmr {
 
-namespace
-{
+namespace {
 
 // `sorted` isn't empty, `percent` is 1 to 100.
 std::chrono::nanoseconds percentile(const std::vector<std::chrono::nanoseconds> &sorted,

@@ -8,8 +8,7 @@
 #include <cstdint>
 #include <vector>
 
-namespace kmr
-{
+namespace kmr {
 
 // Five figures of a set of round-trip times. Percentiles are nearest-rank.
 struct RoundTrips {
@@ -20,8 +19,7 @@ struct RoundTrips {
     std::chrono::nanoseconds max{0};
 };
 
-class Statistics
-{
+class Statistics {
 public:
     // Round trips kept for the percentiles: the newest ones of a long run.
     static constexpr std::size_t KEPT_ROUND_TRIPS = 65536;

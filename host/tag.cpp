@@ -6,11 +6,9 @@
 
 #include <algorithm>
 
-namespace kmr
-{
+namespace kmr {
 
-namespace
-{
+namespace {
 
 constexpr int MAX_COUNT = 65537; // elements of the largest area
 constexpr int WORD_BITS = 16;

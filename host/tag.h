@@ -10,8 +10,7 @@
 #include <cstdint>
 #include <vector>
 
-namespace kmr
-{
+namespace kmr {
 
 enum class ElementKind {
     Bit,
@@ -30,8 +29,7 @@ struct Tag {
 };
 
 // Reads tags with the help of the driver, which alone decides what a valid address is.
-class TagReader
-{
+class TagReader {
 public:
     // `station`: for tags that name none, 1 to 99. `driver` must outlive the reader.
     TagReader(const DriverFunctions &driver, int station);

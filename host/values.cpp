@@ -5,11 +5,9 @@
 #include <QRegularExpression>
 #include <QStringList>
 
-namespace kmr
-{
+namespace kmr {
 
-namespace
-{
+namespace {
 
 struct Limits {
     qint64 lowest;

@@ -8,8 +8,7 @@
 #include <cstdint>
 #include <vector>
 
-namespace kmr
-{
+namespace kmr {
 
 using Values = std::vector<std::uint32_t>;
 

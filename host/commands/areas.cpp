@@ -1,11 +1,9 @@
 #include "host/commands/commands.h"
 #include "host/commands/connection.h"
 
-namespace kmr
-{
+namespace kmr {
 
-namespace
-{
+namespace {
 
 QString row(const QStringList &cells)
 {

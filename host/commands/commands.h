@@ -11,8 +11,7 @@
 #include <chrono>
 #include <optional>
 
-namespace kmr
-{
+namespace kmr {
 
 // What holds for all commands.
 struct Options {

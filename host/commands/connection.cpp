@@ -7,11 +7,9 @@
 
 #include <cstdio>
 
-namespace kmr
-{
+namespace kmr {
 
-namespace
-{
+namespace {
 
 using Outcome = RequestResult::Outcome;
 

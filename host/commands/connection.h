@@ -11,15 +11,13 @@
 #include <memory>
 #include <vector>
 
-namespace kmr
-{
+namespace kmr {
 
 // Loads the driver that the options name, or the one that is found.
 std::unique_ptr<DriverLibrary> loadDriver(const Options &options);
 
 // The driver and, once it is opened, the link.
-class Connection
-{
+class Connection {
 public:
     // Loads the driver and reads the link's text, but opens nothing yet. Throws Error.
     explicit Connection(const Options &options);
@@ -48,8 +46,7 @@ ExitCode exitCodeOf(const RequestResult &result);
 QString toText(const RequestResult &result);
 
 // Gathers exit codes: that of the failed items where all failed alike, else ItemFailed.
-class ExitCodes
-{
+class ExitCodes {
 public:
     void add(ExitCode code);
     ExitCode total() const

@@ -2,8 +2,7 @@
 #include "host/commands/connection.h"
 #include "host/reading.h"
 
-namespace kmr
-{
+namespace kmr {
 
 ExitCode runRead(const Options &options, const QStringList &texts)
 {

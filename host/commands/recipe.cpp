@@ -7,11 +7,9 @@
 #include <QFile>
 #include <QSaveFile>
 
-namespace kmr
-{
+namespace kmr {
 
-namespace
-{
+namespace {
 
 std::vector<RecipeItem> readFile(const QString &path, const TagReader &reader, RecipeValues values)
 {

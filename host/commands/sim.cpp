@@ -12,11 +12,9 @@
 #include <QTimer>
 #include <QUrl>
 
-namespace kmr
-{
+namespace kmr {
 
-namespace
-{
+namespace {
 
 constexpr std::chrono::milliseconds ANIMATION_STEP(200);
 

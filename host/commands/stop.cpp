@@ -4,11 +4,9 @@
 #include <fcntl.h>
 #include <unistd.h>
 
-namespace kmr
-{
+namespace kmr {
 
-namespace
-{
+namespace {
 
 std::atomic<bool> g_stop{false};
 int g_pipe[2] = {-1, -1};
@@ -29,7 +27,7 @@ void catchStopSignals()
         return; // the program then ends at the signal, as without us
     struct sigaction action = {};
     action.sa_handler = noteStop;
-    action.sa_flags = SA_RESETHAND;
+    action.sa_flags = static_cast<int>(SA_RESETHAND);
     sigaction(SIGINT, &action, nullptr);
     sigaction(SIGTERM, &action, nullptr);
 }

@@ -3,8 +3,7 @@
 
 #include <atomic>
 
-namespace kmr
-{
+namespace kmr {
 
 // From now on the two signals only set the flag. A second one ends the program at once.
 void catchStopSignals();

@@ -7,11 +7,9 @@
 
 #include <map>
 
-namespace kmr
-{
+namespace kmr {
 
-namespace
-{
+namespace {
 
 QString now()
 {
@@ -26,12 +24,12 @@ bool overlap(const Run &left, const Run &right)
 }
 
 // Prints changes, and a line when an outage begins and when it ends.
-class Watcher
-{
+class Watcher {
 public:
-    Watcher(Session &session, std::vector<Tag> tags) : m_session(session), m_tags(std::move(tags))
+    // Ends with line number `maxLines`.
+    Watcher(Session &session, std::vector<Tag> tags, std::optional<std::uint64_t> maxLines)
+        : m_session(session), m_tags(std::move(tags)), m_maxLines(maxLines), m_shown(m_tags.size())
     {
-        m_shown.resize(m_tags.size());
     }
 
     void note(const Exchange &exchange)
@@ -48,9 +46,9 @@ public:
         }
     }
 
-    std::uint64_t lines() const
+    bool isOver() const
     {
-        return m_lines;
+        return m_maxLines && m_lines >= *m_maxLines;
     }
 
     // What keeps tags from being up to date.
@@ -70,7 +68,7 @@ private:
     void showChange(std::size_t index)
     {
         const Tag &tag = m_tags[index];
-        if (m_session.state(tag).quality != Quality::Good)
+        if (isOver() || m_session.state(tag).quality != Quality::Good)
             return;
         Values values = m_session.values(tag);
         if (values == m_shown[index])
@@ -108,6 +106,7 @@ private:
 
     Session &m_session;
     const std::vector<Tag> m_tags;
+    const std::optional<std::uint64_t> m_maxLines;
     std::vector<Values> m_shown; // by tag; empty before the first
     std::map<QString, QString> m_outages;
     std::uint64_t m_lines = 0;
@@ -121,13 +120,13 @@ ExitCode runWatch(const Options &options, const WatchOptions &watch)
     Connection connection(options);
     const std::vector<Tag> tags = connection.readTags(watch.tags);
     Session &session = connection.open();
-    Watcher watcher(session, tags);
+    Watcher watcher(session, tags, watch.count);
     session.setObserver([&watcher](const Exchange &exchange) { watcher.note(exchange); });
     session.poll(readRuns(tags, session.groupLimit()));
 
     const steady_clock::time_point begin = steady_clock::now();
     const auto isOver = [&] {
-        return (watch.count && watcher.lines() >= *watch.count) ||
+        return watcher.isOver() ||
                (watch.duration && steady_clock::now() - begin >= *watch.duration);
     };
     PollLoop::Step last = PollLoop::Step::Exchanged;

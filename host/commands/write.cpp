@@ -5,11 +5,9 @@
 
 #include <algorithm>
 
-namespace kmr
-{
+namespace kmr {
 
-namespace
-{
+namespace {
 
 struct Assignment {
     Tag tag;

@@ -13,8 +13,7 @@
 #include <csignal>
 #include <functional>
 
-namespace
-{
+namespace {
 
 struct Finished {
     int exitCode;
@@ -61,8 +60,7 @@ Finished run(const QStringList &arguments,
 }
 
 // 'kmr sim' in a process of its own. Its link is there once this is built.
-class Simulator
-{
+class Simulator {
 public:
     explicit Simulator(const QStringList &arguments)
     {
@@ -104,8 +102,7 @@ private:
 
 // A controller of bad manners, in this process: answers each line as a function says. A null answer
 // closes the connection.
-class FakeController
-{
+class FakeController {
 public:
     using Answer = std::function<QByteArray(const QByteArray &line)>;
 
@@ -141,8 +138,7 @@ private:
     modbus::LineCollector m_collector;
 };
 
-class CommandOnBothLinks : public testing::TestWithParam<const char *>
-{
+class CommandOnBothLinks : public testing::TestWithParam<const char *> {
 protected:
     CommandOnBothLinks() : m_simulator(arguments()) {}
 
@@ -216,6 +212,23 @@ TEST_P(CommandOnBothLinks, WatchPrintsChangesAndASummary)
     EXPECT_TRUE(lines.match(watch.out).hasMatch()) << watch.out.toStdString();
     EXPECT_TRUE(watch.err.contains("requests sent")) << watch.err.toStdString();
     EXPECT_TRUE(watch.err.contains("round trip min/median/p95/p99/max"));
+}
+
+TEST_P(CommandOnBothLinks, WatchPrintsNoMoreLinesThanAskedFor)
+{
+    EXPECT_EQ(kmr({"watch", "D100", "D101", "D102", "--count", "2"}).out.count('\n'), 2);
+}
+
+TEST_P(CommandOnBothLinks, WatchEndsWithFourWhenTheLineIsLost)
+{
+    const Finished watch =
+        run({"watch", "D100", "--link", m_simulator.link()}, [this](QProcess &process) {
+            while (process.bytesAvailable() == 0 && process.waitForReadyRead(10000)) {
+            }
+            m_simulator.terminate();
+        });
+    EXPECT_EQ(watch.exitCode, 4);
+    EXPECT_TRUE(watch.err.contains("the line was lost")) << watch.err.toStdString();
 }
 
 TEST_P(CommandOnBothLinks, WatchEndsAfterItsTime)
@@ -383,7 +396,7 @@ TEST(Command, DifferentFailuresEndWithOne)
         return line.mid(1, 2) == "02" ? QByteArray("") : QByteArray(":0183027A\r\n");
     });
     const Finished read =
-        run({"read", "D100", "2#D100", "--timeout", "20", "--link", controller.link()});
+        run({"read", "D100", "2#D100", "--timeout", "300", "--link", controller.link()});
     EXPECT_EQ(read.exitCode, 1) << read.err.toStdString();
 }
 

@@ -9,8 +9,7 @@
 
 using namespace kmr;
 
-namespace
-{
+namespace {
 
 // The text of the error, which must be about the library.
 std::string faultOf(const QString &path)

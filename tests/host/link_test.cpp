@@ -7,8 +7,7 @@
 
 using namespace kmr;
 
-namespace
-{
+namespace {
 
 // The text of the error, or an empty one when the link is fine.
 std::string faultOf(const QString &text)

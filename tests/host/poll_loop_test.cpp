@@ -9,8 +9,7 @@ using namespace kmr;
 using Outcome = Exchange::Outcome;
 using Step = PollLoop::Step;
 
-namespace
-{
+namespace {
 
 const QByteArray READ_D100 = ":01031064000187\r\n";
 const QByteArray D100_IS_1234 = ":0103021234B4\r\n";
@@ -34,8 +33,7 @@ struct Noted {
 };
 
 // The driver polls D100 of station 1 and gives up at the third bad reply.
-class PollLoopTest : public testing::Test
-{
+class PollLoopTest : public testing::Test {
 protected:
     PollLoopTest()
     {

@@ -7,8 +7,7 @@
 using namespace kmr;
 using Elements = kmr::Run; // GoogleTest has a Run of its own
 
-namespace kmr
-{
+namespace kmr {
 
 void PrintTo(const Run &run, std::ostream *out)
 {
@@ -17,8 +16,7 @@ void PrintTo(const Run &run, std::ostream *out)
 
 } // namespace kmr
 
-namespace
-{
+namespace {
 
 const DriverFunctions &library()
 {
@@ -180,28 +178,4 @@ TEST(WriteRuns, NoRunCrossesABorder)
 {
     EXPECT_EQ(writeRuns(tags({"D4094x4"})[0], 8),
               (std::vector<Elements>{{1, "D", 4094, 2}, {1, "D", 4096, 2}}));
-}
-
-TEST(RefreshedBy, WhatLiesBehindABorderIsLeftOut)
-{
-    FRAME_PRO frame;
-    frame.var.station = 1;
-    frame.var.area = "D";
-    frame.var.address = 4094;
-    frame.replyDataLen = 16; // four words
-    EXPECT_EQ(refreshedBy(frame), (Elements{1, "D", 4094, 2}));
-    frame.var.area = "M";
-    frame.var.address = 1530;
-    frame.replyDataLen = 8; // 32 bits
-    EXPECT_EQ(refreshedBy(frame), (Elements{1, "M", 1520, 16}));
-}
-
-TEST(RefreshedBy, InputsAreWholeBlocksInLinearNumbers)
-{
-    FRAME_PRO frame;
-    frame.var.station = 3;
-    frame.var.area = "X";
-    frame.var.address = 21; // octal
-    frame.replyDataLen = 4;
-    EXPECT_EQ(refreshedBy(frame), (Elements{3, "X", 16, 16}));
 }

@@ -5,8 +5,7 @@
 using namespace kmr;
 using Verdict = ReplyFilter::Verdict;
 
-namespace
-{
+namespace {
 
 const QByteArray READ_D100 = ":01031064000187\r\n";
 const QByteArray D100_IS_1234 = ":0103021234B4\r\n";
@@ -130,9 +129,7 @@ TEST(ReplyFilter, CountersAnswerWithFourBytesEach)
 {
     const QByteArray readCounter200 = ":01030EC8000125\r\n";
     EXPECT_EQ(verdictOf(readCounter200, ":0103040001117076\r\n"), Verdict::Good);
-    EXPECT_EQ(faultOf(readCounter200, ":0103021170"
-                                      "79\r\n"),
-              ReplyFault::WrongLength);
+    EXPECT_EQ(faultOf(readCounter200, ":010302117079\r\n"), ReplyFault::WrongLength);
     const QByteArray readLastCounter = ":01030EFF0001EE\r\n";
     EXPECT_EQ(verdictOf(readLastCounter, ":0103040001117076\r\n"), Verdict::Good);
     const QByteArray readWordBehind = ":01030F000001EC\r\n";
@@ -157,13 +154,10 @@ TEST(ReplyFilter, BitsAnswerWithOneByteForEight)
 
 TEST(ReplyFilter, WordWriteIsAcknowledgedByItsAddressAndQuantity)
 {
-    const QByteArray writeTwo = ":0110106400020400010002"
-                                "72\r\n";
+    const QByteArray writeTwo = ":011010640002040001000272\r\n";
     EXPECT_EQ(verdictOf(writeTwo, ":01101064000279\r\n"), Verdict::Good);
     EXPECT_EQ(faultOf(writeTwo, ":01101065000278\r\n"), ReplyFault::WrongAcknowledgement);
-    EXPECT_EQ(faultOf(writeTwo, ":0110106400"
-                                "7B\r\n"),
-              ReplyFault::WrongLength);
+    EXPECT_EQ(faultOf(writeTwo, ":01101064007B\r\n"), ReplyFault::WrongLength);
 }
 
 TEST(ReplyFilter, SilenceNoiseAndBrokenOffLinesAreToldApart)

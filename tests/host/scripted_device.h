@@ -13,8 +13,7 @@
 #include <functional>
 #include <vector>
 
-namespace kmr
-{
+namespace kmr {
 
 // Characters that arrive so many milliseconds after the request or the piece before.
 struct Piece {
@@ -22,8 +21,7 @@ struct Piece {
     QByteArray bytes;
 };
 
-class ScriptedDevice : public QIODevice
-{
+class ScriptedDevice : public QIODevice {
 public:
     using Responder = std::function<std::vector<Piece>(const QByteArray &request)>;
 

@@ -1,0 +1,158 @@
+#include "host/recipe.h"
+
+#include "host/error.h"
+#include "tests/host/session_fixture.h"
+
+using namespace kmr;
+using Outcome = RequestResult::Outcome;
+
+namespace {
+
+using RecipeTest = SessionTest;
+
+} // namespace
+
+TEST_F(RecipeTest, RecipeGoesDownAndComesUp)
+{
+    session();
+    std::vector<RecipeItem> items = {{tag("D100x10"), {1, 2, 3, 4, 5, 6, 7, 8, 9, 0xFFFF}},
+                                     {tag("CV2210x2"), {0x12345678, 9}},
+                                     {tag("D4095x2"), {7, 8}}};
+    const TransferResult down = download(*m_session, items);
+    EXPECT_TRUE(down.result.isDone());
+    EXPECT_EQ(down.finished, 6);
+    EXPECT_EQ(element("D", 109), 0xFFFFU);
+    EXPECT_EQ(element("CV2", 210), 0x12345678U);
+    EXPECT_EQ(element("CV2", 211), 9U);
+    EXPECT_EQ(element("D", 4096), 8U);
+
+    setElement("D", 101, 22);
+    EXPECT_TRUE(upload(*m_session, items).result.isDone());
+    EXPECT_EQ(items[0].values, (Values{1, 22, 3, 4, 5, 6, 7, 8, 9, 0xFFFF}));
+    EXPECT_EQ(items[1].values, (Values{0x12345678, 9}));
+    EXPECT_EQ(items[2].values, (Values{7, 8}));
+}
+
+TEST_F(RecipeTest, FailedRecipeNamesWhereItStopped)
+{
+    session();
+    m_spoil = [](const QByteArray &request, const QByteArray &answer) {
+        return request.mid(5, 4) == "106C" ? QByteArray() : answer; // D108
+    };
+    std::vector<RecipeItem> items = {{tag("D100x20"), Values(20, 1)}};
+    const TransferResult down = download(*m_session, items);
+    EXPECT_EQ(down.result.outcome, Outcome::NoAnswer);
+    EXPECT_EQ(down.finished, 1);
+    EXPECT_EQ(down.requests, 3);
+    EXPECT_EQ(down.failedName, "D108");
+    EXPECT_EQ(element("D", 116), 0U);
+
+    const TransferResult up = upload(*m_session, items);
+    EXPECT_EQ(up.failedName, "D108");
+    EXPECT_EQ(items[0].values, Values(20, 1));
+}
+
+TEST_F(RecipeTest, RecipeBeginsAnewAfterAFailedOne)
+{
+    session();
+    m_spoil = silence;
+    std::vector<RecipeItem> items = {{tag("D100x20"), Values(20, 3)}};
+    EXPECT_EQ(download(*m_session, items).finished, 0);
+    m_spoil = nullptr;
+    EXPECT_TRUE(download(*m_session, items).result.isDone());
+    EXPECT_EQ(element("D", 100), 3U);
+    EXPECT_EQ(element("D", 119), 3U);
+}
+
+TEST_F(RecipeTest, LineLostInARecipeIsUnknown)
+{
+    session();
+    m_spoil = [this](const QByteArray &request, const QByteArray &answer) {
+        if (request.mid(5, 4) == "106C")
+            m_device.close();
+        return answer;
+    };
+    const std::vector<RecipeItem> items = {{tag("D100x20"), Values(20, 1)}};
+    const TransferResult down = download(*m_session, items);
+    EXPECT_EQ(down.result.outcome, Outcome::Unknown);
+    EXPECT_EQ(down.finished, 1);
+    EXPECT_EQ(down.failedName, "D108");
+
+    ASSERT_TRUE(m_device.open(QIODevice::ReadWrite | QIODevice::Unbuffered));
+    m_spoil = nullptr;
+    EXPECT_TRUE(download(*m_session, items).result.isDone()); // from its beginning
+    EXPECT_EQ(element("D", 119), 1U);
+}
+
+TEST_F(RecipeTest, RecipeEntriesThatFitNoBufferOrFrameAreRefused)
+{
+    session();
+    int finished = 0;
+    const auto transfer = [&](const QString &area, int count, int bufWord) {
+        QVector<_RCP_VAR_PRO> entries(1);
+        entries[0].devId = Session::DEVICE;
+        entries[0].station = 1;
+        entries[0].area = area;
+        entries[0].count = count;
+        entries[0].bufWord = bufWord;
+        m_session->transferRecipe(entries, Session::Transfer::Download, finished);
+    };
+    EXPECT_THROW(transfer("D", 10, 0), Error);
+    EXPECT_THROW(transfer("D", 0, 0), Error);
+    EXPECT_THROW(transfer("D", 1, -1), Error);
+    EXPECT_THROW(transfer("D", 2, Session::RECIPE_WORDS - 1), Error);
+    EXPECT_THROW(transfer("M", 1, 0), Error);
+    EXPECT_NO_THROW(transfer("D", 2, Session::RECIPE_WORDS - 2));
+    EXPECT_EQ(m_device.sent().size(), 1U);
+}
+
+TEST_F(RecipeTest, EmptyRecipeSendsNothing)
+{
+    session();
+    EXPECT_TRUE(download(*m_session, {}).result.isDone());
+    EXPECT_TRUE(m_device.sent().empty());
+}
+
+TEST_F(RecipeTest, RecipeDownloadMakesTheWordsUnread)
+{
+    session();
+    poll({"D100"});
+    m_session->step();
+    download(*m_session, {{tag("D100"), {4}}});
+    EXPECT_EQ(m_session->state(tag("D100")).quality, Quality::Unread);
+}
+
+TEST(RecipeFile, IsReadWithHeadingCommentsAndQuotes)
+{
+    const TagReader reader(library(), 1);
+    const auto items =
+        parseRecipe("# mixer\ntag,value\r\nD100,250\n\nD110x3,\"1,2,3\"\nCV2200, 7\n", "mixer.csv",
+                    reader, RecipeValues::Needed);
+    ASSERT_EQ(items.size(), 3U);
+    EXPECT_EQ(items[1].values, (Values{1, 2, 3}));
+    EXPECT_EQ(formatRecipe(items), "tag,value\nD100,250\nD110x3,1 2 3\nCV2200,7\n");
+}
+
+TEST(RecipeFile, EveryBadLineIsNamedWithItsNumber)
+{
+    const TagReader reader(library(), 1);
+    try {
+        parseRecipe("D100,1\nQ1,2\nD101\nM0,1\n", "mixer.csv", reader, RecipeValues::Needed);
+        FAIL() << "it was accepted";
+    } catch (const Error &error) {
+        EXPECT_EQ(error.code(), ExitCode::Usage);
+        const std::string text = error.what();
+        EXPECT_EQ(text.find("mixer.csv:1:"), std::string::npos) << text;
+        EXPECT_NE(text.find("mixer.csv:2: bad tag \"Q1\""), std::string::npos) << text;
+        EXPECT_NE(text.find("mixer.csv:3: D101: expected 1 value, got 0"), std::string::npos)
+            << text;
+        EXPECT_NE(text.find("mixer.csv:4: M0 can't be part"), std::string::npos) << text;
+    }
+}
+
+TEST(RecipeFile, ValuesMayBeMissingForAnUpload)
+{
+    const TagReader reader(library(), 1);
+    EXPECT_EQ(parseRecipe("D100\nD101,\n", "f", reader, RecipeValues::Ignored).size(), 2U);
+    EXPECT_THROW(parseRecipe("# nothing\n", "f", reader, RecipeValues::Ignored), Error);
+}

@@ -1,0 +1,100 @@
+// A session on the built driver and a line to a simulated controller.
+#pragma once
+
+#include "host/poll_plan.h"
+#include "host/session.h"
+#include "simulator/areas.h"
+#include "simulator/controller.h"
+#include "tests/host/scripted_device.h"
+
+#include <gtest/gtest.h>
+
+#include <memory>
+
+namespace kmr {
+
+inline const DriverFunctions &library()
+{
+    static const DriverLibrary LOADED(DRIVER_LIBRARY);
+    return LOADED.functions();
+}
+
+// An answer that never comes.
+inline QByteArray silence(const QByteArray &, const QByteArray &)
+{
+    return {};
+}
+
+inline bool isWrite(const QByteArray &request)
+{
+    return request.mid(3, 2) == "10" || request.mid(3, 2) == "05";
+}
+
+// `m_spoil`, where it is set, makes something else of the controller's answers.
+class SessionTest : public testing::Test {
+protected:
+    // Makes the session; to be called once.
+    Session &session(EchoMode echo = EchoMode::Auto, int groupLimit = 8)
+    {
+        SessionSettings settings;
+        settings.poll.timeout = std::chrono::milliseconds(100);
+        settings.poll.echo = echo;
+        settings.groupLimit = groupLimit;
+        m_session =
+            std::make_unique<Session>(library(), m_device, settings, m_stop, m_device.clock());
+        return *m_session;
+    }
+
+    static Tag tag(const QString &text)
+    {
+        return TagReader(library(), 1).read(text);
+    }
+
+    static std::vector<Tag> tags(const QStringList &texts)
+    {
+        std::vector<Tag> list;
+        for (const QString &text : texts)
+            list.push_back(tag(text));
+        return list;
+    }
+
+    void setElement(const QString &area, int number, std::uint32_t value)
+    {
+        ASSERT_TRUE(simulator::setElement(m_controller.memory(), area, number, value));
+    }
+
+    std::uint32_t element(const QString &area, int number)
+    {
+        return *simulator::element(m_controller.memory(), area, number);
+    }
+
+    void poll(const QStringList &texts)
+    {
+        m_session->poll(readRuns(tags(texts), m_session->groupLimit()));
+    }
+
+    // Writes all of a tag, as the command does.
+    RequestResult write(const QString &text, const Values &values)
+    {
+        RequestResult result;
+        auto next = values.begin();
+        for (const kmr::Run &run : writeRuns(tag(text), m_session->groupLimit())) {
+            result = m_session->write(run, Values(next, next + run.count));
+            if (!result.isDone())
+                break;
+            next += run.count;
+        }
+        return result;
+    }
+
+    simulator::Controller m_controller{"01"};
+    std::function<QByteArray(const QByteArray &request, const QByteArray &answer)> m_spoil;
+    ScriptedDevice m_device{[this](const QByteArray &request) {
+        const QByteArray answer = m_controller.answer(request);
+        return std::vector<Piece>{{1, m_spoil ? m_spoil(request, answer) : answer}};
+    }};
+    std::atomic<bool> m_stop{false};
+    std::unique_ptr<Session> m_session;
+};
+
+} // namespace kmr
