@@ -90,6 +90,36 @@ TEST_F(RecipeReply, CountersAreReportedOneApart)
     EXPECT_EQ(reports(), (std::vector<Report>{Report(0, -1, "RWI", 10), Report(0, -1, "RWI", 11)}));
 }
 
+TEST_F(RecipeReply, BytesAroundTheEntryStay)
+{
+    recipe.assign(recipe.size(), 0xEE);
+    driver.recipeVars << recipeEntry("D", 100, 1, 10) << recipeEntry("CV2", 200, 2, 20);
+    upload();
+    answer(":0103021234B4\r\n");
+    upload();
+    answer(":01030412345678E4\r\n");
+    EXPECT_EQ(recipeBytes(19, 4), Bytes({0xEE, 0x34, 0x12, 0xEE}));
+    EXPECT_EQ(recipeBytes(39, 6), Bytes({0xEE, 0x78, 0x56, 0x34, 0x12, 0xEE}));
+}
+
+TEST_F(RecipeReply, EntryAtTheStartOfTheBufferIsFilled)
+{
+    driver.recipeVars << recipeEntry("D", 100, 1, 0);
+    upload();
+    answer(":0103021234B4\r\n");
+    EXPECT_EQ(recipeBytes(0, 2), Bytes({0x34, 0x12}));
+    EXPECT_EQ(reports(), (std::vector<Report>{Report(0, -1, "RWI", 0)}));
+}
+
+TEST_F(RecipeReply, EntryBeforeTheBufferFillsTheStoreOnly)
+{
+    driver.recipeVars << recipeEntry("D", 100, 1, -1);
+    upload();
+    EXPECT_EQ(answer(":0103021234B4\r\n"), 1);
+    EXPECT_EQ(readValueOf("D", 100), Bytes({0x34, 0x12, 0, 0}));
+    EXPECT_TRUE(reports().empty());
+}
+
 TEST_F(RecipeReply, BitsGoToTheStoreOnly)
 {
     driver.recipeVars << recipeEntry("M", 0, 1, 10);

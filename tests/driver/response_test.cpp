@@ -127,6 +127,19 @@ TEST_F(Reply, WordsAreStoredLowByteFirst)
     EXPECT_EQ(driver.dataAreas.size(), 2);
 }
 
+TEST_F(Reply, UnusedBytesOfAWordOrBlockStay)
+{
+    driver.dataAreas << watchedWord("D", 100) << watchedBits("M", 0, 0);
+    driver.dataAreas[0].readValue[2] = 0x99;
+    driver.dataAreas[1].readValue[2] = 0x99;
+    readInFlight("D", 100, 1);
+    answer(":0103021234B4\r\n");
+    readInFlight("M", 0, 1);
+    answer(":0102021234B5\r\n");
+    EXPECT_EQ(readValueOf("D", 100), Bytes({0x34, 0x12, 0x99, 0}));
+    EXPECT_EQ(readValueOf("M", 0), Bytes({0x12, 0x34, 0x99, 0}));
+}
+
 TEST_F(Reply, EveryWordAreaIsStored)
 {
     readInFlight("TV", 7, 1);

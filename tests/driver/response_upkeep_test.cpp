@@ -6,17 +6,30 @@
 #include <chrono>
 #include <future>
 
-namespace
-{
+namespace {
 
-class Upkeep : public DriverTest
-{
+class Upkeep : public DriverTest {
 protected:
     static void queueReads(int entries)
     {
         for (int i = 0; i < entries; ++i)
             driver.pendingReads << variable("D", 100 + i, 2);
         driver.sendState = 3;
+    }
+
+    // Front addresses of writes, one-shot reads and cyclic blocks and the recipe cursor, after a
+    // batch of `state` has ended; every list has two entries.
+    std::vector<int> frontsAfter(qint32 state)
+    {
+        driver.pendingWrites = QList<VARIABLE>() << variable("D", 10, 1) << variable("D", 11, 1);
+        driver.pendingReads = QList<VARIABLE>() << variable("D", 20, 1) << variable("D", 21, 1);
+        driver.cyclicReads = QList<VARIABLE>() << variable("D", 30, 1) << variable("D", 31, 1);
+        driver.recipeCursor = 0;
+        recipeOf(2);
+        driver.sendState = state;
+        dealListWhenFinish();
+        return {driver.pendingWrites.at(0).address, driver.pendingReads.at(0).address,
+                driver.cyclicReads.at(0).address, driver.recipeCursor};
     }
 
     void recipeOf(int entries)
@@ -149,19 +162,31 @@ TEST_F(Upkeep, SingleCyclicBlockStays)
     EXPECT_EQ(driver.cyclicReads.at(0).address, 1);
 }
 
-TEST_F(Upkeep, EachStateTouchesItsOwnListOnly)
+TEST_F(Upkeep, FinishedWriteTouchesNothingElse)
 {
-    for (const qint32 state : {-1, 0, 1, 7}) {
-        driver.pendingWrites << variable("D", 1, 1);
-        queueReads(1);
-        driver.cyclicReads << variable("D", 1, 1) << variable("D", 2, 1);
-        driver.sendState = state;
-        dealListWhenFinish();
-    }
-    EXPECT_EQ(driver.pendingWrites.size(), 4);
-    EXPECT_EQ(driver.pendingReads.size(), 4);
-    EXPECT_EQ(driver.cyclicReads.size(), 8);
-    EXPECT_EQ(driver.cyclicReads.at(0).address, 1);
+    EXPECT_EQ(frontsAfter(2), std::vector<int>({11, 20, 30, 0}));
+}
+
+TEST_F(Upkeep, FinishedOneShotReadTouchesNothingElse)
+{
+    EXPECT_EQ(frontsAfter(3), std::vector<int>({10, 21, 30, 0}));
+}
+
+TEST_F(Upkeep, FinishedCyclicBlockTouchesNothingElse)
+{
+    EXPECT_EQ(frontsAfter(4), std::vector<int>({10, 20, 31, 0}));
+}
+
+TEST_F(Upkeep, FinishedRecipeEntryTouchesNothingElse)
+{
+    EXPECT_EQ(frontsAfter(5), std::vector<int>({10, 20, 30, 1}));
+    EXPECT_EQ(frontsAfter(6), std::vector<int>({10, 20, 30, 1}));
+}
+
+TEST_F(Upkeep, OtherStatesTouchNothing)
+{
+    for (const qint32 state : {-1, 0, 1, 7})
+        EXPECT_EQ(frontsAfter(state), std::vector<int>({10, 20, 30, 0})) << state;
     EXPECT_TRUE(reports().empty());
 }
 

@@ -55,6 +55,7 @@ TEST_F(SettledWrite, FourBytesOfACounterAreTaken)
     write_FailOrSuc(1, "CV2", 200, 2, 1);
     EXPECT_EQ(readValueOf("CV2", 200), Bytes({1, 2, 3, 4}));
     EXPECT_EQ(readValueOf("CV2", 201), Bytes({5, 6, 7, 8}));
+    EXPECT_EQ(writtenValueOf("CV2", 201), Bytes({5, 6, 7, 8}));
 }
 
 TEST_F(SettledWrite, GivenUpWordKeepsItsReadValueAndIsReported)
@@ -167,6 +168,13 @@ TEST_F(SettledWrite, AcknowledgedBitIsNotReported)
 {
     driver.dataAreas << written(watchedBits("M", 0, 0xFFFF), {0x20});
     write_FailOrSuc(1, "M", 5, 1, 1);
+    EXPECT_TRUE(reports().empty());
+}
+
+TEST_F(SettledWrite, BlockThatSharesTheNumberOfAnAcknowledgedBitIsNotReported)
+{
+    driver.dataAreas << watchedBits("M", 40, 0xFFFF);
+    write_FailOrSuc(1, "M", 40, 1, 1);
     EXPECT_TRUE(reports().empty());
 }
 
