@@ -1,10 +1,10 @@
 #include "modbus/ascii.h"
 
-namespace modbus
-{
+#include <algorithm>
 
-namespace
-{
+namespace modbus {
+
+namespace {
 
 constexpr int MIN_LINE_CHARS = 9; // ':', station, function, LRC, CR LF
 
@@ -16,13 +16,7 @@ bool isHexDigit(char character)
 
 bool isHexPairs(const QByteArray &digits)
 {
-    if (digits.size() % 2 != 0)
-        return false;
-    for (const char character : digits) {
-        if (!isHexDigit(character))
-            return false;
-    }
-    return true;
+    return digits.size() % 2 == 0 && std::all_of(digits.begin(), digits.end(), isHexDigit);
 }
 
 } // namespace

@@ -8,8 +8,7 @@
 #include <cstddef>
 #include <cstdint>
 
-namespace modbus
-{
+namespace modbus {
 
 // Longest line, ':' to LF, that a controller of this line sends or takes, in characters. Longer
 // than the standard's 513, because this driver's frames may be.
@@ -46,8 +45,7 @@ DecodedLine decodeLine(const QByteArray &line);
 // ':' in the middle starts the line anew; a line of more than MAX_LINE_CHARS characters is cut off
 // there and handed out so, to be found bad. Characters with the top bit set (a wrong parity
 // setting) are kept as they are.
-class LineCollector
-{
+class LineCollector {
 public:
     // Takes `bytes` and returns the lines that they complete, ':' to LF each.
     QList<QByteArray> take(const QByteArray &bytes);

@@ -4,8 +4,7 @@
 
 #include <cstdint>
 
-namespace modbus
-{
+namespace modbus {
 
 // Functions (section 6).
 constexpr std::uint8_t READ_DISCRETE_INPUTS = 0x02;

@@ -2,11 +2,9 @@
 
 #include "simulator/areas.h"
 
-namespace simulator
-{
+namespace simulator {
 
-namespace
-{
+namespace {
 
 constexpr int INPUTS = 8; // X 0 to X 7, one octal digit
 constexpr std::uint32_t WORD_STEP = 7;

@@ -2,11 +2,9 @@
 
 #include <QLatin1String>
 
-namespace simulator
-{
+namespace simulator {
 
-namespace
-{
+namespace {
 
 constexpr int NO_UPPER = 0x7FFFFFFF;
 

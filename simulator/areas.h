@@ -23,8 +23,7 @@
 #include <cstdint>
 #include <optional>
 
-namespace simulator
-{
+namespace simulator {
 
 enum class ElementKind { Bit, Register };
 

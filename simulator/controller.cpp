@@ -4,11 +4,9 @@
 
 #include <utility>
 
-namespace simulator
-{
+namespace simulator {
 
-namespace
-{
+namespace {
 
 constexpr int RANGE_BYTES = 4; // address and quantity, or address and value
 
@@ -58,9 +56,11 @@ QByteArray counted(const QByteArray &bytes)
 bool areAlike(int address, int quantity)
 {
     const int last = address + quantity - 1;
-    if (address >= Memory::FIRST_COUNTER && address <= Memory::LAST_COUNTER)
+    if (address > Memory::LAST_COUNTER)
+        return last < Memory::SIZE;
+    if (address >= Memory::FIRST_COUNTER)
         return last <= Memory::LAST_COUNTER;
-    return last < Memory::SIZE && (last < Memory::FIRST_COUNTER || address > Memory::LAST_COUNTER);
+    return last < Memory::FIRST_COUNTER;
 }
 
 // The functions check in the order of their state diagrams: structure and quantity first, then the

@@ -9,8 +9,7 @@
 #include <cstdint>
 #include <functional>
 
-namespace simulator
-{
+namespace simulator {
 
 // True for the two characters of a station that a controller can have: "01" to "F7".
 bool isStation(const QByteArray &characters);
@@ -19,8 +18,7 @@ bool isStation(const QByteArray &characters);
 // is refused. A read or write lies wholly within the counter registers or wholly outside them.
 //
 // It has no clock and no link: the same lines always give the same answers.
-class Controller
-{
+class Controller {
 public:
     using Observer = std::function<void(const Exchange &)>;
 

@@ -2,11 +2,9 @@
 
 #include "modbus/protocol.h"
 
-namespace simulator
-{
+namespace simulator {
 
-namespace
-{
+namespace {
 
 // Upper-case hexadecimal digits, as they stand in the line.
 QString hex(unsigned value, int digits)

@@ -8,8 +8,7 @@
 
 #include <cstdint>
 
-namespace simulator
-{
+namespace simulator {
 
 enum class Outcome {
     BadLine,      // ignored: see `fault`

@@ -1,7 +1,6 @@
 #include "simulator/memory.h"
 
-namespace simulator
-{
+namespace simulator {
 
 int Memory::registerBytes(std::uint16_t address)
 {

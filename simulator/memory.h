@@ -4,13 +4,11 @@
 #include <cstdint>
 #include <vector>
 
-namespace simulator
-{
+namespace simulator {
 
 // Bits (functions 02 and 05) and registers (functions 03 and 10 hexadecimal), both flat by Modbus
 // address: 65,536 of each, all 0 at first. A register holds two bytes, a counter register four.
-class Memory
-{
+class Memory {
 public:
     // Addresses 0 to `SIZE` - 1 exist.
     static constexpr int SIZE = 0x10000;

@@ -12,11 +12,9 @@
 #include <termios.h>
 #include <unistd.h>
 
-namespace simulator
-{
+namespace simulator {
 
-namespace
-{
+namespace {
 
 // Opens the programs' end of `master` in raw mode and returns it, or -1 with errno set.
 int openSlave(int master, QString &devicePath)

@@ -9,13 +9,11 @@
 
 #include <memory>
 
-namespace simulator
-{
+namespace simulator {
 
 // Makes a pseudo-terminal of its own. Programs may open, close and open it again. Needs a running
 // Qt event loop. The controller must outlive it.
-class PseudoTerminal
-{
+class PseudoTerminal {
 public:
     explicit PseudoTerminal(Controller &controller);
     ~PseudoTerminal();

@@ -8,11 +8,9 @@
 
 #include <memory>
 
-namespace simulator
-{
+namespace simulator {
 
-namespace
-{
+namespace {
 
 // The address that `host` stands for, a null address when there is none.
 QHostAddress addressOf(const QString &host)

@@ -6,13 +6,11 @@
 #include <QString>
 #include <QTcpServer>
 
-namespace simulator
-{
+namespace simulator {
 
 // Any number of clients talk to the same controller at the same time, each over a line of its own.
 // Needs a running Qt event loop. The controller must outlive the server.
-class TcpServer
-{
+class TcpServer {
 public:
     explicit TcpServer(Controller &controller);
 

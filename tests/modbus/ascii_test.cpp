@@ -5,8 +5,7 @@
 
 #include <string>
 
-namespace
-{
+namespace {
 
 using modbus::LineFault;
 
@@ -155,8 +154,7 @@ TEST(LineFaultText, SaysWhatIsWrong)
     EXPECT_STREQ(modbus::toText(LineFault::WrongLrc), "wrong LRC");
 }
 
-class LineCollection : public testing::Test
-{
+class LineCollection : public testing::Test {
 protected:
     modbus::LineCollector collector;
 };

@@ -3,8 +3,7 @@
 
 #include <gtest/gtest.h>
 
-namespace
-{
+namespace {
 
 using simulator::element;
 using simulator::ElementKind;
@@ -117,9 +116,7 @@ struct Beyond {
     int number;
 };
 
-class OutsideAnArea : public testing::TestWithParam<Beyond>
-{
-};
+class OutsideAnArea : public testing::TestWithParam<Beyond> {};
 
 TEST_P(OutsideAnArea, ThereIsNothing)
 {

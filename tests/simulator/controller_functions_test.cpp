@@ -5,13 +5,11 @@
 
 #include <string>
 
-namespace
-{
+namespace {
 
 using simulator::Memory;
 
-class Function : public testing::Test
-{
+class Function : public testing::Test {
 protected:
     std::string answerTo(const QByteArray &line)
     {

@@ -5,8 +5,7 @@
 
 #include <string>
 
-namespace
-{
+namespace {
 
 using simulator::Controller;
 using simulator::isStation;
@@ -14,8 +13,7 @@ using simulator::Memory;
 
 const char *const SILENCE = "";
 
-class ControllerOfStation01 : public testing::Test
-{
+class ControllerOfStation01 : public testing::Test {
 protected:
     std::string answerTo(const QByteArray &line)
     {

@@ -8,14 +8,12 @@
 
 #include <vector>
 
-namespace
-{
+namespace {
 
 using simulator::Exchange;
 using simulator::Outcome;
 
-class Observed : public testing::Test
-{
+class Observed : public testing::Test {
 protected:
     Observed()
     {

@@ -17,14 +17,12 @@
 #include <termios.h>
 #include <unistd.h>
 
-namespace
-{
+namespace {
 
 using simulator::PseudoTerminal;
 
 // A program that has the terminal open.
-class Client
-{
+class Client {
 public:
     explicit Client(const QString &path)
         : m_file(::open(QFile::encodeName(path).constData(), O_RDWR | O_NOCTTY | O_NONBLOCK)),
@@ -57,7 +55,7 @@ public:
     std::string receive(int count = 1)
     {
         EXPECT_TRUE(waitUntil([&] { return m_received.count('\n') >= count; }));
-        const std::string received = m_received.toStdString();
+        std::string received = m_received.toStdString();
         m_received.clear();
         return received;
     }
@@ -76,8 +74,7 @@ private:
     QByteArray m_received;
 };
 
-class SerialLink : public testing::Test
-{
+class SerialLink : public testing::Test {
 protected:
     QString pathOf(const char *name) const
     {

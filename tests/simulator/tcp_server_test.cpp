@@ -10,13 +10,11 @@
 #include <memory>
 #include <string>
 
-namespace
-{
+namespace {
 
 const char *const LOOPBACK = "127.0.0.1";
 
-class TcpLink : public testing::Test
-{
+class TcpLink : public testing::Test {
 protected:
     TcpLink()
     {
