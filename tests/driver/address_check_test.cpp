@@ -6,8 +6,7 @@
 #include <limits>
 #include <string>
 
-namespace
-{
+namespace {
 
 const qint32 INT_LEAST = std::numeric_limits<qint32>::min();
 const qint32 INT_MOST = std::numeric_limits<qint32>::max();
@@ -33,9 +32,7 @@ std::ostream &operator<<(std::ostream &out, const CheckRow &row)
     return out << row.area << " \"" << row.text << "\" x " << row.count;
 }
 
-class CheckedAddress : public testing::TestWithParam<CheckRow>
-{
-};
+class CheckedAddress : public testing::TestWithParam<CheckRow> {};
 
 TEST_P(CheckedAddress, GivesCodeAndNumberByWantWord)
 {

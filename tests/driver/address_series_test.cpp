@@ -7,8 +7,7 @@
 #include <string>
 #include <vector>
 
-namespace
-{
+namespace {
 
 using Texts = std::vector<std::string>;
 using Numbers = std::vector<qint32>;
@@ -31,9 +30,7 @@ struct CatalogueRow {
     Texts texts;
 };
 
-class Catalogue : public testing::TestWithParam<CatalogueRow>
-{
-};
+class Catalogue : public testing::TestWithParam<CatalogueRow> {};
 
 TEST_P(Catalogue, DescribesTheAreaInFiveTexts)
 {
@@ -112,9 +109,7 @@ struct SeriesRow {
     Numbers numbers;
 };
 
-class Series : public testing::TestWithParam<SeriesRow>
-{
-};
+class Series : public testing::TestWithParam<SeriesRow> {};
 
 TEST_P(Series, GivesTextsAndNumbers)
 {
@@ -199,7 +194,7 @@ const SeriesRow OCTAL[] = {
      1,
      {"0", "1", "2", "3", "4", "5", "6", "7", "10", "11"},
      {0, 1, 2, 3, 4, 5, 6, 7, 10, 11}},
-    {"StepOfEight", "Y", 0, 3, 8, 1, {"0", "10", "20"}, {0, 10, 20}},
+    {"CorrectionsAddUp", "Y", 0, 4, 8, 1, {"0", "10", "20", "30"}, {0, 10, 20, 30}},
     {"StepOfNine", "X", 0, 2, 9, 1, {"0", "10"}, {0, 10}},
     {"StartOnAnEight", "X", 8, 2, 1, 1, {"10", "11"}, {10, 11}},
     {"TensDigitIsNotCorrected", "X", 70, 3, 5, 1, {"70", "75", "80"}, {70, 75, 80}},

@@ -5,8 +5,7 @@
 #include <limits>
 #include <string>
 
-namespace
-{
+namespace {
 
 const int INT_LEAST = std::numeric_limits<int>::min();
 const int INT_MOST = std::numeric_limits<int>::max();
@@ -155,9 +154,7 @@ struct WordDotBit {
     int value;
 };
 
-class WordDotBitAccepted : public testing::TestWithParam<WordDotBit>
-{
-};
+class WordDotBitAccepted : public testing::TestWithParam<WordDotBit> {};
 
 TEST_P(WordDotBitAccepted, GivesWordTimesSixteenPlusBit)
 {
@@ -184,9 +181,7 @@ const WordDotBit ACCEPTED[] = {
 INSTANTIATE_TEST_SUITE_P(Texts, WordDotBitAccepted, testing::ValuesIn(ACCEPTED),
                          [](const auto &row) { return std::string(row.param.name); });
 
-class WordDotBitRefused : public testing::TestWithParam<WordDotBit>
-{
-};
+class WordDotBitRefused : public testing::TestWithParam<WordDotBit> {};
 
 TEST_P(WordDotBitRefused, GivesMinusOneAndLeavesTheResult)
 {

@@ -5,8 +5,7 @@
 
 #include <limits>
 
-namespace
-{
+namespace {
 
 const qint32 INT_LEAST = std::numeric_limits<qint32>::min();
 
@@ -44,8 +43,7 @@ TEST(Identity, PropertyPageIsNotTaken)
 
 // --- Configuration -------------------------------------------------------------------------------
 
-class InitProperty : public DriverTest
-{
+class InitProperty : public DriverTest {
 protected:
     using Settings = std::tuple<qint32, qint32, qint32, qint32, qint32>;
 

@@ -6,8 +6,7 @@
 #include <algorithm>
 #include <limits>
 
-namespace
-{
+namespace {
 
 const qint32 INT_LEAST = std::numeric_limits<qint32>::min();
 const qint32 INT_MOST = std::numeric_limits<qint32>::max();
@@ -25,9 +24,7 @@ _RCP_VAR_PRO recipeEntry(qint32 devId, qint32 bufWord, qint32 count)
     return entry;
 }
 
-class RcpAddress : public DriverTest
-{
-};
+class RcpAddress : public DriverTest {};
 
 TEST_F(RcpAddress, KeepsTheEntriesOfItsOwnDeviceInOrder)
 {
@@ -83,8 +80,7 @@ TEST_F(RcpAddress, CursorStays)
     EXPECT_EQ(driver.recipeCursor, 5);
 }
 
-class RcpAddrToVar : public DriverTest
-{
+class RcpAddrToVar : public DriverTest {
 protected:
     void SetUp() override
     {

@@ -8,8 +8,7 @@
 #include <iterator>
 #include <new>
 
-namespace
-{
+namespace {
 
 // --- Records -------------------------------------------------------------------------------------
 
@@ -128,8 +127,7 @@ TEST(RecordLayout, DriverFieldsStandInTheirOrder)
 // --- Construction and copies ---------------------------------------------------------------------
 
 // Memory that holds anything but zeros, in which a record is built.
-template <typename Record> class InDirtyMemory
-{
+template <typename Record> class InDirtyMemory {
 public:
     InDirtyMemory()
     {

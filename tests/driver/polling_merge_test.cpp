@@ -6,8 +6,7 @@
 #include <limits>
 #include <utility>
 
-namespace
-{
+namespace {
 
 const int INT_LEAST = std::numeric_limits<int>::min();
 const int INT_MOST = std::numeric_limits<int>::max();
@@ -38,9 +37,7 @@ Runs plan()
     return blocks;
 }
 
-class AddrMerge : public DriverTest
-{
-};
+class AddrMerge : public DriverTest {};
 
 // --- What becomes of runs with a group limit of 8 ------------------------------------------------
 
@@ -55,9 +52,7 @@ std::ostream &operator<<(std::ostream &out, const MergeRow &row)
     return out << row.name;
 }
 
-class MergedRuns : public DriverTest, public testing::WithParamInterface<MergeRow>
-{
-};
+class MergedRuns : public DriverTest, public testing::WithParamInterface<MergeRow> {};
 
 TEST_P(MergedRuns, MakeTheseBlocks)
 {

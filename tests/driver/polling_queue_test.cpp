@@ -6,8 +6,7 @@
 #include <limits>
 #include <utility>
 
-namespace
-{
+namespace {
 
 const qint32 INT_LEAST = std::numeric_limits<qint32>::min();
 const qint32 INT_MOST = std::numeric_limits<qint32>::max();
@@ -17,8 +16,7 @@ using Requests = std::vector<Request>;
 
 enum { BITS = -1, WORDS = 0 };
 
-class ConditionRead : public DriverTest
-{
+class ConditionRead : public DriverTest {
 protected:
     static qint32 ask(const char *area, qint32 address, qint32 count, qint32 elemKind,
                       qint32 reqTag = 0)
@@ -233,8 +231,7 @@ TEST_F(ConditionRead, PiecesOfOneRunMayBeDuplicates)
 
 // --- The full queue ------------------------------------------------------------------------------
 
-class FullQueue : public ConditionRead
-{
+class FullQueue : public ConditionRead {
 protected:
     void SetUp() override
     {

@@ -6,8 +6,7 @@
 #include <limits>
 #include <utility>
 
-namespace
-{
+namespace {
 
 const int INT_LEAST = std::numeric_limits<int>::min();
 const int INT_MOST = std::numeric_limits<int>::max();
@@ -44,9 +43,7 @@ TEST(SetBitValue, IgnoresBitsFrom32On)
 
 // --- _setDataAreaMonitorFlag ---------------------------------------------------------------------
 
-class MonitorFlag : public DriverTest
-{
-};
+class MonitorFlag : public DriverTest {};
 
 TEST_F(MonitorFlag, OctalRunGoesOnInTheNextEntry)
 {
