@@ -3,11 +3,9 @@
 
 #include "driver_fixture.h"
 
-namespace
-{
+namespace {
 
-class ReplyChange : public DriverTest
-{
+class ReplyChange : public DriverTest {
 protected:
     void SetUp() override
     {

@@ -3,11 +3,9 @@
 
 #include "driver_fixture.h"
 
-namespace
-{
+namespace {
 
-class RecipeReply : public DriverTest
-{
+class RecipeReply : public DriverTest {
 protected:
     static _RCP_VAR_PRO recipeEntry(const char *area, qint32 address, qint32 count, qint32 bufWord)
     {

@@ -5,11 +5,9 @@
 
 #include <climits>
 
-namespace
-{
+namespace {
 
-class BadReply : public DriverTest
-{
+class BadReply : public DriverTest {
 protected:
     // Gives up the frames in flight with a single bad reply.
     void giveUp()
@@ -29,8 +27,7 @@ protected:
     }
 };
 
-class ErrorText : public DriverTest
-{
+class ErrorText : public DriverTest {
 protected:
     static QString infoOf(const VARIABLE &var, const QByteArray &reply)
     {

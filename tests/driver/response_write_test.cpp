@@ -7,11 +7,9 @@
 #include <climits>
 #include <cstring>
 
-namespace
-{
+namespace {
 
-class SettledWrite : public DriverTest
-{
+class SettledWrite : public DriverTest {
 protected:
     // An entry that the host wrote and that the controller has not acknowledged.
     static _DATA_ written(_DATA_ entry, const std::array<quint8, 4> &value)
