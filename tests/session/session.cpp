@@ -8,7 +8,7 @@ namespace
 {
 
 constexpr qint32 MOST_IN_CALL = 600; // more than a queue holds, and longer than a frame
-constexpr qint32 MOST_ELEMENTS = 3000;
+constexpr qint32 MOST_ELEMENTS = 1500;
 constexpr qint32 RECIPE_WORDS = 1024;
 constexpr int REPORTS_DEEP = 2; // a callback that writes is called back again
 
@@ -62,9 +62,10 @@ void requireFrame(const FRAME_PRO &frame)
 class Session::Host
 {
 public:
-    explicit Host(ByteSource &bytes)
-        : m_bytes(bytes), m_status(STATUS_BLOCK_BYTES), m_recipe(2 * RECIPE_WORDS)
+    explicit Host(ByteSource &bytes) : m_bytes(bytes), m_recipe(2 * RECIPE_WORDS)
     {
+        m_status[STATUS_RECIPE_DOWNLOAD] = 0;
+        m_status[STATUS_RECIPE_UPLOAD] = 0;
         current = this;
         initialise();
         intf_setAddrValueChangeCallBack(report);
@@ -122,7 +123,7 @@ private:
 
     ByteSource &m_bytes;
     Digest m_digest;
-    std::vector<quint8> m_status;
+    static std::vector<quint8> m_status; // one for all sessions: it is large
     std::vector<quint8> m_recipe;
     QMutex m_mutex;
     FRAME_PRO m_sent;
@@ -131,6 +132,7 @@ private:
 };
 
 Session::Host *Session::Host::current = nullptr;
+std::vector<quint8> Session::Host::m_status(STATUS_BLOCK_BYTES);
 
 void Session::Host::call()
 {
@@ -185,8 +187,8 @@ qint32 Session::Host::takeReport(qint32 devId, qint32 station, const QString &ar
 // a request's length in characters is their multiple, which wraps round at 32 bits.
 qint32 Session::Host::elements()
 {
-    const bool many = m_bytes.below(16) == 0;
-    const qint32 most = std::min(many ? MOST_IN_CALL : 40, m_elementsLeft);
+    const bool many = m_bytes.below(64) == 0;
+    const qint32 most = std::min(many ? MOST_IN_CALL : 20, m_elementsLeft);
     const qint32 count = std::max(m_bytes.numberUpTo(most), -MOST_IN_CALL);
     m_elementsLeft -= std::max(count, 0);
     return count;

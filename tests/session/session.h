@@ -5,7 +5,7 @@
 // What the interface asks of a host is kept: buffers are as large as it says, a callback makes only
 // the calls that it may. Everything else is arbitrary.
 //
-// Elements are bounded, to MOST_ELEMENTS in a session and MOST_IN_CALL in a call: the store is
+// Elements are bounded, both in a session and in a call: the store is
 // searched from the front, so a run of a billion elements ends, but not in our lifetime.
 #pragma once
 

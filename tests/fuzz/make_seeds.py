@@ -1,0 +1,121 @@
+#!/usr/bin/env python3
+"""Writes the fuzzers' seeds in tests/fuzz/corpus: `script/fuzz --seeds`.
+
+A seed is a plain case that a fuzzer starts from. Texts are themselves; for the session, a reply and
+the editor the numbers below choose as tests/session/byte_source.h and the fuzzers say.
+"""
+
+import pathlib
+
+CORPUS = pathlib.Path(__file__).parent / "corpus"
+
+# Choices of ByteSource::area().
+X, M, TV, D, CV2, TV_BIT = 0, 2, 6, 8, 9, 11
+
+# Choices of Session's host; the first of each range.
+SEND, REPLY, SET, GET, MERGE, READ_ONCE, REQUEST_RECIPE, SET_RECIPES = 0, 8, 16, 19, 22, 24, 26, 27
+CHECK_ADDRESS, SERIES, CATALOGUE, IDENTITY = 28, 29, 30, 31
+
+# A number below 64, and station 1.
+def number(value):
+    return [0, value]
+
+
+def elements(count):
+    return [1] + number(count)
+
+
+ONE = [1]
+CONFIGURED = [0, 1, 0, 1, 0, 0, 1, 1]  # device 0, writes queued, retry limit 2, group limit 8
+DATA_REPLY = [REPLY, 9, 3, 1, 2, 3, 4]
+ACKNOWLEDGED = [REPLY, 4, 0]
+SILENCE = [REPLY, 0]
+
+
+def key(area, address, count):
+    return ONE + [area] + number(address) + [1] + elements(count)
+
+
+def session():
+    poll = [MERGE, 2] + key(D, 0, 4) + key(M, 16, 20)
+    recipe = [0, 1, D] + number(10) + elements(3) + number(5)
+    write = [SET] + ONE + [D] + number(0) + elements(2) + [7, 1, 1]
+    return {
+        "poll": CONFIGURED + poll + [SEND, 1] + DATA_REPLY + [SEND, 1] + DATA_REPLY,
+        "write": CONFIGURED + poll + write + [SEND, 1] + ACKNOWLEDGED,
+        "give_up": CONFIGURED + poll + [SEND, 1] + 3 * SILENCE,
+        "one_shot": CONFIGURED + poll + [READ_ONCE] + key(TV, 3, 9) + [1, SEND, 1] + DATA_REPLY,
+        "upload": CONFIGURED + [SET_RECIPES, 1, 2] + recipe + recipe
+        + [REQUEST_RECIPE, 0, 1, 0, 0, SEND, 1] + DATA_REPLY,
+        "download": CONFIGURED + [SET_RECIPES, 1, 1] + recipe
+        + [REQUEST_RECIPE, 1, 0, 0, 0, SEND, 1] + ACKNOWLEDGED,
+        "read": CONFIGURED + [GET] + ONE + [TV_BIT] + number(40) + elements(16) + [1],
+        "editor": CONFIGURED + [CHECK_ADDRESS, X, 2, 1, 1, 7] + number(1) + [1, 1]
+        + [SERIES, X] + number(5) + number(9) + [0, 3, CATALOGUE, D] + number(1) + [IDENTITY, 2],
+    }
+
+
+def reply():
+    poll, once, write, upload, download = range(5)
+    data = b":01031012345678ABCDEF0012345678ABCDEF00B2\r\n"
+    return {
+        "words": bytes([poll, D, 1, 0, 8]) + data,
+        "bits": bytes([poll, M, 0, 16, 32]) + b":010204FFFF0000FB\r\n",
+        "counters": bytes([once, CV2, 2, 0, 8]) + data,
+        "acknowledged": bytes([write, D, 0, 7, 3]) + b":01101007000ADE\r\n",
+        "refused": bytes([write, M, 0, 7, 1]) + b":0185027A\r\n\n",
+        "uploaded": bytes([upload, TV, 0, 7, 8]) + data + data,
+        "downloaded": bytes([download, D, 0, 7, 8]) + b":01101007000ADE\r\n" * 2,
+    }
+
+
+def editor():
+    def case(area, text):
+        return bytes([area] + number(1) + [1] + number(5) + number(1) + number(9)) + text
+
+    return {"octal": case(X, b"17"), "word_bit": case(TV_BIT, b"5.15"), "word": case(D, b"11999"),
+            "counter": case(CV2, b"200"), "signed": case(D, b"-1"), "blank": case(D, b" 1")}
+
+
+def simulator():
+    return {
+        "read_words": b":01031064000880\r\n",
+        "read_bits": b":010208000010E5\r\n",
+        "set_bit": b":01050800FF00F3\r\n",
+        "write_words": b":01101064000102123432\r\n",
+        "read_message": b"\x03\x10\x64\x00\x08",
+        "write_message": b"\x10\x10\x64\x00\x02\x04\x12\x34\x56\x78",
+        "two_lines": b"x:01031064000880\r\n:010310:01031064000880\r\n",
+    }
+
+
+def tag():
+    return {"word": b"D100", "octal": b"X17", "run": b"2#M0x16", "word_bit": b"TV5.3",
+            "counter": b"CV2200", "counter_or_word": b"CV21", "unknown": b"Q1"}
+
+
+def link():
+    return {"serial": b"serial:///dev/ttyUSB0?baud=9600&frame=7E1", "tcp": b"tcp://plc:8888",
+            "address": b"tcp://[::1]:502", "bad": b"serial://?baud=x&frame=9Z3"}
+
+
+def filter():
+    return {
+        "answer": bytes([0, 3]) + b":010310000000000000000000000000000000EC\r\n",
+        "echo": bytes([2, 15]) + b":01050800FF00F3\r\n:01050800FF00F3\r\n",
+        "noise": bytes([2, 0]) + b"??:010:01050800FF00F3\r\n",
+        "exception": bytes([3, 7]) + b":0190026D\r\n",
+    }
+
+
+def main():
+    for target in (session, reply, editor, simulator, tag, link, filter):
+        directory = CORPUS / target.__name__
+        directory.mkdir(parents=True, exist_ok=True)
+        for old in directory.iterdir():
+            old.unlink()
+        for name, seed in target().items():
+            (directory / name).write_bytes(bytes(seed))
+
+
+main()
