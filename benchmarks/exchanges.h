@@ -3,8 +3,7 @@
 
 #include "benchmarks/panel.h"
 
-namespace bench
-{
+namespace bench {
 
 enum { READ_WORDS = 8 }; // that an exchange reads
 
@@ -26,8 +25,7 @@ void checkReads(const std::vector<Run> &plan);
 
 // Exchanges over a plan of `runs` runs. Once checkReads has passed, the replies bring no change or,
 // with `changes`, change every word.
-class ReadLoop
-{
+class ReadLoop {
 public:
     ReadLoop(size_t runs, bool changes) : m_runs(runs), m_changes(changes), m_reply(changes ? 1 : 0)
     {
@@ -73,8 +71,7 @@ extern const Write WRITE_BIT;
 void checkWrites(const Write &write);
 
 // Three writes and the read that is due then, time and again. To be used behind checkWrites.
-class WriteLoop
-{
+class WriteLoop {
 public:
     explicit WriteLoop(const Write &write) : m_write(write) {}
 

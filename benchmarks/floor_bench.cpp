@@ -7,28 +7,36 @@
 #include <array>
 #include <cstdint>
 #include <string_view>
+#include <utility>
 
 namespace {
 
 constexpr int WORDS = 8;
 constexpr size_t REQUEST_CHARS = 17;
 constexpr size_t REPLY_CHARS = 43;
-constexpr std::uint8_t NO_DIGIT = 0xFF;
+constexpr char DIGITS[] = "0123456789ABCDEF";
 
-constexpr std::array<std::uint8_t, 256> DIGIT_VALUES = [] {
-    std::array<std::uint8_t, 256> values{};
-    for (std::uint8_t &value : values)
-        value = NO_DIGIT;
-    for (std::uint8_t digit = 0; digit < 16; ++digit)
-        values[static_cast<std::uint8_t>("0123456789ABCDEF"[digit])] = digit;
+// -1 for a character that is no digit, so that a pair or a sum of pairs with it is negative.
+constexpr std::array<std::int16_t, 256> DIGIT_VALUES = [] {
+    std::array<std::int16_t, 256> values{};
+    for (std::int16_t &value : values)
+        value = -1;
+    for (std::int16_t digit = 0; digit < 16; ++digit)
+        values[static_cast<std::uint8_t>(DIGITS[digit])] = digit;
     return values;
 }();
 
 char *putByte(char *out, unsigned byte)
 {
-    *out++ = "0123456789ABCDEF"[byte >> 4 & 0x0F];
-    *out++ = "0123456789ABCDEF"[byte & 0x0F];
+    *out++ = DIGITS[byte >> 4 & 0x0F];
+    *out++ = DIGITS[byte & 0x0F];
     return out;
+}
+
+int byteAt(const char *text)
+{
+    return DIGIT_VALUES[static_cast<std::uint8_t>(text[0])] * 16 |
+           DIGIT_VALUES[static_cast<std::uint8_t>(text[1])];
 }
 
 void encodeRead(unsigned station, unsigned address, unsigned count, char *out)
@@ -46,31 +54,29 @@ void encodeRead(unsigned station, unsigned address, unsigned count, char *out)
 }
 
 // False for anything but the good reply to a read of 8 words.
-bool decodeReply(std::string_view reply, unsigned station, std::uint16_t *values)
+bool decodeReply(std::string_view reply, int station, std::uint16_t *values)
 {
-    if (reply.size() != REPLY_CHARS || reply.front() != ':' || reply.substr(41) != "\r\n")
+    const char *const text = reply.data();
+    if (reply.size() != REPLY_CHARS || text[0] != ':' || text[41] != '\r' || text[42] != '\n' ||
+        byteAt(text + 1) != station || byteAt(text + 3) != 3 || byteAt(text + 5) != 2 * WORDS)
         return false;
-    std::array<std::uint8_t, 3 + 2 * WORDS + 1> message;
-    unsigned sum = 0;
-    unsigned faults = 0;
-    for (size_t i = 0; i < message.size(); ++i) {
-        const std::uint8_t high = DIGIT_VALUES[static_cast<std::uint8_t>(reply[1 + 2 * i])];
-        const std::uint8_t low = DIGIT_VALUES[static_cast<std::uint8_t>(reply[2 + 2 * i])];
-        faults |= (high | low) & 0xF0u;
-        message[i] = static_cast<std::uint8_t>(high << 4 | low);
-        sum += message[i];
+    const int lrc = byteAt(text + 39);
+    int sum = station + 3 + 2 * WORDS + lrc;
+    int all = lrc; // negative when one of them is
+    for (int i = 0; i < WORDS; ++i) {
+        const int high = byteAt(text + 7 + 4 * i);
+        const int low = byteAt(text + 9 + 4 * i);
+        values[i] = static_cast<std::uint16_t>(high << 8 | low);
+        sum += high + low;
+        all |= high | low;
     }
-    if (faults != 0 || (sum & 0xFF) != 0 || message[0] != station || message[1] != 3 ||
-        message[2] != 2 * WORDS)
-        return false;
-    for (size_t i = 0; i < WORDS; ++i)
-        values[i] = static_cast<std::uint16_t>(message[3 + 2 * i] << 8 | message[4 + 2 * i]);
-    return true;
+    return all >= 0 && (sum & 0xFF) == 0;
 }
 
 void floorOfExchange(benchmark::State &state)
 {
     const std::string reply = bench::received(bench::READ_8_REPLY).toStdString();
+    std::string damaged = reply;
     char request[REQUEST_CHARS];
     std::uint16_t values[WORDS] = {};
     unsigned address = 0x1000;
@@ -80,6 +86,11 @@ void floorOfExchange(benchmark::State &state)
     bench::require(decodeReply(reply, 1, values), "the reply is good");
     bench::require(std::vector<int>(values, values + WORDS) == bench::READ_8_VALUES, "the values");
     bench::require(!decodeReply(reply, 2, values), "a reply of another station is not");
+    for (char &character : damaged) {
+        const char good = std::exchange(character, 'G');
+        bench::require(!decodeReply(damaged, 1, values), "a damaged reply is not");
+        character = good;
+    }
     for (auto _ : state) {
         benchmark::DoNotOptimize(address);
         encodeRead(1, address, WORDS, request);

@@ -1,28 +1,25 @@
-// A plain scan of as much memory as a store takes: the measure for searching it.
+// A plain scan of as much memory as a store takes: the measure for searching the store.
 #include "benchmarks/panel.h"
 
 #include <benchmark/benchmark.h>
 
-#include <cstdint>
-#include <numeric>
+#include <cstring>
 
 namespace {
 
+// For a byte that is not there until the end. The C library's own scan is as fast as memory, and
+// not at the mercy of how a loop of ours happens to be aligned.
 void scanMemory(benchmark::State &state)
 {
-    const size_t bytes = static_cast<size_t>(state.range(0)) * sizeof(_DATA_);
-    std::vector<std::uint64_t> memory(bytes / sizeof(std::uint64_t));
-    std::iota(memory.begin(), memory.end(), 1);
-    const std::uint64_t count = memory.size();
-    bench::require(std::accumulate(memory.begin(), memory.end(), std::uint64_t(0)) ==
-                       count * (count + 1) / 2,
-                   "all memory is scanned");
+    std::vector<quint8> memory(static_cast<size_t>(state.range(0)) * sizeof(_DATA_), 0xEE);
+    memory.back() = 1;
+    const auto scan = [&] { return memchr(memory.data(), 1, memory.size()); };
+    bench::require(scan() == &memory.back(), "all memory is scanned");
     for (auto _ : state) {
-        benchmark::DoNotOptimize(memory.data());
         benchmark::ClobberMemory();
-        benchmark::DoNotOptimize(std::accumulate(memory.begin(), memory.end(), std::uint64_t(0)));
+        benchmark::DoNotOptimize(scan());
     }
 }
-BENCHMARK(scanMemory)->Name("scan")->RangeMultiplier(10)->Range(100, 100000)->Arg(8);
+BENCHMARK(scanMemory)->Name("scan")->Arg(8)->Arg(100)->Arg(1000)->Arg(10000)->Arg(100000);
 
 } // namespace

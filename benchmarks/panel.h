@@ -7,8 +7,7 @@
 #include <string>
 #include <vector>
 
-namespace bench
-{
+namespace bench {
 
 // Ends the program with `what` on stderr and exit code 1 unless `holds`. The figures of a benchmark
 // that does something else than it says are worth nothing.
