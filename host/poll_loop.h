@@ -18,9 +18,10 @@ namespace kmr {
 using Clock = std::function<std::chrono::steady_clock::time_point()>;
 
 struct PollSettings {
-    std::chrono::milliseconds timeout{1000}; // from the end of a request to the end of its answer
-    std::chrono::nanoseconds characterTime{
-        0}; // added to the timeout for every character on the wire
+    // From the end of a request to the end of its answer; for every character on the wire
+    // `characterTime` comes on top.
+    std::chrono::milliseconds timeout{1000};
+    std::chrono::nanoseconds characterTime{0};
     EchoMode echo = EchoMode::Auto;
 };
 
