@@ -5,11 +5,9 @@
 
 #include "driver_fixture.h"
 
-namespace
-{
+namespace {
 
-class BusyCallback : public DriverTest
-{
+class BusyCallback : public DriverTest {
 protected:
     void SetUp() override
     {

@@ -5,11 +5,9 @@
 
 #include <climits>
 
-namespace
-{
+namespace {
 
-class SetData : public DriverTest
-{
+class SetData : public DriverTest {
 protected:
     static qint32 write(const char *area, qint32 address, qint32 count, std::vector<quint8> data,
                         qint32 reqTag = 0)

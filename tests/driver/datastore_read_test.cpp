@@ -5,11 +5,9 @@
 
 #include <climits>
 
-namespace
-{
+namespace {
 
-class GetData : public DriverTest
-{
+class GetData : public DriverTest {
 protected:
     // What a read of `count` elements writes into a buffer of `size` bytes that hold 0xEE.
     static Bytes read(const char *area, qint32 address, qint32 count, size_t size)

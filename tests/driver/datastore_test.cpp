@@ -5,11 +5,9 @@
 
 #include <climits>
 
-namespace
-{
+namespace {
 
-class Entries : public DriverTest
-{
+class Entries : public DriverTest {
 protected:
     static int indexOf(int station, const char *area, int index)
     {
@@ -17,8 +15,7 @@ protected:
     }
 };
 
-class Change : public DriverTest
-{
+class Change : public DriverTest {
 protected:
     // A single element changed: a word, a counter, or a bit by its linear address.
     static void elementChanges(const char *area, int address)
@@ -32,8 +29,7 @@ protected:
     }
 };
 
-class WordChange : public DriverTest
-{
+class WordChange : public DriverTest {
 protected:
     static void wordChanges(int oldWord, int newWord, const char *area, int address, int noBits)
     {
@@ -339,6 +335,20 @@ TEST_F(WordChange, WatchedBitsAreReportedAsBitsOfTheWord)
     wordChanges(0x0000, 0x8006, "D", 5, 0);
     EXPECT_EQ(reports(),
               (std::vector<Report>{Report(1, 1, "D_bit", 81), Report(1, 1, "D_bit", 95)}));
+}
+
+TEST_F(WordChange, BitsThatStayAreNotReported)
+{
+    watch("D", 5, 0, 0xFFFF);
+    wordChanges(0x0002, 0x0003, "D", 5, 0);
+    EXPECT_EQ(reports(), (std::vector<Report>{Report(1, 1, "D_bit", 80)}));
+}
+
+TEST_F(WordChange, OnlySixteenBitsCount)
+{
+    watch("D", 5, 0, -1);
+    wordChanges(0, 0x70000, "D", 5, 0);
+    EXPECT_TRUE(reports().empty());
 }
 
 TEST_F(WordChange, BitsCanBeLeftOut)

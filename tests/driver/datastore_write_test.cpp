@@ -5,11 +5,9 @@
 
 #include <climits>
 
-namespace
-{
+namespace {
 
-class Mirror : public DriverTest
-{
+class Mirror : public DriverTest {
 protected:
     static void write(const char *area, qint32 address, qint32 count, std::vector<quint8> data)
     {

@@ -76,8 +76,8 @@ inline Bytes writtenValueOf(const char *area, qint32 index)
     return Bytes(entry.writtenValue, entry.writtenValue + 4);
 }
 
-// Configures `driver` anew before each test with the property text of `configure` and a status block,
-// a recipe buffer and a mutex of its own, and records the reports of the callback.
+// Configures `driver` anew before each test with the property text of `configure` and a status
+// block, a recipe buffer and a mutex of its own, and records the reports of the callback.
 class DriverTest : public testing::Test {
 protected:
     void SetUp() override
@@ -88,7 +88,10 @@ protected:
         intf_setAddrValueChangeCallBack(record);
     }
 
-    void TearDown() override { driver = Ostrel_kmr(); }
+    void TearDown() override
+    {
+        driver = Ostrel_kmr();
+    }
 
     void configure(const char *property)
     {
@@ -119,7 +122,10 @@ protected:
     }
 
     // Hands in the reply to the frame in flight.
-    qint32 answer(QByteArray reply) { return intf_dealRcvFrame(reply, errorInfo); }
+    qint32 answer(QByteArray reply)
+    {
+        return intf_dealRcvFrame(reply, errorInfo);
+    }
 
     static std::vector<Report> &reports()
     {

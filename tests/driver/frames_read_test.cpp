@@ -5,11 +5,9 @@
 
 #include <climits>
 
-namespace
-{
+namespace {
 
-class ReadFrame : public DriverTest
-{
+class ReadFrame : public DriverTest {
 protected:
     static FRAME_PRO frameOf(VARIABLE var)
     {

@@ -6,16 +6,15 @@
 #include <chrono>
 #include <future>
 
-namespace
-{
+namespace {
 
-class RecipeFrame : public DriverTest
-{
+class RecipeFrame : public DriverTest {
 protected:
     // What is sent next, once the reply to it has taken the frame from the list.
     static std::string nextAnswered()
     {
         const std::string text = nextFrame();
+        EXPECT_LE(driver.frames.size(), 1);
         driver.frames.clear();
         return text;
     }

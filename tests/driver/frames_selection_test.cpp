@@ -3,16 +3,15 @@
 
 #include "driver_fixture.h"
 
-namespace
-{
+namespace {
 
-class SendFrame : public DriverTest
-{
+class SendFrame : public DriverTest {
 protected:
     // What is sent next, once the reply to it has taken the frame from the list.
     static std::string nextAnswered()
     {
         const std::string text = nextFrame();
+        EXPECT_LE(driver.frames.size(), 1);
         driver.frames.clear();
         return text;
     }

@@ -5,11 +5,9 @@
 
 #include <climits>
 
-namespace
-{
+namespace {
 
-class WriteFrame : public DriverTest
-{
+class WriteFrame : public DriverTest {
 protected:
     static FRAME_PRO frameOf(const VARIABLE &var)
     {

@@ -83,6 +83,14 @@ TEST_F(ReplyChange, ChangedWatchedBitsAreReportedLowestFirst)
     EXPECT_EQ(reports(), (std::vector<Report>{Report(1, 1, "M", 16), Report(1, 1, "M", 31)}));
 }
 
+TEST_F(ReplyChange, BitOfTheSecondByteIsReportedAlone)
+{
+    driver.dataAreas << watchedBits("M", 0, 0xFFFF);
+    readInFlight("M", 0, 1);
+    answer(":0102020001FA\r\n");
+    EXPECT_EQ(reports(), (std::vector<Report>{Report(1, 1, "M", 8)}));
+}
+
 TEST_F(ReplyChange, ClearedBitsAreReportedToo)
 {
     driver.dataAreas << watchedBits("M", 0, 0x0101);
