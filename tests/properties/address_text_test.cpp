@@ -7,14 +7,12 @@
 #include <array>
 #include <string>
 
-namespace
-{
+namespace {
 
 const std::array<const char *, 12> areas = {"X",  "Y",  "M",   "S", "T",      "C",
                                             "TV", "CV", "CV2", "D", "TV_bit", "SM"};
 
-class AddressText : public testing::Test
-{
+class AddressText : public testing::Test {
 protected:
     // Calls `check` with every text of `length` characters.
     template <typename Check> static void forEveryText(size_t length, const Check &check)

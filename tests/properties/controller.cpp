@@ -7,8 +7,7 @@
 #include <cctype>
 #include <cstdio>
 
-namespace
-{
+namespace {
 
 unsigned number(const std::string &text, size_t position, size_t length)
 {

@@ -6,8 +6,7 @@
 #include <map>
 #include <string>
 
-class Controller
-{
+class Controller {
 public:
     // The reply to the frame text `request` ("" when nothing was sent), spoilt as `call` says.
     std::string reply(const std::string &request, const Call &call);

@@ -20,13 +20,18 @@
 #include "tests/properties/generator.h"
 #include "tests/properties/session.h"
 
+#include <unistd.h>
+
+#include <csignal>
 #include <cstdint>
 #include <cstdlib>
 #include <iostream>
 #include <string>
+#ifdef __SANITIZE_ADDRESS__
+#include <sanitizer/common_interface_defs.h>
+#endif
 
-namespace
-{
+namespace {
 
 const char *const usage =
     "Usage: driver_property_test [--seed N] [--calls N]\n"
@@ -34,6 +39,31 @@ const char *const usage =
     "  --seed N   first session's seed, the next sessions take N+1, N+2...; default 1\n"
     "  --calls N  exported calls to make at least; default 100000\n"
     "Exit code: 0 they agree, 1 they differ, 2 bad arguments\n";
+
+std::string crashNote; // names the session under way
+
+// A crash can't be shrunk, but it can be repeated.
+void noteCrash()
+{
+    if (write(STDERR_FILENO, crashNote.data(), crashNote.size()) < 0)
+        return; // nothing more can be done
+}
+
+void crashed(int signalNumber)
+{
+    noteCrash();
+    std::signal(signalNumber, SIG_DFL);
+    std::raise(signalNumber);
+}
+
+void noteCrashes()
+{
+    for (const int signalNumber : {SIGSEGV, SIGBUS, SIGFPE, SIGILL, SIGABRT})
+        std::signal(signalNumber, crashed);
+#ifdef __SANITIZE_ADDRESS__
+    __sanitizer_set_death_callback(noteCrash);
+#endif
+}
 
 int report(std::uint64_t seed, const std::vector<Call> &calls)
 {
@@ -71,9 +101,12 @@ int main(int argc, char **argv)
             return 2;
         }
     }
+    noteCrashes();
     std::uint64_t made = 0;
     std::uint64_t sessions = 0;
     for (; made < wanted; ++sessions) {
+        crashNote =
+            "\nCrashed; repeat with --seed " + std::to_string(seed + sessions) + " --calls 1\n";
         const std::vector<Call> calls = Generator(seed + sessions).session();
         made += static_cast<std::uint64_t>(exportedCalls(calls));
         if (!firstDifference(calls).empty())

@@ -9,8 +9,7 @@
 #include <string>
 #include <vector>
 
-namespace
-{
+namespace {
 
 // An area and where its elements lie; from `upperFrom` on they lie from `upperBase` on.
 struct Area {
@@ -64,8 +63,7 @@ struct Exchange {
     std::string data;    // of the reply
 };
 
-class EveryRun : public FlowTest
-{
+class EveryRun : public FlowTest {
     // Polls `count` elements from `start` on once, and reads them: the elements in `expected` are
     // the values from `start` on, of `bytes` bytes each, 0 for bits.
     void expectPolled(const Area &area, int start, int count,

@@ -6,8 +6,7 @@
 #include <cstdio>
 #include <string>
 
-namespace
-{
+namespace {
 
 std::string hex(unsigned value)
 {
@@ -21,8 +20,7 @@ std::string framed(const std::string &digits)
     return ":" + digits + model::lrc(digits);
 }
 
-class EveryWord : public FlowTest
-{
+class EveryWord : public FlowTest {
 protected:
     // Calls `check` with every word.
     template <typename Check> static void forEveryWord(const Check &check)

@@ -3,8 +3,7 @@
 #include <algorithm>
 #include <climits>
 
-namespace
-{
+namespace {
 
 const std::vector<int> allStations = {0, 1, 1, 1, 2, 12, 255, 256, 300, -1};
 
@@ -96,6 +95,16 @@ Call Generator::run(Kind kind)
     return call;
 }
 
+// A short run beside `first`, so that the two touch, overlap or leave a gap.
+Call Generator::runNear(const Call &first)
+{
+    Call call = first;
+    const long long near = first.address + (below(24) - 12LL);
+    call.count = 1 + below(6);
+    call.address = static_cast<int>(std::clamp<long long>(near, -16, INT_MAX - call.count));
+    return call;
+}
+
 Call Generator::init()
 {
     static const std::vector<std::string> limits = {"8",  "8",  "8", "8",           "12",
@@ -117,8 +126,10 @@ Call Generator::merge()
 {
     Call call;
     call.kind = Kind::Merge;
+    const bool dense = chance(40);
+    const Call first = run(Kind::Merge);
     for (int i = below(chance(20) ? 16 : 5); i > 0; --i) {
-        Call entry = run(Kind::Merge);
+        Call entry = dense && chance(90) ? runNear(first) : run(Kind::Merge);
         // How many words less than no bits make is written in two ways that disagree.
         if (entry.area == TV_BIT && entry.address % 16 + static_cast<long long>(entry.count) < 0)
             entry.count = 1;
@@ -136,7 +147,7 @@ Call Generator::recipe()
     call.option = chance(5) ? -1 : 0; // a null list
     for (int i = call.option < 0 ? 0 : below(5); i > 0; --i) {
         Call entry = run(Kind::Recipe);
-        if (chance(1))
+        if (chance(4)) // near what a frame and a record hold
             entry.count = pick(std::vector<int>{250, 251, 252, 511, 512, 513, 600});
         if (entry.area == CV2) // words behind the 512th don't exist
             entry.count = std::min(entry.count, 512);
@@ -192,7 +203,7 @@ Call Generator::prepares()
     return call;
 }
 
-std::string Generator::addressText()
+std::string Generator::addressText(int area)
 {
     static const std::string characters = "0123456789012345678901234567890123456789.. -+a\t";
     static const std::vector<std::string> longOnes = {
@@ -202,7 +213,7 @@ std::string Generator::addressText()
         return pick(longOnes);
     if (chance(40))
         return std::to_string(std::max(0, pick(boundaries))) +
-               (chance(40) ? "." + std::to_string(below(18)) : "");
+               (chance(area == TV_BIT ? 90 : 10) ? "." + std::to_string(below(18)) : "");
     std::string text;
     for (int i = below(8); i > 0; --i)
         text += characters[random() % characters.size()];
@@ -226,10 +237,10 @@ Call Generator::editor()
         call.option = pick(std::vector<int>{1, 1, 1, 2, 3, 5, 16, 0, -1, -2, -3, INT_MAX, 1000});
     } else if (call.kind == Kind::CheckValidity) {
         call.option = chance(50) ? 0 : pick(std::vector<int>{1, -1, 5});
-        call.text = addressText();
+        call.text = addressText(call.area);
     } else if (call.kind == Kind::CheckAddr) {
         call.option = chance(50) ? -1 : below(11);
-        call.text = addressText();
+        call.text = addressText(call.area);
     } else {
         call.option = below(4) - 1;
     }
@@ -278,6 +289,41 @@ Call Generator::other()
 }
 
 std::vector<Call> Generator::session()
+{
+    return below(200) == 0 ? queueSession() : mixedSession();
+}
+
+// More requests than a queue holds, some of them twice, and all of them sent.
+std::vector<Call> Generator::queueSession()
+{
+    std::vector<Call> calls(3);
+    calls[0].kind = Kind::Init;
+    calls[0].text = "1#0#0#2#1";
+    calls[1].kind = Kind::Merge;
+    calls[1].list.push_back(run(Kind::Merge));
+    calls[1].list[0].area = M;
+    calls[1].list[0].address = 16;
+    calls[2] = run(chance(50) ? Kind::SetData : Kind::ReadOnce);
+    calls[2].area = calls[2].kind == Kind::SetData && chance(50) ? +M : +D;
+    calls[2].address = below(4);
+    calls[2].option = 1;
+    calls[2].count = 505 + below(12);
+    for (int i = 0; i < 3; ++i) {
+        Call more = calls[2];
+        more.address += below(600);
+        more.count = 1 + below(12);
+        more.salt += 4;
+        calls.push_back(more);
+    }
+    addExchanges(calls, 720);
+    for (Call &call : calls) { // a request given up would empty the queue at once
+        if (call.kind == Kind::Reply && chance(98))
+            call.option = static_cast<int>(ReplyKind::Right);
+    }
+    return calls;
+}
+
+std::vector<Call> Generator::mixedSession()
 {
     std::vector<Call> calls;
     if (chance(95)) // else: what the library does before it is configured

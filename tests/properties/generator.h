@@ -8,12 +8,12 @@
 #include <random>
 #include <vector>
 
-class Generator
-{
+class Generator {
 public:
     explicit Generator(std::uint64_t seed);
 
-    // A whole session of about a hundred calls, loading to unloading.
+    // A whole session of about a hundred calls, loading to unloading; one in two hundred fills a
+    // queue and empties it, in more than a thousand calls.
     std::vector<Call> session();
 
 private:
@@ -26,6 +26,7 @@ private:
     int address(int area);
     int count();
     Call run(Kind kind);
+    Call runNear(const Call &first);
 
     Call init();
     Call merge();
@@ -37,7 +38,9 @@ private:
     Call prepares();
     Call editor();
     Call other();
-    std::string addressText();
+    std::string addressText(int area);
+    std::vector<Call> mixedSession();
+    std::vector<Call> queueSession();
     void addExchanges(std::vector<Call> &calls, int number);
 
     std::mt19937_64 random;

@@ -5,10 +5,8 @@
 #include <map>
 #include <set>
 
-namespace model
-{
-namespace
-{
+namespace model {
+namespace {
 
 // Lowest start and highest element that the checks let pass.
 const std::map<std::string, std::pair<int, int>> ranges = {

@@ -6,8 +6,7 @@
 #include <string>
 #include <vector>
 
-namespace model
-{
+namespace model {
 
 // The number that `text` shows in decimal digits, blanks around and a sign in front allowed;
 // nothing when it is no number or leaves 32 bits.

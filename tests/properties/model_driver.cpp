@@ -4,10 +4,8 @@
 
 #include <algorithm>
 
-namespace model
-{
-namespace
-{
+namespace model {
+namespace {
 
 std::vector<std::string> splitAtHash(const std::string &text)
 {

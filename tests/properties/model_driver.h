@@ -16,8 +16,7 @@
 #include <tuple>
 #include <vector>
 
-namespace model
-{
+namespace model {
 
 using Bytes = std::array<unsigned char, 4>;
 

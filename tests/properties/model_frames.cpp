@@ -7,10 +7,8 @@
 #include <map>
 #include <tuple>
 
-namespace model
-{
-namespace
-{
+namespace model {
+namespace {
 
 std::string hex(long long value, int digits)
 {

@@ -3,8 +3,7 @@
 
 #include <string>
 
-namespace model
-{
+namespace model {
 
 // The target of a request. `data` holds the leading bytes; all bytes behind them are 0, and it
 // never ends in a zero byte (see trimmed), so that equal values compare equal.

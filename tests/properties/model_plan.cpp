@@ -5,10 +5,8 @@
 #include <map>
 #include <set>
 
-namespace model
-{
-namespace
-{
+namespace model {
+namespace {
 
 using Elements = std::set<long long>;
 

@@ -5,8 +5,7 @@
 
 #include <vector>
 
-namespace model
-{
+namespace model {
 
 // One address run handed in by the host.
 struct Run {

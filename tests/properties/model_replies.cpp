@@ -4,10 +4,8 @@
 
 #include <algorithm>
 
-namespace model
-{
-namespace
-{
+namespace model {
+namespace {
 
 // The 4-bit value of a character, whatever character it is; 0 behind the end.
 int nibble(const std::string &reply, int position)

@@ -1,12 +1,12 @@
 #include "tests/properties/session.h"
 
 #include "tests/properties/controller.h"
+#include "tests/properties/internal_state.h"
 #include "tests/properties/side.h"
 
 #include <algorithm>
 
-namespace
-{
+namespace {
 
 bool fails(const std::vector<Call> &calls)
 {
@@ -40,13 +40,16 @@ std::string firstDifference(const std::vector<Call> &calls)
     for (size_t i = 0; i < calls.size(); ++i) {
         const Call &call = calls[i];
         std::string reply;
+        const std::optional<model::Frame> &inFlight = reference.state().inFlight;
         if (call.kind == Kind::Reply)
-            reply = controller.reply(reference.inFlight(), call);
+            reply = controller.reply(inFlight ? inFlight->text : "", call);
         else if (call.kind == Kind::ControllerMoves)
             controller.move(call.salt);
         reference.perform(call, reply);
         real.perform(call, reply);
-        const std::string difference = real.difference(reference);
+        std::string difference = real.difference(reference);
+        if (difference.empty())
+            difference = internalDifference(reference.state());
         if (!difference.empty())
             return "at call " + std::to_string(i + 1) + ", " + printed(call) + ":\n  " + difference;
     }

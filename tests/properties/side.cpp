@@ -3,8 +3,7 @@
 #include <algorithm>
 #include <tuple>
 
-namespace
-{
+namespace {
 
 constexpr size_t RECIPE_BYTES = 2048;
 

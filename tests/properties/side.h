@@ -2,9 +2,15 @@
 // the same calls and note what they see in the same words.
 #pragma once
 
-#include "tests/driver/loaded_driver.h"
 #include "tests/properties/call.h"
 #include "tests/properties/model_driver.h"
+#ifdef KMR_LINKED_DRIVER
+#include "tests/properties/linked_driver.h"
+using RealDriver = LinkedDriver;
+#else
+#include "tests/driver/loaded_driver.h"
+using RealDriver = LoadedDriver;
+#endif
 
 #include <memory>
 #include <optional>
@@ -32,8 +38,7 @@ struct Note {
 bool operator==(const Outcome &a, const Outcome &b);
 bool operator==(const Note &a, const Note &b);
 
-class Side
-{
+class Side {
 public:
     Side();
     virtual ~Side() = default;
@@ -60,11 +65,12 @@ private:
     std::vector<Call> prepared; // calls that the callback is still to make, the next one last
 };
 
-class ModelSide : public Side
-{
+class ModelSide : public Side {
 public:
-    // The text of the frame in flight, "" when there is none.
-    std::string inFlight() const;
+    const model::Driver &state() const
+    {
+        return driver;
+    }
 
 protected:
     Outcome exported(const Call &call, const std::string &reply) override;
@@ -73,8 +79,7 @@ private:
     model::Driver driver;
 };
 
-class RealSide : public Side
-{
+class RealSide : public Side {
 public:
     RealSide();
     ~RealSide() override;
@@ -89,6 +94,6 @@ private:
     Outcome frameToSend(bool withOutput);
     Outcome editor(const Call &call);
 
-    LoadedDriver kmr; // loaded anew: the state of every session begins with the library's loading
+    RealDriver kmr; // loaded anew: every session begins with the library's loading
     QMutex mutex;
 };

@@ -3,8 +3,7 @@
 
 #include <algorithm>
 
-namespace
-{
+namespace {
 
 const std::string &areaOf(const Call &call)
 {
@@ -25,11 +24,6 @@ Outcome checked(const model::CheckedAddress &answer)
 }
 
 } // namespace
-
-std::string ModelSide::inFlight() const
-{
-    return driver.inFlight ? driver.inFlight->text : "";
-}
 
 Outcome ModelSide::exported(const Call &call, const std::string &reply)
 {

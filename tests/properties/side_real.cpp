@@ -2,8 +2,7 @@
 
 #include <algorithm>
 
-namespace
-{
+namespace {
 
 RealSide *active = nullptr; // the callback carries no pointer of the host's
 
