@@ -78,13 +78,13 @@ void appendHex(RequestText &text, qint64 value, int width)
 void appendDecimal(RequestText &text, qint32 value, int width)
 {
     qint64 rest = qAbs(qint64(value));
-    bool signIsOut = value < 0;
+    bool signLeft = value < 0;
     for (int position = width - 1; position >= 0; --position) {
-        const bool digitIsOut = rest > 0 || position == width - 1;
+        const bool digitLeft = rest > 0 || position == width - 1;
         char character = static_cast<char>('0' + rest % 10);
-        if (!digitIsOut && signIsOut) {
+        if (!digitLeft && signLeft) {
             character = '-';
-            signIsOut = false;
+            signLeft = false;
         }
         text.characters[text.length + position] = character;
         rest /= 10;
