@@ -11,6 +11,23 @@ bool hasKey(const _DATA_ &entry, qint32 station, const QString &area, qint32 ind
     return entry.index == index && entry.station == station && entry.area == area;
 }
 
+// Takes the name by reference: a copy for each element is counted up and down by locked
+// instructions.
+int findOrCreate(QList<_DATA_> &areas, qint32 station, const QString &area, qint32 index)
+{
+    const QList<_DATA_>::const_iterator end = areas.constEnd();
+    for (QList<_DATA_>::const_iterator entry = areas.constBegin(); entry != end; ++entry) {
+        if (hasKey(*entry, station, area, index))
+            return static_cast<int>(entry - areas.constBegin());
+    }
+    _DATA_ entry;
+    entry.station = station;
+    entry.area = area;
+    entry.index = index;
+    areas.append(entry);
+    return static_cast<int>(areas.size()) - 1;
+}
+
 bool watchesBit(qint32 bitMonitor, int bit)
 {
     return bit >= 0 && ((bitMonitor >> bit) & 1);
@@ -124,22 +141,12 @@ void queueWordWrites(qint32 station, const QString &area, qint32 first, qint32 c
 
 int getIndexOfDataArea(int station, QString area, int index, QList<_DATA_> &areas)
 {
-    const QList<_DATA_>::const_iterator end = areas.constEnd();
-    for (QList<_DATA_>::const_iterator entry = areas.constBegin(); entry != end; ++entry) {
-        if (hasKey(*entry, station, area, index))
-            return static_cast<int>(entry - areas.constBegin());
-    }
-    _DATA_ entry;
-    entry.station = station;
-    entry.area = area;
-    entry.index = index;
-    areas.append(entry);
-    return static_cast<int>(areas.size()) - 1;
+    return findOrCreate(areas, station, area, index);
 }
 
 int positionInStore(qint32 station, const QString &area, qint32 index)
 {
-    return getIndexOfDataArea(station, area, index, driver.dataAreas);
+    return findOrCreate(driver.dataAreas, station, area, index);
 }
 
 _DATA_ &dataArea(qint32 station, const QString &area, qint32 index)
