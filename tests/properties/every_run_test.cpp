@@ -42,7 +42,7 @@ constexpr int NEVER = 1 << 30;
 // What the controller holds: a word for each register, a bit for each input.
 int wordAt(int modbusAddress)
 {
-    return (modbusAddress * 40503 + 12345) & 0xFFFF;
+    return static_cast<int>((static_cast<unsigned>(modbusAddress) * 40503 + 12345) & 0xFFFF);
 }
 
 int bitAt(int modbusAddress)
