@@ -227,6 +227,12 @@ QByteArray Controller::answer(const QByteArray &line)
     return exchange.answer;
 }
 
+bool Controller::isAddressedBy(const QByteArray &line) const
+{
+    const modbus::DecodedLine decoded = modbus::decodeLine(line);
+    return decoded.fault == modbus::LineFault::None && byteAt(decoded.message, 0) == m_station;
+}
+
 void Controller::setObserver(Observer observer)
 {
     m_observer = std::move(observer);

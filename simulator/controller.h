@@ -30,6 +30,9 @@ public:
     // to a bad line, to another station's and to a broadcast (station "00"), which is obeyed.
     QByteArray answer(const QByteArray &line);
 
+    // True for a good line to this station alone.
+    bool isAddressedBy(const QByteArray &line) const;
+
     // `observer` is called at the end of each answer(), before the answer is handed out. An empty
     // one is never called.
     void setObserver(Observer observer);

@@ -6,6 +6,7 @@
 #include <array>
 #include <cerrno>
 #include <system_error>
+#include <utility>
 
 #include <fcntl.h>
 #include <stdlib.h>
@@ -43,18 +44,33 @@ bool isLeftBehind(const QFileInfo &path, const QString &devicePath)
 
 } // namespace
 
-PseudoTerminal::PseudoTerminal(Controller &controller) : m_controller(controller) {}
+PseudoTerminal::PseudoTerminal(Controller &controller, Faults *faults)
+    : m_controller(controller), m_faults(faults ? *faults : m_noFaults)
+{
+    m_reopening.setSingleShot(true);
+    QObject::connect(&m_reopening, &QTimer::timeout, &m_reopening, [this] { reopen(); });
+}
 
 PseudoTerminal::~PseudoTerminal()
 {
-    m_notifier.reset();
+    close();
+}
+
+void PseudoTerminal::close()
+{
+    m_waiting.reset();
+    if (m_notifier) {
+        m_notifier->setEnabled(false);
+        m_notifier.release()->deleteLater(); // it may be the one that called
+    }
     // Somebody may have put a link of their own there meanwhile.
     if (!m_linkPath.isEmpty() && QFileInfo(m_linkPath).symLinkTarget() == m_devicePath)
         QFile::remove(m_linkPath);
+    m_linkPath.clear();
     if (m_slave >= 0)
-        ::close(m_slave);
+        ::close(std::exchange(m_slave, -1));
     if (m_master >= 0)
-        ::close(m_master);
+        ::close(std::exchange(m_master, -1));
 }
 
 QString PseudoTerminal::open(const QString &linkPath)
@@ -74,6 +90,7 @@ QString PseudoTerminal::makeTerminal()
         return QString("cannot make a pseudo-terminal: %1; check that /dev/pts is mounted and has "
                        "terminals left")
             .arg(QString::fromStdString(std::generic_category().message(errno)));
+    m_waiting = std::make_unique<QObject>();
     m_notifier = std::make_unique<QSocketNotifier>(m_master, QSocketNotifier::Read);
     QObject::connect(m_notifier.get(), &QSocketNotifier::activated, m_notifier.get(),
                      [this] { receive(); });
@@ -108,11 +125,45 @@ void PseudoTerminal::receive()
         return; // nothing there after all
     const QByteArray bytes(buffer.data(), static_cast<int>(size));
     for (const QByteArray &line : m_collector.take(bytes)) {
-        const QByteArray answer = m_controller.answer(line);
-        // What nobody reads is lost when the terminal's buffer is full, as on a real line.
-        const ssize_t written =
-            ::write(m_master, answer.constData(), static_cast<std::size_t>(answer.size()));
-        Q_UNUSED(written)
+        const Plan plan = m_faults.answer(m_controller, line);
+        if (plan.closedFor) {
+            m_pathToReopen = m_linkPath;
+            close();
+            m_collector.clear();
+            m_reopening.start(*plan.closedFor);
+            return;
+        }
+        send(plan);
+    }
+}
+
+void PseudoTerminal::send(const Plan &plan)
+{
+    std::chrono::milliseconds time(0);
+    for (const Plan::Piece &piece : plan.pieces) {
+        time += piece.after;
+        if (time.count() == 0)
+            sendNow(piece.bytes);
+        else
+            QTimer::singleShot(time, Qt::PreciseTimer, m_waiting.get(),
+                               [this, bytes = piece.bytes] { sendNow(bytes); });
+    }
+}
+
+void PseudoTerminal::sendNow(const QByteArray &bytes)
+{
+    // What nobody reads is lost when the terminal's buffer is full, as on a real line.
+    const ssize_t written =
+        ::write(m_master, bytes.constData(), static_cast<std::size_t>(bytes.size()));
+    Q_UNUSED(written)
+}
+
+// Until it succeeds: the path may be taken meanwhile, and be given back.
+void PseudoTerminal::reopen()
+{
+    if (!open(m_pathToReopen).isEmpty()) {
+        close();
+        m_reopening.start(std::chrono::milliseconds(100));
     }
 }
 

@@ -3,19 +3,23 @@
 
 #include "modbus/ascii.h"
 #include "simulator/controller.h"
+#include "simulator/faults.h"
 
 #include <QSocketNotifier>
 #include <QString>
+#include <QTimer>
 
 #include <memory>
 
 namespace simulator {
 
 // Makes a pseudo-terminal of its own. Programs may open, close and open it again. Needs a running
-// Qt event loop. The controller must outlive it.
+// Qt event loop. The controller and the faults must outlive it.
 class PseudoTerminal {
 public:
-    explicit PseudoTerminal(Controller &controller);
+    // `faults`: those of the line, or null for none. A fault that closes the link makes the
+    // terminal vanish, with the link to it, and a new one takes its place.
+    explicit PseudoTerminal(Controller &controller, Faults *faults = nullptr);
     ~PseudoTerminal();
     PseudoTerminal(const PseudoTerminal &) = delete;
     PseudoTerminal &operator=(const PseudoTerminal &) = delete;
@@ -25,7 +29,8 @@ public:
     // empty text, or else what went wrong and what to do about it. To be called once.
     QString open(const QString &linkPath);
 
-    // The terminal itself: "/dev/pts/3"; empty before open().
+    // The terminal itself: "/dev/pts/3"; empty before open(), the last one while a fault keeps the
+    // link closed.
     const QString &devicePath() const
     {
         return m_devicePath;
@@ -34,15 +39,24 @@ public:
 private:
     QString makeTerminal();
     QString makeLink(const QString &linkPath);
+    void close();
     void receive();
+    void send(const Plan &plan);
+    void sendNow(const QByteArray &bytes);
+    void reopen();
 
     Controller &m_controller;
+    Faults m_noFaults;
+    Faults &m_faults;
     modbus::LineCollector m_collector;
     std::unique_ptr<QSocketNotifier> m_notifier;
+    std::unique_ptr<QObject> m_waiting; // whom timers of pieces to send belong to
+    QTimer m_reopening;                 // while a fault keeps the link closed
     QString m_devicePath;
-    QString m_linkPath; // empty while there is no link of ours
-    int m_master = -1;  // our end
-    int m_slave = -1;   // the programs' end, kept open so that their closing ends nothing
+    QString m_linkPath;     // empty while there is no link of ours
+    QString m_pathToReopen; // while a fault keeps the link closed
+    int m_master = -1;      // our end
+    int m_slave = -1;       // the programs' end, kept open so that their closing ends nothing
 };
 
 } // namespace simulator

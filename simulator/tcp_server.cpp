@@ -1,10 +1,6 @@
 #include "simulator/tcp_server.h"
 
-#include "modbus/ascii.h"
-
-#include <QHostAddress>
 #include <QHostInfo>
-#include <QTcpSocket>
 
 #include <memory>
 
@@ -24,8 +20,11 @@ QHostAddress addressOf(const QString &host)
 
 } // namespace
 
-TcpServer::TcpServer(Controller &controller) : m_controller(controller)
+TcpServer::TcpServer(Controller &controller, Faults *faults)
+    : m_controller(controller), m_faults(faults ? *faults : m_noFaults)
 {
+    m_reopening.setSingleShot(true);
+    QObject::connect(&m_reopening, &QTimer::timeout, &m_server, [this] { reopen(); });
     QObject::connect(&m_server, &QTcpServer::newConnection, &m_server, [this] { accept(); });
 }
 
@@ -50,12 +49,47 @@ void TcpServer::accept()
     while (QTcpSocket *client = m_server.nextPendingConnection()) {
         client->setSocketOption(QAbstractSocket::LowDelayOption, 1);
         const auto collector = std::make_shared<modbus::LineCollector>();
-        QObject::connect(client, &QTcpSocket::readyRead, client, [this, client, collector] {
-            for (const QByteArray &line : collector->take(client->readAll()))
-                client->write(m_controller.answer(line));
-        });
+        QObject::connect(client, &QTcpSocket::readyRead, client,
+                         [this, client, collector] { receive(client, *collector); });
         QObject::connect(client, &QTcpSocket::disconnected, client, &QObject::deleteLater);
     }
+}
+
+void TcpServer::receive(QTcpSocket *client, modbus::LineCollector &collector)
+{
+    for (const QByteArray &line : collector.take(client->readAll())) {
+        const Plan plan = m_faults.answer(m_controller, line);
+        if (plan.closedFor) {
+            closeFor(*plan.closedFor);
+            return;
+        }
+        std::chrono::milliseconds time(0);
+        for (const Plan::Piece &piece : plan.pieces) {
+            time += piece.after;
+            if (time.count() == 0)
+                client->write(piece.bytes);
+            else
+                QTimer::singleShot(time, Qt::PreciseTimer, client,
+                                   [client, bytes = piece.bytes] { client->write(bytes); });
+        }
+    }
+}
+
+void TcpServer::closeFor(std::chrono::milliseconds time)
+{
+    m_address = m_server.serverAddress();
+    m_port = m_server.serverPort();
+    m_server.close();
+    for (QTcpSocket *client : m_server.findChildren<QTcpSocket *>())
+        client->abort();
+    m_reopening.start(time);
+}
+
+// Until it succeeds: another program may have taken the port meanwhile, and may give it back.
+void TcpServer::reopen()
+{
+    if (!m_server.listen(m_address, m_port))
+        m_reopening.start(std::chrono::milliseconds(100));
 }
 
 } // namespace simulator

@@ -1,24 +1,30 @@
 // Serves the simulated controller over TCP.
 #pragma once
 
+#include "modbus/ascii.h"
 #include "simulator/controller.h"
+#include "simulator/faults.h"
 
+#include <QHostAddress>
 #include <QString>
 #include <QTcpServer>
+#include <QTcpSocket>
+#include <QTimer>
 
 namespace simulator {
 
 // Any number of clients talk to the same controller at the same time, each over a line of its own.
-// Needs a running Qt event loop. The controller must outlive the server.
+// Needs a running Qt event loop. The controller and the faults must outlive the server.
 class TcpServer {
 public:
-    explicit TcpServer(Controller &controller);
+    // `faults`: those of the line, or null for none.
+    explicit TcpServer(Controller &controller, Faults *faults = nullptr);
 
     // Starts to listen at `host` (an address or a name) and `port` (0 for any free one). Returns an
     // empty text, or else what went wrong and what to do about it.
     QString listen(const QString &host, quint16 port);
 
-    // The port that it listens on, 0 before listen().
+    // The port that it listens on, 0 before listen() and while a fault keeps the link closed.
     quint16 port() const
     {
         return m_server.serverPort();
@@ -26,9 +32,17 @@ public:
 
 private:
     void accept();
+    void receive(QTcpSocket *client, modbus::LineCollector &collector);
+    void closeFor(std::chrono::milliseconds time);
+    void reopen();
 
     Controller &m_controller;
+    Faults m_noFaults;
+    Faults &m_faults;
     QTcpServer m_server;
+    QTimer m_reopening;     // while a fault keeps the link closed
+    QHostAddress m_address; // where it listened before
+    quint16 m_port = 0;
 };
 
 } // namespace simulator

@@ -168,6 +168,32 @@ TEST_F(SerialLink, LosesAnswersThatNobodyReadsAndGoesOn)
     }
 }
 
+TEST_F(SerialLink, SendsPiecesLater)
+{
+    simulator::Faults faults({{simulator::FaultKind::Pieces, 1}});
+    PseudoTerminal faulty(controller, &faults);
+    ASSERT_EQ(faulty.open(link), QString());
+    Client client(link);
+    client.write(":010310000001EB\r\n");
+    EXPECT_EQ(client.receive(), ":0103020000FA\r\n");
+}
+
+TEST_F(SerialLink, VanishesAndComesBackAtTheSamePath)
+{
+    simulator::Faults faults({{simulator::FaultKind::Close, 1, 2}}); // every second request
+    PseudoTerminal faulty(controller, &faults);
+    ASSERT_EQ(faulty.open(link), QString());
+    {
+        const Client first(link);
+        first.write(":010310000001EB\r\n:010310000001EB\r\n");
+        ASSERT_TRUE(waitUntil([&] { return !QFileInfo(link).isSymLink(); }));
+    }
+    ASSERT_TRUE(waitUntil([&] { return QFileInfo(link).exists(); }));
+    Client second(link);
+    second.write(":010310000001EB\r\n");
+    EXPECT_EQ(second.receive(), ":0103020000FA\r\n");
+}
+
 TEST_F(SerialLink, IsLinkedToItsDevice)
 {
     EXPECT_EQ(terminal->devicePath(), QString());

@@ -122,6 +122,77 @@ TEST_F(TcpLink, ClosesItsConnectionsAtTheEnd)
     EXPECT_TRUE(waitUntil([&] { return client.state() == QTcpSocket::UnconnectedState; }));
 }
 
+// Servers with one fault on all requests.
+class FaultyTcpLink : public TcpLink {
+protected:
+    void spoil(const simulator::Fault &fault)
+    {
+        faults = simulator::Faults({fault});
+        ASSERT_EQ(faulty.listen(LOOPBACK, 0), QString());
+    }
+
+    std::unique_ptr<QTcpSocket> makeFaultyClient() const
+    {
+        auto client = std::make_unique<QTcpSocket>();
+        client->connectToHost(LOOPBACK, faulty.port());
+        EXPECT_TRUE(waitUntil([&] { return client->state() == QTcpSocket::ConnectedState; }));
+        return client;
+    }
+
+    simulator::Faults faults;
+    simulator::TcpServer faulty{controller, &faults};
+};
+
+TEST_F(FaultyTcpLink, SendsPiecesLater)
+{
+    spoil({simulator::FaultKind::Pieces, 1});
+    const auto client = makeFaultyClient();
+    int arrivals = 0;
+    QObject::connect(client.get(), &QTcpSocket::readyRead, client.get(), [&] { ++arrivals; });
+    client->write(":010310000001EB\r\n");
+    EXPECT_EQ(receive(*client), ":0103020000FA\r\n");
+    EXPECT_GE(arrivals, 1);
+}
+
+TEST_F(FaultyTcpLink, DropsAPieceWhoseClientHasLeft)
+{
+    spoil({simulator::FaultKind::Late, 20});
+    auto leaving = makeFaultyClient();
+    leaving->write(":010310000001EB\r\n");
+    ASSERT_TRUE(waitUntil([&] { return leaving->bytesToWrite() == 0; }));
+    leaving.reset();
+    const auto client = makeFaultyClient();
+    client->write(":010310010001EA\r\n");
+    EXPECT_EQ(receive(*client), ":0103020000FA\r\n");
+}
+
+TEST_F(FaultyTcpLink, ClosesAndComesBackAtTheSamePort)
+{
+    spoil({simulator::FaultKind::Close, 1, 2}); // every second request
+    const quint16 port = faulty.port();
+    const auto client = makeFaultyClient();
+    client->write(":010310000001EB\r\n:010310000001EB\r\n:010310000001EB\r\n");
+    ASSERT_TRUE(waitUntil([&] { return client->state() == QTcpSocket::UnconnectedState; }));
+    ASSERT_TRUE(waitUntil([&] { return faulty.port() == port; }));
+    const auto again = makeFaultyClient();
+    again->write(":010310000001EB\r\n");
+    EXPECT_EQ(receive(*again), ":0103020000FA\r\n");
+}
+
+TEST_F(FaultyTcpLink, ComesBackWhenItsPortIsFreeAgain)
+{
+    spoil({simulator::FaultKind::Close, 1, 2});
+    const quint16 port = faulty.port();
+    const auto client = makeFaultyClient();
+    auto squatter = std::make_unique<QTcpServer>();
+    QObject::connect(client.get(), &QTcpSocket::disconnected, squatter.get(),
+                     [&] { squatter->listen(QHostAddress(LOOPBACK), port); });
+    client->write(":010310000001EB\r\n:010310000001EB\r\n");
+    ASSERT_TRUE(waitUntil([&] { return client->state() == QTcpSocket::UnconnectedState; }));
+    squatter.reset();
+    EXPECT_TRUE(waitUntil([&] { return faulty.port() == port; }));
+}
+
 TEST(TcpServer, HasNoPortBeforeItListens)
 {
     simulator::Controller controller("01");

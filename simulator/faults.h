@@ -1,0 +1,101 @@
+// What goes wrong on the simulated controller's line: faults that are drawn anew for each request
+// to it, and the plan of what its link sends when.
+//
+//   typed as         what happens
+//   deaf             the request does not reach the controller
+//   close=500ms      the link closes instead of an answer and comes back after that time
+//   silence          the request is obeyed, but no answer comes
+//   exception=4      the request is not obeyed but refused with that exception
+//   station          the answer carries another station's number
+//   long             in place of the answer comes a line longer than any frame
+//   no-lf            the answer's LF is missing
+//   noise            1 to 20 characters precede the answer's ':'
+//   echo             the request precedes all that comes
+//   lose             one to three characters are lost
+//   double           one to three characters come twice
+//   flip             one character has its lowest bit flipped
+//   late=1500ms      all comes so much later
+//   pieces=20ms      all comes in two to five pieces with that pause between them
+//
+// Faults that hit the same request act in this order, the one that is typed later behind another of
+// its kind. Of the faults that damage characters (lose, double, flip) only the first one acts:
+// two could make another valid answer, which nobody could tell from a true one.
+#pragma once
+
+#include "simulator/controller.h"
+
+#include <QByteArray>
+#include <QString>
+
+#include <chrono>
+#include <cstdint>
+#include <optional>
+#include <random>
+#include <vector>
+
+namespace simulator {
+
+enum class FaultKind { // in the order in which they act
+    Deaf,
+    Close,
+    Silence,
+    Exception,
+    Station,
+    Long,
+    NoLineFeed,
+    Noise,
+    Echo,
+    Lose,
+    Double,
+    Flip,
+    Late,
+    Pieces
+};
+
+struct Fault {
+    FaultKind kind = FaultKind::Silence;
+    int value = 0;          // Close, Late, Pieces: milliseconds, 0 or more; Exception: 1 to 255
+    int every = 1;          // hits every so many-th request, 1 or more,
+    double probability = 1; // and of these this share, 0 to 1
+};
+
+// Reads a fault as typed: KIND[=VALUE][,every=N][,probability=P]. Returns nothing for a bad one and
+// sets `error` to what is wrong and what is expected.
+std::optional<Fault> parseFault(const QString &text, QString &error);
+
+// The table above in lines for a person, each indented by two blanks.
+QString faultHelp();
+
+// What a link does about one request.
+struct Plan {
+    struct Piece {
+        std::chrono::milliseconds after; // the piece before, or the request
+        QByteArray bytes;                // never empty
+    };
+
+    std::vector<Piece> pieces;                          // in their order
+    std::optional<std::chrono::milliseconds> closedFor; // the link closes at once, for that time
+};
+
+// The faults of a line. Has no clock and no link: the same faults, seed and requests always give
+// the same plans.
+class Faults {
+public:
+    explicit Faults(std::vector<Fault> faults = {}, std::uint64_t seed = 0);
+
+    // Has `controller` answer the line as far as the faults let it. Lines that are not meant for
+    // the controller alone (bad ones, another station's, broadcasts) meet no fault.
+    Plan answer(Controller &controller, const QByteArray &line);
+
+private:
+    std::vector<Fault> draw();
+    void spoil(const Fault &fault, const QByteArray &request, QByteArray &bytes);
+    std::vector<Plan::Piece> cut(const QByteArray &bytes, std::chrono::milliseconds pause);
+    int random(int low, int high);
+
+    std::vector<Fault> m_faults; // in the order of their kinds
+    std::mt19937_64 m_random;
+    std::uint64_t m_requests = 0;
+};
+
+} // namespace simulator

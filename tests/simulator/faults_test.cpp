@@ -1,0 +1,320 @@
+#include "simulator/faults.h"
+
+#include <gtest/gtest.h>
+
+#include <string>
+
+namespace {
+
+using namespace std::chrono_literals;
+using simulator::Fault;
+using simulator::FaultKind;
+using simulator::Faults;
+using simulator::Plan;
+
+const QByteArray READ = ":010310000001EB\r\n";        // register 1000
+const QByteArray ANSWER = ":0103021234B4\r\n";        // it holds 1234
+const QByteArray WRITE = ":01101000000102BEEF2F\r\n"; // BEEF into the same
+
+Fault fault(const QString &text)
+{
+    QString error;
+    const auto parsed = simulator::parseFault(text, error);
+    EXPECT_TRUE(parsed) << error.toStdString();
+    return parsed.value_or(Fault());
+}
+
+std::string errorOf(const QString &text)
+{
+    QString error;
+    EXPECT_FALSE(simulator::parseFault(text, error));
+    return error.section('\n', 0, 0).toStdString();
+}
+
+std::string bytesOf(const Plan &plan)
+{
+    QByteArray bytes;
+    for (const Plan::Piece &piece : plan.pieces)
+        bytes += piece.bytes;
+    return bytes.toStdString();
+}
+
+class FaultyLine : public testing::Test {
+protected:
+    FaultyLine()
+    {
+        controller.memory().setValue(0x1000, 0x1234);
+    }
+
+    // The plan for one request on a line with these faults.
+    Plan plan(const QStringList &texts, const QByteArray &request = READ, std::uint64_t seed = 1)
+    {
+        std::vector<Fault> list;
+        for (const QString &text : texts)
+            list.push_back(fault(text));
+        return Faults(list, seed).answer(controller, request);
+    }
+
+    std::uint32_t value() const
+    {
+        return controller.memory().value(0x1000);
+    }
+
+    simulator::Controller controller{"01"};
+};
+
+TEST_F(FaultyLine, AnswersAtOnceWithoutFaults)
+{
+    const Plan answered = plan({});
+    ASSERT_EQ(answered.pieces.size(), 1U);
+    EXPECT_EQ(answered.pieces[0].after, 0ms);
+    EXPECT_EQ(answered.pieces[0].bytes, ANSWER);
+    EXPECT_FALSE(answered.closedFor);
+}
+
+TEST_F(FaultyLine, DeafControllerNeitherObeysNorAnswers)
+{
+    EXPECT_TRUE(plan({"deaf"}, WRITE).pieces.empty());
+    EXPECT_EQ(value(), 0x1234U);
+}
+
+TEST_F(FaultyLine, SilentControllerObeysButAnswersNothing)
+{
+    EXPECT_TRUE(plan({"silence"}, WRITE).pieces.empty());
+    EXPECT_EQ(value(), 0xBEEFU);
+}
+
+TEST_F(FaultyLine, ExceptionRefusesAndDoesNotObey)
+{
+    EXPECT_EQ(bytesOf(plan({"exception=6"}, WRITE)), ":01900669\r\n");
+    EXPECT_EQ(bytesOf(plan({"exception"})), ":01830478\r\n");
+    EXPECT_EQ(value(), 0x1234U);
+}
+
+TEST_F(FaultyLine, ClosedLinkObeysButAnswersNothing)
+{
+    const Plan closed = plan({"close=70ms", "echo"}, WRITE);
+    EXPECT_EQ(closed.closedFor, 70ms);
+    EXPECT_TRUE(closed.pieces.empty());
+    EXPECT_EQ(value(), 0xBEEFU);
+}
+
+TEST_F(FaultyLine, OtherStationsAnswerIsWholeButForItsStation)
+{
+    EXPECT_EQ(bytesOf(plan({"station"})), ":0203021234B3\r\n");
+}
+
+TEST_F(FaultyLine, LongLineIsLongerThanAnyFrame)
+{
+    EXPECT_EQ(bytesOf(plan({"long"})), ":" + std::string(2048, '0') + "\r\n");
+}
+
+TEST_F(FaultyLine, LineFeedIsMissing)
+{
+    EXPECT_EQ(bytesOf(plan({"no-lf"})), ":0103021234B4\r");
+}
+
+TEST_F(FaultyLine, NoiseStandsBeforeTheStartAndHasNone)
+{
+    const std::string sent = bytesOf(plan({"noise"}));
+    EXPECT_GT(sent.size(), 15U);
+    EXPECT_LE(sent.size(), 35U);
+    EXPECT_EQ(sent.substr(sent.find(':')), ":0103021234B4\r\n");
+}
+
+TEST_F(FaultyLine, EchoStandsInFrontAlsoOfSilence)
+{
+    EXPECT_EQ(bytesOf(plan({"echo"})), ":010310000001EB\r\n:0103021234B4\r\n");
+    EXPECT_EQ(bytesOf(plan({"echo", "deaf"})), ":010310000001EB\r\n");
+}
+
+TEST_F(FaultyLine, LosesOneToThreeCharacters)
+{
+    for (std::uint64_t seed = 0; seed < 100; ++seed) {
+        const std::string sent = bytesOf(plan({"lose"}, READ, seed));
+        EXPECT_GE(sent.size(), 12U);
+        EXPECT_LE(sent.size(), 14U);
+    }
+}
+
+TEST_F(FaultyLine, DoublesOneToThreeCharacters)
+{
+    for (std::uint64_t seed = 0; seed < 100; ++seed) {
+        const std::string sent = bytesOf(plan({"double"}, READ, seed));
+        EXPECT_GE(sent.size(), 16U);
+        EXPECT_LE(sent.size(), 18U);
+    }
+}
+
+TEST_F(FaultyLine, FlipsTheLowestBitOfOneCharacter)
+{
+    for (std::uint64_t seed = 0; seed < 100; ++seed) {
+        const std::string sent = bytesOf(plan({"flip"}, READ, seed));
+        ASSERT_EQ(sent.size(), 15U);
+        int flipped = 0;
+        for (std::size_t i = 0; i < sent.size(); ++i)
+            flipped += sent[i] != ANSWER[static_cast<int>(i)] ? 1 : 0;
+        EXPECT_EQ(flipped, 1);
+    }
+}
+
+TEST_F(FaultyLine, DamageNeverMeetsDamage)
+{
+    // A flipped bit changes no length.
+    EXPECT_EQ(bytesOf(plan({"flip", "flip", "flip"})).size(), 15U);
+    EXPECT_LT(bytesOf(plan({"lose", "double"})).size(), 15U);
+}
+
+TEST_F(FaultyLine, LateAnswerIsWholeAndLate)
+{
+    const Plan late = plan({"late=800ms"});
+    ASSERT_EQ(late.pieces.size(), 1U);
+    EXPECT_EQ(late.pieces[0].after, 800ms);
+    EXPECT_EQ(late.pieces[0].bytes, ANSWER);
+}
+
+TEST_F(FaultyLine, PiecesFollowOneAnotherAfterPauses)
+{
+    for (std::uint64_t seed = 0; seed < 100; ++seed) {
+        const Plan cut = plan({"pieces=7ms", "late=30ms"}, READ, seed);
+        ASSERT_GE(cut.pieces.size(), 2U);
+        ASSERT_LE(cut.pieces.size(), 5U);
+        EXPECT_EQ(cut.pieces.front().after, 30ms);
+        EXPECT_EQ(cut.pieces.back().after, 7ms);
+        EXPECT_FALSE(cut.pieces.front().bytes.isEmpty());
+        EXPECT_EQ(bytesOf(cut), ANSWER.toStdString());
+    }
+}
+
+TEST_F(FaultyLine, FaultsActInTheirOwnOrderHoweverTheyAreTyped)
+{
+    const std::string sent = bytesOf(plan({"echo", "no-lf", "station"}));
+    EXPECT_EQ(sent, ":010310000001EB\r\n:0203021234B3\r");
+}
+
+TEST_F(FaultyLine, CountHitsEverySoManyThRequest)
+{
+    Faults faults({fault("silence,every=3")}, 1);
+    std::string heard;
+    for (int i = 0; i < 9; ++i)
+        heard += faults.answer(controller, READ).pieces.empty() ? '-' : '+';
+    EXPECT_EQ(heard, "++-++-++-");
+}
+
+TEST_F(FaultyLine, ProbabilityHitsThatShareOfRequests)
+{
+    Faults faults({fault("silence,probability=0.25")}, 1);
+    int silent = 0;
+    for (int i = 0; i < 10000; ++i)
+        silent += faults.answer(controller, READ).pieces.empty() ? 1 : 0;
+    EXPECT_NEAR(silent, 2500, 150);
+}
+
+TEST_F(FaultyLine, ProbabilityNoughtNeverHits)
+{
+    Faults faults({fault("silence,probability=0")}, 1);
+    for (int i = 0; i < 1000; ++i)
+        ASSERT_FALSE(faults.answer(controller, READ).pieces.empty());
+}
+
+TEST_F(FaultyLine, LinesThatAreNotForItAloneMeetNoFaultAndDoNotCount)
+{
+    Faults faults({fault("exception,every=2")}, 1);
+    faults.answer(controller, READ);
+    EXPECT_TRUE(faults.answer(controller, ":020310000001EA\r\n").pieces.empty()); // station 02
+    EXPECT_TRUE(faults.answer(controller, ":010310000001FF\r\n").pieces.empty()); // wrong LRC
+    EXPECT_TRUE(faults.answer(controller, ":00101000000102BEEF30\r\n").pieces.empty());
+    EXPECT_EQ(value(), 0xBEEFU); // by the broadcast
+    EXPECT_EQ(bytesOf(faults.answer(controller, READ)), ":01830478\r\n");
+}
+
+// All that a line with every kind of fault sends about 300 requests.
+std::string sentWithSeed(std::uint64_t seed)
+{
+    simulator::Controller controller("01");
+    std::vector<Fault> list;
+    for (const char *kind : {"deaf", "close", "silence", "exception", "station", "long", "no-lf",
+                             "noise", "echo", "lose", "double", "flip", "late", "pieces"})
+        list.push_back(fault(QString(kind) + ",probability=0.2"));
+    Faults faults(list, seed);
+    std::string sent;
+    for (int i = 0; i < 300; ++i) {
+        const Plan plan = faults.answer(controller, READ);
+        for (const Plan::Piece &piece : plan.pieces)
+            sent += std::to_string(piece.after.count()) + piece.bytes.toStdString();
+        sent += plan.closedFor ? "closed" : "open";
+    }
+    return sent;
+}
+
+TEST(Faults, SameSeedGivesTheSameFaultsAndAnotherSeedOthers)
+{
+    EXPECT_EQ(sentWithSeed(7), sentWithSeed(7));
+    EXPECT_NE(sentWithSeed(7), sentWithSeed(8));
+}
+
+TEST(ParseFault, ReadsKindValueAndChoice)
+{
+    const Fault late = fault("late=800ms,every=50");
+    EXPECT_EQ(late.kind, FaultKind::Late);
+    EXPECT_EQ(late.value, 800);
+    EXPECT_EQ(late.every, 50);
+    EXPECT_EQ(late.probability, 1);
+    const Fault flip = fault("flip,probability=0.02");
+    EXPECT_EQ(flip.kind, FaultKind::Flip);
+    EXPECT_EQ(flip.every, 1);
+    EXPECT_EQ(flip.probability, 0.02);
+}
+
+TEST(ParseFault, TakesUsualValuesWhereNoneIsTyped)
+{
+    EXPECT_EQ(fault("late").value, 1500);
+    EXPECT_EQ(fault("pieces").value, 20);
+    EXPECT_EQ(fault("close").value, 500);
+    EXPECT_EQ(fault("exception").value, 4);
+}
+
+TEST(ParseFault, NamesAnUnknownKindAndListsAll)
+{
+    EXPECT_EQ(errorOf("slow"), "bad fault \"slow\": there is no kind \"slow\", only deaf, close, "
+                               "silence, exception, station, long, no-lf, noise, echo, lose, "
+                               "double, flip, late, pieces");
+    EXPECT_EQ(errorOf("").substr(0, 34), "bad fault \"\": there is no kind \"\",");
+}
+
+TEST(ParseFault, NamesABadValue)
+{
+    const std::string time = ": expected a time of 0ms to 600000ms, for example ";
+    EXPECT_EQ(errorOf("late=8"), "bad fault \"late=8\": late=8" + time + "late=1500ms");
+    EXPECT_EQ(errorOf("close=-1ms"), "bad fault \"close=-1ms\": close=-1ms" + time + "close=500ms");
+    EXPECT_EQ(errorOf("pieces=600001ms,every=2"),
+              "bad fault \"pieces=600001ms,every=2\": pieces=600001ms" + time + "pieces=20ms");
+    EXPECT_EQ(errorOf("exception=256"),
+              "bad fault \"exception=256\": exception=256: expected its code, 1 to 255");
+    EXPECT_EQ(errorOf("exception=0"),
+              "bad fault \"exception=0\": exception=0: expected its code, 1 to 255");
+    EXPECT_EQ(errorOf("flip=1"), "bad fault \"flip=1\": flip takes no value");
+}
+
+TEST(ParseFault, NamesABadChoice)
+{
+    EXPECT_EQ(errorOf("flip,every=0"),
+              "bad fault \"flip,every=0\": every=0: expected a whole number from 1 on");
+    EXPECT_EQ(errorOf("flip,probability=1.5"), "bad fault \"flip,probability=1.5\": "
+                                               "probability=1.5: expected 0 to 1, for example "
+                                               "0.02");
+    EXPECT_EQ(errorOf("flip,often"), "bad fault \"flip,often\": \"often\": behind the kind only "
+                                     "every=N and probability=P are known");
+    EXPECT_EQ(errorOf("flip,every=2,probability=nan").substr(0, 60),
+              "bad fault \"flip,every=2,probability=nan\": probability=nan: e");
+}
+
+TEST(FaultHelp, ShowsEachKindWithItsUsualValue)
+{
+    const QString help = simulator::faultHelp();
+    EXPECT_EQ(help.count('\n'), 14);
+    EXPECT_TRUE(help.contains("  late=1500ms    all comes so much later\n"));
+    EXPECT_TRUE(help.contains("  exception=4    refused with that exception, not obeyed\n"));
+}
+
+} // namespace
