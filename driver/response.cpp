@@ -195,7 +195,7 @@ void finishOneShotRead()
         reportToHost(-1, -1, QLatin1String("-1"), failed ? -1 : 0);
     if (failed)
         driver.pendingReads.clear();
-    else
+    else if (!driver.pendingReads.isEmpty()) // a callback that configures the driver empties it
         driver.pendingReads.removeFirst();
 }
 

@@ -99,6 +99,13 @@ qint32 configureAnew(qint32, qint32 station, QString, qint32)
     return 0;
 }
 
+// Configures the driver anew and leaves its lists empty.
+qint32 emptyLists(qint32, qint32, QString, qint32)
+{
+    intf_initProperty(nullptr, nullptr, nullptr, nullptr, "1#0#0#3#8", nullptr);
+    return 0;
+}
+
 } // namespace
 
 TEST_F(BusyCallback, WordsOfAReplyAreStored)
@@ -307,4 +314,24 @@ TEST_F(BusyCallback, WrittenBitIsMirroredUnderItsKeyWhenTheStoreWasEmptied)
     intf_setData(1, "M", 0, 1, &bit, 0);
     EXPECT_EQ(writtenValueOf("M", 0), Bytes({0x01, 0, 0, 0}));
     EXPECT_EQ(writtenValueOf("TV", 0), Bytes({0, 0, 0, 0}));
+}
+
+TEST_F(BusyCallback, WordOfAReplyIsStoredAnewWhenTheStoreIsEmpty)
+{
+    driver.dataAreas << watchedWord("D", 100);
+    intf_setAddrValueChangeCallBack(emptyLists);
+    readInFlight("D", 100, 1);
+    EXPECT_EQ(answer(":010302334483\r\n"), 1);
+    ASSERT_EQ(driver.dataAreas.size(), 1);
+    EXPECT_EQ(readValueOf("D", 100), Bytes({0x44, 0x33, 0, 0}));
+}
+
+TEST_F(BusyCallback, OneShotReadMayEndWithTheQueueEmptied)
+{
+    driver.pendingReads << variable("D", 100, 1);
+    driver.lastVar = driver.pendingReads.at(0);
+    driver.sendState = 3;
+    intf_setAddrValueChangeCallBack(emptyLists);
+    dealListWhenFinish();
+    EXPECT_EQ(driver.pendingReads.size(), 0);
 }
