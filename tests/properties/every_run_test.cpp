@@ -81,8 +81,7 @@ class EveryRun : public FlowTest {
         for (const Exchange &exchange : exchanges) {
             const std::string digits = exchange.request;
             ASSERT_EQ(nextFrame(), ":" + digits + model::lrc(digits));
-            QByteArray reply("\x3A"
-                             "01xx00");
+            QByteArray reply(":01xx00");
             reply[3] = digits[2];
             reply[4] = digits[3];
             reply.append(exchange.data.c_str());

@@ -37,10 +37,12 @@ private:
     Call reply();
     Call prepares();
     Call editor();
+    Call hostAsks();
     Call other();
     std::string addressText(int area);
     std::vector<Call> mixedSession();
     std::vector<Call> queueSession();
+    void addTransfer(std::vector<Call> &calls);
     void addExchanges(std::vector<Call> &calls, int number);
 
     std::mt19937_64 random;
