@@ -29,7 +29,7 @@ struct CheckRow {
 
 std::ostream &operator<<(std::ostream &out, const CheckRow &row)
 {
-    return out << row.area << " \"" << row.text << "\" x " << row.count;
+    return out << row.name;
 }
 
 class CheckedAddress : public testing::TestWithParam<CheckRow> {};

@@ -30,6 +30,11 @@ struct CatalogueRow {
     Texts texts;
 };
 
+std::ostream &operator<<(std::ostream &out, const CatalogueRow &row)
+{
+    return out << row.area;
+}
+
 class Catalogue : public testing::TestWithParam<CatalogueRow> {};
 
 TEST_P(Catalogue, DescribesTheAreaInFiveTexts)
@@ -108,6 +113,11 @@ struct SeriesRow {
     Texts texts;
     Numbers numbers;
 };
+
+std::ostream &operator<<(std::ostream &out, const SeriesRow &row)
+{
+    return out << row.name;
+}
 
 class Series : public testing::TestWithParam<SeriesRow> {};
 

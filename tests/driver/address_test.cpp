@@ -154,6 +154,11 @@ struct WordDotBit {
     int value;
 };
 
+std::ostream &operator<<(std::ostream &out, const WordDotBit &row)
+{
+    return out << row.name;
+}
+
 class WordDotBitAccepted : public testing::TestWithParam<WordDotBit> {};
 
 TEST_P(WordDotBitAccepted, GivesWordTimesSixteenPlusBit)
