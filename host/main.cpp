@@ -3,6 +3,7 @@
 #include "host/commands/connection.h"
 #include "host/commands/stop.h"
 #include "host/tag.h"
+#include "simulator/faults.h"
 
 #include <CLI/CLI.hpp>
 #include <QCoreApplication>
@@ -32,6 +33,8 @@ struct CommandLine {
     double seconds = 0;
     bool verify = false;
     bool animate = false;
+    std::vector<std::string> faults;
+    std::uint64_t seed = 0;
 };
 
 const char *const TAG_HELP =
@@ -212,13 +215,23 @@ void addSim(CLI::App &app, CommandLine &line, Command &chosen)
                         "tcp://127.0.0.1:8888)");
     command->add_option("--pty", line.pty, "make a pseudo-terminal, and this path a link to it");
     command->add_flag("--animate", line.animate, "let X0 to X7, CV2200 and D0 move");
+    command
+        ->add_option("--fault", line.faults,
+                     "what goes wrong, KIND[=VALUE][,every=N][,probability=P]; may be repeated")
+        ->allow_extra_args(false);
+    command->add_option("--seed", line.seed, "the same seed repeats the same faults")
+        ->capture_default_str();
     command->footer(
         "Prints 'ready' and the link to use when it serves. SIGTERM or Ctrl-C ends it.\n\n"
-        "Examples:\n  kmr sim --animate\n  kmr sim --pty /tmp/controller --station 12");
+        "A fault hits every request, or every Nth, or each with the probability P. Kinds, with\n"
+        "their usual values:\n" +
+        simulator::faultHelp().toStdString() +
+        "\nExamples:\n  kmr sim --animate\n  kmr sim --pty /tmp/controller --station 12\n"
+        "  kmr sim --fault late=1500ms,every=50 --fault flip,probability=0.02 --seed 7");
     command->callback([&line, &chosen] {
         chosen = [&line](const kmr::Options &options) {
-            return kmr::runSim(options,
-                               {toQString(line.listen), toQString(line.pty), line.animate});
+            return kmr::runSim(options, {toQString(line.listen), toQString(line.pty), line.animate,
+                                         toQStrings(line.faults), line.seed});
         };
     });
 }

@@ -9,6 +9,7 @@
 #include <QStringList>
 
 #include <chrono>
+#include <cstdint>
 #include <optional>
 
 namespace kmr {
@@ -51,6 +52,8 @@ struct SimOptions {
     QString listen; // "tcp://127.0.0.1:8888", port 0 for any free one; empty: no TCP
     QString pty;    // path for a link to a pseudo-terminal; empty: none
     bool animate = false;
+    QStringList faults;     // as simulator::parseFault() takes them
+    std::uint64_t seed = 0; // of the faults
 };
 
 // Runs a simulated controller of the options' station until SIGTERM or Ctrl-C.

@@ -3,6 +3,7 @@
 #include "host/commands/stop.h"
 #include "simulator/animation.h"
 #include "simulator/controller.h"
+#include "simulator/faults.h"
 #include "simulator/pseudo_terminal.h"
 #include "simulator/tcp_server.h"
 
@@ -11,6 +12,9 @@
 #include <QSocketNotifier>
 #include <QTimer>
 #include <QUrl>
+
+#include <utility>
+#include <vector>
 
 namespace kmr {
 
@@ -37,6 +41,19 @@ QUrl parseListen(const QString &text)
     return url;
 }
 
+simulator::Faults parseFaults(const SimOptions &sim)
+{
+    std::vector<simulator::Fault> faults;
+    for (const QString &text : sim.faults) {
+        QString error;
+        const auto fault = simulator::parseFault(text, error);
+        if (!fault)
+            throw Error(ExitCode::Usage, error);
+        faults.push_back(*fault);
+    }
+    return simulator::Faults(std::move(faults), sim.seed);
+}
+
 } // namespace
 
 ExitCode runSim(const Options &options, const SimOptions &sim)
@@ -44,8 +61,9 @@ ExitCode runSim(const Options &options, const SimOptions &sim)
     const QString listen =
         sim.listen.isEmpty() && sim.pty.isEmpty() ? QString("tcp://127.0.0.1:8888") : sim.listen;
     simulator::Controller controller(QByteArray::number(options.station).rightJustified(2, '0'));
-    simulator::TcpServer server(controller);
-    simulator::PseudoTerminal terminal(controller);
+    simulator::Faults faults = parseFaults(sim);
+    simulator::TcpServer server(controller, &faults);
+    simulator::PseudoTerminal terminal(controller, &faults);
     QStringList ready;
     if (!listen.isEmpty()) {
         const QUrl url = parseListen(listen);

@@ -445,6 +445,26 @@ TEST(Sim, GoesByItsStationsDigits)
     EXPECT_EQ(run({"read", "18#D0", "--timeout", "20", "--link", simulator.link()}).exitCode, 4);
 }
 
+TEST(Sim, FaultsHitTheRequestsThatTheyAreTypedFor)
+{
+    Simulator simulator({"--listen", "tcp://127.0.0.1:0", "--fault", "exception=6,every=2",
+                         "--fault", "echo,every=3", "--seed", "7"});
+    const QStringList read = {"read", "D0", "--retries", "0", "--link", simulator.link()};
+    EXPECT_EQ(run(read).out, "D0 0\n");
+    const Finished refused = run(read);
+    EXPECT_EQ(refused.exitCode, 5);
+    EXPECT_TRUE(refused.err.contains("exception 06")) << refused.err.toStdString();
+    EXPECT_EQ(run(read + QStringList{"--echo", "off"}).exitCode, 4);
+}
+
+TEST(Sim, NamesABadFault)
+{
+    const Finished bad = run({"sim", "--fault", "late=soon"});
+    EXPECT_EQ(bad.exitCode, 2);
+    EXPECT_TRUE(bad.err.contains("bad fault \"late=soon\": late=soon: expected a time"));
+    EXPECT_TRUE(bad.err.contains("kinds: deaf, close, silence"));
+}
+
 TEST(Sim, AnimatesWhatAWatcherSees)
 {
     Simulator simulator({"--listen", "tcp://127.0.0.1:0", "--animate"});
