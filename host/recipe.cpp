@@ -138,7 +138,7 @@ QString formatRecipe(const std::vector<RecipeItem> &items)
 {
     QString text = QString(HEADING) + '\n';
     for (const RecipeItem &item : items)
-        text += item.tag.text + ',' + formatValues(item.values) + '\n';
+        text += item.tag.text + ',' + formatValues(item.tag, item.values) + '\n';
     return text;
 }
 

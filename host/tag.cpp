@@ -30,10 +30,60 @@ bool startsLikeNumber(const QString &text)
     return !text.isEmpty() && (text[0].isDigit() || text[0] == '-' || text[0] == '+');
 }
 
+// The areas that `name` may mean, the longest first.
+QStringList areasThatBegin(const QString &name, const QStringList &areas)
+{
+    QStringList candidates;
+    for (const QString &area : areas) {
+        if (name.startsWith(area) && startsLikeNumber(name.mid(area.size())))
+            candidates.append(area);
+    }
+    std::sort(candidates.begin(), candidates.end(),
+              [](const QString &a, const QString &b) { return a.size() > b.size(); });
+    return candidates;
+}
+
+ValueType readType(const QString &text, const QString &name)
+{
+    const std::optional<ValueType> type = valueTypeOf(name);
+    if (!type)
+        throw badTag(
+            text, QString("\"%1\" is no type, expected %2").arg(name, valueTypeNames().join(", ")));
+    return *type;
+}
+
+void checkType(const Tag &tag)
+{
+    const ValueType type = tag.type;
+    if (type == ValueType::Plain)
+        return;
+    if (tag.kind == ElementKind::Bit || tag.kind == ElementKind::WordBit)
+        throw badTag(tag.text, "bits have no type");
+    if (tag.kind == ElementKind::Counter) {
+        if (type == ValueType::Int16 || type == ValueType::UInt16 || type == ValueType::Text)
+            throw badTag(tag.text, "a counter has 32 bits: expected int32, uint32, float32, hex or "
+                                   "bcd");
+        return;
+    }
+    if (!is32Bit(type))
+        return;
+    if (tag.count % 2 != 0)
+        throw badTag(
+            tag.text,
+            QString("values of 32 bits take two words each, but %1 are named").arg(tag.count));
+    for (int first = tag.elements.first; first < tag.elements.end(); first += 2) {
+        if (nextBorder(tag.elements.area, first) == first + 1)
+            throw badTag(tag.text,
+                         QString("the two words of the value at %1 can't be read together, since "
+                                 "the controller keeps the second one elsewhere")
+                             .arg(elementName(tag.elements.area, first)));
+    }
+}
+
 } // namespace
 
-TagReader::TagReader(const DriverFunctions &driver, int station)
-    : m_driver(driver), m_station(station)
+TagReader::TagReader(const DriverFunctions &driver, int station, WordOrder wordOrder)
+    : m_driver(driver), m_station(station), m_wordOrder(wordOrder)
 {
     m_driver.getRegListByType(0, m_areas);
     m_driver.getRegListByType(1, m_areas);
@@ -41,43 +91,67 @@ TagReader::TagReader(const DriverFunctions &driver, int station)
 
 Tag TagReader::read(const QString &text) const
 {
-    static const QRegularExpression PARTS("^(?:([0-9]{1,9})#)?([^#\\s]+?)(?:x([0-9]{1,9}))?$");
+    static const QRegularExpression PARTS("^(?:([0-9]{1,9})#)?([^#/\\s]+?)"
+                                          "(?:\\.\\.([0-9.]+)|x([0-9]{1,9}))?(?:/([^/\\s]*))?$");
     const QRegularExpressionMatch match = PARTS.match(text);
     if (!match.hasMatch())
-        throw badTag(text, "a tag is [STATION#]AREA ADDRESS[xCOUNT] written together, for example "
-                           "D100, 2#M0x16, TV5.3");
+        throw badTag(text, "a tag is [STATION#]AREA ADDRESS[..END | xCOUNT][/TYPE] written "
+                           "together, for example D100, 2#M0x16, TV5.3, D100..107, D100/float32");
 
     Tag tag;
     tag.text = text;
+    tag.wordOrder = m_wordOrder;
     const QString station = match.captured(1);
     tag.elements.station = station.isEmpty() ? m_station : station.toInt();
     if (tag.elements.station < MIN_STATION || tag.elements.station > MAX_STATION)
         throw badTag(text, "a station is 1 to 99, two decimal digits travel on the line");
-    const QString count = match.captured(3);
-    tag.count = count.isEmpty() ? 1 : count.toInt();
-    if (tag.count < 1 || tag.count > MAX_COUNT)
+    if (match.capturedStart(5) >= 0)
+        tag.type = readType(text, match.captured(5));
+    Extent extent;
+    extent.end = match.captured(3);
+    if (match.capturedStart(4) >= 0)
+        extent.count = match.captured(4).toInt();
+    if (extent.count && (*extent.count < 1 || *extent.count > MAX_COUNT))
         throw badTag(text, QString("a count is 1 to %1").arg(MAX_COUNT));
 
     const QString name = match.captured(2);
-    QStringList candidates;
-    for (const QString &area : m_areas) {
-        if (name.startsWith(area) && startsLikeNumber(name.mid(area.size())))
-            candidates.append(area);
-    }
+    const QStringList candidates = areasThatBegin(name, m_areas);
     if (candidates.isEmpty())
         throw badTag(text, QString("expected an area in capitals (%1) and a number behind it")
                                .arg(m_areas.join(", ")));
-    std::sort(candidates.begin(), candidates.end(),
-              [](const QString &a, const QString &b) { return a.size() > b.size(); });
-    for (const QString &area : candidates) {
-        if (readAddress(area, name.mid(area.size()), tag.count, tag))
-            return tag;
-    }
-
     QStringList reasons;
-    for (const QString &area : candidates)
-        reasons.append(whyInvalid(area, name.mid(area.size()), tag.count));
+    for (const QString &area : candidates) {
+        extent.address = name.mid(area.size());
+        const int count = countOf(area, extent, tag.type);
+        if (count < 1) {
+            reasons.append(QString("\"%1\" is no address in %2 at or behind %3")
+                               .arg(extent.end, area, extent.address));
+        } else if (readAddress(area, extent.address, count, tag)) {
+            checkType(tag);
+            return tag;
+        } else {
+            reasons.append(whyInvalid(area, extent.address, count));
+        }
+    }
     throw badTag(text, reasons.join("; "));
+}
+
+// 0 where the end is no address or lies before the beginning.
+int TagReader::countOf(const QString &area, const Extent &extent, ValueType type) const
+{
+    if (extent.count)
+        return *extent.count;
+    if (extent.end.isEmpty())
+        return is32Bit(type) && !isBitArea(area) && !isCounterArea(area) ? 2 : 1;
+    const bool isWordBit = area == "TV" && extent.address.contains('.');
+    const QString checked = isWordBit ? QString(WORD_BIT_AREA) : area;
+    int first = 0;
+    int last = 0;
+    if (check(checked, extent.end, 1, last) != VALID)
+        return 0;
+    if (check(checked, extent.address, 1, first) != VALID)
+        return 1; // the address is what is wrong
+    return fromDriverAddress(checked, last) - fromDriverAddress(checked, first) + 1;
 }
 
 int TagReader::check(const QString &area, const QString &address, int count, int &number) const
@@ -108,6 +182,7 @@ bool TagReader::readAddress(const QString &area, const QString &address, int cou
         tag.elements.first = fromDriverAddress(area, number);
         tag.elements.count = count;
     }
+    tag.count = count;
 
     QStringList description; // mask, lowest, highest, word area, writable
     m_driver.getRegDiscription(area, description);

@@ -1,13 +1,19 @@
-// What a person types to name elements of the controller: [STATION#]AREA ADDRESS[xCOUNT], written
-// together, for example D100, X17, 2#M0x16, TV5.3.
+// What a person types to name elements of the controller:
+//
+//     [STATION#]AREA ADDRESS[..END | xCOUNT][/TYPE]
+//
+// written together, for example D100, X0..17, 2#M0x16, TV5.3, D100/float32, D200x8/text. END and
+// COUNT both count elements, whatever the type: D100x4/float32 are two values in four words.
 #pragma once
 
 #include "host/driver_library.h"
 #include "host/run.h"
+#include "host/value_type.h"
 
 #include <QString>
 
 #include <cstdint>
+#include <optional>
 #include <vector>
 
 namespace kmr {
@@ -25,14 +31,17 @@ struct Tag {
     bool isWritable = true;
     Run elements;     // for WordBit the words that hold the bits
     int firstBit = 0; // WordBit: the first one's bit in the first word, 0 to 15
-    int count = 1;    // values
+    int count = 1;    // elements or bits of words
+    ValueType type = ValueType::Plain;
+    WordOrder wordOrder = WordOrder::LowFirst; // of 32-bit types in words
 };
 
 // Reads tags with the help of the driver, which alone decides what a valid address is.
 class TagReader {
 public:
     // `station`: for tags that name none, 1 to 99. `driver` must outlive the reader.
-    TagReader(const DriverFunctions &driver, int station);
+    TagReader(const DriverFunctions &driver, int station,
+              WordOrder wordOrder = WordOrder::LowFirst);
 
     // Throws Error (Usage) that says what is wrong with the tag. Where an address fits two areas,
     // the longer name counts: CV2200 is the counter CV2 200, CV21 the word CV 21, since CV2 begins
@@ -46,12 +55,20 @@ public:
     }
 
 private:
+    struct Extent { // what stands behind the area
+        QString address;
+        QString end;              // empty where there is none
+        std::optional<int> count; // where it is given
+    };
+
     int check(const QString &area, const QString &address, int count, int &number) const;
+    int countOf(const QString &area, const Extent &extent, ValueType type) const;
     bool readAddress(const QString &area, const QString &address, int count, Tag &tag) const;
     QString whyInvalid(const QString &area, const QString &address, int count) const;
 
     const DriverFunctions &m_driver;
     const int m_station;
+    const WordOrder m_wordOrder;
     QStringList m_areas;
 };
 

@@ -3,7 +3,9 @@
 #include "host/error.h"
 
 #include <QRegularExpression>
-#include <QStringList>
+
+#include <charconv>
+#include <cstring>
 
 namespace kmr {
 
@@ -14,61 +16,261 @@ struct Limits {
     qint64 highest;
 };
 
-Limits limitsOf(ElementKind kind)
+Limits limitsOf(const Tag &tag)
 {
-    switch (kind) {
-    case ElementKind::Word:
-        return {-0x8000, 0xFFFF};
-    case ElementKind::Counter:
-        return {-0x80000000LL, 0xFFFFFFFFLL};
-    case ElementKind::Bit:
-    case ElementKind::WordBit:
+    const bool isCounter = tag.kind == ElementKind::Counter;
+    switch (tag.type) {
+    case ValueType::Int16:
+        return {-0x8000, 0x7FFF};
+    case ValueType::UInt16:
+        return {0, 0xFFFF};
+    case ValueType::Int32:
+        return {-0x80000000LL, 0x7FFFFFFF};
+    case ValueType::UInt32:
+        return {0, 0xFFFFFFFFLL};
+    case ValueType::Hex:
+        return {0, isCounter ? 0xFFFFFFFFLL : 0xFFFF};
+    case ValueType::Bcd:
+        return {0, isCounter ? 99999999 : 9999};
+    case ValueType::Plain:
+    case ValueType::Float32:
+    case ValueType::Text:
         break;
     }
-    return {0, 1};
+    if (isCounter)
+        return {-0x80000000LL, 0xFFFFFFFFLL};
+    return tag.kind == ElementKind::Word ? Limits{-0x8000, 0xFFFF} : Limits{0, 1};
 }
 
+int elementsPerValue(const Tag &tag)
+{
+    if (tag.type == ValueType::Text)
+        return tag.count;
+    return is32Bit(tag.type) && tag.kind == ElementKind::Word ? 2 : 1;
+}
+
+Error badValue(const Tag &tag, const QString &text, const QString &expected)
+{
+    return Error(ExitCode::Usage,
+                 QString("bad value \"%1\" for %2: expected %3").arg(text, tag.text, expected));
+}
+
+std::uint32_t toBcd(qint64 value)
+{
+    std::uint32_t digits = 0;
+    for (int shift = 0; value > 0; shift += 4, value /= 10)
+        digits |= static_cast<std::uint32_t>(value % 10) << shift;
+    return digits;
+}
+
+std::uint32_t floatBits(const Tag &tag, const QString &text)
+{
+    bool isNumber = false;
+    const float value = text.toFloat(&isNumber);
+    if (!isNumber)
+        throw badValue(tag, text, "a number from -3.4e38 to 3.4e38, for example 21.5");
+    std::uint32_t bits = 0;
+    std::memcpy(&bits, &value, sizeof bits);
+    return bits;
+}
+
+// The bits of one value, 32 at most.
 std::uint32_t parseValue(const Tag &tag, const QString &text)
 {
-    const Limits limits = limitsOf(tag.kind);
+    if (tag.type == ValueType::Float32)
+        return floatBits(tag, text);
+    const Limits limits = limitsOf(tag);
     const bool isHex = text.startsWith("0x", Qt::CaseInsensitive);
     bool isNumber = false;
-    const qint64 value = text.toLongLong(&isNumber, isHex ? 16 : 10);
-    if (!isNumber || value < limits.lowest || value > limits.highest) {
-        throw Error(ExitCode::Usage, QString("bad value \"%1\" for %2: expected %3 to %4")
-                                         .arg(text, tag.text)
-                                         .arg(limits.lowest)
-                                         .arg(limits.highest));
+    const bool isBcd = tag.type == ValueType::Bcd;
+    const qint64 value = text.toLongLong(&isNumber, isHex && !isBcd ? 16 : 10);
+    if (!isNumber || value < limits.lowest || value > limits.highest)
+        throw badValue(tag, text, QString("%1 to %2").arg(limits.lowest).arg(limits.highest));
+    return isBcd ? toBcd(value) : static_cast<std::uint32_t>(value);
+}
+
+void appendElements(const Tag &tag, std::uint32_t bits, Values &values)
+{
+    if (tag.kind != ElementKind::Word) {
+        values.push_back(bits);
+    } else if (elementsPerValue(tag) == 1) {
+        values.push_back(bits & 0xFFFF);
+    } else {
+        const bool isLowFirst = tag.wordOrder == WordOrder::LowFirst;
+        values.push_back(isLowFirst ? bits & 0xFFFF : bits >> 16);
+        values.push_back(isLowFirst ? bits >> 16 : bits & 0xFFFF);
     }
-    const std::uint32_t bits = static_cast<std::uint32_t>(value);
-    return tag.kind == ElementKind::Word ? bits & 0xFFFF : bits;
+}
+
+QByteArray unescape(const Tag &tag, const QString &text)
+{
+    static const QRegularExpression ESCAPE("\\\\(?:x([0-9A-Fa-f]{2})|(.?))");
+    QByteArray bytes;
+    for (int i = 0; i < text.size(); ++i) {
+        if (text[i] != '\\') {
+            if (text[i].unicode() > 0xFF)
+                throw badValue(tag, text, "characters of Latin-1 only");
+            bytes.append(static_cast<char>(text[i].unicode()));
+            continue;
+        }
+        const QRegularExpressionMatch match = ESCAPE.match(text, i);
+        if (match.capturedLength(1) != 2 && match.captured(2) != "\\")
+            throw badValue(tag, text, "\\xNN or \\\\ behind a backslash");
+        bytes.append(match.capturedLength(1) == 2
+                         ? static_cast<char>(match.captured(1).toInt(nullptr, 16))
+                         : '\\');
+        i += static_cast<int>(match.capturedLength()) - 1;
+    }
+    return bytes;
+}
+
+Values parseText(const Tag &tag, const QString &text)
+{
+    QByteArray bytes = unescape(tag, text);
+    if (bytes.size() > 2 * tag.count)
+        throw badValue(tag, text, QString("%1 characters at most").arg(2 * tag.count));
+    bytes.append(2 * tag.count - static_cast<int>(bytes.size()), '\0');
+    Values values;
+    for (int i = 0; i < tag.count; ++i)
+        values.push_back(static_cast<quint8>(bytes[2 * i]) |
+                         static_cast<std::uint32_t>(static_cast<quint8>(bytes[2 * i + 1])) << 8);
+    return values;
+}
+
+// Up to the zeroes at the end.
+QString textOf(const Values &values)
+{
+    QByteArray bytes;
+    for (const std::uint32_t value : values) {
+        bytes.append(static_cast<char>(value & 0xFF));
+        bytes.append(static_cast<char>(value >> 8));
+    }
+    while (bytes.endsWith('\0'))
+        bytes.chop(1);
+    QString text;
+    for (const char byte : bytes) {
+        const unsigned code = static_cast<quint8>(byte);
+        if (code == '\\')
+            text += "\\\\";
+        else if (code < 0x20 || (code >= 0x7F && code < 0xA0))
+            text += QString("\\x%1").arg(code, 2, 16, QChar('0'));
+        else
+            text += QChar(code);
+    }
+    return text;
+}
+
+float toFloat(std::uint32_t bits)
+{
+    float value = 0;
+    std::memcpy(&value, &bits, sizeof value);
+    return value;
+}
+
+// As few digits as tell it from its neighbours.
+QString floatText(float value)
+{
+    char text[32];
+    const std::to_chars_result result = std::to_chars(text, text + sizeof text, value);
+    return QString::fromLatin1(text, static_cast<int>(result.ptr - text));
+}
+
+QString hexText(std::uint32_t bits, bool isCounter)
+{
+    return "0x" + QString::number(bits, 16).toUpper().rightJustified(isCounter ? 8 : 4, '0');
+}
+
+// Digits that are no decimal ones make a hexadecimal number of it.
+Value bcdValue(std::uint32_t bits, bool isCounter)
+{
+    bool isNumber = false;
+    const qint64 value = QString::number(bits, 16).toLongLong(&isNumber, 10);
+    if (isNumber)
+        return std::int64_t{value};
+    return hexText(bits, isCounter);
+}
+
+Value valueOf(const Tag &tag, std::uint32_t bits)
+{
+    const bool isCounter = tag.kind == ElementKind::Counter;
+    switch (tag.type) {
+    case ValueType::Int16:
+        return std::int64_t{static_cast<std::int16_t>(bits)};
+    case ValueType::Int32:
+        return std::int64_t{static_cast<std::int32_t>(bits)};
+    case ValueType::Float32:
+        return double{toFloat(bits)};
+    case ValueType::Hex:
+        return hexText(bits, isCounter);
+    case ValueType::Bcd:
+        return bcdValue(bits, isCounter);
+    case ValueType::Plain:
+    case ValueType::UInt16:
+    case ValueType::UInt32:
+    case ValueType::Text:
+        break;
+    }
+    return std::int64_t{bits};
+}
+
+QString textOf(const Value &value)
+{
+    if (const auto *number = std::get_if<std::int64_t>(&value))
+        return QString::number(*number);
+    if (const auto *number = std::get_if<double>(&value))
+        return floatText(static_cast<float>(*number));
+    return std::get<QString>(value);
 }
 
 } // namespace
 
 Values parseValues(const Tag &tag, const QString &text)
 {
+    if (tag.type == ValueType::Text)
+        return parseText(tag, text);
     static const QRegularExpression SEPARATORS("[,\\s]+");
     const QStringList texts = text.split(SEPARATORS, Qt::SkipEmptyParts);
-    if (texts.size() != tag.count) {
+    const int count = tag.count / elementsPerValue(tag);
+    if (texts.size() != count) {
         throw Error(ExitCode::Usage, QString("%1: expected %2 %3, got %4")
                                          .arg(tag.text)
-                                         .arg(tag.count)
-                                         .arg(tag.count == 1 ? "value" : "values")
+                                         .arg(count)
+                                         .arg(count == 1 ? "value" : "values")
                                          .arg(texts.size()));
     }
     Values values;
     for (const QString &one : texts)
-        values.push_back(parseValue(tag, one));
+        appendElements(tag, parseValue(tag, one), values);
     return values;
 }
 
-QString formatValues(const Values &values)
+std::vector<Value> interpret(const Tag &tag, const Values &values)
+{
+    if (tag.type == ValueType::Text)
+        return {textOf(values)};
+    const std::size_t step = static_cast<std::size_t>(elementsPerValue(tag));
+    std::vector<Value> result;
+    for (std::size_t i = 0; i + step <= values.size(); i += step) {
+        std::uint32_t bits = values[i];
+        if (step == 2)
+            bits = tag.wordOrder == WordOrder::LowFirst ? values[i + 1] << 16 | values[i]
+                                                        : values[i] << 16 | values[i + 1];
+        result.push_back(valueOf(tag, bits));
+    }
+    return result;
+}
+
+QStringList valueTexts(const Tag &tag, const Values &values)
 {
     QStringList texts;
-    for (const std::uint32_t value : values)
-        texts.append(QString::number(value));
-    return texts.join(' ');
+    for (const Value &value : interpret(tag, values))
+        texts.append(textOf(value));
+    return texts;
+}
+
+QString formatValues(const Tag &tag, const Values &values)
+{
+    return valueTexts(tag, values).join(' ');
 }
 
 } // namespace kmr

@@ -1,23 +1,36 @@
-// Values as text: one number for each element of a tag, separated by blanks or commas.
+// Values: as the driver has them, as a person types and sees them, and as programs take them.
 #pragma once
 
 #include "host/tag.h"
 
 #include <QString>
+#include <QStringList>
 
 #include <cstdint>
+#include <variant>
 #include <vector>
 
 namespace kmr {
 
+// One for each element of a tag, or for each bit of a word: what the controller holds.
 using Values = std::vector<std::uint32_t>;
 
-// Reads a tag's values: 0 or 1 for bits, -32768 to 65535 for words and -2147483648 to 4294967295
-// for counters, in decimal or as 0x and hexadecimal digits. Throws Error (Usage) where one is none
-// of these or their number is not the tag's.
+// Reads a tag's values, separated by blanks or commas: decimal numbers, or 0x and hexadecimal
+// digits for the bits as they are. Without a type 0 or 1 for bits, -32768 to 65535 for words and
+// -2147483648 to 4294967295 for counters. A text is taken as it is, padded with zeroes; \xNN stands
+// for any character, \\ for a backslash. Throws Error (Usage) where a value is out of the type's
+// range or their number is not the tag's.
 Values parseValues(const Tag &tag, const QString &text);
 
-// The values in decimal, without sign, separated by blanks.
-QString formatValues(const Values &values);
+// One value as its type has it. Digits that are no decimal ones in a bcd value, and texts, are
+// text.
+using Value = std::variant<std::int64_t, double, QString>;
+
+// The values that a tag's elements hold. `values` has one for each element.
+std::vector<Value> interpret(const Tag &tag, const Values &values);
+
+// The same as text for a person, and separated by blanks.
+QStringList valueTexts(const Tag &tag, const Values &values);
+QString formatValues(const Tag &tag, const Values &values);
 
 } // namespace kmr

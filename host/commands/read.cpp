@@ -15,7 +15,7 @@ ExitCode runRead(const Options &options, const QStringList &texts)
         const RequestResult &result = readings[i].result;
         codes.add(exitCodeOf(result));
         if (result.isDone())
-            print(tags[i].text + ' ' + formatValues(readings[i].values));
+            print(tags[i].text + ' ' + formatValues(tags[i], readings[i].values));
         else
             printError(QString("%1: %2").arg(tags[i].text, toText(result)));
     }

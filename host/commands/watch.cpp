@@ -73,7 +73,7 @@ private:
         Values values = m_session.values(tag);
         if (values == m_shown[index])
             return;
-        print(QString("%1 %2 %3").arg(now(), tag.text, formatValues(values)));
+        print(QString("%1 %2 %3").arg(now(), tag.text, formatValues(tag, values)));
         m_shown[index] = std::move(values);
         ++m_lines;
     }

@@ -104,10 +104,10 @@ ExitCode verifyAll(Session &session, const std::vector<Assignment> &assignments)
         } else if (reading.values != assignments[i].values) {
             codes.add(ExitCode::Unknown);
             printError(QString("%1: wrote %2, read back %3")
-                           .arg(tags[i].text, formatValues(assignments[i].values),
-                                formatValues(reading.values)));
+                           .arg(tags[i].text, formatValues(tags[i], assignments[i].values),
+                                formatValues(tags[i], reading.values)));
         } else {
-            print(QString("%1 %2 verified").arg(tags[i].text, formatValues(reading.values)));
+            print(QString("%1 %2 verified").arg(tags[i].text, formatValues(tags[i], reading.values)));
         }
     }
     return codes.total();
@@ -138,7 +138,7 @@ ExitCode runWrite(const Options &options, const QStringList &texts, bool verify)
         confirmed.push_back(assignment);
         if (!verify)
             print(QString("%1 %2 confirmed")
-                      .arg(assignment.tag.text, formatValues(assignment.values)));
+                      .arg(assignment.tag.text, formatValues(assignment.tag, assignment.values)));
     }
     if (verify && !confirmed.empty())
         codes.add(verifyAll(session, confirmed));

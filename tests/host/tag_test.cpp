@@ -164,3 +164,38 @@ TEST(Tag, StationIsTheReadersWhereNoneIsNamed)
     EXPECT_EQ(TagReader(library(), 12).read("D1").elements.station, 12);
     EXPECT_EQ(TagReader(library(), 12).read("3#D1").elements.station, 3);
 }
+
+TEST(Tag, EndIsNamedAsThePanelShowsIt)
+{
+    EXPECT_EQ(elements("D100..107"), (Elements{1, "D", 100, 8}));
+    EXPECT_EQ(elements("X0..17"), (Elements{1, "X", 0, 16}));
+    EXPECT_EQ(elements("3#CV2200..210"), (Elements{3, "CV2", 200, 11}));
+    EXPECT_EQ(tag("TV5.14..6.1").count, 4);
+    EXPECT_TRUE(names(faultOf("D107..100"), "\"100\" is no address in D at or behind 107"));
+    EXPECT_FALSE(faultOf("X0..18").empty());
+    EXPECT_FALSE(faultOf("D0..12000").empty());
+    EXPECT_FALSE(faultOf("D0..7x8").empty());
+}
+
+TEST(Tag, TypeOfThirtyTwoBitsTakesTwoWordsOrOneCounter)
+{
+    EXPECT_EQ(elements("D100/float32"), (Elements{1, "D", 100, 2}));
+    EXPECT_EQ(elements("D100x4/int32"), (Elements{1, "D", 100, 4}));
+    EXPECT_EQ(elements("CV2200/int32"), (Elements{1, "CV2", 200, 1}));
+    EXPECT_TRUE(names(faultOf("D100x3/int32"), "two words each, but 3 are named"));
+}
+
+TEST(Tag, TypesThatDoNotFitAreRefused)
+{
+    EXPECT_TRUE(names(faultOf("D1/double"), "\"double\" is no type"));
+    EXPECT_FALSE(faultOf("D1/").empty());
+    EXPECT_TRUE(names(faultOf("M0/hex"), "bits have no type"));
+    EXPECT_TRUE(names(faultOf("TV5.3/hex"), "bits have no type"));
+    EXPECT_TRUE(names(faultOf("CV2200/int16"), "a counter has 32 bits"));
+}
+
+TEST(Tag, ValueOfThirtyTwoBitsMayNotLieAcrossABorder)
+{
+    EXPECT_EQ(faultOf("D4094/float32"), "");
+    EXPECT_TRUE(names(faultOf("D4095/float32"), "the value at D4095"));
+}

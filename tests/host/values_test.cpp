@@ -49,5 +49,62 @@ TEST(Values, NumberMustBeTheTagsCount)
 
 TEST(Values, AreShownInDecimal)
 {
-    EXPECT_EQ(formatValues({1, 65535, 4294967295}), "1 65535 4294967295");
+    EXPECT_EQ(formatValues(tag("D0x2"), {1, 65535}), "1 65535");
+    EXPECT_EQ(formatValues(tag("CV2200"), {4294967295}), "4294967295");
+}
+
+TEST(TypedValues, OfThirtyTwoBitsLieLowWordFirst)
+{
+    EXPECT_EQ(parseValues(tag("D0x4/int32"), "-2 65536"), (Values{0xFFFE, 0xFFFF, 0, 1}));
+    EXPECT_EQ(formatValues(tag("D0x4/int32"), {0xFFFE, 0xFFFF, 0, 1}), "-2 65536");
+    EXPECT_EQ(parseValues(tag("D0/float32"), "21.5"), (Values{0, 0x41AC}));
+    EXPECT_EQ(formatValues(tag("D0/uint32"), {0xFFFF, 0xFFFF}), "4294967295");
+}
+
+TEST(TypedValues, WordOrderTurnsThemRound)
+{
+    const Tag high = TagReader(library(), 1, WordOrder::HighFirst).read("D0/float32");
+    EXPECT_EQ(parseValues(high, "21.5"), (Values{0x41AC, 0}));
+    EXPECT_EQ(formatValues(high, {0x41AC, 0}), "21.5");
+}
+
+TEST(TypedValues, OfACounterTakeItsThirtyTwoBits)
+{
+    EXPECT_EQ(formatValues(tag("CV2200/int32"), {0xFFFFFFFF}), "-1");
+    EXPECT_EQ(formatValues(tag("CV2200/hex"), {0x1234A}), "0x0001234A");
+    EXPECT_EQ(parseValues(tag("CV2200/bcd"), "12345678"), (Values{0x12345678}));
+}
+
+TEST(TypedValues, OfWordsAreShownByTheirType)
+{
+    EXPECT_EQ(formatValues(tag("D0/int16"), {0xFFFF}), "-1");
+    EXPECT_EQ(formatValues(tag("D0/uint16"), {0xFFFF}), "65535");
+    EXPECT_EQ(formatValues(tag("D0x2/hex"), {0xAB, 0xFFFF}), "0x00AB 0xFFFF");
+    EXPECT_EQ(formatValues(tag("D0/bcd"), {0x1234}), "1234");
+    EXPECT_EQ(formatValues(tag("D0/bcd"), {0x12A4}), "0x12A4"); // no decimal digits
+}
+
+TEST(TypedValues, TextHasItsFirstCharacterInTheLowByte)
+{
+    EXPECT_EQ(parseValues(tag("D0x3/text"), "ABC"), (Values{0x4241, 0x0043, 0}));
+    EXPECT_EQ(formatValues(tag("D0x3/text"), {0x4241, 0x0043, 0}), "ABC");
+    EXPECT_EQ(formatValues(tag("D0x2/text"), {0x5C0A, 0x41}), "\\x0a\\\\A");
+    EXPECT_EQ(parseValues(tag("D0x2/text"), "\\x0a\\\\A"), (Values{0x5C0A, 0x41}));
+}
+
+TEST(TypedValues, RangeIsTheTypes)
+{
+    const auto isRefused = [](const char *text, const char *value) {
+        EXPECT_THROW(parseValues(tag(text), value), Error) << text << ' ' << value;
+    };
+    isRefused("D0/int16", "32768");
+    isRefused("D0/uint16", "-1");
+    isRefused("D0/int32", "2147483648");
+    isRefused("D0/uint32", "4294967296");
+    isRefused("D0/float32", "1e39");
+    isRefused("D0/bcd", "10000");
+    isRefused("D0/hex", "0x10000");
+    isRefused("D0x2/text", "ABCDE");
+    isRefused("D0x2/text", "\\y");
+    isRefused("D0x4/float32", "1 2 3 4");
 }
