@@ -80,9 +80,8 @@ void appendDecimal(RequestText &text, qint32 value, int width)
     qint64 rest = qAbs(qint64(value));
     bool signLeft = value < 0;
     for (int position = width - 1; position >= 0; --position) {
-        const bool digitLeft = rest > 0 || position == width - 1;
         char character = static_cast<char>('0' + rest % 10);
-        if (!digitLeft && signLeft) {
+        if (rest == 0 && signLeft) {
             character = '-';
             signLeft = false;
         }

@@ -1,0 +1,26 @@
+# What cmake --install puts where (GNUInstallDirs): the library, the one header, kmr, and what CMake
+# and pkg-config need to find them. Components: runtime, dev, kmr.
+include(CMakePackageConfigHelpers)
+
+set(package_dir ${CMAKE_INSTALL_LIBDIR}/cmake/OstrelKmr)
+
+install(TARGETS ostrel_kmr ostrel_kmr_header EXPORT OstrelKmrTargets
+    LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR} COMPONENT runtime NAMELINK_COMPONENT dev
+    INCLUDES DESTINATION ${CMAKE_INSTALL_INCLUDEDIR})
+install(FILES driver/ostrel_kmr.h DESTINATION ${CMAKE_INSTALL_INCLUDEDIR} COMPONENT dev)
+install(TARGETS kmr RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR} COMPONENT kmr)
+
+install(EXPORT OstrelKmrTargets NAMESPACE OstrelKmr:: DESTINATION ${package_dir} COMPONENT dev)
+configure_package_config_file(cmake/OstrelKmrConfig.cmake.in OstrelKmrConfig.cmake
+    INSTALL_DESTINATION ${package_dir})
+write_basic_package_version_file(OstrelKmrConfigVersion.cmake COMPATIBILITY SameMajorVersion)
+install(FILES
+    ${CMAKE_CURRENT_BINARY_DIR}/OstrelKmrConfig.cmake
+    ${CMAKE_CURRENT_BINARY_DIR}/OstrelKmrConfigVersion.cmake
+    DESTINATION ${package_dir} COMPONENT dev)
+
+# Relative to the file itself, so that an installed tree can be moved.
+file(RELATIVE_PATH pc_to_prefix /${CMAKE_INSTALL_LIBDIR}/pkgconfig /)
+configure_file(cmake/ostrel-kmr.pc.in ostrel-kmr.pc @ONLY)
+install(FILES ${CMAKE_CURRENT_BINARY_DIR}/ostrel-kmr.pc
+    DESTINATION ${CMAKE_INSTALL_LIBDIR}/pkgconfig COMPONENT dev)

@@ -1,0 +1,12 @@
+// Linked to the installed driver: asks it which areas it offers.
+#include <ostrel_kmr.h>
+
+#include <cstdio>
+
+int main()
+{
+    QStringList areas;
+    intf_getRegListByType(1, areas);
+    std::printf("%s\n", qPrintable(areas.join(QLatin1Char(','))));
+    return 0;
+}
