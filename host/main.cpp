@@ -1,6 +1,7 @@
 // kmr: watches, reads and writes a controller of the Ostrel KMR line through its driver library.
 #include "host/commands/commands.h"
 #include "host/commands/connection.h"
+#include "host/commands/diagnosis.h"
 #include "host/commands/stop.h"
 #include "host/tag.h"
 #include "simulator/faults.h"
@@ -256,6 +257,7 @@ int main(int argc, char *argv[])
     addWrite(app, line, chosen);
     addRecipe(app, line, chosen);
     addSim(app, line, chosen);
+    kmr::addDiagnosis(app, chosen);
 
     try {
         app.parse(argc, argv);
