@@ -236,7 +236,7 @@ enum { STATUS_RECIPE_DOWNLOAD = 60115, STATUS_RECIPE_UPLOAD = 60116, STATUS_BLOC
 
 #define OSTREL_KMR_EXPORT extern "C" __attribute__((visibility("default")))
 
-// --- Identity and configuration ------------------------------------------------------------------
+// --- Identity and configuration ---
 
 // Writes the protocol type code, 0, to `*type`.
 OSTREL_KMR_EXPORT void intf_getProtocolType(qint32 *type) noexcept;
@@ -274,7 +274,7 @@ OSTREL_KMR_EXPORT qint32 intf_initProperty(quint8 *status, void *second, quint8 
 // order, and returns how many were kept. A transfer in progress goes on at its cursor.
 OSTREL_KMR_EXPORT qint32 intf_setRcpAddress(const QVector<_RCP_VAR_PRO> *list) noexcept;
 
-// --- The editor's address services ---------------------------------------------------------------
+// --- The editor's address services ---
 
 // Checks a typed address.
 //   area         device area name, exact spelling
@@ -308,8 +308,7 @@ OSTREL_KMR_EXPORT qint32 intf_getRegListByType(qint32 type, QStringList &out) no
 OSTREL_KMR_EXPORT qint32 intf_multiCopy(const QString &area, qint32 start, qint32 n, qint32 step,
                                         QVector<QString> *texts, QVector<qint32> *numbers) noexcept;
 
-// --- Polling
-// ---------------------------------------------------------------------------------------
+// --- Polling ---
 
 // Replaces the poll plan and the watch marks by the runs of `list` (fields `station`, `area`,
 // `address`, `count`) and returns the number of read blocks. Values already known stay known.
@@ -321,8 +320,7 @@ OSTREL_KMR_EXPORT qint32 intf_addrMerge(const QList<KEY_ADDRESS> &list) noexcept
 // queue holds 513 pieces and then replaces its last. `reqTag` is carried along. Returns 1.
 OSTREL_KMR_EXPORT qint32 intf_addConditionRead(KEY_ADDRESS &key, qint32 reqTag) noexcept;
 
-// --- The communication loop
-// ------------------------------------------------------------------------
+// --- The communication loop ---
 
 // Copies the frame to send next to `*out` and returns 1, or returns 0 and leaves `*out` alone when
 // there is nothing to send. The same frame is handed out until its reply has been handed in.
@@ -335,8 +333,7 @@ OSTREL_KMR_EXPORT qint32 intf_getSendFrame(FRAME_PRO *out) noexcept;
 // time, the request is given up.
 OSTREL_KMR_EXPORT qint32 intf_dealRcvFrame(QByteArray &reply, QString &errorInfo) noexcept;
 
-// --- Values
-// ------------------------------------------------------------------------------------------
+// --- Values ---
 
 // Copies values out of the store; never causes traffic. `count` is in bits (one byte each in
 // `out`), in words (two bytes, low-order first) or, for "CV2", in words, two per counter. Unknown
@@ -351,9 +348,8 @@ OSTREL_KMR_EXPORT qint32 intf_getData(qint32 station, QString area, qint32 addre
 OSTREL_KMR_EXPORT qint32 intf_setData(qint32 station, QString area, qint32 address, qint32 count,
                                       quint8 *data, qint32 reqTag) noexcept;
 
-// --- Inside the library
-// ---------------------------------------------------------------------------- Hidden: a host can't
-// link to these, and other drivers in it also call their object `driver`.
+// --- Inside the library ---
+// Hidden: a host can't link to these, and other drivers in it also call their object `driver`.
 
 extern Ostrel_kmr driver __attribute__((visibility("hidden")));
 
