@@ -107,6 +107,7 @@ ReplyFilter::ReplyFilter(const QByteArray &request, Echo &echo)
 
 ReplyFilter::Verdict ReplyFilter::take(const QByteArray &bytes)
 {
+    m_taken += bytes.size();
     const QList<QByteArray> lines = m_collector.take(bytes);
     for (const QByteArray &line : lines) {
         const Verdict verdict = line == m_request ? judgeOwnText(line) : judge(line);
@@ -186,8 +187,9 @@ ReplyFilter::Verdict ReplyFilter::judgeMessage(const QByteArray &line, const QBy
 
 ReplyFilter::Verdict ReplyFilter::good(const QByteArray &line)
 {
-    const bool hadNoEcho = m_ownTexts == 0 && m_collector.dropped() == 0;
-    if (m_echo.isUnknown() && hadNoEcho && !isBitWrite())
+    // Whatever else arrived may be the rest of an echo.
+    const bool cameAlone = m_taken == line.size();
+    if (m_echo.isUnknown() && cameAlone && !isBitWrite())
         m_echo.learned = Echo::Learned::Absent;
     m_reply = line;
     return Verdict::Good;

@@ -102,6 +102,7 @@ private:
     const QByteArray m_requestMessage; // its station, function and data; empty if it can't be read
     Echo &m_echo;
     modbus::LineCollector m_collector;
+    qint64 m_taken = 0; // characters so far
     int m_ownTexts = 0; // lines so far that equal the request
     QByteArray m_reply;
     int m_exceptionCode = 0;

@@ -205,6 +205,14 @@ TEST(ReplyFilter, AnswerBehindNoiseDisprovesNothing)
     EXPECT_TRUE(echo.isUnknown());
 }
 
+TEST(ReplyFilter, AnswerBehindADamagedEchoDisprovesNothing)
+{
+    Echo echo;
+    ReplyFilter filter(READ_D100, echo);
+    EXPECT_EQ(filter.take(READ_D100.left(8) + D100_IS_1234), Verdict::Good);
+    EXPECT_TRUE(echo.isUnknown());
+}
+
 TEST(ReplyFilter, ProvenEchoStays)
 {
     Echo echo;
