@@ -53,6 +53,7 @@ PseudoTerminal::PseudoTerminal(Controller &controller, Faults *faults)
 
 PseudoTerminal::~PseudoTerminal()
 {
+    m_notifier.reset(); // at once: there may be no event loop any more
     close();
 }
 
