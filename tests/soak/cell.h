@@ -1,0 +1,40 @@
+// The places of the controller's memory that the soak test watches, each with a mark of its own in
+// its high bits, so that an answer that went to the wrong place gives itself away.
+#pragma once
+
+#include "simulator/memory.h"
+
+#include <QString>
+
+#include <cstdint>
+#include <vector>
+
+namespace soak {
+
+enum class CellKind { Word, Counter, Bits }; // Bits: 16 of them, the first in the lowest bit
+
+// Who changes a cell.
+enum class Owner { Controller, Host };
+
+struct Cell {
+    CellKind kind;
+    Owner owner;
+    QString area;
+    int number;            // of its (first) element, 0 for the octal areas
+    QString tag;           // as the host's user types it
+    std::uint16_t address; // in the controller's memory
+    std::uint32_t mark;    // what it holds at first; its lower 8 bits are 0 and change freely
+
+    bool isOf(const QString &otherArea, int first, int end) const
+    {
+        return area == otherArea && number >= first && number < end;
+    }
+};
+
+// All cells. A cell's index stands in its mark.
+std::vector<Cell> makeCells();
+
+std::uint32_t load(const simulator::Memory &memory, const Cell &cell);
+void store(simulator::Memory &memory, const Cell &cell, std::uint32_t value);
+
+} // namespace soak

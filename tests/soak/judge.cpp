@@ -1,0 +1,177 @@
+#include "tests/soak/judge.h"
+
+#include <algorithm>
+#include <utility>
+
+namespace soak {
+
+namespace {
+
+constexpr int MAX_FAULTS = 5; // reported; the first is what matters
+constexpr std::size_t RECENT_EXCHANGES = 12;
+constexpr qint32 FIRST_USER_TAG = 1001; // lower request tags are of polling and recipes
+
+QString toText(const kmr::Exchange &exchange)
+{
+    static const char *const OUTCOMES[] = {"good", "sent again", "given up", "interrupted"};
+    const QByteArray request(exchange.request.frame, exchange.request.frameLen);
+    QByteArray received = exchange.received.left(80);
+    for (char &character : received)
+        character = character < ' ' ? '.' : character;
+    return QString("%1 -> %2 %3 (%4)")
+        .arg(QString::fromLatin1(request.trimmed()), QString::fromLatin1(received),
+             OUTCOMES[static_cast<int>(exchange.outcome)], kmr::toText(exchange.fault));
+}
+
+QString hex(std::uint32_t value)
+{
+    return QString::number(value, 16).toUpper();
+}
+
+} // namespace
+
+Judge::Judge(Plant &plant, const std::vector<Cell> &cells, std::vector<kmr::Tag> tags, int retries)
+    : m_plant(plant), m_cells(cells), m_tags(std::move(tags)), m_retries(retries),
+      m_verified(cells.size())
+{
+}
+
+void Judge::watch(kmr::Session &session)
+{
+    m_session = &session;
+    m_repeated.clear();
+    m_plant.forget();
+    session.setObserver([this](const kmr::Exchange &exchange) { note(exchange); });
+}
+
+void Judge::begin(const std::vector<QByteArray> &writes)
+{
+    m_allowedWrites = writes;
+    m_writesDone = 0;
+    m_hasGivenUp = false;
+}
+
+void Judge::end(const kmr::RequestResult &result,
+                const std::vector<std::pair<std::size_t, std::uint32_t>> &intended)
+{
+    using Outcome = kmr::RequestResult::Outcome;
+    checkWrites();
+    if (result.isDone() && m_hasGivenUp)
+        blame("a request that was given up was reported as done");
+    if (result.outcome == Outcome::NotSent && m_writesDone > 0)
+        blame("a write that was reported as not sent was carried out");
+    if (m_hasGivenUp && !result.isDone() && result.failure.fault == kmr::ReplyFault::None &&
+        result.failure.exceptionCode == 0)
+        blame("a request was given up and reported without a reason");
+    for (const auto &[cell, value] : intended) {
+        if (result.isDone() && m_plant.value(cell) != value)
+            blame(QString("%1 was acknowledged with %2, but the controller holds %3")
+                      .arg(m_cells[cell].tag, hex(value), hex(m_plant.value(cell))));
+    }
+    m_allowedWrites.clear();
+}
+
+void Judge::demandAllCurrent()
+{
+    for (std::size_t i = 0; i < m_cells.size(); ++i) {
+        const bool isGood = m_session->state(m_tags[i]).quality == kmr::Quality::Good;
+        if (!isGood || shown(i) != m_plant.value(i))
+            blame(QString("%1 is %2 %3 one poll cycle after the faults stopped, the controller "
+                          "holds %4")
+                      .arg(m_cells[i].tag, isGood ? "good and" : "not good,", hex(shown(i)),
+                           hex(m_plant.value(i))));
+    }
+}
+
+std::uint32_t Judge::shown(std::size_t cell) const
+{
+    const kmr::Values values = m_session->values(m_tags[cell]);
+    std::uint32_t value = 0;
+    for (std::size_t i = values.size(); i-- > 0;)
+        value = m_cells[cell].kind == CellKind::Bits ? value << 1 | values[i] : values[i];
+    return value;
+}
+
+void Judge::blame(const QString &what)
+{
+    if (m_faults.size() == MAX_FAULTS)
+        return;
+    QString evidence = QString("after %1 exchanges: %2").arg(m_exchanges).arg(what);
+    for (const QString &exchange : m_recent)
+        evidence += "\n    " + exchange;
+    m_faults.append(evidence);
+}
+
+void Judge::note(const kmr::Exchange &exchange)
+{
+    ++m_exchanges;
+    m_recent.push_back(toText(exchange));
+    if (m_recent.size() > RECENT_EXCHANGES)
+        m_recent.pop_front();
+    checkRepeats(exchange);
+    checkValues(exchange);
+    checkWrites();
+    m_plant.forget();
+}
+
+// A frame is sent until it is answered, and given up, with a report, after so many bad answers.
+void Judge::checkRepeats(const kmr::Exchange &exchange)
+{
+    using Outcome = kmr::Exchange::Outcome;
+    const QByteArray frame(exchange.request.frame, exchange.request.frameLen);
+    if (!m_repeated.isEmpty() && frame != m_repeated)
+        blame("a request vanished without a report: " + QString::fromLatin1(m_repeated.trimmed()));
+    const bool isBad =
+        exchange.outcome == Outcome::SentAgain || exchange.outcome == Outcome::GivenUp;
+    m_badInARow = isBad ? (frame == m_repeated ? m_badInARow : 0) + 1 : 0;
+    m_repeated = exchange.outcome == Outcome::SentAgain ? frame : QByteArray();
+    if (isBad && (m_badInARow > m_retries) != (exchange.outcome == Outcome::GivenUp))
+        blame(
+            QString("given up or not at the wrong time, after %1 bad exchanges").arg(m_badInARow));
+    if (exchange.outcome != Outcome::GivenUp)
+        return;
+    ++m_givenUp;
+    m_hasGivenUp = m_hasGivenUp || exchange.request.var.reqTag >= FIRST_USER_TAG;
+}
+
+// A value that counts as good was in the controller's memory during the exchange that brought it,
+// and has not changed since. What a read that was given up covers is not good.
+void Judge::checkValues(const kmr::Exchange &exchange)
+{
+    const QByteArray function(exchange.request.frame + 3, 2);
+    const bool isRead = function == "02" || function == "03";
+    const kmr::Run run = kmr::refreshedBy(exchange.request);
+    for (std::size_t i = 0; i < m_cells.size(); ++i) {
+        const Cell &cell = m_cells[i];
+        if (m_session->state(m_tags[i]).quality != kmr::Quality::Good)
+            continue;
+        const bool isCovered = isRead && cell.isOf(run.area, run.first, run.end());
+        if (isCovered && exchange.outcome == kmr::Exchange::Outcome::GivenUp)
+            blame(cell.tag + " is good although its read was given up");
+        const std::uint32_t value = shown(i);
+        if (!isCovered || exchange.outcome != kmr::Exchange::Outcome::Good) {
+            if (value != m_verified[i])
+                blame(QString("%1 is good and changed from %2 to %3 without a read")
+                          .arg(cell.tag, hex(m_verified[i]), hex(value)));
+            continue;
+        }
+        m_verified[i] = value;
+        if (!m_plant.held(i, value))
+            blame(QString("%1 is reported as good with %2, which the controller did not hold")
+                      .arg(cell.tag, hex(value)));
+    }
+}
+
+// The controller carries out nothing but what the user's current request says.
+void Judge::checkWrites()
+{
+    for (const QByteArray &write : m_plant.takeWrites()) {
+        ++m_writesDone;
+        if (std::find(m_allowedWrites.begin(), m_allowedWrites.end(), write) ==
+            m_allowedWrites.end())
+            blame("a write was carried out that nobody asked for now: " +
+                  QString::fromLatin1(write.trimmed()));
+    }
+}
+
+} // namespace soak

@@ -1,0 +1,74 @@
+// What the soak test demands of the host, looked at after each exchange and each request.
+#pragma once
+
+#include "host/session.h"
+#include "host/tag.h"
+#include "tests/soak/plant.h"
+
+#include <QString>
+#include <QStringList>
+
+#include <deque>
+#include <vector>
+
+namespace soak {
+
+class Judge {
+public:
+    Judge(Plant &plant, const std::vector<Cell> &cells, std::vector<kmr::Tag> tags, int retries);
+
+    // Looks at the new session from its next exchange on.
+    void watch(kmr::Session &session);
+
+    // A request of the user begins; `writes`: the lines that it may have the controller carry out.
+    void begin(const std::vector<QByteArray> &writes);
+
+    // It ended so. `intended`: the values of cells that it must have written if it is done.
+    void end(const kmr::RequestResult &result,
+             const std::vector<std::pair<std::size_t, std::uint32_t>> &intended);
+
+    // All cells must be good and as the controller has them now.
+    void demandAllCurrent();
+
+    // The host's value of a cell.
+    std::uint32_t shown(std::size_t cell) const;
+
+    void blame(const QString &what);
+
+    const QStringList &faults() const
+    {
+        return m_faults;
+    }
+    std::uint64_t exchanges() const
+    {
+        return m_exchanges;
+    }
+    std::uint64_t givenUp() const
+    {
+        return m_givenUp;
+    }
+
+private:
+    void note(const kmr::Exchange &exchange);
+    void checkRepeats(const kmr::Exchange &exchange);
+    void checkValues(const kmr::Exchange &exchange);
+    void checkWrites();
+
+    Plant &m_plant;
+    const std::vector<Cell> &m_cells;
+    const std::vector<kmr::Tag> m_tags; // one for each cell
+    const int m_retries;
+    kmr::Session *m_session = nullptr;
+    std::vector<std::uint32_t> m_verified; // what each cell's last good read brought
+    std::vector<QByteArray> m_allowedWrites;
+    std::size_t m_writesDone = 0; // of the current request
+    bool m_hasGivenUp = false;    // the current request
+    QByteArray m_repeated;        // the frame that must come again
+    int m_badInARow = 0;          // its bad exchanges
+    std::uint64_t m_exchanges = 0;
+    std::uint64_t m_givenUp = 0;
+    std::deque<QString> m_recent; // the last exchanges, as evidence
+    QStringList m_faults;
+};
+
+} // namespace soak

@@ -1,0 +1,98 @@
+// The simulated controller on a link of its own, in a thread of its own, and what happened in its
+// memory. Its functions are for the host's thread.
+#pragma once
+
+#include "host/poll_loop.h"
+#include "simulator/controller.h"
+#include "simulator/faults.h"
+#include "simulator/pseudo_terminal.h"
+#include "simulator/tcp_server.h"
+#include "tests/soak/cell.h"
+
+#include <QMutex>
+#include <QObject>
+#include <QTemporaryDir>
+#include <QThread>
+#include <QTimer>
+
+#include <atomic>
+#include <chrono>
+#include <functional>
+#include <memory>
+#include <random>
+#include <vector>
+
+namespace soak {
+
+class Plant {
+public:
+    enum class Link { Tcp, Pty };
+
+    Plant(Link link, const std::vector<Cell> &cells, std::uint64_t seed);
+    ~Plant();
+    Plant(const Plant &) = delete;
+    Plant &operator=(const Plant &) = delete;
+
+    // The link as a host's user types it.
+    const QString &link() const
+    {
+        return m_link;
+    }
+
+    // A clock that stands while the plant's thread does not run: on a busy machine no answer is
+    // later by it than the faults make it.
+    kmr::Clock clock();
+
+    // Replaces the faults. From then on the controller changes a cell of its own at each request,
+    // or none.
+    void set(std::vector<simulator::Fault> faults, std::uint64_t seed, bool changes);
+
+    std::uint32_t value(std::size_t cell) const;
+
+    // True when the cell held the value since the last forget().
+    bool held(std::size_t cell, std::uint32_t value) const;
+
+    // Forgets what cells held before now.
+    void forget();
+
+    // The write requests, ':' to LF, that were carried out since the last call.
+    std::vector<QByteArray> takeWrites();
+
+    // Waits until the plant's thread has done all that it has to do now.
+    void finish();
+
+private:
+    struct Server { // lives in the plant's thread
+        Server(simulator::Controller &controller, simulator::Faults *faults);
+
+        simulator::TcpServer tcp;
+        simulator::PseudoTerminal terminal;
+        QTimer heartbeat;
+    };
+
+    void inThread(const std::function<void()> &task);
+    void start(Link link);
+    void beat();
+    void note(const simulator::Exchange &exchange);
+
+    const std::vector<Cell> m_cells;
+    simulator::Controller m_controller{"01"};
+    simulator::Faults m_faults;
+    bool m_changes = false;
+    std::mt19937_64 m_random;
+    QString m_link;
+    QTemporaryDir m_directory;
+
+    mutable QMutex m_mutex; // for the next three
+    std::vector<std::vector<std::uint32_t>> m_held;
+    std::vector<QByteArray> m_writes;
+    std::vector<std::uint32_t> m_values;
+
+    std::atomic<std::int64_t> m_now{0}; // nanoseconds of the plant's clock
+    std::chrono::steady_clock::time_point m_lastBeat;
+    QThread m_thread;
+    QObject m_context; // in the plant's thread
+    std::unique_ptr<Server> m_server;
+};
+
+} // namespace soak
