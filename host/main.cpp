@@ -34,6 +34,8 @@ struct CommandLine {
     double seconds = 0;
     bool verify = false;
     bool animate = false;
+    bool trace = false;
+    std::string capture;
     std::vector<std::string> faults;
     std::uint64_t seed = 0;
 };
@@ -77,6 +79,8 @@ kmr::Options toOptions(const CommandLine &line)
     options.echo = line.echo == "on"    ? kmr::EchoMode::On
                    : line.echo == "off" ? kmr::EchoMode::Off
                                         : kmr::EchoMode::Auto;
+    options.trace = line.trace;
+    options.capture = toQString(line.capture);
     return options;
 }
 
@@ -104,6 +108,9 @@ void addGlobalOptions(CLI::App &app, CommandLine &line)
                    "does the line hand requests back, as two-wire lines do: on, off or auto")
         ->check(CLI::IsMember({"on", "off", "auto"}))
         ->capture_default_str();
+    app.add_flag("--trace", line.trace, "explain all traffic on stderr");
+    app.add_option("--capture", line.capture,
+                   "write every character with its time to this file, for 'kmr trace FILE'");
 }
 
 using Command = std::function<ExitCode(const kmr::Options &)>;

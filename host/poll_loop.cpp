@@ -104,7 +104,7 @@ bool PollLoop::settle()
     while (m_quiet.count() > 0) {
         switch (waitUntil(std::min(m_lastHeard + m_quiet, latest))) {
         case Wait::Characters:
-            m_device.readAll();
+            receive();
             m_lastHeard = m_clock();
             if (m_lastHeard >= latest)
                 m_quiet = milliseconds(0);
@@ -143,12 +143,22 @@ void PollLoop::emptyLine()
 {
     const TimePoint latest = m_clock() + m_settings.timeout;
     do {
-        m_device.readAll();
+        receive();
     } while (m_device.waitForReadyRead(0) && m_clock() < latest);
+}
+
+QByteArray PollLoop::receive()
+{
+    const QByteArray bytes = m_device.readAll();
+    if (m_settings.tap && !bytes.isEmpty())
+        m_settings.tap(false, bytes);
+    return bytes;
 }
 
 bool PollLoop::send(const QByteArray &frame)
 {
+    if (m_settings.tap)
+        m_settings.tap(true, frame);
     if (m_device.write(frame) != frame.size())
         return false;
     while (m_device.bytesToWrite() > 0) {
@@ -166,7 +176,7 @@ ReplyFilter::Verdict PollLoop::collect(ReplyFilter &filter, TimePoint deadline,
     for (;;) {
         switch (waitUntil(deadline)) {
         case Wait::Characters: {
-            const QByteArray bytes = m_device.readAll();
+            const QByteArray bytes = receive();
             received.append(bytes);
             const ReplyFilter::Verdict verdict = filter.take(bytes);
             if (verdict != ReplyFilter::Verdict::MoreWanted)

@@ -23,6 +23,8 @@ struct PollSettings {
     std::chrono::milliseconds timeout{1000};
     std::chrono::nanoseconds characterTime{0};
     EchoMode echo = EchoMode::Auto;
+    // Told of all characters as they are sent and as they arrive, those of no use included.
+    std::function<void(bool isSent, const QByteArray &characters)> tap = {};
 };
 
 // One request that was sent, and what came of it.
@@ -84,6 +86,7 @@ private:
     Step idle();
     bool settle();
     void emptyLine();
+    QByteArray receive();
     bool send(const QByteArray &frame);
     ReplyFilter::Verdict collect(ReplyFilter &filter, TimePoint deadline, QByteArray &received);
     void handIn(Exchange &exchange, QByteArray reply);

@@ -23,6 +23,8 @@ struct Options {
     int retries = 2;
     int groupLimit = 8;
     EchoMode echo = EchoMode::Auto;
+    bool trace = false; // explain all traffic on stderr
+    QString capture;    // file that receives every character; empty: none
 };
 
 // Lists the device areas of the driver's catalogue.

@@ -4,6 +4,7 @@
 #include "host/link.h"
 
 #include <QCoreApplication>
+#include <QDateTime>
 
 #include <cstdio>
 
@@ -62,10 +63,28 @@ Session &Connection::open()
     settings.poll.timeout = m_options.timeout;
     settings.poll.characterTime = characterTime(address);
     settings.poll.echo = m_options.echo;
+    tapLine(settings.poll);
     settings.retries = m_options.retries;
     settings.groupLimit = m_options.groupLimit;
     m_session = std::make_unique<Session>(m_library->functions(), *m_device, settings, stopFlag());
     return *m_session;
+}
+
+void Connection::tapLine(PollSettings &settings)
+{
+    if (m_options.trace)
+        m_trace = std::make_unique<LineTrace>([](const QString &line) { printError(line); });
+    if (!m_options.capture.isEmpty())
+        m_capture = std::make_unique<CaptureWriter>(m_options.capture, m_options.link);
+    if (!m_trace && !m_capture)
+        return;
+    settings.tap = [this](bool isSent, const QByteArray &characters) {
+        const QDateTime now = QDateTime::currentDateTime();
+        if (m_capture)
+            m_capture->add(isSent, characters);
+        if (m_trace)
+            m_trace->add(now, isSent, characters);
+    };
 }
 
 ExitCode exitCodeOf(const RequestResult &result)

@@ -1,10 +1,12 @@
 // What every command that talks to a controller begins with.
 #pragma once
 
+#include "host/capture.h"
 #include "host/commands/commands.h"
 #include "host/driver_library.h"
 #include "host/session.h"
 #include "host/tag.h"
+#include "host/trace.h"
 
 #include <QIODevice>
 
@@ -34,9 +36,13 @@ public:
     Session &open();
 
 private:
+    void tapLine(PollSettings &settings);
+
     const Options m_options;
     std::unique_ptr<DriverLibrary> m_library;
     TagReader m_tags;
+    std::unique_ptr<CaptureWriter> m_capture;
+    std::unique_ptr<LineTrace> m_trace;
     std::unique_ptr<QIODevice> m_device;
     std::unique_ptr<Session> m_session;
 };

@@ -18,4 +18,38 @@ void addDiagnosis(CLI::App &app, std::function<ExitCode(const Options &)> &chose
 // Explains lines of text one by one; an answer is explained by the request before it.
 ExitCode runDecode(const QStringList &frames);
 
+// Explains a capture's traffic on stdout.
+ExitCode runTrace(const QString &file);
+
+// Asks the driver whether addresses are valid.
+ExitCode runCheck(const Options &options, const QStringList &texts);
+
+struct SeriesOptions {
+    QString area;
+    int start = 0; // as the driver takes it: for X and Y the octal digits
+    int count = 1;
+    int step = 1;
+};
+
+// Prints the driver's series of addresses.
+ExitCode runSeries(const Options &options, const SeriesOptions &series);
+
+struct PingOptions {
+    std::optional<std::uint64_t> count; // requests; none: until Ctrl-C
+    std::chrono::milliseconds interval{1000};
+    QString tag = "D0"; // what is read
+};
+
+// Reads one element again and again, each time once, and tells the round trips.
+ExitCode runPing(const Options &options, const PingOptions &ping);
+
+struct ScanOptions {
+    int first = 1; // stations
+    int last = 31;
+    QString tag = "D0"; // what is read
+};
+
+// Asks each station once.
+ExitCode runScan(const Options &options, const ScanOptions &scan);
+
 } // namespace kmr

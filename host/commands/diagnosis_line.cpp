@@ -1,7 +1,9 @@
 // The part of the command line that belongs to diagnosis.h.
 #include "host/commands/diagnosis.h"
+#include "host/tag.h"
 
 #include <CLI/CLI.hpp>
+#include <QRegularExpression>
 
 #include <memory>
 #include <string>
@@ -41,11 +43,133 @@ void addDecode(CLI::App &app, Command &chosen)
     });
 }
 
+void addTrace(CLI::App &app, Command &chosen)
+{
+    const auto file = std::make_shared<std::string>();
+    CLI::App *command = app.add_subcommand("trace", "Explain the traffic of a capture");
+    command->add_option("FILE", *file, "what --capture has written")->required();
+    command->footer("Each line: time, direction (> sent, < received), frame, meaning. With --trace "
+                    "any\ncommand explains its traffic while it runs.\n\n"
+                    "Examples:\n  kmr read D100 --capture field.jsonl --link "
+                    "serial:///dev/ttyUSB0\n  kmr trace field.jsonl");
+    command->callback([file, &chosen] {
+        chosen = [file](const Options &) { return runTrace(toQString(*file)); };
+    });
+}
+
+void addCheck(CLI::App &app, Command &chosen)
+{
+    const auto texts = std::make_shared<std::vector<std::string>>();
+    CLI::App *command = app.add_subcommand("check", "Ask the driver whether addresses are valid");
+    command->add_option("ADDRESS", *texts, "AREA ADDRESS[xCOUNT], written together")->required();
+    command->footer("Results: 0 valid, 1 wrong kind, 2 out of range, 3 unknown area, 4 no address."
+                    "\nEnds with 1 when one is not valid.\n\n"
+                    "Examples:\n  kmr check D100 X17 TV5.3\n  kmr check D11999x2");
+    command->callback([texts, &chosen] {
+        chosen = [texts](const Options &options) { return runCheck(options, toQStrings(*texts)); };
+    });
+}
+
+void addSeries(CLI::App &app, Command &chosen)
+{
+    struct Line {
+        std::string area;
+        int start = 0;
+        int count = 1;
+        int step = 1;
+    };
+    const auto line = std::make_shared<Line>();
+    CLI::App *command = app.add_subcommand("series", "List addresses at equal distances");
+    command->add_option("AREA", line->area, "device area")->required();
+    command->add_option("START", line->start, "first address (X and Y: its octal digits)")
+        ->required();
+    command->add_option("COUNT", line->count, "how many")->required()->check(CLI::Range(1, 65537));
+    command->add_option("STEP", line->step, "distance")->required();
+    command->footer("An address behind the area's end is replaced by the end, and the command ends "
+                    "with 1.\n\n"
+                    "Examples:\n  kmr series D 100 4 2\n  kmr series X 0 10 1");
+    command->callback([line, &chosen] {
+        chosen = [line](const Options &options) {
+            return runSeries(options,
+                             {toQString(line->area), line->start, line->count, line->step});
+        };
+    });
+}
+
+void addPing(CLI::App &app, Command &chosen)
+{
+    struct Line {
+        std::uint64_t count = 0;
+        double interval = 1;
+        std::string tag = "D0";
+    };
+    const auto line = std::make_shared<Line>();
+    CLI::App *command = app.add_subcommand("ping", "Measure round trips to a station");
+    command->add_option("COUNT", line->count, "requests (default: until Ctrl-C)")
+        ->check(CLI::PositiveNumber);
+    command->add_option("--interval", line->interval, "seconds between requests")
+        ->check(CLI::Range(0.0, 3600.0))
+        ->capture_default_str();
+    command->add_option("--tag", line->tag, "what is read")->capture_default_str();
+    command->footer("Nothing is sent again, so each loss is seen. Ends with 0 when all were "
+                    "answered, 1 when\nsome were lost, 4 when all were.\n\n"
+                    "Examples:\n  kmr ping 10 --link tcp://192.168.0.10:8888\n"
+                    "  kmr ping --interval 0.1 --station 2 --link serial:///dev/ttyUSB0");
+    command->callback([line, &chosen] {
+        chosen = [line](const Options &options) {
+            PingOptions ping;
+            if (line->count > 0)
+                ping.count = line->count;
+            ping.interval = std::chrono::milliseconds(static_cast<qint64>(line->interval * 1000));
+            ping.tag = toQString(line->tag);
+            return runPing(options, ping);
+        };
+    });
+}
+
+// Reads "1..31" or "5".
+std::string parseStations(const std::string &text, ScanOptions &scan)
+{
+    static const QRegularExpression RANGE("^([0-9]{1,2})(?:\\.\\.([0-9]{1,2}))?$");
+    const QRegularExpressionMatch match = RANGE.match(toQString(text));
+    scan.first = match.captured(1).toInt();
+    scan.last = match.captured(2).isEmpty() ? scan.first : match.captured(2).toInt();
+    const bool isGood = match.hasMatch() && scan.first >= MIN_STATION && scan.first <= scan.last;
+    return isGood ? std::string() : "expected stations from 1 to 99, for example 1..31";
+}
+
+void addScan(CLI::App &app, Command &chosen)
+{
+    const auto scan = std::make_shared<ScanOptions>();
+    CLI::App *command = app.add_subcommand("scan", "Find the stations that answer");
+    command
+        ->add_option_function<std::string>(
+            "--stations",
+            [scan](const std::string &text) {
+                const std::string fault = parseStations(text, *scan);
+                if (!fault.empty())
+                    throw CLI::ValidationError("--stations", fault);
+            },
+            "which to ask, FIRST..LAST")
+        ->default_str("1..31");
+    command->footer("Each is asked once and given --timeout to answer. Ends with 4 when none does."
+                    "\n\nExamples:\n  kmr scan --link tcp://192.168.0.10:8888\n"
+                    "  kmr scan --stations 1..99 --timeout 200 --link serial:///dev/ttyUSB0");
+    command->callback([scan, &chosen] {
+        chosen = [scan](const Options &options) { return runScan(options, *scan); };
+    });
+}
+
 } // namespace
 
 void addDiagnosis(CLI::App &app, Command &chosen)
 {
     addDecode(app, chosen);
+    addTrace(app, chosen);
+    addCheck(app, chosen);
+    addSeries(app, chosen);
+    addPing(app, chosen);
+    addScan(app, chosen);
 }
 
 } // namespace kmr

@@ -1,0 +1,99 @@
+#include "host/capture.h"
+
+#include "host/error.h"
+
+#include <nlohmann/json.hpp>
+
+namespace kmr {
+
+namespace {
+
+using json = nlohmann::ordered_json;
+
+constexpr int VERSION = 1;
+
+std::string toUtf8(const QByteArray &characters)
+{
+    // With its size: Qt 5 ends at the first zero byte otherwise.
+    return QString::fromLatin1(characters.constData(), static_cast<int>(characters.size()))
+        .toStdString();
+}
+
+Error badLine(const QString &name, int line, const QString &why)
+{
+    return Error(ExitCode::Usage, QString("%1:%2: %3").arg(name).arg(line).arg(why));
+}
+
+void readHeading(const json &heading, Capture &capture)
+{
+    if (heading.at("kmr_capture").get<int>() != VERSION)
+        throw std::runtime_error("a capture of another version, this kmr reads version 1");
+    capture.begin = QDateTime::fromString(
+        QString::fromStdString(heading.at("begin").get<std::string>()), Qt::ISODateWithMs);
+    capture.link = QString::fromStdString(heading.value("link", std::string()));
+}
+
+CapturedPiece readPiece(const json &piece)
+{
+    const bool isSent = piece.contains("sent");
+    const std::string text = piece.at(isSent ? "sent" : "received").get<std::string>();
+    return {piece.at("us").get<std::int64_t>(), isSent, QString::fromStdString(text).toLatin1()};
+}
+
+} // namespace
+
+CaptureWriter::CaptureWriter(const QString &path, const QString &link) : m_file(path)
+{
+    if (!m_file.open(QIODevice::WriteOnly | QIODevice::Truncate)) {
+        throw Error(ExitCode::Usage,
+                    QString("cannot write the capture %1: %2").arg(path, m_file.errorString()));
+    }
+    const QDateTime now = QDateTime::currentDateTime();
+    const QString begin = now.toOffsetFromUtc(now.offsetFromUtc()).toString(Qt::ISODateWithMs);
+    const json heading{
+        {"kmr_capture", VERSION}, {"begin", begin.toStdString()}, {"link", link.toStdString()}};
+    m_clock.start();
+    m_file.write(QByteArray::fromStdString(heading.dump()) + '\n');
+    m_file.flush();
+}
+
+void CaptureWriter::add(bool isSent, const QByteArray &characters)
+{
+    const json piece{{"us", m_clock.nsecsElapsed() / 1000},
+                     {isSent ? "sent" : "received", toUtf8(characters)}};
+    m_file.write(QByteArray::fromStdString(piece.dump()) + '\n');
+    m_file.flush();
+}
+
+Capture parseCapture(const QByteArray &text, const QString &name)
+{
+    Capture capture;
+    const QList<QByteArray> lines = text.split('\n');
+    for (int i = 0; i < lines.size(); ++i) {
+        if (i > 0 && lines[i].trimmed().isEmpty())
+            continue;
+        try {
+            const json record = json::parse(lines[i].constBegin(), lines[i].constEnd());
+            if (i == 0)
+                readHeading(record, capture);
+            else
+                capture.pieces.push_back(readPiece(record));
+        } catch (const std::exception &error) {
+            throw badLine(name, i + 1,
+                          QString(i == 0 ? "no capture of kmr: %1" : "%1").arg(error.what()));
+        }
+    }
+    return capture;
+}
+
+Capture readCapture(const QString &path)
+{
+    QFile file(path);
+    if (!file.open(QIODevice::ReadOnly)) {
+        throw Error(ExitCode::Usage,
+                    QString("cannot read the capture %1: %2").arg(path, file.errorString()));
+    }
+    return parseCapture(file.readAll(), path);
+}
+
+} // namespace kmr

@@ -1,0 +1,133 @@
+// Round trips to one station, and which stations answer at all.
+#include "host/commands/connection.h"
+#include "host/commands/diagnosis.h"
+#include "host/commands/stop.h"
+
+#include <thread>
+
+namespace kmr {
+
+namespace {
+
+constexpr std::chrono::milliseconds STOP_CHECK(50);
+
+QString milliseconds(std::chrono::nanoseconds time)
+{
+    return QString::number(static_cast<double>(time.count()) / 1e6, 'f', 3);
+}
+
+// A refusal is an answer, too: the station is there.
+bool isAnswered(const Exchange &exchange)
+{
+    return exchange.outcome == Exchange::Outcome::Good || exchange.exceptionCode != 0;
+}
+
+QString replyText(const Exchange &exchange)
+{
+    const QString time = "answered in " + milliseconds(exchange.roundTrip) + " ms";
+    if (exchange.outcome == Exchange::Outcome::Good)
+        return time;
+    if (exchange.exceptionCode != 0)
+        return time + ", refused: " + exceptionText(exchange.exceptionCode);
+    if (exchange.outcome == Exchange::Outcome::Interrupted)
+        return "broken off";
+    return toText(exchange.fault);
+}
+
+void pause(std::chrono::milliseconds time)
+{
+    for (; time.count() > 0 && !stopFlag(); time -= STOP_CHECK)
+        std::this_thread::sleep_for(std::min(time, STOP_CHECK));
+}
+
+// Each request goes out once, so that each loss is seen.
+Options withoutRetries(Options options)
+{
+    options.retries = 0;
+    return options;
+}
+
+QString summary(std::uint64_t sent, std::uint64_t answered, const Statistics &statistics)
+{
+    const double lost =
+        sent == 0 ? 0.0 : 100.0 * static_cast<double>(sent - answered) / static_cast<double>(sent);
+    const QString counts = QString("%1 requests sent, %2 answered, %3% lost")
+                               .arg(sent)
+                               .arg(answered)
+                               .arg(lost, 0, 'f', 1);
+    if (answered == 0)
+        return counts;
+    const RoundTrips trips = statistics.roundTrips();
+    return counts + QString("\nround trip min/median/p95/p99/max %1/%2/%3/%4/%5 ms")
+                        .arg(milliseconds(trips.min), milliseconds(trips.median),
+                             milliseconds(trips.p95), milliseconds(trips.p99),
+                             milliseconds(trips.max));
+}
+
+} // namespace
+
+ExitCode runPing(const Options &options, const PingOptions &ping)
+{
+    Connection connection(withoutRetries(options));
+    const Tag tag = connection.readTags({ping.tag}).front();
+    Session &session = connection.open();
+    std::uint64_t sent = 0;
+    std::uint64_t answered = 0;
+    Statistics statistics;
+    session.setObserver([&](const Exchange &exchange) {
+        ++sent;
+        if (isAnswered(exchange)) {
+            ++answered;
+            statistics.countGood(exchange.roundTrip);
+        }
+        print(QString("station %1 %2: %3")
+                  .arg(tag.elements.station)
+                  .arg(tag.text, replyText(exchange)));
+    });
+    Run one = tag.elements;
+    one.count = 1;
+    session.poll({one});
+
+    PollLoop::Step last = PollLoop::Step::Exchanged;
+    while (last == PollLoop::Step::Exchanged && !(ping.count && sent >= *ping.count)) {
+        if (sent > 0)
+            pause(ping.interval);
+        last = session.step();
+    }
+    printError(summary(sent, answered, statistics));
+    if (last == PollLoop::Step::LineLost)
+        printError("the line was lost: check the cable or the network, then start again");
+    if (answered == 0)
+        return ExitCode::NoAnswer;
+    return answered == sent && last != PollLoop::Step::LineLost ? ExitCode::Ok
+                                                                : ExitCode::ItemFailed;
+}
+
+ExitCode runScan(const Options &options, const ScanOptions &scan)
+{
+    Connection connection(withoutRetries(options));
+    const Run first = connection.readTags({scan.tag}).front().elements;
+    Session &session = connection.open();
+    int found = 0;
+    session.setObserver([&found](const Exchange &exchange) {
+        const int station = exchange.request.var.station;
+        if (isAnswered(exchange)) {
+            ++found;
+            print(QString("station %1: %2").arg(station).arg(replyText(exchange)));
+        } else if (exchange.fault != ReplyFault::Silence) {
+            printError(QString("station %1: %2").arg(station).arg(replyText(exchange)));
+        }
+    });
+    PollLoop::Step last = PollLoop::Step::Exchanged;
+    for (int station = scan.first; station <= scan.last && last == PollLoop::Step::Exchanged;
+         ++station) {
+        session.poll({{station, first.area, first.first, 1}});
+        last = session.step();
+    }
+    printError(QString("%1 of %2 stations answer").arg(found).arg(scan.last - scan.first + 1));
+    if (last == PollLoop::Step::LineLost)
+        printError("the line was lost: check the cable or the network, then start again");
+    return found > 0 && last != PollLoop::Step::LineLost ? ExitCode::Ok : ExitCode::NoAnswer;
+}
+
+} // namespace kmr

@@ -1,0 +1,44 @@
+// Traffic as lines for a person: time, direction, frame and what it means.
+//
+//     12:00:00.125 > :01031064000187\r\n  station 01: read D100
+//     12:00:00.133 < :0103020001F9\r\n  station 01 answers D100: 1
+#pragma once
+
+#include <QByteArray>
+#include <QDateTime>
+#include <QString>
+
+#include <functional>
+
+namespace kmr {
+
+class LineTrace {
+public:
+    using Sink = std::function<void(const QString &line)>;
+
+    explicit LineTrace(Sink sink) : m_sink(std::move(sink)) {}
+    ~LineTrace()
+    {
+        flush();
+    }
+    LineTrace(const LineTrace &) = delete;
+    LineTrace &operator=(const LineTrace &) = delete;
+
+    // Takes the next characters of one direction, in pieces of any size. Received ones that are no
+    // whole frame are told when the next frame begins or is sent, at
+    // flush() and at the end of the trace.
+    void add(const QDateTime &time, bool isSent, const QByteArray &characters);
+
+    // Tells what has been received and is no whole frame.
+    void flush();
+
+private:
+    void tell(const QDateTime &time, bool isSent, const QByteArray &line);
+
+    const Sink m_sink;
+    QByteArray m_request;   // sent last
+    QByteArray m_received;  // not told yet
+    QDateTime m_receivedAt; // when its newest characters came
+};
+
+} // namespace kmr
