@@ -27,9 +27,6 @@
 #include <cstdlib>
 #include <iostream>
 #include <string>
-#ifdef __SANITIZE_ADDRESS__
-#include <sanitizer/common_interface_defs.h>
-#endif
 
 namespace {
 
@@ -41,28 +38,23 @@ const char *const usage =
     "Exit code: 0 they agree, 1 they differ, 2 bad arguments\n";
 
 std::string crashNote; // names the session under way
+struct sigaction handlersBefore[NSIG];
 
-// A crash can't be shrunk, but it can be repeated.
-void noteCrash()
+// A crash can't be shrunk, but it can be repeated. Afterwards the fault happens again and is
+// handled as if nobody had looked.
+void noteCrash(int signalNumber)
 {
+    sigaction(signalNumber, &handlersBefore[signalNumber], nullptr);
     if (write(STDERR_FILENO, crashNote.data(), crashNote.size()) < 0)
         return; // nothing more can be done
 }
 
-void crashed(int signalNumber)
-{
-    noteCrash();
-    std::signal(signalNumber, SIG_DFL);
-    std::raise(signalNumber);
-}
-
 void noteCrashes()
 {
+    struct sigaction action = {};
+    action.sa_handler = noteCrash;
     for (const int signalNumber : {SIGSEGV, SIGBUS, SIGFPE, SIGILL, SIGABRT})
-        std::signal(signalNumber, crashed);
-#ifdef __SANITIZE_ADDRESS__
-    __sanitizer_set_death_callback(noteCrash);
-#endif
+        sigaction(signalNumber, &action, &handlersBefore[signalNumber]);
 }
 
 int report(std::uint64_t seed, const std::vector<Call> &calls)
@@ -83,6 +75,17 @@ bool readNumber(const char *text, std::uint64_t &number)
 }
 
 } // namespace
+
+// The sanitizers, where they are built in, end in a signal too.
+extern "C" const char *__asan_default_options()
+{
+    return "abort_on_error=1";
+}
+
+extern "C" const char *__ubsan_default_options()
+{
+    return "abort_on_error=1:print_stacktrace=1";
+}
 
 int main(int argc, char **argv)
 {

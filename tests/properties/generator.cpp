@@ -18,6 +18,12 @@ const std::vector<int> boundaries = {
 const std::vector<int> commonCounts = {1, 1, 1, 1, 2, 2, 3, 4, 5, 7, 8, 9, 12, 15, 16, 17, 20};
 const std::vector<int> oddCounts = {-1, 0, 0, 24, 31, 32, 33, 48, 63, 64, 65, 70};
 
+void endInside32Bits(Call &run)
+{
+    if (run.address + (run.count - 1LL) > INT_MAX)
+        run.count = 1;
+}
+
 // Areas that are numbered bit by bit from zero on: a bit before zero has no place.
 bool isLinearBitArea(int area)
 {
@@ -90,8 +96,7 @@ Call Generator::run(Kind kind)
     call.count = count();
     call.option = chance(40) ? -1 : 1;
     call.salt = static_cast<unsigned>(below(1 << 20));
-    if (call.address + (call.count - 1LL) > INT_MAX)
-        call.count = 1;
+    endInside32Bits(call);
     return call;
 }
 
@@ -149,6 +154,7 @@ Call Generator::recipe()
         Call entry = run(Kind::Recipe);
         if (chance(8)) // near what a frame and a record hold
             entry.count = pick(std::vector<int>{250, 251, 251, 252, 252, 511, 512, 513, 600});
+        endInside32Bits(entry);
         if (entry.area == CV2) // words behind the 512th don't exist
             entry.count = std::min(entry.count, 512);
         entry.option = below(40);                               // buffer word
