@@ -221,8 +221,7 @@ int a2i_ddd_DD(QString text, int *result)
     const qint64 combined = qint64(word) * 16 + bit;
     if (combined != static_cast<qint32>(combined))
         return -1;
-    if (result)
-        *result = static_cast<qint32>(combined);
+    *result = static_cast<qint32>(combined);
     return 1;
 }
 

@@ -238,7 +238,7 @@ void write_saveDataToArea(int station, QString area, int address, int count, uns
     case COUNTER_ELEMENTS:
         saveElements(station, area, address, count / 2, 4, data);
         break;
-    case NO_ELEMENTS:
+    default:
         break;
     }
 }
@@ -259,7 +259,7 @@ qint32 intf_getData(qint32 station, QString area, qint32 address, qint32 count,
     case COUNTER_ELEMENTS:
         readElements(station, area, address, count / 2, 4, out);
         break;
-    case NO_ELEMENTS:
+    default:
         break;
     }
     return 1;
@@ -279,7 +279,7 @@ qint32 intf_setData(qint32 station, QString area, qint32 address, qint32 count, 
         case COUNTER_ELEMENTS:
             queueWordWrites(station, area, address, count, data, reqTag);
             break;
-        case NO_ELEMENTS:
+        default:
             break;
         }
     }
