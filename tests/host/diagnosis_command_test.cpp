@@ -1,0 +1,183 @@
+// The commands of kmr that explain and test, against a simulated controller in this process.
+#include "simulator/areas.h"
+#include "simulator/controller.h"
+#include "simulator/tcp_server.h"
+
+#include <QCoreApplication>
+#include <QEventLoop>
+#include <QProcess>
+#include <QRegularExpression>
+#include <QTemporaryDir>
+#include <gtest/gtest.h>
+
+namespace {
+
+struct Finished {
+    int exitCode;
+    QString out;
+    QString err;
+};
+
+class DiagnosisCommand : public testing::Test {
+protected:
+    DiagnosisCommand()
+    {
+        EXPECT_EQ(m_server.listen("127.0.0.1", 0), "");
+    }
+
+    Finished kmr(const QStringList &arguments)
+    {
+        QProcess process;
+        QProcessEnvironment variables = QProcessEnvironment::systemEnvironment();
+        variables.insert("KMR_DRIVER", DRIVER_LIBRARY);
+        variables.insert("KMR_LINK", QString("tcp://127.0.0.1:%1").arg(m_server.port()));
+        process.setProcessEnvironment(variables);
+        QEventLoop loop;
+        QObject::connect(
+            &process,
+            static_cast<void (QProcess::*)(int, QProcess::ExitStatus)>(&QProcess::finished), &loop,
+            &QEventLoop::quit);
+        process.start(KMR_EXECUTABLE, arguments);
+        EXPECT_TRUE(process.waitForStarted());
+        loop.exec();
+        EXPECT_EQ(process.exitStatus(), QProcess::NormalExit);
+        return {process.exitCode(), QString::fromLocal8Bit(process.readAllStandardOutput()),
+                QString::fromLocal8Bit(process.readAllStandardError())};
+    }
+
+    simulator::Controller m_controller{"01"};
+    simulator::TcpServer m_server{m_controller};
+    QTemporaryDir m_directory;
+};
+
+bool matches(const QString &text, const char *pattern)
+{
+    return QRegularExpression(pattern).match(text).hasMatch();
+}
+
+} // namespace
+
+TEST_F(DiagnosisCommand, DecodeExplainsARequestAndItsAnswer)
+{
+    const Finished decode = kmr({"decode", ":01031064000286", ":01030400FA0001FD"});
+    EXPECT_EQ(decode.exitCode, 0);
+    EXPECT_EQ(decode.out, "request to station 01\n"
+                          "  function  03 read holding registers\n"
+                          "  address   2 registers from 1064\n"
+                          "  elements  D100 to D101\n"
+                          "  also      TV2660 to TV2661\n"
+                          "  LRC       86 right\n"
+                          "answer of station 01\n"
+                          "  function  03 read holding registers\n"
+                          "  address   2 registers from 1064\n"
+                          "  elements  D100 to D101\n"
+                          "  also      TV2660 to TV2661\n"
+                          "  values    250 1\n"
+                          "  LRC       FD right\n");
+}
+
+TEST_F(DiagnosisCommand, DecodeEndsWithOneForABadFrame)
+{
+    const Finished decode = kmr({"decode", ":01031064000287"});
+    EXPECT_EQ(decode.exitCode, 1);
+    EXPECT_EQ(decode.err, ":01031064000287: LRC 87 wrong, 86 would be right\n");
+}
+
+TEST_F(DiagnosisCommand, TraceGoesToStderrAndTheCaptureTellsTheSame)
+{
+    ASSERT_TRUE(simulator::setElement(m_controller.memory(), "D", 100, 250));
+    const QString capture = m_directory.filePath("field.jsonl");
+    const Finished read = kmr({"read", "D100", "--trace", "--capture", capture});
+    EXPECT_EQ(read.out, "D100 250\n");
+    EXPECT_TRUE(matches(read.err, "^\\d\\d:\\d\\d:\\d\\d\\.\\d{3} > :01031064000187\\\\r\\\\n  "
+                                  "station 01: read D100\n\\d\\d:\\S+ < :01030200FA00\\\\r\\\\n  "
+                                  "station 01 answers D100: 250\n"))
+        << read.err.toStdString();
+    const Finished trace = kmr({"trace", capture});
+    EXPECT_EQ(trace.exitCode, 0);
+    EXPECT_TRUE(trace.out.contains(" < :01030200FA00\\r\\n  station 01 answers D100: 250\n"));
+    EXPECT_EQ(trace.out.count('\n'), read.err.count('\n'));
+}
+
+TEST_F(DiagnosisCommand, TraceOfNoCaptureEndsWithTwo)
+{
+    EXPECT_EQ(kmr({"trace", "/no/such/file"}).exitCode, 2);
+    const Finished trace = kmr({"trace", KMR_EXECUTABLE});
+    EXPECT_EQ(trace.exitCode, 2);
+    EXPECT_TRUE(trace.err.contains(":1: no capture of kmr")) << trace.err.toStdString();
+}
+
+TEST_F(DiagnosisCommand, CheckSaysTheDriversResultInWords)
+{
+    const Finished check = kmr({"check", "D100", "D11999x2", "TV5.16", "Q7", "CV21"});
+    EXPECT_EQ(check.exitCode, 1);
+    EXPECT_EQ(check.out, "D100: valid (result 0), area D, address 100, count 1\n"
+                         "D11999x2: out of range (result 2), area D, address 11999, count 2\n"
+                         "TV5.16: no address (result 4), area TV_bit, address 5.16, count 1\n"
+                         "Q7: unknown area (result 3), area Q, address 7, count 1\n"
+                         "CV21: valid (result 0), area CV, address 21, count 1\n");
+    EXPECT_EQ(kmr({"check", "X17"}).exitCode, 0);
+}
+
+TEST_F(DiagnosisCommand, SeriesCountsOctalAreasInOctal)
+{
+    const Finished series = kmr({"series", "X", "6", "4", "1"});
+    EXPECT_EQ(series.exitCode, 0);
+    EXPECT_EQ(series.out, "X6\nX7\nX10\nX11\n");
+}
+
+TEST_F(DiagnosisCommand, SeriesBeyondTheEndEndsWithOne)
+{
+    const Finished series = kmr({"series", "D", "11990", "3", "5"});
+    EXPECT_EQ(series.exitCode, 1);
+    EXPECT_EQ(series.out, "D11990\nD11995\nD11999\n");
+    EXPECT_TRUE(series.err.contains("result 2")) << series.err.toStdString();
+    EXPECT_EQ(kmr({"series", "Q", "1", "1", "1"}).exitCode, 2);
+}
+
+TEST_F(DiagnosisCommand, PingTellsEachRoundTripAndASummary)
+{
+    const Finished ping = kmr({"ping", "3", "--interval", "0"});
+    EXPECT_EQ(ping.exitCode, 0);
+    EXPECT_TRUE(matches(ping.out, "^(station 1 D0: answered in \\d+\\.\\d{3} ms\n){3}$"))
+        << ping.out.toStdString();
+    EXPECT_TRUE(matches(ping.err, "^3 requests sent, 3 answered, 0.0% lost\nround trip "
+                                  "min/median/p95/p99/max [\\d./]+ ms\n$"))
+        << ping.err.toStdString();
+}
+
+TEST_F(DiagnosisCommand, PingOfASilentStationEndsWithFour)
+{
+    const Finished ping =
+        kmr({"ping", "2", "--interval", "0", "--station", "2", "--timeout", "20"});
+    EXPECT_EQ(ping.exitCode, 4);
+    EXPECT_EQ(ping.out, "station 2 D0: no answer\nstation 2 D0: no answer\n");
+    EXPECT_EQ(ping.err, "2 requests sent, 0 answered, 100.0% lost\n");
+}
+
+TEST_F(DiagnosisCommand, ScanFindsTheStationThatAnswers)
+{
+    const Finished scan = kmr({"scan", "--stations", "1..3", "--timeout", "20"});
+    EXPECT_EQ(scan.exitCode, 0);
+    EXPECT_TRUE(matches(scan.out, "^station 1: answered in \\d+\\.\\d{3} ms\n$"))
+        << scan.out.toStdString();
+    EXPECT_EQ(scan.err, "1 of 3 stations answer\n");
+    EXPECT_EQ(kmr({"scan", "--stations", "2..3", "--timeout", "20"}).exitCode, 4);
+    EXPECT_EQ(kmr({"scan", "--stations", "3..1"}).exitCode, 2);
+}
+
+TEST_F(DiagnosisCommand, HelpTeachesWithExamples)
+{
+    for (const char *command : {"decode", "trace", "check", "series", "ping", "scan"}) {
+        const Finished help = kmr({command, "--help"});
+        EXPECT_EQ(help.exitCode, 0);
+        EXPECT_TRUE(help.out.contains("Examples:")) << command;
+    }
+}
+
+int main(int argc, char *argv[])
+{
+    const QCoreApplication application(argc, argv);
+    testing::InitGoogleTest(&argc, argv);
+    return RUN_ALL_TESTS();
+}
