@@ -2,6 +2,7 @@
 #include "host/commands/commands.h"
 #include "host/commands/connection.h"
 #include "host/commands/diagnosis.h"
+#include "host/commands/settings.h"
 #include "host/commands/stop.h"
 #include "host/tag.h"
 #include "simulator/faults.h"
@@ -19,13 +20,6 @@ using kmr::ExitCode;
 
 // What CLI11 fills: it knows nothing of Qt's types.
 struct CommandLine {
-    std::string link;
-    std::string driver;
-    int station = 1;
-    int timeout = 1000;
-    int retries = 2;
-    int groupLimit = 8;
-    std::string echo = "auto";
     std::vector<std::string> tags;
     std::string file;
     std::string listen;
@@ -33,9 +27,8 @@ struct CommandLine {
     std::uint64_t count = 0;
     double seconds = 0;
     bool verify = false;
+    bool dryRun = false;
     bool animate = false;
-    bool trace = false;
-    std::string capture;
     std::vector<std::string> faults;
     std::uint64_t seed = 0;
 };
@@ -67,58 +60,12 @@ QStringList toQStrings(const std::vector<std::string> &texts)
     return list;
 }
 
-kmr::Options toOptions(const CommandLine &line)
-{
-    kmr::Options options;
-    options.link = toQString(line.link);
-    options.driver = toQString(line.driver);
-    options.station = line.station;
-    options.timeout = std::chrono::milliseconds(line.timeout);
-    options.retries = line.retries;
-    options.groupLimit = line.groupLimit;
-    options.echo = line.echo == "on"    ? kmr::EchoMode::On
-                   : line.echo == "off" ? kmr::EchoMode::Off
-                                        : kmr::EchoMode::Auto;
-    options.trace = line.trace;
-    options.capture = toQString(line.capture);
-    return options;
-}
-
-void addGlobalOptions(CLI::App &app, CommandLine &line)
-{
-    app.add_option("--link", line.link,
-                   "serial:///dev/ttyUSB0?baud=9600&frame=7E1 or tcp://host:port")
-        ->envname("KMR_LINK");
-    app.add_option("--driver", line.driver,
-                   "driver library to load (default: KMR_DRIVER, else libostrel_kmr.so.1 beside "
-                   "kmr, else the system's)");
-    app.add_option("--station", line.station, "station of tags that name none")
-        ->check(CLI::Range(kmr::MIN_STATION, kmr::MAX_STATION))
-        ->capture_default_str();
-    app.add_option("--timeout", line.timeout, "milliseconds to wait for an answer")
-        ->check(CLI::Range(1, 600000))
-        ->capture_default_str();
-    app.add_option("--retries", line.retries, "times a request is sent again before giving up")
-        ->check(CLI::Range(0, 1000))
-        ->capture_default_str();
-    app.add_option("--group-limit", line.groupLimit, "words that a request may carry")
-        ->check(CLI::Range(1, 8))
-        ->capture_default_str();
-    app.add_option("--echo", line.echo,
-                   "does the line hand requests back, as two-wire lines do: on, off or auto")
-        ->check(CLI::IsMember({"on", "off", "auto"}))
-        ->capture_default_str();
-    app.add_flag("--trace", line.trace, "explain all traffic on stderr");
-    app.add_option("--capture", line.capture,
-                   "write every character with its time to this file, for 'kmr trace FILE'");
-}
-
 using Command = std::function<ExitCode(const kmr::Options &)>;
 
 CLI::App *addTagCommand(CLI::App &app, CommandLine &line, const char *name, const char *text)
 {
     CLI::App *command = app.add_subcommand(name, text);
-    command->add_option("TAG", line.tags, "what to look at")->required();
+    command->add_option("TAG", line.tags, "what to look at (default: the tags of kmr.toml)");
     return command;
 }
 
@@ -128,6 +75,36 @@ void addAreas(CLI::App &app, Command &chosen)
     CLI::App *command = app.add_subcommand("areas", "List the controller's device areas");
     command->footer("Examples:\n  kmr areas\n  kmr areas --driver ./libostrel_kmr.so.1");
     command->callback([&chosen] { chosen = kmr::runAreas; });
+}
+
+void addConfig(CLI::App &app, const kmr::Settings &settings, Command &chosen)
+{
+    CLI::App *command = app.add_subcommand("config", "List the settings in force and their source");
+    command->footer("The project's kmr.toml may hold each of them, for example\n"
+                    "  link = \"tcp://192.168.0.10:8888\"\n  tags = [\"D100\", \"X0..17\"]\n\n"
+                    "Examples:\n  kmr config\n  kmr config --config mixer/kmr.toml");
+    command->callback([&settings, &chosen] {
+        chosen = [&settings](const kmr::Options &options) {
+            return kmr::runConfig(options, settings);
+        };
+    });
+}
+
+void addTags(CLI::App &app, CommandLine &line, Command &chosen)
+{
+    CLI::App *tags = app.add_subcommand("tags", "Look after files of names");
+    tags->require_subcommand(1);
+    CLI::App *check = tags->add_subcommand("check", "Name every bad line of a file of names");
+    check->add_option("FILE", line.file, "the file")->required();
+    check->footer("A FILE holds a line NAME,TAG,UNIT,SCALE,COMMENT for each name, for example\n"
+                  "  name,tag,unit,scale,comment\n  boiler.temp,D100/int16,C,0.1,flow\n\n"
+                  "Examples:\n  kmr tags check names.csv\n"
+                  "  kmr tags check names.csv --station 2");
+    check->callback([&line, &chosen] {
+        chosen = [&line](const kmr::Options &options) {
+            return kmr::runTagsCheck(options, toQString(line.file));
+        };
+    });
 }
 
 void addWatch(CLI::App &app, CommandLine &line, Command &chosen)
@@ -172,6 +149,7 @@ void addWrite(CLI::App &app, CommandLine &line, Command &chosen)
     CLI::App *command = app.add_subcommand("write", "Write values, each acknowledged in turn");
     command->add_option("TAG=VALUE", line.tags, "what to write, in this order")->required();
     command->add_flag("--verify", line.verify, "read back and compare");
+    command->add_flag("--dry-run", line.dryRun, "show the frames and send nothing");
     command->footer(std::string("Several values of one tag are separated by commas or blanks.\n"
                                 "Behind a write that fails nothing more is written.\n\n") +
                     TAG_HELP +
@@ -179,7 +157,7 @@ void addWrite(CLI::App &app, CommandLine &line, Command &chosen)
                     "  kmr write M0x3=1,0,1 CV2200=70000 --verify --link serial:///dev/ttyUSB0");
     command->callback([&line, &chosen] {
         chosen = [&line](const kmr::Options &options) {
-            return kmr::runWrite(options, toQStrings(line.tags), line.verify);
+            return kmr::runWrite(options, toQStrings(line.tags), {line.verify, line.dryRun});
         };
     });
 }
@@ -257,8 +235,10 @@ int main(int argc, char *argv[])
     app.fallthrough(); // global options may also follow the command
     app.require_subcommand(1);
     app.footer(std::string(EXIT_HELP) + "\n\n'kmr COMMAND --help' tells more about a command.");
-    addGlobalOptions(app, line);
+    kmr::Settings settings(app);
     addAreas(app, chosen);
+    addConfig(app, settings, chosen);
+    addTags(app, line, chosen);
     addWatch(app, line, chosen);
     addRead(app, line, chosen);
     addWrite(app, line, chosen);
@@ -273,7 +253,7 @@ int main(int argc, char *argv[])
     }
     try {
         kmr::catchStopSignals();
-        return static_cast<int>(chosen(toOptions(line)));
+        return static_cast<int>(chosen(settings.resolve()));
     } catch (const kmr::Error &error) {
         kmr::printError("kmr: " + error.text());
         return static_cast<int>(error.code());

@@ -125,16 +125,16 @@ void PollLoop::quietAfter(ReplyFault fault)
     switch (fault) {
     case ReplyFault::None:
     case ReplyFault::NotSendable:
-        m_quiet = milliseconds(0);
+        m_quiet = m_settings.gap;
         break;
     case ReplyFault::TooLong:
     case ReplyFault::NotHex:
     case ReplyFault::WrongLrc:
     case ReplyFault::WrongLength:
-        m_quiet = std::min(DAMAGED_QUIET, m_settings.timeout);
+        m_quiet = std::max(m_settings.gap, std::min(DAMAGED_QUIET, m_settings.timeout));
         break;
     default:
-        m_quiet = m_settings.timeout;
+        m_quiet = std::max(m_settings.gap, m_settings.timeout);
         break;
     }
 }

@@ -23,6 +23,7 @@ struct PollSettings {
     std::chrono::milliseconds timeout{1000};
     std::chrono::nanoseconds characterTime{0};
     EchoMode echo = EchoMode::Auto;
+    std::chrono::milliseconds gap{0}; // silence on the line before each request
     // Told of all characters as they are sent and as they arrive, those of no use included.
     std::function<void(bool isSent, const QByteArray &characters)> tap = {};
 };

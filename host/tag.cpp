@@ -1,6 +1,7 @@
 #include "host/tag.h"
 
 #include "host/error.h"
+#include "host/names.h"
 
 #include <QRegularExpression>
 
@@ -90,6 +91,26 @@ TagReader::TagReader(const DriverFunctions &driver, int station, WordOrder wordO
 }
 
 Tag TagReader::read(const QString &text) const
+{
+    return m_names != nullptr && m_names->find(text) != nullptr ? readNamed(text)
+                                                                : readAddressed(text);
+}
+
+Tag TagReader::readNamed(const QString &text) const
+{
+    const Name &name = *m_names->find(text);
+    Tag tag = readAddressed(name.tag);
+    const bool hasNumbers = tag.type != ValueType::Text && tag.type != ValueType::Hex &&
+                            (tag.kind == ElementKind::Word || tag.kind == ElementKind::Counter);
+    if (name.scale != 1 && !hasNumbers)
+        throw badTag(text, QString("%1 has no numbers that could be scaled").arg(name.tag));
+    tag.text = name.name;
+    tag.unit = name.unit;
+    tag.scale = name.scale;
+    return tag;
+}
+
+Tag TagReader::readAddressed(const QString &text) const
 {
     static const QRegularExpression PARTS("^(?:([0-9]{1,9})#)?([^#/\\s]+?)"
                                           "(?:\\.\\.([0-9.]+)|x([0-9]{1,9}))?(?:/([^/\\s]*))?$");

@@ -34,9 +34,13 @@ struct Tag {
     int count = 1;    // elements or bits of words
     ValueType type = ValueType::Plain;
     WordOrder wordOrder = WordOrder::LowFirst; // of 32-bit types in words
+    QString unit;                              // of a name: "°C"
+    double scale = 1; // of a name: what is shown is `scale` times the value
 };
 
 // Reads tags with the help of the driver, which alone decides what a valid address is.
+class NameTable;
+
 class TagReader {
 public:
     // `station`: for tags that name none, 1 to 99. `driver` must outlive the reader.
@@ -46,7 +50,15 @@ public:
     // Throws Error (Usage) that says what is wrong with the tag. Where an address fits two areas,
     // the longer name counts: CV2200 is the counter CV2 200, CV21 the word CV 21, since CV2 begins
     // at 200.
+    //
+    // A name of the table that is set counts before an address.
     Tag read(const QString &text) const;
+
+    // `names` must outlive the reader.
+    void setNames(const NameTable &names)
+    {
+        m_names = &names;
+    }
 
     // The areas of the driver's catalogue, bit areas first.
     const QStringList &areas() const
@@ -62,6 +74,8 @@ private:
     };
 
     int check(const QString &area, const QString &address, int count, int &number) const;
+    Tag readNamed(const QString &text) const;
+    Tag readAddressed(const QString &text) const;
     int countOf(const QString &area, const Extent &extent, ValueType type) const;
     bool readAddress(const QString &area, const QString &address, int count, Tag &tag) const;
     QString whyInvalid(const QString &area, const QString &address, int count) const;
@@ -69,6 +83,7 @@ private:
     const DriverFunctions &m_driver;
     const int m_station;
     const WordOrder m_wordOrder;
+    const NameTable *m_names = nullptr;
     QStringList m_areas;
 };
 

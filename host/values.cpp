@@ -74,6 +74,17 @@ std::uint32_t floatBits(const Tag &tag, const QString &text)
     return bits;
 }
 
+// The unscaled number nearest to a scaled one, as text.
+QString unscaled(const Tag &tag, const QString &text)
+{
+    bool isNumber = false;
+    const double value = text.toDouble(&isNumber) / tag.scale;
+    if (!isNumber)
+        throw badValue(tag, text, "a number, for example 21.5");
+    return tag.type == ValueType::Float32 ? QString::number(value, 'g', 9)
+                                          : QString::number(value, 'f', 0);
+}
+
 // The bits of one value, 32 at most.
 std::uint32_t parseValue(const Tag &tag, const QString &text)
 {
@@ -168,7 +179,7 @@ float toFloat(std::uint32_t bits)
 }
 
 // As few digits as tell it from its neighbours.
-QString floatText(float value)
+template <typename Float> QString floatText(Float value)
 {
     char text[32];
     const std::to_chars_result result = std::to_chars(text, text + sizeof text, value);
@@ -199,7 +210,7 @@ Value valueOf(const Tag &tag, std::uint32_t bits)
     case ValueType::Int32:
         return std::int64_t{static_cast<std::int32_t>(bits)};
     case ValueType::Float32:
-        return double{toFloat(bits)};
+        return floatText(toFloat(bits)).toDouble();
     case ValueType::Hex:
         return hexText(bits, isCounter);
     case ValueType::Bcd:
@@ -213,13 +224,17 @@ Value valueOf(const Tag &tag, std::uint32_t bits)
     return std::int64_t{bits};
 }
 
-QString textOf(const Value &value)
+// Twelve digits: beyond them lies only what the multiplication brought in.
+Value scaled(const Value &value, double scale)
 {
+    const auto times = [scale](double number) {
+        return QString::number(number * scale, 'g', 12).toDouble();
+    };
     if (const auto *number = std::get_if<std::int64_t>(&value))
-        return QString::number(*number);
+        return times(static_cast<double>(*number));
     if (const auto *number = std::get_if<double>(&value))
-        return floatText(static_cast<float>(*number));
-    return std::get<QString>(value);
+        return times(*number);
+    return value;
 }
 
 } // namespace
@@ -240,7 +255,7 @@ Values parseValues(const Tag &tag, const QString &text)
     }
     Values values;
     for (const QString &one : texts)
-        appendElements(tag, parseValue(tag, one), values);
+        appendElements(tag, parseValue(tag, tag.scale == 1 ? one : unscaled(tag, one)), values);
     return values;
 }
 
@@ -255,16 +270,26 @@ std::vector<Value> interpret(const Tag &tag, const Values &values)
         if (step == 2)
             bits = tag.wordOrder == WordOrder::LowFirst ? values[i + 1] << 16 | values[i]
                                                         : values[i] << 16 | values[i + 1];
-        result.push_back(valueOf(tag, bits));
+        const Value value = valueOf(tag, bits);
+        result.push_back(tag.scale == 1 ? value : scaled(value, tag.scale));
     }
     return result;
+}
+
+QString toText(const Value &value)
+{
+    if (const auto *number = std::get_if<std::int64_t>(&value))
+        return QString::number(*number);
+    if (const auto *number = std::get_if<double>(&value))
+        return floatText(*number);
+    return std::get<QString>(value);
 }
 
 QStringList valueTexts(const Tag &tag, const Values &values)
 {
     QStringList texts;
     for (const Value &value : interpret(tag, values))
-        texts.append(textOf(value));
+        texts.append(toText(value));
     return texts;
 }
 

@@ -19,17 +19,18 @@ using Values = std::vector<std::uint32_t>;
 // digits for the bits as they are. Without a type 0 or 1 for bits, -32768 to 65535 for words and
 // -2147483648 to 4294967295 for counters. A text is taken as it is, padded with zeroes; \xNN stands
 // for any character, \\ for a backslash. Throws Error (Usage) where a value is out of the type's
-// range or their number is not the tag's.
+// range or their number is not the tag's. Numbers of a tag with a scale are divided by it.
 Values parseValues(const Tag &tag, const QString &text);
 
 // One value as its type has it. Digits that are no decimal ones in a bcd value, and texts, are
 // text.
 using Value = std::variant<std::int64_t, double, QString>;
 
-// The values that a tag's elements hold. `values` has one for each element.
+// The values that a tag's elements hold, times its scale. `values` has one for each element.
 std::vector<Value> interpret(const Tag &tag, const Values &values);
 
 // The same as text for a person, and separated by blanks.
+QString toText(const Value &value);
 QStringList valueTexts(const Tag &tag, const Values &values);
 QString formatValues(const Tag &tag, const Values &values);
 

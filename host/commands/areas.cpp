@@ -5,16 +5,6 @@ namespace kmr {
 
 namespace {
 
-QString row(const QStringList &cells)
-{
-    static const int WIDTHS[] = {6, 9, 8, 9, 8};
-    QString line;
-    for (int i = 0; i < cells.size(); ++i)
-        line +=
-            i < static_cast<int>(std::size(WIDTHS)) ? cells[i].leftJustified(WIDTHS[i]) : cells[i];
-    return line;
-}
-
 QString elementsOf(const QString &area, bool isWord)
 {
     if (isCounterArea(area))
@@ -32,14 +22,18 @@ ExitCode runAreas(const Options &options)
     driver.getRegListByType(0, areas);
     driver.getRegListByType(1, areas);
 
-    print(row({"AREA", "ELEMENTS", "LOWEST", "HIGHEST", "DIGITS", "ACCESS"}));
+    RecordWriter records(options.format == Format::Plain ? Format::Table : options.format, "areas",
+                         {"area", "elements", "lowest", "highest", "digits", "access"}, false,
+                         print);
     for (const QString &area : areas) {
         QStringList description; // mask, lowest, highest, word area, writable
         driver.getRegDiscription(area, description);
-        print(row({area, elementsOf(area, description.value(3) == "1"), description.value(1),
-                   description.value(2), description.value(0).startsWith('o') ? "octal" : "decimal",
-                   description.value(4) == "1" ? "read, write" : "read"}));
+        records.add({}, {area, elementsOf(area, description.value(3) == "1"), description.value(1),
+                         description.value(2),
+                         QString(description.value(0).startsWith('o') ? "octal" : "decimal"),
+                         QString(description.value(4) == "1" ? "read, write" : "read")});
     }
+    records.end();
     return ExitCode::Ok;
 }
 

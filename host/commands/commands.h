@@ -3,7 +3,9 @@
 #pragma once
 
 #include "host/error.h"
+#include "host/records.h"
 #include "host/reply_filter.h"
+#include "host/value_type.h"
 
 #include <QString>
 #include <QStringList>
@@ -23,9 +25,22 @@ struct Options {
     int retries = 2;
     int groupLimit = 8;
     EchoMode echo = EchoMode::Auto;
+    std::chrono::milliseconds gap{0}; // silence before each request
+    WordOrder wordOrder = WordOrder::LowFirst;
+    Format format = Format::Plain;
+    QString names;    // file of names; empty: none
+    QStringList tags; // of the project's file, for commands that are given none
     bool trace = false; // explain all traffic on stderr
     QString capture;    // file that receives every character; empty: none
 };
+
+class Settings;
+
+// Lists what is in force, and where from.
+ExitCode runConfig(const Options &options, const Settings &settings);
+
+// Checks a file of names.
+ExitCode runTagsCheck(const Options &options, const QString &file);
 
 // Lists the device areas of the driver's catalogue.
 ExitCode runAreas(const Options &options);
@@ -42,8 +57,13 @@ ExitCode runWatch(const Options &options, const WatchOptions &watch);
 // Reads tags once.
 ExitCode runRead(const Options &options, const QStringList &tags);
 
+struct WriteOptions {
+    bool verify = false; // read back and compare
+    bool dryRun = false; // show the frames and send nothing
+};
+
 // Writes assignments, TAG=VALUE, in their order.
-ExitCode runWrite(const Options &options, const QStringList &assignments, bool verify);
+ExitCode runWrite(const Options &options, const QStringList &assignments, const WriteOptions &how);
 
 // Moves a recipe file to the controller, or the controller's values into a recipe file; `tags` are
 // those to upload, or empty for those that the file has.

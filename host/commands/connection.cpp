@@ -5,6 +5,7 @@
 
 #include <QCoreApplication>
 #include <QDateTime>
+#include <QFile>
 
 #include <cstdio>
 
@@ -33,17 +34,38 @@ std::unique_ptr<DriverLibrary> loadDriver(const Options &options)
     return std::make_unique<DriverLibrary>(path);
 }
 
+NameTable loadNames(const QString &path, const TagReader &reader)
+{
+    QFile file(path);
+    if (!file.open(QIODevice::ReadOnly))
+        throw Error(ExitCode::Usage, QString("cannot read %1: %2").arg(path, file.errorString()));
+    QStringList faults;
+    const NameTable names = NameTable::parse(QString::fromUtf8(file.readAll()), path, faults);
+    faults.append(checkNames(names, path, reader));
+    if (!faults.isEmpty())
+        throw Error(ExitCode::Usage, faults.join('\n'));
+    return names;
+}
+
 Connection::Connection(const Options &options)
     : m_options(options), m_library(loadDriver(options)),
-      m_tags(m_library->functions(), options.station)
+      m_tags(m_library->functions(), options.station, options.wordOrder)
 {
+    if (!options.names.isEmpty()) {
+        m_names = loadNames(options.names, m_tags);
+        m_tags.setNames(m_names);
+    }
 }
 
 std::vector<Tag> Connection::readTags(const QStringList &texts) const
 {
+    const QStringList &wanted = texts.isEmpty() ? m_options.tags : texts;
+    if (wanted.isEmpty())
+        throw Error(ExitCode::Usage, "no tags: name some, for example D100, or list them in the "
+                                     "project's kmr.toml: tags = [\"D100\"]");
     std::vector<Tag> tags;
     QStringList faults;
-    for (const QString &text : texts) {
+    for (const QString &text : wanted) {
         try {
             tags.push_back(m_tags.read(text));
         } catch (const Error &error) {
@@ -59,10 +81,22 @@ Session &Connection::open()
 {
     const LinkAddress address = linkOf(m_options);
     m_device = openLink(address, m_options.timeout);
+    return begin(characterTime(address));
+}
+
+Session &Connection::openOn(std::unique_ptr<QIODevice> device)
+{
+    m_device = std::move(device);
+    return begin(std::chrono::nanoseconds(0));
+}
+
+Session &Connection::begin(std::chrono::nanoseconds characterTime)
+{
     SessionSettings settings;
     settings.poll.timeout = m_options.timeout;
-    settings.poll.characterTime = characterTime(address);
+    settings.poll.characterTime = characterTime;
     settings.poll.echo = m_options.echo;
+    settings.poll.gap = m_options.gap;
     tapLine(settings.poll);
     settings.retries = m_options.retries;
     settings.groupLimit = m_options.groupLimit;
@@ -120,6 +154,34 @@ QString toText(const RequestResult &result)
         break;
     }
     return "unknown: " + (hasFailure ? toText(result.failure) : cause + " before the answer came");
+}
+
+QString outcomeName(const RequestResult &result)
+{
+    switch (result.outcome) {
+    case Outcome::Done:
+        return "done";
+    case Outcome::Refused:
+        return "refused";
+    case Outcome::NoAnswer:
+        return "no answer";
+    case Outcome::NotSent:
+        return "not sent";
+    case Outcome::Unknown:
+        break;
+    }
+    return "unknown";
+}
+
+Field textField(const QString &text)
+{
+    return text.isEmpty() ? Field() : Field(text);
+}
+
+QString now()
+{
+    const QDateTime time = QDateTime::currentDateTime();
+    return time.toOffsetFromUtc(time.offsetFromUtc()).toString(Qt::ISODateWithMs);
 }
 
 void ExitCodes::add(ExitCode code)

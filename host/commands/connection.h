@@ -4,6 +4,7 @@
 #include "host/capture.h"
 #include "host/commands/commands.h"
 #include "host/driver_library.h"
+#include "host/names.h"
 #include "host/session.h"
 #include "host/tag.h"
 #include "host/trace.h"
@@ -18,6 +19,9 @@ namespace kmr {
 // Loads the driver that the options name, or the one that is found.
 std::unique_ptr<DriverLibrary> loadDriver(const Options &options);
 
+// Reads a file of names. Throws Error (Usage) that names every bad line with its number.
+NameTable loadNames(const QString &path, const TagReader &reader);
+
 // The driver and, once it is opened, the link.
 class Connection {
 public:
@@ -29,18 +33,23 @@ public:
         return m_tags;
     }
 
-    // Reads all tags; one Error names all bad ones.
+    // Reads all tags, or the project's where there are none; one Error names all bad ones.
     std::vector<Tag> readTags(const QStringList &texts) const;
 
     // Opens the link. Throws Error.
     Session &open();
 
+    // Instead: a session on an open device, without a link.
+    Session &openOn(std::unique_ptr<QIODevice> device);
+
 private:
+    Session &begin(std::chrono::nanoseconds characterTime);
     void tapLine(PollSettings &settings);
 
     const Options m_options;
     std::unique_ptr<DriverLibrary> m_library;
     TagReader m_tags;
+    NameTable m_names;
     std::unique_ptr<CaptureWriter> m_capture;
     std::unique_ptr<LineTrace> m_trace;
     std::unique_ptr<QIODevice> m_device;
@@ -50,6 +59,15 @@ private:
 // The exit code for one request, and the words for a person: "no answer".
 ExitCode exitCodeOf(const RequestResult &result);
 QString toText(const RequestResult &result);
+
+// One word for records: "done", "refused", "no answer", "not sent" or "unknown".
+QString outcomeName(const RequestResult &result);
+
+// Text, or no content where it is empty.
+Field textField(const QString &text);
+
+// The time as RFC 3339 has it, with milliseconds and the offset from UTC.
+QString now();
 
 // Gathers exit codes: that of the failed items where all failed alike, else ItemFailed.
 class ExitCodes {

@@ -3,19 +3,11 @@
 #include "host/commands/stop.h"
 #include "host/poll_plan.h"
 
-#include <QDateTime>
-
 #include <map>
 
 namespace kmr {
 
 namespace {
-
-QString now()
-{
-    const QDateTime time = QDateTime::currentDateTime();
-    return time.toOffsetFromUtc(time.offsetFromUtc()).toString(Qt::ISODateWithMs);
-}
 
 bool overlap(const Run &left, const Run &right)
 {

@@ -1,5 +1,6 @@
 #include "host/commands/commands.h"
 #include "host/commands/connection.h"
+#include "host/commands/dry_line.h"
 #include "host/poll_plan.h"
 #include "host/reading.h"
 
@@ -71,78 +72,139 @@ RequestResult write(Session &session, const Assignment &assignment)
     return {RequestResult::Outcome::Done, {}};
 }
 
-void report(const Tag &tag, const RequestResult &result)
+// One word for records. A write that got no answer may have been carried out all the same.
+QString writeOutcome(const RequestResult &result)
 {
-    if (result.outcome == RequestResult::Outcome::NoAnswer)
-        printError(QString("%1: not confirmed (it may have been written all the same): %2")
-                       .arg(tag.text, toText(result)));
-    else
-        printError(QString("%1: %2").arg(tag.text, toText(result)));
+    if (result.isDone())
+        return "confirmed";
+    return result.outcome == RequestResult::Outcome::NoAnswer ? QString("given up")
+                                                              : outcomeName(result);
+}
+
+RecordWriter makeRecords(Format format)
+{
+    return RecordWriter(format, "write", {"time", "tag", "values", "unit", "outcome", "error"},
+                        false, print);
+}
+
+void addRecord(RecordWriter &records, const Assignment &assignment, const QString &outcome,
+               const QString &error)
+{
+    const Tag &tag = assignment.tag;
+    const QString plain =
+        QString("%1 %2 %3").arg(tag.text, formatValues(tag, assignment.values), outcome);
+    records.add(error.isEmpty() ? plain : QString(),
+                {now(), tag.text, interpret(tag, assignment.values), textField(tag.unit), outcome,
+                 textField(error)});
+    if (!error.isEmpty())
+        printError(QString("%1: %2").arg(tag.text, error));
+}
+
+QString failureText(const RequestResult &result)
+{
+    if (result.isDone())
+        return {};
+    return result.outcome == RequestResult::Outcome::NoAnswer
+               ? "not confirmed (it may have been written all the same): " + toText(result)
+               : toText(result);
 }
 
 // The order of writes matters, so nothing is written behind one that failed.
-void reportUnwritten(const std::vector<Assignment> &assignments, std::size_t from)
+void reportUnwritten(RecordWriter &records, const std::vector<Assignment> &assignments,
+                     std::size_t from)
 {
     for (std::size_t i = from; i < assignments.size(); ++i)
-        printError(
-            QString("%1: not written, because of the failure before").arg(assignments[i].tag.text));
+        addRecord(records, assignments[i], "not sent",
+                  "not written, because of the failure before");
 }
 
-ExitCode verifyAll(Session &session, const std::vector<Assignment> &assignments)
+std::vector<Tag> tagsOf(const std::vector<Assignment> &assignments)
 {
     std::vector<Tag> tags;
     for (const Assignment &assignment : assignments)
         tags.push_back(assignment.tag);
-    const std::vector<Reading> readings = readNow(session, tags);
+    return tags;
+}
 
+ExitCode verifyAll(Session &session, RecordWriter &records,
+                   const std::vector<Assignment> &assignments)
+{
+    const std::vector<Reading> readings = readNow(session, tagsOf(assignments));
     ExitCodes codes;
-    for (std::size_t i = 0; i < tags.size(); ++i) {
+    for (std::size_t i = 0; i < assignments.size(); ++i) {
+        const Assignment &assignment = assignments[i];
         const Reading &reading = readings[i];
         if (!reading.result.isDone()) {
             codes.add(exitCodeOf(reading.result));
-            printError(QString("%1: not read back: %2").arg(tags[i].text, toText(reading.result)));
-        } else if (reading.values != assignments[i].values) {
+            addRecord(records, assignment, "confirmed", "not read back: " + toText(reading.result));
+        } else if (reading.values != assignment.values) {
             codes.add(ExitCode::Unknown);
-            printError(QString("%1: wrote %2, read back %3")
-                           .arg(tags[i].text, formatValues(tags[i], assignments[i].values),
-                                formatValues(tags[i], reading.values)));
+            addRecord(records, assignment, "differs",
+                      QString("wrote %1, read back %2")
+                          .arg(formatValues(assignment.tag, assignment.values),
+                               formatValues(assignment.tag, reading.values)));
         } else {
-            print(QString("%1 %2 verified").arg(tags[i].text, formatValues(tags[i], reading.values)));
+            addRecord(records, assignment, "verified", {});
         }
     }
     return codes.total();
+}
+
+ExitCode writeAll(Session &session, Format format, const std::vector<Assignment> &assignments,
+                  bool verify)
+{
+    RecordWriter records = makeRecords(format);
+    ExitCodes codes;
+    std::size_t confirmed = 0;
+    for (; confirmed < assignments.size(); ++confirmed) {
+        const RequestResult result = write(session, assignments[confirmed]);
+        codes.add(exitCodeOf(result));
+        if (!verify || !result.isDone())
+            addRecord(records, assignments[confirmed], writeOutcome(result), failureText(result));
+        if (!result.isDone()) {
+            reportUnwritten(records, assignments, confirmed + 1);
+            break;
+        }
+    }
+    if (verify && confirmed > 0)
+        codes.add(verifyAll(
+            session, records,
+            {assignments.begin(), assignments.begin() + static_cast<std::ptrdiff_t>(confirmed)}));
+    records.end();
+    return codes.total();
+}
+
+// Shows the frames of the writes; those that only read are no part of it.
+ExitCode showFrames(Session &session, Format format, const std::vector<Assignment> &assignments)
+{
+    RecordWriter records(format, "write --dry-run", {"tag", "frame"}, false, print);
+    QString tag;
+    session.setObserver([&](const Exchange &exchange) {
+        const QByteArray frame =
+            QByteArray(exchange.request.frame, exchange.request.frameLen).trimmed();
+        const QByteArray function = frame.mid(3, 2);
+        if (function == "05" || function == "10")
+            records.add(tag + ' ' + frame, {tag, QString(frame)});
+    });
+    for (const Assignment &assignment : assignments) {
+        tag = assignment.tag.text;
+        write(session, assignment);
+    }
+    records.end();
+    return ExitCode::Ok;
 }
 
 } // namespace
 
-ExitCode runWrite(const Options &options, const QStringList &texts, bool verify)
+ExitCode runWrite(const Options &options, const QStringList &texts, const WriteOptions &how)
 {
     Connection connection(options);
     const std::vector<Assignment> assignments = parseAll(texts, connection.tags());
-    Session &session = connection.open();
-    std::vector<Tag> tags;
-    for (const Assignment &assignment : assignments)
-        tags.push_back(assignment.tag);
-    session.poll(readRuns(tags, session.groupLimit()));
-
-    ExitCodes codes;
-    std::vector<Assignment> confirmed;
-    for (const Assignment &assignment : assignments) {
-        const RequestResult result = write(session, assignment);
-        codes.add(exitCodeOf(result));
-        if (!result.isDone()) {
-            report(assignment.tag, result);
-            reportUnwritten(assignments, confirmed.size() + 1);
-            break;
-        }
-        confirmed.push_back(assignment);
-        if (!verify)
-            print(QString("%1 %2 confirmed")
-                      .arg(assignment.tag.text, formatValues(assignment.tag, assignment.values)));
-    }
-    if (verify && !confirmed.empty())
-        codes.add(verifyAll(session, confirmed));
-    return codes.total();
+    Session &session =
+        how.dryRun ? connection.openOn(std::make_unique<DryLine>()) : connection.open();
+    session.poll(readRuns(tagsOf(assignments), session.groupLimit()));
+    return how.dryRun ? showFrames(session, options.format, assignments)
+                      : writeAll(session, options.format, assignments, how.verify);
 }
 
 } // namespace kmr

@@ -202,6 +202,54 @@ TEST_P(CommandOnBothLinks, VerifyReadsBack)
     EXPECT_EQ(write.out, "D4095x2 1 2 verified\nM1535x2 1 1 verified\n");
 }
 
+TEST_P(CommandOnBothLinks, TypedValuesAreWrittenAndRead)
+{
+    const Finished write =
+        kmr({"write", "D100/float32=21.5", "D110..111/int16=-1 2", "D200x4/text=Hello"});
+    EXPECT_EQ(write.exitCode, 0) << write.err.toStdString();
+    const Finished read =
+        kmr({"read", "D100x2/hex", "D100/float32", "D110/int16", "D200x4/text", "CV2200/int32"});
+    EXPECT_EQ(read.out, "D100x2/hex 0x0000 0x41AC\nD100/float32 21.5\nD110/int16 -1\n"
+                        "D200x4/text Hello\nCV2200/int32 0\n");
+    EXPECT_EQ(kmr({"read", "D110..111/int32", "--word-order", "high"}).out,
+              "D110..111/int32 -65534\n");
+}
+
+TEST_P(CommandOnBothLinks, BadValueKeepsEverythingFromBeingWritten)
+{
+    const Finished write = kmr({"write", "D100=5", "D101/int16=40000"});
+    EXPECT_EQ(write.exitCode, 2);
+    EXPECT_TRUE(write.err.contains("bad value \"40000\" for D101/int16: expected -32768 to 32767"));
+    EXPECT_EQ(kmr({"read", "D100"}).out, "D100 0\n");
+}
+
+TEST_P(CommandOnBothLinks, RecordsComeInEveryFormat)
+{
+    const Finished csv = kmr({"write", "D100=7", "--format", "csv"});
+    EXPECT_TRUE(QRegularExpression("^time,tag,values,unit,outcome,error\n"
+                                   "\\d{4}-\\S+,D100,7,,confirmed,\n$")
+                    .match(csv.out)
+                    .hasMatch())
+        << csv.out.toStdString();
+    const Finished lines = kmr({"read", "D100", "--format", "jsonl"});
+    EXPECT_TRUE(QRegularExpression("^\\{\"schema\":1,\"command\":\"read\",\"time\":\"[^\"]+\","
+                                   "\"tag\":\"D100\",\"values\":\\[7\\],\"unit\":null,"
+                                   "\"outcome\":\"good\",\"error\":null\\}\n$")
+                    .match(lines.out)
+                    .hasMatch())
+        << lines.out.toStdString();
+}
+
+TEST_P(CommandOnBothLinks, ProjectsFileNamesLinkTagsAndNames)
+{
+    save("names.csv", "boiler.temp,D100/int16,C,0.1,flow\n");
+    save("kmr.toml", "link = \"" + m_simulator.link().toUtf8() +
+                         "\"\nnames = \"names.csv\"\ntags = [\"boiler.temp\", \"D101\"]\n");
+    EXPECT_EQ(run({"write", "boiler.temp=-2.5", "--config", path("kmr.toml")}).exitCode, 0);
+    const Finished read = run({"read", "--config", path("kmr.toml")});
+    EXPECT_EQ(read.out, "boiler.temp -2.5\nD101 0\n") << read.err.toStdString();
+}
+
 TEST_P(CommandOnBothLinks, WatchPrintsChangesAndASummary)
 {
     const Finished watch = kmr({"watch", "D100", "CV2200", "--count", "2"});
@@ -291,9 +339,9 @@ TEST(Command, AreasAreTheDriversCatalogue)
 {
     const Finished areas = run({"areas"});
     EXPECT_EQ(areas.exitCode, 0);
-    EXPECT_EQ(areas.out.section('\n', 0, 1), "AREA  ELEMENTS LOWEST  HIGHEST  DIGITS  ACCESS\n"
-                                             "X     bits     0       23417    octal   read");
-    EXPECT_TRUE(areas.out.contains("CV2   counters 200     255      decimal read, write\n"));
+    EXPECT_EQ(areas.out.section('\n', 0, 1), "AREA  ELEMENTS  LOWEST  HIGHEST  DIGITS   ACCESS\n"
+                                             "X     bits      0       23417    octal    read");
+    EXPECT_TRUE(areas.out.contains("CV2   counters  200     255      decimal  read, write\n"));
     EXPECT_EQ(areas.out.count('\n'), 11);
 }
 
@@ -356,6 +404,56 @@ TEST(Command, HelpTeachesWithExamples)
     }
     EXPECT_TRUE(run({"recipe", "upload", "--help"}).out.contains("Examples:"));
     EXPECT_TRUE(run({"--help"}).out.contains("Exit codes:"));
+}
+
+TEST(Command, DryRunShowsTheFramesOfWrites)
+{
+    const Finished write = run({"write", "--dry-run", "D100=250", "M0x2=1,0"});
+    EXPECT_EQ(write.exitCode, 0) << write.err.toStdString();
+    EXPECT_EQ(write.out, "D100 :0110106400010200FA7E\n"
+                         "M0x2 :01050800FF00F3\nM0x2 :010508010000F1\n");
+}
+
+TEST(Command, ConfigShowsWhatIsInForceAndWhereFrom)
+{
+    QTemporaryDir directory;
+    QFile file(directory.filePath("p.toml"));
+    ASSERT_TRUE(file.open(QIODevice::WriteOnly));
+    file.write("station = 7\nretries = 3\n");
+    file.close();
+    const Finished config =
+        run({"config", "--config", file.fileName(), "--station", "9", "--format", "csv"});
+    EXPECT_EQ(config.exitCode, 0) << config.err.toStdString();
+    EXPECT_TRUE(config.out.contains("station,9,command line\n")) << config.out.toStdString();
+    EXPECT_TRUE(config.out.contains("retries,3," + file.fileName() + ":2\n"));
+    EXPECT_TRUE(config.out.contains("timeout,1000,default\n"));
+    EXPECT_TRUE(config.out.contains(",environment variable KMR_DRIVER\n"));
+}
+
+TEST(Command, EveryBadKeyOfTheProjectsFileIsNamed)
+{
+    QTemporaryDir directory;
+    QFile file(directory.filePath("p.toml"));
+    ASSERT_TRUE(file.open(QIODevice::WriteOnly));
+    file.write("station = 700\necho = \"maybe\"\n");
+    file.close();
+    const Finished config = run({"config", "--config", file.fileName()});
+    EXPECT_EQ(config.exitCode, 2);
+    EXPECT_TRUE(config.err.contains("p.toml:1: ")) << config.err.toStdString();
+    EXPECT_TRUE(config.err.contains("p.toml:2: "));
+}
+
+TEST(Command, TagsCheckNamesEveryBadLine)
+{
+    QTemporaryDir directory;
+    QFile file(directory.filePath("names.csv"));
+    ASSERT_TRUE(file.open(QIODevice::WriteOnly));
+    file.write("a,D1\nb,Q1\nc\n");
+    file.close();
+    const Finished check = run({"tags", "check", file.fileName()});
+    EXPECT_EQ(check.exitCode, 2);
+    EXPECT_TRUE(check.err.contains("names.csv:2: ")) << check.err.toStdString();
+    EXPECT_TRUE(check.err.contains("names.csv:3: c has no tag"));
 }
 
 TEST(Command, RefusalEndsWithFive)

@@ -199,6 +199,15 @@ TEST_F(PollLoopTest, NothingToSendIsIdleAndPassesTime)
     EXPECT_TRUE(m_noted.empty());
 }
 
+TEST_F(PollLoopTest, GapIsKeptBetweenAnAnswerAndTheNextRequest)
+{
+    m_settings.gap = std::chrono::milliseconds(30);
+    answer({{{5, ":0103020001F9\r\n"}}});
+    EXPECT_EQ(m_loop->step(), Step::Exchanged);
+    EXPECT_EQ(m_loop->step(), Step::Exchanged);
+    EXPECT_EQ(m_device->sentAt()[1] - m_device->sentAt()[0], std::chrono::milliseconds(35));
+}
+
 TEST_F(PollLoopTest, StopFlagSendsNothingMore)
 {
     answer({});

@@ -1,0 +1,39 @@
+// A line with no controller behind it: simulated ones of all stations take every request, so that
+// the driver's frames can be seen without sending them.
+#pragma once
+
+#include "modbus/ascii.h"
+#include "simulator/controller.h"
+
+#include <QIODevice>
+
+#include <map>
+
+namespace kmr {
+
+class DryLine : public QIODevice {
+public:
+    // Is open at once.
+    DryLine();
+
+    bool isSequential() const override
+    {
+        return true;
+    }
+    qint64 bytesAvailable() const override
+    {
+        return m_answers.size() + QIODevice::bytesAvailable();
+    }
+    bool waitForReadyRead(int timeout) override;
+
+protected:
+    qint64 readData(char *data, qint64 size) override;
+    qint64 writeData(const char *data, qint64 size) override;
+
+private:
+    std::map<QByteArray, simulator::Controller> m_controllers; // by the station's characters
+    modbus::LineCollector m_collector;
+    QByteArray m_answers;
+};
+
+} // namespace kmr

@@ -1,0 +1,29 @@
+// A project's settings in a TOML file, kmr.toml:
+//
+//     link = "serial:///dev/ttyUSB0?baud=19200"
+//     station = 2
+//     names = "names.csv"
+//     tags = ["boiler.temp", "D100..107"]
+//
+// The keys are those of the command's options. Paths are relative to the file.
+#pragma once
+
+#include <QString>
+#include <QStringList>
+
+#include <vector>
+
+namespace kmr {
+
+struct ConfigEntry {
+    QString key;
+    QStringList values; // as text; several only of a list
+    int line = 0;       // in the file, from 1
+};
+
+// Reads a file's text; `file` names it in messages, `known` are the keys that may stand in it, of
+// which those in `lists` take lists. Throws Error (Usage) that names every bad key with its line.
+std::vector<ConfigEntry> parseConfig(const QString &text, const QString &file,
+                                     const QStringList &known, const QStringList &lists);
+
+} // namespace kmr

@@ -1,0 +1,44 @@
+#include "host/csv.h"
+
+namespace kmr {
+
+QStringList splitCsv(const QString &line)
+{
+    QStringList fields;
+    QString field;
+    bool isQuoted = false;  // between two quotes
+    bool wasQuoted = false; // the field began with one
+    const auto finish = [&] {
+        fields.append(wasQuoted ? field : field.trimmed());
+        field.clear();
+        wasQuoted = false;
+    };
+    for (int i = 0; i < line.size(); ++i) {
+        if (isQuoted && line[i] == '"' && i + 1 < line.size() && line[i + 1] == '"') {
+            field += line[++i];
+        } else if (isQuoted) {
+            if (line[i] == '"')
+                isQuoted = false;
+            else
+                field += line[i];
+        } else if (line[i] == '"' && field.trimmed().isEmpty()) {
+            field.clear();
+            isQuoted = wasQuoted = true;
+        } else if (line[i] == ',') {
+            finish();
+        } else if (!wasQuoted || !line[i].isSpace()) {
+            field += line[i];
+        }
+    }
+    finish();
+    return fields;
+}
+
+QString csvField(const QString &text)
+{
+    const bool needsQuotes =
+        text.contains(',') || text.contains('"') || text.contains('\n') || text.trimmed() != text;
+    return needsQuotes ? '"' + QString(text).replace("\"", "\"\"") + '"' : text;
+}
+
+} // namespace kmr

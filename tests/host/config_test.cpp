@@ -1,0 +1,52 @@
+#include "host/config.h"
+
+#include "host/error.h"
+
+#include <gtest/gtest.h>
+
+using namespace kmr;
+
+namespace {
+
+std::vector<ConfigEntry> parse(const QString &text)
+{
+    return parseConfig(text, "kmr.toml", {"link", "station", "tags"}, {"tags"});
+}
+
+std::string faultOf(const QString &text)
+{
+    try {
+        parse(text);
+    } catch (const Error &error) {
+        EXPECT_EQ(error.code(), ExitCode::Usage);
+        return error.what();
+    }
+    return {};
+}
+
+} // namespace
+
+TEST(Config, EntriesHaveTheirValueAndLine)
+{
+    const auto entries = parse("# mixer\nstation = 2\ntags = [\"D100\", \"X0..17\"]\n");
+    ASSERT_EQ(entries.size(), 2U);
+    EXPECT_EQ(entries[0].key, "station");
+    EXPECT_EQ(entries[0].values, QStringList("2"));
+    EXPECT_EQ(entries[0].line, 2);
+    EXPECT_EQ(entries[1].values, (QStringList{"D100", "X0..17"}));
+}
+
+TEST(Config, EveryBadKeyIsNamedWithItsLine)
+{
+    const std::string fault = faultOf("speed = 9600\nstation = [1]\nlink = 1979-05-27\n");
+    EXPECT_NE(fault.find("kmr.toml:1: unknown key \"speed\", expected link, station, tags"),
+              std::string::npos)
+        << fault;
+    EXPECT_NE(fault.find("kmr.toml:2: station: expected one text or number"), std::string::npos);
+    EXPECT_NE(fault.find("kmr.toml:3: link: expected one text or number"), std::string::npos);
+}
+
+TEST(Config, WhatIsNoTomlIsNamedWithItsLine)
+{
+    EXPECT_EQ(faultOf("station = 1\nlink = tcp\n").rfind("kmr.toml:2: ", 0), 0U);
+}

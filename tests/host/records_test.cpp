@@ -1,0 +1,68 @@
+#include "host/records.h"
+
+#include <gtest/gtest.h>
+
+using namespace kmr;
+
+namespace {
+
+// Two records: values with a unit, and a failed one without values.
+QString written(Format format)
+{
+    QString text;
+    RecordWriter records(format, "read", {"tag", "values", "unit"}, false,
+                         [&text](const QString &line) { text += line + '\n'; });
+    records.add("t 21.5 -1", {QString("t"), std::vector<Value>{21.5, std::int64_t{-1}},
+                              QString("\"C\", about")});
+    records.add({}, {QString("long.name"), {}, {}});
+    records.end();
+    return text;
+}
+
+} // namespace
+
+TEST(Records, PlainHasTheCommandsLines)
+{
+    EXPECT_EQ(written(Format::Plain), "t 21.5 -1\n");
+}
+
+TEST(Records, TableHasColumnsThatFit)
+{
+    EXPECT_EQ(written(Format::Table), "TAG        VALUES   UNIT\n"
+                                      "t          21.5 -1  \"C\", about\n"
+                                      "long.name\n");
+}
+
+TEST(Records, CsvQuotesWhatNeedsIt)
+{
+    EXPECT_EQ(written(Format::Csv), "tag,values,unit\n"
+                                    "t,21.5 -1,\"\"\"C\"\", about\"\n"
+                                    "long.name,,\n");
+}
+
+TEST(Records, JsonIsOneDocument)
+{
+    EXPECT_EQ(written(Format::Json),
+              "{\"schema\": 1, \"command\": \"read\", \"records\": [\n"
+              " {\"tag\":\"t\",\"values\":[21.5,-1],\"unit\":\"\\\"C\\\", about\"}\n"
+              ",{\"tag\":\"long.name\",\"values\":null,\"unit\":null}\n"
+              "]}\n");
+}
+
+TEST(Records, JsonLinesAreCompleteEach)
+{
+    EXPECT_EQ(written(Format::JsonLines),
+              "{\"schema\":1,\"command\":\"read\",\"tag\":\"t\",\"values\":[21.5,-1],"
+              "\"unit\":\"\\\"C\\\", about\"}\n"
+              "{\"schema\":1,\"command\":\"read\",\"tag\":\"long.name\",\"values\":null,"
+              "\"unit\":null}\n");
+}
+
+TEST(Records, StreamedTableWritesRowsAtOnce)
+{
+    QStringList lines;
+    RecordWriter records(Format::Table, "watch", {"tag", "values"}, true,
+                         [&lines](const QString &line) { lines.append(line); });
+    records.add({}, {QString("boiler"), std::vector<Value>{std::int64_t{1}}});
+    EXPECT_EQ(lines, (QStringList{"TAG  VALUES", "boiler  1"}));
+}
