@@ -12,6 +12,7 @@
 //  - series of "X" and "Y" from a negative start: a negative number has no last octal digit;
 //  - counter recipe entries above 512 words: a write sends their last word, which isn't there;
 //  - recipe entries that leave the host's recipe buffer, which the driver can't know;
+//  - runs of more than 600 elements: lengths of replies of millions of words mean nothing;
 //  - stations beyond +-2^23: the order of read blocks by area and station has 32 bits;
 //  - null pointers for values to write, and for a status block that is too short;
 //  - calls that the header forbids in a callback, and overlapping calls;
