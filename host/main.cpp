@@ -172,12 +172,24 @@ void addRecipe(CLI::App &app, CommandLine &line, Command &chosen)
 
     CLI::App *download = recipe->add_subcommand("download", "Write a file's values");
     download->add_option("FILE", line.file, "the recipe file")->required();
+    download->add_flag("--verify", line.verify, "read back and compare");
     download->footer(std::string(fileHelp) +
                      "\nExamples:\n  kmr recipe download mixer.csv --link tcp://192.168.0.10:8888\n"
                      "  kmr recipe download mixer.csv --station 2 --link serial:///dev/ttyUSB0");
     download->callback([&line, &chosen] {
         chosen = [&line](const kmr::Options &options) {
-            return kmr::runRecipeDownload(options, toQString(line.file));
+            return kmr::runRecipeDownload(options, toQString(line.file), line.verify);
+        };
+    });
+
+    CLI::App *compare = recipe->add_subcommand("compare", "Show where values differ from a file's");
+    compare->add_option("FILE", line.file, "the recipe file")->required();
+    compare->footer(std::string(fileHelp) +
+                    "\nExamples:\n  kmr recipe compare mixer.csv --link tcp://192.168.0.10:8888\n"
+                    "  kmr recipe compare mixer.csv --format csv");
+    compare->callback([&line, &chosen] {
+        chosen = [&line](const kmr::Options &options) {
+            return kmr::runRecipeCompare(options, toQString(line.file));
         };
     });
 

@@ -1,5 +1,6 @@
 #include "host/recipe.h"
 
+#include "host/csv.h"
 #include "host/error.h"
 #include "host/poll_plan.h"
 
@@ -21,18 +22,16 @@ QVector<_RCP_VAR_PRO> layOut(const std::vector<RecipeItem> &items, int groupLimi
 {
     QVector<_RCP_VAR_PRO> entries;
     int word = 0;
-    for (const RecipeItem &item : items) {
-        for (const Run &run : writeRuns(item.tag, groupLimit)) {
-            _RCP_VAR_PRO entry;
-            entry.devId = Session::DEVICE;
-            entry.station = run.station;
-            entry.area = run.area;
-            entry.address = toDriverAddress(run.area, run.first);
-            entry.count = run.count * wordsEach(run.area);
-            entry.bufWord = word;
-            entries.append(entry);
-            word += entry.count;
-        }
+    for (const Run &run : recipeRuns(items, groupLimit)) {
+        _RCP_VAR_PRO entry;
+        entry.devId = Session::DEVICE;
+        entry.station = run.station;
+        entry.area = run.area;
+        entry.address = toDriverAddress(run.area, run.first);
+        entry.count = run.count * wordsEach(run.area);
+        entry.bufWord = word;
+        entries.append(entry);
+        word += entry.count;
     }
     return entries;
 }
@@ -92,10 +91,11 @@ TransferResult transfer(Session &session, const std::vector<RecipeItem> &items,
 RecipeItem parseLine(const QString &line, const TagReader &reader, RecipeValues values)
 {
     RecipeItem item;
-    item.tag = reader.read(line.section(',', 0, 0).trimmed());
+    const QStringList fields = splitCsv(line);
+    item.tag = reader.read(fields.front());
     checkRecipeTag(item.tag);
     if (values == RecipeValues::Needed)
-        item.values = parseValues(item.tag, line.section(',', 1).remove('"'));
+        item.values = parseValues(item.tag, QStringList(fields.mid(1)).join(','));
     return item;
 }
 
@@ -108,6 +108,16 @@ void checkRecipeTag(const Tag &tag)
                                              "counters (TV, CV, CV2, D)")
                                          .arg(tag.text));
     }
+}
+
+std::vector<Run> recipeRuns(const std::vector<RecipeItem> &items, int groupLimit)
+{
+    std::vector<Run> runs;
+    for (const RecipeItem &item : items) {
+        for (const Run &run : writeRuns(item.tag, groupLimit))
+            runs.push_back(run);
+    }
+    return runs;
 }
 
 std::vector<RecipeItem> parseRecipe(const QString &text, const QString &name,
@@ -138,7 +148,7 @@ QString formatRecipe(const std::vector<RecipeItem> &items)
 {
     QString text = QString(HEADING) + '\n';
     for (const RecipeItem &item : items)
-        text += item.tag.text + ',' + formatValues(item.tag, item.values) + '\n';
+        text += item.tag.text + ',' + csvField(formatValues(item.tag, item.values)) + '\n';
     return text;
 }
 

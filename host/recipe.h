@@ -38,6 +38,9 @@ std::vector<RecipeItem> parseRecipe(const QString &text, const QString &name,
 // The items as a recipe file's text.
 QString formatRecipe(const std::vector<RecipeItem> &items);
 
+// The elements of each request of a transfer, in their order.
+std::vector<Run> recipeRuns(const std::vector<RecipeItem> &items, int groupLimit);
+
 // Throws Error (Usage) for a tag that no recipe can hold: bits, for which the driver has no
 // transfer.
 void checkRecipeTag(const Tag &tag);

@@ -67,8 +67,11 @@ ExitCode runWrite(const Options &options, const QStringList &assignments, const 
 
 // Moves a recipe file to the controller, or the controller's values into a recipe file; `tags` are
 // those to upload, or empty for those that the file has.
-ExitCode runRecipeDownload(const Options &options, const QString &file);
+ExitCode runRecipeDownload(const Options &options, const QString &file, bool verify);
 ExitCode runRecipeUpload(const Options &options, const QString &file, const QStringList &tags);
+
+// Compares a recipe file with the controller's values; Unknown where they differ.
+ExitCode runRecipeCompare(const Options &options, const QString &file);
 
 struct SimOptions {
     QString listen; // "tcp://127.0.0.1:8888", port 0 for any free one; empty: no TCP

@@ -2,7 +2,7 @@
 
 #include "host/commands/commands.h"
 #include "host/commands/connection.h"
-#include "host/poll_plan.h"
+#include "host/commands/progress.h"
 
 #include <QFile>
 #include <QSaveFile>
@@ -41,6 +41,36 @@ std::vector<RecipeItem> itemsOf(const std::vector<Tag> &tags)
     return items;
 }
 
+// "2#D100..107"
+QString nameOf(const Run &run)
+{
+    const QString name = QString("%1#%2").arg(run.station).arg(elementName(run.area, run.first));
+    const int last = toDriverAddress(run.area, run.end() - 1);
+    return run.count == 1 ? name : QString("%1..%2").arg(name).arg(last);
+}
+
+QString namesOf(std::vector<Run>::const_iterator begin, std::vector<Run>::const_iterator end)
+{
+    QStringList names;
+    for (; begin != end; ++begin)
+        names.append(nameOf(*begin));
+    return names.isEmpty() ? QString("none") : names.join(' ');
+}
+
+// After a download that failed: what the controller holds of it for certain, and what not.
+void reportCertainty(const TransferResult &transfer, const std::vector<Run> &runs)
+{
+    const auto failed = runs.begin() + transfer.finished;
+    const RequestResult::Outcome outcome = transfer.result.outcome;
+    const bool isUnknown =
+        outcome == RequestResult::Outcome::NoAnswer || outcome == RequestResult::Outcome::Unknown;
+    const auto rest = isUnknown ? failed + 1 : failed;
+    printError("written for certain: " + namesOf(runs.begin(), failed));
+    if (isUnknown)
+        printError("unknown whether written: " + namesOf(failed, rest));
+    printError("not written: " + namesOf(rest, runs.end()));
+}
+
 ExitCode report(const TransferResult &transfer, const QString &done, const QString &failed)
 {
     if (transfer.result.isDone()) {
@@ -57,14 +87,79 @@ ExitCode report(const TransferResult &transfer, const QString &done, const QStri
     return exitCodeOf(transfer.result);
 }
 
+// Shows how far a transfer of `requests` has come. Nothing else is polled meanwhile, so each good
+// answer is one of its requests.
+void showProgress(Session &session, ProgressBar &bar)
+{
+    session.setObserver([&bar](const Exchange &exchange) {
+        if (exchange.outcome == Exchange::Outcome::Good)
+            bar.advance();
+    });
+}
+
+// A record for each tag whose values differ; in other formats than plain one for every tag.
+ExitCode reportDifferences(Format format, const std::vector<RecipeItem> &wanted,
+                           const std::vector<RecipeItem> &found)
+{
+    RecordWriter records(format, "recipe compare", {"tag", "file", "controller", "outcome"}, false,
+                         print);
+    ExitCode code = ExitCode::Ok;
+    for (std::size_t i = 0; i < wanted.size(); ++i) {
+        const Tag &tag = wanted[i].tag;
+        const bool isEqual = wanted[i].values == found[i].values;
+        const QString plain = QString("%1 file %2 controller %3")
+                                  .arg(tag.text, formatValues(tag, wanted[i].values),
+                                       formatValues(tag, found[i].values));
+        records.add(isEqual ? QString() : plain,
+                    {tag.text, interpret(tag, wanted[i].values), interpret(tag, found[i].values),
+                     QString(isEqual ? "equal" : "differs")});
+        if (!isEqual)
+            code = ExitCode::Unknown;
+    }
+    records.end();
+    return code;
+}
+
+// Reads the controller's values and compares.
+ExitCode compare(Session &session, Format format, const std::vector<RecipeItem> &wanted,
+                 const QString &file)
+{
+    std::vector<RecipeItem> found = wanted;
+    ProgressBar bar(static_cast<int>(recipeRuns(wanted, session.groupLimit()).size()));
+    showProgress(session, bar);
+    const TransferResult transfer = upload(session, found);
+    bar.clear();
+    if (!transfer.result.isDone())
+        return report(transfer, {}, "comparison stopped");
+    const ExitCode code = reportDifferences(format, wanted, found);
+    printError(file + (code == ExitCode::Ok ? ": the controller holds the same values"
+                                            : ": the controller holds other values"));
+    return code;
+}
+
 } // namespace
 
-ExitCode runRecipeDownload(const Options &options, const QString &file)
+ExitCode runRecipeDownload(const Options &options, const QString &file, bool verify)
 {
     Connection connection(options);
     const std::vector<RecipeItem> items = readFile(file, connection.tags(), RecipeValues::Needed);
-    const TransferResult transfer = download(connection.open(), items);
-    return report(transfer, "downloaded " + file, "download stopped");
+    Session &session = connection.open();
+    const std::vector<Run> runs = recipeRuns(items, session.groupLimit());
+    ProgressBar bar(static_cast<int>(runs.size()));
+    showProgress(session, bar);
+    const TransferResult transfer = download(session, items);
+    bar.clear();
+    const ExitCode code = report(transfer, "downloaded " + file, "download stopped");
+    if (code != ExitCode::Ok)
+        reportCertainty(transfer, runs);
+    return verify && code == ExitCode::Ok ? compare(session, options.format, items, file) : code;
+}
+
+ExitCode runRecipeCompare(const Options &options, const QString &file)
+{
+    Connection connection(options);
+    const std::vector<RecipeItem> items = readFile(file, connection.tags(), RecipeValues::Needed);
+    return compare(connection.open(), options.format, items, file);
 }
 
 ExitCode runRecipeUpload(const Options &options, const QString &file, const QStringList &texts)
@@ -73,7 +168,11 @@ ExitCode runRecipeUpload(const Options &options, const QString &file, const QStr
     std::vector<RecipeItem> items = texts.isEmpty()
                                         ? readFile(file, connection.tags(), RecipeValues::Ignored)
                                         : itemsOf(connection.readTags(texts));
-    const TransferResult transfer = upload(connection.open(), items);
+    Session &session = connection.open();
+    ProgressBar bar(static_cast<int>(recipeRuns(items, session.groupLimit()).size()));
+    showProgress(session, bar);
+    const TransferResult transfer = upload(session, items);
+    bar.clear();
     if (transfer.result.isDone())
         writeFile(file, items);
     return report(transfer, "uploaded to " + file, file + " is unchanged, upload stopped");

@@ -314,6 +314,17 @@ TEST_P(CommandOnBothLinks, RecipeGoesDownAndComesUp)
     EXPECT_EQ(load("new.csv"), "tag,value\nD118x2,9 10\n");
 }
 
+TEST_P(CommandOnBothLinks, RecipeIsVerifiedAndCompared)
+{
+    save("mixer.csv", "D100,250\nD110/float32,21.5\n");
+    EXPECT_EQ(kmr({"recipe", "download", path("mixer.csv"), "--verify"}).exitCode, 0);
+    EXPECT_EQ(kmr({"recipe", "compare", path("mixer.csv")}).out, "");
+    EXPECT_EQ(kmr({"write", "D110/float32=20"}).exitCode, 0);
+    const Finished compare = kmr({"recipe", "compare", path("mixer.csv")});
+    EXPECT_EQ(compare.exitCode, 6);
+    EXPECT_EQ(compare.out, "D110/float32 file 21.5 controller 20\n");
+}
+
 TEST_P(CommandOnBothLinks, SilenceEndsWithFour)
 {
     const Finished read = kmr({"read", "D100", "--station", "2", "--timeout", "20"});
@@ -486,6 +497,24 @@ TEST(Command, ValueThatReadsBackDifferentlyEndsWithSix)
     const Finished write = run({"write", "--verify", "D100=2", "--link", controller.link()});
     EXPECT_EQ(write.exitCode, 6);
     EXPECT_TRUE(write.err.contains("D100: wrote 2, read back 1")) << write.err.toStdString();
+}
+
+TEST(Command, InterruptedDownloadSaysWhatIsCertain)
+{
+    QTemporaryDir directory;
+    QFile file(directory.filePath("mixer.csv"));
+    ASSERT_TRUE(file.open(QIODevice::WriteOnly));
+    file.write("D100,1\nD200,2\nD300,3\n");
+    file.close();
+    FakeController controller([](const QByteArray &line) {
+        return line.mid(5, 4) == "1064" ? QByteArray(":0110106400017A\r\n") : QByteArray();
+    });
+    const Finished download =
+        run({"recipe", "download", file.fileName(), "--link", controller.link()});
+    EXPECT_EQ(download.exitCode, 6);
+    EXPECT_TRUE(download.err.contains("written for certain: 1#D100\n"
+                                      "unknown whether written: 1#D200\nnot written: 1#D300\n"))
+        << download.err.toStdString();
 }
 
 TEST(Command, DifferentFailuresEndWithOne)

@@ -133,6 +133,14 @@ TEST(RecipeFile, IsReadWithHeadingCommentsAndQuotes)
     EXPECT_EQ(formatRecipe(items), "tag,value\nD100,250\nD110x3,1 2 3\nCV2200,7\n");
 }
 
+TEST(RecipeFile, TextKeepsItsCommasAndBlanks)
+{
+    const TagReader reader(library(), 1);
+    const auto items = parseRecipe("D100x4/text,\"a, b \"\n", "f", reader, RecipeValues::Needed);
+    EXPECT_EQ(items[0].values, (Values{0x2C61, 0x6220, 0x0020, 0}));
+    EXPECT_EQ(formatRecipe(items), "tag,value\nD100x4/text,\"a, b \"\n");
+}
+
 TEST(RecipeFile, EveryBadLineIsNamedWithItsNumber)
 {
     const TagReader reader(library(), 1);

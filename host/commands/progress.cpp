@@ -1,0 +1,50 @@
+#include "host/commands/progress.h"
+
+#include <algorithm>
+#include <cstdio>
+#include <unistd.h>
+
+namespace kmr {
+
+namespace {
+
+constexpr int BAR_WIDTH = 20;
+
+} // namespace
+
+QString progressText(int done, int total, std::chrono::milliseconds elapsed, int width)
+{
+    const int filled = total > 0 ? std::min(width, width * done / total) : width;
+    QString text = QString("[%1%2] %3 of %4 entries")
+                       .arg(QString(filled, '#'), QString(width - filled, '.'))
+                       .arg(done)
+                       .arg(total);
+    const double seconds = static_cast<double>(elapsed.count()) / 1000;
+    if (done > 0 && seconds > 0)
+        text += QString(", %1 a second, %2 s left")
+                    .arg(done / seconds, 0, 'f', 0)
+                    .arg((total - done) * seconds / done, 0, 'f', 0);
+    return text;
+}
+
+ProgressBar::ProgressBar(int total) : m_total(total), m_isShown(isatty(STDERR_FILENO) == 1) {}
+
+void ProgressBar::advance()
+{
+    ++m_done;
+    if (!m_isShown)
+        return;
+    const auto elapsed = std::chrono::duration_cast<std::chrono::milliseconds>(
+        std::chrono::steady_clock::now() - m_begin);
+    std::fprintf(stderr, "\r%s\x1b[K",
+                 qPrintable(progressText(m_done, m_total, elapsed, BAR_WIDTH)));
+    std::fflush(stderr);
+}
+
+void ProgressBar::clear()
+{
+    if (m_isShown)
+        std::fputs("\r\x1b[K", stderr);
+}
+
+} // namespace kmr
