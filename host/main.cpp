@@ -31,6 +31,7 @@ struct CommandLine {
     bool animate = false;
     std::vector<std::string> faults;
     std::uint64_t seed = 0;
+    int baud = 0;
 };
 
 const char *const TAG_HELP =
@@ -219,6 +220,10 @@ void addSim(CLI::App &app, CommandLine &line, Command &chosen)
         ->add_option("--fault", line.faults,
                      "what goes wrong, KIND[=VALUE][,every=N][,probability=P]; may be repeated")
         ->allow_extra_args(false);
+    command
+        ->add_option("--baud", line.baud,
+                     "answer no faster than a serial line of that rate (default: at once)")
+        ->check(CLI::Range(50, 4000000));
     command->add_option("--seed", line.seed, "the same seed repeats the same faults")
         ->capture_default_str();
     command->footer(
@@ -231,7 +236,7 @@ void addSim(CLI::App &app, CommandLine &line, Command &chosen)
     command->callback([&line, &chosen] {
         chosen = [&line](const kmr::Options &options) {
             return kmr::runSim(options, {toQString(line.listen), toQString(line.pty), line.animate,
-                                         toQStrings(line.faults), line.seed});
+                                         toQStrings(line.faults), line.seed, line.baud});
         };
     });
 }

@@ -69,8 +69,8 @@ QString faultHelp();
 // What a link does about one request.
 struct Plan {
     struct Piece {
-        std::chrono::milliseconds after; // the piece before, or the request
-        QByteArray bytes;                // never empty
+        std::chrono::nanoseconds after; // the piece before, or the request
+        QByteArray bytes;               // never empty
     };
 
     std::vector<Piece> pieces;                          // in their order

@@ -44,8 +44,8 @@ bool isLeftBehind(const QFileInfo &path, const QString &devicePath)
 
 } // namespace
 
-PseudoTerminal::PseudoTerminal(Controller &controller, Faults *faults)
-    : m_controller(controller), m_faults(faults ? *faults : m_noFaults)
+PseudoTerminal::PseudoTerminal(Controller &controller, Faults *faults, Pacing pacing)
+    : m_controller(controller), m_faults(faults ? *faults : m_noFaults), m_pacing(pacing)
 {
     m_reopening.setSingleShot(true);
     QObject::connect(&m_reopening, &QTimer::timeout, &m_reopening, [this] { reopen(); });
@@ -126,7 +126,7 @@ void PseudoTerminal::receive()
         return; // nothing there after all
     const QByteArray bytes(buffer.data(), static_cast<int>(size));
     for (const QByteArray &line : m_collector.take(bytes)) {
-        const Plan plan = m_faults.answer(m_controller, line);
+        Plan plan = m_faults.answer(m_controller, line);
         if (plan.closedFor) {
             m_pathToReopen = m_linkPath;
             close();
@@ -134,20 +134,20 @@ void PseudoTerminal::receive()
             m_reopening.start(*plan.closedFor);
             return;
         }
+        m_pacing.slowDown(plan, line.size());
         send(plan);
     }
 }
 
 void PseudoTerminal::send(const Plan &plan)
 {
-    std::chrono::milliseconds time(0);
+    std::chrono::nanoseconds time(0);
     for (const Plan::Piece &piece : plan.pieces) {
         time += piece.after;
         if (time.count() == 0)
             sendNow(piece.bytes);
         else
-            QTimer::singleShot(time, Qt::PreciseTimer, m_waiting.get(),
-                               [this, bytes = piece.bytes] { sendNow(bytes); });
+            callAfter(time, *m_waiting, [this, bytes = piece.bytes] { sendNow(bytes); });
     }
 }
 

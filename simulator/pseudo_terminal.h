@@ -4,6 +4,7 @@
 #include "modbus/ascii.h"
 #include "simulator/controller.h"
 #include "simulator/faults.h"
+#include "simulator/pacing.h"
 
 #include <QSocketNotifier>
 #include <QString>
@@ -18,8 +19,10 @@ namespace simulator {
 class PseudoTerminal {
 public:
     // `faults`: those of the line, or null for none. A fault that closes the link makes the
-    // terminal vanish, with the link to it, and a new one takes its place.
-    explicit PseudoTerminal(Controller &controller, Faults *faults = nullptr);
+    // terminal vanish, with the link to it, and a new one takes its place. `pacing`: the pace of
+    // the line, whatever rate the programs set.
+    explicit PseudoTerminal(Controller &controller, Faults *faults = nullptr,
+                            Pacing pacing = Pacing());
     ~PseudoTerminal();
     PseudoTerminal(const PseudoTerminal &) = delete;
     PseudoTerminal &operator=(const PseudoTerminal &) = delete;
@@ -48,6 +51,7 @@ private:
     Controller &m_controller;
     Faults m_noFaults;
     Faults &m_faults;
+    const Pacing m_pacing;
     modbus::LineCollector m_collector;
     std::unique_ptr<QSocketNotifier> m_notifier;
     std::unique_ptr<QObject> m_waiting; // whom timers of pieces to send belong to

@@ -20,8 +20,8 @@ QHostAddress addressOf(const QString &host)
 
 } // namespace
 
-TcpServer::TcpServer(Controller &controller, Faults *faults)
-    : m_controller(controller), m_faults(faults ? *faults : m_noFaults)
+TcpServer::TcpServer(Controller &controller, Faults *faults, Pacing pacing)
+    : m_controller(controller), m_faults(faults ? *faults : m_noFaults), m_pacing(pacing)
 {
     m_reopening.setSingleShot(true);
     QObject::connect(&m_reopening, &QTimer::timeout, &m_server, [this] { reopen(); });
@@ -58,19 +58,19 @@ void TcpServer::accept()
 void TcpServer::receive(QTcpSocket *client, modbus::LineCollector &collector)
 {
     for (const QByteArray &line : collector.take(client->readAll())) {
-        const Plan plan = m_faults.answer(m_controller, line);
+        Plan plan = m_faults.answer(m_controller, line);
         if (plan.closedFor) {
             closeFor(*plan.closedFor);
             return;
         }
-        std::chrono::milliseconds time(0);
+        m_pacing.slowDown(plan, line.size());
+        std::chrono::nanoseconds time(0);
         for (const Plan::Piece &piece : plan.pieces) {
             time += piece.after;
             if (time.count() == 0)
                 client->write(piece.bytes);
             else
-                QTimer::singleShot(time, Qt::PreciseTimer, client,
-                                   [client, bytes = piece.bytes] { client->write(bytes); });
+                callAfter(time, *client, [client, bytes = piece.bytes] { client->write(bytes); });
         }
     }
 }

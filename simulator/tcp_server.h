@@ -4,6 +4,7 @@
 #include "modbus/ascii.h"
 #include "simulator/controller.h"
 #include "simulator/faults.h"
+#include "simulator/pacing.h"
 
 #include <QHostAddress>
 #include <QString>
@@ -17,8 +18,8 @@ namespace simulator {
 // Needs a running Qt event loop. The controller and the faults must outlive the server.
 class TcpServer {
 public:
-    // `faults`: those of the line, or null for none.
-    explicit TcpServer(Controller &controller, Faults *faults = nullptr);
+    // `faults`: those of the line, or null for none. `pacing`: the pace of each line.
+    explicit TcpServer(Controller &controller, Faults *faults = nullptr, Pacing pacing = Pacing());
 
     // Starts to listen at `host` (an address or a name) and `port` (0 for any free one). Returns an
     // empty text, or else what went wrong and what to do about it.
@@ -39,6 +40,7 @@ private:
     Controller &m_controller;
     Faults m_noFaults;
     Faults &m_faults;
+    const Pacing m_pacing;
     QTcpServer m_server;
     QTimer m_reopening;     // while a fault keeps the link closed
     QHostAddress m_address; // where it listened before

@@ -28,8 +28,8 @@ struct Options {
     std::chrono::milliseconds gap{0}; // silence before each request
     WordOrder wordOrder = WordOrder::LowFirst;
     Format format = Format::Plain;
-    QString names;    // file of names; empty: none
-    QStringList tags; // of the project's file, for commands that are given none
+    QString names;      // file of names; empty: none
+    QStringList tags;   // of the project's file, for commands that are given none
     bool trace = false; // explain all traffic on stderr
     QString capture;    // file that receives every character; empty: none
 };
@@ -79,6 +79,7 @@ struct SimOptions {
     bool animate = false;
     QStringList faults;     // as simulator::parseFault() takes them
     std::uint64_t seed = 0; // of the faults
+    int baud = 0;           // pace of the line, bits a second; 0: none
 };
 
 // Runs a simulated controller of the options' station until SIGTERM or Ctrl-C.

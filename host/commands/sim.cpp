@@ -62,8 +62,8 @@ ExitCode runSim(const Options &options, const SimOptions &sim)
         sim.listen.isEmpty() && sim.pty.isEmpty() ? QString("tcp://127.0.0.1:8888") : sim.listen;
     simulator::Controller controller(QByteArray::number(options.station).rightJustified(2, '0'));
     simulator::Faults faults = parseFaults(sim);
-    simulator::TcpServer server(controller, &faults);
-    simulator::PseudoTerminal terminal(controller, &faults);
+    simulator::TcpServer server(controller, &faults, simulator::Pacing(sim.baud));
+    simulator::PseudoTerminal terminal(controller, &faults, simulator::Pacing(sim.baud));
     QStringList ready;
     if (!listen.isEmpty()) {
         const QUrl url = parseListen(listen);

@@ -1,0 +1,84 @@
+#include "simulator/pacing.h"
+
+#include <QSocketNotifier>
+#include <QTimer>
+
+#include <memory>
+#include <utility>
+
+#include <sys/timerfd.h>
+#include <unistd.h>
+
+namespace simulator {
+
+namespace {
+
+constexpr int BITS_PER_CHARACTER = 10;
+
+// A file that becomes readable after a time.
+class TimerFile {
+public:
+    explicit TimerFile(std::chrono::nanoseconds time)
+        : m_descriptor(timerfd_create(CLOCK_MONOTONIC, TFD_NONBLOCK | TFD_CLOEXEC))
+    {
+        const auto seconds = std::chrono::duration_cast<std::chrono::seconds>(time);
+        itimerspec setting{};
+        setting.it_value.tv_sec = seconds.count();
+        setting.it_value.tv_nsec = (time - seconds).count();
+        timerfd_settime(m_descriptor, 0, &setting, nullptr);
+    }
+    ~TimerFile()
+    {
+        if (m_descriptor >= 0)
+            ::close(m_descriptor);
+    }
+    TimerFile(const TimerFile &) = delete;
+    TimerFile &operator=(const TimerFile &) = delete;
+
+    int descriptor() const
+    {
+        return m_descriptor;
+    }
+
+private:
+    int m_descriptor;
+};
+
+} // namespace
+
+Pacing::Pacing(int baud) : m_baud(baud) {}
+
+std::chrono::nanoseconds Pacing::timeOf(qint64 characters) const
+{
+    if (m_baud <= 0)
+        return std::chrono::nanoseconds(0);
+    return std::chrono::nanoseconds(std::chrono::seconds(BITS_PER_CHARACTER * characters)) / m_baud;
+}
+
+void Pacing::slowDown(Plan &plan, qint64 requestChars) const
+{
+    qint64 before = requestChars;
+    for (Plan::Piece &piece : plan.pieces) {
+        piece.after += timeOf(before + piece.bytes.size());
+        before = 0;
+    }
+}
+
+void callAfter(std::chrono::nanoseconds time, QObject &owner, std::function<void()> action)
+{
+    const auto file = std::make_shared<TimerFile>(time);
+    if (time.count() <= 0 || file->descriptor() < 0) { // no descriptors left: a little later, then
+        QTimer::singleShot(std::chrono::ceil<std::chrono::milliseconds>(time), Qt::PreciseTimer,
+                           &owner, std::move(action));
+        return;
+    }
+    auto *notifier = new QSocketNotifier(file->descriptor(), QSocketNotifier::Read, &owner);
+    QObject::connect(notifier, &QSocketNotifier::activated, notifier,
+                     [file, notifier, action = std::move(action)] {
+                         notifier->setEnabled(false);
+                         notifier->deleteLater();
+                         action();
+                     });
+}
+
+} // namespace simulator
