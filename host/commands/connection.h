@@ -33,6 +33,11 @@ public:
         return m_tags;
     }
 
+    const DriverFunctions &driver() const
+    {
+        return m_library->functions();
+    }
+
     // Reads all tags, or the project's where there are none; one Error names all bad ones.
     std::vector<Tag> readTags(const QStringList &texts) const;
 

@@ -52,4 +52,13 @@ struct ScanOptions {
 // Asks each station once.
 ExitCode runScan(const Options &options, const ScanOptions &scan);
 
+struct PlanOptions {
+    QStringList tags;
+    std::optional<int> baud; // bits a second; none: the link's
+    bool isRaw = false;      // the tags as typed, not as kmr polls them
+};
+
+// Shows the read requests that the driver builds for tags.
+ExitCode runPlan(const Options &options, const PlanOptions &request);
+
 } // namespace kmr

@@ -160,6 +160,33 @@ void addScan(CLI::App &app, Command &chosen)
     });
 }
 
+void addPlan(CLI::App &app, Command &chosen)
+{
+    struct Line {
+        std::vector<std::string> tags;
+        int baud = 0;
+        bool isRaw = false;
+    };
+    const auto line = std::make_shared<Line>();
+    CLI::App *command = app.add_subcommand("plan", "Show the requests that polling tags takes");
+    command->add_option("TAG", line->tags, "what to poll (default: the tags of the project file)");
+    command->add_option("--baud", line->baud, "bits a second (default: the link's, else 9600)")
+        ->check(CLI::PositiveNumber);
+    command->add_flag("--raw", line->isRaw, "the list as typed, as another host hands it over");
+    command->footer("Opens no link. Times are those of the characters alone, in the link's frame "
+                    "format or 7E1.\nEnds with 1 when an element would never be refreshed or read "
+                    "wrongly.\n\nExamples:\n  kmr plan D100 D103 X0x8\n"
+                    "  kmr plan --raw M0x40 D4095x2 --baud 19200");
+    command->callback([line, &chosen] {
+        chosen = [line](const Options &options) {
+            PlanOptions plan{toQStrings(line->tags), {}, line->isRaw};
+            if (line->baud > 0)
+                plan.baud = line->baud;
+            return runPlan(options, plan);
+        };
+    });
+}
+
 } // namespace
 
 void addDiagnosis(CLI::App &app, Command &chosen)
@@ -170,6 +197,7 @@ void addDiagnosis(CLI::App &app, Command &chosen)
     addSeries(app, chosen);
     addPing(app, chosen);
     addScan(app, chosen);
+    addPlan(app, chosen);
 }
 
 } // namespace kmr

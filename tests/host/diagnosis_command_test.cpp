@@ -166,9 +166,28 @@ TEST_F(DiagnosisCommand, ScanFindsTheStationThatAnswers)
     EXPECT_EQ(kmr({"scan", "--stations", "3..1"}).exitCode, 2);
 }
 
+TEST_F(DiagnosisCommand, PlanShowsFramesAndWireTimes)
+{
+    const Finished plan = kmr({"plan", "D100x2", "D103", "--raw"});
+    EXPECT_EQ(plan.exitCode, 0) << plan.err.toStdString();
+    // 44 characters of 10 bits each at 9600 bits a second.
+    EXPECT_EQ(plan.out, "station 1 D100 to D103: :01031064000484 sent 17 received 27 characters, "
+                        "45.8 ms, 1 not asked for\n"
+                        "cycle: 1 requests, 44 characters, 45.8 ms on the wire\n");
+    EXPECT_TRUE(kmr({"plan", "D100", "--baud", "19200"}).out.contains("32 characters, 16.7 ms"));
+}
+
+TEST_F(DiagnosisCommand, PlanThatMissesElementsEndsWithOne)
+{
+    const Finished plan = kmr({"plan", "D4095x2", "--raw"});
+    EXPECT_EQ(plan.exitCode, 1);
+    EXPECT_TRUE(plan.out.contains("\nstation 1 D4096: read wrongly: ")) << plan.out.toStdString();
+    EXPECT_EQ(kmr({"plan", "D4095x2"}).exitCode, 0);
+}
+
 TEST_F(DiagnosisCommand, HelpTeachesWithExamples)
 {
-    for (const char *command : {"decode", "trace", "check", "series", "ping", "scan"}) {
+    for (const char *command : {"decode", "trace", "check", "series", "ping", "scan", "plan"}) {
         const Finished help = kmr({command, "--help"});
         EXPECT_EQ(help.exitCode, 0);
         EXPECT_TRUE(help.out.contains("Examples:")) << command;
