@@ -110,19 +110,14 @@ void addTags(CLI::App &app, CommandLine &line, Command &chosen)
 
 void addWatch(CLI::App &app, CommandLine &line, Command &chosen)
 {
-    CLI::App *command = addTagCommand(app, line, "watch", "Show tags as they change");
+    CLI::App *command = addTagCommand(app, line, "watch", "Print a line for every change of tags");
     CLI::Option *count = command->add_option("--count", line.count, "end after this many lines")
                              ->check(CLI::PositiveNumber);
     CLI::Option *seconds = command->add_option("--for", line.seconds, "end after this many seconds")
                                ->check(CLI::PositiveNumber);
-    command->footer(
-        std::string(
-            "On a terminal it shows a live table (unless --count or --format is given), else a\n"
-            "line for each change. A lost TCP connection is opened again.\n"
-            "Ctrl-C ends it, with a summary on stderr.\n\n") +
-        TAG_HELP +
-        "\n\nExamples:\n  kmr watch D100 X0x8 --link tcp://192.168.0.10:8888\n"
-        "  kmr watch CV2200 --count 10 --link serial:///dev/ttyUSB0");
+    command->footer(std::string("Ctrl-C ends it, with a summary on stderr.\n\n") + TAG_HELP +
+                    "\n\nExamples:\n  kmr watch D100 X0x8 --link tcp://192.168.0.10:8888\n"
+                    "  kmr watch CV2200 --count 10 --link serial:///dev/ttyUSB0");
     command->callback([&line, &chosen, count, seconds] {
         chosen = [&line, count, seconds](const kmr::Options &options) {
             kmr::WatchOptions watch{toQStrings(line.tags), {}, {}};

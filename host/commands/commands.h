@@ -28,7 +28,6 @@ struct Options {
     std::chrono::milliseconds gap{0}; // silence before each request
     WordOrder wordOrder = WordOrder::LowFirst;
     Format format = Format::Plain;
-    bool isFormatAsked = false; // else a terminal may get more than plain lines
     QString names;      // file of names; empty: none
     QStringList tags;   // of the project's file, for commands that are given none
     bool trace = false; // explain all traffic on stderr

@@ -267,10 +267,10 @@ TEST_P(CommandOnBothLinks, WatchPrintsNoMoreLinesThanAskedFor)
     EXPECT_EQ(kmr({"watch", "D100", "D101", "D102", "--count", "2"}).out.count('\n'), 2);
 }
 
-TEST_P(CommandOnBothLinks, WatchThatLosesItsLineForGoodEndsWithFour)
+TEST_P(CommandOnBothLinks, WatchEndsWithFourWhenTheLineIsLost)
 {
-    const Finished watch = run(
-        {"watch", "D100", "--for", "2", "--link", m_simulator.link()}, [this](QProcess &process) {
+    const Finished watch =
+        run({"watch", "D100", "--link", m_simulator.link()}, [this](QProcess &process) {
             while (process.bytesAvailable() == 0 && process.waitForReadyRead(10000)) {
             }
             m_simulator.terminate();
@@ -525,25 +525,6 @@ TEST(Command, DifferentFailuresEndWithOne)
     const Finished read =
         run({"read", "D100", "2#D100", "--timeout", "300", "--link", controller.link()});
     EXPECT_EQ(read.exitCode, 1) << read.err.toStdString();
-}
-
-TEST(Command, WatchConnectsAgainAndMarksWhatIsStale)
-{
-    int requests = 0;
-    FakeController controller([&requests](const QByteArray &) {
-        ++requests; // good, then the connection is closed, then good again
-        return requests == 2 ? QByteArray() : QByteArray(":0103020001F9\r\n");
-    });
-    const Finished watch = run({"watch", "D100", "--for", "1.5", "--format", "csv", "--gap", "50",
-                                "--link", controller.link()});
-    EXPECT_EQ(watch.exitCode, 0) << watch.err.toStdString();
-    EXPECT_EQ(watch.err.count("the line was lost"), 1) << watch.err.toStdString();
-    EXPECT_EQ(watch.err.count("the line is back"), 1);
-    const QRegularExpression lines("^time,tag,values,unit,quality,error\n"
-                                   "\\d{4}-\\S+,D100,1,,good,\n"
-                                   "\\d{4}-\\S+,D100,1,,stale,the line was lost\n"
-                                   "\\d{4}-\\S+,D100,1,,good,\n$");
-    EXPECT_TRUE(lines.match(watch.out).hasMatch()) << watch.out.toStdString();
 }
 
 TEST(Command, WatchNamesAnOutageOnceAndItsEnd)
