@@ -103,6 +103,7 @@ const CheckRow WORD_RANGES[] = {
     {"CvBehindLast", "CV", false, "200", 1, OUT_OF_RANGE, 200},
     {"Cv2BeforeFirst", "CV2", false, "199", 1, OUT_OF_RANGE, 199},
     {"Cv2First", "CV2", false, "200", 1, VALID, 200},
+    {"Cv2DigitsAreDecimal", "CV2", false, "208", 1, VALID, 208},
     {"Cv2Last", "CV2", false, "255", 1, VALID, 255},
     {"Cv2RunOverLast", "CV2", false, "255", 2, OUT_OF_RANGE, 255},
     {"Cv2BehindLast", "CV2", false, "256", 1, OUT_OF_RANGE, 256},

@@ -350,5 +350,9 @@ TEST_F(ReadFrame, CarriesTheWholeRequest)
 TEST_F(ReadFrame, TheLastAddressOf32BitsHasItsAreasOwnBase)
 {
     EXPECT_EQ(read("TV", INT_MAX, 1), ":010305FF0001F7\r\n");
+    EXPECT_EQ(read("CV", INT_MAX, 1), ":01030DFF0001EF\r\n");
+    EXPECT_EQ(read("CV2", INT_MAX, 1), ":01030DFF0001EF\r\n");
+    EXPECT_EQ(read("S", INT_MAX, 1), ":0102FFF00010FE\r\n");
+    EXPECT_EQ(read("T", INT_MAX, 1), ":010205F00010F8\r\n");
     EXPECT_EQ(read("C", INT_MAX, 1), ":01020DF00010F0\r\n");
 }
