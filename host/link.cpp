@@ -76,11 +76,20 @@ void parseTcp(const QUrl &url, LinkAddress &address, QStringList &faults)
         faults.append("nothing may follow the port");
 }
 
+bool connectSocket(QAbstractSocket &socket, const LinkAddress &address,
+                   std::chrono::milliseconds timeout)
+{
+    socket.connectToHost(address.host, address.port);
+    if (!socket.waitForConnected(static_cast<int>(timeout.count())))
+        return false;
+    socket.setSocketOption(QAbstractSocket::LowDelayOption, 1); // requests are small and awaited
+    return true;
+}
+
 std::unique_ptr<QIODevice> openTcp(const LinkAddress &address, std::chrono::milliseconds timeout)
 {
     auto socket = std::make_unique<QTcpSocket>();
-    socket->connectToHost(address.host, address.port);
-    if (!socket->waitForConnected(static_cast<int>(timeout.count()))) {
+    if (!connectSocket(*socket, address, timeout)) {
         const QString advice =
             socket->error() == QAbstractSocket::ConnectionRefusedError
                 ? QString("nothing listens there: is the controller or gateway on, "
@@ -91,7 +100,6 @@ std::unique_ptr<QIODevice> openTcp(const LinkAddress &address, std::chrono::mill
                                               .arg(address.port)
                                               .arg(socket->errorString(), advice));
     }
-    socket->setSocketOption(QAbstractSocket::LowDelayOption, 1); // requests are small and awaited
     return socket;
 }
 
@@ -151,6 +159,15 @@ LinkAddress parseLink(const QString &text)
 std::unique_ptr<QIODevice> openLink(const LinkAddress &address, std::chrono::milliseconds timeout)
 {
     return address.kind == LinkAddress::Kind::Tcp ? openTcp(address, timeout) : openSerial(address);
+}
+
+bool reconnect(QIODevice &device, const LinkAddress &address, std::chrono::milliseconds timeout)
+{
+    auto *const socket = qobject_cast<QAbstractSocket *>(&device);
+    if (socket == nullptr)
+        return false;
+    socket->abort();
+    return connectSocket(*socket, address, timeout);
 }
 
 std::chrono::nanoseconds characterTime(const LinkAddress &address)

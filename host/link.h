@@ -31,6 +31,10 @@ LinkAddress parseLink(const QString &text);
 // Opens the link, within `timeout` for TCP. Throws Error (LinkFailed) with the cause and a remedy.
 std::unique_ptr<QIODevice> openLink(const LinkAddress &address, std::chrono::milliseconds timeout);
 
+// Opens a lost TCP connection again, on the same device; false where it does not come about within
+// `timeout`. A serial port that is gone stays lost.
+bool reconnect(QIODevice &device, const LinkAddress &address, std::chrono::milliseconds timeout);
+
 // How long one character takes on the wire; 0 for TCP.
 std::chrono::nanoseconds characterTime(const LinkAddress &address);
 

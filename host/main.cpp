@@ -28,6 +28,7 @@ struct CommandLine {
     double seconds = 0;
     bool verify = false;
     bool dryRun = false;
+    bool log = false;
     bool animate = false;
     std::vector<std::string> faults;
     std::uint64_t seed = 0;
@@ -110,14 +111,19 @@ void addTags(CLI::App &app, CommandLine &line, Command &chosen)
 
 void addWatch(CLI::App &app, CommandLine &line, Command &chosen)
 {
-    CLI::App *command = addTagCommand(app, line, "watch", "Print a line for every change of tags");
+    CLI::App *command = addTagCommand(app, line, "watch", "Show tags as they change");
     CLI::Option *count = command->add_option("--count", line.count, "end after this many lines")
                              ->check(CLI::PositiveNumber);
     CLI::Option *seconds = command->add_option("--for", line.seconds, "end after this many seconds")
                                ->check(CLI::PositiveNumber);
-    command->footer(std::string("Ctrl-C ends it, with a summary on stderr.\n\n") + TAG_HELP +
-                    "\n\nExamples:\n  kmr watch D100 X0x8 --link tcp://192.168.0.10:8888\n"
-                    "  kmr watch CV2200 --count 10 --link serial:///dev/ttyUSB0");
+    command->footer(
+        std::string(
+            "On a terminal it shows a live table (unless --count or --format is given), else a\n"
+            "line for each change. A lost TCP connection is opened again.\n"
+            "Ctrl-C ends it, with a summary on stderr.\n\n") +
+        TAG_HELP +
+        "\n\nExamples:\n  kmr watch D100 X0x8 --link tcp://192.168.0.10:8888\n"
+        "  kmr watch CV2200 --count 10 --link serial:///dev/ttyUSB0");
     command->callback([&line, &chosen, count, seconds] {
         chosen = [&line, count, seconds](const kmr::Options &options) {
             kmr::WatchOptions watch{toQStrings(line.tags), {}, {}};
@@ -216,6 +222,7 @@ void addSim(CLI::App &app, CommandLine &line, Command &chosen)
                         "tcp://127.0.0.1:8888)");
     command->add_option("--pty", line.pty, "make a pseudo-terminal, and this path a link to it");
     command->add_flag("--animate", line.animate, "let X0 to X7, CV2200 and D0 move");
+    command->add_flag("--log", line.log, "describe each request on stderr");
     command
         ->add_option("--fault", line.faults,
                      "what goes wrong, KIND[=VALUE][,every=N][,probability=P]; may be repeated")
@@ -236,7 +243,7 @@ void addSim(CLI::App &app, CommandLine &line, Command &chosen)
     command->callback([&line, &chosen] {
         chosen = [&line](const kmr::Options &options) {
             return kmr::runSim(options, {toQString(line.listen), toQString(line.pty), line.animate,
-                                         toQStrings(line.faults), line.seed, line.baud});
+                                         toQStrings(line.faults), line.seed, line.baud, line.log});
         };
     });
 }

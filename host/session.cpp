@@ -92,11 +92,22 @@ Session::Session(const DriverFunctions &driver, QIODevice &device, const Session
     g_session = this;
     m_loop.setObserver([this](const Exchange &exchange) { note(exchange); });
     m_driver.setAddrValueChangeCallBack(&Session::reportChange);
+    configureDriver();
+}
+
+void Session::restart()
+{
+    m_quality = {};
+    configureDriver();
+}
+
+void Session::configureDriver()
+{
     // Device number, write queue on, unused, bad replies until a request is given up, group limit.
     const QByteArray property = QString("%1#0#0#%2#%3")
                                     .arg(DEVICE)
-                                    .arg(settings.retries + 1)
-                                    .arg(settings.groupLimit)
+                                    .arg(m_settings.retries + 1)
+                                    .arg(m_settings.groupLimit)
                                     .toLatin1();
     qint32 result = 0;
     m_driver.initProperty(m_status.data(), nullptr, m_recipe.data(), &result, property.constData(),

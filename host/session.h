@@ -75,6 +75,10 @@ public:
         m_changeObserver = std::move(observer);
     }
 
+    // After the line was lost and is open again: configures the driver anew and forgets all values.
+    // What is to be polled must be set again.
+    void restart();
+
     // Replaces what is polled in turn. Should never be empty: without it the driver sends at most
     // three other requests.
     void poll(const std::vector<Run> &runs);
@@ -154,6 +158,7 @@ private:
         std::optional<RequestResult> result; // of the entry that failed
     };
 
+    void configureDriver();
     static qint32 reportChange(qint32 device, qint32 station, QString area, qint32 address);
     void note(const Exchange &exchange);
     void count(const Exchange &exchange);

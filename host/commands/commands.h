@@ -28,6 +28,7 @@ struct Options {
     std::chrono::milliseconds gap{0}; // silence before each request
     WordOrder wordOrder = WordOrder::LowFirst;
     Format format = Format::Plain;
+    bool isFormatAsked = false; // else a terminal may get more than plain lines
     QString names;      // file of names; empty: none
     QStringList tags;   // of the project's file, for commands that are given none
     bool trace = false; // explain all traffic on stderr
@@ -80,6 +81,7 @@ struct SimOptions {
     QStringList faults;     // as simulator::parseFault() takes them
     std::uint64_t seed = 0; // of the faults
     int baud = 0;           // pace of the line, bits a second; 0: none
+    bool log = false;       // describe each request on stderr
 };
 
 // Runs a simulated controller of the options' station until SIGTERM or Ctrl-C.

@@ -84,6 +84,19 @@ Session &Connection::open()
     return begin(characterTime(address));
 }
 
+bool Connection::reconnect()
+{
+    if (!kmr::reconnect(*m_device, linkOf(m_options), m_options.timeout))
+        return false;
+    m_session->restart();
+    return true;
+}
+
+bool Connection::canReconnect() const
+{
+    return linkOf(m_options).kind == LinkAddress::Kind::Tcp;
+}
+
 Session &Connection::openOn(std::unique_ptr<QIODevice> device)
 {
     m_device = std::move(device);

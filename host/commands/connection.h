@@ -44,6 +44,13 @@ public:
     // Opens the link. Throws Error.
     Session &open();
 
+    // Tries once to open a lost TCP connection again; the session then waits to be told what to
+    // poll.
+    bool reconnect();
+
+    // True for a link that reconnect() can bring back.
+    bool canReconnect() const;
+
     // Instead: a session on an open device, without a link.
     Session &openOn(std::unique_ptr<QIODevice> device);
 

@@ -27,7 +27,7 @@ std::string toStd(const QString &text)
 // A path of the file as seen from where kmr runs.
 QString besideFile(const QString &path, const QString &file)
 {
-    return QFileInfo(path).isAbsolute() ? path : QDir(QFileInfo(file).path()).filePath(path);
+    return QDir::cleanPath(QDir(QFileInfo(file).path()).filePath(path));
 }
 
 } // namespace
@@ -107,6 +107,7 @@ Options Settings::resolve()
     options.echo = m_echo == "on" ? EchoMode::On : m_echo == "off" ? EchoMode::Off : EchoMode::Auto;
     options.wordOrder = m_wordOrder == "high" ? WordOrder::HighFirst : WordOrder::LowFirst;
     options.format = *formatOf(toQString(m_format));
+    options.isFormatAsked = find("format")->option->count() > 0;
     options.names = toQString(m_names);
     options.tags = m_tags;
     options.trace = m_trace;

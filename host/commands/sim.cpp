@@ -75,6 +75,11 @@ ExitCode runSim(const Options &options, const SimOptions &sim)
         ready.append(QString("ready serial://%1").arg(QFileInfo(sim.pty).absoluteFilePath()));
     }
 
+    if (sim.log) {
+        controller.setObserver([](const simulator::Exchange &exchange) {
+            printError(now() + ' ' + simulator::describe(exchange));
+        });
+    }
     QTimer animation;
     QObject::connect(&animation, &QTimer::timeout,
                      [&controller] { simulator::advance(controller.memory()); });

@@ -87,6 +87,11 @@ public:
         return m_ready.section(' ', 1);
     }
 
+    QString log()
+    {
+        return QString::fromLocal8Bit(m_process.readAllStandardError());
+    }
+
     int terminate()
     {
         m_process.terminate();
@@ -267,10 +272,10 @@ TEST_P(CommandOnBothLinks, WatchPrintsNoMoreLinesThanAskedFor)
     EXPECT_EQ(kmr({"watch", "D100", "D101", "D102", "--count", "2"}).out.count('\n'), 2);
 }
 
-TEST_P(CommandOnBothLinks, WatchEndsWithFourWhenTheLineIsLost)
+TEST_P(CommandOnBothLinks, WatchThatLosesItsLineForGoodEndsWithFour)
 {
-    const Finished watch =
-        run({"watch", "D100", "--link", m_simulator.link()}, [this](QProcess &process) {
+    const Finished watch = run(
+        {"watch", "D100", "--for", "2", "--link", m_simulator.link()}, [this](QProcess &process) {
             while (process.bytesAvailable() == 0 && process.waitForReadyRead(10000)) {
             }
             m_simulator.terminate();
@@ -527,6 +532,25 @@ TEST(Command, DifferentFailuresEndWithOne)
     EXPECT_EQ(read.exitCode, 1) << read.err.toStdString();
 }
 
+TEST(Command, WatchConnectsAgainAndMarksWhatIsStale)
+{
+    int requests = 0;
+    FakeController controller([&requests](const QByteArray &) {
+        ++requests; // good, then the connection is closed, then good again
+        return requests == 2 ? QByteArray() : QByteArray(":0103020001F9\r\n");
+    });
+    const Finished watch = run({"watch", "D100", "--for", "1.5", "--format", "csv", "--gap", "50",
+                                "--link", controller.link()});
+    EXPECT_EQ(watch.exitCode, 0) << watch.err.toStdString();
+    EXPECT_EQ(watch.err.count("the line was lost"), 1) << watch.err.toStdString();
+    EXPECT_EQ(watch.err.count("the line is back"), 1);
+    const QRegularExpression lines("^time,tag,values,unit,quality,error\n"
+                                   "\\d{4}-\\S+,D100,1,,good,\n"
+                                   "\\d{4}-\\S+,D100,1,,stale,the line was lost\n"
+                                   "\\d{4}-\\S+,D100,1,,good,\n$");
+    EXPECT_TRUE(lines.match(watch.out).hasMatch()) << watch.out.toStdString();
+}
+
 TEST(Command, WatchNamesAnOutageOnceAndItsEnd)
 {
     int requests = 0;
@@ -552,6 +576,16 @@ TEST(Sim, SaysReadyAndEndsCleanlyOnSigterm)
                     .hasMatch())
         << simulator.ready().toStdString();
     EXPECT_EQ(simulator.terminate(), 0);
+}
+
+TEST(Sim, LogsRequestsInWords)
+{
+    Simulator simulator({"--listen", "tcp://127.0.0.1:0", "--log"});
+    EXPECT_EQ(run({"read", "D100", "--link", simulator.link()}).exitCode, 0);
+    EXPECT_EQ(simulator.terminate(), 0);
+    const QString log = simulator.log();
+    EXPECT_TRUE(log.contains("station 01: read 1 register from 1064, answered"))
+        << log.toStdString();
 }
 
 TEST(Sim, RemovesItsPseudoTerminal)

@@ -1,0 +1,118 @@
+#include "host/commands/watch_table.h"
+
+#include <algorithm>
+#include <cstdio>
+#include <sys/ioctl.h>
+#include <unistd.h>
+
+namespace kmr {
+
+namespace {
+
+constexpr int COLUMNS = 7;
+constexpr int MAX_VALUE_WIDTH = 32;
+
+QString ageText(const WatchRow &row)
+{
+    if (!row.age)
+        return "-";
+    const auto milliseconds = row.age->count();
+    return milliseconds < 10000
+               ? QString::number(static_cast<double>(milliseconds) / 1000, 'f', 1) + " s"
+               : QString::number(milliseconds / 1000) + " s";
+}
+
+QStringList cellsOf(const WatchRow &row)
+{
+    const QString value = row.value.isEmpty() ? QString("-") : row.value;
+    return {row.tag,
+            value.left(MAX_VALUE_WIDTH),
+            row.unit,
+            toText(row.state),
+            ageText(row),
+            QString::number(row.changes),
+            trendLine(row.trend)};
+}
+
+} // namespace
+
+QString toText(WatchRow::State state)
+{
+    switch (state) {
+    case WatchRow::State::Good:
+        return "good";
+    case WatchRow::State::Stale:
+        return "stale";
+    case WatchRow::State::Unread:
+        break;
+    }
+    return "pending";
+}
+
+QString trendLine(const std::deque<double> &numbers)
+{
+    if (numbers.empty())
+        return {};
+    const auto [least, greatest] = std::minmax_element(numbers.begin(), numbers.end());
+    const double range = *greatest - *least;
+    QString line;
+    for (const double number : numbers) {
+        const int height = range > 0 ? static_cast<int>((number - *least) / range * 7 + 0.5) : 3;
+        line += QChar(0x2581 + height);
+    }
+    return line;
+}
+
+QStringList tableLines(const std::vector<WatchRow> &rows, const QString &status, int width,
+                       int height, bool hasColours)
+{
+    std::vector<QStringList> table = {
+        {"TAG", "VALUE", "UNIT", "QUALITY", "AGE", "CHANGES", "TREND"}};
+    const std::size_t room = static_cast<std::size_t>(std::max(1, height - 3));
+    for (std::size_t i = 0; i < std::min(rows.size(), room); ++i)
+        table.push_back(cellsOf(rows[i]));
+    int widths[COLUMNS] = {};
+    for (const QStringList &cells : table) {
+        for (int i = 0; i < COLUMNS; ++i)
+            widths[i] = std::max(widths[i], static_cast<int>(cells[i].size()));
+    }
+
+    QStringList lines;
+    for (std::size_t i = 0; i < table.size(); ++i) {
+        QString line;
+        for (int column = 0; column < COLUMNS; ++column)
+            line += table[i][column].leftJustified(widths[column] + 2);
+        line = line.trimmed().left(width);
+        const bool isStale = i > 0 && rows[i - 1].state == WatchRow::State::Stale;
+        lines.append(hasColours && isStale ? "\x1b[31m" + line + "\x1b[0m" : line);
+    }
+    if (rows.size() > room)
+        lines.append(QString("... %1 more").arg(rows.size() - room));
+    lines.append(status.left(width));
+    return lines;
+}
+
+void LiveTable::draw(const std::vector<WatchRow> &rows, const QString &status)
+{
+    winsize size = {};
+    const bool isKnown = ioctl(STDOUT_FILENO, TIOCGWINSZ, &size) == 0 && size.ws_col > 0;
+    const QStringList lines =
+        tableLines(rows, status, isKnown ? size.ws_col : 80, isKnown ? size.ws_row : 24,
+                   qEnvironmentVariableIsEmpty("NO_COLOR"));
+    QString text = m_drawnLines > 0 ? QString("\r\x1b[%1A").arg(m_drawnLines) : QString();
+    for (const QString &line : lines)
+        text += line + "\x1b[K\n";
+    std::fputs((text + "\x1b[J").toLocal8Bit().constData(), stdout);
+    std::fflush(stdout);
+    m_drawnLines = static_cast<int>(lines.size());
+}
+
+void LiveTable::erase()
+{
+    if (m_drawnLines > 0)
+        std::printf("\r\x1b[%dA\x1b[J", m_drawnLines);
+    std::fflush(stdout);
+    m_drawnLines = 0;
+}
+
+} // namespace kmr

@@ -1,0 +1,57 @@
+// The live table of 'kmr watch': what it shows, and how it is drawn in place.
+#pragma once
+
+#include <QString>
+#include <QStringList>
+
+#include <chrono>
+#include <cstdint>
+#include <deque>
+#include <optional>
+#include <vector>
+
+namespace kmr {
+
+struct WatchRow {
+    enum class State {
+        Unread, // no answer yet
+        Good,   // the controller held the value when it was last asked
+        Stale   // the last request for it was given up, or the line is lost
+    };
+
+    // Numbers kept for the trend line.
+    static constexpr std::size_t TREND_LENGTH = 12;
+
+    QString tag;
+    QString value; // the last good one
+    QString unit;
+    State state = State::Unread;
+    std::optional<std::chrono::milliseconds> age; // since the last good answer
+    std::uint64_t changes = 0;                    // after the first value
+    std::deque<double> trend;                     // the last numbers, oldest first
+};
+
+// "good", "stale" or "pending".
+QString toText(WatchRow::State state);
+
+// Eight heights of blocks from the least to the greatest; flat in the middle where all are equal.
+QString trendLine(const std::deque<double> &numbers);
+
+// The heading, a line for each row and at the end `status`, none wider than `width` characters and
+// no more than `height` lines. `hasColours`: stale rows in red.
+QStringList tableLines(const std::vector<WatchRow> &rows, const QString &status, int width,
+                       int height, bool hasColours);
+
+// Draws lines on stdout over those of the last time.
+class LiveTable {
+public:
+    void draw(const std::vector<WatchRow> &rows, const QString &status);
+
+    // Takes the table away, so that a message can come in its place and the table below it.
+    void erase();
+
+private:
+    int m_drawnLines = 0;
+};
+
+} // namespace kmr
