@@ -1,147 +1,12 @@
 // The command kmr as its users have it: a program with arguments, output and an exit code.
-#include "modbus/ascii.h"
+#include "tests/host/kmr_process.h"
 
-#include <QCoreApplication>
-#include <QEventLoop>
-#include <QProcess>
-#include <QRegularExpression>
-#include <QTcpServer>
-#include <QTcpSocket>
 #include <QTemporaryDir>
 #include <gtest/gtest.h>
 
 #include <csignal>
-#include <functional>
 
 namespace {
-
-struct Finished {
-    int exitCode;
-    QString out;
-    QString err;
-};
-
-void ensureApplication()
-{
-    static int argc = 1;
-    static char name[] = "command_test";
-    static char *argv[] = {name, nullptr};
-    static QCoreApplication application(argc, argv);
-}
-
-QProcessEnvironment environment()
-{
-    QProcessEnvironment variables = QProcessEnvironment::systemEnvironment();
-    variables.remove("KMR_LINK");
-    variables.insert("KMR_DRIVER", DRIVER_LIBRARY);
-    return variables;
-}
-
-// Runs kmr to its end while this program goes on serving. `started` may watch it on the way.
-Finished run(const QStringList &arguments,
-             const std::function<void(QProcess &)> &started = std::function<void(QProcess &)>())
-{
-    ensureApplication();
-    QProcess process;
-    process.setProcessEnvironment(environment());
-    QEventLoop loop;
-    QObject::connect(
-        &process, static_cast<void (QProcess::*)(int, QProcess::ExitStatus)>(&QProcess::finished),
-        &loop, &QEventLoop::quit);
-    process.start(KMR_EXECUTABLE, arguments);
-    EXPECT_TRUE(process.waitForStarted());
-    if (started)
-        started(process);
-    if (process.state() != QProcess::NotRunning)
-        loop.exec();
-    EXPECT_EQ(process.exitStatus(), QProcess::NormalExit);
-    return {process.exitCode(), QString::fromLocal8Bit(process.readAllStandardOutput()),
-            QString::fromLocal8Bit(process.readAllStandardError())};
-}
-
-// 'kmr sim' in a process of its own. Its link is there once this is built.
-class Simulator {
-public:
-    explicit Simulator(const QStringList &arguments)
-    {
-        ensureApplication();
-        m_process.setProcessEnvironment(environment());
-        m_process.start(KMR_EXECUTABLE, QStringList{"sim"} + arguments);
-        while (!m_process.canReadLine() && m_process.waitForReadyRead(10000)) {
-        }
-        m_ready = QString::fromLocal8Bit(m_process.readLine()).trimmed();
-    }
-
-    ~Simulator()
-    {
-        if (m_process.state() != QProcess::NotRunning)
-            terminate();
-    }
-
-    QString ready() const
-    {
-        return m_ready;
-    }
-    QString link() const
-    {
-        return m_ready.section(' ', 1);
-    }
-
-    QString log()
-    {
-        return QString::fromLocal8Bit(m_process.readAllStandardError());
-    }
-
-    int terminate()
-    {
-        m_process.terminate();
-        EXPECT_TRUE(m_process.waitForFinished(10000));
-        EXPECT_EQ(m_process.exitStatus(), QProcess::NormalExit);
-        return m_process.exitCode();
-    }
-
-private:
-    QProcess m_process;
-    QString m_ready;
-};
-
-// A controller of bad manners, in this process: answers each line as a function says. A null answer
-// closes the connection.
-class FakeController {
-public:
-    using Answer = std::function<QByteArray(const QByteArray &line)>;
-
-    explicit FakeController(Answer answer) : m_answer(std::move(answer))
-    {
-        ensureApplication();
-        EXPECT_TRUE(m_server.listen(QHostAddress::LocalHost, 0));
-        QObject::connect(&m_server, &QTcpServer::newConnection, [this] { serve(); });
-    }
-
-    QString link() const
-    {
-        return QString("tcp://127.0.0.1:%1").arg(m_server.serverPort());
-    }
-
-private:
-    void serve()
-    {
-        QTcpSocket *socket = m_server.nextPendingConnection();
-        QObject::connect(socket, &QTcpSocket::readyRead, [this, socket] {
-            for (const QByteArray &line : m_collector.take(socket->readAll())) {
-                const QByteArray answer = m_answer(line);
-                if (answer.isNull())
-                    socket->disconnectFromHost();
-                else
-                    socket->write(answer);
-            }
-        });
-    }
-
-    const Answer m_answer;
-    QTcpServer m_server;
-    modbus::LineCollector m_collector;
-};
 
 class CommandOnBothLinks : public testing::TestWithParam<const char *> {
 protected:
@@ -166,16 +31,12 @@ protected:
 
     void save(const QString &name, const QByteArray &text)
     {
-        QFile file(path(name));
-        ASSERT_TRUE(file.open(QIODevice::WriteOnly));
-        file.write(text);
+        saveFile(path(name), text);
     }
 
     QByteArray load(const QString &name)
     {
-        QFile file(path(name));
-        EXPECT_TRUE(file.open(QIODevice::ReadOnly)) << file.fileName().toStdString();
-        return file.readAll();
+        return loadFile(path(name));
     }
 
     QTemporaryDir m_directory;
@@ -231,17 +92,13 @@ TEST_P(CommandOnBothLinks, BadValueKeepsEverythingFromBeingWritten)
 TEST_P(CommandOnBothLinks, RecordsComeInEveryFormat)
 {
     const Finished csv = kmr({"write", "D100=7", "--format", "csv"});
-    EXPECT_TRUE(QRegularExpression("^time,tag,values,unit,outcome,error\n"
-                                   "\\d{4}-\\S+,D100,7,,confirmed,\n$")
-                    .match(csv.out)
-                    .hasMatch())
+    EXPECT_TRUE(matches(csv.out, "^time,tag,values,unit,outcome,error\n"
+                                 "\\d{4}-\\S+,D100,7,,confirmed,\n$"))
         << csv.out.toStdString();
     const Finished lines = kmr({"read", "D100", "--format", "jsonl"});
-    EXPECT_TRUE(QRegularExpression("^\\{\"schema\":1,\"command\":\"read\",\"time\":\"[^\"]+\","
+    EXPECT_TRUE(matches(lines.out, "^\\{\"schema\":1,\"command\":\"read\",\"time\":\"[^\"]+\","
                                    "\"tag\":\"D100\",\"values\":\\[7\\],\"unit\":null,"
-                                   "\"outcome\":\"good\",\"error\":null\\}\n$")
-                    .match(lines.out)
-                    .hasMatch())
+                                   "\"outcome\":\"good\",\"error\":null\\}\n$"))
         << lines.out.toStdString();
 }
 
@@ -259,10 +116,9 @@ TEST_P(CommandOnBothLinks, WatchPrintsChangesAndASummary)
 {
     const Finished watch = kmr({"watch", "D100", "CV2200", "--count", "2"});
     EXPECT_EQ(watch.exitCode, 0);
-    const QRegularExpression lines(
-        "^\\d{4}-\\d\\d-\\d\\dT\\d\\d:\\d\\d:\\d\\d\\.\\d{3}\\S+ CV2200 0\n"
-        "\\d{4}-\\S+ D100 0\n$");
-    EXPECT_TRUE(lines.match(watch.out).hasMatch()) << watch.out.toStdString();
+    const char *const lines = "^\\d{4}-\\d\\d-\\d\\dT\\d\\d:\\d\\d:\\d\\d\\.\\d{3}\\S+ CV2200 0\n"
+                              "\\d{4}-\\S+ D100 0\n$";
+    EXPECT_TRUE(matches(watch.out, lines)) << watch.out.toStdString();
     EXPECT_TRUE(watch.err.contains("requests sent")) << watch.err.toStdString();
     EXPECT_TRUE(watch.err.contains("round trip min/median/p95/p99/max"));
 }
@@ -433,15 +289,12 @@ TEST(Command, DryRunShowsTheFramesOfWrites)
 TEST(Command, ConfigShowsWhatIsInForceAndWhereFrom)
 {
     QTemporaryDir directory;
-    QFile file(directory.filePath("p.toml"));
-    ASSERT_TRUE(file.open(QIODevice::WriteOnly));
-    file.write("station = 7\nretries = 3\n");
-    file.close();
-    const Finished config =
-        run({"config", "--config", file.fileName(), "--station", "9", "--format", "csv"});
+    const QString file = directory.filePath("p.toml");
+    saveFile(file, "station = 7\nretries = 3\n");
+    const Finished config = run({"config", "--config", file, "--station", "9", "--format", "csv"});
     EXPECT_EQ(config.exitCode, 0) << config.err.toStdString();
     EXPECT_TRUE(config.out.contains("station,9,command line\n")) << config.out.toStdString();
-    EXPECT_TRUE(config.out.contains("retries,3," + file.fileName() + ":2\n"));
+    EXPECT_TRUE(config.out.contains("retries,3," + file + ":2\n"));
     EXPECT_TRUE(config.out.contains("timeout,1000,default\n"));
     EXPECT_TRUE(config.out.contains(",environment variable KMR_DRIVER\n"));
 }
@@ -449,11 +302,9 @@ TEST(Command, ConfigShowsWhatIsInForceAndWhereFrom)
 TEST(Command, EveryBadKeyOfTheProjectsFileIsNamed)
 {
     QTemporaryDir directory;
-    QFile file(directory.filePath("p.toml"));
-    ASSERT_TRUE(file.open(QIODevice::WriteOnly));
-    file.write("station = 700\necho = \"maybe\"\n");
-    file.close();
-    const Finished config = run({"config", "--config", file.fileName()});
+    const QString file = directory.filePath("p.toml");
+    saveFile(file, "station = 700\necho = \"maybe\"\n");
+    const Finished config = run({"config", "--config", file});
     EXPECT_EQ(config.exitCode, 2);
     EXPECT_TRUE(config.err.contains("p.toml:1: ")) << config.err.toStdString();
     EXPECT_TRUE(config.err.contains("p.toml:2: "));
@@ -462,11 +313,9 @@ TEST(Command, EveryBadKeyOfTheProjectsFileIsNamed)
 TEST(Command, TagsCheckNamesEveryBadLine)
 {
     QTemporaryDir directory;
-    QFile file(directory.filePath("names.csv"));
-    ASSERT_TRUE(file.open(QIODevice::WriteOnly));
-    file.write("a,D1\nb,Q1\nc\n");
-    file.close();
-    const Finished check = run({"tags", "check", file.fileName()});
+    const QString file = directory.filePath("names.csv");
+    saveFile(file, "a,D1\nb,Q1\nc\n");
+    const Finished check = run({"tags", "check", file});
     EXPECT_EQ(check.exitCode, 2);
     EXPECT_TRUE(check.err.contains("names.csv:2: ")) << check.err.toStdString();
     EXPECT_TRUE(check.err.contains("names.csv:3: c has no tag"));
@@ -507,15 +356,12 @@ TEST(Command, ValueThatReadsBackDifferentlyEndsWithSix)
 TEST(Command, InterruptedDownloadSaysWhatIsCertain)
 {
     QTemporaryDir directory;
-    QFile file(directory.filePath("mixer.csv"));
-    ASSERT_TRUE(file.open(QIODevice::WriteOnly));
-    file.write("D100,1\nD200,2\nD300,3\n");
-    file.close();
+    const QString file = directory.filePath("mixer.csv");
+    saveFile(file, "D100,1\nD200,2\nD300,3\n");
     FakeController controller([](const QByteArray &line) {
         return line.mid(5, 4) == "1064" ? QByteArray(":0110106400017A\r\n") : QByteArray();
     });
-    const Finished download =
-        run({"recipe", "download", file.fileName(), "--link", controller.link()});
+    const Finished download = run({"recipe", "download", file, "--link", controller.link()});
     EXPECT_EQ(download.exitCode, 6);
     EXPECT_TRUE(download.err.contains("written for certain: 1#D100\n"
                                       "unknown whether written: 1#D200\nnot written: 1#D300\n"))
@@ -544,11 +390,11 @@ TEST(Command, WatchConnectsAgainAndMarksWhatIsStale)
     EXPECT_EQ(watch.exitCode, 0) << watch.err.toStdString();
     EXPECT_EQ(watch.err.count("the line was lost"), 1) << watch.err.toStdString();
     EXPECT_EQ(watch.err.count("the line is back"), 1);
-    const QRegularExpression lines("^time,tag,values,unit,quality,error\n"
-                                   "\\d{4}-\\S+,D100,1,,good,\n"
-                                   "\\d{4}-\\S+,D100,1,,stale,the line was lost\n"
-                                   "\\d{4}-\\S+,D100,1,,good,\n$");
-    EXPECT_TRUE(lines.match(watch.out).hasMatch()) << watch.out.toStdString();
+    const char *const lines = "^time,tag,values,unit,quality,error\n"
+                              "\\d{4}-\\S+,D100,1,,good,\n"
+                              "\\d{4}-\\S+,D100,1,,stale,the line was lost\n"
+                              "\\d{4}-\\S+,D100,1,,good,\n$";
+    EXPECT_TRUE(matches(watch.out, lines)) << watch.out.toStdString();
 }
 
 TEST(Command, WatchNamesAnOutageOnceAndItsEnd)
@@ -566,76 +412,4 @@ TEST(Command, WatchNamesAnOutageOnceAndItsEnd)
     EXPECT_EQ(watch.err.count("station 1: no answer"), 1) << watch.err.toStdString();
     EXPECT_EQ(watch.err.count("station 1 answers again"), 1) << watch.err.toStdString();
     EXPECT_TRUE(watch.err.contains("6 requests sent, 2 good, 2 sent again, 2 given up"));
-}
-
-TEST(Sim, SaysReadyAndEndsCleanlyOnSigterm)
-{
-    Simulator simulator({"--listen", "tcp://127.0.0.1:0"});
-    EXPECT_TRUE(QRegularExpression("^ready tcp://127\\.0\\.0\\.1:[1-9][0-9]*$")
-                    .match(simulator.ready())
-                    .hasMatch())
-        << simulator.ready().toStdString();
-    EXPECT_EQ(simulator.terminate(), 0);
-}
-
-TEST(Sim, LogsRequestsInWords)
-{
-    Simulator simulator({"--listen", "tcp://127.0.0.1:0", "--log"});
-    EXPECT_EQ(run({"read", "D100", "--link", simulator.link()}).exitCode, 0);
-    EXPECT_EQ(simulator.terminate(), 0);
-    const QString log = simulator.log();
-    EXPECT_TRUE(log.contains("station 01: read 1 register from 1064, answered"))
-        << log.toStdString();
-}
-
-TEST(Sim, RemovesItsPseudoTerminal)
-{
-    QTemporaryDir directory;
-    const QString path = directory.filePath("line");
-    Simulator simulator({"--pty", path});
-    EXPECT_EQ(simulator.ready(), "ready serial://" + path);
-    EXPECT_TRUE(QFileInfo(path).isSymLink());
-    EXPECT_EQ(simulator.terminate(), 0);
-    EXPECT_FALSE(QFileInfo(path).isSymLink());
-}
-
-TEST(Sim, GoesByItsStationsDigits)
-{
-    Simulator simulator({"--listen", "tcp://127.0.0.1:0", "--station", "12"});
-    EXPECT_EQ(run({"read", "12#D0", "--link", simulator.link()}).out, "12#D0 0\n");
-    EXPECT_EQ(run({"read", "18#D0", "--timeout", "20", "--link", simulator.link()}).exitCode, 4);
-}
-
-TEST(Sim, FaultsHitTheRequestsThatTheyAreTypedFor)
-{
-    Simulator simulator({"--listen", "tcp://127.0.0.1:0", "--fault", "exception=6,every=2",
-                         "--fault", "echo,every=3", "--seed", "7"});
-    const QStringList read = {"read", "D0", "--retries", "0", "--link", simulator.link()};
-    EXPECT_EQ(run(read).out, "D0 0\n");
-    const Finished refused = run(read);
-    EXPECT_EQ(refused.exitCode, 5);
-    EXPECT_TRUE(refused.err.contains("exception 06")) << refused.err.toStdString();
-    EXPECT_EQ(run(read + QStringList{"--echo", "off"}).exitCode, 4);
-}
-
-TEST(Sim, NamesABadFault)
-{
-    const Finished bad = run({"sim", "--fault", "late=soon"});
-    EXPECT_EQ(bad.exitCode, 2);
-    EXPECT_TRUE(bad.err.contains("bad fault \"late=soon\": late=soon: expected a time"));
-    EXPECT_TRUE(bad.err.contains("kinds: deaf, close, silence"));
-}
-
-TEST(Sim, AnimatesWhatAWatcherSees)
-{
-    Simulator simulator({"--listen", "tcp://127.0.0.1:0", "--animate"});
-    const Finished watch = run({"watch", "CV2200", "--count", "3", "--link", simulator.link()});
-    EXPECT_EQ(watch.exitCode, 0);
-    EXPECT_EQ(watch.out.count('\n'), 3);
-}
-
-TEST(Sim, BusyPortEndsWithThree)
-{
-    Simulator simulator({"--listen", "tcp://127.0.0.1:0"});
-    EXPECT_EQ(run({"sim", "--listen", simulator.link()}).exitCode, 3);
 }

@@ -2,21 +2,12 @@
 #include "simulator/areas.h"
 #include "simulator/controller.h"
 #include "simulator/tcp_server.h"
+#include "tests/host/kmr_process.h"
 
-#include <QCoreApplication>
-#include <QEventLoop>
-#include <QProcess>
-#include <QRegularExpression>
 #include <QTemporaryDir>
 #include <gtest/gtest.h>
 
 namespace {
-
-struct Finished {
-    int exitCode;
-    QString out;
-    QString err;
-};
 
 class DiagnosisCommand : public testing::Test {
 protected:
@@ -27,33 +18,14 @@ protected:
 
     Finished kmr(const QStringList &arguments)
     {
-        QProcess process;
-        QProcessEnvironment variables = QProcessEnvironment::systemEnvironment();
-        variables.insert("KMR_DRIVER", DRIVER_LIBRARY);
-        variables.insert("KMR_LINK", QString("tcp://127.0.0.1:%1").arg(m_server.port()));
-        process.setProcessEnvironment(variables);
-        QEventLoop loop;
-        QObject::connect(
-            &process,
-            static_cast<void (QProcess::*)(int, QProcess::ExitStatus)>(&QProcess::finished), &loop,
-            &QEventLoop::quit);
-        process.start(KMR_EXECUTABLE, arguments);
-        EXPECT_TRUE(process.waitForStarted());
-        loop.exec();
-        EXPECT_EQ(process.exitStatus(), QProcess::NormalExit);
-        return {process.exitCode(), QString::fromLocal8Bit(process.readAllStandardOutput()),
-                QString::fromLocal8Bit(process.readAllStandardError())};
+        return run(arguments +
+                   QStringList{"--link", QString("tcp://127.0.0.1:%1").arg(m_server.port())});
     }
 
     simulator::Controller m_controller{"01"};
     simulator::TcpServer m_server{m_controller};
     QTemporaryDir m_directory;
 };
-
-bool matches(const QString &text, const char *pattern)
-{
-    return QRegularExpression(pattern).match(text).hasMatch();
-}
 
 } // namespace
 
@@ -192,11 +164,4 @@ TEST_F(DiagnosisCommand, HelpTeachesWithExamples)
         EXPECT_EQ(help.exitCode, 0);
         EXPECT_TRUE(help.out.contains("Examples:")) << command;
     }
-}
-
-int main(int argc, char *argv[])
-{
-    const QCoreApplication application(argc, argv);
-    testing::InitGoogleTest(&argc, argv);
-    return RUN_ALL_TESTS();
 }

@@ -1,0 +1,79 @@
+// The command kmr as its users have it: a program with arguments, output and an exit code. And what
+// it talks to: a simulated controller in a process of its own, or one of bad manners.
+//
+// The test program needs a QCoreApplication.
+#pragma once
+
+#include "modbus/ascii.h"
+
+#include <QByteArray>
+#include <QProcess>
+#include <QString>
+#include <QStringList>
+#include <QTcpServer>
+
+#include <functional>
+
+struct Finished {
+    int exitCode;
+    QString out;
+    QString err;
+};
+
+// Runs kmr to its end while this program goes on serving. `started` may watch it on the way.
+Finished run(const QStringList &arguments,
+             const std::function<void(QProcess &)> &started = std::function<void(QProcess &)>());
+
+// A command of kmr that serves, 'sim' unless another is named, in a process of its own. Its link
+// is there once this is built.
+class Simulator {
+public:
+    explicit Simulator(const QStringList &arguments, const QString &command = "sim");
+    ~Simulator();
+    Simulator(const Simulator &) = delete;
+    Simulator &operator=(const Simulator &) = delete;
+
+    // What it says when it serves, and the link of that.
+    QString ready() const
+    {
+        return m_ready;
+    }
+    QString link() const
+    {
+        return m_ready.section(' ', 1);
+    }
+
+    // What came on stderr since the last call.
+    QString log();
+
+    // Ends it and returns its exit code.
+    int terminate();
+
+private:
+    QProcess m_process;
+    QString m_ready;
+};
+
+// A controller of bad manners, in this process: answers each line as a function says. A null answer
+// closes the connection.
+class FakeController {
+public:
+    using Answer = std::function<QByteArray(const QByteArray &line)>;
+
+    explicit FakeController(Answer answer);
+
+    QString link() const;
+
+private:
+    void serve();
+
+    const Answer m_answer;
+    QTcpServer m_server;
+    modbus::LineCollector m_collector;
+};
+
+// True when the pattern is found in the text.
+bool matches(const QString &text, const char *pattern);
+
+void saveFile(const QString &path, const QByteArray &text);
+QByteArray loadFile(const QString &path);
