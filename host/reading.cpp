@@ -19,9 +19,7 @@ public:
             (isBitArea(run.area) ? m_bits : m_words).push_back(run);
             session.forget(run);
         }
-        // The driver stops sending when nothing at all is polled.
-        session.poll(m_bits.empty() && !m_words.empty() ? std::vector<Run>{m_words.front()}
-                                                        : m_bits);
+        session.poll(m_bits);
     }
 
     void run()

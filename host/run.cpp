@@ -75,7 +75,7 @@ KEY_ADDRESS toKey(const Run &run)
     return key;
 }
 
-Run refreshedBy(const FRAME_PRO &frame)
+Run storedBy(const FRAME_PRO &frame)
 {
     const VARIABLE &request = frame.var;
     const int first = std::max(0, fromDriverAddress(request.area, request.address));
@@ -86,6 +86,12 @@ Run refreshedBy(const FRAME_PRO &frame)
     } else {
         run.count = frame.replyDataLen / (isCounterArea(run.area) ? 8 : 4);
     }
+    return run;
+}
+
+Run refreshedBy(const FRAME_PRO &frame)
+{
+    Run run = storedBy(frame);
     run.count = std::min(run.count, nextBorder(run.area, run.first) - run.first);
     return run;
 }

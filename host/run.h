@@ -46,8 +46,11 @@ int nextBorder(const QString &area, int number);
 // The run as the driver takes it for polling and for one-shot reads.
 KEY_ADDRESS toKey(const Run &run);
 
-// What a good answer to the read request `frame` truly refreshes. Bits are read in whole blocks of
-// 16; what was read from beyond a border is left out.
+// The elements whose values the driver takes from a good answer to the read request `frame`. Bits
+// are read in whole blocks of 16.
+Run storedBy(const FRAME_PRO &frame);
+
+// Those of them that the answer truly refreshes: what lies beyond a border is other memory.
 Run refreshedBy(const FRAME_PRO &frame);
 
 } // namespace kmr

@@ -112,6 +112,7 @@ void Session::configureDriver()
     qint32 result = 0;
     m_driver.initProperty(m_status.data(), nullptr, m_recipe.data(), &result, property.constData(),
                           &m_mutex);
+    m_isPolling = false;
 }
 
 Session::~Session()
@@ -132,7 +133,7 @@ qint32 Session::reportChange(qint32, qint32 station, QString area, qint32 addres
 
 void Session::poll(const std::vector<Run> &runs)
 {
-    m_driver.addrMerge(toKeys(runs));
+    m_isPolling = m_driver.addrMerge(toKeys(runs)) > 0;
 }
 
 PollLoop::Step Session::step()
@@ -142,6 +143,7 @@ PollLoop::Step Session::step()
 
 RequestResult Session::readOnce(const Run &run)
 {
+    keepPolling(run);
     beginRequest(std::nullopt);
     KEY_ADDRESS key = toKey(run);
     m_driver.addConditionRead(key, m_request->tag);
@@ -150,6 +152,7 @@ RequestResult Session::readOnce(const Run &run)
 
 RequestResult Session::write(const Run &run, const Values &values)
 {
+    keepPolling(run);
     // Only what can be told from an echo counts as confirmed, and reading teaches the difference.
     if (isBitArea(run.area)) {
         if (const auto failure = learnEcho())
@@ -270,10 +273,12 @@ void Session::noteQuality(const Exchange &exchange)
         return;
     }
     const Run run = refreshedBy(exchange.request);
-    if (exchange.outcome == Exchange::Outcome::Good)
+    if (exchange.outcome == Exchange::Outcome::Good) {
+        forget(storedBy(exchange.request)); // beyond a border the driver now shows other memory
         m_quality.set(run, {Quality::Good, {}});
-    else if (exchange.outcome == Exchange::Outcome::GivenUp)
+    } else if (exchange.outcome == Exchange::Outcome::GivenUp) {
         m_quality.set(run, {Quality::Stale, {exchange.fault, exchange.exceptionCode}});
+    }
     if (m_request && m_request->disturbed)
         forget(*m_request->disturbed); // the driver still shows the written value there
 }
@@ -304,6 +309,12 @@ void Session::noteRecipe(const Exchange &exchange)
     } else if (isFinal(exchange)) {
         m_recipeTransfer->result = resultOf(exchange);
     }
+}
+
+void Session::keepPolling(const Run &run)
+{
+    if (!m_isPolling)
+        poll({run});
 }
 
 void Session::beginRequest(const std::optional<Run> &disturbed)

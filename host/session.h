@@ -79,14 +79,15 @@ public:
     // What is to be polled must be set again.
     void restart();
 
-    // Replaces what is polled in turn. Should never be empty: without it the driver sends at most
-    // three other requests.
+    // Replaces what is polled in turn: runs of readRuns(). When it is empty, the elements of the
+    // next request are polled, because without any the driver sends no more than three others.
     void poll(const std::vector<Run> &runs);
 
     // Makes one exchange.
     PollLoop::Step step();
 
-    // Reads a run of words or a single counter once, ahead of the polling. Blocks until it is done.
+    // Reads one run of readRuns(), words or a counter, once and ahead of the polling. Blocks until
+    // it is done.
     RequestResult readOnce(const Run &run);
 
     // Writes one run of writeRuns(), `values` one for each element. Blocks until it is settled.
@@ -165,6 +166,7 @@ private:
     void noteQuality(const Exchange &exchange);
     void noteRequest(const Exchange &exchange);
     void noteRecipe(const Exchange &exchange);
+    void keepPolling(const Run &run);
     void beginRequest(const std::optional<Run> &disturbed);
     RequestResult await();
     std::optional<RequestResult> learnEcho();
@@ -185,6 +187,7 @@ private:
     Failure m_lastFailure; // of the last request that was given up
     std::optional<Request> m_request;
     std::optional<RecipeTransfer> m_recipeTransfer;
+    bool m_isPolling = false;       // the driver has something to read in turn
     qint32 m_lastRequestTag = 1000; // above the driver's own tag of read blocks
 };
 
