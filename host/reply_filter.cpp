@@ -69,6 +69,9 @@ QString toText(ReplyFault fault)
         return "an answer of the wrong length";
     case ReplyFault::WrongAcknowledgement:
         return "the acknowledgement of another write";
+    case ReplyFault::MissingEcho:
+        return "an answer without the echo that the line gave before: if it echoes no more, start "
+               "again or try --echo off";
     case ReplyFault::UnexpectedEcho:
         return "the request itself came back: does the line echo? Try --echo on";
     case ReplyFault::EchoOrAnswer:
@@ -187,6 +190,10 @@ ReplyFilter::Verdict ReplyFilter::judgeMessage(const QByteArray &line, const QBy
 
 ReplyFilter::Verdict ReplyFilter::good(const QByteArray &line)
 {
+    if (m_echo.isCertain() && m_ownTexts == 0) {
+        m_exceptionCode = 0;
+        return bad(ReplyFault::MissingEcho);
+    }
     // Whatever else arrived may be the rest of an echo.
     const bool cameAlone = m_taken == line.size();
     if (m_echo.isUnknown() && cameAlone && !isBitWrite())

@@ -44,6 +44,7 @@ enum class ReplyFault {
     WrongFunction,        // a line about another function
     WrongLength,          // a line shorter or longer than the request's answer
     WrongAcknowledgement, // a write acknowledged that isn't ours
+    MissingEcho,          // an answer came, but not the echo that was certain to precede it
     UnexpectedEcho,       // the request came back although EchoMode::Off rules that out
     EchoOrAnswer, // a bit write came back once, and no one knows yet whether the line echoes
     NotSendable   // the request fits no frame and was not sent
@@ -60,6 +61,10 @@ QString exceptionText(int code);
 // The answer to a bit write equals the request, so there an echo can only be told by counting.
 // While nothing is known about the echo, one equal line proves nothing: only a second one makes the
 // exchange good, and without it the fault is EchoOrAnswer.
+//
+// Where the echo is certain, no answer counts without it: a damaged echo may look like an answer.
+// A read of 32 bits from X0 whose doubled "00" passes every other check is one:
+// ":010204000020D9" comes back as ":01020400000020D9".
 class ReplyFilter {
 public:
     enum class Verdict { MoreWanted, Good, Bad };

@@ -221,6 +221,32 @@ TEST(ReplyFilter, ProvenEchoStays)
     EXPECT_TRUE(echo.isCertain());
 }
 
+TEST(ReplyFilter, AnswerWithoutTheCertainEchoIsBad)
+{
+    Echo echo = echoOf(EchoMode::On);
+    ReplyFilter filter(READ_D100, echo);
+    EXPECT_EQ(filter.take(D100_IS_1234), Verdict::Bad);
+    EXPECT_EQ(filter.fault(), ReplyFault::MissingEcho);
+}
+
+TEST(ReplyFilter, ExceptionWithoutTheCertainEchoIsNoRefusal)
+{
+    Echo echo = echoOf(EchoMode::On);
+    ReplyFilter filter(READ_D100, echo);
+    EXPECT_EQ(filter.take(":0183027A\r\n"), Verdict::Bad);
+    EXPECT_EQ(filter.exceptionCode(), 0);
+}
+
+// One damage makes a valid answer out of this request: its first "00" comes twice.
+TEST(ReplyFilter, DamagedEchoOfABitReadIsNotItsAnswer)
+{
+    Echo echo;
+    ReplyFilter(READ_D100, echo).take(READ_D100 + D100_IS_1234);
+    ReplyFilter filter(":010204000020D9\r\n", echo);
+    EXPECT_EQ(filter.take(":01020400000020D9\r\n"), Verdict::Bad);
+    EXPECT_EQ(filter.fault(), ReplyFault::MissingEcho);
+}
+
 TEST(ReplyFilter, DisprovenEchoIsProvenByTheNextOne)
 {
     Echo echo;

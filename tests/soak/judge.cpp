@@ -99,6 +99,8 @@ void Judge::blame(const QString &what)
     QString evidence = QString("after %1 exchanges: %2").arg(m_exchanges).arg(what);
     for (const QString &exchange : m_recent)
         evidence += "\n    " + exchange;
+    for (const QString &answer : m_plant.recentAnswers())
+        evidence += "\n    the controller: " + answer;
     m_faults.append(evidence);
 }
 

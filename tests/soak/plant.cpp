@@ -14,6 +14,7 @@ namespace {
 
 using namespace std::chrono_literals;
 
+constexpr int RECENT_ANSWERS = 4;
 constexpr auto BEAT = 1ms;
 constexpr std::chrono::nanoseconds LONGEST_BEAT = 2ms; // what is longer, the thread did not run
 
@@ -125,6 +126,12 @@ std::vector<QByteArray> Plant::takeWrites()
     return std::exchange(m_writes, {});
 }
 
+QStringList Plant::recentAnswers() const
+{
+    const QMutexLocker lock(&m_mutex);
+    return m_recentAnswers;
+}
+
 void Plant::finish()
 {
     inThread([] {});
@@ -142,6 +149,10 @@ void Plant::note(const simulator::Exchange &exchange)
             store(m_controller.memory(), cell, cell.mark | ((value + 1) & 0xFF));
     }
     const QMutexLocker lock(&m_mutex);
+    m_recentAnswers.append(
+        QString::fromLatin1(exchange.line.trimmed() + " -> " + exchange.answer.trimmed()));
+    if (m_recentAnswers.size() > RECENT_ANSWERS)
+        m_recentAnswers.removeFirst();
     if (isWrite(exchange.function))
         m_writes.push_back(exchange.line);
     for (std::size_t i = 0; i < m_cells.size(); ++i) {

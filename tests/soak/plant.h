@@ -11,6 +11,7 @@
 
 #include <QMutex>
 #include <QObject>
+#include <QStringList>
 #include <QTemporaryDir>
 #include <QThread>
 #include <QTimer>
@@ -58,6 +59,9 @@ public:
     // The write requests, ':' to LF, that were carried out since the last call.
     std::vector<QByteArray> takeWrites();
 
+    // The last requests that were carried out, each with the answer before anything happened to it.
+    QStringList recentAnswers() const;
+
     // Waits until the plant's thread has done all that it has to do now.
     void finish();
 
@@ -83,10 +87,11 @@ private:
     QString m_link;
     QTemporaryDir m_directory;
 
-    mutable QMutex m_mutex; // for the next three
+    mutable QMutex m_mutex; // for the next four
     std::vector<std::vector<std::uint32_t>> m_held;
     std::vector<QByteArray> m_writes;
     std::vector<std::uint32_t> m_values;
+    QStringList m_recentAnswers;
 
     std::atomic<std::int64_t> m_now{0}; // nanoseconds of the plant's clock
     std::chrono::steady_clock::time_point m_lastBeat;

@@ -13,6 +13,8 @@
 // - An echo now and then while bits are written: a bit write's answer equals its echo. So bits are
 //   written on lines that always or never echo, and a line that echoes now and then sees only
 //   words written.
+// - A doubled character in an echo that comes now and then: it may make an answer of the echo of a
+//   bit read, as in ":01020400000020D9". Such a line doubles none.
 // - Two damages in one answer, which may make up another valid one: the LRC has only eight bits.
 //   The simulator never deals them.
 #include "host/driver_library.h"
@@ -70,17 +72,17 @@ std::vector<Fault> faultsOf(EchoHabit habit, bool isFaulty)
         faults.push_back({FaultKind::Echo});
     if (!isFaulty)
         return faults;
-    for (const FaultKind kind : {FaultKind::Deaf, FaultKind::Silence, FaultKind::Station,
-                                 FaultKind::Long, FaultKind::NoLineFeed, FaultKind::Noise,
-                                 FaultKind::Lose, FaultKind::Double, FaultKind::Flip})
+    for (const FaultKind kind :
+         {FaultKind::Deaf, FaultKind::Silence, FaultKind::Station, FaultKind::Long,
+          FaultKind::NoLineFeed, FaultKind::Noise, FaultKind::Lose, FaultKind::Flip})
         faults.push_back({kind, 0, 1, PROBABILITY});
     faults.push_back({FaultKind::Exception, 6, 1, PROBABILITY});
     faults.push_back({FaultKind::Late, LATE, 1, PROBABILITY});
     faults.push_back({FaultKind::Pieces, PAUSE, 1, PROBABILITY});
     faults.push_back({FaultKind::Close, CLOSED, 1, PROBABILITY / 2});
     faults.push_back({FaultKind::Silence, 0, 331, 1}); // by count
-    if (habit == EchoHabit::Sometimes)
-        faults.push_back({FaultKind::Echo, 0, 1, PROBABILITY});
+    faults.push_back(
+        {habit == EchoHabit::Sometimes ? FaultKind::Echo : FaultKind::Double, 0, 1, PROBABILITY});
     return faults;
 }
 
