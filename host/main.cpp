@@ -3,9 +3,9 @@
 #include "host/commands/connection.h"
 #include "host/commands/diagnosis.h"
 #include "host/commands/settings.h"
+#include "host/commands/simulation.h"
 #include "host/commands/stop.h"
 #include "host/tag.h"
-#include "simulator/faults.h"
 
 #include <CLI/CLI.hpp>
 #include <QCoreApplication>
@@ -22,17 +22,10 @@ using kmr::ExitCode;
 struct CommandLine {
     std::vector<std::string> tags;
     std::string file;
-    std::string listen;
-    std::string pty;
     std::uint64_t count = 0;
     double seconds = 0;
     bool verify = false;
     bool dryRun = false;
-    bool log = false;
-    bool animate = false;
-    std::vector<std::string> faults;
-    std::uint64_t seed = 0;
-    int baud = 0;
 };
 
 const char *const TAG_HELP =
@@ -214,40 +207,6 @@ void addRecipe(CLI::App &app, CommandLine &line, Command &chosen)
     });
 }
 
-void addSim(CLI::App &app, CommandLine &line, Command &chosen)
-{
-    CLI::App *command = app.add_subcommand("sim", "Run a simulated controller");
-    command->add_option("--listen", line.listen,
-                        "serve TCP there, port 0 for any free one (default without --pty: "
-                        "tcp://127.0.0.1:8888)");
-    command->add_option("--pty", line.pty, "make a pseudo-terminal, and this path a link to it");
-    command->add_flag("--animate", line.animate, "let X0 to X7, CV2200 and D0 move");
-    command->add_flag("--log", line.log, "describe each request on stderr");
-    command
-        ->add_option("--fault", line.faults,
-                     "what goes wrong, KIND[=VALUE][,every=N][,probability=P]; may be repeated")
-        ->allow_extra_args(false);
-    command
-        ->add_option("--baud", line.baud,
-                     "answer no faster than a serial line of that rate (default: at once)")
-        ->check(CLI::Range(50, 4000000));
-    command->add_option("--seed", line.seed, "the same seed repeats the same faults")
-        ->capture_default_str();
-    command->footer(
-        "Prints 'ready' and the link to use when it serves. SIGTERM or Ctrl-C ends it.\n\n"
-        "A fault hits every request, or every Nth, or each with the probability P. Kinds, with\n"
-        "their usual values:\n" +
-        simulator::faultHelp().toStdString() +
-        "\nExamples:\n  kmr sim --animate\n  kmr sim --pty /tmp/controller --station 12\n"
-        "  kmr sim --fault late=1500ms,every=50 --fault flip,probability=0.02 --seed 7");
-    command->callback([&line, &chosen] {
-        chosen = [&line](const kmr::Options &options) {
-            return kmr::runSim(options, {toQString(line.listen), toQString(line.pty), line.animate,
-                                         toQStrings(line.faults), line.seed, line.baud, line.log});
-        };
-    });
-}
-
 } // namespace
 
 int main(int argc, char *argv[])
@@ -267,7 +226,7 @@ int main(int argc, char *argv[])
     addRead(app, line, chosen);
     addWrite(app, line, chosen);
     addRecipe(app, line, chosen);
-    addSim(app, line, chosen);
+    kmr::addSimulation(app, chosen);
     kmr::addDiagnosis(app, chosen);
 
     try {

@@ -313,4 +313,15 @@ int Faults::random(int low, int high)
     return low + static_cast<int>(m_random() % static_cast<std::uint64_t>(high - low + 1));
 }
 
+Responder respondAs(Controller &controller, Faults *faults)
+{
+    if (faults)
+        return [&controller, faults](const QByteArray &line) {
+            return faults->answer(controller, line);
+        };
+    return [&controller, none = Faults()](const QByteArray &line) mutable {
+        return none.answer(controller, line);
+    };
+}
+
 } // namespace simulator

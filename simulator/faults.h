@@ -29,6 +29,7 @@
 
 #include <chrono>
 #include <cstdint>
+#include <functional>
 #include <optional>
 #include <random>
 #include <vector>
@@ -77,6 +78,9 @@ struct Plan {
     std::optional<std::chrono::milliseconds> closedFor; // the link closes at once, for that time
 };
 
+// Answers one line, ':' to LF: what a link asks for every line that it collects.
+using Responder = std::function<Plan(const QByteArray &line)>;
+
 // The faults of a line. Has no clock and no link: the same faults, seed and requests always give
 // the same plans.
 class Faults {
@@ -97,5 +101,8 @@ private:
     std::mt19937_64 m_random;
     std::uint64_t m_requests = 0;
 };
+
+// Answers as `controller` does on a line with `faults`, or without any. Both are lent.
+Responder respondAs(Controller &controller, Faults *faults = nullptr);
 
 } // namespace simulator

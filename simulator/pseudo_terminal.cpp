@@ -45,7 +45,12 @@ bool isLeftBehind(const QFileInfo &path, const QString &devicePath)
 } // namespace
 
 PseudoTerminal::PseudoTerminal(Controller &controller, Faults *faults, Pacing pacing)
-    : m_controller(controller), m_faults(faults ? *faults : m_noFaults), m_pacing(pacing)
+    : PseudoTerminal(respondAs(controller, faults), pacing)
+{
+}
+
+PseudoTerminal::PseudoTerminal(Responder respond, Pacing pacing)
+    : m_respond(std::move(respond)), m_pacing(pacing)
 {
     m_reopening.setSingleShot(true);
     QObject::connect(&m_reopening, &QTimer::timeout, &m_reopening, [this] { reopen(); });
@@ -126,7 +131,7 @@ void PseudoTerminal::receive()
         return; // nothing there after all
     const QByteArray bytes(buffer.data(), static_cast<int>(size));
     for (const QByteArray &line : m_collector.take(bytes)) {
-        Plan plan = m_faults.answer(m_controller, line);
+        Plan plan = m_respond(line);
         if (plan.closedFor) {
             m_pathToReopen = m_linkPath;
             close();

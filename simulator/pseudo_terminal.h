@@ -1,4 +1,5 @@
-// Serves the simulated controller over a pseudo-terminal, which programs open like a serial port.
+// Serves the simulated controller, or whatever else answers, over a pseudo-terminal, which programs
+// open like a serial port.
 #pragma once
 
 #include "modbus/ascii.h"
@@ -15,12 +16,14 @@
 namespace simulator {
 
 // Makes a pseudo-terminal of its own. Programs may open, close and open it again. Needs a running
-// Qt event loop. The controller and the faults must outlive it.
+// Qt event loop. What it is handed by reference must outlive it.
 class PseudoTerminal {
 public:
-    // `faults`: those of the line, or null for none. A fault that closes the link makes the
-    // terminal vanish, with the link to it, and a new one takes its place. `pacing`: the pace of
-    // the line, whatever rate the programs set.
+    // A plan that closes the link makes the terminal vanish, with the link to it, and a new one
+    // takes its place. `pacing`: the pace of the line, whatever rate the programs set.
+    explicit PseudoTerminal(Responder respond, Pacing pacing = Pacing());
+
+    // `faults`: those of the line, or null for none.
     explicit PseudoTerminal(Controller &controller, Faults *faults = nullptr,
                             Pacing pacing = Pacing());
     ~PseudoTerminal();
@@ -48,9 +51,7 @@ private:
     void sendNow(const QByteArray &bytes);
     void reopen();
 
-    Controller &m_controller;
-    Faults m_noFaults;
-    Faults &m_faults;
+    const Responder m_respond;
     const Pacing m_pacing;
     modbus::LineCollector m_collector;
     std::unique_ptr<QSocketNotifier> m_notifier;

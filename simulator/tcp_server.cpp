@@ -3,6 +3,7 @@
 #include <QHostInfo>
 
 #include <memory>
+#include <utility>
 
 namespace simulator {
 
@@ -21,7 +22,12 @@ QHostAddress addressOf(const QString &host)
 } // namespace
 
 TcpServer::TcpServer(Controller &controller, Faults *faults, Pacing pacing)
-    : m_controller(controller), m_faults(faults ? *faults : m_noFaults), m_pacing(pacing)
+    : TcpServer(respondAs(controller, faults), pacing)
+{
+}
+
+TcpServer::TcpServer(Responder respond, Pacing pacing)
+    : m_respond(std::move(respond)), m_pacing(pacing)
 {
     m_reopening.setSingleShot(true);
     QObject::connect(&m_reopening, &QTimer::timeout, &m_server, [this] { reopen(); });
@@ -58,7 +64,7 @@ void TcpServer::accept()
 void TcpServer::receive(QTcpSocket *client, modbus::LineCollector &collector)
 {
     for (const QByteArray &line : collector.take(client->readAll())) {
-        Plan plan = m_faults.answer(m_controller, line);
+        Plan plan = m_respond(line);
         if (plan.closedFor) {
             closeFor(*plan.closedFor);
             return;

@@ -1,4 +1,4 @@
-// Serves the simulated controller over TCP.
+// Serves the simulated controller, or whatever else answers, over TCP.
 #pragma once
 
 #include "modbus/ascii.h"
@@ -15,10 +15,13 @@
 namespace simulator {
 
 // Any number of clients talk to the same controller at the same time, each over a line of its own.
-// Needs a running Qt event loop. The controller and the faults must outlive the server.
+// Needs a running Qt event loop. What it is handed by reference must outlive the server.
 class TcpServer {
 public:
-    // `faults`: those of the line, or null for none. `pacing`: the pace of each line.
+    // `pacing`: the pace of each line.
+    explicit TcpServer(Responder respond, Pacing pacing = Pacing());
+
+    // `faults`: those of the line, or null for none.
     explicit TcpServer(Controller &controller, Faults *faults = nullptr, Pacing pacing = Pacing());
 
     // Starts to listen at `host` (an address or a name) and `port` (0 for any free one). Returns an
@@ -37,9 +40,7 @@ private:
     void closeFor(std::chrono::milliseconds time);
     void reopen();
 
-    Controller &m_controller;
-    Faults m_noFaults;
-    Faults &m_faults;
+    const Responder m_respond;
     const Pacing m_pacing;
     QTcpServer m_server;
     QTimer m_reopening;     // while a fault keeps the link closed

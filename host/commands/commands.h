@@ -29,10 +29,10 @@ struct Options {
     WordOrder wordOrder = WordOrder::LowFirst;
     Format format = Format::Plain;
     bool isFormatAsked = false; // else a terminal may get more than plain lines
-    QString names;      // file of names; empty: none
-    QStringList tags;   // of the project's file, for commands that are given none
-    bool trace = false; // explain all traffic on stderr
-    QString capture;    // file that receives every character; empty: none
+    QString names;              // file of names; empty: none
+    QStringList tags;           // of the project's file, for commands that are given none
+    bool trace = false;         // explain all traffic on stderr
+    QString capture;            // file that receives every character; empty: none
 };
 
 class Settings;
@@ -73,18 +73,5 @@ ExitCode runRecipeUpload(const Options &options, const QString &file, const QStr
 
 // Compares a recipe file with the controller's values; Unknown where they differ.
 ExitCode runRecipeCompare(const Options &options, const QString &file);
-
-struct SimOptions {
-    QString listen; // "tcp://127.0.0.1:8888", port 0 for any free one; empty: no TCP
-    QString pty;    // path for a link to a pseudo-terminal; empty: none
-    bool animate = false;
-    QStringList faults;     // as simulator::parseFault() takes them
-    std::uint64_t seed = 0; // of the faults
-    int baud = 0;           // pace of the line, bits a second; 0: none
-    bool log = false;       // describe each request on stderr
-};
-
-// Runs a simulated controller of the options' station until SIGTERM or Ctrl-C.
-ExitCode runSim(const Options &options, const SimOptions &sim);
 
 } // namespace kmr

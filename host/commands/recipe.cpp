@@ -3,9 +3,7 @@
 #include "host/commands/commands.h"
 #include "host/commands/connection.h"
 #include "host/commands/progress.h"
-
-#include <QFile>
-#include <QSaveFile>
+#include "host/commands/text_file.h"
 
 namespace kmr {
 
@@ -13,22 +11,7 @@ namespace {
 
 std::vector<RecipeItem> readFile(const QString &path, const TagReader &reader, RecipeValues values)
 {
-    QFile file(path);
-    if (!file.open(QIODevice::ReadOnly)) {
-        throw Error(ExitCode::Usage, QString("cannot read %1: %2").arg(path, file.errorString()));
-    }
-    return parseRecipe(QString::fromUtf8(file.readAll()), path, reader, values);
-}
-
-// The file is written whole or not at all.
-void writeFile(const QString &path, const std::vector<RecipeItem> &items)
-{
-    QSaveFile file(path);
-    const QByteArray text = formatRecipe(items).toUtf8();
-    if (!file.open(QIODevice::WriteOnly) || file.write(text) != text.size() || !file.commit()) {
-        throw Error(ExitCode::ItemFailed,
-                    QString("cannot write %1: %2").arg(path, file.errorString()));
-    }
+    return parseRecipe(readTextFile(path), path, reader, values);
 }
 
 std::vector<RecipeItem> itemsOf(const std::vector<Tag> &tags)
@@ -174,7 +157,7 @@ ExitCode runRecipeUpload(const Options &options, const QString &file, const QStr
     const TransferResult transfer = upload(session, items);
     bar.clear();
     if (transfer.result.isDone())
-        writeFile(file, items);
+        writeTextFile(file, formatRecipe(items));
     return report(transfer, "uploaded to " + file, file + " is unchanged, upload stopped");
 }
 

@@ -1,10 +1,10 @@
 #include "host/commands/settings.h"
 
+#include "host/commands/text_file.h"
 #include "host/config.h"
 #include "host/tag.h"
 
 #include <QDir>
-#include <QFile>
 #include <QFileInfo>
 
 namespace kmr {
@@ -128,14 +128,6 @@ std::vector<Settings::Row> Settings::rows() const
     return rows;
 }
 
-QString Settings::readFile(const QString &path) const
-{
-    QFile file(path);
-    if (!file.open(QIODevice::ReadOnly))
-        throw Error(ExitCode::Usage, QString("cannot read %1: %2").arg(path, file.errorString()));
-    return QString::fromUtf8(file.readAll());
-}
-
 // The file's values pass the same checks as those of the command line.
 void Settings::applyFile(const QString &path)
 {
@@ -144,7 +136,7 @@ void Settings::applyFile(const QString &path)
         known.append(setting.key);
     known.append(TAGS);
     QStringList faults;
-    for (const ConfigEntry &entry : parseConfig(readFile(path), path, known, {TAGS})) {
+    for (const ConfigEntry &entry : parseConfig(readTextFile(path), path, known, {TAGS})) {
         const QString place = QString("%1:%2").arg(path).arg(entry.line);
         if (entry.key == TAGS) {
             m_tags = entry.values;

@@ -42,7 +42,6 @@ private:
     CLI::Option *add(const char *key, std::string &value, const char *help,
                      const char *variable = nullptr);
     CLI::Option *add(const char *key, int &value, const char *help);
-    QString readFile(const QString &path) const;
     void applyFile(const QString &path);
     Setting *find(const QString &key);
 

@@ -74,3 +74,38 @@ TEST(Sim, BusyPortEndsWithThree)
     Simulator simulator({"--listen", "tcp://127.0.0.1:0"});
     EXPECT_EQ(run({"sim", "--listen", simulator.link()}).exitCode, 3);
 }
+
+TEST(Sim, KeepsItsMemoryInAFile)
+{
+    const QTemporaryDir directory;
+    const QString file = directory.filePath("plant.csv");
+    saveFile(file, "tag,value\nM5,1\nD100,250\n");
+    Simulator simulator({"--listen", "tcp://127.0.0.1:0", "--load", file, "--save", file});
+    EXPECT_EQ(run({"read", "M5", "D100", "--link", simulator.link()}).out, "M5 1\nD100 250\n");
+    EXPECT_EQ(run({"write", "CV2200=70000", "M5=0", "--link", simulator.link()}).exitCode, 0);
+    EXPECT_EQ(simulator.terminate(), 0);
+    EXPECT_EQ(loadFile(file), "tag,value\nCV2200,70000\nD100,250\n");
+}
+
+TEST(Sim, NamesEveryBadLineOfItsMemoryFile)
+{
+    const QTemporaryDir directory;
+    const QString file = directory.filePath("plant.csv");
+    saveFile(file, "D100,250\nD100\nQ1,1\n");
+    const Finished bad = run({"sim", "--listen", "tcp://127.0.0.1:0", "--load", file});
+    EXPECT_EQ(bad.exitCode, 2);
+    EXPECT_EQ(bad.out, "");
+    EXPECT_TRUE(bad.err.contains("plant.csv:2: bad value \"\" for D100"));
+    EXPECT_TRUE(bad.err.contains("plant.csv:3: \"Q1\" is no element"));
+    EXPECT_EQ(run({"sim", "--load", "/no/such/file"}).exitCode, 2);
+}
+
+TEST(Sim, DoesNotBeginWhereItCouldNotSaveAtTheEnd)
+{
+    const Finished bad =
+        run({"sim", "--listen", "tcp://127.0.0.1:0", "--save", "/no/such/directory/plant.csv"});
+    EXPECT_EQ(bad.exitCode, 2);
+    EXPECT_EQ(bad.out, "");
+    EXPECT_TRUE(bad.err.contains("cannot write /no/such/directory/plant.csv"))
+        << qPrintable(bad.err);
+}

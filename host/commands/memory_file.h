@@ -1,0 +1,29 @@
+// The memory of the simulated controller as a text file, one line for each element:
+//
+//     # anything
+//     tag,value
+//     M5,1
+//     X17,1
+//     D100,250
+//     CV2200,70000
+//
+// Bits are 0 or 1, words 0 to 65535, counters 0 to 4294967295. The heading is optional, empty lines
+// and those that begin with '#' are skipped. What isn't named is 0. Where areas overlap, two names
+// are one place, and the later line counts. A place that lies in no area is named by its Modbus
+// address in decimal digits: bit43521, register12288.
+#pragma once
+
+#include "simulator/memory.h"
+
+#include <QString>
+
+namespace kmr {
+
+// Reads a file's text. Throws Error (Usage) that names every bad line with its number; `name` is
+// the file's, for that text.
+simulator::Memory parseMemory(const QString &text, const QString &name);
+
+// All places that aren't 0, in the order of their addresses, bits first.
+QString formatMemory(const simulator::Memory &memory);
+
+} // namespace kmr
