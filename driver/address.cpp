@@ -4,6 +4,9 @@ namespace {
 
 const qint32 NO_UPPER = 0x7FFFFFFF; // an address too: such a row has the same base on both sides
 
+const qint32 LOWEST = -0x7FFFFFFF - 1; // lies outside of every area
+
+// name, kind, watchedAsBits, octal, lowest, highest, mask, writable, base, upperFrom, upperBase
 const DeviceArea DEVICE_AREAS[] = {
     {"TV", WORD_ELEMENTS, false, false, 0, 9999, "dddd", true, 0x0600, NO_UPPER, 0x0600},
     {"CV", WORD_ELEMENTS, false, false, 0, 199, "ddd", true, 0x0E00, NO_UPPER, 0x0E00},
@@ -219,9 +222,8 @@ int a2i_ddd_DD(QString text, int *result)
     if (!oneDigit && !tenToFifteen)
         return -1;
     const qint64 combined = qint64(word) * 16 + bit;
-    if (combined != static_cast<qint32>(combined))
-        return -1;
-    *result = static_cast<qint32>(combined);
+    const bool fits = combined == static_cast<qint32>(combined);
+    *result = fits ? static_cast<qint32>(combined) : LOWEST;
     return 1;
 }
 

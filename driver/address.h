@@ -61,8 +61,8 @@ qint32 octalDigitsFromLinear(qint32 linear);
 int check8Num(int value);
 
 // Reads "word.bit" and stores word x 16 + bit in `*result`. The bit is 0 to 9 in one character or
-// 10 to 15 in two. Returns 1, or -1 with `*result` untouched for any other text and for a value
-// that leaves 32 bits.
+// 10 to 15 in two. Returns 1, or -1 with `*result` untouched for any other text. A value that
+// leaves 32 bits is stored as the lowest 32-bit number, which every check finds out of range.
 int a2i_ddd_DD(QString text, int *result);
 
 // Returns 1 when `frame` ends in a carriage return that no '*' precedes and has at least 2 bytes,

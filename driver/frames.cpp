@@ -26,14 +26,18 @@ int hexDigitValue(QChar character)
 }
 
 // The value of the one or two characters from `position` on, 0 where they are no hexadecimal
-// number.
+// number. A digit behind a minus sign is a negative number: "-2" takes 2 off the LRC's sum.
 int hexPairValue(const QString &text, int position)
 {
     const int high = hexDigitValue(text.at(position));
     if (position + 1 == text.size())
         return qMax(high, 0);
     const int low = hexDigitValue(text.at(position + 1));
-    return high >= 0 && low >= 0 ? high * 16 + low : 0;
+    if (low < 0)
+        return 0;
+    if (text.at(position) == QLatin1Char('-'))
+        return -low;
+    return high >= 0 ? high * 16 + low : 0;
 }
 
 quint8 lrcOf(const QString &text)
@@ -167,7 +171,8 @@ void appendBitWrite(RequestText &text, const DeviceArea &area, const VARIABLE &v
 }
 
 // Bit reads start at a multiple of 16 and cover 16 or 32 bits. 16 bits from such a multiple on read
-// 32: a margin that the line can afford.
+// 32: a margin that the line can afford. Of a longer block, up to the bit group limit, the rest is
+// never polled: hosts keep their runs of bits short.
 bool readsTwoWords(const VARIABLE &var, qint32 bit)
 {
     return var.count > 1 && qint64(bit % BLOCK_BITS) + var.count > 15;

@@ -11,7 +11,8 @@
 //     Only the recipe request bytes of the status block are shared with other host threads; the
 //     driver touches them under the host's mutex.
 //  3. Callback. It runs synchronously inside intf_dealRcvFrame and intf_setData. It may read, write
-//     and queue; it may not call intf_dealRcvFrame, intf_initProperty or intf_addrMerge.
+//     and queue; it may not call intf_getSendFrame, intf_dealRcvFrame, intf_initProperty or
+//     intf_addrMerge.
 //  4. Ownership. The driver keeps copies of every record that it is handed. The status block, the
 //     recipe buffer, the mutex and the callback are lent: they must outlive the driver's use of
 //     them. Nothing that the driver hands out refers to memory of the library.
@@ -40,12 +41,13 @@
 // Its result is ignored.
 typedef qint32 (*ValueChangedCallback)(qint32 devId, qint32 station, QString area, qint32 address);
 
-// The records with large buffers copy themselves with memcpy: left to the compiler, GCC 12 copies
-// their buffers byte by byte at -O2.
 enum {
     VALUE_BYTES = 1024, // size of the value buffers of VARIABLE and KEY_ADDRESS, bytes
     FRAME_CHARS = 1024  // size of the text buffer of FRAME_PRO, characters
 };
+
+// The records with large buffers copy themselves with memcpy: left to the compiler, GCC 12 copies
+// their buffers byte by byte at -O2.
 
 // The target of one read or write request.
 struct VARIABLE {
@@ -53,7 +55,7 @@ struct VARIABLE {
     qint32 station;           // controller station number, as the host counts it
     QString area;             // device area name
     qint32 address;           // first element inside the area
-    qint32 count;             // elements: bits, 16-bit words; "CV2" see getReadFrame, getWriteFrame
+    qint32 count;             // bits, 16-bit words or, of a framed "CV2" read, counters
     quint8 data[VALUE_BYTES]; // payload of a write, words high-order byte first
 
     VARIABLE() : reqTag(0), station(0), address(0), count(0)
@@ -194,7 +196,7 @@ public:
     qint32 writeQueueOff;                      // not 0: writes are mirrored but never queued
     qint32 propToken3;                         // stored only
     qint32 retryLimit;                // bad replies in a row after which a request is given up
-    qint32 groupLimit;                // elements a request may carry, at most 8
+    qint32 groupLimit;                // words a request may carry, at most 8; bits: 8 times as many
     quint8 *hostStatus;               // lent: status block with the recipe request bytes
     void *hostArg2;                   // stored only
     quint8 *recipeBuffer;             // lent: recipe words, low-order byte first
@@ -316,8 +318,10 @@ OSTREL_KMR_EXPORT qint32 intf_multiCopy(const QString &area, qint32 start, qint3
 OSTREL_KMR_EXPORT qint32 intf_addrMerge(const QList<KEY_ADDRESS> &list) noexcept;
 
 // Queues a one-shot read of a run, cut into pieces that fit a request. Bit areas are queued as
-// 16-bit words (address / 16). A piece already queued behind the front is refreshed instead; the
-// queue holds 513 pieces and then replaces its last. `reqTag` is carried along. Returns 1.
+// 16-bit words (address / 16), and that number is read as a bit's: a one-shot read from M40 on
+// reads M0 to M15. Read bits by polling them. A piece already queued behind the front is refreshed
+// instead; the queue holds 513 pieces and then replaces its last. `reqTag` is carried along.
+// Returns 1.
 OSTREL_KMR_EXPORT qint32 intf_addConditionRead(KEY_ADDRESS &key, qint32 reqTag) noexcept;
 
 // --- The communication loop ---
@@ -327,10 +331,11 @@ OSTREL_KMR_EXPORT qint32 intf_addConditionRead(KEY_ADDRESS &key, qint32 reqTag) 
 OSTREL_KMR_EXPORT qint32 intf_getSendFrame(FRAME_PRO *out) noexcept;
 
 // Takes `reply`, ':' to CR LF as received or empty for silence, as the answer to the frame that
-// intf_getSendFrame handed out. Neither LRC nor station nor length are checked here. `errorInfo`
-// receives "station#areaAddress(count)(reply length)", or the empty text when no frame was out.
-// Returns 0 no frame was out; 1 accepted; 8 bad, the frame is to be sent again; 2 bad for the last
-// time, the request is given up.
+// intf_getSendFrame handed out. Of its form only the function code is checked here, in at least 5
+// characters: neither LRC nor station nor the length that fits the request. `errorInfo` receives
+// "station#areaAddress(count)(reply length)", or the empty text when no frame was out. Returns 0 no
+// frame was out; 1 accepted; 8 bad, the frame is to be sent again; 2 bad for the last time, the
+// request is given up.
 OSTREL_KMR_EXPORT qint32 intf_dealRcvFrame(QByteArray &reply, QString &errorInfo) noexcept;
 
 // --- Values ---

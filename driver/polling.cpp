@@ -30,6 +30,7 @@ bool sameTarget(const VARIABLE &left, const VARIABLE &right)
            left.station == right.station && left.area == right.area;
 }
 
+// Bits are cut at eight times the words' limit, though a read covers no more than 32 of them.
 qint32 chunkLimit(const DeviceArea &area)
 {
     return qMax(area.watchedAsBits ? driver.bitGroupLimit : driver.wordGroupLimit, 1);
@@ -75,7 +76,7 @@ void openBlock(const Chunk &chunk)
 }
 
 // True when `chunk` may not join a block that starts at `blockStart`: the timers and counters from
-// 255 on are apart from those below. Only the starts are looked at.
+// 255 on are read apart from those below. Only the starts are looked at.
 bool liesBehindGap(const Chunk &chunk, qint64 blockStart)
 {
     const bool gapAt255 = chunk.area == QLatin1String("T") || chunk.area == QLatin1String("C");
@@ -83,7 +84,9 @@ bool liesBehindGap(const Chunk &chunk, qint64 blockStart)
 }
 
 // Joins chunks in ascending order into read blocks. X and Y are measured on their octal digits as
-// they stand.
+// they stand. A counter chunk behind an open block is a block of its own, and the open one keeps
+// its start and length: where stations of 256 and more share a key, a later chunk that joins that
+// one lengthens the block opened last all the same.
 void appendBlocks(const QList<Chunk> &chunks)
 {
     qint64 start = 0;
@@ -110,6 +113,17 @@ void appendBlocks(const QList<Chunk> &chunks)
     }
 }
 
+// Takes the first elements off `rest`, at most `maxCount` (below 1 counts as 1). A run without
+// elements is a piece of its own.
+KEY_ADDRESS cutFront(KEY_ADDRESS &rest, qint32 maxCount)
+{
+    KEY_ADDRESS piece = rest;
+    piece.count = qMin(rest.count, qMax(maxCount, 1));
+    rest.address = addressPlus(rest.address, piece.count);
+    rest.count -= piece.count;
+    return piece;
+}
+
 VARIABLE oneShotRead(const KEY_ADDRESS &piece, qint32 reqTag)
 {
     VARIABLE request;
@@ -119,7 +133,9 @@ VARIABLE oneShotRead(const KEY_ADDRESS &piece, qint32 reqTag)
     request.address = piece.address;
     request.count = piece.count;
     if (elementKind(findDeviceArea(piece.area)) == BIT_ELEMENTS) {
-        // The words that the bits would fill, wherever in its word the run starts.
+        // The words that the bits would fill, wherever in its word the run starts. The read takes
+        // the word's number for a bit's again: from M40 on the queue holds 2, and M0 to M15 are
+        // read. Hosts read bits once by polling them.
         request.address = piece.address / BLOCK_BITS;
         request.count = static_cast<qint32>(wordsOfBits(piece.count));
     }
@@ -175,17 +191,10 @@ int _setDataAreaMonitorFlag(int station, QString area, int address, int count)
 
 void groupingKey(KEY_ADDRESS &key, qint32 maxCount, QList<KEY_ADDRESS> &out, qint32)
 {
-    const qint32 most = qMax(maxCount, 1);
-    if (key.count <= most) {
-        out.append(key);
-        return;
-    }
-    KEY_ADDRESS piece = key;
-    for (qint32 done = 0; done < key.count; done += piece.count) {
-        piece.address = addressPlus(key.address, done);
-        piece.count = qMin(key.count - done, most);
-        out.append(piece);
-    }
+    KEY_ADDRESS rest = key;
+    do
+        out.append(cutFront(rest, maxCount));
+    while (rest.count > 0);
 }
 
 qint32 intf_addrMerge(const QList<KEY_ADDRESS> &list) noexcept
@@ -212,12 +221,12 @@ qint32 intf_addrMerge(const QList<KEY_ADDRESS> &list) noexcept
 qint32 intf_addConditionRead(KEY_ADDRESS &key, qint32 reqTag) noexcept
 {
     const qint32 most = key.elemKind == -1 ? driver.bitGroupLimit : driver.wordGroupLimit;
-    QList<KEY_ADDRESS> pieces;
-    groupingKey(key, most, pieces, 0);
-    for (const KEY_ADDRESS &piece : pieces) {
-        const VARIABLE request = oneShotRead(piece, reqTag);
-        queueRequest(driver.pendingReads, request);
-        driver.lastVar = request;
-    }
+    // One piece at a time: all of an absurdly long run would not fit the memory.
+    KEY_ADDRESS rest = key;
+    do {
+        const KEY_ADDRESS piece = cutFront(rest, most);
+        driver.lastVar = oneShotRead(piece, reqTag);
+        queueRequest(driver.pendingReads, driver.lastVar);
+    } while (rest.count > 0);
     return 1;
 }

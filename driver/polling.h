@@ -22,7 +22,8 @@ int _setDataAreaMonitorFlag(int station, QString area, int address, int count);
 
 // Appends `key` to `out`, cut into pieces of at most `maxCount` elements (below 1 counts as 1), in
 // ascending order. Pieces keep the whole of the key's data; `copyData` 1 asks for a piece's first
-// elements of it, which they hold in any case.
+// elements of it, which they hold in any case. Nothing in the driver calls it: one-shot reads are
+// cut piece by piece.
 void groupingKey(KEY_ADDRESS &key, qint32 maxCount, QList<KEY_ADDRESS> &out, qint32 copyData);
 
 #endif

@@ -140,7 +140,8 @@ void decodeReply(const Request &request, const QByteArray &reply)
 }
 
 // The elements are counted from the request's address as it stands, bits too: no octal reading, no
-// division by 16, and two entries a counter. Hosts that look at the marks know them so.
+// division by 16, and two entries a counter. Nothing reads the marks yet; entries that this adds to
+// the store count for nothing but its length.
 void markFailed(const Request &request)
 {
     const DeviceArea *const area = findDeviceArea(request.area);
@@ -243,7 +244,8 @@ void settleElement(qint32 station, const QString &area, qint32 address, size_t b
 
 // The first bit settled releases its whole block of 16, and `success` takes the place of
 // `wholeBlock`: an acknowledged bit address is reported as if it were a block number whose values
-// are equal, that is, not at all. Hosts get their value from the next read.
+// are equal, that is, not at all. Hosts get their value from the next read. The report leaves an
+// entry of that block number in the store.
 void settleBit(qint32 station, const QString &area, qint32 bit, qint32 success)
 {
     _DATA_ &entry = dataArea(station, area, bit / BLOCK_BITS);

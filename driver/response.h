@@ -7,7 +7,8 @@
 enum ReplyKind { REPLY_BAD = 0, REPLY_DATA = 1, REPLY_WRITE_ACKNOWLEDGED = 2 };
 
 // What a reply of `length` characters counts as, by its function code alone: a ReplyKind. The host
-// is expected to have checked station, LRC and length.
+// is expected to have checked station, LRC and the length that fits its request: here any reply of
+// more than 4 characters has one.
 qint32 check_rcv_data(const quint8 *text, qint32 length);
 
 // "station#areaAddress(count)(reply length)" of the frame in flight; there must be one.

@@ -147,7 +147,8 @@ const CheckRow TEXTS[] = {
     {"TvBitMinus", "TV_bit", true, "-1.0", 1, NO_ADDRESS, UNTOUCHED},
     {"TvBitPlus", "TV_bit", true, "+1.0", 1, NO_ADDRESS, UNTOUCHED},
     {"TvBitHighest32BitNumber", "TV_bit", true, "134217727.15", 1, OUT_OF_RANGE, INT_MOST},
-    {"TvBitBeyond32Bits", "TV_bit", true, "134217728.0", 1, NO_ADDRESS, UNTOUCHED},
+    {"TvBitBeyond32Bits", "TV_bit", true, "134217728.0", 1, OUT_OF_RANGE, INT_LEAST},
+    {"TvBitFarBeyond32Bits", "TV_bit", true, "268435456.0", 1, OUT_OF_RANGE, INT_LEAST},
 };
 
 INSTANTIATE_TEST_SUITE_P(Texts, CheckedAddress, testing::ValuesIn(TEXTS), rowName);

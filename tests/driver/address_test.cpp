@@ -181,6 +181,9 @@ const WordDotBit ACCEPTED[] = {
     {"MinusWordAndBit", "-1.15", -1},
     {"Highest32BitValue", "134217727.15", 2147483647},
     {"Lowest32BitValue", "-134217728.0", INT_LEAST},
+    {"ValueBeyond32Bits", "134217728.0", INT_LEAST},
+    {"ValueFarBeyond32Bits", "2147483647.15", INT_LEAST},
+    {"ValueBelow32Bits", "-134217729.15", INT_LEAST},
 };
 
 INSTANTIATE_TEST_SUITE_P(Texts, WordDotBitAccepted, testing::ValuesIn(ACCEPTED),
@@ -217,8 +220,6 @@ const WordDotBit REFUSED[] = {
     {"PlusSignInBit", "1.+5", 0},
     {"MinusSignInBit", "1.-1", 0},
     {"WordBeyond32Bits", "2147483648.0", 0},
-    {"ValueBeyond32Bits", "134217728.0", 0},
-    {"ValueBelow32Bits", "-134217729.15", 0},
 };
 
 INSTANTIATE_TEST_SUITE_P(Texts, WordDotBitRefused, testing::ValuesIn(REFUSED),

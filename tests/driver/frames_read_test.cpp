@@ -66,7 +66,7 @@ TEST_F(ReadFrame, StationKeepsItsLastTwoCharacters)
 
 TEST_F(ReadFrame, NegativeStationKeepsItsLastTwoCharacters)
 {
-    EXPECT_EQ(readFrom(-5), ":-50310000001EC\r\n");
+    EXPECT_EQ(readFrom(-5), ":-50310000001F1\r\n");
     EXPECT_EQ(readFrom(-12), ":120310000001DA\r\n");
     EXPECT_EQ(readFrom(INT_MIN), ":480310000001A4\r\n");
 }
@@ -179,9 +179,9 @@ TEST_F(ReadFrame, WordCountKeepsItsLastFourCharacters)
 
 TEST_F(ReadFrame, NegativeWordCountKeepsItsLastFourCharacters)
 {
-    EXPECT_EQ(read("D", 0, -1), ":0103100000-1EC\r\n");
+    EXPECT_EQ(read("D", 0, -1), ":0103100000-1ED\r\n");
     EXPECT_EQ(read("D", 0, -10), ":010310000-10DC\r\n");
-    EXPECT_EQ(read("D", 0, -123), ":01031000-123C9\r\n");
+    EXPECT_EQ(read("D", 0, -123), ":01031000-123CA\r\n");
     EXPECT_EQ(read("D", 0, -1234), ":010310001234A6\r\n");
 }
 
@@ -222,7 +222,7 @@ TEST_F(ReadFrame, CounterCountOfOneStaysOne)
 TEST_F(ReadFrame, CounterCountBelowOneIsNotHalved)
 {
     EXPECT_EQ(read("CV2", 200, 0), ":01030EC8000026\r\n");
-    EXPECT_EQ(read("CV2", 200, -4), ":01030EC800-426\r\n");
+    EXPECT_EQ(read("CV2", 200, -4), ":01030EC800-42A\r\n");
 }
 
 TEST_F(ReadFrame, OtherWordCountsStayAsTheyAre)

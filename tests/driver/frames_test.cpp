@@ -98,12 +98,20 @@ TEST(FrameText, PairThatIsNotHexadecimalAddsNothing)
     EXPECT_EQ(framed(":01gg03"), ":01gg03FC\r\n");
 }
 
-TEST(FrameText, SignBlankAndPrefixAreNoDigits)
+TEST(FrameText, DigitBehindAMinusSignIsANegativeNumber)
+{
+    EXPECT_EQ(framed(":01-503"), ":01-50301\r\n");
+    EXPECT_EQ(framed(":01-F03"), ":01-F030B\r\n");
+    EXPECT_EQ(framed(":01-g03"), ":01-g03FC\r\n");
+    EXPECT_EQ(framed(":01--03"), ":01--03FC\r\n");
+    EXPECT_EQ(framed(":015-03"), ":015-03FC\r\n");
+}
+
+TEST(FrameText, PlusBlankAndPrefixAreNoDigits)
 {
     EXPECT_EQ(framed(":01 503"), ":01 503FC\r\n");
     EXPECT_EQ(framed(":015 03"), ":015 03FC\r\n");
     EXPECT_EQ(framed(":01+503"), ":01+503FC\r\n");
-    EXPECT_EQ(framed(":01-503"), ":01-503FC\r\n");
     EXPECT_EQ(framed(":010x03"), ":010x03FC\r\n");
 }
 

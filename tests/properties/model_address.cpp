@@ -19,7 +19,8 @@ bool inInt(long long value)
     return value >= std::numeric_limits<int>::min() && value <= std::numeric_limits<int>::max();
 }
 
-// "word.bit", the bit written without a leading zero, as word x 16 + bit.
+// "word.bit", the bit written without a leading zero, as word x 16 + bit; the lowest number where
+// that leaves 32 bits.
 std::optional<int> wordAndBit(const std::string &text)
 {
     static const std::set<std::string> bits = {"0", "1", "2",  "3",  "4",  "5",  "6",  "7",
@@ -31,7 +32,7 @@ std::optional<int> wordAndBit(const std::string &text)
     if (!word)
         return {};
     const long long value = *word * 16LL + std::stoi(text.substr(dot + 1));
-    return inInt(value) ? std::optional<int>(static_cast<int>(value)) : std::nullopt;
+    return inInt(value) ? static_cast<int>(value) : std::numeric_limits<int>::min();
 }
 
 // The part of the checks that both functions share: syntax and range.

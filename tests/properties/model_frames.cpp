@@ -73,13 +73,16 @@ std::string lrc(const std::string &digits)
 {
     int remaining = 0; // what must be added to the bytes to reach a multiple of 256
     for (size_t i = 0; i < digits.size(); i += 2) {
-        const std::string pair = digits.substr(i, 2);
+        std::string pair = digits.substr(i, 2);
+        const bool isNegative = pair.size() == 2 && pair.front() == '-';
+        if (isNegative)
+            pair.erase(0, 1);
         unsigned byte = 0;
         bool isHex = true;
         for (const char c : pair)
             isHex = isHex && std::isxdigit(static_cast<unsigned char>(c)) != 0;
         if (isHex && std::sscanf(pair.c_str(), "%x", &byte) == 1)
-            remaining -= static_cast<int>(byte);
+            remaining += isNegative ? static_cast<int>(byte) : -static_cast<int>(byte);
     }
     return hex(remaining, 2);
 }
