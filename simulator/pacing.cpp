@@ -5,6 +5,7 @@
 
 #include <memory>
 #include <utility>
+#include <vector>
 
 #include <sys/timerfd.h>
 #include <unistd.h>
@@ -44,6 +45,33 @@ private:
     int m_descriptor;
 };
 
+// Pieces on their way.
+struct Sending {
+    struct Piece {
+        std::chrono::steady_clock::time_point due;
+        QByteArray bytes;
+    };
+
+    QObject &owner;
+    std::function<void(const QByteArray &)> send;
+    std::vector<Piece> pieces;
+};
+
+// A timer for one piece at a time: those that expire together in a late event loop fire in any
+// order.
+void sendFrom(std::size_t index, const std::shared_ptr<const Sending> &sending)
+{
+    for (; index < sending->pieces.size(); ++index) {
+        const Sending::Piece &piece = sending->pieces[index];
+        const auto left = piece.due - std::chrono::steady_clock::now();
+        if (left.count() > 0) {
+            callAfter(left, sending->owner, [index, sending] { sendFrom(index, sending); });
+            return;
+        }
+        sending->send(piece.bytes);
+    }
+}
+
 } // namespace
 
 Pacing::Pacing(int baud) : m_baud(baud) {}
@@ -79,6 +107,17 @@ void callAfter(std::chrono::nanoseconds time, QObject &owner, std::function<void
                          notifier->deleteLater();
                          action();
                      });
+}
+
+void sendPieces(const Plan &plan, QObject &owner, std::function<void(const QByteArray &)> send)
+{
+    const auto sending = std::make_shared<Sending>(Sending{owner, std::move(send), {}});
+    auto due = std::chrono::steady_clock::now();
+    for (const Plan::Piece &piece : plan.pieces) {
+        due += piece.after;
+        sending->pieces.push_back({due, piece.bytes});
+    }
+    sendFrom(0, sending);
 }
 
 } // namespace simulator

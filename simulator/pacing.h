@@ -33,4 +33,8 @@ private:
 // whole milliseconds. Not if `owner` is deleted before. Needs a running Qt event loop.
 void callAfter(std::chrono::nanoseconds time, QObject &owner, std::function<void()> action);
 
+// Hands the pieces of `plan` to `send`, each at its time and in their order; those that are due now
+// before it returns. Not the rest if `owner` is deleted before.
+void sendPieces(const Plan &plan, QObject &owner, std::function<void(const QByteArray &)> send);
+
 } // namespace simulator

@@ -140,23 +140,11 @@ void PseudoTerminal::receive()
             return;
         }
         m_pacing.slowDown(plan, line.size());
-        send(plan);
+        sendPieces(plan, *m_waiting, [this](const QByteArray &bytes) { send(bytes); });
     }
 }
 
-void PseudoTerminal::send(const Plan &plan)
-{
-    std::chrono::nanoseconds time(0);
-    for (const Plan::Piece &piece : plan.pieces) {
-        time += piece.after;
-        if (time.count() == 0)
-            sendNow(piece.bytes);
-        else
-            callAfter(time, *m_waiting, [this, bytes = piece.bytes] { sendNow(bytes); });
-    }
-}
-
-void PseudoTerminal::sendNow(const QByteArray &bytes)
+void PseudoTerminal::send(const QByteArray &bytes)
 {
     // What nobody reads is lost when the terminal's buffer is full, as on a real line.
     const ssize_t written =

@@ -47,8 +47,7 @@ private:
     QString makeLink(const QString &linkPath);
     void close();
     void receive();
-    void send(const Plan &plan);
-    void sendNow(const QByteArray &bytes);
+    void send(const QByteArray &bytes);
     void reopen();
 
     const Responder m_respond;

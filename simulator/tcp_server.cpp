@@ -70,14 +70,7 @@ void TcpServer::receive(QTcpSocket *client, modbus::LineCollector &collector)
             return;
         }
         m_pacing.slowDown(plan, line.size());
-        std::chrono::nanoseconds time(0);
-        for (const Plan::Piece &piece : plan.pieces) {
-            time += piece.after;
-            if (time.count() == 0)
-                client->write(piece.bytes);
-            else
-                callAfter(time, *client, [client, bytes = piece.bytes] { client->write(bytes); });
-        }
+        sendPieces(plan, *client, [client](const QByteArray &bytes) { client->write(bytes); });
     }
 }
 
