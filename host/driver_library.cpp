@@ -5,6 +5,9 @@
 #include <QDir>
 #include <QFile>
 #include <QFileInfo>
+#include <QRegularExpression>
+
+#include <dlfcn.h>
 
 namespace kmr {
 
@@ -15,18 +18,12 @@ const char *const LIBRARY_NAME = "libostrel_kmr.so.1";
 // The records that cross the interface hold QStrings, which differ between Qt's major versions.
 void checkQtVersion(const QString &path)
 {
-    QFile file(path);
-    if (!file.open(QIODevice::ReadOnly))
-        return; // a bare name: the system's loader knows the file, we don't
-    const QByteArray content = file.readAll();
-    const int other = QT_VERSION_MAJOR == 5 ? 6 : 5;
-    const QByteArray needed = "libQt" + QByteArray::number(other) + "Core.so";
-    if (content.contains(needed)) {
+    const QString version = qtVersionOf(path);
+    if (!version.isEmpty() && version.section('.', 0, 0).toInt() != QT_VERSION_MAJOR) {
         throw Error(
             ExitCode::Library,
             QString("%1 is built for Qt %2, this kmr for Qt %3: build both with the same Qt")
-                .arg(path)
-                .arg(other)
+                .arg(path, version)
                 .arg(QT_VERSION_MAJOR));
     }
 }
@@ -43,7 +40,7 @@ void resolve(QLibrary &library, const char *name, Function &function, QStringLis
 
 DriverLibrary::DriverLibrary(const QString &path) : m_library(path)
 {
-    checkQtVersion(path);
+    checkQtVersion(path); // a bare name tells nothing yet: the system's loader finds the file
     m_library.setLoadHints(QLibrary::ResolveAllSymbolsHint | QLibrary::PreventUnloadHint);
     if (!m_library.load()) {
         throw Error(
@@ -77,8 +74,33 @@ DriverLibrary::DriverLibrary(const QString &path) : m_library(path)
         throw Error(ExitCode::Library,
                     QString("%1 is no driver for this host: it lacks %2\nName another one with "
                             "--driver PATH.")
-                        .arg(fileName(), missing.join(", ")));
+                        .arg(m_library.fileName(), missing.join(", ")));
     }
+    checkQtVersion(fileName());
+}
+
+QString DriverLibrary::fileName() const
+{
+    Dl_info info = {};
+    if (dladdr(reinterpret_cast<void *>(m_functions.getSendFrame), &info) == 0)
+        return m_library.fileName();
+    return QFileInfo(QFile::decodeName(info.dli_fname)).absoluteFilePath();
+}
+
+QString qtVersionOf(const QString &path)
+{
+    QFile file(path);
+    if (!file.open(QIODevice::ReadOnly))
+        return {};
+    const QByteArray bytes = file.readAll();
+    const QString content = QString::fromLatin1(bytes.constData(), static_cast<int>(bytes.size()));
+    // Qt gives its symbols versions, and one of them is that which a library was built with.
+    for (const char *trace : {"\\x00Qt_(\\d+\\.\\d+)\\x00", "libQt(\\d+)Core\\.so"}) {
+        const auto match = QRegularExpression(trace).match(content);
+        if (match.hasMatch())
+            return match.captured(1);
+    }
+    return {};
 }
 
 QString findDriver(const QString &directory)

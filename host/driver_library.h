@@ -44,16 +44,17 @@ public:
         return m_functions;
     }
 
-    // The file that was loaded.
-    QString fileName() const
-    {
-        return m_library.fileName();
-    }
+    // The file that was loaded, with its folder also where the system's loader found it.
+    QString fileName() const;
 
 private:
     QLibrary m_library;
     DriverFunctions m_functions;
 };
+
+// The version of Qt that the library was built with: "5.15", or "5" where it does not tell more, or
+// empty where the file can't be read or has nothing to do with Qt.
+QString qtVersionOf(const QString &path);
 
 // The library to load where none is named: the environment's KMR_DRIVER, else the first that exists
 // of `directory`, `directory`/../driver (a build tree) and `directory`/../lib, else the bare name

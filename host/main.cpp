@@ -219,6 +219,7 @@ int main(int argc, char *argv[])
     app.require_subcommand(1);
     app.footer(std::string(EXIT_HELP) + "\n\n'kmr COMMAND --help' tells more about a command.");
     kmr::Settings settings(app);
+    app.set_version_flag("--version", "", "Tell the versions of kmr, Qt and the driver library");
     addAreas(app, chosen);
     addConfig(app, settings, chosen);
     addTags(app, line, chosen);
@@ -231,6 +232,8 @@ int main(int argc, char *argv[])
 
     try {
         app.parse(argc, argv);
+    } catch (const CLI::CallForVersion &) {
+        chosen = kmr::runVersion;
     } catch (const CLI::ParseError &error) {
         return app.exit(error) == 0 ? 0 : static_cast<int>(ExitCode::Usage);
     }

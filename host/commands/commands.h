@@ -37,6 +37,10 @@ struct Options {
 
 class Settings;
 
+// Tells the versions of kmr and of its Qt, and which driver library it loads, built with which Qt.
+// A library that is missing or does not fit is reported, and no failure.
+ExitCode runVersion(const Options &options);
+
 // Lists what is in force, and where from.
 ExitCode runConfig(const Options &options, const Settings &settings);
 

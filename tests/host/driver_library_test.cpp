@@ -80,6 +80,13 @@ TEST(DriverLibrary, DriverForAnotherQtIsRefusedBeforeItIsLoaded)
     EXPECT_TRUE(names(faultOf(file.fileName()), "is built for Qt"));
 }
 
+TEST(QtVersionOf, TellsMajorAndMinorOfALibraryOfQtAndNothingOfOthers)
+{
+    EXPECT_EQ(qtVersionOf(DRIVER_LIBRARY), QString(QT_VERSION_STR).section('.', 0, 1));
+    EXPECT_EQ(qtVersionOf("/no/such/driver.so"), "");
+    EXPECT_EQ(qtVersionOf("/bin/sh"), "");
+}
+
 TEST(FindDriver, EnvironmentComesFirst)
 {
     qputenv("KMR_DRIVER", "/opt/driver.so");
