@@ -211,6 +211,7 @@ const WordDotBit REFUSED[] = {
     {"BitSixteen", "100.16", 0},
     {"BitNinetyNine", "1.99", 0},
     {"TwoDigitBitBelowTen", "100.05", 0},
+    {"TwoDigitNine", "1.09", 0},
     {"TwoDigitZero", "1.00", 0},
     {"ThreeDigitBit", "1.010", 0},
     {"ThreeDigitBitInRange", "1.015", 0},

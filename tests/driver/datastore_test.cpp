@@ -397,3 +397,13 @@ TEST_F(WordChange, NullWordsAreNotReported)
     _wordDataChange(&word, nullptr, 1, "D", 5, 0);
     EXPECT_TRUE(reports().empty());
 }
+
+TEST_F(WordChange, ReportsCarryTheDevicesNumberAndTheStation)
+{
+    driver.devId = 7;
+    watch("D", 5, 7, 0x0001);
+    wordChanges(0, 1, "D", 5, 0);
+    EXPECT_EQ(reports(), (std::vector<Report>{Report(7, 1, "D_bit", 80), Report(7, 1, "D", 5),
+                                              Report(7, 1, "D_double", 5),
+                                              Report(7, 1, "D_double", 4)}));
+}

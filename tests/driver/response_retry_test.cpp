@@ -310,6 +310,13 @@ TEST_F(ErrorText, NulInAReplyCounts)
               "1#D5(6)(4)");
 }
 
+TEST_F(ErrorText, NegativeStationAndCountKeepTheirSigns)
+{
+    VARIABLE var = variable("D", 5, -1);
+    var.station = -1;
+    EXPECT_EQ(infoOf(var, ""), "-1#D5(-1)(0)");
+}
+
 TEST_F(ErrorText, NamesTheFrontFrame)
 {
     readInFlight("D", 100, 1);

@@ -27,6 +27,9 @@ ANYWHERE = {"++": ("--",), "--": ("++",), "true": ("false",), "false": ("true",)
             "qMin": ("qMax",), "qMax": ("qMin",)}
 OPENING = {"(": ")", "[": "]", "{": "}"}
 NO_CALLS = {"if", "for", "while", "switch", "return", "sizeof", "static_assert", "offsetof"}
+# Their first two arguments may be exchanged at will: addressPlus() adds and times() multiplies in 64
+# bits, and what memcmp() and sameTarget() return is only asked whether it is 0.
+COMMUTATIVE = {"qMin", "qMax", "addressPlus", "times", "memcmp", "sameTarget"}
 STATEMENT = re.compile(r"(?:\+\+|--)?[\w.:]+(?:\(.*\)|\[.*\]|(?:\.|->)\w+)*\s*"
                        r"(?:[-+*/%&|^]?=(?!=)|\(|<<|\+\+|--|$)", re.DOTALL)
 
@@ -199,7 +202,9 @@ def arguments(text, tokens):
         listed = list(parts(tokens, index + 1))
         if any(re.search(r"\w[ ]+[*&]*\w", text[start:end]) for start, end in listed):
             continue  # the parameters of a definition
-        for (start, end), (next_start, next_end) in zip(listed, listed[1:]):
+        neighbours = list(zip(listed, listed[1:]))
+        first = 1 if token.text in COMMUTATIVE else 0
+        for (start, end), (next_start, next_end) in neighbours[first:]:
             left, right = text[start:end], text[next_start:next_end]
             if left != right:
                 yield start, next_end, right + text[end:next_start] + left
@@ -226,7 +231,9 @@ def read_equivalents(file):
     keys, block = {}, {}
     for line in file.read_text().splitlines() + [""]:
         field = re.match(r"(in|-|\+|why):? +(.*)", line)
-        if field:
+        if field and field.group(1) == "+":
+            block.setdefault("+", []).append(field.group(2).strip())
+        elif field:
             block[field.group(1)] = field.group(2).strip()
         elif line.startswith("      ") and "why" in block:
             block["why"] += " " + line.strip()
@@ -234,6 +241,7 @@ def read_equivalents(file):
             where, _, function = block["in"].partition(" ")
             if not block["why"]:
                 raise ValueError(f"an entry has no reason: {block}")
-            keys[where, function, block["-"], block["+"]] = block["why"]
+            for after in block["+"]:
+                keys[where, function, block["-"], after] = block["why"]
             block = {}
     return keys
