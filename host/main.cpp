@@ -113,6 +113,7 @@ void addWatch(CLI::App &app, CommandLine &line, Command &chosen)
         std::string(
             "On a terminal it shows a live table (unless --count or --format is given), else a\n"
             "line for each change. A lost TCP connection is opened again.\n"
+            "A station that stays silent is asked more seldom while others answer.\n"
             "Ctrl-C ends it, with a summary on stderr.\n\n") +
         TAG_HELP +
         "\n\nExamples:\n  kmr watch D100 X0x8 --link tcp://192.168.0.10:8888\n"

@@ -14,6 +14,7 @@ using std::chrono::milliseconds;
 constexpr milliseconds STOP_CHECK(50); // longest wait without a look at the stop flag
 constexpr milliseconds IDLE_WAIT(10);
 constexpr milliseconds DAMAGED_QUIET(50); // the answer was there, only its rest may follow
+constexpr int SEND_AGAIN = 8;             // intf_dealRcvFrame's result
 constexpr int MAX_QUIET_TIMES = 10;       // a line that never falls silent is used all the same
 
 } // namespace
@@ -32,9 +33,32 @@ PollLoop::Step PollLoop::step()
         return Step::Stopped;
     if (isLost(m_device))
         return Step::LineLost;
-    if (m_driver.getSendFrame(&m_frame) == 0)
-        return idle();
-    return exchange();
+    do {
+        if (m_driver.getSendFrame(&m_frame) == 0)
+            return idle();
+        if (!isNextPassedOver())
+            return exchange();
+    } while (!m_stop);
+    return Step::Stopped;
+}
+
+bool PollLoop::isNextPassedOver()
+{
+    m_turn = m_turnOf ? m_turnOf(m_frame) : Turn::Ask;
+    if (m_turn != Turn::PassOver)
+        return false;
+    Exchange exchange{m_frame, {}, Exchange::Outcome::PassedOver, ReplyFault::Silence, 0, {}, {}};
+    giveUp(exchange.driverText);
+    tell(exchange);
+    return true;
+}
+
+// The driver hears silence until it turns to its next request.
+void PollLoop::giveUp(QString &driverText)
+{
+    QByteArray silence;
+    while (m_driver.dealRcvFrame(silence, driverText) == SEND_AGAIN) {
+    }
 }
 
 PollLoop::Step PollLoop::exchange()
@@ -84,6 +108,10 @@ void PollLoop::handIn(Exchange &exchange, QByteArray reply)
     default:
         exchange.outcome = Exchange::Outcome::SentAgain;
         break;
+    }
+    if (m_turn == Turn::AskOnce && exchange.outcome == Exchange::Outcome::SentAgain) {
+        giveUp(exchange.driverText);
+        exchange.outcome = Exchange::Outcome::GivenUp;
     }
     tell(exchange);
 }

@@ -4,6 +4,7 @@
 
 #include "host/driver_library.h"
 #include "host/reply_filter.h"
+#include "host/station_pauses.h"
 
 #include <QByteArray>
 #include <QIODevice>
@@ -28,13 +29,14 @@ struct PollSettings {
     std::function<void(bool isSent, const QByteArray &characters)> tap = {};
 };
 
-// One request that was sent, and what came of it.
+// One request, and what came of it.
 struct Exchange {
     enum class Outcome {
-        Good,       // answered
-        SentAgain,  // bad: the driver sends the same frame again
-        GivenUp,    // bad for the last time
-        Interrupted // the line was lost, or the loop stopped, before the answer was there
+        Good,        // answered
+        SentAgain,   // bad: the driver sends the same frame again
+        GivenUp,     // bad for the last time
+        Interrupted, // the line was lost, or the loop stopped, before the answer was there
+        PassedOver   // not sent: its station is silent and has a pause (Turn::PassOver)
     };
 
     const FRAME_PRO &request; // valid during the observer's call
@@ -63,10 +65,18 @@ public:
     PollLoop(const DriverFunctions &driver, QIODevice &device, const PollSettings &settings,
              const std::atomic<bool> &stop, Clock clock);
 
-    // Is called once for each exchange.
+    // Is called once for each exchange, and for each request that is passed over before it.
     void setObserver(Observer observer)
     {
         m_observer = std::move(observer);
+    }
+
+    // Decides on each request before it is sent; without it all are asked. Must let one of those in
+    // turn pass, or the loop goes on looking for it.
+    using TurnOf = std::function<Turn(const FRAME_PRO &request)>;
+    void setTurnOf(TurnOf turnOf)
+    {
+        m_turnOf = std::move(turnOf);
     }
 
     // Makes one exchange, or waits 10 ms when there is nothing to send. After LineLost or Stopped
@@ -83,6 +93,8 @@ private:
     enum class Wait { Characters, TimeOver, Broken };
     using TimePoint = std::chrono::steady_clock::time_point;
 
+    bool isNextPassedOver();
+    void giveUp(QString &driverText);
     Step exchange();
     Step idle();
     bool settle();
@@ -102,8 +114,10 @@ private:
     const std::atomic<bool> &m_stop;
     const Clock m_clock;
     Observer m_observer;
+    TurnOf m_turnOf;
     Echo m_echo;
     FRAME_PRO m_frame;
+    Turn m_turn = Turn::Ask;              // of m_frame
     std::chrono::milliseconds m_quiet{0}; // silence that must pass before the next request
     TimePoint m_lastHeard;                // when it began
 };

@@ -11,6 +11,7 @@ namespace kmr {
 
 namespace {
 
+constexpr int READ_BLOCK_TAG = 4;    // the driver's tag of what it polls
 constexpr int MAX_ECHO_LESSONS = 10; // exchanges spent on learning whether the line echoes
 
 // A longer entry's read would ask for another number: its quantity travels in decimal digits, and a
@@ -86,11 +87,12 @@ void checkEntries(const QVector<_RCP_VAR_PRO> &entries)
 
 Session::Session(const DriverFunctions &driver, QIODevice &device, const SessionSettings &settings,
                  const std::atomic<bool> &stop, Clock clock)
-    : m_driver(driver), m_settings(settings),
-      m_loop(driver, device, settings.poll, stop, std::move(clock))
+    : m_driver(driver), m_settings(settings), m_clock(std::move(clock)),
+      m_loop(driver, device, settings.poll, stop, m_clock), m_pauses(settings.poll.timeout)
 {
     g_session = this;
     m_loop.setObserver([this](const Exchange &exchange) { note(exchange); });
+    m_loop.setTurnOf([this](const FRAME_PRO &request) { return turnOf(request); });
     m_driver.setAddrValueChangeCallBack(&Session::reportChange);
     configureDriver();
 }
@@ -98,6 +100,7 @@ Session::Session(const DriverFunctions &driver, QIODevice &device, const Session
 void Session::restart()
 {
     m_quality = {};
+    m_pauses.forgetAll();
     configureDriver();
 }
 
@@ -134,6 +137,10 @@ qint32 Session::reportChange(qint32, qint32 station, QString area, qint32 addres
 void Session::poll(const std::vector<Run> &runs)
 {
     m_isPolling = m_driver.addrMerge(toKeys(runs)) > 0;
+    std::set<int> stations;
+    for (const Run &run : runs)
+        stations.insert(run.station);
+    m_pauses.setStations(stations);
 }
 
 PollLoop::Step Session::step()
@@ -236,9 +243,18 @@ void Session::abandonRecipe(int position)
     setRequestByte(position, 0);
 }
 
+// A recipe's entries may carry any tag.
+Turn Session::turnOf(const FRAME_PRO &request) const
+{
+    if (m_recipeTransfer || request.var.reqTag != READ_BLOCK_TAG)
+        return Turn::Ask;
+    return m_pauses.turnOf(request.var.station, m_clock());
+}
+
 void Session::note(const Exchange &exchange)
 {
     count(exchange);
+    noteStation(exchange);
     if (exchange.outcome == Exchange::Outcome::GivenUp)
         m_lastFailure = {exchange.fault, exchange.exceptionCode};
     noteQuality(exchange);
@@ -263,7 +279,19 @@ void Session::count(const Exchange &exchange)
     case Exchange::Outcome::Interrupted:
         m_statistics.countInterrupted();
         break;
+    case Exchange::Outcome::PassedOver:
+        break;
     }
+}
+
+void Session::noteStation(const Exchange &exchange)
+{
+    const int station = exchange.request.var.station;
+    if (exchange.outcome == Exchange::Outcome::Good || exchange.exceptionCode != 0)
+        m_pauses.noteAnswer(station);
+    else if (exchange.outcome == Exchange::Outcome::GivenUp &&
+             exchange.fault != ReplyFault::NotSendable)
+        m_pauses.noteGiveUp(station, m_clock());
 }
 
 void Session::noteQuality(const Exchange &exchange)
@@ -276,7 +304,8 @@ void Session::noteQuality(const Exchange &exchange)
     if (exchange.outcome == Exchange::Outcome::Good) {
         forget(storedBy(exchange.request)); // beyond a border the driver now shows other memory
         m_quality.set(run, {Quality::Good, {}});
-    } else if (exchange.outcome == Exchange::Outcome::GivenUp) {
+    } else if (exchange.outcome == Exchange::Outcome::GivenUp ||
+               exchange.outcome == Exchange::Outcome::PassedOver) {
         m_quality.set(run, {Quality::Stale, {exchange.fault, exchange.exceptionCode}});
     }
     if (m_request && m_request->disturbed)

@@ -6,6 +6,7 @@
 #include "host/poll_loop.h"
 #include "host/quality.h"
 #include "host/run.h"
+#include "host/station_pauses.h"
 #include "host/statistics.h"
 #include "host/tag.h"
 #include "host/values.h"
@@ -61,7 +62,8 @@ public:
     Session(const Session &) = delete;
     Session &operator=(const Session &) = delete;
 
-    // Is called after each exchange, once the session has taken note of it.
+    // Is called after each exchange, and for each polled block that is passed over because its
+    // station is silent (StationPauses), once the session has taken note of it.
     void setObserver(PollLoop::Observer observer)
     {
         m_observer = std::move(observer);
@@ -161,8 +163,10 @@ private:
 
     void configureDriver();
     static qint32 reportChange(qint32 device, qint32 station, QString area, qint32 address);
+    Turn turnOf(const FRAME_PRO &request) const;
     void note(const Exchange &exchange);
     void count(const Exchange &exchange);
+    void noteStation(const Exchange &exchange);
     void noteQuality(const Exchange &exchange);
     void noteRequest(const Exchange &exchange);
     void noteRecipe(const Exchange &exchange);
@@ -179,7 +183,9 @@ private:
     std::vector<quint8> m_status = std::vector<quint8>(STATUS_BLOCK_BYTES);
     std::vector<quint8> m_recipe = std::vector<quint8>(2 * RECIPE_WORDS);
     QMutex m_mutex;
+    const Clock m_clock;
     PollLoop m_loop;
+    StationPauses m_pauses;
     PollLoop::Observer m_observer;
     ChangeObserver m_changeObserver;
     Statistics m_statistics;

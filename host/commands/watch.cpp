@@ -33,6 +33,8 @@ public:
 
     void note(const Exchange &exchange)
     {
+        if (exchange.outcome == Exchange::Outcome::PassedOver)
+            return;
         ++m_exchanges;
         m_busy += exchange.roundTrip;
     }

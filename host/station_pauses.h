@@ -1,0 +1,68 @@
+// Keeps a silent station from starving the others on its line: each request to it costs a whole
+// timeout and the quiet time behind it, and with retries a multiple, while everyone else waits.
+//
+//  - A station whose request was given up is asked without retries until it answers.
+//  - When it is given up again, its polled blocks are passed over for a pause of one timeout. Each
+//    further give-up doubles the pause, up to ten timeouts: a station that is switched on again is
+//    found soon, and silent it takes no more than a fifth of the line.
+//  - An answer ends all that, a refusal as well.
+//
+// Nobody is passed over while no other station can use the time: a lone station, and stations that
+// are all silent, are asked in turn. Only polling is concerned, not single requests and recipes.
+#pragma once
+
+#include <chrono>
+#include <map>
+#include <set>
+
+namespace kmr {
+
+// How a request is treated when its turn has come.
+enum class Turn {
+    Ask,
+    AskOnce, // without retries
+    PassOver // not at all: to the driver it has failed
+};
+
+class StationPauses {
+public:
+    using TimePoint = std::chrono::steady_clock::time_point;
+
+    static constexpr int LONGEST_PAUSE = 10; // timeouts
+
+    explicit StationPauses(std::chrono::milliseconds timeout) : m_timeout(timeout) {}
+
+    // The stations that are polled; what is known of them is kept.
+    void setStations(const std::set<int> &stations)
+    {
+        m_stations = stations;
+    }
+
+    void noteAnswer(int station)
+    {
+        m_silent.erase(station);
+    }
+    void noteGiveUp(int station, TimePoint now);
+    void forgetAll()
+    {
+        m_silent.clear();
+    }
+
+    // For the next polled block of a station.
+    Turn turnOf(int station, TimePoint now) const;
+
+private:
+    struct Silence {
+        int nextPause = 0; // timeouts; 0 after the first give-up
+        TimePoint until;   // end of the pause
+    };
+
+    bool isPausing(int station, TimePoint now) const;
+    bool canAnotherBeAsked(int station, TimePoint now) const;
+
+    std::chrono::milliseconds m_timeout;
+    std::set<int> m_stations;
+    std::map<int, Silence> m_silent; // by station
+};
+
+} // namespace kmr
