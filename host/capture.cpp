@@ -1,6 +1,6 @@
 #include "host/capture.h"
 
-#include "host/error.h"
+#include "host/write_all.h"
 
 #include <nlohmann/json.hpp>
 
@@ -44,7 +44,7 @@ CapturedPiece readPiece(const json &piece)
 
 CaptureWriter::CaptureWriter(const QString &path, const QString &link) : m_file(path)
 {
-    if (!m_file.open(QIODevice::WriteOnly | QIODevice::Truncate)) {
+    if (!m_file.open(QIODevice::WriteOnly | QIODevice::Truncate | QIODevice::Unbuffered)) {
         throw Error(ExitCode::Usage,
                     QString("cannot write the capture %1: %2").arg(path, m_file.errorString()));
     }
@@ -53,16 +53,24 @@ CaptureWriter::CaptureWriter(const QString &path, const QString &link) : m_file(
     const json heading{
         {"kmr_capture", VERSION}, {"begin", begin.toStdString()}, {"link", link.toStdString()}};
     m_clock.start();
-    m_file.write(QByteArray::fromStdString(heading.dump()) + '\n');
-    m_file.flush();
+    writeLine(QByteArray::fromStdString(heading.dump()), ExitCode::Usage);
 }
 
 void CaptureWriter::add(bool isSent, const QByteArray &characters)
 {
     const json piece{{"us", m_clock.nsecsElapsed() / 1000},
                      {isSent ? "sent" : "received", toUtf8(characters)}};
-    m_file.write(QByteArray::fromStdString(piece.dump()) + '\n');
-    m_file.flush();
+    writeLine(QByteArray::fromStdString(piece.dump()), ExitCode::ItemFailed);
+}
+
+void CaptureWriter::writeLine(const QByteArray &line, ExitCode failure)
+{
+    const qint64 begin = m_file.pos();
+    if (writeAll(m_file, line + '\n'))
+        return;
+    const QString cause = m_file.errorString();
+    m_file.resize(begin); // half a line would spoil the whole capture
+    throw Error(failure, QString("cannot write the capture %1: %2").arg(m_file.fileName(), cause));
 }
 
 Capture parseCapture(const QByteArray &text, const QString &name)

@@ -11,6 +11,8 @@
 // have one time. One beyond ASCII stands for the byte of the same number (Latin-1).
 #pragma once
 
+#include "host/error.h"
+
 #include <QByteArray>
 #include <QDateTime>
 #include <QElapsedTimer>
@@ -28,9 +30,13 @@ public:
     // Replaces the file. Throws Error (Usage) when it can't be written.
     CaptureWriter(const QString &path, const QString &link);
 
+    // Throws Error (ItemFailed) when the piece can't be written, on a full disk for example. The
+    // file then ends with the piece before, and nothing more may be added.
     void add(bool isSent, const QByteArray &characters);
 
 private:
+    void writeLine(const QByteArray &line, ExitCode failure);
+
     QFile m_file;
     QElapsedTimer m_clock;
 };

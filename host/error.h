@@ -10,7 +10,7 @@ namespace kmr {
 
 enum class ExitCode {
     Ok = 0,
-    ItemFailed = 1, // some items failed, for different reasons
+    ItemFailed = 1, // some items failed, for different reasons, or output could not be written
     Usage = 2,      // wrong arguments or a bad input file
     LinkFailed = 3, // the link could not be opened
     NoAnswer = 4,   // no answer, or none that could be understood

@@ -2,6 +2,7 @@
 #include "host/commands/commands.h"
 #include "host/commands/connection.h"
 #include "host/commands/diagnosis.h"
+#include "host/commands/output.h"
 #include "host/commands/settings.h"
 #include "host/commands/simulation.h"
 #include "host/commands/stop.h"
@@ -38,9 +39,9 @@ const char *const TAG_HELP =
     "'kmr areas' lists the areas.";
 
 const char *const EXIT_HELP =
-    "Exit codes: 0 ok, 1 items failed for different reasons, 2 wrong usage, 3 the link could not\n"
-    "be opened, 4 no answer, 5 refused by the controller, 6 outcome unknown or verify differs,\n"
-    "7 driver library missing or not fitting.";
+    "Exit codes: 0 ok, 1 items failed for different reasons, or output could not be written,\n"
+    "2 wrong usage, 3 the link could not be opened, 4 no answer, 5 refused by the controller,\n"
+    "6 outcome unknown or verify differs, 7 driver library missing or not fitting.";
 
 QString toQString(const std::string &text)
 {
@@ -240,7 +241,7 @@ int main(int argc, char *argv[])
     }
     try {
         kmr::catchStopSignals();
-        return static_cast<int>(chosen(settings.resolve()));
+        return static_cast<int>(kmr::exitCodeAfterLosses(chosen(settings.resolve())));
     } catch (const kmr::Error &error) {
         kmr::printError("kmr: " + error.text());
         return static_cast<int>(error.code());

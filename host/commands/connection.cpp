@@ -1,28 +1,16 @@
 #include "host/commands/connection.h"
 
 #include "host/commands/stop.h"
-#include "host/link.h"
 
 #include <QCoreApplication>
 #include <QDateTime>
 #include <QFile>
-
-#include <cstdio>
 
 namespace kmr {
 
 namespace {
 
 using Outcome = RequestResult::Outcome;
-
-LinkAddress linkOf(const Options &options)
-{
-    if (options.link.isEmpty()) {
-        throw Error(ExitCode::Usage, "no link: name it with --link or the environment variable "
-                                     "KMR_LINK, for example --link tcp://192.168.0.10:8888");
-    }
-    return parseLink(options.link);
-}
 
 } // namespace
 
@@ -32,6 +20,15 @@ std::unique_ptr<DriverLibrary> loadDriver(const Options &options)
                              ? findDriver(QCoreApplication::applicationDirPath())
                              : options.driver;
     return std::make_unique<DriverLibrary>(path);
+}
+
+LinkAddress linkOf(const Options &options)
+{
+    if (options.link.isEmpty()) {
+        throw Error(ExitCode::Usage, "no link: name it with --link or the environment variable "
+                                     "KMR_LINK, for example --link tcp://192.168.0.10:8888");
+    }
+    return parseLink(options.link);
 }
 
 NameTable loadNames(const QString &path, const TagReader &reader)
@@ -128,10 +125,21 @@ void Connection::tapLine(PollSettings &settings)
     settings.tap = [this](bool isSent, const QByteArray &characters) {
         const QDateTime now = QDateTime::currentDateTime();
         if (m_capture)
-            m_capture->add(isSent, characters);
+            capture(isSent, characters);
         if (m_trace)
             m_trace->add(now, isSent, characters);
     };
+}
+
+// A full disk ends the capture, not the work.
+void Connection::capture(bool isSent, const QByteArray &characters)
+{
+    try {
+        m_capture->add(isSent, characters);
+    } catch (const Error &error) {
+        m_capture.reset();
+        reportLoss(error.text() + "; what comes from now on is not captured");
+    }
 }
 
 ExitCode exitCodeOf(const RequestResult &result)
@@ -159,8 +167,9 @@ QString toText(const RequestResult &result)
     case Outcome::Done:
         return "done";
     case Outcome::Refused:
-    case Outcome::NoAnswer:
         return toText(result.failure);
+    case Outcome::NoAnswer:
+        return hasFailure ? toText(result.failure) : "no answer: " + cause;
     case Outcome::NotSent:
         return "not sent: " + (hasFailure ? toText(result.failure) : cause);
     case Outcome::Unknown:
@@ -202,18 +211,6 @@ void ExitCodes::add(ExitCode code)
     if (code == ExitCode::Ok)
         return;
     m_total = m_total == ExitCode::Ok || m_total == code ? code : ExitCode::ItemFailed;
-}
-
-void print(const QString &line)
-{
-    const QByteArray bytes = line.toLocal8Bit() + '\n';
-    if (std::fputs(bytes.constData(), stdout) < 0 || std::fflush(stdout) != 0)
-        stopFlag() = true;
-}
-
-void printError(const QString &line)
-{
-    std::fputs((line.toLocal8Bit() + '\n').constData(), stderr);
 }
 
 } // namespace kmr

@@ -3,7 +3,9 @@
 
 #include "host/capture.h"
 #include "host/commands/commands.h"
+#include "host/commands/output.h"
 #include "host/driver_library.h"
+#include "host/link.h"
 #include "host/names.h"
 #include "host/session.h"
 #include "host/tag.h"
@@ -18,6 +20,9 @@ namespace kmr {
 
 // Loads the driver that the options name, or the one that is found.
 std::unique_ptr<DriverLibrary> loadDriver(const Options &options);
+
+// The link that the options name. Throws Error (Usage).
+LinkAddress linkOf(const Options &options);
 
 // Reads a file of names. Throws Error (Usage) that names every bad line with its number.
 NameTable loadNames(const QString &path, const TagReader &reader);
@@ -57,6 +62,7 @@ public:
 private:
     Session &begin(std::chrono::nanoseconds characterTime);
     void tapLine(PollSettings &settings);
+    void capture(bool isSent, const QByteArray &characters);
 
     const Options m_options;
     std::unique_ptr<DriverLibrary> m_library;
@@ -93,10 +99,5 @@ public:
 private:
     ExitCode m_total = ExitCode::Ok;
 };
-
-// Writes a line to stdout or stderr at once. When nobody reads stdout any more, the stop flag is
-// set.
-void print(const QString &line);
-void printError(const QString &line);
 
 } // namespace kmr

@@ -151,6 +151,7 @@ ExitCode runRecipeUpload(const Options &options, const QString &file, const QStr
     std::vector<RecipeItem> items = texts.isEmpty()
                                         ? readFile(file, connection.tags(), RecipeValues::Ignored)
                                         : itemsOf(connection.readTags(texts));
+    requireWritable(file); // else the values would be lost at the end
     Session &session = connection.open();
     ProgressBar bar(static_cast<int>(recipeRuns(items, session.groupLimit()).size()));
     showProgress(session, bar);

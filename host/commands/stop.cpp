@@ -30,6 +30,8 @@ void catchStopSignals()
     action.sa_flags = static_cast<int>(SA_RESETHAND);
     sigaction(SIGINT, &action, nullptr);
     sigaction(SIGTERM, &action, nullptr);
+    action.sa_handler = SIG_IGN; // print() notices it
+    sigaction(SIGPIPE, &action, nullptr);
 }
 
 std::atomic<bool> &stopFlag()

@@ -5,7 +5,8 @@
 
 namespace kmr {
 
-// From now on the two signals only set the flag. A second one ends the program at once.
+// From now on the two signals only set the flag. A second one ends the program at once. A reader of
+// stdout that has gone ends it no longer with a signal.
 void catchStopSignals();
 
 // Set once the end is asked for.

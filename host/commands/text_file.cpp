@@ -1,11 +1,34 @@
 #include "host/commands/text_file.h"
 
 #include "host/error.h"
+#include "host/write_all.h"
 
 #include <QFile>
+#include <QFileInfo>
 #include <QSaveFile>
 
 namespace kmr {
+
+namespace {
+
+// A device or a pipe: takes what comes and must not be replaced by a file.
+bool isStream(const QString &path)
+{
+    const QFileInfo file(path);
+    return file.exists() && !file.isFile() && !file.isDir();
+}
+
+bool openAndWrite(QFileDevice &file, const QString &text)
+{
+    return file.open(QIODevice::WriteOnly | QIODevice::Unbuffered) && writeAll(file, text.toUtf8());
+}
+
+Error cannotWrite(ExitCode code, const QString &path, const QFileDevice &file)
+{
+    return Error(code, QString("cannot write %1: %2").arg(path, file.errorString()));
+}
+
+} // namespace
 
 QString readTextFile(const QString &path)
 {
@@ -17,19 +40,24 @@ QString readTextFile(const QString &path)
 
 void writeTextFile(const QString &path, const QString &text)
 {
-    QSaveFile file(path);
-    const QByteArray bytes = text.toUtf8();
-    if (!file.open(QIODevice::WriteOnly) || file.write(bytes) != bytes.size() || !file.commit()) {
-        throw Error(ExitCode::ItemFailed,
-                    QString("cannot write %1: %2").arg(path, file.errorString()));
+    if (isStream(path)) {
+        QFile file(path);
+        if (!openAndWrite(file, text))
+            throw cannotWrite(ExitCode::ItemFailed, path, file);
+        return;
     }
+    QSaveFile file(path);
+    if (!openAndWrite(file, text) || !file.commit())
+        throw cannotWrite(ExitCode::ItemFailed, path, file);
 }
 
 void requireWritable(const QString &path)
 {
+    if (isStream(path))
+        return; // opening it may already do something
     QSaveFile file(path);
     if (!file.open(QIODevice::WriteOnly))
-        throw Error(ExitCode::Usage, QString("cannot write %1: %2").arg(path, file.errorString()));
+        throw cannotWrite(ExitCode::Usage, path, file);
     file.cancelWriting();
 }
 

@@ -1,6 +1,7 @@
 #include "host/capture.h"
 
 #include "host/error.h"
+#include "tests/host/file_size_limit.h"
 
 #include <QTemporaryDir>
 #include <gtest/gtest.h>
@@ -54,6 +55,19 @@ TEST(Capture, WrittenFileReadsBack)
     EXPECT_LE(capture.pieces[0].microseconds, capture.pieces[1].microseconds);
 }
 
+TEST(Capture, FullDiskIsAnErrorAndLeavesTheWholePiecesBefore)
+{
+    const QTemporaryDir directory;
+    const QString path = directory.filePath("capture");
+    CaptureWriter writer(path, "tcp://a:1");
+    const FileSizeLimit limit(200);
+    writer.add(true, ":01\r\n");
+    EXPECT_THROW(writer.add(false, QByteArray(200, 'x')), Error);
+    const Capture capture = readCapture(path);
+    ASSERT_EQ(capture.pieces.size(), 1U);
+    EXPECT_EQ(capture.pieces[0].characters, ":01\r\n");
+}
+
 TEST(Capture, BadLineIsNamedWithItsNumber)
 {
     EXPECT_TRUE(faultOf(QByteArray(HEADING) + "{\"us\":5}\n").startsWith("field:2: "));
@@ -71,6 +85,7 @@ TEST(Capture, FileThatCannotBeOpenedIsAnError)
 {
     EXPECT_THROW(readCapture("/no/such/file"), Error);
     EXPECT_THROW(CaptureWriter("/no/such/file", ""), Error);
+    EXPECT_THROW(CaptureWriter("/dev/full", ""), Error);
 }
 
 } // namespace kmr

@@ -17,12 +17,12 @@ QProcessEnvironment environment()
     QProcessEnvironment variables = QProcessEnvironment::systemEnvironment();
     variables.remove("KMR_LINK");
     variables.insert("KMR_DRIVER", DRIVER_LIBRARY);
+    variables.insert("KMR", KMR_EXECUTABLE);
     return variables;
 }
 
-} // namespace
-
-Finished run(const QStringList &arguments, const std::function<void(QProcess &)> &started)
+Finished runProgram(const QString &program, const QStringList &arguments,
+                    const std::function<void(QProcess &)> &started)
 {
     QProcess process;
     process.setProcessEnvironment(environment());
@@ -30,7 +30,7 @@ Finished run(const QStringList &arguments, const std::function<void(QProcess &)>
     QObject::connect(
         &process, static_cast<void (QProcess::*)(int, QProcess::ExitStatus)>(&QProcess::finished),
         &loop, &QEventLoop::quit);
-    process.start(KMR_EXECUTABLE, arguments);
+    process.start(program, arguments);
     EXPECT_TRUE(process.waitForStarted());
     if (started)
         started(process);
@@ -39,6 +39,18 @@ Finished run(const QStringList &arguments, const std::function<void(QProcess &)>
     EXPECT_EQ(process.exitStatus(), QProcess::NormalExit);
     return {process.exitCode(), QString::fromLocal8Bit(process.readAllStandardOutput()),
             QString::fromLocal8Bit(process.readAllStandardError())};
+}
+
+} // namespace
+
+Finished run(const QStringList &arguments, const std::function<void(QProcess &)> &started)
+{
+    return runProgram(KMR_EXECUTABLE, arguments, started);
+}
+
+Finished runShell(const QString &line)
+{
+    return runProgram("/bin/sh", {"-c", line}, {});
 }
 
 Simulator::Simulator(const QStringList &arguments, const QString &command)

@@ -24,6 +24,9 @@ struct Finished {
 Finished run(const QStringList &arguments,
              const std::function<void(QProcess &)> &started = std::function<void(QProcess &)>());
 
+// The same with a line of shell, in which "$KMR" is kmr.
+Finished runShell(const QString &line);
+
 // A command of kmr that serves, 'sim' unless another is named, in a process of its own. Its link
 // is there once this is built.
 class Simulator {

@@ -1,0 +1,48 @@
+#include "host/commands/output.h"
+
+#include "host/commands/stop.h"
+
+#include <cerrno>
+#include <cstdio>
+#include <cstring>
+
+namespace kmr {
+
+namespace {
+
+bool g_isLost = false;         // something could not be written
+bool g_isStdoutBroken = false; // not even the next line is worth a try
+
+} // namespace
+
+void print(const QString &line)
+{
+    if (g_isStdoutBroken)
+        return;
+    const QByteArray bytes = line.toLocal8Bit() + '\n';
+    if (std::fputs(bytes.constData(), stdout) >= 0 && std::fflush(stdout) == 0)
+        return;
+    const int cause = errno;
+    g_isStdoutBroken = true;
+    stopFlag() = true;
+    if (cause != EPIPE)
+        reportLoss(QString("cannot write to stdout: %1").arg(std::strerror(cause)));
+}
+
+void printError(const QString &line)
+{
+    std::fputs((line.toLocal8Bit() + '\n').constData(), stderr);
+}
+
+void reportLoss(const QString &text)
+{
+    g_isLost = true;
+    printError("kmr: " + text);
+}
+
+ExitCode exitCodeAfterLosses(ExitCode code)
+{
+    return g_isLost && code == ExitCode::Ok ? ExitCode::ItemFailed : code;
+}
+
+} // namespace kmr
