@@ -38,7 +38,7 @@ public:
         const auto silent = m_silentStations.find(tag.elements.station);
         if (silent != m_silentStations.end())
             return {{Outcome::NoAnswer, silent->second}, {}};
-        return {{Outcome::NotSent, {}}, {}};
+        return {{Outcome::NoAnswer, {}}, {}}; // the line was lost, or the user stopped
     }
 
 private:

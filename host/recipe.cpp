@@ -162,7 +162,9 @@ TransferResult download(Session &session, const std::vector<RecipeItem> &items)
 TransferResult upload(Session &session, std::vector<RecipeItem> &items)
 {
     checkSize(items);
-    const TransferResult result = transfer(session, items, Session::Transfer::Upload);
+    TransferResult result = transfer(session, items, Session::Transfer::Upload);
+    if (result.result.outcome == RequestResult::Outcome::Unknown)
+        result.result.outcome = RequestResult::Outcome::NoAnswer; // a read leaves nothing in doubt
     if (result.result.isDone())
         takeFromBuffer(session.recipeBuffer(), items);
     return result;

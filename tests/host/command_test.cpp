@@ -334,15 +334,6 @@ TEST(Command, RefusalEndsWithFive)
     EXPECT_TRUE(write.err.contains("D2: not written, because of the failure before"));
 }
 
-TEST(Command, LineLostAfterAWriteEndsWithSix)
-{
-    FakeController controller([](const QByteArray &) { return QByteArray(); });
-    const Finished write = run({"write", "D100=1", "--link", controller.link()});
-    EXPECT_EQ(write.exitCode, 6);
-    EXPECT_TRUE(write.err.contains("unknown: the line was lost before the answer came"))
-        << write.err.toStdString();
-}
-
 TEST(Command, ValueThatReadsBackDifferentlyEndsWithSix)
 {
     FakeController controller([](const QByteArray &line) {
@@ -351,21 +342,6 @@ TEST(Command, ValueThatReadsBackDifferentlyEndsWithSix)
     const Finished write = run({"write", "--verify", "D100=2", "--link", controller.link()});
     EXPECT_EQ(write.exitCode, 6);
     EXPECT_TRUE(write.err.contains("D100: wrote 2, read back 1")) << write.err.toStdString();
-}
-
-TEST(Command, InterruptedDownloadSaysWhatIsCertain)
-{
-    QTemporaryDir directory;
-    const QString file = directory.filePath("mixer.csv");
-    saveFile(file, "D100,1\nD200,2\nD300,3\n");
-    FakeController controller([](const QByteArray &line) {
-        return line.mid(5, 4) == "1064" ? QByteArray(":0110106400017A\r\n") : QByteArray();
-    });
-    const Finished download = run({"recipe", "download", file, "--link", controller.link()});
-    EXPECT_EQ(download.exitCode, 6);
-    EXPECT_TRUE(download.err.contains("written for certain: 1#D100\n"
-                                      "unknown whether written: 1#D200\nnot written: 1#D300\n"))
-        << download.err.toStdString();
 }
 
 TEST(Command, DifferentFailuresEndWithOne)
