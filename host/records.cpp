@@ -96,6 +96,12 @@ RecordWriter::RecordWriter(Format format, QString command, QStringList fields, b
       m_isStreamed(isStreamed), m_output(std::move(output)),
       m_widths(static_cast<std::size_t>(m_names.size()))
 {
+}
+
+void RecordWriter::begin()
+{
+    if (std::exchange(m_hasBegun, true))
+        return;
     if (m_format == Format::Csv)
         m_output(csvLine(m_names));
     else if (m_format == Format::Table)
@@ -108,6 +114,7 @@ RecordWriter::RecordWriter(Format format, QString command, QStringList fields, b
 
 void RecordWriter::add(const QString &plainLine, const std::vector<Field> &fields)
 {
+    begin();
     switch (m_format) {
     case Format::Plain:
         if (!plainLine.isEmpty())
@@ -121,8 +128,7 @@ void RecordWriter::add(const QString &plainLine, const std::vector<Field> &field
         break;
     case Format::Json:
         // The comma leads, so that each record can be written as soon as it is there.
-        m_output((m_hasBegun ? "," : " ") + jsonOf(fields, false));
-        m_hasBegun = true;
+        m_output((std::exchange(m_hasRecords, true) ? "," : " ") + jsonOf(fields, false));
         break;
     case Format::JsonLines:
         m_output(jsonOf(fields, true));
@@ -132,6 +138,7 @@ void RecordWriter::add(const QString &plainLine, const std::vector<Field> &field
 
 void RecordWriter::end()
 {
+    begin();
     for (const QStringList &row : std::exchange(m_rows, {}))
         writeRow(row);
     if (m_format == Format::Json)

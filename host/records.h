@@ -34,7 +34,8 @@ public:
     using Output = std::function<void(const QString &line)>;
 
     // `fields`: their names. `isStreamed`: the rows of a table come at once, in columns that widen
-    // as needed, else at the end in columns that fit.
+    // as needed, else at the end in columns that fit. Nothing is written before the first record,
+    // so that what fails before leaves nothing half begun.
     RecordWriter(Format format, QString command, QStringList fields, bool isStreamed,
                  Output output);
 
@@ -46,6 +47,7 @@ public:
     void end();
 
 private:
+    void begin();
     void addTableRow(const QStringList &cells);
     void writeRow(const QStringList &cells);
     QString jsonOf(const std::vector<Field> &fields, bool isLine) const;
@@ -57,7 +59,8 @@ private:
     const Output m_output;
     QList<QStringList> m_rows; // of a table that isn't streamed
     std::vector<int> m_widths;
-    bool m_hasBegun = false;
+    bool m_hasBegun = false;   // heading or head of the document
+    bool m_hasRecords = false; // of the document
 };
 
 } // namespace kmr

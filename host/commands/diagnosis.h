@@ -52,6 +52,14 @@ struct ScanOptions {
 // Asks each station once.
 ExitCode runScan(const Options &options, const ScanOptions &scan);
 
+struct DoctorOptions {
+    bool tryFramings = false; // the usual speeds and frame formats of a serial line
+    QString tag = "D0";       // what is read
+};
+
+// Says in sentences what is wrong with the line and what to do.
+ExitCode runDoctor(const Options &options, const DoctorOptions &doctor);
+
 struct PlanOptions {
     QStringList tags;
     std::optional<int> baud; // bits a second; none: the link's

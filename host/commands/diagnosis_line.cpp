@@ -160,6 +160,31 @@ void addScan(CLI::App &app, Command &chosen)
     });
 }
 
+void addDoctor(CLI::App &app, Command &chosen)
+{
+    struct Line {
+        bool tryFramings = false;
+        std::string tag = "D0";
+    };
+    const auto line = std::make_shared<Line>();
+    CLI::App *command = app.add_subcommand("doctor", "Say what is wrong with the line");
+    command->add_flag("--try", line->tryFramings,
+                      "try the usual speeds and frame formats of a serial link");
+    command->add_option("--tag", line->tag, "what is read")->capture_default_str();
+    command->footer("Opens the link, asks the station three times and says what is wrong and what "
+                    "to do. With\n--try it asks once in each usual framing until one is answered, "
+                    "and names that link.\nEnds with 0 when the line is good, 1 when only some "
+                    "requests are answered, 3 when the link\ncould not be opened, 4 when nothing "
+                    "answers as it should, 5 when what is asked is refused.\n\n"
+                    "Examples:\n  kmr doctor --link serial:///dev/ttyUSB0?baud=19200\n"
+                    "  kmr doctor --try --timeout 300 --link serial:///dev/ttyUSB0");
+    command->callback([line, &chosen] {
+        chosen = [line](const Options &options) {
+            return runDoctor(options, {line->tryFramings, toQString(line->tag)});
+        };
+    });
+}
+
 void addPlan(CLI::App &app, Command &chosen)
 {
     struct Line {
@@ -197,6 +222,7 @@ void addDiagnosis(CLI::App &app, Command &chosen)
     addSeries(app, chosen);
     addPing(app, chosen);
     addScan(app, chosen);
+    addDoctor(app, chosen);
     addPlan(app, chosen);
 }
 

@@ -159,7 +159,7 @@ TEST_F(DiagnosisCommand, PlanThatMissesElementsEndsWithOne)
 
 TEST_F(DiagnosisCommand, HelpTeachesWithExamples)
 {
-    for (const char *command : {"decode", "trace", "check", "series", "ping", "scan", "plan"}) {
+    for (const char *command : {"decode", "trace", "check", "series", "ping", "scan", "plan", "doctor"}) {
         const Finished help = kmr({command, "--help"});
         EXPECT_EQ(help.exitCode, 0);
         EXPECT_TRUE(help.out.contains("Examples:")) << command;

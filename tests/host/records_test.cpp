@@ -66,3 +66,13 @@ TEST(Records, StreamedTableWritesRowsAtOnce)
     records.add({}, {QString("boiler"), std::vector<Value>{std::int64_t{1}}});
     EXPECT_EQ(lines, (QStringList{"TAG  VALUES", "boiler  1"}));
 }
+
+TEST(Records, NothingIsWrittenBeforeTheFirstRecord)
+{
+    QStringList lines;
+    RecordWriter records(Format::Csv, "watch", {"tag"}, true,
+                         [&lines](const QString &line) { lines.append(line); });
+    EXPECT_EQ(lines, QStringList());
+    records.end();
+    EXPECT_EQ(lines, QStringList{"tag"});
+}
