@@ -1,5 +1,7 @@
 #include "host/csv.h"
 
+#include "host/error.h"
+
 namespace kmr {
 
 QStringList splitCsv(const QString &line)
@@ -39,6 +41,25 @@ QString csvField(const QString &text)
     const bool needsQuotes =
         text.contains(',') || text.contains('"') || text.contains('\n') || text.trimmed() != text;
     return needsQuotes ? '"' + QString(text).replace("\"", "\"\"") + '"' : text;
+}
+
+QStringList readLines(const QString &text, const QString &file, const QString &heading,
+                      const std::function<void(const QString &line, int number)> &read)
+{
+    QStringList faults;
+    int number = 0;
+    for (const QString &raw : text.split('\n')) {
+        ++number;
+        const QString line = raw.trimmed();
+        if (line.isEmpty() || line.startsWith('#') || line.startsWith(heading))
+            continue;
+        try {
+            read(line, number);
+        } catch (const Error &error) {
+            faults.append(QString("%1:%2: %3").arg(file).arg(number).arg(error.text()));
+        }
+    }
+    return faults;
 }
 
 } // namespace kmr

@@ -4,6 +4,8 @@
 #include <QString>
 #include <QStringList>
 
+#include <functional>
+
 namespace kmr {
 
 // The fields of one line, trimmed unless they are quoted. A quote that is not closed ends with the
@@ -12,5 +14,11 @@ QStringList splitCsv(const QString &line);
 
 // The field, in quotes where it needs them.
 QString csvField(const QString &text);
+
+// Hands each line of a file's text to `read`, trimmed, with its number from 1 on. Empty lines,
+// those that begin with '#' and those that begin with `heading` are skipped. An Error that `read`
+// throws makes the line a bad one: returns "FILE:NUMBER: what is wrong" for each.
+QStringList readLines(const QString &text, const QString &file, const QString &heading,
+                      const std::function<void(const QString &line, int number)> &read);
 
 } // namespace kmr

@@ -1,4 +1,5 @@
 // kmr: watches, reads and writes a controller of the Ostrel KMR line through its driver library.
+#include "host/commands/command_line.h"
 #include "host/commands/commands.h"
 #include "host/commands/connection.h"
 #include "host/commands/diagnosis.h"
@@ -17,7 +18,10 @@
 
 namespace {
 
+using kmr::Command;
 using kmr::ExitCode;
+using kmr::toQString;
+using kmr::toQStrings;
 
 // What CLI11 fills: it knows nothing of Qt's types.
 struct CommandLine {
@@ -42,21 +46,6 @@ const char *const EXIT_HELP =
     "Exit codes: 0 ok, 1 items failed for different reasons, or output could not be written,\n"
     "2 wrong usage, 3 the link could not be opened, 4 no answer, 5 refused by the controller,\n"
     "6 outcome unknown or verify differs, 7 driver library missing or not fitting.";
-
-QString toQString(const std::string &text)
-{
-    return QString::fromLocal8Bit(text.c_str());
-}
-
-QStringList toQStrings(const std::vector<std::string> &texts)
-{
-    QStringList list;
-    for (const std::string &text : texts)
-        list.append(toQString(text));
-    return list;
-}
-
-using Command = std::function<ExitCode(const kmr::Options &)>;
 
 CLI::App *addTagCommand(CLI::App &app, CommandLine &line, const char *name, const char *text)
 {

@@ -124,19 +124,9 @@ std::vector<RecipeItem> parseRecipe(const QString &text, const QString &name,
                                     const TagReader &reader, RecipeValues values)
 {
     std::vector<RecipeItem> items;
-    QStringList faults;
-    int number = 0;
-    for (const QString &raw : text.split('\n')) {
-        ++number;
-        const QString line = raw.trimmed();
-        if (line.isEmpty() || line.startsWith('#') || line == HEADING)
-            continue;
-        try {
-            items.push_back(parseLine(line, reader, values));
-        } catch (const Error &error) {
-            faults.append(QString("%1:%2: %3").arg(name).arg(number).arg(error.text()));
-        }
-    }
+    QStringList faults = readLines(text, name, HEADING, [&](const QString &line, int) {
+        items.push_back(parseLine(line, reader, values));
+    });
     if (items.empty() && faults.isEmpty())
         faults.append(QString("%1: holds no tags").arg(name));
     if (!faults.isEmpty())

@@ -2,9 +2,7 @@
 // commands.h.
 #pragma once
 
-#include "host/commands/commands.h"
-
-#include <functional>
+#include "host/commands/command_line.h"
 
 namespace CLI {
 class App;
@@ -13,7 +11,7 @@ class App;
 namespace kmr {
 
 // Adds these commands to the command line; the one that it names sets `chosen`.
-void addDiagnosis(CLI::App &app, std::function<ExitCode(const Options &)> &chosen);
+void addDiagnosis(CLI::App &app, Command &chosen);
 
 // Explains lines of text one by one; an answer is explained by the request before it.
 ExitCode runDecode(const QStringList &frames);

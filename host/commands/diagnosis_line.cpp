@@ -13,21 +13,6 @@ namespace kmr {
 
 namespace {
 
-using Command = std::function<ExitCode(const Options &)>;
-
-QString toQString(const std::string &text)
-{
-    return QString::fromLocal8Bit(text.c_str());
-}
-
-QStringList toQStrings(const std::vector<std::string> &texts)
-{
-    QStringList list;
-    for (const std::string &text : texts)
-        list.append(toQString(text));
-    return list;
-}
-
 void addDecode(CLI::App &app, Command &chosen)
 {
     const auto frames = std::make_shared<std::vector<std::string>>();

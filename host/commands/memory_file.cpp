@@ -54,29 +54,28 @@ std::uint32_t highestValue(const Place &place)
     return Memory::registerBytes(place.address) == 4 ? 0xFFFFFFFF : 0xFFFF;
 }
 
-// Returns what is wrong, or an empty text.
-QString readLine(const QString &line, Memory &memory)
+// Throws Error (Usage) that says what is wrong.
+void readLine(const QString &line, Memory &memory)
 {
     const QStringList fields = splitCsv(line);
     const std::optional<Place> place = placeOfName(fields.front());
     if (!place) {
-        return QString("\"%1\" is no element of the controller: expected one, for example D100, "
-                       "X17 (octal) or CV2200")
-            .arg(fields.front());
+        throw Error(ExitCode::Usage, QString("\"%1\" is no element of the controller: expected "
+                                             "one, for example D100, X17 (octal) or CV2200")
+                                         .arg(fields.front()));
     }
     bool isNumber = false;
     const QString text = fields.mid(1).join(',');
     const qulonglong value = text.toULongLong(&isNumber);
     if (!isNumber || value > highestValue(*place)) {
-        return QString("bad value \"%1\" for %2: expected 0 to %3")
-            .arg(text, fields.front())
-            .arg(highestValue(*place));
+        throw Error(ExitCode::Usage, QString("bad value \"%1\" for %2: expected 0 to %3")
+                                         .arg(text, fields.front())
+                                         .arg(highestValue(*place)));
     }
     if (place->kind == ElementKind::Bit)
         memory.setBit(place->address, value == 1);
     else
         memory.setValue(place->address, static_cast<std::uint32_t>(value));
-    return {};
 }
 
 QString nameOf(ModbusTable table, int address)
@@ -92,17 +91,8 @@ QString nameOf(ModbusTable table, int address)
 Memory parseMemory(const QString &text, const QString &name)
 {
     Memory memory;
-    QStringList faults;
-    int number = 0;
-    for (const QString &raw : text.split('\n')) {
-        ++number;
-        const QString line = raw.trimmed();
-        if (line.isEmpty() || line.startsWith('#') || line == HEADING)
-            continue;
-        const QString fault = readLine(line, memory);
-        if (!fault.isEmpty())
-            faults.append(QString("%1:%2: %3").arg(name).arg(number).arg(fault));
-    }
+    const QStringList faults = readLines(
+        text, name, HEADING, [&memory](const QString &line, int) { readLine(line, memory); });
     if (!faults.isEmpty())
         throw Error(ExitCode::Usage, faults.join('\n'));
     return memory;

@@ -1,5 +1,6 @@
 #include "host/commands/settings.h"
 
+#include "host/commands/command_line.h"
 #include "host/commands/text_file.h"
 #include "host/config.h"
 #include "host/tag.h"
@@ -13,11 +14,6 @@ namespace {
 
 const char *const DEFAULT_FILE = "kmr.toml";
 const char *const TAGS = "tags";
-
-QString toQString(const std::string &text)
-{
-    return QString::fromLocal8Bit(text.c_str());
-}
 
 std::string toStd(const QString &text)
 {

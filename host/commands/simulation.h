@@ -1,9 +1,7 @@
 // The commands of kmr that stand in for a controller. As those of commands.h.
 #pragma once
 
-#include "host/commands/commands.h"
-
-#include <functional>
+#include "host/commands/command_line.h"
 
 namespace CLI {
 class App;
@@ -12,7 +10,7 @@ class App;
 namespace kmr {
 
 // Adds these commands to the command line; the one that it names sets `chosen`.
-void addSimulation(CLI::App &app, std::function<ExitCode(const Options &)> &chosen);
+void addSimulation(CLI::App &app, Command &chosen);
 
 // Where a command serves. With neither: at DEFAULT_LISTEN.
 struct ServeOptions {

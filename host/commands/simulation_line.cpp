@@ -12,13 +12,6 @@ namespace kmr {
 
 namespace {
 
-using Command = std::function<ExitCode(const Options &)>;
-
-QString toQString(const std::string &text)
-{
-    return QString::fromLocal8Bit(text.c_str());
-}
-
 // What CLI11 fills.
 struct ServeLine {
     std::string listen;
