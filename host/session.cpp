@@ -11,8 +11,7 @@ namespace kmr {
 
 namespace {
 
-constexpr int READ_BLOCK_TAG = 4;    // the driver's tag of what it polls
-constexpr int MAX_ECHO_LESSONS = 10; // exchanges spent on learning whether the line echoes
+constexpr int READ_BLOCK_TAG = 4; // the driver's tag of what it polls
 
 // A longer entry's read would ask for another number: its quantity travels in decimal digits, and a
 // controller takes them for hexadecimal ones.
@@ -161,9 +160,10 @@ RequestResult Session::write(const Run &run, const Values &values)
 {
     keepPolling(run);
     // Only what can be told from an echo counts as confirmed, and reading teaches the difference.
-    if (isBitArea(run.area)) {
-        if (const auto failure = learnEcho())
-            return *failure;
+    if (isBitArea(run.area) && echo().isUnknown()) {
+        const RequestResult lesson = readOnce({run.station, "D", 0, 1});
+        if (!lesson.isDone() && lesson.outcome != RequestResult::Outcome::Refused)
+            return {RequestResult::Outcome::NotSent, lesson.failure};
     }
     const Run disturbed = disturbedBy(run);
     beginRequest(disturbed);
@@ -255,8 +255,6 @@ void Session::note(const Exchange &exchange)
 {
     count(exchange);
     noteStation(exchange);
-    if (exchange.outcome == Exchange::Outcome::GivenUp)
-        m_lastFailure = {exchange.fault, exchange.exceptionCode};
     noteQuality(exchange);
     noteRecipe(exchange);
     noteRequest(exchange);
@@ -361,20 +359,6 @@ RequestResult Session::await()
         return *request.result;
     using Outcome = RequestResult::Outcome;
     return {request.wasSent ? Outcome::Unknown : Outcome::NotSent, {}};
-}
-
-// Polls until it is known whether the line echoes. A result means that it can't be, since nothing
-// is answered.
-std::optional<RequestResult> Session::learnEcho()
-{
-    const std::uint64_t giveUps = m_statistics.giveUps();
-    for (int lesson = 0; lesson < MAX_ECHO_LESSONS && echo().isUnknown(); ++lesson) {
-        if (step() != PollLoop::Step::Exchanged)
-            return RequestResult{RequestResult::Outcome::NotSent, {}};
-        if (m_statistics.giveUps() != giveUps)
-            return RequestResult{RequestResult::Outcome::NotSent, m_lastFailure};
-    }
-    return std::nullopt;
 }
 
 void Session::setRequestByte(int position, quint8 value)

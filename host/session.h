@@ -92,8 +92,10 @@ public:
     // it is done.
     RequestResult readOnce(const Run &run);
 
-    // Writes one run of writeRuns(), `values` one for each element. Blocks until it is settled.
-    // Afterwards the elements around it count as Unread until they are read again.
+    // Writes one run of writeRuns(), `values` one for each element. Blocks until it is settled. The
+    // first write of bits is preceded by a read of D0 of their station, which shows whether the
+    // line echoes; where it gets no answer, the write isn't sent. Afterwards the elements around it
+    // count as Unread until they are read again.
     RequestResult write(const Run &run, const Values &values);
 
     // The driver's values, whatever their quality.
@@ -173,7 +175,6 @@ private:
     void keepPolling(const Run &run);
     void beginRequest(const std::optional<Run> &disturbed);
     RequestResult await();
-    std::optional<RequestResult> learnEcho();
     void abandonRecipe(int position);
     void setRequestByte(int position, quint8 value);
     bool isRequestByteSet(int position);
@@ -190,7 +191,6 @@ private:
     ChangeObserver m_changeObserver;
     Statistics m_statistics;
     QualityMap m_quality;
-    Failure m_lastFailure; // of the last request that was given up
     std::optional<Request> m_request;
     std::optional<RecipeTransfer> m_recipeTransfer;
     bool m_isPolling = false;       // the driver has something to read in turn

@@ -129,7 +129,7 @@ TEST_F(SessionTest, BitWriteFirstLearnsWhetherTheLineEchoes)
     poll({"M0"});
     m_spoil = [](const QByteArray &request, const QByteArray &answer) { return request + answer; };
     EXPECT_TRUE(write("M0", {1}).isDone());
-    EXPECT_EQ(m_device.sent()[0].mid(3, 2), "02");
+    EXPECT_FALSE(isWrite(m_device.sent()[0]));
     EXPECT_TRUE(m_session->echo().isCertain());
 }
 
@@ -153,6 +153,33 @@ TEST_F(SessionTest, BitWriteIsNotSentToAControllerThatAnswersNothing)
     EXPECT_EQ(write("M0", {1}).outcome, Outcome::NotSent);
     for (const QByteArray &request : m_device.sent())
         EXPECT_FALSE(isWrite(request));
+}
+
+TEST_F(SessionTest, BitWriteToAControllerThatRefusesTheLessonIsSent)
+{
+    session();
+    poll({"M0"});
+    m_spoil = [](const QByteArray &request, const QByteArray &answer) {
+        return isWrite(request) ? answer : QByteArray(":0183027A\r\n");
+    };
+    EXPECT_TRUE(write("M0", {1}).isDone());
+    EXPECT_EQ(element("M", 0), 1U);
+}
+
+TEST_F(SessionTest, SilentStationKeepsNoOthersBitWriteFromBeingSent)
+{
+    session();
+    poll({"2#M0"}); // the controller is station 1
+    EXPECT_TRUE(write("M0", {1}).isDone());
+    EXPECT_EQ(element("M", 0), 1U);
+}
+
+TEST_F(SessionTest, ReadBehindARequestThatIsBeingGivenUpIsAnswered)
+{
+    session();
+    poll({"2#D0"});
+    m_session->step(); // once, and it will be sent again
+    EXPECT_TRUE(m_session->readOnce({1, "D", 0, 1}).isDone());
 }
 
 TEST_F(SessionTest, ReportsOfTheDriverReachTheObserver)
