@@ -40,7 +40,8 @@ void resolve(QLibrary &library, const char *name, Function &function, QStringLis
 
 DriverLibrary::DriverLibrary(const QString &path) : m_library(path)
 {
-    checkQtVersion(path); // a bare name tells nothing yet: the system's loader finds the file
+    if (path.contains('/')) // a bare name is no file of this folder: the system's loader finds one
+        checkQtVersion(path);
     m_library.setLoadHints(QLibrary::ResolveAllSymbolsHint | QLibrary::PreventUnloadHint);
     if (!m_library.load()) {
         throw Error(

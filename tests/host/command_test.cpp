@@ -1,6 +1,7 @@
 // The command kmr as its users have it: a program with arguments, output and an exit code.
 #include "tests/host/kmr_process.h"
 
+#include <QFileInfo>
 #include <QTemporaryDir>
 #include <gtest/gtest.h>
 
@@ -265,6 +266,17 @@ TEST(Command, LibraryThatDoesNotFitEndsWithSeven)
     const Finished stub = run({"areas", "--driver", STUB_LIBRARY});
     EXPECT_EQ(stub.exitCode, 7);
     EXPECT_TRUE(stub.err.contains("it lacks intf_getDriverParameter")) << stub.err.toStdString();
+}
+
+TEST(Command, LibraryForAnotherQtThatTheSystemsLoaderFindsEndsWithSeven)
+{
+    const QFileInfo library(OTHER_QT_LIBRARY);
+    qputenv("LD_LIBRARY_PATH", library.path().toLocal8Bit());
+    const Finished areas = run({"areas", "--driver", library.fileName()});
+    qunsetenv("LD_LIBRARY_PATH");
+    EXPECT_EQ(areas.exitCode, 7);
+    EXPECT_TRUE(areas.err.contains(library.filePath() + " is built for Qt 4, this kmr for Qt "))
+        << areas.err.toStdString();
 }
 
 TEST(Command, HelpTeachesWithExamples)
