@@ -27,8 +27,8 @@ Json toJson(const Value &value)
 
 Json toJson(const Field &field)
 {
-    if (const auto *text = std::get_if<QString>(&field))
-        return text->toStdString();
+    if (const auto *value = std::get_if<Value>(&field))
+        return toJson(*value);
     const auto *values = std::get_if<std::vector<Value>>(&field);
     if (values == nullptr)
         return nullptr;
@@ -40,8 +40,8 @@ Json toJson(const Field &field)
 
 QString cellOf(const Field &field)
 {
-    if (const auto *text = std::get_if<QString>(&field))
-        return *text;
+    if (const auto *value = std::get_if<Value>(&field))
+        return toText(*value);
     QStringList texts;
     if (const auto *values = std::get_if<std::vector<Value>>(&field)) {
         for (const Value &value : *values)
@@ -90,6 +90,21 @@ std::optional<Format> formatOf(const QString &name)
     return std::nullopt;
 }
 
+Field textField(const QString &text)
+{
+    return text.isEmpty() ? Field() : Field(text);
+}
+
+Field millisecondsField(std::chrono::nanoseconds time)
+{
+    return std::round(static_cast<double>(time.count()) / 1e3) / 1e3;
+}
+
+QString timeText(const QDateTime &time)
+{
+    return time.toOffsetFromUtc(time.offsetFromUtc()).toString(Qt::ISODateWithMs);
+}
+
 RecordWriter::RecordWriter(Format format, QString command, QStringList fields, bool isStreamed,
                            Output output)
     : m_format(format), m_command(std::move(command)), m_names(std::move(fields)),
@@ -122,6 +137,8 @@ void RecordWriter::add(const QString &plainLine, const std::vector<Field> &field
         break;
     case Format::Table:
         addTableRow(cellsOf(fields));
+        if (m_isStreamed)
+            writeTableRows();
         break;
     case Format::Csv:
         m_output(csvLine(cellsOf(fields)));
@@ -139,8 +156,7 @@ void RecordWriter::add(const QString &plainLine, const std::vector<Field> &field
 void RecordWriter::end()
 {
     begin();
-    for (const QStringList &row : std::exchange(m_rows, {}))
-        writeRow(row);
+    writeTableRows();
     if (m_format == Format::Json)
         m_output("]}");
 }
@@ -149,20 +165,19 @@ void RecordWriter::addTableRow(const QStringList &cells)
 {
     for (std::size_t i = 0; i < m_widths.size(); ++i)
         m_widths[i] = std::max(m_widths[i], static_cast<int>(cells[static_cast<int>(i)].size()));
-    if (m_isStreamed)
-        writeRow(cells);
-    else
-        m_rows.append(cells);
+    m_rows.append(cells);
 }
 
-void RecordWriter::writeRow(const QStringList &cells)
+void RecordWriter::writeTableRows()
 {
-    QString line;
-    for (std::size_t i = 0; i < m_widths.size(); ++i)
-        line += cells[static_cast<int>(i)].leftJustified(m_widths[i] + 2);
-    while (line.endsWith(' '))
-        line.chop(1);
-    m_output(line);
+    for (const QStringList &cells : std::exchange(m_rows, {})) {
+        QString line;
+        for (std::size_t i = 0; i < m_widths.size(); ++i)
+            line += cells[static_cast<int>(i)].leftJustified(m_widths[i] + 2);
+        while (line.endsWith(' '))
+            line.chop(1);
+        m_output(line);
+    }
 }
 
 QString RecordWriter::jsonOf(const std::vector<Field> &fields, bool isLine) const

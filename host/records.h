@@ -11,9 +11,11 @@
 
 #include "host/values.h"
 
+#include <QDateTime>
 #include <QString>
 #include <QStringList>
 
+#include <chrono>
 #include <functional>
 #include <optional>
 #include <variant>
@@ -26,16 +28,25 @@ enum class Format { Plain, Table, Csv, Json, JsonLines };
 // The format called "table", "csv", "json", "jsonl" or "plain".
 std::optional<Format> formatOf(const QString &name);
 
-// No content, text, or a tag's values.
-using Field = std::variant<std::monostate, QString, std::vector<Value>>;
+// No content, a text or number, or a tag's values.
+using Field = std::variant<std::monostate, Value, std::vector<Value>>;
+
+// Text, or no content where it is empty.
+Field textField(const QString &text);
+
+// A time in milliseconds, with three decimals.
+Field millisecondsField(std::chrono::nanoseconds time);
+
+// The time as RFC 3339 has it, with milliseconds and the offset from UTC.
+QString timeText(const QDateTime &time);
 
 class RecordWriter {
 public:
     using Output = std::function<void(const QString &line)>;
 
-    // `fields`: their names. `isStreamed`: the rows of a table come at once, in columns that widen
-    // as needed, else at the end in columns that fit. Nothing is written before the first record,
-    // so that what fails before leaves nothing half begun.
+    // `fields`: their names. `isStreamed`: the rows of a table come at once, in columns that fit
+    // the first one and widen as needed, else at the end in columns that fit all. Nothing is
+    // written before the first record, so that what fails before leaves nothing half begun.
     RecordWriter(Format format, QString command, QStringList fields, bool isStreamed,
                  Output output);
 
@@ -49,7 +60,7 @@ public:
 private:
     void begin();
     void addTableRow(const QStringList &cells);
-    void writeRow(const QStringList &cells);
+    void writeTableRows();
     QString jsonOf(const std::vector<Field> &fields, bool isLine) const;
 
     const Format m_format;
@@ -57,7 +68,7 @@ private:
     const QStringList m_names;
     const bool m_isStreamed;
     const Output m_output;
-    QList<QStringList> m_rows; // of a table that isn't streamed
+    QList<QStringList> m_rows; // of a table, not written yet
     std::vector<int> m_widths;
     bool m_hasBegun = false;   // heading or head of the document
     bool m_hasRecords = false; // of the document

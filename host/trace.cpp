@@ -1,8 +1,18 @@
 #include "host/trace.h"
 
-#include "host/frame_text.h"
-
 namespace kmr {
+
+QString toText(const TracedLine &line)
+{
+    QString meaning = toText(line.frame);
+    if (line.isEcho) {
+        meaning += line.frame.kind == FrameKind::RequestOrAnswer ? " (its answer, or an echo)"
+                                                                 : " (an echo)";
+    }
+    return QString("%1 %2 %3  %4")
+        .arg(line.time.toString("HH:mm:ss.zzz"), line.isSent ? ">" : "<", visible(line.characters),
+             meaning);
+}
 
 void LineTrace::add(const QDateTime &time, bool isSent, const QByteArray &characters)
 {
@@ -32,13 +42,8 @@ void LineTrace::flush()
 
 void LineTrace::tell(const QDateTime &time, bool isSent, const QByteArray &line)
 {
-    const FrameText frame = explainLine(line, isSent ? QByteArray() : m_request);
-    QString meaning = toText(frame);
-    if (!isSent && line == m_request)
-        meaning +=
-            frame.kind == FrameKind::RequestOrAnswer ? " (its answer, or an echo)" : " (an echo)";
-    m_sink(QString("%1 %2 %3  %4")
-               .arg(time.toString("HH:mm:ss.zzz"), isSent ? ">" : "<", visible(line), meaning));
+    const bool isEcho = !isSent && line == m_request;
+    m_sink({time, isSent, line, isEcho, explainLine(line, isSent ? QByteArray() : m_request)});
 }
 
 } // namespace kmr

@@ -1,8 +1,10 @@
-// Traffic as lines for a person: time, direction, frame and what it means.
+// Traffic, line by line: time, direction, frame and what it means.
 //
 //     12:00:00.125 > :01031064000187\r\n  station 01: read D100
 //     12:00:00.133 < :0103020001F9\r\n  station 01 answers D100: 1
 #pragma once
+
+#include "host/frame_text.h"
 
 #include <QByteArray>
 #include <QDateTime>
@@ -12,9 +14,21 @@
 
 namespace kmr {
 
+struct TracedLine {
+    QDateTime time; // when its last characters passed
+    bool isSent = false;
+    QByteArray characters; // ':' to LF, or what there was of it
+    bool isEcho = false;   // received and equal to the request before; of a bit write it may as
+                           // well be the answer
+    FrameText frame;
+};
+
+// The line as above.
+QString toText(const TracedLine &line);
+
 class LineTrace {
 public:
-    using Sink = std::function<void(const QString &line)>;
+    using Sink = std::function<void(const TracedLine &line)>;
 
     explicit LineTrace(Sink sink) : m_sink(std::move(sink)) {}
     ~LineTrace()

@@ -75,6 +75,8 @@ ExitCode runCheck(const Options &options, const QStringList &texts)
     driver.getRegListByType(0, areas);
     driver.getRegListByType(1, areas);
 
+    RecordWriter records(options.format, "check",
+                         {"text", "area", "address", "count", "result", "meaning"}, false, print);
     ExitCode code = ExitCode::Ok;
     for (const QString &text : texts) {
         TypedAddress typed = split(text, areas);
@@ -86,14 +88,16 @@ ExitCode runCheck(const Options &options, const QStringList &texts)
             typed = word;
             result = 0;
         }
-        print(QString("%1: %2 (result %3), area %4, address %5, count %6")
-                  .arg(text, resultText(result))
-                  .arg(result)
-                  .arg(typed.area, typed.address)
-                  .arg(typed.count));
+        records.add(QString("%1: %2 (result %3), area %4, address %5, count %6")
+                        .arg(text, resultText(result))
+                        .arg(result)
+                        .arg(typed.area, typed.address)
+                        .arg(typed.count),
+                    {text, typed.area, typed.address, typed.count, result, resultText(result)});
         if (result != 0)
             code = ExitCode::ItemFailed;
     }
+    records.end();
     return code;
 }
 
@@ -104,18 +108,21 @@ ExitCode runSeries(const Options &options, const SeriesOptions &series)
     QVector<qint32> numbers;
     const int result = library->functions().multiCopy(series.area, series.start, series.count,
                                                       series.step, &texts, &numbers);
+    if (result != 1 && result != 2) {
+        throw Error(ExitCode::Usage, QString("%1 is no area (result %2): 'kmr areas' lists them")
+                                         .arg(series.area)
+                                         .arg(result));
+    }
+    RecordWriter records(options.format, "series", {"address"}, false, print);
     for (const QString &text : texts)
-        print(series.area + text);
+        records.add(series.area + text, {series.area + text});
+    records.end();
     if (result == 1)
         return ExitCode::Ok;
-    printError(result == 2
-                   ? QString("some addresses lie behind the end of %1 and were replaced by the end "
-                             "(result 2): take fewer or a smaller step")
-                         .arg(series.area)
-                   : QString("%1 is no area (result %2): 'kmr areas' lists them")
-                         .arg(series.area)
-                         .arg(result));
-    return result == 2 ? ExitCode::ItemFailed : ExitCode::Usage;
+    printError(QString("some addresses lie behind the end of %1 and were replaced by the end "
+                       "(result 2): take fewer or a smaller step")
+                   .arg(series.area));
+    return ExitCode::ItemFailed;
 }
 
 } // namespace kmr

@@ -117,7 +117,8 @@ Session &Connection::begin(std::chrono::nanoseconds characterTime)
 void Connection::tapLine(PollSettings &settings)
 {
     if (m_options.trace)
-        m_trace = std::make_unique<LineTrace>([](const QString &line) { printError(line); });
+        m_trace =
+            std::make_unique<LineTrace>([](const TracedLine &line) { printError(toText(line)); });
     if (!m_options.capture.isEmpty())
         m_capture = std::make_unique<CaptureWriter>(m_options.capture, m_options.link);
     if (!m_trace && !m_capture)
@@ -195,15 +196,9 @@ QString outcomeName(const RequestResult &result)
     return "unknown";
 }
 
-Field textField(const QString &text)
-{
-    return text.isEmpty() ? Field() : Field(text);
-}
-
 QString now()
 {
-    const QDateTime time = QDateTime::currentDateTime();
-    return time.toOffsetFromUtc(time.offsetFromUtc()).toString(Qt::ISODateWithMs);
+    return timeText(QDateTime::currentDateTime());
 }
 
 void ExitCodes::add(ExitCode code)

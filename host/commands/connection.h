@@ -81,10 +81,7 @@ QString toText(const RequestResult &result);
 // One word for records: "done", "refused", "no answer", "not sent" or "unknown".
 QString outcomeName(const RequestResult &result);
 
-// Text, or no content where it is empty.
-Field textField(const QString &text);
-
-// The time as RFC 3339 has it, with milliseconds and the offset from UTC.
+// The time now, as records have it.
 QString now();
 
 // Gathers exit codes: that of the failed items where all failed alike, else ItemFailed.

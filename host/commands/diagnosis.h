@@ -14,10 +14,10 @@ namespace kmr {
 void addDiagnosis(CLI::App &app, Command &chosen);
 
 // Explains lines of text one by one; an answer is explained by the request before it.
-ExitCode runDecode(const QStringList &frames);
+ExitCode runDecode(const Options &options, const QStringList &frames);
 
-// Explains a capture's traffic on stdout.
-ExitCode runTrace(const QString &file);
+// Explains a capture's traffic.
+ExitCode runTrace(const Options &options, const QString &file);
 
 // Asks the driver whether addresses are valid.
 ExitCode runCheck(const Options &options, const QStringList &texts);

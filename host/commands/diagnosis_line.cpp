@@ -24,7 +24,9 @@ void addDecode(CLI::App &app, Command &chosen)
                     "Examples:\n  kmr decode :01031064000880\n"
                     "  kmr decode :01031064000286 :01030400FA0001FD");
     command->callback([frames, &chosen] {
-        chosen = [frames](const Options &) { return runDecode(toQStrings(*frames)); };
+        chosen = [frames](const Options &options) {
+            return runDecode(options, toQStrings(*frames));
+        };
     });
 }
 
@@ -38,7 +40,7 @@ void addTrace(CLI::App &app, Command &chosen)
                     "Examples:\n  kmr read D100 --capture field.jsonl --link "
                     "serial:///dev/ttyUSB0\n  kmr trace field.jsonl");
     command->callback([file, &chosen] {
-        chosen = [file](const Options &) { return runTrace(toQString(*file)); };
+        chosen = [file](const Options &options) { return runTrace(options, toQString(*file)); };
     });
 }
 

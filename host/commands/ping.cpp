@@ -34,6 +34,31 @@ QString replyText(const Exchange &exchange)
     return toText(exchange.fault);
 }
 
+RecordWriter exchangeRecords(const Options &options, const char *command)
+{
+    return {options.format,
+            command,
+            {"time", "station", "tag", "outcome", "round_trip_ms", "error"},
+            true,
+            print};
+}
+
+std::vector<Field> exchangeFields(const Exchange &exchange, const QString &tag)
+{
+    const std::int64_t station = exchange.request.var.station;
+    if (exchange.outcome == Exchange::Outcome::Good)
+        return {now(), station, tag, "good", millisecondsField(exchange.roundTrip), {}};
+    if (exchange.exceptionCode != 0) {
+        return {now(),
+                station,
+                tag,
+                "refused",
+                millisecondsField(exchange.roundTrip),
+                exceptionText(exchange.exceptionCode)};
+    }
+    return {now(), station, tag, "no answer", {}, replyText(exchange)};
+}
+
 void pause(std::chrono::milliseconds time)
 {
     for (; time.count() > 0 && !stopFlag(); time -= STOP_CHECK)
@@ -71,6 +96,7 @@ ExitCode runPing(const Options &options, const PingOptions &ping)
     Connection connection(withoutRetries(options));
     const Tag tag = connection.readTags({ping.tag}).front();
     Session &session = connection.open();
+    RecordWriter records = exchangeRecords(options, "ping");
     std::uint64_t sent = 0;
     std::uint64_t answered = 0;
     Statistics statistics;
@@ -80,9 +106,10 @@ ExitCode runPing(const Options &options, const PingOptions &ping)
             ++answered;
             statistics.countGood(exchange.roundTrip);
         }
-        print(QString("station %1 %2: %3")
-                  .arg(tag.elements.station)
-                  .arg(tag.text, replyText(exchange)));
+        records.add(QString("station %1 %2: %3")
+                        .arg(tag.elements.station)
+                        .arg(tag.text, replyText(exchange)),
+                    exchangeFields(exchange, tag.text));
     });
     Run one = tag.elements;
     one.count = 1;
@@ -94,6 +121,7 @@ ExitCode runPing(const Options &options, const PingOptions &ping)
             pause(ping.interval);
         last = session.step();
     }
+    records.end();
     printError(summary(sent, answered, statistics));
     if (last == PollLoop::Step::LineLost)
         printError("the line was lost: check the cable or the network, then start again");
@@ -108,15 +136,16 @@ ExitCode runScan(const Options &options, const ScanOptions &scan)
     Connection connection(withoutRetries(options));
     const Run first = connection.readTags({scan.tag}).front().elements;
     Session &session = connection.open();
+    RecordWriter records = exchangeRecords(options, "scan");
     int found = 0;
-    session.setObserver([&found](const Exchange &exchange) {
-        const int station = exchange.request.var.station;
-        if (isAnswered(exchange)) {
+    session.setObserver([&](const Exchange &exchange) {
+        const QString line =
+            QString("station %1: %2").arg(exchange.request.var.station).arg(replyText(exchange));
+        if (isAnswered(exchange))
             ++found;
-            print(QString("station %1: %2").arg(station).arg(replyText(exchange)));
-        } else if (exchange.fault != ReplyFault::Silence) {
-            printError(QString("station %1: %2").arg(station).arg(replyText(exchange)));
-        }
+        else if (exchange.fault != ReplyFault::Silence)
+            printError(line);
+        records.add(isAnswered(exchange) ? line : QString(), exchangeFields(exchange, scan.tag));
     });
     PollLoop::Step last = PollLoop::Step::Exchanged;
     for (int station = scan.first; station <= scan.last && last == PollLoop::Step::Exchanged;
@@ -124,6 +153,7 @@ ExitCode runScan(const Options &options, const ScanOptions &scan)
         session.poll({{station, first.area, first.first, 1}});
         last = session.step();
     }
+    records.end();
     printError(QString("%1 of %2 stations answer").arg(found).arg(scan.last - scan.first + 1));
     if (last == PollLoop::Step::LineLost)
         printError("the line was lost: check the cable or the network, then start again");

@@ -34,6 +34,53 @@ QString milliseconds(std::chrono::nanoseconds time)
     return QString::number(static_cast<double>(time.count()) / 1e6, 'f', 1);
 }
 
+void tellRequest(RecordWriter &records, const PlanBlock &block, std::chrono::nanoseconds time)
+{
+    const QString elements = elementsText(block.refreshed);
+    const QString frame = block.frame.trimmed();
+    const int sent = static_cast<int>(block.frame.size());
+    records.add(QString("station %1 %2: %3 sent %4 received %5 characters, %6 ms, %7 not asked for")
+                    .arg(block.refreshed.station)
+                    .arg(elements, frame)
+                    .arg(sent)
+                    .arg(block.replyChars)
+                    .arg(milliseconds(time))
+                    .arg(block.unasked),
+                {"request",
+                 block.refreshed.station,
+                 elements,
+                 frame,
+                 sent,
+                 block.replyChars,
+                 millisecondsField(time),
+                 block.unasked,
+                 {}});
+}
+
+void tellCycle(RecordWriter &records, const Plan &plan, std::chrono::nanoseconds characterTime)
+{
+    int sent = 0;
+    int received = 0;
+    for (const PlanBlock &block : plan.blocks) {
+        sent += static_cast<int>(block.frame.size());
+        received += block.replyChars;
+    }
+    const std::chrono::nanoseconds time = characterTime * (sent + received);
+    records.add(QString("cycle: %1 requests, %2 characters, %3 ms on the wire")
+                    .arg(plan.blocks.size())
+                    .arg(sent + received)
+                    .arg(milliseconds(time)),
+                {"cycle", {}, {}, {}, sent, received, millisecondsField(time), {}, {}});
+}
+
+void tellGap(RecordWriter &records, const PlanGap &gap)
+{
+    const int station = gap.elements.station;
+    const QString elements = elementsText(gap.elements);
+    records.add(QString("station %1 %2: %3").arg(station).arg(elements, gap.reason),
+                {"gap", station, elements, {}, {}, {}, {}, {}, gap.reason});
+}
+
 } // namespace
 
 ExitCode runPlan(const Options &options, const PlanOptions &request)
@@ -45,26 +92,17 @@ ExitCode runPlan(const Options &options, const PlanOptions &request)
         request.isRaw ? toRawKeys(tags) : toKeys(readRuns(tags, options.groupLimit));
     const Plan plan = makePlan(connection.driver(), keys, tags, options.groupLimit);
 
-    int characters = 0;
-    for (const PlanBlock &block : plan.blocks) {
-        const int sent = static_cast<int>(block.frame.size());
-        characters += sent + block.replyChars;
-        print(QString("station %1 %2: %3 sent %4 received %5 characters, %6 ms, %7 not asked for")
-                  .arg(block.refreshed.station)
-                  .arg(elementsText(block.refreshed), QString(block.frame.trimmed()))
-                  .arg(sent)
-                  .arg(block.replyChars)
-                  .arg(milliseconds(character * (sent + block.replyChars)))
-                  .arg(block.unasked));
-    }
-    print(QString("cycle: %1 requests, %2 characters, %3 ms on the wire")
-              .arg(plan.blocks.size())
-              .arg(characters)
-              .arg(milliseconds(character * characters)));
+    RecordWriter records(options.format, "plan",
+                         {"kind", "station", "elements", "frame", "sent", "received", "wire_ms",
+                          "not_asked", "error"},
+                         false, print);
+    for (const PlanBlock &block : plan.blocks)
+        tellRequest(records, block,
+                    character * (static_cast<int>(block.frame.size()) + block.replyChars));
+    tellCycle(records, plan, character);
     for (const PlanGap &gap : plan.gaps)
-        print(QString("station %1 %2: %3")
-                  .arg(gap.elements.station)
-                  .arg(elementsText(gap.elements), gap.reason));
+        tellGap(records, gap);
+    records.end();
     return plan.gaps.empty() ? ExitCode::Ok : ExitCode::ItemFailed;
 }
 

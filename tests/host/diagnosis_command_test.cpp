@@ -157,9 +157,75 @@ TEST_F(DiagnosisCommand, PlanThatMissesElementsEndsWithOne)
     EXPECT_EQ(kmr({"plan", "D4095x2"}).exitCode, 0);
 }
 
+TEST_F(DiagnosisCommand, PingAndScanHaveRecords)
+{
+    const Finished ping = kmr({"ping", "1", "--format", "jsonl"});
+    EXPECT_TRUE(matches(ping.out,
+                        "^\\{\"schema\":1,\"command\":\"ping\",\"time\":\"\\d{4}-[^\"]+\","
+                        "\"station\":1,\"tag\":\"D0\",\"outcome\":\"good\","
+                        "\"round_trip_ms\":[\\d.]+,\"error\":null\\}\n$"))
+        << ping.out.toStdString();
+    const Finished scan = kmr({"scan", "--stations", "1..2", "--timeout", "20", "--format", "csv"});
+    EXPECT_TRUE(matches(scan.out, "^time,station,tag,outcome,round_trip_ms,error\n"
+                                  "\\d{4}-[^,]+,1,D0,good,[\\d.]+,\n"
+                                  "\\d{4}-[^,]+,2,D0,no answer,,no answer\n$"))
+        << scan.out.toStdString();
+}
+
+TEST_F(DiagnosisCommand, PlanHasRecordsForRequestsCycleAndGaps)
+{
+    const Finished plan = kmr({"plan", "D4095x2", "--raw", "--format", "csv"});
+    EXPECT_TRUE(
+        plan.out.startsWith("kind,station,elements,frame,sent,received,wire_ms,not_asked,error\n"
+                            "request,1,D4095,:01031FFF0002DC,17,19,37.5,0,\n"
+                            "cycle,,,,17,19,37.5,,\n"
+                            "gap,1,D4096,,,,,,\"read wrongly: "))
+        << plan.out.toStdString();
+}
+
+TEST_F(DiagnosisCommand, CheckAndSeriesHaveRecords)
+{
+    EXPECT_EQ(kmr({"check", "D100", "X18", "--format", "csv"}).out,
+              "text,area,address,count,result,meaning\n"
+              "D100,D,100,1,0,valid\n"
+              "X18,X,18,1,2,out of range\n");
+    EXPECT_EQ(kmr({"series", "X", "7", "2", "1", "--format", "table"}).out, "ADDRESS\nX7\nX10\n");
+}
+
+TEST_F(DiagnosisCommand, DecodeHasARecordForEachLine)
+{
+    const Finished decode = kmr({"decode", ":01050800FF00F3", ":0103", "--format", "csv"});
+    EXPECT_EQ(decode.exitCode, 1);
+    EXPECT_EQ(decode.out,
+              "frame,kind,station,function,address,elements,also,values,exception,lrc,error\n"
+              ":01050800FF00F3,request or answer,01,05 write single coil,1 bit from 0800,M0,"
+              "\"T512, Y1400, X2000, S2048, M24064\",on,,F3 right,\n"
+              ":0103,unreadable,,,,,,,,,too short\n");
+}
+
+TEST_F(DiagnosisCommand, TraceHasARecordForEachLine)
+{
+    const QString capture = m_directory.filePath("field.jsonl");
+    saveFile(capture, "{\"kmr_capture\":1,\"begin\":\"2024-05-01T12:00:00.000+02:00\","
+                      "\"link\":\"tcp://192.168.0.10:8888\"}\n"
+                      "{\"us\":1250,\"sent\":\":01031064000187\\r\\n\"}\n"
+                      "{\"us\":9870,\"received\":\":01031064000187\\r\\n:0103020001F9\\r\\n\"}\n");
+    EXPECT_EQ(
+        kmr({"trace", capture, "--format", "csv"}).out,
+        "time,direction,frame,kind,station,function,address,elements,also,values,exception,lrc,"
+        "error\n"
+        "2024-05-01T12:00:00.001+02:00,sent,:01031064000187\\r\\n,request,01,"
+        "03 read holding registers,1 register from 1064,D100,TV2660,,,87 right,\n"
+        "2024-05-01T12:00:00.009+02:00,received,:01031064000187\\r\\n,echo,01,"
+        "03 read holding registers,1 register from 1064,D100,TV2660,,,87 right,\n"
+        "2024-05-01T12:00:00.009+02:00,received,:0103020001F9\\r\\n,answer,01,"
+        "03 read holding registers,1 register from 1064,D100,TV2660,1,,F9 right,\n");
+}
+
 TEST_F(DiagnosisCommand, HelpTeachesWithExamples)
 {
-    for (const char *command : {"decode", "trace", "check", "series", "ping", "scan", "plan", "doctor"}) {
+    for (const char *command :
+         {"decode", "trace", "check", "series", "ping", "scan", "plan", "doctor"}) {
         const Finished help = kmr({command, "--help"});
         EXPECT_EQ(help.exitCode, 0);
         EXPECT_TRUE(help.out.contains("Examples:")) << command;

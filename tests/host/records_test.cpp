@@ -64,7 +64,31 @@ TEST(Records, StreamedTableWritesRowsAtOnce)
     RecordWriter records(Format::Table, "watch", {"tag", "values"}, true,
                          [&lines](const QString &line) { lines.append(line); });
     records.add({}, {QString("boiler"), std::vector<Value>{std::int64_t{1}}});
-    EXPECT_EQ(lines, (QStringList{"TAG  VALUES", "boiler  1"}));
+    EXPECT_EQ(lines, (QStringList{"TAG     VALUES", "boiler  1"}));
+    records.add({}, {QString("reservoir"), std::vector<Value>{std::int64_t{2}}});
+    EXPECT_EQ(lines.back(), "reservoir  2");
+}
+
+TEST(Records, NumbersAreNumbersInJsonAndShortInCells)
+{
+    QStringList lines;
+    const auto write = [&lines](Format format) {
+        RecordWriter records(format, "ping", {"station", "ms"}, true,
+                             [&lines](const QString &line) { lines.append(line); });
+        records.add({}, {std::int64_t{2}, millisecondsField(std::chrono::nanoseconds(1234567))});
+    };
+    write(Format::JsonLines);
+    write(Format::Csv);
+    EXPECT_EQ(lines, (QStringList{"{\"schema\":1,\"command\":\"ping\",\"station\":2,\"ms\":1.235}",
+                                  "station,ms", "2,1.235"}));
+}
+
+TEST(Records, TimesHaveMillisecondsAndTheOffset)
+{
+    const QDate date(2024, 5, 1);
+    EXPECT_EQ(timeText(QDateTime(date, QTime(12, 0, 0, 7), Qt::OffsetFromUTC, 7200)),
+              "2024-05-01T12:00:00.007+02:00");
+    EXPECT_EQ(timeText(QDateTime(date, QTime(12, 0), Qt::UTC)), "2024-05-01T12:00:00.000Z");
 }
 
 TEST(Records, NothingIsWrittenBeforeTheFirstRecord)

@@ -18,7 +18,7 @@ protected:
     }
 
     QStringList m_lines;
-    LineTrace m_trace{[this](const QString &line) { m_lines.append(line); }};
+    LineTrace m_trace{[this](const TracedLine &line) { m_lines.append(toText(line)); }};
     const QDateTime m_time{QDate(2024, 5, 1), QTime(12, 0, 0, 125)};
 };
 
