@@ -117,7 +117,7 @@ ExitCode runTrace(const Options &options, const QString &file)
 {
     const Capture capture = readCapture(file);
     RecordWriter records(options.format, "trace",
-                         QStringList{"time", "direction"} + frameFieldNames(), true, print);
+                         QStringList{"time", "direction"} + frameFieldNames(), false, print);
     LineTrace trace([&records](const TracedLine &line) {
         std::vector<Field> fields =
             frameFields(visible(line.characters), kindName(line), line.frame);

@@ -165,7 +165,8 @@ TEST_F(DiagnosisCommand, PingAndScanHaveRecords)
                         "\"station\":1,\"tag\":\"D0\",\"outcome\":\"good\","
                         "\"round_trip_ms\":[\\d.]+,\"error\":null\\}\n$"))
         << ping.out.toStdString();
-    const Finished scan = kmr({"scan", "--stations", "1..2", "--timeout", "20", "--format", "csv"});
+    const Finished scan =
+        kmr({"scan", "--stations", "1..2", "--timeout", "100", "--format", "csv"});
     EXPECT_TRUE(matches(scan.out, "^time,station,tag,outcome,round_trip_ms,error\n"
                                   "\\d{4}-[^,]+,1,D0,good,[\\d.]+,\n"
                                   "\\d{4}-[^,]+,2,D0,no answer,,no answer\n$"))

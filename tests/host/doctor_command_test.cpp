@@ -75,7 +75,7 @@ TEST_P(DoctorOnBothLinks, EchoIsFoundWhateverTheSetting)
 
 TEST_P(DoctorOnBothLinks, AnotherStationsAnswerIsTold)
 {
-    const Finished doctor = examine({"--fault", "station"}, {"--timeout", "30"});
+    const Finished doctor = examine({"--fault", "station"}, {"--timeout", "100"});
     EXPECT_EQ(doctor.exitCode, 4);
     EXPECT_TRUE(matches(doctor.out, ": Station \\d+ answers, though station 1 was asked\\.\n"))
         << doctor.out.toStdString();
@@ -83,7 +83,7 @@ TEST_P(DoctorOnBothLinks, AnotherStationsAnswerIsTold)
 
 TEST_P(DoctorOnBothLinks, DamagedAnswersEndWithFour)
 {
-    const Finished doctor = examine({"--fault", "flip"}, {"--timeout", "30"});
+    const Finished doctor = examine({"--fault", "flip"}, {"--timeout", "100"});
     EXPECT_EQ(doctor.exitCode, 4);
     EXPECT_TRUE(doctor.out.contains(": Answers come, but damaged, such as "))
         << doctor.out.toStdString();
