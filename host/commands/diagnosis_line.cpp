@@ -98,10 +98,11 @@ void addPing(CLI::App &app, Command &chosen)
         ->check(CLI::Range(0.0, 3600.0))
         ->capture_default_str();
     command->add_option("--tag", line->tag, "what is read")->capture_default_str();
-    command->footer("Nothing is sent again, so each loss is seen. Ends with 0 when all were "
-                    "answered, 1 when\nsome were lost, 4 when all were.\n\n"
-                    "Examples:\n  kmr ping 10 --link tcp://192.168.0.10:8888\n"
-                    "  kmr ping --interval 0.1 --station 2 --link serial:///dev/ttyUSB0");
+    command->footer(
+        "Nothing is sent again, so each loss is seen. A refusal is an answer, too. Ends "
+        "with 0 when\nall were answered, 1 when some were lost, 4 when all were.\n\n"
+        "Examples:\n  kmr ping 10 --link tcp://192.168.0.10:8888\n"
+        "  kmr ping --interval 0.1 --station 2 --link serial:///dev/ttyUSB0");
     command->callback([line, &chosen] {
         chosen = [line](const Options &options) {
             PingOptions ping;
