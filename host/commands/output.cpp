@@ -5,6 +5,7 @@
 #include <cerrno>
 #include <cstdio>
 #include <cstring>
+#include <utility>
 
 namespace kmr {
 
@@ -12,6 +13,8 @@ namespace {
 
 bool g_isLost = false;         // something could not be written
 bool g_isStdoutBroken = false; // not even the next line is worth a try
+std::function<void()> g_beforeErrors;
+std::function<void()> g_afterErrors;
 
 } // namespace
 
@@ -31,7 +34,17 @@ void print(const QString &line)
 
 void printError(const QString &line)
 {
+    if (g_beforeErrors)
+        g_beforeErrors();
     std::fputs((line.toLocal8Bit() + '\n').constData(), stderr);
+    if (g_afterErrors)
+        g_afterErrors();
+}
+
+void setAroundErrors(std::function<void()> before, std::function<void()> after)
+{
+    g_beforeErrors = std::move(before);
+    g_afterErrors = std::move(after);
 }
 
 void reportLoss(const QString &text)

@@ -5,6 +5,8 @@
 
 #include <QString>
 
+#include <functional>
+
 namespace kmr {
 
 // Writes a line to stdout at once. When it can't be written, the stop flag is set and further lines
@@ -13,6 +15,10 @@ void print(const QString &line);
 
 // Writes a line to stderr.
 void printError(const QString &line);
+
+// From now on printError() calls these before and after it writes, so that what is drawn on a
+// terminal can make room. Empty ones end it.
+void setAroundErrors(std::function<void()> before, std::function<void()> after);
 
 // Tells on stderr what could not be written. The program goes on.
 void reportLoss(const QString &text);

@@ -11,6 +11,7 @@ namespace {
 
 constexpr int COLUMNS = 7;
 constexpr int MAX_VALUE_WIDTH = 32;
+const char *const CLEAR_LINE = "\x1b[K"; // from the cursor on
 
 QString ageText(const WatchRow &row)
 {
@@ -22,16 +23,28 @@ QString ageText(const WatchRow &row)
                : QString::number(milliseconds / 1000) + " s";
 }
 
+QString qualityText(const WatchRow &row)
+{
+    const QString quality = toText(row.state);
+    return row.state == WatchRow::State::Stale ? quality + " since " + row.staleSince : quality;
+}
+
 QStringList cellsOf(const WatchRow &row)
 {
     const QString value = row.value.isEmpty() ? QString("-") : row.value;
     return {row.tag,
             value.left(MAX_VALUE_WIDTH),
             row.unit,
-            toText(row.state),
+            qualityText(row),
             ageText(row),
             QString::number(row.changes),
             trendLine(row.trend)};
+}
+
+void show(const QByteArray &text)
+{
+    std::fputs(text.constData(), stdout);
+    std::fflush(stdout);
 }
 
 } // namespace
@@ -87,7 +100,7 @@ QStringList tableLines(const std::vector<WatchRow> &rows, const QString &status,
         lines.append(hasColours && isStale ? "\x1b[31m" + line + "\x1b[0m" : line);
     }
     if (rows.size() > room)
-        lines.append(QString("... %1 more").arg(rows.size() - room));
+        lines.append(QString("... %1 more").arg(rows.size() - room).left(width));
     lines.append(status.left(width));
     return lines;
 }
@@ -97,22 +110,37 @@ void LiveTable::draw(const std::vector<WatchRow> &rows, const QString &status)
     winsize size = {};
     const bool isKnown = ioctl(STDOUT_FILENO, TIOCGWINSZ, &size) == 0 && size.ws_col > 0;
     const QStringList lines =
-        tableLines(rows, status, isKnown ? size.ws_col : 80, isKnown ? size.ws_row : 24,
+        tableLines(rows, status, isKnown ? size.ws_col : 80,
+                   (isKnown ? size.ws_row : 24) - 1, // the cursor stands on the line below
                    qEnvironmentVariableIsEmpty("NO_COLOR"));
-    QString text = m_drawnLines > 0 ? QString("\r\x1b[%1A").arg(m_drawnLines) : QString();
+    QString text;
     for (const QString &line : lines)
-        text += line + "\x1b[K\n";
-    std::fputs((text + "\x1b[J").toLocal8Bit().constData(), stdout);
-    std::fflush(stdout);
-    m_drawnLines = static_cast<int>(lines.size());
+        text += CLEAR_LINE + line + '\n'; // behind a full line it would take a character
+    const QByteArray above = wayUp();
+    m_text = (text + "\x1b[J").toLocal8Bit();
+    m_height = static_cast<int>(lines.size());
+    show(above + m_text); // at once, so that nothing flickers
+    m_isThere = true;
 }
 
+// Line by line: clearing from the topmost makes some terminals keep what they had.
 void LiveTable::erase()
 {
-    if (m_drawnLines > 0)
-        std::printf("\r\x1b[%dA\x1b[J", m_drawnLines);
-    std::fflush(stdout);
-    m_drawnLines = 0;
+    if (m_isThere)
+        show(wayUp() + (QByteArray(CLEAR_LINE) + '\n').repeated(m_height) + wayUp());
+    m_isThere = false;
+}
+
+void LiveTable::drawAgain()
+{
+    show(m_text);
+    m_isThere = m_height > 0;
+}
+
+// Moves the cursor to the heading.
+QByteArray LiveTable::wayUp() const
+{
+    return m_isThere ? "\r\x1b[" + QByteArray::number(m_height) + 'A' : QByteArray();
 }
 
 } // namespace kmr

@@ -1,6 +1,7 @@
 // The live table of 'kmr watch': what it shows, and how it is drawn in place.
 #pragma once
 
+#include <QByteArray>
 #include <QString>
 #include <QStringList>
 
@@ -26,12 +27,13 @@ struct WatchRow {
     QString value; // the last good one
     QString unit;
     State state = State::Unread;
+    QString staleSince;                           // time of day, with Stale
     std::optional<std::chrono::milliseconds> age; // since the last good answer
     std::uint64_t changes = 0;                    // after the first value
     std::deque<double> trend;                     // the last numbers, oldest first
 };
 
-// "good", "stale" or "pending".
+// "good", "stale" or "pending"; the table adds to "stale" since when.
 QString toText(WatchRow::State state);
 
 // Eight heights of blocks from the least to the greatest; flat in the middle where all are equal.
@@ -47,11 +49,16 @@ class LiveTable {
 public:
     void draw(const std::vector<WatchRow> &rows, const QString &status);
 
-    // Takes the table away, so that a message can come in its place and the table below it.
+    // Takes the table away, so that a message can come in its place, and brings it back below.
     void erase();
+    void drawAgain();
 
 private:
-    int m_drawnLines = 0;
+    QByteArray wayUp() const;
+
+    QByteArray m_text; // as it was last drawn
+    int m_height = 0;  // lines of it
+    bool m_isThere = false;
 };
 
 } // namespace kmr

@@ -12,20 +12,11 @@ namespace {
 
 constexpr int PATIENCE_MS = 10000;
 
-QProcessEnvironment environment()
-{
-    QProcessEnvironment variables = QProcessEnvironment::systemEnvironment();
-    variables.remove("KMR_LINK");
-    variables.insert("KMR_DRIVER", DRIVER_LIBRARY);
-    variables.insert("KMR", KMR_EXECUTABLE);
-    return variables;
-}
-
 Finished runProgram(const QString &program, const QStringList &arguments,
                     const std::function<void(QProcess &)> &started)
 {
     QProcess process;
-    process.setProcessEnvironment(environment());
+    process.setProcessEnvironment(kmrEnvironment());
     QEventLoop loop;
     QObject::connect(
         &process, static_cast<void (QProcess::*)(int, QProcess::ExitStatus)>(&QProcess::finished),
@@ -43,6 +34,15 @@ Finished runProgram(const QString &program, const QStringList &arguments,
 
 } // namespace
 
+QProcessEnvironment kmrEnvironment()
+{
+    QProcessEnvironment variables = QProcessEnvironment::systemEnvironment();
+    variables.remove("KMR_LINK");
+    variables.insert("KMR_DRIVER", DRIVER_LIBRARY);
+    variables.insert("KMR", KMR_EXECUTABLE);
+    return variables;
+}
+
 Finished run(const QStringList &arguments, const std::function<void(QProcess &)> &started)
 {
     return runProgram(KMR_EXECUTABLE, arguments, started);
@@ -55,7 +55,7 @@ Finished runShell(const QString &line)
 
 Simulator::Simulator(const QStringList &arguments, const QString &command)
 {
-    m_process.setProcessEnvironment(environment());
+    m_process.setProcessEnvironment(kmrEnvironment());
     m_process.start(KMR_EXECUTABLE, QStringList{command} + arguments);
     while (!m_process.canReadLine() && m_process.waitForReadyRead(PATIENCE_MS)) {
     }

@@ -8,11 +8,16 @@
 
 #include <QByteArray>
 #include <QProcess>
+#include <QProcessEnvironment>
 #include <QString>
 #include <QStringList>
 #include <QTcpServer>
 
 #include <functional>
+
+// What kmr is run in: of this program's, with the built driver, without a link, with KMR, the
+// command for lines of shell.
+QProcessEnvironment kmrEnvironment();
 
 struct Finished {
     int exitCode;

@@ -15,6 +15,7 @@ WatchRow row(const QString &tag, WatchRow::State state)
     row.state = state;
     row.age = std::chrono::milliseconds(1200);
     row.changes = 4;
+    row.staleSince = "12:00:05";
     row.trend = {1, 2};
     return row;
 }
@@ -35,7 +36,7 @@ TEST(WatchTable, StaleRowIsRedOnlyWithColours)
     const std::vector<WatchRow> rows = {row("D1", WatchRow::State::Stale)};
     EXPECT_TRUE(tableLines(rows, "", 80, 24, true)[1].startsWith("\x1b[31mD1"));
     EXPECT_FALSE(tableLines(rows, "", 80, 24, false)[1].contains('\x1b'));
-    EXPECT_TRUE(tableLines(rows, "", 80, 24, false)[1].contains("stale"));
+    EXPECT_TRUE(tableLines(rows, "", 80, 24, false)[1].contains("stale since 12:00:05"));
 }
 
 TEST(WatchTable, FitsTheTerminal)

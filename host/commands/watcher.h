@@ -1,0 +1,78 @@
+// What 'kmr watch' shows: changes, as records or in a live table, and a line on stderr when an
+// outage begins and when it ends.
+#pragma once
+
+#include "host/commands/watch_rates.h"
+#include "host/commands/watch_table.h"
+#include "host/error.h"
+#include "host/records.h"
+#include "host/session.h"
+
+#include <QString>
+
+#include <chrono>
+#include <cstdint>
+#include <map>
+#include <optional>
+#include <vector>
+
+namespace kmr {
+
+class Watcher {
+public:
+    // Observes the session, which must outlive it. `isLive`: in a table, else in records of this
+    // format. The watch is over with record number `maxRecords`.
+    Watcher(Session &session, std::vector<Tag> tags, Format format, bool isLive,
+            std::optional<std::uint64_t> maxRecords);
+    ~Watcher();
+    Watcher(const Watcher &) = delete;
+    Watcher &operator=(const Watcher &) = delete;
+
+    void beginPolling();
+
+    // The line is lost: nothing is fresh any more. `advice` follows the words.
+    void noteLoss(const QString &advice);
+    void noteReconnection();
+
+    // Draws the table when it is time to. To be called often.
+    void draw();
+
+    // Draws the table for the last time, or completes the records.
+    void end();
+
+    bool isOver() const
+    {
+        return m_maxRecords && m_changes >= *m_maxRecords;
+    }
+
+    // What keeps tags from being up to date.
+    ExitCode outcome() const;
+
+private:
+    using Time = std::chrono::steady_clock::time_point;
+
+    void note(const Exchange &exchange);
+    void refresh(std::size_t index);
+    void showGood(std::size_t index);
+    void makeStale(std::size_t index, const QString &cause);
+    void addRecord(std::size_t index, const QString &plain, const Values &values,
+                   const QString &error);
+    void beginOutage(const Run &run, const Failure &failure);
+    void endOutage(const Run &run);
+
+    Session &m_session;
+    const std::vector<Tag> m_tags;
+    const std::optional<std::uint64_t> m_maxRecords;
+    std::vector<WatchRow> m_rows; // by tag, as all these
+    std::vector<Values> m_shown;  // empty before the first
+    std::vector<std::optional<Time>> m_lastGood;
+    const std::vector<Run> m_runs;
+    WatchRates m_rates;
+    std::optional<RecordWriter> m_records; // or
+    std::optional<LiveTable> m_table;
+    Time m_nextDraw;
+    std::map<QString, QString> m_outages; // causes by what they concern
+    std::uint64_t m_changes = 0;
+};
+
+} // namespace kmr

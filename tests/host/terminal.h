@@ -1,0 +1,46 @@
+// kmr on a terminal, which tmux emulates: nothing needs a real one.
+//
+// Waiting goes by what the screen shows, never by a fixed time.
+#pragma once
+
+#include <QString>
+#include <QStringList>
+#include <QTemporaryDir>
+
+#include <functional>
+
+class Terminal {
+public:
+    // Runs a line of shell, in which "$KMR" is kmr, on a screen of this size. When it has ended,
+    // "exit code 0" stands below what it left there.
+    Terminal(const QString &line, int columns, int rows);
+    ~Terminal();
+    Terminal(const Terminal &) = delete;
+    Terminal &operator=(const Terminal &) = delete;
+
+    // The screen without trailing blanks; with colours as escape sequences.
+    QString screen();
+    QString colouredScreen();
+
+    // Waits until the screen satisfies this, and returns it. Fails the test after long patience.
+    QString waitFor(const std::function<bool(const QString &screen)> &isThere);
+
+    // The same for a pattern that is to be found on it.
+    QString waitFor(const char *pattern);
+
+    // Keys as tmux names them: "C-c".
+    void press(const QString &keys);
+
+    // Lines that have left the screen at its top.
+    int scrolledLines();
+
+    // Whether the cursor can be seen, and the row in which it stands, 0 for the topmost.
+    bool isCursorVisible();
+    int cursorRow();
+
+private:
+    QString tmux(const QStringList &arguments);
+    QString ask(const QString &format);
+
+    QTemporaryDir m_directory;
+};
