@@ -1,27 +1,29 @@
-// Communication driver for operator panels: Modbus ASCII to controllers of the Ostrel KMR line.
-//
-// This is the one header that a host needs. Conventions of the whole interface:
-//
-//  1. Order of calls. When a link opens: intf_setAddrValueChangeCallBack, intf_initProperty,
-//     intf_addrMerge, intf_setRcpAddress. Then, for as long as the link is up: intf_getSendFrame,
-//     transmit, collect the reply, intf_dealRcvFrame. Values may be read, written and queued
-//     between any two calls. The editor's services (identity, address checks, catalogue, series)
-//     may be called at any time and change no state.
-//  2. Threads. The driver starts none and locks nothing of its own: no two calls may overlap.
-//     Only the recipe request bytes of the status block are shared with other host threads; the
-//     driver touches them under the host's mutex.
-//  3. Callback. It runs synchronously inside intf_dealRcvFrame and intf_setData. It may read, write
-//     and queue; it may not call intf_getSendFrame, intf_dealRcvFrame, intf_initProperty or
-//     intf_addrMerge.
-//  4. Ownership. The driver keeps copies of every record that it is handed. The status block, the
-//     recipe buffer, the mutex and the callback are lent: they must outlive the driver's use of
-//     them. Nothing that the driver hands out refers to memory of the library.
-//  5. Results. Small integers, never exceptions: all functions are noexcept. Outputs are written
-//     only where the function's comment says so.
-//  6. Null pointers. Nothing is written through a null output, a null input reads as empty. Without
-//     status block or mutex no recipe request is seen, without callback no change is reported.
-//  7. Addresses. "X" and "Y" are numbered in octal; their addresses travel as the decimal number
-//     that shows the same digits (X17 is 17).
+/// \file
+/// Communication driver for operator panels: Modbus ASCII to controllers of the Ostrel KMR line.
+///
+/// This is the one header that a host needs. Conventions of the whole interface:
+///
+///  1. Order of calls. When a link opens: intf_setAddrValueChangeCallBack, intf_initProperty,
+///     intf_addrMerge, intf_setRcpAddress. Then, for as long as the link is up: intf_getSendFrame,
+///     transmit, collect the reply, intf_dealRcvFrame. Values may be read, written and queued
+///     between any two calls. The editor's services (identity, address checks, catalogue, series)
+///     may be called at any time and change no state.
+///  2. Threads. The driver starts none and locks nothing of its own: no two calls may overlap.
+///     Only the recipe request bytes of the status block are shared with other host threads; the
+///     driver touches them under the host's mutex.
+///  3. Callback. It runs synchronously inside intf_dealRcvFrame and intf_setData. It may read,
+///     write and queue; it may not call intf_getSendFrame, intf_dealRcvFrame, intf_initProperty or
+///     intf_addrMerge.
+///  4. Ownership. The driver keeps copies of every record that it is handed. The status block, the
+///     recipe buffer, the mutex and the callback are lent: they must outlive the driver's use of
+///     them. Nothing that the driver hands out refers to memory of the library.
+///  5. Results. Small integers, never exceptions: all functions are noexcept. Outputs are written
+///     only where the function's comment says so.
+///  6. Null pointers. Nothing is written through a null output, a null input reads as empty.
+///     Without status block or mutex no recipe request is seen, without callback no change is
+///     reported.
+///  7. Addresses. "X" and "Y" are numbered in octal; their addresses travel as the decimal number
+///     that shows the same digits (X17 is 17).
 #ifndef OSTREL_KMR_H
 #define OSTREL_KMR_H
 
@@ -35,39 +37,42 @@
 
 #include <cstring>
 
-// Called when a watched value changes, as (devId, station, area, address), and for two events:
-//   (0, -1, "RWI", word)      a word of the recipe buffer was uploaded
-//   (-1, -1, "-1", 0 or -1)   the last queued one-shot read ended well (0) or was given up (-1)
-// Its result is ignored.
+/// Called when a watched value changes, as (devId, station, area, address), and for two events:
+///  - (0, -1, "RWI", word): a word of the recipe buffer was uploaded
+///  - (-1, -1, "-1", 0 or -1): the last queued one-shot read ended well (0) or was given up (-1)
+///
+/// Its result is ignored.
 typedef qint32 (*ValueChangedCallback)(qint32 devId, qint32 station, QString area, qint32 address);
 
 enum {
-    VALUE_BYTES = 1024, // size of the value buffers of VARIABLE and KEY_ADDRESS, bytes
-    FRAME_CHARS = 1024  // size of the text buffer of FRAME_PRO, characters
+    VALUE_BYTES = 1024, ///< size of the value buffers of VARIABLE and KEY_ADDRESS, bytes
+    FRAME_CHARS = 1024  ///< size of the text buffer of FRAME_PRO, characters
 };
 
 // The records with large buffers copy themselves with memcpy: left to the compiler, GCC 12 copies
 // their buffers byte by byte at -O2.
 
-// The target of one read or write request.
+/// The target of one read or write request.
 struct VARIABLE {
-    qint32 reqTag;            // set by whoever queues the request, carried along; read blocks: 4
-    qint32 station;           // controller station number, as the host counts it
-    QString area;             // device area name
-    qint32 address;           // first element inside the area
-    qint32 count;             // bits, 16-bit words or, of a framed "CV2" read, counters
-    quint8 data[VALUE_BYTES]; // payload of a write, words high-order byte first
+    qint32 reqTag;            ///< set by whoever queues the request, carried along; read blocks: 4
+    qint32 station;           ///< controller station number, as the host counts it
+    QString area;             ///< device area name
+    qint32 address;           ///< first element inside the area
+    qint32 count;             ///< bits, 16-bit words or, of a framed "CV2" read, counters
+    quint8 data[VALUE_BYTES]; ///< payload of a write, words high-order byte first
 
     VARIABLE() : reqTag(0), station(0), address(0), count(0)
     {
         memset(data, 0, sizeof data);
     }
+    /// Copies every field.
     VARIABLE(const VARIABLE &other)
         : reqTag(other.reqTag), station(other.station), area(other.area), address(other.address),
           count(other.count)
     {
         memcpy(data, other.data, sizeof data);
     }
+    /// Copies every field.
     VARIABLE &operator=(const VARIABLE &other)
     {
         reqTag = other.reqTag;
@@ -80,26 +85,28 @@ struct VARIABLE {
     }
 };
 
-// One request frame ready to send, with what the reply side needs to file the reply.
+/// One request frame ready to send, with what the reply side needs to file the reply.
 struct FRAME_PRO {
-    char frame[FRAME_CHARS]; // ':' to CR LF, not zero-terminated
-    qint32 frameLen;         // characters in `frame`; 0 when the request does not fit a frame
-    qint32 replyLen;         // characters of the expected normal reply
-    qint32 replyDataPos;     // position of the reply's first data character: 7
-    qint32 replyDataLen;     // data characters in the expected reply
-    qint32 frameSpare;       // not set by the driver, carried along
-    VARIABLE var;            // the request
+    char frame[FRAME_CHARS]; ///< ':' to CR LF, not zero-terminated
+    qint32 frameLen;         ///< characters in `frame`; 0 when the request does not fit a frame
+    qint32 replyLen;         ///< characters of the expected normal reply
+    qint32 replyDataPos;     ///< position of the reply's first data character: 7
+    qint32 replyDataLen;     ///< data characters in the expected reply
+    qint32 frameSpare;       ///< not set by the driver, carried along
+    VARIABLE var;            ///< the request
 
     FRAME_PRO() : frameLen(0), replyLen(0), replyDataPos(0), replyDataLen(0), frameSpare(0)
     {
         memset(frame, 0, sizeof frame);
     }
+    /// Copies every field.
     FRAME_PRO(const FRAME_PRO &other)
         : frameLen(other.frameLen), replyLen(other.replyLen), replyDataPos(other.replyDataPos),
           replyDataLen(other.replyDataLen), frameSpare(other.frameSpare), var(other.var)
     {
         memcpy(frame, other.frame, sizeof frame);
     }
+    /// Copies every field.
     FRAME_PRO &operator=(const FRAME_PRO &other)
     {
         memmove(frame, other.frame, sizeof frame);
@@ -113,31 +120,31 @@ struct FRAME_PRO {
     }
 };
 
-// One recipe variable, a run of words of the host's recipe buffer.
+/// One recipe variable, a run of words of the host's recipe buffer.
 struct _RCP_VAR_PRO {
-    qint32 devId;    // link that it belongs to; the driver keeps those of its own device
-    qint32 station;  // controller station number
-    QString area;    // device area name
-    qint32 address;  // first word inside the area
-    qint32 count;    // 16-bit words, 1 to 251 (a longer write does not fit a frame)
-    qint32 bufWord;  // index of the first word in the recipe buffer, from 0
-    qint32 rcpSpare; // carried along
+    qint32 devId;    ///< link that it belongs to; the driver keeps those of its own device
+    qint32 station;  ///< controller station number
+    QString area;    ///< device area name
+    qint32 address;  ///< first word inside the area
+    qint32 count;    ///< 16-bit words, 1 to 251 (a longer write does not fit a frame)
+    qint32 bufWord;  ///< index of the first word in the recipe buffer, from 0
+    qint32 rcpSpare; ///< carried along
 
     _RCP_VAR_PRO() : devId(0), station(0), address(0), count(0), bufWord(0), rcpSpare(0) {}
 };
 
-// One data area: the cached value of 16 bits, of one word or of one counter.
+/// One data area: the cached value of 16 bits, of one word or of one counter.
 struct _DATA_ {
-    quint8 commFailed;      // 1 after a request covering it was given up, 0 after a good read
-    quint8 writePending;    // 1 while a host write is outstanding: `writtenValue` is current
-    qint32 dataSpare;       // always 0
-    qint32 wordMonitor;     // bit 0: the host watches this word
-    qint32 bitMonitor;      // bit k (0 to 15): the host watches bit 16 x `index` + k
-    qint32 station;         // key: controller station number
-    QString area;           // key: device area name
-    qint32 index;           // key: bit address / 16, word address or counter address
-    quint8 readValue[4];    // last value read, low-order byte first
-    quint8 writtenValue[4]; // last value written by the host, same layout
+    quint8 commFailed;      ///< 1 after a request covering it was given up, 0 after a good read
+    quint8 writePending;    ///< 1 while a host write is outstanding: `writtenValue` is current
+    qint32 dataSpare;       ///< always 0
+    qint32 wordMonitor;     ///< bit 0: the host watches this word
+    qint32 bitMonitor;      ///< bit k (0 to 15): the host watches bit 16 x `index` + k
+    qint32 station;         ///< key: controller station number
+    QString area;           ///< key: device area name
+    qint32 index;           ///< key: bit address / 16, word address or counter address
+    quint8 readValue[4];    ///< last value read, low-order byte first
+    quint8 writtenValue[4]; ///< last value written by the host, same layout
 
     _DATA_()
         : commFailed(0), writePending(0), dataSpare(0), wordMonitor(0), bitMonitor(0), station(0),
@@ -146,23 +153,24 @@ struct _DATA_ {
     }
 };
 
-// One address run handed in by the host, for polling or for a one-shot read.
+/// One address run handed in by the host, for polling or for a one-shot read.
 struct KEY_ADDRESS {
-    QString label;            // carried along
-    qint32 hostWord1;         // carried along
-    qint32 hostWord2;         // carried along
-    qint32 station;           // controller station number
-    QString area;             // device area name
-    QString hostText;         // carried along
-    qint32 address;           // first element; "TV_bit": word x 16 + bit
-    qint32 elemKind;          // -1: bits, anything else: 16-bit elements
-    qint32 count;             // number of elements
-    quint8 data[VALUE_BYTES]; // carried along
+    QString label;            ///< carried along
+    qint32 hostWord1;         ///< carried along
+    qint32 hostWord2;         ///< carried along
+    qint32 station;           ///< controller station number
+    QString area;             ///< device area name
+    QString hostText;         ///< carried along
+    qint32 address;           ///< first element; "TV_bit": word x 16 + bit
+    qint32 elemKind;          ///< -1: bits, anything else: 16-bit elements
+    qint32 count;             ///< number of elements
+    quint8 data[VALUE_BYTES]; ///< carried along
 
     KEY_ADDRESS() : hostWord1(0), hostWord2(0), station(0), address(0), elemKind(0), count(0)
     {
         memset(data, 0, sizeof data);
     }
+    /// Copies every field.
     KEY_ADDRESS(const KEY_ADDRESS &other)
         : label(other.label), hostWord1(other.hostWord1), hostWord2(other.hostWord2),
           station(other.station), area(other.area), hostText(other.hostText),
@@ -170,6 +178,7 @@ struct KEY_ADDRESS {
     {
         memcpy(data, other.data, sizeof data);
     }
+    /// Copies every field.
     KEY_ADDRESS &operator=(const KEY_ADDRESS &other)
     {
         label = other.label;
@@ -186,43 +195,43 @@ struct KEY_ADDRESS {
     }
 };
 
-// All state of the driver. There is one object, `driver`, built when the library is loaded.
+/// All state of the driver. There is one object, `driver`, built when the library is loaded.
 class Ostrel_kmr {
 public:
     Ostrel_kmr();
 
-    ValueChangedCallback valueChangedCallback; // may be null
-    qint32 devId;                              // this link's device number
-    qint32 writeQueueOff;                      // not 0: writes are mirrored but never queued
-    qint32 propToken3;                         // stored only
-    qint32 retryLimit;                // bad replies in a row after which a request is given up
-    qint32 groupLimit;                // words a request may carry, at most 8; bits: 8 times as many
-    quint8 *hostStatus;               // lent: status block with the recipe request bytes
-    void *hostArg2;                   // stored only
-    quint8 *recipeBuffer;             // lent: recipe words, low-order byte first
-    QMutex *hostMutex;                // lent: guards the request bytes of `hostStatus`
-    QList<VARIABLE> cyclicReads;      // read blocks, polled in turn
-    QList<VARIABLE> pendingWrites;    // at most 513; the front one may be in flight
-    QList<VARIABLE> pendingReads;     // one-shot reads, at most 513; the front one may be in flight
-    QList<_DATA_> dataAreas;          // the store, in order of creation; entries are only added
-    QVector<_RCP_VAR_PRO> recipeVars; // recipe variables of this device
-    VARIABLE lastVar;                 // the one-shot read queued last: its end is the job's end
-    VARIABLE curVar;                  // the request being framed
-    qint32 sendState;                 // SendState of the request chosen last
-    qint32 burstCount;                // writes and one-shot reads sent since the last cyclic read
-    qint32 counterA;                  // 0 after intf_initProperty, stored only
-    qint32 retryCount;                // bad replies in a row to the frame in flight
-    qint32 bitGroupLimit;             // groupLimit x 8: bits a piece or chunk may hold
-    qint32 wordGroupLimit;            // groupLimit: words a piece, chunk or write may hold
-    qint32 commError;                 // 1 after a request was given up, 0 after any good reply
-    qint32 stateC;                    // 0 after intf_initProperty, stored only
-    qint32 stateD;                    // 1 after intf_initProperty, stored only
-    QList<FRAME_PRO> frames;          // frames ready to send; the front one is in flight
-    qint32 recipeCursor;              // index in `recipeVars` of the next transfer
-    quint8 spareFlag;                 // always 0
+    ValueChangedCallback valueChangedCallback; ///< may be null
+    qint32 devId;                              ///< this link's device number
+    qint32 writeQueueOff;                      ///< not 0: writes are mirrored but never queued
+    qint32 propToken3;                         ///< stored only
+    qint32 retryLimit;             ///< bad replies in a row after which a request is given up
+    qint32 groupLimit;             ///< words a request may carry, at most 8; bits: 8 times as many
+    quint8 *hostStatus;            ///< lent: status block with the recipe request bytes
+    void *hostArg2;                ///< stored only
+    quint8 *recipeBuffer;          ///< lent: recipe words, low-order byte first
+    QMutex *hostMutex;             ///< lent: guards the request bytes of `hostStatus`
+    QList<VARIABLE> cyclicReads;   ///< read blocks, polled in turn
+    QList<VARIABLE> pendingWrites; ///< at most 513; the front one may be in flight
+    QList<VARIABLE> pendingReads;  ///< one-shot reads, at most 513; the front one may be in flight
+    QList<_DATA_> dataAreas;       ///< the store, in order of creation; entries are only added
+    QVector<_RCP_VAR_PRO> recipeVars; ///< recipe variables of this device
+    VARIABLE lastVar;                 ///< the one-shot read queued last: its end is the job's end
+    VARIABLE curVar;                  ///< the request being framed
+    qint32 sendState;                 ///< SendState of the request chosen last
+    qint32 burstCount;                ///< writes and one-shot reads sent since the last cyclic read
+    qint32 counterA;                  ///< 0 after intf_initProperty, stored only
+    qint32 retryCount;                ///< bad replies in a row to the frame in flight
+    qint32 bitGroupLimit;             ///< groupLimit x 8: bits a piece or chunk may hold
+    qint32 wordGroupLimit;            ///< groupLimit: words a piece, chunk or write may hold
+    qint32 commError;                 ///< 1 after a request was given up, 0 after any good reply
+    qint32 stateC;                    ///< 0 after intf_initProperty, stored only
+    qint32 stateD;                    ///< 1 after intf_initProperty, stored only
+    QList<FRAME_PRO> frames;          ///< frames ready to send; the front one is in flight
+    qint32 recipeCursor;              ///< index in `recipeVars` of the next transfer
+    quint8 spareFlag;                 ///< always 0
 };
 
-// Values of Ostrel_kmr::sendState.
+/// Values of Ostrel_kmr::sendState.
 enum SendState {
     SEND_NOTHING = 0,
     SEND_WRITE = 2,
@@ -232,124 +241,129 @@ enum SendState {
     SEND_RECIPE_UPLOAD = 6
 };
 
-// Positions in the host's status block. A byte of exactly 1 asks for the transfer; the driver sets
-// it to 0 when the transfer is over. The block has at least STATUS_BLOCK_BYTES bytes.
+/// Positions in the host's status block. A byte of exactly 1 asks for the transfer; the driver sets
+/// it to 0 when the transfer is over. The block has at least STATUS_BLOCK_BYTES bytes.
 enum { STATUS_RECIPE_DOWNLOAD = 60115, STATUS_RECIPE_UPLOAD = 60116, STATUS_BLOCK_BYTES = 60117 };
 
+/// Of what the library exports, by its plain C name.
 #define OSTREL_KMR_EXPORT extern "C" __attribute__((visibility("default")))
 
 // --- Identity and configuration ---
 
-// Writes the protocol type code, 0, to `*type`.
+/// Writes the protocol type code, 0, to `*type`.
 OSTREL_KMR_EXPORT void intf_getProtocolType(qint32 *type) noexcept;
 
-// Sets `parameter` to the default settings of a new link: 20 fields separated by commas, among them
-// 9600 baud, 7 data bits, even parity, 1 stop bit, the driver's name and its ten device areas.
+/// Sets `parameter` to the default settings of a new link: 20 fields separated by commas, among
+/// them 9600 baud, 7 data bits, even parity, 1 stop bit, the driver's name and its ten device
+/// areas.
 OSTREL_KMR_EXPORT void intf_getDriverParameter(QString &parameter) noexcept;
 
-// Sets `page` to "0_0": the driver has no property page.
+/// Sets `page` to "0_0": the driver has no property page.
 OSTREL_KMR_EXPORT void intf_getDriverPropertyPage(QString &page) noexcept;
 
-// Sets `page` to the empty text; the driver takes no settings this way.
+/// Sets `page` to the empty text; the driver takes no settings this way.
 OSTREL_KMR_EXPORT void intf_SetDriverPropertyPage(QString &page) noexcept;
 
-// Stores the function that is told of changes; null switches reports off.
+/// Stores the function that is told of changes; null switches reports off.
 OSTREL_KMR_EXPORT void intf_setAddrValueChangeCallBack(ValueChangedCallback callback) noexcept;
 
-// Configures the driver and empties the poll plan, every queue and the store; a recipe list and its
-// cursor stay, so that a transfer survives.
-//   status    status block, at least STATUS_BLOCK_BYTES bytes, or null
-//   second    stored only
-//   recipe    recipe buffer, two bytes a word, low-order byte first, or null
-//   result    receives 0
-//   property  Latin-1 text "device#writeQueueOff#third#retryLimit#groupLimit", further pieces
-//             ignored; a piece that is no number counts as 0; a group limit above 8 is stored as 8,
-//             one below 1 makes requests of one element. With fewer than five pieces the five
-//             settings stay as they were.
-//   mutex     guards the recipe request bytes of `status`, or null
-// Always returns 1.
+/// Configures the driver and empties the poll plan, every queue and the store; a recipe list and
+/// its cursor stay, so that a transfer survives.
+/// \param status    status block, at least STATUS_BLOCK_BYTES bytes, or null
+/// \param second    stored only
+/// \param recipe    recipe buffer, two bytes a word, low-order byte first, or null
+/// \param result    receives 0
+/// \param property  Latin-1 text "device#writeQueueOff#third#retryLimit#groupLimit", further
+///                  pieces ignored; a piece that is no number counts as 0; a group limit above 8
+///                  is stored as 8, one below 1 makes requests of one element. With fewer than
+///                  five pieces the five settings stay as they were.
+/// \param mutex     guards the recipe request bytes of `status`, or null
+/// \return 1, always
 OSTREL_KMR_EXPORT qint32 intf_initProperty(quint8 *status, void *second, quint8 *recipe,
                                            qint32 *result, const char *property,
                                            QMutex *mutex) noexcept;
 
-// Replaces the recipe variables by those of `list` that carry this link's device number, in their
-// order, and returns how many were kept. A transfer in progress goes on at its cursor.
+/// Replaces the recipe variables by those of `list` that carry this link's device number, in their
+/// order, and returns how many were kept. A transfer in progress goes on at its cursor.
 OSTREL_KMR_EXPORT qint32 intf_setRcpAddress(const QVector<_RCP_VAR_PRO> *list) noexcept;
 
 // --- The editor's address services ---
 
-// Checks a typed address.
-//   area         device area name, exact spelling
-//   addressText  the address as typed, in octal digits for "X" and "Y", "word.bit" for "TV_bit"
-//   address      receives the numeric address as soon as the text converts, else stays untouched
-//   count        elements of the run
-//   wantWord     0 when the host wants bits, else words
-// Returns 0 valid; 1 bits asked of a word area or the reverse; 2 out of range; 3 unknown area;
-// 4 not an address.
+/// Checks a typed address.
+/// \param area         device area name, exact spelling
+/// \param addressText  the address as typed, in octal digits for "X" and "Y", "word.bit" for
+///                     "TV_bit"
+/// \param address      receives the numeric address as soon as the text converts, else stays
+///                     untouched
+/// \param count        elements of the run
+/// \param wantWord     0 when the host wants bits, else words
+/// \return 0 valid; 1 bits asked of a word area or the reverse; 2 out of range; 3 unknown area;
+///         4 not an address
 OSTREL_KMR_EXPORT qint32 intf_checkAddrValidity(QString area, QString addressText, qint32 *address,
                                                 qint32 count, qint32 wantWord) noexcept;
 
-// The same check with a data type: -1 for bits, any other for words. Mind the order of the last two
-// arguments. Returns 5, besides, for "CV2" with a data type other than 1, 3, 5, 6 and 9.
+/// The same check with a data type: -1 for bits, any other for words. Mind the order of the last
+/// two arguments. Returns 5, besides, for "CV2" with a data type other than 1, 3, 5, 6 and 9.
 OSTREL_KMR_EXPORT qint32 intf_checkAddr(QString area, QString addressText, qint32 *address,
                                         qint32 dataType, qint32 count) noexcept;
 
-// Appends five texts about an area to `out`: input mask (one 'd' or 'o' per decimal or octal
-// digit), lowest address, highest address, "1" for words or "0" for bits, "1" for writable or "0".
-// Returns 1, or 0 with nothing appended for a name that the catalogue does not hold.
+/// Appends five texts about an area to `out`: input mask (one 'd' or 'o' per decimal or octal
+/// digit), lowest address, highest address, "1" for words or "0" for bits, "1" for writable or "0".
+/// Returns 1, or 0 with nothing appended for a name that the catalogue does not hold.
 OSTREL_KMR_EXPORT qint32 intf_getRegDiscription(QString area, QStringList &out) noexcept;
 
-// Appends the names of the bit areas (`type` 0, returns 0) or of the word areas (`type` 1, returns
-// 1) to `out`. Any other type appends nothing and returns 0.
+/// Appends the names of the bit areas (`type` 0, returns 0) or of the word areas (`type` 1, returns
+/// 1) to `out`. Any other type appends nothing and returns 0.
 OSTREL_KMR_EXPORT qint32 intf_getRegListByType(qint32 type, QStringList &out) noexcept;
 
-// Appends the `n` addresses start, start + step, ... of an area to `texts` and `numbers`; an
-// address behind the area's end is replaced by the end. A `step` below 1 counts as 1, except -2,
-// which is 2 for the areas of 16-bit words and "TV_bit". Returns 1 when all lie inside, 2 when one
-// was replaced, 0 with nothing appended for an unknown area.
+/// Appends the `n` addresses start, start + step, ... of an area to `texts` and `numbers`; an
+/// address behind the area's end is replaced by the end. A `step` below 1 counts as 1, except -2,
+/// which is 2 for the areas of 16-bit words and "TV_bit". Returns 1 when all lie inside, 2 when one
+/// was replaced, 0 with nothing appended for an unknown area.
 OSTREL_KMR_EXPORT qint32 intf_multiCopy(const QString &area, qint32 start, qint32 n, qint32 step,
                                         QVector<QString> *texts, QVector<qint32> *numbers) noexcept;
 
 // --- Polling ---
 
-// Replaces the poll plan and the watch marks by the runs of `list` (fields `station`, `area`,
-// `address`, `count`) and returns the number of read blocks. Values already known stay known.
-// Unknown areas are watched but not polled.
+/// Replaces the poll plan and the watch marks by the runs of `list` (fields `station`, `area`,
+/// `address`, `count`) and returns the number of read blocks. Values already known stay known.
+/// Unknown areas are watched but not polled.
 OSTREL_KMR_EXPORT qint32 intf_addrMerge(const QList<KEY_ADDRESS> &list) noexcept;
 
-// Queues a one-shot read of a run, cut into pieces that fit a request. Bit areas are queued as
-// 16-bit words (address / 16), and that number is read as a bit's: a one-shot read from M40 on
-// reads M0 to M15. Read bits by polling them. A piece already queued behind the front is refreshed
-// instead; the queue holds 513 pieces and then replaces its last. `reqTag` is carried along.
-// Returns 1.
+/// Queues a one-shot read of a run, cut into pieces that fit a request. Bit areas are queued as
+/// 16-bit words (address / 16), and that number is read as a bit's: a one-shot read from M40 on
+/// reads M0 to M15. Read bits by polling them. A piece already queued behind the front is refreshed
+/// instead; the queue holds 513 pieces and then replaces its last. `reqTag` is carried along.
+/// Returns 1.
 OSTREL_KMR_EXPORT qint32 intf_addConditionRead(KEY_ADDRESS &key, qint32 reqTag) noexcept;
 
 // --- The communication loop ---
 
-// Copies the frame to send next to `*out` and returns 1, or returns 0 and leaves `*out` alone when
-// there is nothing to send. The same frame is handed out until its reply has been handed in.
+/// Copies the frame to send next to `*out` and returns 1, or returns 0 and leaves `*out` alone when
+/// there is nothing to send. The same frame is handed out until its reply has been handed in.
 OSTREL_KMR_EXPORT qint32 intf_getSendFrame(FRAME_PRO *out) noexcept;
 
-// Takes `reply`, ':' to CR LF as received or empty for silence, as the answer to the frame that
-// intf_getSendFrame handed out. Of its form only the function code is checked here, in at least 5
-// characters: neither LRC nor station nor the length that fits the request. `errorInfo` receives
-// "station#areaAddress(count)(reply length)", or the empty text when no frame was out. Returns 0 no
-// frame was out; 1 accepted; 8 bad, the frame is to be sent again; 2 bad for the last time, the
-// request is given up.
+/// Takes `reply`, ':' to CR LF as received or empty for silence, as the answer to the frame that
+/// intf_getSendFrame handed out. Of its form only the function code is checked here, in at least 5
+/// characters: neither LRC nor station nor the length that fits the request. `errorInfo` receives
+/// "station#areaAddress(count)(reply length)", or the empty text when no frame was out. Returns 0
+/// no frame was out; 1 accepted; 8 bad, the frame is to be sent again; 2 bad for the last time, the
+/// request is given up.
 OSTREL_KMR_EXPORT qint32 intf_dealRcvFrame(QByteArray &reply, QString &errorInfo) noexcept;
 
 // --- Values ---
 
-// Copies values out of the store; never causes traffic. `count` is in bits (one byte each in
-// `out`), in words (two bytes, low-order first) or, for "CV2", in words, two per counter. Unknown
-// areas and a `count` below 1 write nothing. What was never read nor written reads as 0. Returns 1.
+/// Copies values out of the store; never causes traffic. `count` is in bits (one byte each in
+/// `out`), in words (two bytes, low-order first) or, for "CV2", in words, two per counter. Unknown
+/// areas and a `count` below 1 write nothing. What was never read nor written reads as 0.
+/// Returns 1.
 OSTREL_KMR_EXPORT qint32 intf_getData(qint32 station, QString area, qint32 address, qint32 count,
                                       quint8 *out) noexcept;
 
-// Queues writes and mirrors the values into the store at once. `data` and `count` as in
-// intf_getData; a bit is set by 1 and cleared by any other byte. A queued write of the same target
-// behind the front is superseded; the queue holds 513 requests and then replaces its last. `reqTag`
-// is carried along. Returns 1.
+/// Queues writes and mirrors the values into the store at once. `data` and `count` as in
+/// intf_getData; a bit is set by 1 and cleared by any other byte. A queued write of the same target
+/// behind the front is superseded; the queue holds 513 requests and then replaces its last.
+/// `reqTag` is carried along. Returns 1.
 OSTREL_KMR_EXPORT qint32 intf_setData(qint32 station, QString area, qint32 address, qint32 count,
                                       quint8 *data, qint32 reqTag) noexcept;
 
@@ -358,9 +372,9 @@ OSTREL_KMR_EXPORT qint32 intf_setData(qint32 station, QString area, qint32 addre
 
 extern Ostrel_kmr driver __attribute__((visibility("hidden")));
 
-// Fills `var` from a recipe entry, its tag excepted. With `withData` not 0, `var.data` receives the
-// entry's words out of the recipe buffer, high-order byte first, as far as they fit; the rest of
-// `var.data` is 0.
+/// Fills `var` from a recipe entry, its tag excepted. With `withData` not 0, `var.data` receives
+/// the entry's words out of the recipe buffer, high-order byte first, as far as they fit; the rest
+/// of `var.data` is 0.
 void rcpAddrToVar(_RCP_VAR_PRO entry, VARIABLE &var, int withData);
 
 #endif
