@@ -56,7 +56,7 @@ constexpr std::uint64_t ROUND_EXCHANGES = 500;
 constexpr std::size_t MAX_GROWTH = 64 * 1024; // bytes in use, which lists may gain by chance
 constexpr std::size_t MAX_RESIDENT_GROWTH = 4 * 1024 * 1024;
 
-#if defined(__SANITIZE_ADDRESS__)
+#ifdef KMR_SANITIZE
 constexpr bool COUNTS_MEMORY = false; // the sanitizer has an allocator and a leak check of its own
 #else
 constexpr bool COUNTS_MEMORY = true;
