@@ -1,0 +1,82 @@
+# Debian packages of what is installed, made with CPack by script/package: libostrel-kmr1 (component
+# runtime), libostrel-kmr-dev (dev) and kmr (kmr). The version says which Qt they are built for.
+set(KMR_DEBIAN_RELEASE 1+qt${KMR_QT_MAJOR})
+set(KMR_DEBIAN_VERSION ${PROJECT_VERSION}-${KMR_DEBIAN_RELEASE})
+
+set(CPACK_GENERATOR DEB)
+set(CPACK_PACKAGE_NAME ostrel-kmr)
+set(CPACK_PACKAGE_CONTACT "Ostrel KMR driver maintainers <maintainers@ostrel-kmr.invalid>")
+set(CPACK_PACKAGING_INSTALL_PREFIX ${CMAKE_INSTALL_PREFIX})
+set(CPACK_STRIP_FILES ON)
+set(CPACK_DEB_COMPONENT_INSTALL ON)
+set(CPACK_DEBIAN_FILE_NAME DEB-DEFAULT)
+set(CPACK_DEBIAN_PACKAGE_RELEASE ${KMR_DEBIAN_RELEASE})
+set(CPACK_DEBIAN_PACKAGE_SHLIBDEPS ON)
+set(CPACK_COMPONENTS_ALL runtime dev kmr)
+
+set(CPACK_DEBIAN_RUNTIME_PACKAGE_NAME libostrel-kmr1)
+set(CPACK_DEBIAN_RUNTIME_PACKAGE_SECTION libs)
+# The records that cross the interface differ between Qt's major versions, so a program that links
+# to the library built for one must not get the library built for the other.
+set(CPACK_DEBIAN_PACKAGE_GENERATE_SHLIBS ON)
+set(CPACK_DEBIAN_PACKAGE_GENERATE_SHLIBS_POLICY "=")
+# CPack writes scripts that call ldconfig; Debian wants the trigger, which does no work twice.
+set(CPACK_DEBIAN_RUNTIME_PACKAGE_CONTROL_EXTRA ${CMAKE_CURRENT_SOURCE_DIR}/packaging/triggers)
+set(CPACK_COMPONENT_RUNTIME_DESCRIPTION
+"Modbus ASCII driver for Ostrel KMR controllers (Qt ${KMR_QT_MAJOR})
+The shared library that an operator panel's host loads: it turns the host's
+addresses into a polling plan, builds request frames, decodes replies, queues
+writes and moves recipes. It opens no port; the host does.
+
+Host and library must be built with the same major version of Qt.")
+
+set(CPACK_DEBIAN_DEV_PACKAGE_NAME libostrel-kmr-dev)
+set(CPACK_DEBIAN_DEV_PACKAGE_SECTION libdevel)
+if(KMR_QT_MAJOR EQUAL 5)
+    set(qt_dev_packages qtbase5-dev)
+else()
+    set(qt_dev_packages "qt6-base-dev, libgl-dev") # Qt 6's CMake package asks for OpenGL
+endif()
+set(CPACK_DEBIAN_DEV_PACKAGE_DEPENDS "libostrel-kmr1 (= ${KMR_DEBIAN_VERSION}), ${qt_dev_packages}")
+set(CPACK_COMPONENT_DEV_DESCRIPTION
+"Modbus ASCII driver for Ostrel KMR controllers (header, Qt ${KMR_QT_MAJOR})
+What is needed to build hosts for the driver in libostrel-kmr1: its header,
+the CMake package OstrelKmr and ostrel-kmr.pc for pkg-config.")
+
+set(CPACK_DEBIAN_KMR_PACKAGE_NAME kmr)
+set(CPACK_DEBIAN_KMR_PACKAGE_SECTION comm)
+# kmr loads the library when it runs, which shlibdeps can't see.
+set(CPACK_DEBIAN_KMR_PACKAGE_DEPENDS "libostrel-kmr1 (= ${KMR_DEBIAN_VERSION})")
+set(CPACK_COMPONENT_KMR_DESCRIPTION
+"commissioning command for Ostrel KMR controllers (Qt ${KMR_QT_MAJOR})
+Reads, writes and watches a controller's memory over a serial line or TCP,
+moves recipes, diagnoses the line and simulates controllers. It speaks through
+the driver in libostrel-kmr1, as an operator panel does.")
+
+# What Debian asks of a package besides. EXCLUDE_FROM_ALL: not part of a plain cmake --install.
+find_program(GZIP gzip)
+function(compress input output)
+    execute_process(COMMAND ${GZIP} -9nc ${input} OUTPUT_FILE ${output} COMMAND_ERROR_IS_FATAL ANY)
+    set_property(DIRECTORY APPEND PROPERTY CMAKE_CONFIGURE_DEPENDS ${input})
+endfunction()
+
+if(GZIP)
+    set(package_files ${CMAKE_CURRENT_BINARY_DIR}/packaging)
+    configure_file(packaging/changelog.in ${package_files}/changelog @ONLY)
+    compress(${package_files}/changelog ${package_files}/changelog.Debian.gz)
+    compress(${CMAKE_CURRENT_SOURCE_DIR}/CHANGELOG.md ${package_files}/changelog.gz)
+    foreach(component IN LISTS CPACK_COMPONENTS_ALL)
+        string(TOUPPER ${component} key)
+        set(package ${CPACK_DEBIAN_${key}_PACKAGE_NAME})
+        install(FILES packaging/copyright
+            ${package_files}/changelog.Debian.gz ${package_files}/changelog.gz
+            DESTINATION ${CMAKE_INSTALL_DATADIR}/doc/${package}
+            COMPONENT ${component} EXCLUDE_FROM_ALL)
+    endforeach()
+    install(FILES packaging/libostrel-kmr1.lintian-overrides
+        DESTINATION ${CMAKE_INSTALL_DATADIR}/lintian/overrides RENAME libostrel-kmr1
+        COMPONENT runtime EXCLUDE_FROM_ALL)
+    set(CPACK_PRE_BUILD_SCRIPTS ${CMAKE_CURRENT_SOURCE_DIR}/packaging/compress-man-pages.cmake)
+endif()
+
+include(CPack)
