@@ -1,8 +1,6 @@
-#include "host/line_diagnosis.h"
-
 #include "host/commands/connection.h"
 #include "host/commands/diagnosis.h"
-#include "host/commands/stop.h"
+#include "host/line_diagnosis.h"
 #include "host/link.h"
 
 namespace kmr {
@@ -81,6 +79,12 @@ void tell(RecordWriter &records, const QString &link, const Diagnosis &diagnosis
         {now(), link, findingName(diagnosis.finding), diagnosis.text, textField(diagnosis.advice)});
 }
 
+ExitCode stopped()
+{
+    printError("stopped before the line was known");
+    return ExitCode::NoAnswer;
+}
+
 // The links to try: the same device, in each usual frame format at each usual speed.
 QStringList usualLinks(const Options &options)
 {
@@ -94,7 +98,8 @@ QStringList usualLinks(const Options &options)
     QStringList links;
     for (const char *frame : FRAMES) {
         for (const int baud : BAUDS)
-            links.append(QString("%1?baud=%2&frame=%3").arg(device).arg(baud).arg(frame));
+            links.append(
+                QString("%1?baud=%2&frame=%3").arg(device, QString::number(baud), QString(frame)));
     }
     return links;
 }
@@ -107,7 +112,7 @@ ExitCode tryFramings(Options options, const QString &tag, RecordWriter &records)
         options.link = link;
         const std::optional<Diagnosis> diagnosis = examine(options, tag, 1);
         if (!diagnosis)
-            return ExitCode::NoAnswer;
+            return stopped();
         const ExitCode code = exitCodeOf(diagnosis->finding);
         const bool isFound = code != ExitCode::NoAnswer || diagnosis->finding == Finding::WrongEcho;
         if (isFound) {
@@ -128,7 +133,7 @@ ExitCode examineOnce(const Options &options, const QString &tag, RecordWriter &r
 {
     const std::optional<Diagnosis> diagnosis = examine(options, tag, PROBES);
     if (!diagnosis)
-        return ExitCode::NoAnswer;
+        return stopped();
     tell(records, options.link, *diagnosis);
     return exitCodeOf(diagnosis->finding);
 }
@@ -142,8 +147,6 @@ ExitCode runDoctor(const Options &options, const DoctorOptions &doctor)
     const ExitCode code = doctor.tryFramings ? tryFramings(options, doctor.tag, records)
                                              : examineOnce(options, doctor.tag, records);
     records.end();
-    if (stopFlag())
-        printError("stopped before the line was known");
     return code;
 }
 
