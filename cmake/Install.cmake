@@ -1,5 +1,5 @@
-# What cmake --install puts where (GNUInstallDirs): the library, the one header, kmr, and what CMake
-# and pkg-config need to find them. Components: runtime, dev, kmr.
+# What cmake --install puts where (GNUInstallDirs): the library, the one header, kmr with its man page
+# and completion, and what CMake and pkg-config need to find the library. Components: runtime, dev, kmr.
 include(CMakePackageConfigHelpers)
 
 set(package_dir ${CMAKE_INSTALL_LIBDIR}/cmake/OstrelKmr)
@@ -9,6 +9,9 @@ install(TARGETS ostrel_kmr ostrel_kmr_header EXPORT OstrelKmrTargets
     INCLUDES DESTINATION ${CMAKE_INSTALL_INCLUDEDIR})
 install(FILES driver/ostrel_kmr.h DESTINATION ${CMAKE_INSTALL_INCLUDEDIR} COMPONENT dev)
 install(TARGETS kmr RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR} COMPONENT kmr)
+install(FILES docs/man/kmr.1 DESTINATION ${CMAKE_INSTALL_MANDIR}/man1 COMPONENT kmr)
+install(FILES completion/kmr.bash
+    DESTINATION ${CMAKE_INSTALL_DATADIR}/bash-completion/completions RENAME kmr COMPONENT kmr)
 
 install(EXPORT OstrelKmrTargets NAMESPACE OstrelKmr:: DESTINATION ${package_dir} COMPONENT dev)
 configure_package_config_file(cmake/OstrelKmrConfig.cmake.in OstrelKmrConfig.cmake

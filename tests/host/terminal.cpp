@@ -85,9 +85,14 @@ QString Terminal::waitFor(const char *pattern)
     return waitFor([pattern](const QString &screen) { return matches(screen, pattern); });
 }
 
-void Terminal::press(const QString &keys)
+void Terminal::type(const QString &text)
 {
-    tmux({"send-keys", keys});
+    tmux({"send-keys", "-l", text});
+}
+
+void Terminal::press(const QString &key)
+{
+    tmux({"send-keys", key});
 }
 
 int Terminal::scrolledLines()

@@ -28,8 +28,10 @@ public:
     // The same for a pattern that is to be found on it.
     QString waitFor(const char *pattern);
 
-    // Keys as tmux names them: "C-c".
-    void press(const QString &keys);
+    void type(const QString &text);
+
+    // A key as tmux names it: "C-c", "Tab".
+    void press(const QString &key);
 
     // Lines that have left the screen at its top.
     int scrolledLines();

@@ -1,0 +1,85 @@
+# Completion of kmr for bash. Commands, options and their choices come from its own --help.
+
+# The first word of each line under a heading of the help on stdin.
+_kmr_listed()
+{
+    sed -n "/^$1:/,/^\$/s/^  \(-[a-z],\)\{0,1\}\([^ ]\{1,\}\).*/\2/p"
+}
+
+# The choices of an option, from a line like "  --echo TEXT:{on,off,auto}" of the help on stdin.
+_kmr_choices()
+{
+    sed -n "s/^  $1 [A-Z]*:{\([^}]*\)}.*/\1/p" | tr , ' '
+}
+
+_kmr_complete_words()
+{
+    mapfile -t COMPREPLY < <(compgen -W "$1" -- "$word")
+}
+
+_kmr_complete_files()
+{
+    mapfile -t COMPREPLY < <(compgen -f -- "$word")
+    compopt -o filenames 2>/dev/null
+}
+
+# An area, behind which the address follows.
+_kmr_complete_tags()
+{
+    _kmr_complete_words "$("$kmr" areas --format csv 2>/dev/null | sed '1d; s/,.*//')"
+    compopt -o nospace 2>/dev/null
+}
+
+_kmr_complete_value()
+{
+    case $before in
+    --config | --driver | --names | --capture | --load | --save | --pty) _kmr_complete_files ;;
+    *) _kmr_complete_words "$(_kmr_choices "$before" <<<"$options")" ;;
+    esac
+}
+
+_kmr_complete_argument()
+{
+    local arguments
+    arguments=$(_kmr_listed Positionals <<<"$help")
+    case $arguments in
+    FILE*) _kmr_complete_files ;;
+    TAG* | ADDRESS | AREA*) _kmr_complete_tags ;;
+    esac
+}
+
+_kmr()
+{
+    local kmr=${COMP_WORDS[0]} word=${COMP_WORDS[COMP_CWORD]} before=${COMP_WORDS[COMP_CWORD - 1]}
+    # Bash takes "--format=csv" for three words.
+    if [[ $word == = ]]; then
+        word=
+    elif [[ $before == = ]]; then
+        before=${COMP_WORDS[COMP_CWORD - 2]}
+    fi
+
+    # Those of kmr itself go with each command.
+    local help options i
+    local -a command=()
+    help=$("$kmr" --help 2>/dev/null) || return
+    options=$help
+    for ((i = 1; i < COMP_CWORD; ++i)); do
+        if _kmr_listed Subcommands <<<"$help" | grep -qxFe "${COMP_WORDS[i]}"; then
+            command+=("${COMP_WORDS[i]}")
+            help=$("$kmr" "${command[@]}" --help 2>/dev/null) || return
+            options+=$'\n'$help
+        fi
+    done
+
+    if [[ $before == --* ]] && grep -qe "^  $before [A-Z]" <<<"$options"; then
+        _kmr_complete_value
+    elif [[ $word == -* ]]; then
+        _kmr_complete_words "$(_kmr_listed Options <<<"$options" | sort -u)"
+    elif grep -q '^Subcommands:' <<<"$help"; then
+        _kmr_complete_words "$(_kmr_listed Subcommands <<<"$help")"
+    else
+        _kmr_complete_argument
+    fi
+}
+
+complete -F _kmr kmr
