@@ -1,5 +1,6 @@
 # What cmake --install puts where (GNUInstallDirs): the library, the one header, kmr with its man page
-# and completion, and what CMake and pkg-config need to find the library. Components: runtime, dev, kmr.
+# and completion, and what CMake and pkg-config need to find the library. Components: runtime, dev,
+# kmr.
 include(CMakePackageConfigHelpers)
 
 set(package_dir ${CMAKE_INSTALL_LIBDIR}/cmake/OstrelKmr)
