@@ -1,6 +1,7 @@
 #include "host/line_diagnosis.h"
 
 #include "host/frame_text.h"
+#include "host/tag.h"
 #include "modbus/ascii.h"
 
 #include <algorithm>
@@ -84,7 +85,7 @@ QString shown(const QByteArray &bytes)
     return bytes.size() > MAX_SHOWN_CHARS ? text + "..." : text;
 }
 
-// As --station takes it, but for stations that it can't name.
+// "2" for "02", as --station takes it; other characters than decimal digits as they are.
 QString stationOf(const QByteArray &line)
 {
     const QByteArray digits = line.mid(1, 2);
@@ -160,10 +161,12 @@ Diagnosis diagnoseLine(const QString &asked, const QByteArray &line)
                 "Only one host may ask on a line: disconnect the other one."};
     }
     if (other != asked) {
+        const QString advice = QString("set the controller's station number to %1.").arg(asked);
+        const bool canBeAsked = other.toInt() >= MIN_STATION; // "0A" can't
         return {Finding::OtherStation,
                 QString("Station %1 answers, though station %2 was asked.").arg(other, asked),
-                QString("Ask with --station %1, or set the controller's station number to %2.")
-                    .arg(other, asked)};
+                canBeAsked ? QString("Ask with --station %1, or ").arg(other) + advice
+                           : "No host can ask that one: " + advice};
     }
     return {Finding::NoFit,
             QString("The station answers something that was not asked: %1.")

@@ -85,6 +85,16 @@ TEST(LineDiagnosis, RefusalOfAGatewayPointsBehindIt)
     EXPECT_TRUE(diagnosis.advice.startsWith("This is the gateway's answer"));
 }
 
+TEST(LineDiagnosis, AdviceForOtherRefusalsFollowsTheirReason)
+{
+    const auto advice = [](int code) {
+        return diagnose({probe({}, ReplyFault::None, code)}, EchoMode::Auto).advice;
+    };
+    EXPECT_EQ(advice(6), "Ask again later.");
+    EXPECT_TRUE(advice(10).startsWith("This is the gateway's answer"));
+    EXPECT_EQ(advice(4), "Look at the controller's own diagnosis for the cause.");
+}
+
 TEST(LineDiagnosis, NoCharacterIsSilence)
 {
     EXPECT_EQ(diagnoseOne({}, ReplyFault::Silence).finding, Finding::Silent);
@@ -102,6 +112,14 @@ TEST(LineDiagnosis, LineOfAnotherStationNamesBoth)
     EXPECT_EQ(diagnosis.text, "Station 2 answers, though station 1 was asked.");
     EXPECT_EQ(diagnosis.advice,
               "Ask with --station 2, or set the controller's station number to 1.");
+}
+
+TEST(LineDiagnosis, StationThatNoHostCanAskIsToBeRenumbered)
+{
+    const Diagnosis diagnosis = diagnoseOne(":0A03020007EA\r\n", ReplyFault::WrongStation);
+    EXPECT_EQ(diagnosis.text, "Station 0A answers, though station 1 was asked.");
+    EXPECT_EQ(diagnosis.advice,
+              "No host can ask that one: set the controller's station number to 1.");
 }
 
 TEST(LineDiagnosis, RequestThatIsNotOursBetraysAnotherHost)
@@ -157,6 +175,12 @@ TEST(LineDiagnosis, BadLineIsDamagedAndShown)
 TEST(LineDiagnosis, LostColonIsDamageAndNoWrongSpeed)
 {
     EXPECT_EQ(diagnoseOne("0103020007F3\r\n", ReplyFault::Noise).finding, Finding::Damaged);
+}
+
+TEST(LineDiagnosis, OneCharacterInFourMayBeNoFramesOwn)
+{
+    EXPECT_EQ(diagnoseOne("01?\n", ReplyFault::Noise).finding, Finding::Damaged);
+    EXPECT_EQ(diagnoseOne("0??\n", ReplyFault::Noise).finding, Finding::Garbled);
 }
 
 TEST(LineDiagnosis, LongGarbageIsCutOff)
