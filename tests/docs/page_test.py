@@ -1,0 +1,134 @@
+#!/usr/bin/env python3
+"""Runs the commands of a page, and says where the page shows something else than what they print.
+
+    page_test.py PAGE KMR LIBRARY     in the folder of the repository
+"""
+import glob
+import os
+import re
+import signal
+import socket
+import subprocess
+import sys
+import tempfile
+import time
+
+import page
+
+# Where pages let the simulator listen. It becomes a free port, so that tests can run side by side.
+PORT = "8888"
+DONE = "page_test: done"
+SECONDS = 1  # a command that takes longer hangs
+
+
+def free_port():
+    with socket.socket() as probe:
+        probe.bind(("127.0.0.1", 0))
+        return str(probe.getsockname()[1])
+
+
+class Shell:
+    """One bash for all commands of a page."""
+
+    def __init__(self, folder, kmr, library):
+        self.port = free_port()
+        environment = {key: value for key, value in os.environ.items()
+                       if not key.startswith("KMR_")}
+        environment["PATH"] = os.path.dirname(kmr) + ":" + environment["PATH"]
+        environment["KMR_DRIVER"] = library
+        environment["LC_ALL"] = "C.UTF-8"
+        self.outputs = os.path.join(folder, "..")
+        self.count = 0
+        self.process = subprocess.Popen(
+            ["bash", "--noprofile", "--norc"], cwd=folder, env=environment, text=True,
+            stdin=subprocess.PIPE, stdout=subprocess.PIPE, start_new_session=True)
+
+    def run(self, text, lines_to_wait_for):
+        """The exit code of a command and the lines that it printed. What goes into the background
+        is waited for until it has printed so many lines."""
+        self.count += 1
+        output = os.path.join(self.outputs, f"output{self.count}")
+        text = text.replace(PORT, self.port)
+        # A command may show how the one before it ended, with $?.
+        self.process.stdin.write(
+            f"(exit ${{page_test_code:-0}}); {{ {text}\n}} </dev/null >'{output}' 2>&1\n"
+            f"page_test_code=$?; echo \"{DONE} $page_test_code\"\n")
+        self.process.stdin.flush()
+        code = self.process.stdout.readline()
+        lines = self.lines(output)
+        while text.endswith("&") and len(lines) < lines_to_wait_for:
+            time.sleep(0.01)
+            lines = self.lines(output)
+        if not code.startswith(DONE):
+            raise page.PageError("the shell has ended")
+        return int(code.split()[-1]), lines
+
+    def lines(self, output):
+        with open(output, encoding="utf-8") as file:
+            return file.read().replace(self.port, PORT).splitlines()
+
+    def end(self):
+        os.killpg(self.process.pid, signal.SIGTERM)
+        self.process.wait()
+
+
+def hangs(*_):
+    raise page.PageError(f"takes more than {SECONDS} seconds")
+
+
+def shows_exit_code(command):
+    return command is not None and re.search(r"\$\?", command.text)
+
+
+def check(shell, command, following):
+    """Runs a command and returns what is wrong with it, or nothing."""
+    signal.signal(signal.SIGALRM, hangs)
+    signal.alarm(SECONDS)
+    try:
+        code, lines = shell.run(command.text, len(command.output or []))
+    except page.PageError as error:
+        return str(error)
+    finally:
+        signal.alarm(0)
+    if code != 0 and not shows_exit_code(following):
+        return f"ends with {code} and says:\n" + "\n".join(lines)
+    if command.output is None:
+        return ""
+    if command.note == "output varies":
+        good = "..." in command.output or len(lines) == len(command.output)
+    else:
+        good = page.fits(command.output, lines)
+    if good:
+        return ""
+    return "\n".join(["the page shows:", *command.output, "it says:", *lines])
+
+
+def missing_files(name, text):
+    paths, links = page.references(text)
+    linked = {os.path.join(os.path.dirname(name), link) for link in links}
+    return [path for path in sorted(paths | linked) if not glob.glob(path)]
+
+
+def main(name, kmr, library):
+    with open(name, encoding="utf-8") as file:
+        text = file.read()
+    faults = [f"{name}: no such file: {path}" for path in missing_files(name, text)]
+    todo = [command for command in page.commands(text) if command.note != "not run"]
+    with tempfile.TemporaryDirectory() as work:
+        folder = os.path.join(work, "work")
+        os.mkdir(folder)
+        shell = Shell(folder, kmr, library)
+        try:
+            for command, following in zip(todo, todo[1:] + [None]):
+                fault = check(shell, command, following)
+                if fault:
+                    faults.append(f"{name}:{command.line}: {command.text}\n{fault}")
+                    break
+        finally:
+            shell.end()
+    print("\n".join(faults) or f"{name}: {len(todo)} commands run")
+    return 1 if faults else 0
+
+
+if __name__ == "__main__":
+    sys.exit(main(*sys.argv[1:]))
