@@ -76,6 +76,10 @@ endif()
 list(REMOVE_ITEM needed ${QT_CORE} libstdc++.so.6 libm.so.6 libgcc_s.so.1 libc.so.6)
 expect_same("further libraries" "${needed}" "")
 
+# --- Stack protector: a damaged stack ends the program ---
+output_of(text ${NM} -D --undefined-only ${LIBRARY})
+expect_match("stack protector" "${text}" " U __stack_chk_fail")
+
 # --- Segments ---
 output_of(text ${READELF} -lW ${LIBRARY})
 expect_match("read-only after relocation" "${text}" "GNU_RELRO")
