@@ -1,5 +1,7 @@
 #include "host/commands/progress.h"
 
+#include "host/commands/output.h"
+
 #include <algorithm>
 #include <cstdio>
 #include <unistd.h>
@@ -9,6 +11,11 @@ namespace kmr {
 namespace {
 
 constexpr int BAR_WIDTH = 20;
+
+void erase()
+{
+    std::fputs("\r\x1b[K", stderr);
+}
 
 } // namespace
 
@@ -27,24 +34,34 @@ QString progressText(int done, int total, std::chrono::milliseconds elapsed, int
     return text;
 }
 
-ProgressBar::ProgressBar(int total) : m_total(total), m_isShown(isatty(STDERR_FILENO) == 1) {}
+ProgressBar::ProgressBar(int total) : m_total(total), m_isShown(isatty(STDERR_FILENO) == 1)
+{
+    if (m_isShown)
+        setAroundErrors(erase, [this] { draw(); });
+}
 
 void ProgressBar::advance()
 {
     ++m_done;
-    if (!m_isShown)
-        return;
-    const auto elapsed = std::chrono::duration_cast<std::chrono::milliseconds>(
-        std::chrono::steady_clock::now() - m_begin);
-    std::fprintf(stderr, "\r%s\x1b[K",
-                 qPrintable(progressText(m_done, m_total, elapsed, BAR_WIDTH)));
-    std::fflush(stderr);
+    if (m_isShown)
+        draw();
 }
 
 void ProgressBar::clear()
 {
-    if (m_isShown)
-        std::fputs("\r\x1b[K", stderr);
+    if (!m_isShown)
+        return;
+    setAroundErrors({}, {});
+    erase();
+    m_isShown = false;
+}
+
+void ProgressBar::draw() const
+{
+    const auto elapsed = std::chrono::duration_cast<std::chrono::milliseconds>(
+        std::chrono::steady_clock::now() - m_begin);
+    erase();
+    std::fputs(qPrintable(progressText(m_done, m_total, elapsed, BAR_WIDTH)), stderr);
 }
 
 } // namespace kmr
