@@ -18,7 +18,7 @@ import page
 # Where pages let the simulator listen. It becomes a free port, so that tests can run side by side.
 PORT = "8888"
 DONE = "page_test: done"
-SECONDS = 1  # a command that takes longer hangs
+SECONDS = 20  # a command that takes longer hangs
 
 
 def free_port():
