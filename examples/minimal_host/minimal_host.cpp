@@ -11,8 +11,7 @@
 
 #include <cstdio>
 
-namespace
-{
+namespace {
 
 // What this host lends to the driver; it must live as long as the driver is used.
 quint8 statusBlock[STATUS_BLOCK_BYTES];

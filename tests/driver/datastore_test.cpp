@@ -403,7 +403,7 @@ TEST_F(WordChange, ReportsCarryTheDevicesNumberAndTheStation)
     driver.devId = 7;
     watch("D", 5, 7, 0x0001);
     wordChanges(0, 1, "D", 5, 0);
-    EXPECT_EQ(reports(), (std::vector<Report>{Report(7, 1, "D_bit", 80), Report(7, 1, "D", 5),
-                                              Report(7, 1, "D_double", 5),
-                                              Report(7, 1, "D_double", 4)}));
+    EXPECT_EQ(reports(),
+              (std::vector<Report>{Report(7, 1, "D_bit", 80), Report(7, 1, "D", 5),
+                                   Report(7, 1, "D_double", 5), Report(7, 1, "D_double", 4)}));
 }

@@ -162,8 +162,7 @@ TEST_F(LifecycleFlow, BeforeConfigurationTheLibraryAnswersAndSendsNothing)
     EXPECT_EQ(bits("M", 0, 2), (std::vector<int>{0, 0}));
 }
 
-namespace
-{
+namespace {
 
 std::vector<QString> handedOut;
 

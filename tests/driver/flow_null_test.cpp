@@ -1,8 +1,7 @@
 // Null pointers, to every function that takes one.
 #include "loaded_driver.h"
 
-class NullFlow : public FlowTest
-{
+class NullFlow : public FlowTest {
 protected:
     // Configures with a null status block, recipe buffer or mutex.
     void configureWith(quint8 *statusBlock, quint8 *recipeBuffer, QMutex *hostMutex)

@@ -6,11 +6,9 @@
 #include <algorithm>
 #include <iterator>
 
-namespace
-{
+namespace {
 
-class PluginFlow : public FlowTest
-{
+class PluginFlow : public FlowTest {
 protected:
     // A short life of the library: configured, polling, with a write and a one-shot read queued.
     void liveOnce()

@@ -7,8 +7,7 @@
 #include <fstream>
 #include <thread>
 
-namespace
-{
+namespace {
 
 // Whether a thread of this process sleeps, as it does on a locked mutex.
 bool sleeps(pid_t thread)
@@ -21,8 +20,7 @@ bool sleeps(pid_t thread)
 }
 
 // Runs `call` in another thread; the constructor returns once the call has ended or sleeps.
-class Background
-{
+class Background {
 public:
     explicit Background(std::function<void()> call)
         : thread([this, call] {
@@ -45,8 +43,7 @@ private:
     std::thread thread; // last: it uses the others
 };
 
-class RecipeMutexFlow : public FlowTest
-{
+class RecipeMutexFlow : public FlowTest {
 protected:
     RecipeMutexFlow()
     {

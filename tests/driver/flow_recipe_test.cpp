@@ -3,8 +3,7 @@
 
 #include <algorithm>
 
-class RecipeFlow : public FlowTest
-{
+class RecipeFlow : public FlowTest {
 protected:
     static _RCP_VAR_PRO entry(const char *area, int address, int count, int bufWord, int devId = 1)
     {

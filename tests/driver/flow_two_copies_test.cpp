@@ -4,8 +4,7 @@
 #include <QFile>
 #include <QTemporaryDir>
 
-class TwoCopiesFlow : public FlowTest
-{
+class TwoCopiesFlow : public FlowTest {
 protected:
     TwoCopiesFlow()
     {

@@ -16,8 +16,7 @@
 #include <vector>
 
 // One loaded library: loads `path`, resolves the eighteen names and unloads it at its end.
-class LoadedDriver
-{
+class LoadedDriver {
     struct Symbol {
         void *address;
         template <typename Function> operator Function *() const
@@ -100,8 +99,7 @@ struct AddressRun {
 
 // A host around a library loaded anew for each test. The driver starts as device 1 with write
 // queue, retry limit 3 and grouping limit 8.
-class FlowTest : public testing::Test
-{
+class FlowTest : public testing::Test {
 protected:
     FlowTest()
     {

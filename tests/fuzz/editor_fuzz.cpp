@@ -5,8 +5,7 @@
 
 #include <cstdlib>
 
-namespace
-{
+namespace {
 
 void requireOctalThereAndBack(qint32 digits)
 {

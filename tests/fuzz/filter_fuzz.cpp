@@ -5,8 +5,7 @@
 #include <cstdlib>
 #include <iterator>
 
-namespace
-{
+namespace {
 
 const char *const REQUESTS[] = {
     ":01031064000880\r\n",       // read D 100 to 107

@@ -4,8 +4,7 @@
 
 #include <numeric>
 
-namespace
-{
+namespace {
 
 enum Kind { POLL, READ_ONCE, WRITE, UPLOAD, DOWNLOAD, KINDS };
 

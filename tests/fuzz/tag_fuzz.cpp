@@ -4,8 +4,7 @@
 
 #include <cstdlib>
 
-namespace
-{
+namespace {
 
 kmr::DriverFunctions linkedDriver()
 {

@@ -2,8 +2,7 @@
 
 #include <iterator>
 
-namespace
-{
+namespace {
 
 // Beside these the driver changes its mind: ends of areas, second bases, octal and 32-bit limits.
 const qint32 LIMITS[] = {0,     -1,    1,     7,     8,          15,          16,   17,

@@ -8,8 +8,7 @@
 #include <cstdint>
 #include <vector>
 
-class ByteSource
-{
+class ByteSource {
 public:
     // `bytes` must outlive the source.
     ByteSource(const std::uint8_t *bytes, std::size_t size) : m_bytes(bytes), m_left(size) {}

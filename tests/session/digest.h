@@ -9,8 +9,7 @@
 #include <cstdint>
 #include <cstring>
 
-class Digest
-{
+class Digest {
 public:
     void number(std::int64_t value)
     {

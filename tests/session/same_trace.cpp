@@ -8,8 +8,7 @@
 #include <cstdlib>
 #include <random>
 
-namespace
-{
+namespace {
 
 constexpr int CALLS_IN_SESSION = 200;
 constexpr std::size_t BYTES_IN_SESSION = 4096;

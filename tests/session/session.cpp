@@ -4,8 +4,7 @@
 #include <cstdio>
 #include <cstdlib>
 
-namespace
-{
+namespace {
 
 constexpr qint32 MOST_IN_CALL = 600; // more than a queue holds, and longer than a frame
 constexpr qint32 MOST_ELEMENTS = 1500;
@@ -59,8 +58,7 @@ void requireFrame(const FRAME_PRO &frame)
 
 } // namespace
 
-class Session::Host
-{
+class Session::Host {
 public:
     explicit Host(ByteSource &bytes) : m_bytes(bytes), m_recipe(2 * RECIPE_WORDS)
     {

@@ -14,8 +14,7 @@
 
 #include <memory>
 
-class Session
-{
+class Session {
 public:
     explicit Session(ByteSource &bytes);
     ~Session();
