@@ -4,7 +4,7 @@
 
 #include <cerrno>
 #include <cstdio>
-#include <cstring>
+#include <system_error>
 #include <utility>
 
 namespace kmr {
@@ -29,7 +29,8 @@ void print(const QString &line)
     g_isStdoutBroken = true;
     stopFlag() = true;
     if (cause != EPIPE)
-        reportLoss(QString("cannot write to stdout: %1").arg(std::strerror(cause)));
+        reportLoss("cannot write to stdout: " +
+                   QString::fromStdString(std::generic_category().message(cause)));
 }
 
 void printError(const QString &line)
