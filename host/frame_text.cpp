@@ -50,11 +50,10 @@ bool isRead(int function)
     return function == modbus::READ_DISCRETE_INPUTS || function == modbus::READ_HOLDING_REGISTERS;
 }
 
-ModbusTable tableOf(int function)
+ModbusTable tableOf(int readFunction)
 {
-    return function == modbus::READ_DISCRETE_INPUTS || function == modbus::WRITE_SINGLE_COIL
-               ? ModbusTable::Bits
-               : ModbusTable::Registers;
+    return readFunction == modbus::READ_DISCRETE_INPUTS ? ModbusTable::Bits
+                                                        : ModbusTable::Registers;
 }
 
 QString counted(int count, ModbusTable table)
@@ -86,7 +85,7 @@ QString registersText(const QByteArray &data, int bytesEach)
             value = value << 8 | static_cast<unsigned char>(data.at(i + k));
         values.append(QString::number(value));
     }
-    return values.join(' ');
+    return values.isEmpty() ? QString("no value") : values.join(' ');
 }
 
 void tellElements(int address, int count, ModbusTable table, FrameText &text)
@@ -175,12 +174,6 @@ QString lrcText(int found, int right)
                : QString("%1 wrong, %2 would be right").arg(hex(found, 2), hex(right, 2));
 }
 
-// The text of the values behind what they belong to.
-QString withValues(const QString &subject, const QString &values)
-{
-    return values.isEmpty() ? subject : subject + ": " + values;
-}
-
 } // namespace
 
 FrameText explainLine(const QByteArray &line, const QByteArray &request)
@@ -212,16 +205,16 @@ QString toText(const FrameText &frame)
     switch (frame.kind) {
     case FrameKind::Request:
         text = frame.values.isEmpty() ? station + ": read " + subject
-                                      : station + ": write " + withValues(subject, frame.values);
+                                      : station + ": write " + subject + ": " + frame.values;
         break;
     case FrameKind::Answer:
         text = frame.values.isEmpty()
                    ? station + " has written " + subject
                    : station + " answers " +
-                         (subject.isEmpty() ? frame.values : withValues(subject, frame.values));
+                         (subject.isEmpty() ? frame.values : subject + ": " + frame.values);
         break;
     case FrameKind::RequestOrAnswer:
-        text = station + ": write " + withValues(subject, frame.values);
+        text = station + ": write " + subject + ": " + frame.values;
         break;
     case FrameKind::Refusal:
         text = station + " refuses: " + frame.exception;

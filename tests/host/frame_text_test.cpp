@@ -117,4 +117,38 @@ TEST(FrameText, InvisibleCharactersAreSpelledOut)
     EXPECT_EQ(visible(QByteArray(":01\xB1\x00\r\n", 7)), ":01\\xB1\\x00\\r\\n");
 }
 
+TEST(FrameText, BitsWithoutTheirRequestAreCounted)
+{
+    EXPECT_EQ(meaning(":010202210AD0\r\n"), "station 01 answers on: bit 0, bit 5, bit 9, bit 11");
+}
+
+TEST(FrameText, AddressThatNoAreaHasIsToldAsItIs)
+{
+    EXPECT_EQ(meaning(":0103FFF000010C\r\n"), "station 01: read 1 register from FFF0");
+}
+
+TEST(FrameText, StationZeroIsAllStations)
+{
+    EXPECT_EQ(meaning(":00050800FF00F4\r\n"), "all stations: write M0: on");
+}
+
+TEST(FrameText, WriteThatAnnouncesOtherBytesThanItCarriesSaysSo)
+{
+    EXPECT_EQ(meaning(":0110106400010300FA7D\r\n"),
+              "station 01: write D100: 250 [it announces 3 bytes of values and carries 2]");
+}
+
+TEST(FrameText, FramesWithoutAWholeValueSayWhatTheyAre)
+{
+    EXPECT_EQ(meaning(":010301AA51\r\n"), "station 01 answers no value");
+    EXPECT_EQ(meaning(":011010640001007A\r\n"), "station 01: write D100: no value");
+}
+
+TEST(FrameText, FramesOfTheWrongLengthSayIt)
+{
+    EXPECT_EQ(meaning(":01837C\r\n"), "2 bytes fit no frame of this function");
+    EXPECT_EQ(meaning(":01050800FFF3\r\n"), "5 bytes fit no frame of this function");
+    EXPECT_EQ(meaning(":01101064007B\r\n"), "5 bytes fit no frame of this function");
+}
+
 } // namespace kmr
