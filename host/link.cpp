@@ -69,7 +69,7 @@ void parseTcp(const QUrl &url, LinkAddress &address, QStringList &faults)
     if (address.host.isEmpty())
         faults.append("the host is missing");
     const int port = url.port(address.port);
-    if (port < 1 || port > 65535)
+    if (port < 1) // QUrl refuses those above
         faults.append(QString("port %1: expected 1 to 65535").arg(port));
     address.port = static_cast<quint16>(port);
     if (!url.path().isEmpty() || url.hasQuery())

@@ -165,7 +165,7 @@ ReplyFilter::Verdict ReplyFilter::judgeMessage(const QByteArray &line, const QBy
         6) // function, address and quantity or value: else it asks nothing
         return bad(ReplyFault::WrongFunction);
     const int asked = byteAt(m_requestMessage, 1);
-    const int answered = message.size() < 2 ? -1 : byteAt(message, 1);
+    const int answered = byteAt(message, 1);
     if (answered == (asked | modbus::EXCEPTION_BIT)) {
         if (message.size() != 3)
             return bad(ReplyFault::WrongLength);

@@ -42,10 +42,9 @@ Limits limitsOf(const Tag &tag)
     return tag.kind == ElementKind::Word ? Limits{-0x8000, 0xFFFF} : Limits{0, 1};
 }
 
+// Of numbers; a text takes all elements of its tag.
 int elementsPerValue(const Tag &tag)
 {
-    if (tag.type == ValueType::Text)
-        return tag.count;
     return is32Bit(tag.type) && tag.kind == ElementKind::Word ? 2 : 1;
 }
 

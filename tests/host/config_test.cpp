@@ -50,3 +50,18 @@ TEST(Config, WhatIsNoTomlIsNamedWithItsLine)
 {
     EXPECT_EQ(faultOf("station = 1\nlink = tcp\n").rfind("kmr.toml:2: ", 0), 0U);
 }
+
+TEST(Config, NumbersAndTruthValuesAreReadAsTheyAreWritten)
+{
+    const auto entries = parse("link = true\nstation = 1.5\ntags = [false, 7]\n");
+    ASSERT_EQ(entries.size(), 3U);
+    EXPECT_EQ(entries[0].values, QStringList("true"));
+    EXPECT_EQ(entries[1].values, QStringList("1.5"));
+    EXPECT_EQ(entries[2].values, (QStringList{"false", "7"}));
+}
+
+TEST(Config, ListWithWhatIsNoTextIsRefused)
+{
+    EXPECT_EQ(faultOf("tags = [\"D100\", 1979-05-27]\n"),
+              "kmr.toml:1: tags: expected text or a list of texts");
+}

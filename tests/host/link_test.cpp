@@ -2,8 +2,13 @@
 
 #include "host/error.h"
 
+#include <QBuffer>
 #include <QTemporaryDir>
 #include <gtest/gtest.h>
+
+#include <cstdlib>
+#include <fcntl.h>
+#include <unistd.h>
 
 using namespace kmr;
 
@@ -115,4 +120,55 @@ TEST(Link, RefusedConnectionIsNamedWithAdvice)
         EXPECT_EQ(error.code(), ExitCode::LinkFailed);
         EXPECT_TRUE(names(error.what(), "nothing listens there")) << error.what();
     }
+}
+
+TEST(Link, EachPartOfAFrameIsChecked)
+{
+    for (const char *frame : {"7E", "9E1", "7X1", "7E3", "7E12"}) {
+        const std::string fault = faultOf(QString("serial:///dev/ttyS1?frame=%1").arg(frame));
+        EXPECT_TRUE(names(fault, "expected data bits (7, 8)")) << frame << ' ' << fault;
+    }
+    EXPECT_EQ(faultOf("serial:///dev/ttyS1?frame=7n1"), "");
+}
+
+TEST(Link, OtherSmallMistakesAreNamed)
+{
+    EXPECT_TRUE(names(faultOf("serial:///"), "the device is missing"));
+    EXPECT_TRUE(names(faultOf("serial:///dev/ttyS1?baud=0"), "baud=0: expected bits a second"));
+    EXPECT_TRUE(names(faultOf("tcp://plc:1?timeout=5"), "nothing may follow the port"));
+    EXPECT_TRUE(names(faultOf("tcp://plc:65536"), "port number out of range"));
+    EXPECT_EQ(faultOf("tcp://plc:65535"), "");
+}
+
+TEST(Link, NetworkThatCannotBeReachedIsNamedWithAdvice)
+{
+    try {
+        openLink(parseLink("tcp://255.255.255.255:1"), std::chrono::milliseconds(2000));
+        FAIL() << "it opened";
+    } catch (const Error &error) {
+        EXPECT_EQ(error.code(), ExitCode::LinkFailed);
+        EXPECT_TRUE(names(error.what(), "check the address, the cable and the network"))
+            << error.what();
+    }
+}
+
+TEST(Link, PortThatIsOpenAlreadyIsBusy)
+{
+    const int terminal = posix_openpt(O_RDWR | O_NOCTTY);
+    ASSERT_TRUE(terminal >= 0 && grantpt(terminal) == 0 && unlockpt(terminal) == 0);
+    const LinkAddress address = parseLink(QString("serial://") + ptsname(terminal));
+    const auto port = openLink(address, std::chrono::milliseconds(100));
+    try {
+        openLink(address, std::chrono::milliseconds(100));
+        ADD_FAILURE() << "it opened twice";
+    } catch (const Error &error) {
+        EXPECT_TRUE(names(error.what(), "busy: another program has the port open")) << error.what();
+    }
+    close(terminal);
+}
+
+TEST(Link, OnlyAConnectionIsOpenedAgain)
+{
+    QBuffer device;
+    EXPECT_FALSE(reconnect(device, parseLink("serial:///dev/x"), std::chrono::milliseconds(1)));
 }

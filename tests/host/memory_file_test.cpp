@@ -92,7 +92,8 @@ TEST(MemoryFile, ValuesAreWholeNumbersOfTheElementsSize)
     EXPECT_TRUE(faultOf("D1,1.5").contains("bad value \"1.5\""));
     EXPECT_TRUE(faultOf("D1,1,2").contains("bad value \"1,2\""));
     EXPECT_TRUE(faultOf("register65536,1").contains("is no element"));
-    EXPECT_TRUE(faultOf("CV2256,1").contains("is no element"));
+    for (const char *name : {"CV2256", "CV1200", "D", "5", "D-1"})
+        EXPECT_TRUE(faultOf(QString("%1,1").arg(name)).contains("is no element")) << name;
 }
 
 } // namespace kmr

@@ -57,6 +57,56 @@ TEST(Names, ScaleMultipliesWhatIsShownAndDividesWhatIsWritten)
     EXPECT_EQ(formatValues(reader.read("f"), {0, 0x41AC}), "215");
 }
 
+TEST(Names, ScaledNumberThatIsNoneIsRefused)
+{
+    const NameTable names = goodNames("t,D100/int16,C,0.1\n");
+    TagReader reader(library(), 1);
+    reader.setNames(names);
+    try {
+        parseValues(reader.read("t"), "warm");
+        FAIL() << "it was accepted";
+    } catch (const Error &error) {
+        EXPECT_STREQ(error.what(), "bad value \"warm\" for t: expected a number, for example 21.5");
+    }
+}
+
+TEST(Names, ScaleLeavesABcdNumberWithoutDecimalDigitsAsItIs)
+{
+    const NameTable names = goodNames("b,D0/bcd,,0.1\n");
+    TagReader reader(library(), 1);
+    reader.setNames(names);
+    EXPECT_EQ(formatValues(reader.read("b"), {0x1234}), "123.4");
+    EXPECT_EQ(formatValues(reader.read("b"), {0x12A4}), "0x12A4");
+}
+
+TEST(Names, OnlyNumbersHaveAScale)
+{
+    EXPECT_EQ(faultsOf("a,CV2200,,0.1\n"), QStringList());
+    for (const char *tag : {"D0x2/text", "D0/hex", "TV5.3"}) {
+        EXPECT_EQ(faultsOf(QString("a,%1,,0.1\n").arg(tag)),
+                  QStringList(QString("names.csv:1: a: bad tag \"a\": %1 has no numbers that could "
+                                      "be scaled")
+                                  .arg(tag)));
+    }
+}
+
+TEST(Names, ScaleIsAFiniteNumberOtherThanZero)
+{
+    for (const char *scale : {"0", "inf", "nan", "1e999"}) {
+        EXPECT_EQ(faultsOf(QString("a,D1,,%1\n").arg(scale)),
+                  QStringList(QString("names.csv:1: bad scale \"%1\" of a: expected a number other "
+                                      "than 0, for example 0.1")
+                                  .arg(scale)));
+    }
+}
+
+TEST(Names, BlanksAroundQuotesDoNotCountAndQuotesInsideAFieldDo)
+{
+    const NameTable names = goodNames("a , \"D1\" ,,,5\" pipe\n");
+    EXPECT_EQ(names.find("a")->tag, "D1");
+    EXPECT_EQ(names.find("a")->comment, "5\" pipe");
+}
+
 TEST(Names, QuotesHoldCommasAndQuotes)
 {
     const NameTable names = goodNames("a,D1,,,\"flow, \"\"hot\"\"\"\r\n# a comment\n\nb, D2 ,C\n");

@@ -266,3 +266,123 @@ TEST_F(PollLoopTest, RequestThatFitsNoFrameIsNotSentButReported)
     EXPECT_EQ(m_noted[0].fault, ReplyFault::NotSendable);
     library().initProperty(nullptr, nullptr, nullptr, &result, "", nullptr);
 }
+
+TEST_F(PollLoopTest, RunsWithoutAnObserver)
+{
+    answer({{{5, D100_IS_1234}}});
+    m_loop->setObserver(nullptr);
+    EXPECT_EQ(m_loop->step(), Step::Exchanged);
+    EXPECT_EQ(valueOfD100(), 0x1234);
+}
+
+TEST_F(PollLoopTest, LineThatTakesNoCharactersIsLost)
+{
+    answer({});
+    m_device->close();
+    ASSERT_TRUE(m_device->open(QIODevice::ReadOnly | QIODevice::Unbuffered));
+    EXPECT_EQ(m_loop->step(), Step::LineLost);
+    ASSERT_EQ(m_noted.size(), 1U);
+    EXPECT_EQ(m_noted[0].outcome, Outcome::Interrupted);
+}
+
+TEST_F(PollLoopTest, StopFlagEndsTheWaitWhereNothingIsToBeSent)
+{
+    answer({});
+    library().addrMerge({});
+    PollLoop loop(library(), *m_device, m_settings, m_stop, [this] {
+        m_stop = true; // while the loop looks at the time, to wait
+        return m_device->clock()();
+    });
+    EXPECT_EQ(loop.step(), Step::Stopped);
+}
+
+TEST_F(PollLoopTest, StopFlagEndsThePassingOverOfSilentStations)
+{
+    answer({});
+    m_loop->setTurnOf([this](const FRAME_PRO &) {
+        m_stop = true;
+        return Turn::PassOver;
+    });
+    EXPECT_EQ(m_loop->step(), Step::Stopped);
+    ASSERT_EQ(m_noted.size(), 1U);
+    EXPECT_EQ(m_noted[0].outcome, Outcome::PassedOver);
+    EXPECT_TRUE(m_device->sent().empty());
+}
+
+TEST_F(PollLoopTest, FloodOfOldCharactersHoldsARequestBackForTheTimeoutAtMost)
+{
+    answer({});
+    for (int i = 0; i < 5000; ++i)
+        m_device->arrive(0, "U");
+    int before = 0; // characters taken before the request
+    m_settings.tap = [this, &before](bool, const QByteArray &) {
+        before += m_device->sent().empty() ? 1 : 0;
+    };
+    auto now = m_device->clock()();
+    const Clock clock = [&now] { return now += std::chrono::milliseconds(100); };
+    PollLoop loop(library(), *m_device, m_settings, m_stop, clock);
+    loop.step();
+    EXPECT_EQ(m_device->sent(), std::vector<QByteArray>{READ_D100});
+    EXPECT_LE(before, 12);
+}
+
+// Takes what is written at once, but sends it only later.
+class SlowDevice : public ScriptedDevice {
+public:
+    SlowDevice(Responder responder, std::function<bool()> wait)
+        : ScriptedDevice(std::move(responder)), m_wait(std::move(wait))
+    {
+    }
+
+    qint64 bytesToWrite() const override
+    {
+        return m_isSent ? 0 : 17;
+    }
+
+    bool waitForBytesWritten(int) override
+    {
+        return m_isSent = m_wait();
+    }
+
+private:
+    const std::function<bool()> m_wait;
+    bool m_isSent = false;
+};
+
+TEST_F(PollLoopTest, SlowLineIsWaitedFor)
+{
+    int waits = 0;
+    SlowDevice device(
+        [](const QByteArray &) {
+            return std::vector<Piece>{{5, D100_IS_1234}};
+        },
+        [&waits] { return ++waits == 3; });
+    PollLoop loop(library(), device, m_settings, m_stop, device.clock());
+    EXPECT_EQ(loop.step(), Step::Exchanged);
+    EXPECT_EQ(waits, 3);
+    EXPECT_EQ(valueOfD100(), 0x1234);
+}
+
+TEST_F(PollLoopTest, StopFlagEndsTheWaitForASlowLine)
+{
+    SlowDevice device([](const QByteArray &) { return std::vector<Piece>{}; },
+                      [this] {
+                          m_stop = true;
+                          return false;
+                      });
+    PollLoop loop(library(), device, m_settings, m_stop, device.clock());
+    EXPECT_EQ(loop.step(), Step::Stopped);
+}
+
+TEST_F(PollLoopTest, SlowLineThatIsLostIsWaitedForNoMore)
+{
+    SlowDevice *line = nullptr;
+    SlowDevice device([](const QByteArray &) { return std::vector<Piece>{}; },
+                      [&line] {
+                          line->close();
+                          return false;
+                      });
+    line = &device;
+    PollLoop loop(library(), device, m_settings, m_stop, device.clock());
+    EXPECT_EQ(loop.step(), Step::LineLost);
+}

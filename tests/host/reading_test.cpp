@@ -85,3 +85,37 @@ TEST_F(ReadingTest, PolledBitsThatAreRefusedEndTheRead)
     m_spoil = [](const QByteArray &, const QByteArray &) { return QByteArray(":0182027B\r\n"); };
     EXPECT_EQ(readNow(*m_session, tags({"M0"}))[0].result.outcome, Outcome::Refused);
 }
+
+TEST_F(ReadingTest, LineLostAtAWordEndsTheRead)
+{
+    session();
+    m_spoil = [this](const QByteArray &, const QByteArray &) {
+        m_device.close();
+        return QByteArray();
+    };
+    for (const Reading &reading : readNow(*m_session, tags({"D100", "D500", "M0"}))) {
+        EXPECT_EQ(reading.result.outcome, Outcome::NoAnswer);
+        EXPECT_TRUE(reading.values.empty());
+    }
+    EXPECT_EQ(m_device.sent().size(), 1U);
+}
+
+TEST_F(ReadingTest, LineLostAtABitEndsTheRead)
+{
+    session();
+    m_spoil = [this](const QByteArray &, const QByteArray &) {
+        m_device.close();
+        return QByteArray();
+    };
+    for (const Reading &reading : readNow(*m_session, tags({"M0", "M500"})))
+        EXPECT_EQ(reading.result.outcome, Outcome::NoAnswer);
+    EXPECT_EQ(m_device.sent().size(), 1U);
+}
+
+TEST_F(ReadingTest, StopFlagSetBeforeTheReadSendsNothing)
+{
+    session();
+    m_stop = true;
+    EXPECT_EQ(readNow(*m_session, tags({"D100", "M0"}))[0].result.outcome, Outcome::NoAnswer);
+    EXPECT_TRUE(m_device.sent().empty());
+}

@@ -122,6 +122,47 @@ TEST_F(RecipeTest, RecipeDownloadMakesTheWordsUnread)
     EXPECT_EQ(m_session->state(tag("D100")).quality, Quality::Unread);
 }
 
+TEST_F(RecipeTest, DownloadThatIsStoppedBetweenTwoAttemptsIsUnknown)
+{
+    session();
+    m_spoil = silence;
+    m_session->setObserver([this](const Exchange &) { m_stop = true; });
+    const TransferResult down = download(*m_session, {{tag("D100"), {4}}});
+    EXPECT_EQ(down.result.outcome, Outcome::Unknown);
+    EXPECT_EQ(down.failedName, "D100");
+}
+
+TEST_F(RecipeTest, RequestsOnTheirWayAreNotTakenForEntries)
+{
+    session();
+    std::uint32_t value = 0;
+    for (const char *polled : {"D0", "CV2200", "2#D100"}) {
+        m_spoil = silence;
+        poll({polled});
+        m_session->step(); // once, and it will be sent again
+        m_spoil = nullptr;
+        const TransferResult down = download(*m_session, {{tag("D100"), {++value}}});
+        EXPECT_TRUE(down.result.isDone()) << polled;
+        EXPECT_EQ(down.finished, 1) << polled;
+        EXPECT_EQ(element("D", 100), value) << polled;
+    }
+}
+
+TEST_F(RecipeTest, RecipeBeyondTheBufferIsRefusedBeforeAnythingIsSent)
+{
+    session();
+    std::vector<RecipeItem> items(4, {tag("D0x10000"), Values(10000, 1)});
+    try {
+        upload(*m_session, items);
+        FAIL() << "it was accepted";
+    } catch (const Error &error) {
+        EXPECT_EQ(error.code(), ExitCode::Usage);
+        EXPECT_STREQ(error.what(), "the recipe has 40000 words, but its buffer holds 32768: divide "
+                                   "it into several files");
+    }
+    EXPECT_TRUE(m_device.sent().empty());
+}
+
 TEST(RecipeFile, IsReadWithHeadingCommentsAndQuotes)
 {
     const TagReader reader(library(), 1);
@@ -163,4 +204,15 @@ TEST(RecipeFile, ValuesMayBeMissingForAnUpload)
     const TagReader reader(library(), 1);
     EXPECT_EQ(parseRecipe("D100\nD101,\n", "f", reader, RecipeValues::Ignored).size(), 2U);
     EXPECT_THROW(parseRecipe("# nothing\n", "f", reader, RecipeValues::Ignored), Error);
+}
+
+TEST(RecipeFile, WithOnlyBadLinesIsNotCalledEmptyAsWell)
+{
+    try {
+        parseRecipe("M0,1\n", "f", TagReader(library(), 1), RecipeValues::Needed);
+        FAIL() << "it was accepted";
+    } catch (const Error &error) {
+        EXPECT_STREQ(error.what(), "f:1: M0 can't be part of a recipe: recipes hold words and "
+                                   "counters (TV, CV, CV2, D)");
+    }
 }

@@ -1,6 +1,10 @@
 #include "host/records.h"
 
+#include "host/csv.h"
+
 #include <gtest/gtest.h>
+
+#include <limits>
 
 using namespace kmr;
 
@@ -99,4 +103,29 @@ TEST(Records, NothingIsWrittenBeforeTheFirstRecord)
     EXPECT_EQ(lines, QStringList());
     records.end();
     EXPECT_EQ(lines, QStringList{"tag"});
+}
+
+TEST(Records, FormatsAreKnownByTheirNames)
+{
+    EXPECT_EQ(formatOf("jsonl"), Format::JsonLines);
+    EXPECT_EQ(formatOf("plain"), Format::Plain);
+    EXPECT_EQ(formatOf("xml"), std::nullopt);
+}
+
+TEST(Records, NumberThatJsonDoesNotKnowIsNull)
+{
+    QStringList lines;
+    RecordWriter records(Format::JsonLines, "read", {"value"}, true,
+                         [&lines](const QString &line) { lines.append(line); });
+    records.add({}, {Value(std::numeric_limits<double>::infinity())});
+    EXPECT_EQ(lines, QStringList("{\"schema\":1,\"command\":\"read\",\"value\":null}"));
+}
+
+TEST(Records, CsvQuotesEachOfWhatNeedsIt)
+{
+    EXPECT_EQ(csvField("a b"), "a b");
+    EXPECT_EQ(csvField("a,b"), "\"a,b\"");
+    EXPECT_EQ(csvField("5\" pipe"), "\"5\"\" pipe\"");
+    EXPECT_EQ(csvField("a\nb"), "\"a\nb\"");
+    EXPECT_EQ(csvField(" a"), "\" a\"");
 }

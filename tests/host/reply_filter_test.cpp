@@ -299,3 +299,40 @@ TEST(ReplyFilter, RequestWithoutFunctionHasNoAnswer)
 {
     EXPECT_EQ(faultOf(":01FF\r\n", D100_IS_1234), ReplyFault::WrongFunction);
 }
+
+TEST(ReplyFilter, RequestWithoutFunctionThatComesBackIsNoAnswer)
+{
+    EXPECT_EQ(faultAtEnd(":01FF\r\n", ":01FF\r\n"), ReplyFault::Silence);
+}
+
+TEST(ReplyFilter, ReadThatComesBackTwiceIsBad)
+{
+    EXPECT_EQ(faultOf(READ_D100, READ_D100 + READ_D100), ReplyFault::WrongLength);
+}
+
+TEST(ReplyFilter, RefusalOfABitWriteDisprovesNoEcho)
+{
+    Echo echo;
+    ReplyFilter filter(SET_M0, echo);
+    EXPECT_EQ(filter.take(":01850278\r\n"), Verdict::Good);
+    EXPECT_EQ(filter.exceptionCode(), 2);
+    EXPECT_TRUE(echo.isUnknown());
+}
+
+TEST(ReplyFilter, ExceptionsThatNoStandardNamesKeepTheirCode)
+{
+    EXPECT_EQ(exceptionText(0x0B), "gateway target device failed to respond (exception 0b)");
+    EXPECT_EQ(exceptionText(0x00), "a reason of its own (exception 00)");
+    EXPECT_EQ(exceptionText(0x07), "a reason of its own (exception 07)");
+    EXPECT_EQ(exceptionText(0x0C), "a reason of its own (exception 0c)");
+}
+
+TEST(ReplyFault, SaysWhatToDoOrWhatWasWrong)
+{
+    EXPECT_EQ(toText(ReplyFault::WrongFunction), "an answer to another function");
+    EXPECT_EQ(toText(ReplyFault::WrongAcknowledgement), "the acknowledgement of another write");
+    EXPECT_EQ(toText(ReplyFault::NotSendable), "the request fits no frame");
+    EXPECT_EQ(toText(ReplyFault::EchoOrAnswer),
+              "the request came back once, as its answer or as the line's echo: say --echo on or "
+              "--echo off");
+}

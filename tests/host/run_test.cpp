@@ -60,3 +60,13 @@ TEST(RefreshedBy, InputsAreWholeBlocksInLinearNumbers)
     frame.replyDataLen = 4;
     EXPECT_EQ(refreshedBy(frame), (Elements{3, "X", 16, 16}));
 }
+
+TEST(Run, EqualsAnotherOnlyInAllItsParts)
+{
+    const Elements run{1, "D", 100, 2};
+    EXPECT_TRUE(run == (Elements{1, "D", 100, 2}));
+    EXPECT_FALSE(run == (Elements{2, "D", 100, 2}));
+    EXPECT_FALSE(run == (Elements{1, "TV", 100, 2}));
+    EXPECT_FALSE(run == (Elements{1, "D", 101, 2}));
+    EXPECT_FALSE(run == (Elements{1, "D", 100, 3}));
+}

@@ -207,3 +207,25 @@ TEST_F(SessionTest, SmallestGroupLimitServesAllAreas)
     EXPECT_EQ(readings[0].values, (Values{1, 2, 3}));
     EXPECT_EQ(readings[1].values, (Values{0, 1}));
 }
+
+TEST_F(SessionTest, WriteThatIsStoppedBetweenTwoAttemptsIsUnknown)
+{
+    session();
+    poll({"D0"});
+    m_spoil = silence;
+    m_session->setObserver([this](const Exchange &) { m_stop = true; });
+    EXPECT_EQ(write("D0", {1}).outcome, Outcome::Unknown);
+    EXPECT_EQ(m_device.sent().size(), 1U);
+}
+
+TEST_F(SessionTest, BitWriteIsUnknownWhereNothingTellsItsEchoFromItsAnswer)
+{
+    session();
+    poll({"M0"});
+    m_spoil = [](const QByteArray &request, const QByteArray &answer) {
+        return isWrite(request) ? answer : "\xFF" + answer; // noise may be the rest of an echo
+    };
+    const RequestResult result = write("M0", {1});
+    EXPECT_EQ(result.outcome, Outcome::Unknown);
+    EXPECT_EQ(result.failure.fault, ReplyFault::EchoOrAnswer);
+}

@@ -199,3 +199,38 @@ TEST(Tag, ValueOfThirtyTwoBitsMayNotLieAcrossABorder)
     EXPECT_EQ(faultOf("D4094/float32"), "");
     EXPECT_TRUE(names(faultOf("D4095/float32"), "the value at D4095"));
 }
+
+TEST(Tag, EndOfAWordRunIsAWord)
+{
+    EXPECT_EQ(elements("TV5..7"), (Elements{1, "TV", 5, 3}));
+    EXPECT_EQ(tag("TV5..7").kind, ElementKind::Word);
+}
+
+TEST(Tag, WrongBeginningOfARunIsWhatIsNamed)
+{
+    EXPECT_EQ(faultOf("D1a..5"), "bad tag \"D1a..5\": \"1a\" is no address in D");
+    EXPECT_TRUE(names(faultOf("D12000..11999"), "D reaches from 0 to 11999"));
+}
+
+TEST(Tag, OctalAreasSayThatTheirLimitsAreOctal)
+{
+    EXPECT_TRUE(names(faultOf("X23420"), "X reaches from 0 to 23417 in octal digits"));
+    EXPECT_TRUE(names(faultOf("Y23420"), "Y reaches from 0 to 23417 in octal digits"));
+    EXPECT_FALSE(names(faultOf("M65537"), "octal"));
+}
+
+TEST(Tag, SignBelongsToNoAddress)
+{
+    EXPECT_EQ(faultOf("D+1"), "bad tag \"D+1\": \"+1\" is no address in D");
+}
+
+TEST(Tag, TypesOfSixteenBitsAndTextFitNoCounter)
+{
+    for (const char *text : {"CV2200/int16", "CV2200/uint16", "CV2200/text"})
+        EXPECT_TRUE(names(faultOf(text), "a counter has 32 bits")) << text;
+}
+
+TEST(Tag, BitsHaveNoTypeOfThirtyTwoBitsEither)
+{
+    EXPECT_EQ(faultOf("M0/int32"), "bad tag \"M0/int32\": bits have no type");
+}

@@ -108,3 +108,34 @@ TEST(TypedValues, RangeIsTheTypes)
     isRefused("D0x2/text", "\\y");
     isRefused("D0x4/float32", "1 2 3 4");
 }
+
+TEST(TypedValues, TextOfOtherCharactersThanLatin1IsRefused)
+{
+    try {
+        parseValues(tag("D0x2/text"), QString::fromUtf8("€"));
+        FAIL() << "it was accepted";
+    } catch (const Error &error) {
+        EXPECT_NE(std::string(error.what()).find("expected characters of Latin-1 only"),
+                  std::string::npos)
+            << error.what();
+    }
+    EXPECT_EQ(parseValues(tag("D0/text"), QString::fromUtf8("é")), (Values{0x00E9}));
+}
+
+TEST(TypedValues, TextShowsControlCharactersBeyondAsciiByTheirCodes)
+{
+    EXPECT_EQ(formatValues(tag("D0x3/text"), {0x1F7E, 0x807F, 0xE99F}),
+              QString::fromUtf8("~\\x1f\\x7f\\x80\\x9fé"));
+}
+
+TEST(TypedValues, HexadecimalCounterTakesItsWholeRange)
+{
+    EXPECT_EQ(parseValues(tag("CV2200/hex"), "0xFFFFFFFF"), (Values{0xFFFFFFFF}));
+    EXPECT_THROW(parseValues(tag("CV2200/hex"), "0x100000000"), Error);
+}
+
+TEST(TypedValues, BcdIsWrittenInDecimalDigitsOnly)
+{
+    EXPECT_EQ(parseValues(tag("D0/bcd"), "9999"), (Values{0x9999}));
+    EXPECT_THROW(parseValues(tag("D0/bcd"), "0x12"), Error);
+}

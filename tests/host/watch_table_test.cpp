@@ -55,3 +55,19 @@ TEST(WatchTable, TrendGoesFromTheLeastToTheGreatest)
     EXPECT_EQ(trendLine({5, 5}), QString::fromUtf8("▄▄"));
     EXPECT_EQ(trendLine({}), "");
 }
+
+TEST(WatchTable, RowWithoutAnAnswerYetIsPending)
+{
+    WatchRow pending;
+    pending.tag = "D1";
+    EXPECT_EQ(tableLines({pending}, "", 80, 24, false)[1], "D1   -            pending  -    0");
+}
+
+TEST(WatchTable, AgeFromTenSecondsOnHasNoTenths)
+{
+    WatchRow old = row("D1", WatchRow::State::Good);
+    old.age = std::chrono::milliseconds(9999);
+    EXPECT_TRUE(tableLines({old}, "", 80, 24, false)[1].contains(" 10.0 s "));
+    old.age = std::chrono::milliseconds(12900);
+    EXPECT_TRUE(tableLines({old}, "", 80, 24, false)[1].contains(" 12 s "));
+}
