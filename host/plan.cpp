@@ -79,6 +79,9 @@ QString reasonFor(const Element &element, const std::vector<FRAME_PRO> &frames)
                 .arg(elementName(frame.var.area, believedBy(frame).first))
                 .arg(frame.var.count);
     }
+    if (isCounterArea(std::get<1>(element)))
+        return "never refreshed: the driver takes a block's number of counters for one of words, "
+               "and reads half of them";
     return "never refreshed: no block holds it, since the driver counts octal numbers in decimal";
 }
 

@@ -91,4 +91,33 @@ TEST(Plan, BlocksComeInTheDriversOrder)
     EXPECT_EQ(made.blocks[3].refreshed.area, "X");
 }
 
+TEST(Plan, HalfOfTheCountersOfABlockIsNeverRefreshed)
+{
+    const Plan made = rawPlan({"CV2200x2"});
+    ASSERT_EQ(made.gaps.size(), 1U);
+    EXPECT_EQ(made.gaps[0].elements, (kmr::Run{1, "CV2", 201, 1}));
+    EXPECT_EQ(made.gaps[0].reason, "never refreshed: the driver takes a block's number of counters "
+                                   "for one of words, and reads half of them");
+    EXPECT_TRUE(plan({"CV2200x2"}).gaps.empty());
+}
+
+TEST(Plan, LongRunOfInputsIsCutInDecimalDigits)
+{
+    const Plan made = rawPlan({"TV5.3", "X0x140"});
+    ASSERT_EQ(made.gaps.size(), 4U);
+    EXPECT_EQ(made.gaps[3].elements, (kmr::Run{1, "X", 116, 24}));
+    EXPECT_EQ(made.gaps[3].reason, "never refreshed: no block holds it, since the driver counts "
+                                   "octal numbers in decimal");
+    EXPECT_TRUE(plan({"TV5.3", "X0x140"}).gaps.empty());
+}
+
+TEST(Plan, GapsApartAndOfOtherStationsAreNamedEach)
+{
+    const Plan made = rawPlan({"TV5.3", "TV90.3", "2#TV5.3"});
+    ASSERT_EQ(made.gaps.size(), 3U);
+    EXPECT_EQ(made.gaps[0].elements, (kmr::Run{1, "TV", 5, 1}));
+    EXPECT_EQ(made.gaps[1].elements, (kmr::Run{1, "TV", 90, 1}));
+    EXPECT_EQ(made.gaps[2].elements, (kmr::Run{2, "TV", 5, 1}));
+}
+
 } // namespace kmr
