@@ -69,6 +69,8 @@ QString toText(ReplyFault fault)
         return "an answer of the wrong length";
     case ReplyFault::WrongAcknowledgement:
         return "the acknowledgement of another write";
+    case ReplyFault::NoExceptionCode:
+        return "an exception without a code";
     case ReplyFault::MissingEcho:
         return "an answer without the echo that the line gave before: if it echoes no more, start "
                "again or try --echo off";
@@ -169,8 +171,10 @@ ReplyFilter::Verdict ReplyFilter::judgeMessage(const QByteArray &line, const QBy
     if (answered == (asked | modbus::EXCEPTION_BIT)) {
         if (message.size() != 3)
             return bad(ReplyFault::WrongLength);
+        // Codes begin with 1 (MODBUS Application Protocol V1.1b3, section 7); 0 would pass for no
+        // exception, and what was refused for done.
         m_exceptionCode = byteAt(message, 2);
-        return good(line);
+        return m_exceptionCode != 0 ? good(line) : bad(ReplyFault::NoExceptionCode);
     }
     if (answered != asked)
         return bad(ReplyFault::WrongFunction);

@@ -44,6 +44,7 @@ enum class ReplyFault {
     WrongFunction,        // a line about another function
     WrongLength,          // a line shorter or longer than the request's answer
     WrongAcknowledgement, // a write acknowledged that isn't ours
+    NoExceptionCode,      // an exception with code 0, which stands for none
     MissingEcho,          // an answer came, but not the echo that was certain to precede it
     UnexpectedEcho,       // the request came back although EchoMode::Off rules that out
     EchoOrAnswer, // a bit write came back once, and no one knows yet whether the line echoes

@@ -125,6 +125,13 @@ TEST(ReplyFilter, ExceptionOfTheWrongLengthIsBad)
     EXPECT_EQ(faultOf(READ_D100, ":01837C\r\n"), ReplyFault::WrongLength);
 }
 
+TEST(ReplyFilter, ExceptionWithCodeZeroIsNeitherAnswerNorRefusal)
+{
+    EXPECT_EQ(faultOf(READ_D100, ":0183007C\r\n"), ReplyFault::NoExceptionCode);
+    EXPECT_EQ(faultOf(":01101064000102123432\r\n", ":0190006F\r\n"), ReplyFault::NoExceptionCode);
+    EXPECT_EQ(toText(ReplyFault::NoExceptionCode), "an exception without a code");
+}
+
 TEST(ReplyFilter, CountersAnswerWithFourBytesEach)
 {
     const QByteArray readCounter200 = ":01030EC8000125\r\n";
