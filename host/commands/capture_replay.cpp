@@ -14,6 +14,8 @@ CaptureReplay::CaptureReplay(const Capture &capture)
         } else if (plan != nullptr && !piece.characters.isEmpty()) {
             plan->pieces.push_back(
                 {std::chrono::microseconds(piece.microseconds - last), piece.characters});
+        } else {
+            continue;
         }
         last = piece.microseconds;
     }

@@ -43,6 +43,16 @@ TEST(CaptureReplay, AnswersComeInTheirOrderAndTheLastAgain)
     EXPECT_EQ(answerOf(replay, READ_D101), "other");
 }
 
+TEST(CaptureReplay, PieceWithoutCharactersLeavesTheTimesOfTheOthers)
+{
+    CaptureReplay replay(
+        captureOf({{0, true, READ_D100}, {3, false, ""}, {5, false, "a"}, {9, false, "b"}}));
+    const auto plan = replay.answer(READ_D100);
+    ASSERT_TRUE(plan && plan->pieces.size() == 2);
+    EXPECT_EQ(plan->pieces[0].after, std::chrono::microseconds(5));
+    EXPECT_EQ(plan->pieces[1].after, std::chrono::microseconds(4));
+}
+
 TEST(CaptureReplay, SilenceIsAnAnswerOfItsOwn)
 {
     CaptureReplay replay(
