@@ -312,7 +312,7 @@ void Session::noteQuality(const Exchange &exchange)
 
 void Session::noteRequest(const Exchange &exchange)
 {
-    if (!m_request || m_recipeTransfer || exchange.request.var.reqTag != m_request->tag)
+    if (!m_request || exchange.request.var.reqTag != m_request->tag)
         return;
     m_request->wasSent = true;
     if (isFinal(exchange))

@@ -105,6 +105,14 @@ TEST(LineDiagnosis, RequestAloneIsAnEchoWithoutAnswer)
     EXPECT_EQ(diagnoseOne(REQUEST, ReplyFault::Silence).finding, Finding::EchoOnly);
 }
 
+TEST(LineDiagnosis, EchoInFrontOfAnotherStationsAnswerIsNoOtherHost)
+{
+    const QByteArray received = QByteArray(REQUEST) + ":0203020007F2\r\n";
+    const Diagnosis diagnosis = diagnoseOne(received, ReplyFault::WrongStation);
+    EXPECT_EQ(diagnosis.finding, Finding::OtherStation);
+    EXPECT_EQ(diagnosis.text, "Station 2 answers, though station 1 was asked.");
+}
+
 TEST(LineDiagnosis, LineOfAnotherStationNamesBoth)
 {
     const Diagnosis diagnosis = diagnoseOne(":0203020007F2\r\n", ReplyFault::WrongStation);

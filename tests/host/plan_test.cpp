@@ -113,7 +113,7 @@ TEST(Plan, LongRunOfInputsIsCutInDecimalDigits)
 
 TEST(Plan, GapsApartAndOfOtherStationsAreNamedEach)
 {
-    const Plan made = rawPlan({"TV5.3", "TV90.3", "2#TV5.3"});
+    const Plan made = rawPlan({"TV5.3", "TV90.3", "TV91", "2#TV5.3"});
     ASSERT_EQ(made.gaps.size(), 3U);
     EXPECT_EQ(made.gaps[0].elements, (kmr::Run{1, "TV", 5, 1}));
     EXPECT_EQ(made.gaps[1].elements, (kmr::Run{1, "TV", 90, 1}));

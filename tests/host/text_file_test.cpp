@@ -48,6 +48,13 @@ TEST(TextFile, WhatDoesNotFitOnTheDiskLeavesTheOldFileAlone)
     EXPECT_EQ(QDir(directory.path()).entryList(QDir::Files), QStringList("recipe.csv"));
 }
 
+TEST(TextFile, MissingFolderIsAnErrorNotALostText)
+{
+    const QTemporaryDir directory;
+    const QString path = directory.filePath("no-such-folder/recipe.csv");
+    EXPECT_EQ(codeOf([&path] { writeTextFile(path, "D100,250\n"); }), ExitCode::ItemFailed);
+}
+
 TEST(TextFile, DeviceIsWrittenAndNotReplaced)
 {
     writeTextFile("/dev/null", "D100,250\n");

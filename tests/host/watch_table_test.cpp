@@ -2,6 +2,12 @@
 
 #include <gtest/gtest.h>
 
+#include <cstdio>
+#include <cstdlib>
+#include <fcntl.h>
+#include <functional>
+#include <unistd.h>
+
 using namespace kmr;
 
 namespace {
@@ -20,7 +26,59 @@ WatchRow row(const QString &tag, WatchRow::State state)
     return row;
 }
 
+// What reaches a terminal that knows nothing of its size, until the next table is complete.
+QByteArray shownBy(const std::function<void()> &draw)
+{
+    const int terminal = posix_openpt(O_RDWR | O_NOCTTY);
+    EXPECT_TRUE(terminal >= 0 && grantpt(terminal) == 0 && unlockpt(terminal) == 0);
+    const int line = open(ptsname(terminal), O_RDWR | O_NOCTTY);
+    std::fflush(stdout);
+    const int standardOutput = dup(STDOUT_FILENO);
+    dup2(line, STDOUT_FILENO);
+    draw();
+    std::fflush(stdout);
+    dup2(standardOutput, STDOUT_FILENO);
+
+    QByteArray shown;
+    char characters[1024];
+    while (!shown.endsWith("\x1b[J")) {
+        const ssize_t count = read(terminal, characters, sizeof characters);
+        if (count <= 0)
+            break;
+        shown.append(characters, static_cast<int>(count));
+    }
+    for (const int file : {terminal, line, standardOutput})
+        close(file);
+    return shown;
+}
+
 } // namespace
+
+TEST(LiveTable, HasEightyColumnsAndTwentyFourLinesWhereTheTerminalDoesNotSay)
+{
+    const std::vector<WatchRow> rows(30, row(QString(90, 't'), WatchRow::State::Good));
+    LiveTable table;
+    const QByteArray shown = shownBy([&] { table.draw(rows, "status"); });
+    const QList<QByteArray> lines = QByteArray(shown).replace("\x1b[K", "").split('\n');
+    ASSERT_EQ(lines.size(), 24); // the last one holds the cursor
+    EXPECT_EQ(lines[1], QByteArray(80, 't') + '\r');
+    EXPECT_EQ(lines[21], "... 10 more\r");
+    EXPECT_EQ(lines[22], "status\r");
+}
+
+TEST(LiveTable, ErasedOneIsDrawnFromTheCursorOn)
+{
+    LiveTable table;
+    const QByteArray shown = shownBy([&table] {
+        table.erase(); // nothing is there yet
+        table.draw({}, "first");
+        table.erase();
+        table.draw({}, "second");
+    });
+    const QByteArray heading = "\x1b[KTAG  VALUE  UNIT  QUALITY  AGE  CHANGES  TREND\r\n";
+    EXPECT_EQ(shown, heading + "\x1b[Kfirst\r\n\x1b[J" + "\r\x1b[2A\x1b[K\r\n\x1b[K\r\n\r\x1b[2A" +
+                         heading + "\x1b[Ksecond\r\n\x1b[J");
+}
 
 TEST(WatchTable, HasColumnsThatFitAndTheStatusBelow)
 {
