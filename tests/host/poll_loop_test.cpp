@@ -79,6 +79,29 @@ private:
     std::size_t m_requests = 0;
 };
 
+// Takes what is written at once, but sends it only later.
+class SlowDevice : public ScriptedDevice {
+public:
+    SlowDevice(Responder responder, std::function<bool()> wait)
+        : ScriptedDevice(std::move(responder)), m_wait(std::move(wait))
+    {
+    }
+
+    qint64 bytesToWrite() const override
+    {
+        return m_isSent ? 0 : 17;
+    }
+
+    bool waitForBytesWritten(int) override
+    {
+        return m_isSent = m_wait();
+    }
+
+private:
+    const std::function<bool()> m_wait;
+    bool m_isSent = false;
+};
+
 } // namespace
 
 TEST_F(PollLoopTest, AnswerInPiecesReachesTheDriver)
@@ -325,29 +348,6 @@ TEST_F(PollLoopTest, FloodOfOldCharactersHoldsARequestBackForTheTimeoutAtMost)
     EXPECT_EQ(m_device->sent(), std::vector<QByteArray>{READ_D100});
     EXPECT_LE(before, 12);
 }
-
-// Takes what is written at once, but sends it only later.
-class SlowDevice : public ScriptedDevice {
-public:
-    SlowDevice(Responder responder, std::function<bool()> wait)
-        : ScriptedDevice(std::move(responder)), m_wait(std::move(wait))
-    {
-    }
-
-    qint64 bytesToWrite() const override
-    {
-        return m_isSent ? 0 : 17;
-    }
-
-    bool waitForBytesWritten(int) override
-    {
-        return m_isSent = m_wait();
-    }
-
-private:
-    const std::function<bool()> m_wait;
-    bool m_isSent = false;
-};
 
 TEST_F(PollLoopTest, SlowLineIsWaitedFor)
 {
