@@ -3,8 +3,12 @@
 set(KMR_QT_MAJOR "" CACHE STRING "Major version of Qt: 5, 6 or empty for the first that is found")
 
 if(KMR_QT_MAJOR STREQUAL "")
-    find_package(QT NAMES Qt5 Qt6 REQUIRED COMPONENTS Core)
-    set(KMR_QT_MAJOR ${QT_VERSION_MAJOR} CACHE STRING "" FORCE)
+    find_package(Qt5 QUIET COMPONENTS Core Network SerialPort)
+    set(KMR_QT_MAJOR 6)
+    if(Qt5_FOUND) # one search for both names finds either first
+        set(KMR_QT_MAJOR 5)
+    endif()
+    set(KMR_QT_MAJOR ${KMR_QT_MAJOR} CACHE STRING "" FORCE)
 endif()
 find_package(Qt${KMR_QT_MAJOR} REQUIRED COMPONENTS Core Network SerialPort)
 message(STATUS "Qt ${Qt${KMR_QT_MAJOR}Core_VERSION}")
