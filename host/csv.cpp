@@ -28,10 +28,16 @@ QStringList splitCsv(const QString &line)
             isQuoted = wasQuoted = true;
         } else if (line[i] == ',') {
             finish();
-        } else if (!wasQuoted || !line[i].isSpace()) {
+        } else if (!wasQuoted) {
             field += line[i];
+        } else if (!line[i].isSpace()) {
+            throw Error(ExitCode::Usage, QString("\"%1\" in quotes is followed by \"%2\": write "
+                                                 "quotes inside a field twice")
+                                             .arg(field, line.mid(i)));
         }
     }
+    if (isQuoted)
+        throw Error(ExitCode::Usage, QString("the quote before \"%1\" is not closed").arg(field));
     finish();
     return fields;
 }

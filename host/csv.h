@@ -8,8 +8,8 @@
 
 namespace kmr {
 
-// The fields of one line, trimmed unless they are quoted. A quote that is not closed ends with the
-// line.
+// The fields of one line, trimmed unless they are quoted. Throws Error (Usage) for a field that
+// begins with a quote and goes on behind the closing one, or has none.
 QStringList splitCsv(const QString &line);
 
 // The field, in quotes where it needs them.

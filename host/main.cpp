@@ -29,6 +29,7 @@ struct CommandLine {
     std::string file;
     std::uint64_t count = 0;
     double seconds = 0;
+    int cycle = 0;
     bool verify = false;
     bool dryRun = false;
 };
@@ -99,6 +100,10 @@ void addWatch(CLI::App &app, CommandLine &line, Command &chosen)
                              ->check(CLI::PositiveNumber);
     CLI::Option *seconds = command->add_option("--for", line.seconds, "end after this many seconds")
                                ->check(CLI::PositiveNumber);
+    command
+        ->add_option("--cycle", line.cycle,
+                     "refresh all tags once in so many milliseconds (default: as fast as the line)")
+        ->check(CLI::Range(1, 3600000));
     command->footer(
         std::string(
             "On a terminal it shows a live table (unless --count or --format is given), else a\n"
@@ -107,10 +112,11 @@ void addWatch(CLI::App &app, CommandLine &line, Command &chosen)
             "Ctrl-C ends it, with a summary on stderr.\n\n") +
         TAG_HELP +
         "\n\nExamples:\n  kmr watch D100 X0x8 --link tcp://192.168.0.10:8888\n"
-        "  kmr watch CV2200 --count 10 --link serial:///dev/ttyUSB0");
+        "  kmr watch CV2200 --cycle 500 --count 10 --link serial:///dev/ttyUSB0");
     command->callback([&line, &chosen, count, seconds] {
         chosen = [&line, count, seconds](const kmr::Options &options) {
-            kmr::WatchOptions watch{toQStrings(line.tags), {}, {}};
+            kmr::WatchOptions watch{toQStrings(line.tags), {}, {}, {}};
+            watch.cycle = std::chrono::milliseconds(line.cycle);
             if (count->count() > 0)
                 watch.count = line.count;
             if (seconds->count() > 0)
@@ -205,7 +211,8 @@ int main(int argc, char *argv[])
     const QCoreApplication application(argc, argv);
     CommandLine line;
     Command chosen;
-    CLI::App app("kmr talks to controllers of the Ostrel KMR line through their driver library.");
+    CLI::App app("kmr talks to controllers of the Ostrel KMR line through their driver library.",
+                 "kmr");
     app.fallthrough(); // global options may also follow the command
     app.require_subcommand(1);
     app.footer(std::string(EXIT_HELP) + "\n\n'kmr COMMAND --help' tells more about a command.");

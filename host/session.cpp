@@ -133,13 +133,15 @@ qint32 Session::reportChange(qint32, qint32 station, QString area, qint32 addres
     return 0;
 }
 
-void Session::poll(const std::vector<Run> &runs)
+int Session::poll(const std::vector<Run> &runs)
 {
-    m_isPolling = m_driver.addrMerge(toKeys(runs)) > 0;
+    const int requests = m_driver.addrMerge(toKeys(runs));
+    m_isPolling = requests > 0;
     std::set<int> stations;
     for (const Run &run : runs)
         stations.insert(run.station);
     m_pauses.setStations(stations);
+    return requests;
 }
 
 PollLoop::Step Session::step()

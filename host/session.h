@@ -83,7 +83,8 @@ public:
 
     // Replaces what is polled in turn: runs of readRuns(). When it is empty, the elements of the
     // next request are polled, because without any the driver sends no more than three others.
-    void poll(const std::vector<Run> &runs);
+    // Returns the number of requests that the driver makes of them.
+    int poll(const std::vector<Run> &runs);
 
     // Makes one exchange.
     PollLoop::Step step();

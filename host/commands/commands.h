@@ -54,6 +54,7 @@ struct WatchOptions {
     QStringList tags;
     std::optional<std::uint64_t> count;                // lines to print
     std::optional<std::chrono::milliseconds> duration; // time to watch
+    std::chrono::milliseconds cycle{0};                // time to refresh all tags; 0: the shortest
 };
 
 // Prints a line for each change until the end that was asked for, or Ctrl-C.

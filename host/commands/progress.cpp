@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <cstdio>
+#include <sys/ioctl.h>
 #include <unistd.h>
 
 namespace kmr {
@@ -15,6 +16,14 @@ constexpr int BAR_WIDTH = 20;
 void erase()
 {
     std::fputs("\r\x1b[K", stderr);
+}
+
+// Characters of a line of the terminal, but one: the cursor stands behind what is shown.
+int roomOnLine()
+{
+    winsize size = {};
+    const bool isKnown = ioctl(STDERR_FILENO, TIOCGWINSZ, &size) == 0 && size.ws_col > 0;
+    return (isKnown ? size.ws_col : 80) - 1;
 }
 
 } // namespace
@@ -60,8 +69,9 @@ void ProgressBar::draw() const
 {
     const auto elapsed = std::chrono::duration_cast<std::chrono::milliseconds>(
         std::chrono::steady_clock::now() - m_begin);
+    const QString text = progressText(m_done, m_total, elapsed, BAR_WIDTH);
     erase();
-    std::fputs(qPrintable(progressText(m_done, m_total, elapsed, BAR_WIDTH)), stderr);
+    std::fputs(qPrintable(text.left(roomOnLine())), stderr);
 }
 
 } // namespace kmr

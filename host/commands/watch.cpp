@@ -65,7 +65,7 @@ ExitCode runWatch(const Options &options, const WatchOptions &watch)
     const std::vector<Tag> tags = connection.readTags(watch.tags);
     Session &session = connection.open();
     const bool isLive = !watch.count && !options.isFormatAsked && isDrawable();
-    Watcher watcher(session, tags, options.format, isLive, watch.count);
+    Watcher watcher(session, tags, options.format, isLive, watch.cycle, watch.count);
     watcher.beginPolling();
 
     const steady_clock::time_point begin = steady_clock::now();
@@ -74,10 +74,13 @@ ExitCode runWatch(const Options &options, const WatchOptions &watch)
                (watch.duration && steady_clock::now() - begin >= *watch.duration);
     };
     while (!isOver()) {
-        const PollLoop::Step step = session.step();
-        if (step == PollLoop::Step::LineLost && !isOver() &&
-            !bringBack(connection, watcher, isOver))
+        const std::chrono::nanoseconds pause = watcher.pause();
+        if (pause > pause.zero()) {
+            std::this_thread::sleep_for(std::min<std::chrono::nanoseconds>(pause, STOP_CHECK));
+        } else if (session.step() == PollLoop::Step::LineLost && !isOver() &&
+                   !bringBack(connection, watcher, isOver)) {
             break;
+        }
         watcher.draw();
     }
     watcher.end();

@@ -10,7 +10,7 @@ void WatchRates::note(const Exchange &exchange)
     m_busy += exchange.roundTrip;
 }
 
-QString WatchRates::text(const Statistics &statistics)
+QString WatchRates::text(const QString &cycle, const Statistics &statistics)
 {
     using Seconds = std::chrono::duration<double>;
     const auto now = std::chrono::steady_clock::now();
@@ -22,10 +22,9 @@ QString WatchRates::text(const Statistics &statistics)
         m_exchanges = 0;
         m_busy = std::chrono::nanoseconds(0);
     }
-    const double cycle = m_rate > 0 ? 1000 * static_cast<double>(m_requestsPerCycle) / m_rate : 0;
     return QString("%1 exchanges/s  cycle %2  retries %3  given up %4  line used %5 %")
         .arg(m_rate, 0, 'f', 1)
-        .arg(m_rate > 0 ? QString::number(cycle, 'f', 0) + " ms" : QString("-"))
+        .arg(cycle)
         .arg(statistics.retries())
         .arg(statistics.giveUps())
         .arg(m_use, 0, 'f', 0);

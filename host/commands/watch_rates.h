@@ -12,17 +12,13 @@ namespace kmr {
 
 class WatchRates {
 public:
-    // `requestsPerCycle`: requests that refresh everything once.
-    explicit WatchRates(std::size_t requestsPerCycle) : m_requestsPerCycle(requestsPerCycle) {}
-
     void note(const Exchange &exchange);
 
-    // "20.0 exchanges/s  cycle 100 ms  retries 0  given up 0  line used 13 %". The rates are those
-    // of the last whole second.
-    QString text(const Statistics &statistics);
+    // "20.0 exchanges/s  cycle 512/500 ms  retries 0  given up 0  line used 13 %", with `cycle`
+    // as WatchCycle tells it. The rates are those of the last whole second.
+    QString text(const QString &cycle, const Statistics &statistics);
 
 private:
-    const std::size_t m_requestsPerCycle;
     std::chrono::steady_clock::time_point m_begin = std::chrono::steady_clock::now();
     int m_exchanges = 0;                // since m_begin
     std::chrono::nanoseconds m_busy{0}; // likewise, from a request's begin to its answer's end

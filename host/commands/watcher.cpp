@@ -47,10 +47,10 @@ void noteChange(WatchRow &row, const Tag &tag, const Values &values, bool isFirs
 } // namespace
 
 Watcher::Watcher(Session &session, std::vector<Tag> tags, Format format, bool isLive,
-                 std::optional<std::uint64_t> maxRecords)
+                 std::chrono::milliseconds wantedCycle, std::optional<std::uint64_t> maxRecords)
     : m_session(session), m_tags(std::move(tags)), m_maxRecords(maxRecords), m_rows(m_tags.size()),
       m_shown(m_tags.size()), m_lastGood(m_tags.size()),
-      m_runs(readRuns(m_tags, session.groupLimit())), m_rates(m_runs.size()), m_nextDraw(clockNow())
+      m_runs(readRuns(m_tags, session.groupLimit())), m_cycle(wantedCycle), m_nextDraw(clockNow())
 {
     for (std::size_t i = 0; i < m_tags.size(); ++i) {
         m_rows[i].tag = m_tags[i].text;
@@ -75,12 +75,18 @@ Watcher::~Watcher()
 
 void Watcher::beginPolling()
 {
-    m_session.poll(m_runs);
+    m_cycle.begin(m_session.poll(m_runs), clockNow());
+}
+
+std::chrono::nanoseconds Watcher::pause() const
+{
+    return m_cycle.pause(clockNow());
 }
 
 void Watcher::note(const Exchange &exchange)
 {
     m_rates.note(exchange);
+    m_cycle.note(exchange, clockNow());
     const Run run = refreshedBy(exchange.request);
     if (exchange.outcome == Exchange::Outcome::GivenUp)
         beginOutage(run, {exchange.fault, exchange.exceptionCode});
@@ -117,7 +123,7 @@ void Watcher::draw()
             m_rows[i].age =
                 std::chrono::duration_cast<std::chrono::milliseconds>(time - *m_lastGood[i]);
     }
-    m_table->draw(m_rows, m_rates.text(m_session.statistics()));
+    m_table->draw(m_rows, m_rates.text(m_cycle.text(), m_session.statistics()));
 }
 
 void Watcher::end()

@@ -2,6 +2,7 @@
 // outage begins and when it ends.
 #pragma once
 
+#include "host/commands/watch_cycle.h"
 #include "host/commands/watch_rates.h"
 #include "host/commands/watch_table.h"
 #include "host/error.h"
@@ -21,14 +22,17 @@ namespace kmr {
 class Watcher {
 public:
     // Observes the session, which must outlive it. `isLive`: in a table, else in records of this
-    // format. The watch is over with record number `maxRecords`.
+    // format. `wantedCycle`: see WatchCycle. The watch is over with record number `maxRecords`.
     Watcher(Session &session, std::vector<Tag> tags, Format format, bool isLive,
-            std::optional<std::uint64_t> maxRecords);
+            std::chrono::milliseconds wantedCycle, std::optional<std::uint64_t> maxRecords);
     ~Watcher();
     Watcher(const Watcher &) = delete;
     Watcher &operator=(const Watcher &) = delete;
 
     void beginPolling();
+
+    // The time until the next request is to be made: 0 but between two cycles.
+    std::chrono::nanoseconds pause() const;
 
     // The line is lost: nothing is fresh any more. `advice` follows the words.
     void noteLoss(const QString &advice);
@@ -67,6 +71,7 @@ private:
     std::vector<Values> m_shown;  // empty before the first
     std::vector<std::optional<Time>> m_lastGood;
     const std::vector<Run> m_runs;
+    WatchCycle m_cycle;
     WatchRates m_rates;
     std::optional<RecordWriter> m_records; // or
     std::optional<LiveTable> m_table;

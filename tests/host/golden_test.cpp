@@ -8,6 +8,7 @@
 #include "simulator/tcp_server.h"
 #include "tests/host/kmr_process.h"
 
+#include <QFile>
 #include <QRegularExpression>
 #include <QTemporaryDir>
 #include <gtest/gtest.h>
@@ -67,6 +68,7 @@ protected:
         set("CV2", 200, 70000);
         set("X", 17, 1);
         saveFile(m_directory.filePath("field.jsonl"), CAPTURE);
+        saveFile(m_directory.filePath("mixer.csv"), "tag,value\nD100,250\nD300x3,1 2 3\n");
     }
 
     void set(const QString &area, int number, std::uint32_t value)
@@ -79,8 +81,10 @@ protected:
     {
         const QString link = QString("tcp://127.0.0.1:%1").arg(m_server.port());
         QStringList typed = arguments;
-        if (typed.first() == "trace")
-            typed[1] = m_directory.filePath(typed[1]);
+        for (QString &argument : typed) {
+            if (QFile::exists(m_directory.filePath(argument)))
+                argument = m_directory.filePath(argument);
+        }
         const Finished kmr = run(typed + QStringList{"--link", link});
         QString text = "$ kmr " + arguments.join(' ') + '\n' + kmr.out;
         for (const QString &line : kmr.err.split('\n')) {
@@ -90,13 +94,17 @@ protected:
         return masked(text, link, m_directory.path()) + QString("[exit %1]\n\n").arg(kmr.exitCode);
     }
 
-    // The command in each format.
-    void compareFormats(const QStringList &arguments)
+    QString inEachFormat(const QStringList &arguments)
     {
         QString text;
         for (const char *format : {"plain", "table", "csv", "json", "jsonl"})
             text += transcript(arguments + QStringList{"--format", format});
-        compare(arguments.first(), text);
+        return text;
+    }
+
+    void compareFormats(const QStringList &arguments)
+    {
+        compare(arguments.first(), inEachFormat(arguments));
     }
 
     // The help of a command, and of those below it.
@@ -110,7 +118,7 @@ protected:
         auto names = NAME.globalMatch(BELOW.match(own).captured(1));
         while (names.hasNext())
             text += help(command + QStringList{names.next().captured(1)});
-        return text.replace(KMR_EXECUTABLE, "kmr");
+        return text;
     }
 
     simulator::Controller m_controller{"01"};
@@ -179,4 +187,19 @@ TEST_F(Golden, Read)
 TEST_F(Golden, Write)
 {
     compareFormats({"write", "--verify", "D200..201=7,8", "CV2201=70001"});
+}
+
+TEST_F(Golden, Watch)
+{
+    compareFormats({"watch", "D100", "CV2200", "X16x2", "--count", "3"});
+}
+
+TEST_F(Golden, Recipe)
+{
+    QString text = transcript({"recipe", "download", "mixer.csv", "--verify"});
+    set("D", 301, 7);
+    text += inEachFormat({"recipe", "compare", "mixer.csv"});
+    text += transcript({"recipe", "upload", "mixer.csv"});
+    text += "$ cat mixer.csv\n" + loadFile(m_directory.filePath("mixer.csv"));
+    compare("recipe", text);
 }

@@ -35,9 +35,15 @@ TEST_F(LiveTableTest, ValuesAreDrawnInPlace)
     const QString screen = terminal.waitFor("\nD100 +2 +good +0\\.[0-9] s +1 +▁█\n");
     EXPECT_TRUE(matches(screen, HEADING)) << qPrintable(screen);
     EXPECT_EQ(screen.count("D100"), 1);
-    EXPECT_TRUE(matches(screen, "\n[0-9.]+ exchanges/s  cycle \\S+( ms)?  retries 0  given up 0  "
+    EXPECT_TRUE(matches(screen, "\n[0-9.]+ exchanges/s  cycle \\S+ ms  retries 0  given up 0  "
                                 "line used [0-9]+ %\n"))
         << qPrintable(screen);
+}
+
+TEST_F(LiveTableTest, WantedCycleIsKeptAndShownBesideTheOneReached)
+{
+    Terminal terminal(watch(arguments() + " --cycle 300"), 80, 24);
+    terminal.waitFor("\n[1-4]\\.[0-9] exchanges/s  cycle 3[0-9][0-9]/300 ms  retries 0");
 }
 
 TEST_F(LiveTableTest, NarrowTerminalCutsLinesAndWrapsNone)

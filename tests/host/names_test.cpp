@@ -116,6 +116,14 @@ TEST(Names, QuotesHoldCommasAndQuotes)
     EXPECT_EQ(names.find("c"), nullptr);
 }
 
+TEST(Names, TextBehindAClosingQuoteAndAMissingOneAreNamed)
+{
+    EXPECT_EQ(faultsOf("a,D1,,,\"hot\" water, tap\nb,D2,,,\"hot\n"),
+              (QStringList{"names.csv:1: \"hot\" in quotes is followed by \"water, tap\": write "
+                           "quotes inside a field twice",
+                           "names.csv:2: the quote before \"hot\" is not closed"}));
+}
+
 TEST(Names, EveryBadLineIsNamedWithItsNumber)
 {
     const QStringList faults = faultsOf("a,D1\n1b,D2\nc\nd,D4,,zero\na,D5\ne,Q1\nD6,D7\n"

@@ -24,6 +24,19 @@ TEST(Progress, FirstEntryTellsTheRate)
     EXPECT_EQ(progressText(0, 0, milliseconds(0), 4), "[####] 0 of 0 entries");
 }
 
+TEST(Progress, NarrowTerminalCutsTheLineAndWrapsNone)
+{
+    const QTemporaryDir directory;
+    saveFile(directory.filePath("mixer.csv"), "D0x400,0\n");
+    Simulator simulator({"--listen", "tcp://127.0.0.1:0", "--baud", "19200"});
+    Terminal terminal("\"$KMR\" recipe upload " + directory.filePath("mixer.csv") + " --link " +
+                          simulator.link(),
+                      30, 10);
+    terminal.waitFor("\\[#+\\.+\\] \\d+ of( 5)?\n\n");
+    const QString screen = terminal.waitFor("exit code 0\n");
+    EXPECT_FALSE(screen.contains('#')) << qPrintable(screen); // nothing stays behind
+}
+
 TEST(Progress, StaysBelowTracedLinesOnATerminal)
 {
     const QTemporaryDir directory;

@@ -26,7 +26,7 @@ WatchRow row(const QString &tag, WatchRow::State state)
     return row;
 }
 
-// What reaches a terminal that knows nothing of its size, until the next table is complete.
+// What reaches a terminal that knows nothing of its size. It may come in pieces.
 QByteArray shownBy(const std::function<void()> &draw)
 {
     const int terminal = posix_openpt(O_RDWR | O_NOCTTY);
@@ -36,12 +36,14 @@ QByteArray shownBy(const std::function<void()> &draw)
     const int standardOutput = dup(STDOUT_FILENO);
     dup2(line, STDOUT_FILENO);
     draw();
+    const QByteArray end = "the end";
+    std::fputs(end.constData(), stdout);
     std::fflush(stdout);
     dup2(standardOutput, STDOUT_FILENO);
 
     QByteArray shown;
     char characters[1024];
-    while (!shown.endsWith("\x1b[J")) {
+    while (!shown.endsWith(end)) {
         const ssize_t count = read(terminal, characters, sizeof characters);
         if (count <= 0)
             break;
@@ -49,6 +51,7 @@ QByteArray shownBy(const std::function<void()> &draw)
     }
     for (const int file : {terminal, line, standardOutput})
         close(file);
+    shown.chop(end.size());
     return shown;
 }
 
