@@ -4,11 +4,11 @@ set(KMR_QT_MAJOR "" CACHE STRING "Major version of Qt: 5, 6 or empty for the fir
 
 if(KMR_QT_MAJOR STREQUAL "")
     find_package(Qt5 QUIET COMPONENTS Core Network SerialPort)
-    set(KMR_QT_MAJOR 6)
     if(Qt5_FOUND) # one search for both names finds either first
-        set(KMR_QT_MAJOR 5)
+        set(KMR_QT_MAJOR 5 CACHE STRING "" FORCE)
+    else()
+        set(KMR_QT_MAJOR 6 CACHE STRING "" FORCE)
     endif()
-    set(KMR_QT_MAJOR ${KMR_QT_MAJOR} CACHE STRING "" FORCE)
 endif()
 find_package(Qt${KMR_QT_MAJOR} REQUIRED COMPONENTS Core Network SerialPort)
 message(STATUS "Qt ${Qt${KMR_QT_MAJOR}Core_VERSION}")
