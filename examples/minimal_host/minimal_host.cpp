@@ -43,9 +43,11 @@ QByteArray exchange(QTcpSocket &line, const FRAME_PRO &frame)
     QByteArray reply;
     QElapsedTimer timer;
     timer.start();
-    while (!reply.endsWith("\r\n") && timer.elapsed() < 1000) {
-        if (line.waitForReadyRead(static_cast<int>(1000 - timer.elapsed())))
-            reply += line.readAll();
+    while (!reply.endsWith("\r\n")) {
+        const int left = 1000 - static_cast<int>(timer.elapsed()); // below 0 would wait for ever
+        if (left <= 0 || !line.waitForReadyRead(left))
+            break;
+        reply += line.readAll();
     }
     return reply.endsWith("\r\n") ? reply : QByteArray();
 }
