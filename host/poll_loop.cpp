@@ -72,8 +72,8 @@ PollLoop::Step PollLoop::exchange()
     if (!settle())
         return broken();
     emptyLine();
-    if (isLost(m_device))
-        return Step::LineLost;
+    if (m_stop || isLost(m_device))
+        return broken();
 
     const QByteArray frame(m_frame.frame, m_frame.frameLen);
     const TimePoint begin = m_clock();
@@ -172,7 +172,7 @@ void PollLoop::emptyLine()
     const TimePoint latest = m_clock() + m_settings.timeout;
     do {
         receive();
-    } while (m_device.waitForReadyRead(0) && m_clock() < latest);
+    } while (!m_stop && m_device.waitForReadyRead(0) && m_clock() < latest);
 }
 
 QByteArray PollLoop::receive()
@@ -183,15 +183,18 @@ QByteArray PollLoop::receive()
     return bytes;
 }
 
+// False when the wait was broken off, also because the line takes no characters any more.
 bool PollLoop::send(const QByteArray &frame)
 {
     if (m_settings.tap)
         m_settings.tap(true, frame);
     if (m_device.write(frame) != frame.size())
         return false;
+    const TimePoint latest =
+        m_clock() + m_settings.timeout + m_settings.characterTime * frame.size();
     while (m_device.bytesToWrite() > 0) {
         const bool written = m_device.waitForBytesWritten(static_cast<int>(STOP_CHECK.count()));
-        if (!written && (m_stop || isLost(m_device)))
+        if (!written && (m_stop || isLost(m_device) || m_clock() >= latest))
             return false;
     }
     return true;

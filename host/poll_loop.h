@@ -57,7 +57,7 @@ public:
     enum class Step {
         Exchanged, // one request went out, and the observer was told of it
         Idle,      // the driver has nothing to send
-        LineLost,  // the device can't be used any more
+        LineLost,  // the device can't be used any more, or took no characters for the timeout
         Stopped    // the stop flag is set
     };
 

@@ -51,6 +51,13 @@ QString elementName(const QString &area, int number)
     return area + QString::number(toDriverAddress(area, number));
 }
 
+QString runName(const Run &run)
+{
+    const QString name = elementName(run.area, run.first);
+    const int last = toDriverAddress(run.area, run.end() - 1);
+    return run.count == 1 ? name : QString("%1..%2").arg(name).arg(last);
+}
+
 int nextBorder(const QString &area, int number)
 {
     static const struct {

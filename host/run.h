@@ -37,6 +37,9 @@ int fromDriverAddress(const QString &area, int address);
 // "X17" for the area "X" and the number 15.
 QString elementName(const QString &area, int number);
 
+// "D100" or "D100..107".
+QString runName(const Run &run);
+
 // The first element behind `number` whose address in the controller does not follow on that of the
 // element before it: the base of D changes at 4096 and that of M at 1536, and M 22016 leaves the
 // controller's 16-bit addresses. A request from below to beyond such a border reads or writes other

@@ -32,14 +32,17 @@ Run writtenBy(const VARIABLE &request)
             std::max(1, request.count / words)};
 }
 
-RequestResult resultOf(const Exchange &exchange)
+// `wasUnanswered`: it was sent before and got no answer, so that a write may have been carried out
+// though it is refused now.
+RequestResult resultOf(const Exchange &exchange, bool wasUnanswered)
 {
     using Outcome = RequestResult::Outcome;
     const Failure failure{exchange.fault, exchange.exceptionCode};
     if (exchange.outcome == Exchange::Outcome::Good)
         return {Outcome::Done, {}};
     if (failure.exceptionCode != 0)
-        return {Outcome::Refused, failure};
+        return {wasUnanswered && !isRead(exchange.request) ? Outcome::Unknown : Outcome::Refused,
+                failure};
     if (exchange.outcome == Exchange::Outcome::Interrupted ||
         failure.fault == ReplyFault::EchoOrAnswer)
         return {Outcome::Unknown, failure};
@@ -114,7 +117,8 @@ void Session::configureDriver()
     qint32 result = 0;
     m_driver.initProperty(m_status.data(), nullptr, m_recipe.data(), &result, property.constData(),
                           &m_mutex);
-    m_isPolling = false;
+    m_hasPlan = false;
+    m_isRetrying = false;
 }
 
 Session::~Session()
@@ -135,13 +139,17 @@ qint32 Session::reportChange(qint32, qint32 station, QString area, qint32 addres
 
 int Session::poll(const std::vector<Run> &runs)
 {
-    const int requests = m_driver.addrMerge(toKeys(runs));
-    m_isPolling = requests > 0;
+    m_hasPlan = !runs.empty();
+    return plan(runs);
+}
+
+int Session::plan(const std::vector<Run> &runs)
+{
     std::set<int> stations;
     for (const Run &run : runs)
         stations.insert(run.station);
     m_pauses.setStations(stations);
-    return requests;
+    return m_driver.addrMerge(toKeys(runs));
 }
 
 PollLoop::Step Session::step()
@@ -212,12 +220,14 @@ RequestResult Session::transferRecipe(const QVector<_RCP_VAR_PRO> &entries, Tran
     if (entries.isEmpty()) // the driver would repeat its last request for ever
         return {Outcome::Done, {}};
 
+    PollLoop::Step last = PollLoop::Step::Exchanged;
+    while (last == PollLoop::Step::Exchanged && m_isRetrying) // not an entry's exchange
+        last = step();
     m_driver.setRcpAddress(&entries);
-    m_recipeTransfer = RecipeTransfer{entries, 0, false, std::nullopt};
+    m_recipeTransfer = RecipeTransfer{entries, 0, false, false, std::nullopt};
     const int position =
         direction == Transfer::Download ? STATUS_RECIPE_DOWNLOAD : STATUS_RECIPE_UPLOAD;
     setRequestByte(position, 1);
-    PollLoop::Step last = PollLoop::Step::Exchanged;
     while (last == PollLoop::Step::Exchanged && isRequestByteSet(position))
         last = step();
     if (last != PollLoop::Step::Exchanged)
@@ -255,6 +265,7 @@ Turn Session::turnOf(const FRAME_PRO &request) const
 
 void Session::note(const Exchange &exchange)
 {
+    m_isRetrying = !isFinal(exchange);
     count(exchange);
     noteStation(exchange);
     noteQuality(exchange);
@@ -318,7 +329,9 @@ void Session::noteRequest(const Exchange &exchange)
         return;
     m_request->wasSent = true;
     if (isFinal(exchange))
-        m_request->result = resultOf(exchange);
+        m_request->result = resultOf(exchange, m_request->wasUnanswered);
+    else if (exchange.exceptionCode == 0)
+        m_request->wasUnanswered = true;
 }
 
 // Entries go out in their order; other requests may still be on their way when a transfer begins.
@@ -335,20 +348,23 @@ void Session::noteRecipe(const Exchange &exchange)
     if (exchange.outcome == Exchange::Outcome::Good) {
         ++m_recipeTransfer->finished;
         m_recipeTransfer->wasSent = false;
+        m_recipeTransfer->wasUnanswered = false;
     } else if (isFinal(exchange)) {
-        m_recipeTransfer->result = resultOf(exchange);
+        m_recipeTransfer->result = resultOf(exchange, m_recipeTransfer->wasUnanswered);
+    } else if (exchange.exceptionCode == 0) {
+        m_recipeTransfer->wasUnanswered = true;
     }
 }
 
 void Session::keepPolling(const Run &run)
 {
-    if (!m_isPolling)
-        poll({run});
+    if (!m_hasPlan)
+        plan({run});
 }
 
 void Session::beginRequest(const std::optional<Run> &disturbed)
 {
-    m_request = Request{++m_lastRequestTag, disturbed, false, std::nullopt};
+    m_request = Request{++m_lastRequestTag, disturbed, false, false, std::nullopt};
 }
 
 RequestResult Session::await()

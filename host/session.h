@@ -35,11 +35,12 @@ struct RequestResult {
         Refused,  // the controller's last answer was an exception
         NoAnswer, // given up; a write may have been carried out all the same
         NotSent,  // the line was lost, or the user stopped, before it was sent
-        Unknown   // sent, but then the line was lost, the user stopped, or no one can tell
+        Unknown   // sent, but then the line was lost, the user stopped, or no one can tell: also
+                  // of a write that was refused only when it was sent again without an answer
     };
 
     Outcome outcome = Outcome::NotSent;
-    Failure failure; // with Refused, NoAnswer and Unknown
+    Failure failure; // of the last attempt, where there was one; not with Done
 
     bool isDone() const
     {
@@ -70,7 +71,8 @@ public:
     }
 
     // Is called with the driver's own reports (ValueChangedCallback), during an exchange or a
-    // write. They tell of polled elements whose shown value changed, good or only written.
+    // write: of polled elements whose shown value changed, good or only written, and of its two
+    // events.
     using ChangeObserver = std::function<void(qint32 station, const QString &area, qint32 address)>;
     void setChangeObserver(ChangeObserver observer)
     {
@@ -81,8 +83,8 @@ public:
     // What is to be polled must be set again.
     void restart();
 
-    // Replaces what is polled in turn: runs of readRuns(). When it is empty, the elements of the
-    // next request are polled, because without any the driver sends no more than three others.
+    // Replaces what is polled in turn: runs of readRuns(). When it is empty, the elements of each
+    // request are polled, because without any the driver sends no more than three others.
     // Returns the number of requests that the driver makes of them.
     int poll(const std::vector<Run> &runs);
 
@@ -154,6 +156,7 @@ private:
         qint32 tag = 0;
         std::optional<Run> disturbed; // of a write
         bool wasSent = false;
+        bool wasUnanswered = false; // when it was sent before
         std::optional<RequestResult> result;
     };
 
@@ -161,6 +164,7 @@ private:
         QVector<_RCP_VAR_PRO> entries;
         int finished = 0;                    // entries answered
         bool wasSent = false;                // the entry behind them
+        bool wasUnanswered = false;          // likewise, when it was sent before
         std::optional<RequestResult> result; // of the entry that failed
     };
 
@@ -173,6 +177,7 @@ private:
     void noteQuality(const Exchange &exchange);
     void noteRequest(const Exchange &exchange);
     void noteRecipe(const Exchange &exchange);
+    int plan(const std::vector<Run> &runs);
     void keepPolling(const Run &run);
     void beginRequest(const std::optional<Run> &disturbed);
     RequestResult await();
@@ -194,7 +199,8 @@ private:
     QualityMap m_quality;
     std::optional<Request> m_request;
     std::optional<RecipeTransfer> m_recipeTransfer;
-    bool m_isPolling = false;       // the driver has something to read in turn
+    bool m_hasPlan = false;         // there is something to read in turn, whatever is requested
+    bool m_isRetrying = false;      // the driver sends its last request again
     qint32 m_lastRequestTag = 1000; // above the driver's own tag of read blocks
 };
 

@@ -52,7 +52,7 @@ ExitCode runAreas(const Options &options);
 
 struct WatchOptions {
     QStringList tags;
-    std::optional<std::uint64_t> count;                // lines to print
+    std::optional<std::uint64_t> count;                // changes to show
     std::optional<std::chrono::milliseconds> duration; // time to watch
     std::chrono::milliseconds cycle{0};                // time to refresh all tags; 0: the shortest
 };

@@ -176,6 +176,8 @@ QString toText(const RequestResult &result)
     case Outcome::Unknown:
         break;
     }
+    if (result.failure.exceptionCode != 0)
+        return "unknown: an earlier attempt got no answer, the last was " + toText(result.failure);
     return "unknown: " + (hasFailure ? toText(result.failure) : cause + " before the answer came");
 }
 

@@ -24,19 +24,11 @@ std::vector<RecipeItem> itemsOf(const std::vector<Tag> &tags)
     return items;
 }
 
-// "2#D100..107"
-QString nameOf(const Run &run)
-{
-    const QString name = QString("%1#%2").arg(run.station).arg(elementName(run.area, run.first));
-    const int last = toDriverAddress(run.area, run.end() - 1);
-    return run.count == 1 ? name : QString("%1..%2").arg(name).arg(last);
-}
-
 QString namesOf(std::vector<Run>::const_iterator begin, std::vector<Run>::const_iterator end)
 {
     QStringList names;
     for (; begin != end; ++begin)
-        names.append(nameOf(*begin));
+        names.append(QString("%1#%2").arg(begin->station).arg(runName(*begin)));
     return names.isEmpty() ? QString("none") : names.join(' ');
 }
 

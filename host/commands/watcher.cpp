@@ -29,7 +29,7 @@ std::chrono::steady_clock::time_point clockNow()
 QString subject(const Run &run, bool isRefusal)
 {
     const QString station = QString("station %1").arg(run.station);
-    return isRefusal ? station + ' ' + elementName(run.area, run.first) : station;
+    return isRefusal ? station + ' ' + runName(run) : station;
 }
 
 void noteChange(WatchRow &row, const Tag &tag, const Values &values, bool isFirst)
@@ -47,8 +47,8 @@ void noteChange(WatchRow &row, const Tag &tag, const Values &values, bool isFirs
 } // namespace
 
 Watcher::Watcher(Session &session, std::vector<Tag> tags, Format format, bool isLive,
-                 std::chrono::milliseconds wantedCycle, std::optional<std::uint64_t> maxRecords)
-    : m_session(session), m_tags(std::move(tags)), m_maxRecords(maxRecords), m_rows(m_tags.size()),
+                 std::chrono::milliseconds wantedCycle, std::optional<std::uint64_t> maxChanges)
+    : m_session(session), m_tags(std::move(tags)), m_maxChanges(maxChanges), m_rows(m_tags.size()),
       m_shown(m_tags.size()), m_lastGood(m_tags.size()),
       m_runs(readRuns(m_tags, session.groupLimit())), m_cycle(wantedCycle), m_nextDraw(clockNow())
 {
@@ -198,12 +198,12 @@ void Watcher::addRecord(std::size_t index, const QString &plain, const Values &v
 
 void Watcher::beginOutage(const Run &run, const Failure &failure)
 {
-    const QString name = subject(run, failure.exceptionCode != 0);
-    const QString text = toText(failure);
-    if (m_outages[name] == text)
-        return;
-    m_outages[name] = text;
-    printError(QString("%1 %2: %3").arg(now(), name, text));
+    const bool isRefusal = failure.exceptionCode != 0;
+    const QString name = subject(run, isRefusal);
+    if (!m_outages.insert(name).second)
+        return; // one line, also where the cause changes from request to request
+    const QString request = isRefusal ? QString() : ", asked for " + runName(run);
+    printError(QString("%1 %2: %3").arg(now(), name, toText(failure)) + request);
 }
 
 void Watcher::endOutage(const Run &run)

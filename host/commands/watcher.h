@@ -13,8 +13,8 @@
 
 #include <chrono>
 #include <cstdint>
-#include <map>
 #include <optional>
+#include <set>
 #include <vector>
 
 namespace kmr {
@@ -22,9 +22,10 @@ namespace kmr {
 class Watcher {
 public:
     // Observes the session, which must outlive it. `isLive`: in a table, else in records of this
-    // format. `wantedCycle`: see WatchCycle. The watch is over with record number `maxRecords`.
+    // format. `wantedCycle`: see WatchCycle. The watch is over with change number `maxChanges`;
+    // that a value is stale is no change.
     Watcher(Session &session, std::vector<Tag> tags, Format format, bool isLive,
-            std::chrono::milliseconds wantedCycle, std::optional<std::uint64_t> maxRecords);
+            std::chrono::milliseconds wantedCycle, std::optional<std::uint64_t> maxChanges);
     ~Watcher();
     Watcher(const Watcher &) = delete;
     Watcher &operator=(const Watcher &) = delete;
@@ -46,7 +47,7 @@ public:
 
     bool isOver() const
     {
-        return m_maxRecords && m_changes >= *m_maxRecords;
+        return m_maxChanges && m_changes >= *m_maxChanges;
     }
 
     // What keeps tags from being up to date.
@@ -66,7 +67,7 @@ private:
 
     Session &m_session;
     const std::vector<Tag> m_tags;
-    const std::optional<std::uint64_t> m_maxRecords;
+    const std::optional<std::uint64_t> m_maxChanges;
     std::vector<WatchRow> m_rows; // by tag, as all these
     std::vector<Values> m_shown;  // empty before the first
     std::vector<std::optional<Time>> m_lastGood;
@@ -76,7 +77,7 @@ private:
     std::optional<RecordWriter> m_records; // or
     std::optional<LiveTable> m_table;
     Time m_nextDraw;
-    std::map<QString, QString> m_outages; // causes by what they concern
+    std::set<QString> m_outages; // what they concern
     std::uint64_t m_changes = 0;
 };
 

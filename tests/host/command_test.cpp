@@ -298,6 +298,13 @@ TEST(Command, DryRunShowsTheFramesOfWrites)
                          "M0x2 :01050800FF00F3\nM0x2 :010508010000F1\n");
 }
 
+TEST(Command, DryRunShowsEachFrameOnceOnALineThatEchoes)
+{
+    const Finished write = run({"write", "--dry-run", "--echo", "on", "D100=250"});
+    EXPECT_EQ(write.exitCode, 0) << write.err.toStdString();
+    EXPECT_EQ(write.out, "D100 :0110106400010200FA7E\n");
+}
+
 TEST(Command, ConfigShowsWhatIsInForceAndWhereFrom)
 {
     QTemporaryDir directory;
@@ -400,4 +407,20 @@ TEST(Command, WatchNamesAnOutageOnceAndItsEnd)
     EXPECT_EQ(watch.err.count("station 1: no answer"), 1) << watch.err.toStdString();
     EXPECT_EQ(watch.err.count("station 1 answers again"), 1) << watch.err.toStdString();
     EXPECT_TRUE(watch.err.contains("6 requests sent, 2 good, 2 sent again, 2 given up"));
+}
+
+TEST(Command, WatchTellsAnOutageWhoseCauseChangesOnce)
+{
+    int requests = 0;
+    FakeController controller([&requests](const QByteArray &) {
+        ++requests; // silence and noise by turns
+        return QByteArray(requests > 6        ? ":01030400010002F5\r\n"
+                          : requests % 2 == 1 ? ""
+                                              : ":01\r\n");
+    });
+    const Finished watch = run({"watch", "D100x2", "--count", "1", "--timeout", "20", "--retries",
+                                "0", "--link", controller.link()});
+    EXPECT_EQ(watch.err.count("\n"), 4) << watch.err.toStdString(); // and the summary
+    EXPECT_TRUE(watch.err.contains("station 1: no answer, asked for D100..101\n"));
+    EXPECT_TRUE(watch.err.contains("station 1 answers again\n"));
 }

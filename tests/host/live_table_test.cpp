@@ -74,7 +74,8 @@ TEST_F(LiveTableTest, OutageIsShownAsStaleSinceWhenAndComesBackGood)
     terminal.waitFor("\nD100 +1 +good");
     m_answer = "";
     QString screen = terminal.waitFor("\nD100 +1 +stale since \\d\\d:\\d\\d:\\d\\d +[0-9.]+ s ");
-    EXPECT_TRUE(matches(screen, "\\d{4}-\\S+ station 1: no answer\nTAG ")) << qPrintable(screen);
+    EXPECT_TRUE(matches(screen, "\\d{4}-\\S+ station 1: no answer, asked for D100\nTAG "))
+        << qPrintable(screen);
     EXPECT_TRUE(terminal.colouredScreen().contains("\x1b[31mD100"));
     m_answer = ":0103020002F8\r\n";
     screen = terminal.waitFor("\nD100 +2 +good");

@@ -363,6 +363,33 @@ TEST_F(PollLoopTest, SlowLineIsWaitedFor)
     EXPECT_EQ(valueOfD100(), 0x1234);
 }
 
+TEST_F(PollLoopTest, LineThatTakesNoMoreCharactersIsLostAfterTheTimeout)
+{
+    std::chrono::milliseconds waited{0};
+    SlowDevice device([](const QByteArray &) { return std::vector<Piece>{}; },
+                      [&waited] {
+                          waited += std::chrono::milliseconds(50);
+                          return false;
+                      });
+    m_settings.characterTime = std::chrono::milliseconds(10); // 17 of them
+    const Clock clock = [&waited] { return std::chrono::steady_clock::time_point(waited); };
+    PollLoop loop(library(), device, m_settings, m_stop, clock);
+    EXPECT_EQ(loop.step(), Step::LineLost);
+    EXPECT_EQ(waited.count(), 1200); // the first look behind 1170 ms
+}
+
+TEST_F(PollLoopTest, StopFlagEndsTheEmptyingOfAFloodedLine)
+{
+    answer({});
+    for (int i = 0; i < 1000; ++i)
+        m_device->arrive(0, "?");
+    m_settings.tap = [this](bool, const QByteArray &) { m_stop = true; };
+    PollLoop loop(library(), *m_device, m_settings, m_stop, m_device->clock());
+    EXPECT_EQ(loop.step(), Step::Stopped);
+    EXPECT_TRUE(m_device->sent().empty());
+    EXPECT_TRUE(m_device->waitForReadyRead(0)); // most of it is still there
+}
+
 TEST_F(PollLoopTest, StopFlagEndsTheWaitForASlowLine)
 {
     SlowDevice device([](const QByteArray &) { return std::vector<Piece>{}; },

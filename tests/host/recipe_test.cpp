@@ -148,6 +148,35 @@ TEST_F(RecipeTest, RequestsOnTheirWayAreNotTakenForEntries)
     }
 }
 
+TEST_F(RecipeTest, PolledReadOfAnEntrysOwnWordIsNotTakenForTheEntry)
+{
+    session();
+    int attempts = 0; // the second is the polled read's, sent again
+    m_spoil = [&attempts](const QByteArray &, const QByteArray &answer) {
+        return ++attempts == 2 ? answer : QByteArray();
+    };
+    poll({"D100"});
+    m_session->step();
+    std::vector<RecipeItem> items = {{tag("D100"), {}}, {tag("D200"), {}}};
+    const TransferResult up = upload(*m_session, items);
+    EXPECT_EQ(up.result.outcome, Outcome::NoAnswer);
+    EXPECT_EQ(up.finished, 0);
+    EXPECT_EQ(up.failedName, "D100");
+}
+
+TEST_F(RecipeTest, EntryThatIsRefusedOnlyBehindAnUnansweredAttemptIsUnknown)
+{
+    session();
+    int attempts = 0; // the first is carried out, but its answer gets lost
+    m_spoil = [&attempts](const QByteArray &, const QByteArray &) {
+        return ++attempts == 1 ? QByteArray() : QByteArray(":01900669\r\n");
+    };
+    const TransferResult down = download(*m_session, {{tag("D100"), {4}}});
+    EXPECT_EQ(element("D", 100), 4U);
+    EXPECT_EQ(down.result.outcome, Outcome::Unknown);
+    EXPECT_EQ(down.failedName, "D100");
+}
+
 TEST_F(RecipeTest, RecipeBeyondTheBufferIsRefusedBeforeAnythingIsSent)
 {
     session();

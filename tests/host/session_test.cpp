@@ -70,6 +70,42 @@ TEST_F(SessionTest, RefusedWriteIsToldFromASilentOne)
     EXPECT_EQ(write("D0", {1}).outcome, Outcome::NoAnswer);
 }
 
+TEST_F(SessionTest, WriteThatIsRefusedOnlyBehindAnUnansweredAttemptIsUnknown)
+{
+    session();
+    poll({"D0"});
+    int attempts = 0; // the first is carried out, but its answer gets lost
+    m_spoil = [&attempts](const QByteArray &, const QByteArray &) {
+        return ++attempts == 1 ? QByteArray() : QByteArray(":01900669\r\n");
+    };
+    const RequestResult result = write("D0", {1});
+    EXPECT_EQ(element("D", 0), 1U);
+    EXPECT_EQ(result.outcome, Outcome::Unknown);
+    EXPECT_EQ(result.failure.exceptionCode, 6);
+}
+
+TEST_F(SessionTest, ReadThatIsRefusedBehindAnUnansweredAttemptIsRefused)
+{
+    session();
+    int attempts = 0;
+    m_spoil = [&attempts](const QByteArray &, const QByteArray &) {
+        return ++attempts == 1 ? QByteArray() : QByteArray(":01830676\r\n");
+    };
+    EXPECT_EQ(m_session->readOnce({1, "D", 0, 1}).outcome, Outcome::Refused);
+}
+
+TEST_F(SessionTest, WithoutAPlanEachRequestIsPolledOnlyItself)
+{
+    session();
+    m_session->readOnce({2, "D", 0, 1}); // the controller is station 1
+    const std::size_t sent = m_device.sent().size();
+    for (int i = 0; i < 10; ++i)
+        EXPECT_TRUE(m_session->readOnce({1, "D", i, 1}).isDone());
+    EXPECT_EQ(m_device.sent().size(), sent + 13); // each third followed by a polled one
+    for (std::size_t i = sent; i < m_device.sent().size(); ++i)
+        EXPECT_TRUE(m_device.sent()[i].startsWith(":01")) << m_device.sent()[i].constData();
+}
+
 TEST_F(SessionTest, WrittenValueIsNotGoodUntilItIsReadAgain)
 {
     session();
