@@ -78,7 +78,12 @@ Session &Connection::open()
 {
     const LinkAddress address = linkOf(m_options);
     m_device = openLink(address, m_options.timeout);
-    return begin(characterTime(address));
+    SessionSettings settings;
+    settings.poll.characterTime = characterTime(address);
+    settings.poll.echo = m_options.echo;
+    settings.poll.gap = m_options.gap;
+    settings.retries = m_options.retries;
+    return begin(settings);
 }
 
 bool Connection::reconnect()
@@ -97,18 +102,16 @@ bool Connection::canReconnect() const
 Session &Connection::openOn(std::unique_ptr<QIODevice> device)
 {
     m_device = std::move(device);
-    return begin(std::chrono::nanoseconds(0));
+    SessionSettings settings;
+    settings.poll.echo = EchoMode::Off;
+    settings.retries = 0;
+    return begin(settings);
 }
 
-Session &Connection::begin(std::chrono::nanoseconds characterTime)
+Session &Connection::begin(SessionSettings settings)
 {
-    SessionSettings settings;
     settings.poll.timeout = m_options.timeout;
-    settings.poll.characterTime = characterTime;
-    settings.poll.echo = m_options.echo;
-    settings.poll.gap = m_options.gap;
     tapLine(settings.poll);
-    settings.retries = m_options.retries;
     settings.groupLimit = m_options.groupLimit;
     m_session = std::make_unique<Session>(m_library->functions(), *m_device, settings, stopFlag());
     return *m_session;

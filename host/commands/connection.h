@@ -56,11 +56,12 @@ public:
     // True for a link that reconnect() can bring back.
     bool canReconnect() const;
 
-    // Instead: a session on an open device, without a link.
+    // Instead: a session on an open device that is no line. It neither echoes nor needs pauses, and
+    // answers at once or never.
     Session &openOn(std::unique_ptr<QIODevice> device);
 
 private:
-    Session &begin(std::chrono::nanoseconds characterTime);
+    Session &begin(SessionSettings settings);
     void tapLine(PollSettings &settings);
     void capture(bool isSent, const QByteArray &characters);
 
