@@ -76,6 +76,16 @@ void parseTcp(const QUrl &url, LinkAddress &address, QStringList &faults)
         faults.append("nothing may follow the port");
 }
 
+// "tcp://[::1]:8888"
+QString tcpText(const LinkAddress &address)
+{
+    QUrl url;
+    url.setScheme("tcp");
+    url.setHost(address.host);
+    url.setPort(address.port);
+    return url.toString();
+}
+
 bool connectSocket(QAbstractSocket &socket, const LinkAddress &address,
                    std::chrono::milliseconds timeout)
 {
@@ -95,10 +105,9 @@ std::unique_ptr<QIODevice> openTcp(const LinkAddress &address, std::chrono::mill
                 ? QString("nothing listens there: is the controller or gateway on, "
                           "and the port right?")
                 : QString("check the address, the cable and the network");
-        throw Error(ExitCode::LinkFailed, QString("cannot connect to tcp://%1:%2: %3 (%4)")
-                                              .arg(address.host)
-                                              .arg(address.port)
-                                              .arg(socket->errorString(), advice));
+        throw Error(ExitCode::LinkFailed,
+                    QString("cannot connect to %1: %2 (%3)")
+                        .arg(tcpText(address), socket->errorString(), advice));
     }
     return socket;
 }

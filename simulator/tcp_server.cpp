@@ -38,16 +38,13 @@ QString TcpServer::listen(const QString &host, quint16 port)
 {
     const QHostAddress address = addressOf(host);
     if (address.isNull())
-        return QString("cannot listen on tcp://%1:%2: no such host; give an address of this "
-                       "machine, for example 127.0.0.1")
-            .arg(host, QString::number(port));
+        return "no such host; give an address of this machine, for example 127.0.0.1";
     if (m_server.listen(address, port))
         return {};
     const bool taken = m_server.serverError() == QAbstractSocket::AddressInUseError;
-    return QString("cannot listen on tcp://%1:%2: %3; %4")
-        .arg(host, QString::number(port), m_server.errorString(),
-             taken ? "end the program that uses this port or give another port"
-                   : "give an address of this machine and a port that you may use");
+    return m_server.errorString() +
+           (taken ? "; end the program that uses this port or give another port"
+                  : "; give an address of this machine and a port that you may use");
 }
 
 void TcpServer::accept()

@@ -16,12 +16,6 @@ namespace {
 
 const char *const DEFAULT_LISTEN = "tcp://127.0.0.1:8888";
 
-void require(const QString &fault)
-{
-    if (!fault.isEmpty())
-        throw Error(ExitCode::LinkFailed, fault);
-}
-
 QUrl parseListen(const QString &text)
 {
     const QUrl url(text, QUrl::StrictMode);
@@ -45,12 +39,18 @@ void serve(const ServeOptions &where, const simulator::Responder &respond, simul
     simulator::PseudoTerminal terminal(respond, pacing);
     QStringList ready;
     if (!listen.isEmpty()) {
-        const QUrl url = parseListen(listen);
-        require(server.listen(url.host(), static_cast<quint16>(url.port())));
-        ready.append(QString("ready tcp://%1:%2").arg(url.host()).arg(server.port()));
+        QUrl url = parseListen(listen);
+        const QString fault = server.listen(url.host(), static_cast<quint16>(url.port()));
+        if (!fault.isEmpty())
+            throw Error(ExitCode::LinkFailed,
+                        QString("cannot listen on %1: %2").arg(url.toString(), fault));
+        url.setPort(server.port());
+        ready.append("ready " + url.toString());
     }
     if (!where.pty.isEmpty()) {
-        require(terminal.open(where.pty));
+        const QString fault = terminal.open(where.pty);
+        if (!fault.isEmpty())
+            throw Error(ExitCode::LinkFailed, fault);
         ready.append(QString("ready serial://%1").arg(QFileInfo(where.pty).absoluteFilePath()));
     }
 

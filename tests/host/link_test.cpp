@@ -122,6 +122,16 @@ TEST(Link, RefusedConnectionIsNamedWithAdvice)
     }
 }
 
+TEST(Link, AddressWithColonsIsNamedInBrackets)
+{
+    try {
+        openLink(parseLink("tcp://[::1]:1"), std::chrono::milliseconds(2000));
+        FAIL() << "it opened";
+    } catch (const Error &error) {
+        EXPECT_TRUE(names(error.what(), "cannot connect to tcp://[::1]:1: ")) << error.what();
+    }
+}
+
 TEST(Link, EachPartOfAFrameIsChecked)
 {
     for (const char *frame : {"7E", "9E1", "7X1", "7E3", "7E12"}) {

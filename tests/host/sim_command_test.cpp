@@ -2,6 +2,7 @@
 #include "tests/host/kmr_process.h"
 
 #include <QFileInfo>
+#include <QTcpServer>
 #include <QTemporaryDir>
 #include <gtest/gtest.h>
 
@@ -11,6 +12,24 @@ TEST(Sim, SaysReadyAndEndsCleanlyOnSigterm)
     EXPECT_TRUE(matches(simulator.ready(), "^ready tcp://127\\.0\\.0\\.1:[1-9][0-9]*$"))
         << simulator.ready().toStdString();
     EXPECT_EQ(simulator.terminate(), 0);
+}
+
+TEST(Sim, LinkOfAnAddressWithColonsKeepsItsBrackets)
+{
+    if (!QTcpServer().listen(QHostAddress::LocalHostIPv6))
+        GTEST_SKIP() << "this machine has no IPv6";
+    Simulator simulator({"--listen", "tcp://[::1]:0"});
+    EXPECT_TRUE(matches(simulator.ready(), "^ready tcp://\\[::1\\]:[1-9][0-9]*$"))
+        << simulator.ready().toStdString();
+    EXPECT_EQ(run({"read", "D100", "--link", simulator.link()}).out, "D100 0\n");
+}
+
+TEST(Sim, AddressThatIsNotOfThisMachineIsNamed)
+{
+    const Finished sim = run({"sim", "--listen", "tcp://[2001:db8::1]:8888"});
+    EXPECT_EQ(sim.exitCode, 3);
+    EXPECT_TRUE(sim.err.startsWith("kmr: cannot listen on tcp://[2001:db8::1]:8888: "))
+        << sim.err.toStdString();
 }
 
 TEST(Sim, LogsRequestsInWords)

@@ -211,11 +211,9 @@ TEST(TcpServer, ListensAtAName)
 TEST_F(TcpLink, SaysThatAPortIsTaken)
 {
     simulator::TcpServer second(controller);
-    const QString where = QString("tcp://127.0.0.1:%1").arg(server.port());
     EXPECT_EQ(second.listen(LOOPBACK, server.port()),
-              "cannot listen on " + where +
-                  ": The bound address is already in use; end the program that uses this port or "
-                  "give another port");
+              QString("The bound address is already in use; end the program that uses this port or "
+                      "give another port"));
     EXPECT_EQ(second.port(), 0);
 }
 
@@ -224,8 +222,8 @@ TEST(TcpServer, SaysThatAnAddressIsNotOfThisMachine)
     simulator::Controller controller("01");
     simulator::TcpServer server(controller);
     EXPECT_EQ(server.listen("192.0.2.1", 8888),
-              QString("cannot listen on tcp://192.0.2.1:8888: The address is not available; give "
-                      "an address of this machine and a port that you may use"));
+              QString("The address is not available; give an address of this machine and a port "
+                      "that you may use"));
 }
 
 TEST(TcpServer, SaysThatThereIsNoSuchHost)
@@ -233,8 +231,7 @@ TEST(TcpServer, SaysThatThereIsNoSuchHost)
     simulator::Controller controller("01");
     simulator::TcpServer server(controller);
     EXPECT_EQ(server.listen("", 8888),
-              QString("cannot listen on tcp://:8888: no such host; give an address of this "
-                      "machine, for example 127.0.0.1"));
+              QString("no such host; give an address of this machine, for example 127.0.0.1"));
 }
 
 } // namespace
