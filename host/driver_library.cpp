@@ -106,7 +106,7 @@ QString qtVersionOf(const QString &path)
 
 QString findDriver(const QString &directory)
 {
-    const QString named = qEnvironmentVariable("KMR_DRIVER");
+    QString named = qEnvironmentVariable("KMR_DRIVER");
     if (!named.isEmpty())
         return named;
     for (const char *place : {".", "../driver", "../lib"}) {

@@ -114,12 +114,12 @@ QString readFault(const QString &text, Fault &fault)
         return QString("there is no kind \"%1\", only %2").arg(kind, kindNames());
     fault = {row->kind, row->usual, 1, 1};
     if (items.first().contains('=')) {
-        const QString error = readValue(*row, items.first().section('=', 1), fault.value);
+        QString error = readValue(*row, items.first().section('=', 1), fault.value);
         if (!error.isEmpty())
             return error;
     }
     for (const QString &item : items.mid(1)) {
-        const QString error = readChoice(item.section('=', 0, 0), item.section('=', 1), fault);
+        QString error = readChoice(item.section('=', 0, 0), item.section('=', 1), fault);
         if (!error.isEmpty())
             return error;
     }

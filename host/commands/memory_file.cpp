@@ -80,7 +80,7 @@ void readLine(const QString &line, Memory &memory)
 
 QString nameOf(ModbusTable table, int address)
 {
-    const QString name = elementAt(table, address);
+    QString name = elementAt(table, address);
     if (!name.isEmpty())
         return name;
     return (table == ModbusTable::Bits ? BIT : REGISTER) + QString::number(address);

@@ -18,7 +18,7 @@ const char *const DEFAULT_LISTEN = "tcp://127.0.0.1:8888";
 
 QUrl parseListen(const QString &text)
 {
-    const QUrl url(text, QUrl::StrictMode);
+    QUrl url(text, QUrl::StrictMode);
     if (!url.isValid() || url.scheme() != "tcp" || url.host().isEmpty() || url.port() < 0 ||
         !url.path().isEmpty()) {
         throw Error(ExitCode::Usage, QString("bad address to listen at \"%1\": expected "
