@@ -106,6 +106,7 @@ std::vector<Reading> readNow(Session &session, const std::vector<Tag> &tags)
     Reader reader(session, tags);
     reader.run();
     std::vector<Reading> readings;
+    readings.reserve(tags.size());
     for (const Tag &tag : tags)
         readings.push_back(reader.readingOf(tag));
     return readings;

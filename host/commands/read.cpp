@@ -4,27 +4,27 @@
 
 namespace kmr {
 
-ExitCode runRead(const Options &options, const QStringList &texts)
+ExitCode runRead(const Options &options, const QStringList &tags)
 {
     Connection connection(options);
-    const std::vector<Tag> tags = connection.readTags(texts);
-    const std::vector<Reading> readings = readNow(connection.open(), tags);
+    const std::vector<Tag> wanted = connection.readTags(tags);
+    const std::vector<Reading> readings = readNow(connection.open(), wanted);
 
     RecordWriter records(options.format, "read",
                          {"time", "tag", "values", "unit", "outcome", "error"}, false, print);
     ExitCodes codes;
-    for (std::size_t i = 0; i < tags.size(); ++i) {
+    for (std::size_t i = 0; i < wanted.size(); ++i) {
+        const Tag &tag = wanted[i];
         const RequestResult &result = readings[i].result;
         codes.add(exitCodeOf(result));
-        const Field unit = textField(tags[i].unit);
+        const Field unit = textField(tag.unit);
         if (result.isDone()) {
             const Values &values = readings[i].values;
-            records.add(
-                tags[i].text + ' ' + formatValues(tags[i], values),
-                {now(), tags[i].text, interpret(tags[i], values), unit, QString("good"), {}});
+            records.add(tag.text + ' ' + formatValues(tag, values),
+                        {now(), tag.text, interpret(tag, values), unit, QString("good"), {}});
         } else {
-            printError(QString("%1: %2").arg(tags[i].text, toText(result)));
-            records.add({}, {now(), tags[i].text, {}, unit, outcomeName(result), toText(result)});
+            printError(QString("%1: %2").arg(tag.text, toText(result)));
+            records.add({}, {now(), tag.text, {}, unit, outcomeName(result), toText(result)});
         }
     }
     records.end();

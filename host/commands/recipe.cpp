@@ -137,12 +137,12 @@ ExitCode runRecipeCompare(const Options &options, const QString &file)
     return compare(connection.open(), options.format, items, file);
 }
 
-ExitCode runRecipeUpload(const Options &options, const QString &file, const QStringList &texts)
+ExitCode runRecipeUpload(const Options &options, const QString &file, const QStringList &tags)
 {
     Connection connection(options);
-    std::vector<RecipeItem> items = texts.isEmpty()
+    std::vector<RecipeItem> items = tags.isEmpty()
                                         ? readFile(file, connection.tags(), RecipeValues::Ignored)
-                                        : itemsOf(connection.readTags(texts));
+                                        : itemsOf(connection.readTags(tags));
     requireWritable(file); // else the values would be lost at the end
     Session &session = connection.open();
     ProgressBar bar(static_cast<int>(recipeRuns(items, session.groupLimit()).size()));

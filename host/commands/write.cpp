@@ -121,6 +121,7 @@ void reportUnwritten(RecordWriter &records, const std::vector<Assignment> &assig
 std::vector<Tag> tagsOf(const std::vector<Assignment> &assignments)
 {
     std::vector<Tag> tags;
+    tags.reserve(assignments.size());
     for (const Assignment &assignment : assignments)
         tags.push_back(assignment.tag);
     return tags;
@@ -196,15 +197,15 @@ ExitCode showFrames(Session &session, Format format, const std::vector<Assignmen
 
 } // namespace
 
-ExitCode runWrite(const Options &options, const QStringList &texts, const WriteOptions &how)
+ExitCode runWrite(const Options &options, const QStringList &assignments, const WriteOptions &how)
 {
     Connection connection(options);
-    const std::vector<Assignment> assignments = parseAll(texts, connection.tags());
+    const std::vector<Assignment> parsed = parseAll(assignments, connection.tags());
     Session &session =
         how.dryRun ? connection.openOn(std::make_unique<DryLine>()) : connection.open();
-    session.poll(readRuns(tagsOf(assignments), session.groupLimit()));
-    return how.dryRun ? showFrames(session, options.format, assignments)
-                      : writeAll(session, options.format, assignments, how.verify);
+    session.poll(readRuns(tagsOf(parsed), session.groupLimit()));
+    return how.dryRun ? showFrames(session, options.format, parsed)
+                      : writeAll(session, options.format, parsed, how.verify);
 }
 
 } // namespace kmr
