@@ -42,6 +42,14 @@ bool isLeftBehind(const QFileInfo &path, const QString &devicePath)
     return target == devicePath || (target.startsWith("/dev/pts/") && !path.exists());
 }
 
+void send(int master, const QByteArray &bytes)
+{
+    // What nobody reads is lost when the terminal's buffer is full, as on a real line.
+    const ssize_t written =
+        ::write(master, bytes.constData(), static_cast<std::size_t>(bytes.size()));
+    Q_UNUSED(written)
+}
+
 } // namespace
 
 PseudoTerminal::PseudoTerminal(Controller &controller, Faults *faults, Pacing pacing)
@@ -140,16 +148,8 @@ void PseudoTerminal::receive()
             return;
         }
         m_pacing.slowDown(plan, line.size());
-        sendPieces(plan, *m_waiting, [this](const QByteArray &bytes) { send(bytes); });
+        sendPieces(plan, *m_waiting, [this](const QByteArray &bytes) { send(m_master, bytes); });
     }
-}
-
-void PseudoTerminal::send(const QByteArray &bytes)
-{
-    // What nobody reads is lost when the terminal's buffer is full, as on a real line.
-    const ssize_t written =
-        ::write(m_master, bytes.constData(), static_cast<std::size_t>(bytes.size()));
-    Q_UNUSED(written)
 }
 
 // Until it succeeds: the path may be taken meanwhile, and be given back.

@@ -47,7 +47,6 @@ private:
     QString makeLink(const QString &linkPath);
     void close();
     void receive();
-    void send(const QByteArray &bytes);
     void reopen();
 
     const Responder m_respond;
