@@ -37,7 +37,8 @@ void printError(const QString &line)
 {
     if (g_beforeErrors)
         g_beforeErrors();
-    std::fputs((line.toLocal8Bit() + '\n').constData(), stderr);
+    const int written = std::fputs((line.toLocal8Bit() + '\n').constData(), stderr);
+    static_cast<void>(written); // there is nowhere left to tell it
     if (g_afterErrors)
         g_afterErrors();
 }
