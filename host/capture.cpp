@@ -2,6 +2,7 @@
 
 #include "host/write_all.h"
 
+#include <QFileInfo>
 #include <nlohmann/json.hpp>
 
 namespace kmr {
@@ -44,7 +45,12 @@ CapturedPiece readPiece(const json &piece)
 
 CaptureWriter::CaptureWriter(const QString &path, const QString &link) : m_file(path)
 {
-    if (!m_file.open(QIODevice::WriteOnly | QIODevice::Truncate | QIODevice::Unbuffered)) {
+    if (QFileInfo(path).size() > 0) {
+        throw Error(ExitCode::Usage, QString("%1 holds something already, which a capture would "
+                                             "replace: move it away or name another file")
+                                         .arg(path));
+    }
+    if (!m_file.open(QIODevice::WriteOnly | QIODevice::Unbuffered)) {
         throw Error(ExitCode::Usage,
                     QString("cannot write the capture %1: %2").arg(path, m_file.errorString()));
     }

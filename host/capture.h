@@ -27,7 +27,8 @@ namespace kmr {
 // Writes a capture while the traffic passes; each piece is in the file at once.
 class CaptureWriter {
 public:
-    // Replaces the file. Throws Error (Usage) when it can't be written.
+    // Begins a new file. Throws Error (Usage) when it can't be written, or holds something already:
+    // an earlier capture may be the only evidence of a fault.
     CaptureWriter(const QString &path, const QString &link);
 
     // Throws Error (ItemFailed) when the piece can't be written, on a full disk for example. The

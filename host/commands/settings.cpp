@@ -54,7 +54,7 @@ Settings::Settings(CLI::App &app) : m_app(app)
         ->check(CLI::IsMember({"plain", "table", "csv", "json", "jsonl"}));
     app.add_flag("--trace", m_trace, "explain all traffic on stderr");
     app.add_option("--capture", m_capture,
-                   "write every character with its time to this file, for 'kmr trace FILE'");
+                   "write every character with its time to this new file, for 'kmr trace FILE'");
     add("names", m_names, "file of names for tags: name,tag,unit,scale,comment");
 }
 

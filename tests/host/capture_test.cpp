@@ -55,6 +55,25 @@ TEST(Capture, WrittenFileReadsBack)
     EXPECT_LE(capture.pieces[0].microseconds, capture.pieces[1].microseconds);
 }
 
+TEST(Capture, EarlierCaptureIsRefusedAndKept)
+{
+    const QTemporaryDir directory;
+    const QString path = directory.filePath("capture");
+    CaptureWriter(path, "tcp://a:1").add(true, ":01\r\n");
+    EXPECT_THROW(CaptureWriter(path, "tcp://b:2"), Error);
+    EXPECT_EQ(readCapture(path).link, "tcp://a:1");
+    EXPECT_EQ(readCapture(path).pieces.size(), 1U);
+}
+
+TEST(Capture, EmptyFileIsFilled)
+{
+    const QTemporaryDir directory;
+    const QString path = directory.filePath("capture");
+    ASSERT_TRUE(QFile(path).open(QIODevice::WriteOnly));
+    CaptureWriter(path, "tcp://a:1").add(true, ":01\r\n");
+    EXPECT_EQ(readCapture(path).pieces.size(), 1U);
+}
+
 TEST(Capture, FullDiskIsAnErrorAndLeavesTheWholePiecesBefore)
 {
     const QTemporaryDir directory;
