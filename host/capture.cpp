@@ -13,6 +13,10 @@ using json = nlohmann::ordered_json;
 
 constexpr int VERSION = 1;
 
+const char *const NO_CAPTURE = "no capture of kmr, which begins with {\"kmr_capture\":1, ...}";
+const char *const NO_PIECE =
+    "no piece of traffic, such as {\"us\":1250,\"sent\":\":01031064000187\\r\\n\"}";
+
 std::string toUtf8(const QByteArray &characters)
 {
     // With its size: Qt 5 ends at the first zero byte otherwise.
@@ -83,7 +87,8 @@ Capture parseCapture(const QByteArray &text, const QString &name)
 {
     Capture capture;
     const QList<QByteArray> lines = text.split('\n');
-    for (int i = 0; i < lines.size(); ++i) {
+    const int last = static_cast<int>(lines.size()) - 1; // empty, unless the text breaks off
+    for (int i = 0; i <= last; ++i) {
         if (i > 0 && lines[i].trimmed().isEmpty())
             continue;
         try {
@@ -92,9 +97,12 @@ Capture parseCapture(const QByteArray &text, const QString &name)
                 readHeading(record, capture);
             else
                 capture.pieces.push_back(readPiece(record));
-        } catch (const std::exception &error) {
-            throw badLine(name, i + 1,
-                          QString(i == 0 ? "no capture of kmr: %1" : "%1").arg(error.what()));
+        } catch (const json::exception &) { // its text would tell of the library
+            if (i == 0 || i < last)
+                throw badLine(name, i + 1, i == 0 ? NO_CAPTURE : NO_PIECE);
+            capture.cut = QString("%1:%2: breaks off, left out").arg(name).arg(i + 1);
+        } catch (const std::runtime_error &error) {
+            throw badLine(name, i + 1, error.what());
         }
     }
     return capture;

@@ -52,9 +52,11 @@ struct Capture {
     QDateTime begin;
     QString link; // as typed
     std::vector<CapturedPiece> pieces;
+    QString cut; // names a last line that breaks off and is left out; else empty
 };
 
-// Reads a capture's text. Throws Error (Usage) that names the bad line; `name` is the file's.
+// Reads a capture's text. Throws Error (Usage) that names the bad line; `name` is the file's. Only
+// the last line may break off, as a lost supply or a kill leaves it.
 Capture parseCapture(const QByteArray &text, const QString &name);
 
 // Reads a capture's file. Throws Error (Usage).

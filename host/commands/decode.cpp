@@ -129,7 +129,10 @@ ExitCode runTrace(const Options &options, const QString &file)
                   piece.characters);
     trace.flush();
     records.end();
-    return ExitCode::Ok;
+    if (capture.cut.isEmpty())
+        return ExitCode::Ok;
+    printError(capture.cut);
+    return ExitCode::ItemFailed;
 }
 
 } // namespace kmr

@@ -35,10 +35,12 @@ void addTrace(CLI::App &app, Command &chosen)
     const auto file = std::make_shared<std::string>();
     CLI::App *command = app.add_subcommand("trace", "Explain the traffic of a capture");
     command->add_option("FILE", *file, "what --capture has written")->required();
-    command->footer("Each line: time, direction (> sent, < received), frame, meaning. With --trace "
-                    "any\ncommand explains its traffic while it runs.\n\n"
-                    "Examples:\n  kmr read D100 --capture field.jsonl --link "
-                    "serial:///dev/ttyUSB0\n  kmr trace field.jsonl");
+    command->footer(
+        "Each line: time, direction (> sent, < received), frame, meaning. With --trace "
+        "any\ncommand explains its traffic while it runs. A last line that breaks off is told and "
+        "left\nout; the command then ends with 1.\n\n"
+        "Examples:\n  kmr read D100 --capture field.jsonl --link "
+        "serial:///dev/ttyUSB0\n  kmr trace field.jsonl");
     command->callback([file, &chosen] {
         chosen = [file](const Options &options) { return runTrace(options, toQString(*file)); };
     });

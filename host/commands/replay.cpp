@@ -11,7 +11,10 @@ namespace kmr {
 
 ExitCode runReplay(const ReplayOptions &replay)
 {
-    CaptureReplay capture(readCapture(replay.file));
+    const Capture captured = readCapture(replay.file);
+    if (!captured.cut.isEmpty())
+        printError(captured.cut);
+    CaptureReplay capture(captured);
     std::set<QByteArray> reported; // each once: a host sends the same again and again
     serve(replay.serve, [&](const QByteArray &line) {
         const std::optional<simulator::Plan> plan = capture.answer(line);

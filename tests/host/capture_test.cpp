@@ -94,6 +94,30 @@ TEST(Capture, BadLineIsNamedWithItsNumber)
     EXPECT_TRUE(faultOf("").startsWith("field:1: no capture of kmr"));
 }
 
+TEST(Capture, LastLineThatBreaksOffIsNamedAndLeftOut)
+{
+    const Capture capture = parseCapture(
+        QByteArray(HEADING) + "{\"us\":5,\"sent\":\":01\\r\\n\"}\n{\"us\":9,\"rec", "field");
+    EXPECT_EQ(capture.pieces.size(), 1U);
+    EXPECT_EQ(capture.cut, "field:3: breaks off, left out");
+}
+
+TEST(Capture, WholeLastLineNeedsNoEnd)
+{
+    const Capture capture = parseCapture(QByteArray(HEADING) + "{\"us\":5,\"sent\":\"\"}", "field");
+    EXPECT_EQ(capture.pieces.size(), 1U);
+    EXPECT_EQ(capture.cut, "");
+}
+
+TEST(Capture, FaultsTellWhatIsExpected)
+{
+    EXPECT_EQ(faultOf("nonsense\n"),
+              "field:1: no capture of kmr, which begins with {\"kmr_capture\":1, ...}");
+    EXPECT_EQ(faultOf(QByteArray(HEADING) + "nonsense\n"),
+              "field:2: no piece of traffic, such as "
+              "{\"us\":1250,\"sent\":\":01031064000187\\r\\n\"}");
+}
+
 TEST(Capture, OtherVersionIsRefused)
 {
     EXPECT_TRUE(faultOf("{\"kmr_capture\":2,\"begin\":\"2024-05-01T12:00:00.000Z\"}\n")

@@ -73,6 +73,17 @@ TEST_F(DiagnosisCommand, TraceGoesToStderrAndTheCaptureTellsTheSame)
 
 TEST_F(DiagnosisCommand, TraceOfNoCaptureEndsWithTwo)
 {
+TEST_F(DiagnosisCommand, TraceOfACutCaptureShowsWhatIsWholeAndEndsWithOne)
+{
+    const QString capture = m_directory.filePath("field.jsonl");
+    kmr({"read", "D100", "--capture", capture});
+    saveFile(capture, loadFile(capture).chopped(12));
+    const Finished trace = kmr({"trace", capture});
+    EXPECT_EQ(trace.exitCode, 1);
+    EXPECT_TRUE(trace.out.endsWith("station 01: read D100\n")) << trace.out.toStdString();
+    EXPECT_EQ(trace.err, capture + ":3: breaks off, left out\n");
+}
+
     EXPECT_EQ(kmr({"trace", "/no/such/file"}).exitCode, 2);
     const Finished trace = kmr({"trace", KMR_EXECUTABLE});
     EXPECT_EQ(trace.exitCode, 2);

@@ -46,6 +46,16 @@ TEST_P(ReplayOnBothLinks, CapturedValuesAreReadAgain)
     EXPECT_EQ(replay.log(), "");
 }
 
+TEST_P(ReplayOnBothLinks, CutCaptureIsReplayedAsFarAsItGoes)
+{
+    const QString file = capture({"read", "D100"});
+    saveFile(file, loadFile(file) + "{\"us\":99,\"se");
+    Simulator replay(arguments(file), "replay");
+    EXPECT_EQ(run({"read", "D100", "--link", replay.link()}).out, "D100 250\n");
+    EXPECT_EQ(replay.terminate(), 0);
+    EXPECT_EQ(replay.log(), file + ":4: breaks off, left out\n");
+}
+
 TEST_P(ReplayOnBothLinks, CapturedRefusalIsRepeated)
 {
     const QStringList read = {"read", "D100", "--retries", "0"};
