@@ -56,17 +56,21 @@ RoundTrips Statistics::roundTrips() const
     return {m_min, percentile(sorted, 50), percentile(sorted, 95), percentile(sorted, 99), m_max};
 }
 
-QString summary(const Statistics &statistics)
+QString toText(const RoundTrips &trips)
 {
-    const RoundTrips trips = statistics.roundTrips();
-    return QString("%1 requests sent, %2 good, %3 sent again, %4 given up\n"
-                   "round trip min/median/p95/p99/max %5/%6/%7/%8/%9 ms")
-        .arg(statistics.sent())
-        .arg(statistics.good())
-        .arg(statistics.retries())
-        .arg(statistics.giveUps())
+    return QString("round trip min/median/p95/p99/max %1/%2/%3/%4/%5 ms")
         .arg(milliseconds(trips.min), milliseconds(trips.median), milliseconds(trips.p95),
              milliseconds(trips.p99), milliseconds(trips.max));
+}
+
+QString summary(const Statistics &statistics)
+{
+    const QString counts = QString("%1 requests sent, %2 good, %3 sent again, %4 given up")
+                               .arg(statistics.sent())
+                               .arg(statistics.good())
+                               .arg(statistics.retries())
+                               .arg(statistics.giveUps());
+    return statistics.good() == 0 ? counts : counts + '\n' + toText(statistics.roundTrips());
 }
 
 } // namespace kmr

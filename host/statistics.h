@@ -59,7 +59,10 @@ private:
     std::chrono::nanoseconds m_max{0};
 };
 
-// Two lines for the end of a run, like ping's.
+// "round trip min/median/p95/p99/max 1.500/1.610/2.200/2.900/3.100 ms"
+QString toText(const RoundTrips &trips);
+
+// For the end of a run, like ping's: a line of counts, and one of round trips where there were any.
 QString summary(const Statistics &statistics);
 
 } // namespace kmr

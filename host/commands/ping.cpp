@@ -80,13 +80,7 @@ QString summary(std::uint64_t sent, std::uint64_t answered, const Statistics &st
                                .arg(sent)
                                .arg(answered)
                                .arg(lost, 0, 'f', 1);
-    if (answered == 0)
-        return counts;
-    const RoundTrips trips = statistics.roundTrips();
-    return counts + QString("\nround trip min/median/p95/p99/max %1/%2/%3/%4/%5 ms")
-                        .arg(milliseconds(trips.min), milliseconds(trips.median),
-                             milliseconds(trips.p95), milliseconds(trips.p99),
-                             milliseconds(trips.max));
+    return answered == 0 ? counts : counts + '\n' + toText(statistics.roundTrips());
 }
 
 } // namespace
@@ -137,10 +131,13 @@ ExitCode runScan(const Options &options, const ScanOptions &scan)
     const Run first = connection.readTags({scan.tag}).front().elements;
     Session &session = connection.open();
     RecordWriter records = exchangeRecords(options, "scan");
+    int asked = 0;
     int found = 0;
     session.setObserver([&](const Exchange &exchange) {
         const QString line =
             QString("station %1: %2").arg(exchange.request.var.station).arg(replyText(exchange));
+        if (exchange.outcome != Exchange::Outcome::Interrupted)
+            ++asked;
         if (isAnswered(exchange))
             ++found;
         else if (exchange.fault != ReplyFault::Silence)
@@ -154,7 +151,9 @@ ExitCode runScan(const Options &options, const ScanOptions &scan)
         last = session.step();
     }
     records.end();
-    printError(QString("%1 of %2 stations answer").arg(found).arg(scan.last - scan.first + 1));
+    const int left = scan.last - scan.first + 1 - asked;
+    printError(QString("%1 of %2 stations answer").arg(found).arg(asked) +
+               (left > 0 ? QString(", %1 not asked").arg(left) : QString()));
     if (last == PollLoop::Step::LineLost)
         printError("the line was lost: check the cable or the network, then start again");
     return found > 0 && last != PollLoop::Step::LineLost ? ExitCode::Ok : ExitCode::NoAnswer;

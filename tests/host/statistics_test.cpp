@@ -61,3 +61,10 @@ TEST(Statistics, SummaryNamesAllFigures)
               "2 requests sent, 1 good, 0 sent again, 1 given up\n"
               "round trip min/median/p95/p99/max 1.500/1.500/1.500/1.500/1.500 ms");
 }
+
+TEST(Statistics, SummaryWithoutAGoodExchangeInventsNoRoundTrips)
+{
+    Statistics statistics;
+    statistics.countGiveUp();
+    EXPECT_EQ(summary(statistics), "1 requests sent, 0 good, 0 sent again, 1 given up");
+}
