@@ -20,6 +20,7 @@ namespace {
 
 using kmr::Command;
 using kmr::ExitCode;
+using kmr::TAG_HELP;
 using kmr::toQString;
 using kmr::toQStrings;
 
@@ -33,15 +34,6 @@ struct CommandLine {
     bool verify = false;
     bool dryRun = false;
 };
-
-const char *const TAG_HELP =
-    "A TAG is [STATION#]AREA ADDRESS[..END | xCOUNT][/TYPE] written together:\n"
-    "  D100     word D 100                   2#M0x16   bits M 0 to M 15 of station 2\n"
-    "  X17      input X 17 (octal)           TV5.3     bit 3 of the word TV 5, read only\n"
-    "  CV2200   counter CV2 200              CV21      word CV 21 (CV2 begins at 200)\n"
-    "  D100..107  eight words                D100/float32  one value in D 100 and D 101\n"
-    "Types: int16, uint16, int32, uint32, float32, hex, bcd, text.\n"
-    "'kmr areas' lists the areas.";
 
 const char *const EXIT_HELP =
     "Exit codes: 0 ok, 1 items failed for different reasons, or output could not be written,\n"
@@ -97,9 +89,9 @@ void addWatch(CLI::App &app, CommandLine &line, Command &chosen)
 {
     CLI::App *command = addTagCommand(app, line, "watch", "Show tags as they change");
     CLI::Option *count = command->add_option("--count", line.count, "end after this many lines")
-                             ->check(CLI::PositiveNumber);
+                             ->check(kmr::aboveZero(1e9));
     CLI::Option *seconds = command->add_option("--for", line.seconds, "end after this many seconds")
-                               ->check(CLI::PositiveNumber);
+                               ->check(kmr::aboveZero(1e9));
     command
         ->add_option("--cycle", line.cycle,
                      "refresh all tags once in so many milliseconds (default: as fast as the line)")
@@ -209,6 +201,45 @@ void addRecipe(CLI::App &app, CommandLine &line, Command &chosen)
 int main(int argc, char *argv[])
 {
     const QCoreApplication application(argc, argv);
+// Says at the end of each command's help where the options of all commands are listed.
+void nameCommonOptions(CLI::App &app)
+{
+    for (CLI::App *command : app.get_subcommands({})) {
+        command->footer(command->get_footer() + "\n\n'kmr --help' lists the options that go with "
+                                                "every command, such as --link and --format.");
+        nameCommonOptions(*command);
+    }
+}
+
+// "kmr recipe": as far as the command line could be understood.
+QString understoodCommand(const CLI::App &app)
+{
+    QString text = toQString(app.get_name());
+    for (const CLI::App *command : app.get_subcommands())
+        text += ' ' + understoodCommand(*command);
+    return text;
+}
+
+// The parser's own words, but for what it doesn't know: it would only miss a command.
+QString faultOf(const CLI::App &app, const CLI::ParseError &error)
+{
+    const std::vector<std::string> unknown = app.remaining(true);
+    const bool isMissing = error.get_exit_code() == static_cast<int>(CLI::ExitCodes::RequiredError);
+    if (!isMissing || unknown.empty())
+        return toQString(error.what());
+    const QString first = toQString(unknown.front());
+    return QString(first.startsWith('-') ? "unknown option %1" : "unknown command \"%1\"")
+        .arg(first);
+}
+
+// Each line begins with the program's name, since those of several programs may mix.
+ExitCode fail(ExitCode code, const QString &text)
+{
+    for (const QString &line : text.split('\n'))
+        kmr::printError("kmr: " + line);
+    return code;
+}
+
     CommandLine line;
     Command chosen;
     CLI::App app("kmr talks to controllers of the Ostrel KMR line through their driver library.",
@@ -233,13 +264,16 @@ int main(int argc, char *argv[])
     } catch (const CLI::CallForVersion &) {
         chosen = kmr::runVersion;
     } catch (const CLI::ParseError &error) {
-        return app.exit(error) == 0 ? 0 : static_cast<int>(ExitCode::Usage);
+        if (error.get_exit_code() == 0)
+            return app.exit(error); // help was asked for
+        return static_cast<int>(
+            fail(ExitCode::Usage, QString("%1\n'%2 --help' tells more")
+                                      .arg(faultOf(app, error), understoodCommand(app))));
     }
     try {
         kmr::catchStopSignals();
         return static_cast<int>(kmr::exitCodeAfterLosses(chosen(settings.resolve())));
     } catch (const kmr::Error &error) {
-        kmr::printError("kmr: " + error.text());
-        return static_cast<int>(error.code());
+        return static_cast<int>(fail(error.code(), error.text()));
     }
 }

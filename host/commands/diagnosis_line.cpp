@@ -95,7 +95,7 @@ void addPing(CLI::App &app, Command &chosen)
     const auto line = std::make_shared<Line>();
     CLI::App *command = app.add_subcommand("ping", "Measure round trips to a station");
     command->add_option("COUNT", line->count, "requests (default: until Ctrl-C)")
-        ->check(CLI::PositiveNumber);
+        ->check(aboveZero(1e9));
     command->add_option("--interval", line->interval, "seconds between requests")
         ->check(CLI::Range(0.0, 3600.0))
         ->capture_default_str();
@@ -186,7 +186,7 @@ void addPlan(CLI::App &app, Command &chosen)
     CLI::App *command = app.add_subcommand("plan", "Show the requests that polling tags takes");
     command->add_option("TAG", line->tags, "what to poll (default: the tags of the project file)");
     command->add_option("--baud", line->baud, "bits a second (default: the link's, else 9600)")
-        ->check(CLI::PositiveNumber);
+        ->check(aboveZero(4e6));
     command->add_flag("--raw", line->isRaw, "the list as typed, as another host hands it over");
     command->footer("Opens no link. Times are those of the characters alone, in the link's frame "
                     "format or 7E1.\nEnds with 1 when an element would never be refreshed or read "

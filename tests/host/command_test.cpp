@@ -229,6 +229,36 @@ TEST(Command, BadArgumentsEndWithTwo)
     EXPECT_EQ(run({"sim", "--listen", "udp://x"}).exitCode, 2);
 }
 
+TEST(Command, NumberThatMustBeAboveZeroIsExplained)
+{
+    EXPECT_TRUE(run({"watch", "D1", "--count", "0"})
+                    .err.contains("kmr: --count: expected a number above 0, at most 1000000000, "
+                                  "not \"0\"\n"));
+    EXPECT_TRUE(run({"watch", "D1", "--for", "-1"}).err.contains("above 0, at most 1000000000, "));
+    EXPECT_TRUE(run({"ping", "0"}).err.contains("COUNT: expected a number above 0"));
+    EXPECT_TRUE(run({"plan", "D1", "--baud", "0"}).err.contains("above 0, at most 4000000, not"));
+}
+
+TEST(Command, UnknownCommandIsNamed)
+{
+    EXPECT_EQ(run({"readd", "D1"}).err,
+              "kmr: unknown command \"readd\"\nkmr: 'kmr --help' tells more\n");
+    EXPECT_EQ(run({"recipe", "foo"}).err,
+              "kmr: unknown command \"foo\"\nkmr: 'kmr recipe --help' tells more\n");
+    EXPECT_EQ(run({"write", "--foo"}).err,
+              "kmr: unknown option --foo\nkmr: 'kmr write --help' tells more\n");
+    EXPECT_EQ(run({}).err, "kmr: A subcommand is required\nkmr: 'kmr --help' tells more\n");
+}
+
+TEST(Command, EachLineOfAFaultNamesTheProgram)
+{
+    for (const QStringList &arguments :
+         {QStringList{"read", "D99999", "Q7"}, QStringList{"read", "D1", "--station", "100"}}) {
+        const Finished read = run(arguments + QStringList{"--link", "tcp://127.0.0.1:1"});
+        EXPECT_TRUE(matches(read.err, "^(kmr: .*\n){2}$")) << read.err.toStdString();
+    }
+}
+
 TEST(Command, MissingLinkIsExplained)
 {
     const Finished read = run({"read", "D1"});
