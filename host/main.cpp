@@ -72,6 +72,8 @@ void addTags(CLI::App &app, CommandLine &line, Command &chosen)
 {
     CLI::App *tags = app.add_subcommand("tags", "Look after files of names");
     tags->require_subcommand(1);
+    tags->footer("Examples:\n  kmr tags check names.csv\n"
+                 "  kmr read boiler.temp --names names.csv --link tcp://192.168.0.10:8888");
     CLI::App *check = tags->add_subcommand("check", "Name every bad line of a file of names");
     check->add_option("FILE", line.file, "the file")->required();
     check->footer("A FILE holds a line NAME,TAG,UNIT,SCALE,COMMENT for each name, for example\n"
@@ -155,6 +157,9 @@ void addRecipe(CLI::App &app, CommandLine &line, Command &chosen)
 {
     CLI::App *recipe = app.add_subcommand("recipe", "Move a recipe to or from the controller");
     recipe->require_subcommand(1);
+    recipe->footer("Examples:\n  kmr recipe upload mixer.csv D100 D110x3 --link "
+                   "tcp://192.168.0.10:8888\n"
+                   "  kmr recipe download mixer.csv --verify --link serial:///dev/ttyUSB0");
     const char *const fileHelp =
         "A recipe FILE holds a line TAG,VALUE for each tag (words and counters), for example\n"
         "  tag,value\n  D100,250\n  D110x3,1 2 3\n";
@@ -196,11 +201,6 @@ void addRecipe(CLI::App &app, CommandLine &line, Command &chosen)
     });
 }
 
-} // namespace
-
-int main(int argc, char *argv[])
-{
-    const QCoreApplication application(argc, argv);
 // Says at the end of each command's help where the options of all commands are listed.
 void nameCommonOptions(CLI::App &app)
 {
@@ -240,13 +240,21 @@ ExitCode fail(ExitCode code, const QString &text)
     return code;
 }
 
+} // namespace
+
+int main(int argc, char *argv[])
+{
+    const QCoreApplication application(argc, argv);
     CommandLine line;
     Command chosen;
     CLI::App app("kmr talks to controllers of the Ostrel KMR line through their driver library.",
                  "kmr");
     app.fallthrough(); // global options may also follow the command
     app.require_subcommand(1);
-    app.footer(std::string(EXIT_HELP) + "\n\n'kmr COMMAND --help' tells more about a command.");
+    app.footer(std::string(EXIT_HELP) +
+               "\n\nExamples:\n  kmr watch D100 X0x8 --link tcp://192.168.0.10:8888\n"
+               "  kmr doctor --link serial:///dev/ttyUSB0?baud=19200\n\n"
+               "'kmr COMMAND --help' tells more about a command.");
     kmr::Settings settings(app);
     app.set_version_flag("--version", "", "Tell the versions of kmr, Qt and the driver library");
     addAreas(app, chosen);
@@ -258,6 +266,7 @@ ExitCode fail(ExitCode code, const QString &text)
     addRecipe(app, line, chosen);
     kmr::addSimulation(app, chosen);
     kmr::addDiagnosis(app, chosen);
+    nameCommonOptions(app);
 
     try {
         app.parse(argc, argv);

@@ -190,7 +190,9 @@ void addPlan(CLI::App &app, Command &chosen)
     command->add_flag("--raw", line->isRaw, "the list as typed, as another host hands it over");
     command->footer("Opens no link. Times are those of the characters alone, in the link's frame "
                     "format or 7E1.\nEnds with 1 when an element would never be refreshed or read "
-                    "wrongly.\n\nExamples:\n  kmr plan D100 D103 X0x8\n"
+                    "wrongly.\n\n" +
+                    std::string(TAG_HELP) +
+                    "\n\nExamples:\n  kmr plan D100 D103 X0x8\n"
                     "  kmr plan --raw M0x40 D4095x2 --baud 19200");
     command->callback([line, &chosen] {
         chosen = [line](const Options &options) {

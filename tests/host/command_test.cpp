@@ -311,13 +311,20 @@ TEST(Command, LibraryForAnotherQtThatTheSystemsLoaderFindsEndsWithSeven)
 
 TEST(Command, HelpTeachesWithExamples)
 {
-    for (const char *command : {"areas", "watch", "read", "write", "sim"}) {
+    for (const char *command : {"areas", "watch", "read", "write", "sim", "recipe", "tags"}) {
         const Finished help = run({command, "--help"});
         EXPECT_EQ(help.exitCode, 0);
-        EXPECT_TRUE(help.out.contains("Examples:")) << command;
+        EXPECT_TRUE(matches(help.out, "Examples:\n  kmr .*\n  kmr ")) << command;
     }
     EXPECT_TRUE(run({"recipe", "upload", "--help"}).out.contains("Examples:"));
-    EXPECT_TRUE(run({"--help"}).out.contains("Exit codes:"));
+    EXPECT_TRUE(matches(run({"--help"}).out, "(?s)Exit codes:.*Examples:\n  kmr [^\n]*\n  kmr "));
+}
+
+TEST(Command, HelpNamesTheOptionsOfAllCommandsAndHowTagsAreTyped)
+{
+    EXPECT_TRUE(run({"ping", "--help"}).out.contains("'kmr --help' lists the options"));
+    EXPECT_TRUE(run({"recipe", "upload", "--help"}).out.contains("'kmr --help' lists the options"));
+    EXPECT_TRUE(run({"plan", "--help"}).out.contains("A TAG is [STATION#]AREA ADDRESS"));
 }
 
 TEST(Command, DryRunShowsTheFramesOfWrites)
