@@ -56,23 +56,20 @@ std::vector<ConfigEntry> parseConfig(const QString &text, const QString &file,
                                          .arg(toQString(error.description())));
     }
     std::vector<ConfigEntry> entries;
-    QStringList faults;
     for (const auto &[key, node] : table) {
-        ConfigEntry entry{toQString(key.str()), {}, static_cast<int>(key.source().begin.line)};
-        const QString place = QString("%1:%2: ").arg(file).arg(entry.line);
+        ConfigEntry entry{toQString(key.str()), {}, static_cast<int>(key.source().begin.line), {}};
+        const bool isList = lists.contains(entry.key);
         if (!known.contains(entry.key))
-            faults.append(QString("%1unknown key \"%2\", expected %3")
-                              .arg(place, entry.key, known.join(", ")));
-        else if (!readValues(node, lists.contains(entry.key), entry.values))
-            faults.append(QString("%1%2: expected %3")
-                              .arg(place, entry.key,
-                                   lists.contains(entry.key) ? "text or a list of texts"
-                                                             : "one text or number"));
-        else
-            entries.push_back(entry);
+            entry.fault =
+                QString("unknown key \"%1\", expected %2").arg(entry.key, known.join(", "));
+        else if (!readValues(node, isList, entry.values))
+            entry.fault =
+                QString("%1: expected %2")
+                    .arg(entry.key, isList ? "text or a list of texts" : "one text or number");
+        entries.push_back(entry);
     }
-    if (!faults.isEmpty())
-        throw Error(ExitCode::Usage, faults.join('\n'));
+    std::sort(entries.begin(), entries.end(),
+              [](const ConfigEntry &a, const ConfigEntry &b) { return a.line < b.line; });
     return entries;
 }
 

@@ -19,10 +19,12 @@ struct ConfigEntry {
     QString key;
     QStringList values; // as text; several only of a list
     int line = 0;       // in the file, from 1
+    QString fault;      // what is wrong with the key or its values, which then are missing
 };
 
 // Reads a file's text; `file` names it in messages, `known` are the keys that may stand in it, of
-// which those in `lists` take lists. Throws Error (Usage) that names every bad key with its line.
+// which those in `lists` take lists. The entries are in the order of their lines. Throws Error
+// (Usage) for what is no TOML.
 std::vector<ConfigEntry> parseConfig(const QString &text, const QString &file,
                                      const QStringList &known, const QStringList &lists);
 

@@ -31,6 +31,7 @@ struct Options {
     bool isFormatAsked = false; // else a terminal may get more than plain lines
     QString names;              // file of names; empty: none
     QStringList tags;           // of the project's file, for commands that are given none
+    QString tagsSource;         // where they stand: "kmr.toml:3"
     bool trace = false;         // explain all traffic on stderr
     QString capture;            // file that receives every character; empty: none
 };

@@ -66,7 +66,8 @@ std::vector<Tag> Connection::readTags(const QStringList &texts) const
         try {
             tags.push_back(m_tags.read(text));
         } catch (const Error &error) {
-            faults.append(error.text());
+            faults.append(texts.isEmpty() ? m_options.tagsSource + ": " + error.text()
+                                          : error.text());
         }
     }
     if (!faults.isEmpty())

@@ -2,7 +2,7 @@
 
 #include "host/commands/command_line.h"
 #include "host/commands/text_file.h"
-#include "host/config.h"
+#include "host/link.h"
 #include "host/tag.h"
 
 #include <QDir>
@@ -24,6 +24,11 @@ std::string toStd(const QString &text)
 QString besideFile(const QString &path, const QString &file)
 {
     return QDir::cleanPath(QDir(QFileInfo(file).path()).filePath(path));
+}
+
+QString placeOf(const ConfigEntry &entry, const QString &file)
+{
+    return QString("%1:%2").arg(file).arg(entry.line);
 }
 
 } // namespace
@@ -106,6 +111,7 @@ Options Settings::resolve()
     options.isFormatAsked = find("format")->option->count() > 0;
     options.names = toQString(m_names);
     options.tags = m_tags;
+    options.tagsSource = m_tagsSource;
     options.trace = m_trace;
     options.capture = toQString(m_capture);
     return options;
@@ -124,7 +130,6 @@ std::vector<Settings::Row> Settings::rows() const
     return rows;
 }
 
-// The file's values pass the same checks as those of the command line.
 void Settings::applyFile(const QString &path)
 {
     QStringList known;
@@ -133,28 +138,43 @@ void Settings::applyFile(const QString &path)
     known.append(TAGS);
     QStringList faults;
     for (const ConfigEntry &entry : parseConfig(readTextFile(path), path, known, {TAGS})) {
-        const QString place = QString("%1:%2").arg(path).arg(entry.line);
-        if (entry.key == TAGS) {
-            m_tags = entry.values;
-            m_tagsSource = place;
-            continue;
-        }
-        Setting &setting = *find(entry.key);
-        if (setting.option->count() > 0)
-            continue;
-        QString value = entry.values.front();
-        if (entry.key == "names" || (entry.key == "driver" && value.contains('/')))
-            value = besideFile(value, path);
+        const QString place = placeOf(entry, path);
         try {
-            setting.option->add_result(toStd(value));
-            setting.option->run_callback();
-            setting.source = place;
+            applyEntry(entry, path);
+        } catch (const Error &error) {
+            faults.append(QString("%1: %2").arg(place, error.text()));
         } catch (const CLI::Error &error) {
-            faults.append(QString("%1: %2").arg(place, toQString(error.what())));
+            const QString text = toQString(error.what()).replace("--" + entry.key, entry.key);
+            faults.append(QString("%1: %2").arg(place, text));
         }
     }
     if (!faults.isEmpty())
         throw Error(ExitCode::Usage, faults.join('\n'));
+}
+
+// The file's values pass the same checks as those of the command line.
+void Settings::applyEntry(const ConfigEntry &entry, const QString &path)
+{
+    if (!entry.fault.isEmpty())
+        throw Error(ExitCode::Usage, entry.fault);
+    if (entry.key == TAGS) {
+        m_tags = entry.values;
+        m_tagsSource = placeOf(entry, path);
+        return;
+    }
+    Setting &setting = *find(entry.key);
+    if (setting.option->count() > 0)
+        return;
+    QString value = entry.values.front();
+    if (entry.key == "names" || (entry.key == "driver" && value.contains('/')))
+        value = besideFile(value, path);
+    if (entry.key == "link")
+        parseLink(value);
+    if (entry.key == "names")
+        readTextFile(value);
+    setting.option->add_result(toStd(value));
+    setting.option->run_callback();
+    setting.source = placeOf(entry, path);
 }
 
 Settings::Setting *Settings::find(const QString &key)

@@ -3,6 +3,7 @@
 #pragma once
 
 #include "host/commands/commands.h"
+#include "host/config.h"
 
 #include <CLI/CLI.hpp>
 #include <QString>
@@ -43,6 +44,7 @@ private:
                      const char *variable = nullptr);
     CLI::Option *add(const char *key, int &value, const char *help);
     void applyFile(const QString &path);
+    void applyEntry(const ConfigEntry &entry, const QString &path);
     Setting *find(const QString &key);
 
     CLI::App &m_app;

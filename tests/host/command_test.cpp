@@ -355,15 +355,43 @@ TEST(Command, ConfigShowsWhatIsInForceAndWhereFrom)
     EXPECT_TRUE(config.out.contains(",environment variable KMR_DRIVER\n"));
 }
 
-TEST(Command, EveryBadKeyOfTheProjectsFileIsNamed)
+TEST(Command, EveryFaultOfTheProjectsFileIsNamedInTheOrderOfLines)
 {
     QTemporaryDir directory;
     const QString file = directory.filePath("p.toml");
-    saveFile(file, "station = 700\necho = \"maybe\"\n");
+    saveFile(file, "station = 700\nspeed = 9600\nnames = \"nope.csv\"\nlink = \"foo\"\n"
+                   "echo = \"maybe\"\n");
     const Finished config = run({"config", "--config", file});
     EXPECT_EQ(config.exitCode, 2);
-    EXPECT_TRUE(config.err.contains("p.toml:1: ")) << config.err.toStdString();
-    EXPECT_TRUE(config.err.contains("p.toml:2: "));
+    EXPECT_TRUE(matches(config.err, "^kmr: \\S+p.toml:1: station: [^\n]*\n"
+                                    "kmr: \\S+p.toml:2: unknown key \"speed\"[^\n]*\n"
+                                    "kmr: \\S+p.toml:3: cannot read \\S+nope.csv: [^\n]*\n"
+                                    "kmr: \\S+p.toml:4: bad link \"foo\": [^\n]*\n[^\n]*\n"
+                                    "kmr: \\S+p.toml:5: echo: [^\n]*\n$"))
+        << config.err.toStdString();
+}
+
+TEST(Command, BadTagOfTheProjectsFileIsNamedWithItsLine)
+{
+    QTemporaryDir directory;
+    const QString file = directory.filePath("p.toml");
+    saveFile(file, "station = 7\ntags = [\"D1\", \"Q5\"]\n");
+    const Finished read = run({"read", "--config", file, "--link", "tcp://127.0.0.1:1"});
+    EXPECT_EQ(read.exitCode, 2);
+    EXPECT_TRUE(read.err.startsWith("kmr: " + file + ":2: bad tag \"Q5\": "))
+        << read.err.toStdString();
+}
+
+TEST(Command, UnknownNameIsSaidToBeMissingInTheFileOfNames)
+{
+    QTemporaryDir directory;
+    const QString file = directory.filePath("names.csv");
+    saveFile(file, "boiler.temp,D1\n");
+    const Finished read = run({"read", "boiler.tmp", "--names", file});
+    EXPECT_EQ(read.exitCode, 2);
+    EXPECT_TRUE(read.err.startsWith("kmr: bad tag \"boiler.tmp\": ") &&
+                read.err.endsWith(" (and " + file + " has no such name)\n"))
+        << read.err.toStdString();
 }
 
 TEST(Command, TagsCheckNamesEveryBadLine)
