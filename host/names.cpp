@@ -50,6 +50,7 @@ Name readLine(const QString &line)
 NameTable NameTable::parse(const QString &text, const QString &file, QStringList &faults)
 {
     NameTable table;
+    table.m_file = file;
     faults += readLines(text, file, "name,tag", [&table](const QString &line, int number) {
         Name name = readLine(line);
         name.line = number;

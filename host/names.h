@@ -36,6 +36,12 @@ public:
     // The name, or null.
     const Name *find(const QString &name) const;
 
+    // Where they stand.
+    const QString &file() const
+    {
+        return m_file;
+    }
+
     // In the order of their lines.
     const std::vector<Name> &names() const
     {
@@ -43,6 +49,7 @@ public:
     }
 
 private:
+    QString m_file;
     std::vector<Name> m_names;
     std::map<QString, std::size_t> m_index;
 };

@@ -92,8 +92,16 @@ TagReader::TagReader(const DriverFunctions &driver, int station, WordOrder wordO
 
 Tag TagReader::read(const QString &text) const
 {
-    return m_names != nullptr && m_names->find(text) != nullptr ? readNamed(text)
-                                                                : readAddressed(text);
+    if (m_names == nullptr)
+        return readAddressed(text);
+    if (m_names->find(text) != nullptr)
+        return readNamed(text);
+    try {
+        return readAddressed(text);
+    } catch (const Error &error) {
+        throw Error(ExitCode::Usage,
+                    QString("%1 (and %2 has no such name)").arg(error.text(), m_names->file()));
+    }
 }
 
 Tag TagReader::readNamed(const QString &text) const
