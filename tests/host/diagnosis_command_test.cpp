@@ -7,6 +7,8 @@
 #include <QTemporaryDir>
 #include <gtest/gtest.h>
 
+#include <csignal>
+
 namespace {
 
 class DiagnosisCommand : public testing::Test {
@@ -147,6 +149,20 @@ TEST_F(DiagnosisCommand, ScanFindsTheStationThatAnswers)
     EXPECT_EQ(scan.err, "1 of 3 stations answer\n");
     EXPECT_EQ(kmr({"scan", "--stations", "2..3", "--timeout", "20"}).exitCode, 4);
     EXPECT_EQ(kmr({"scan", "--stations", "3..1"}).exitCode, 2);
+}
+
+TEST_F(DiagnosisCommand, StoppedScanCountsTheStationsThatItAsked)
+{
+    const QString link = QString("tcp://127.0.0.1:%1").arg(m_server.port());
+    const Finished scan =
+        run({"scan", "--timeout", "600000", "--link", link}, [](QProcess &process) {
+            QObject::connect(&process, &QProcess::readyReadStandardOutput, [&process] {
+                kill(static_cast<pid_t>(process.processId()), SIGINT);
+            });
+        });
+    EXPECT_EQ(scan.exitCode, 0);
+    EXPECT_TRUE(scan.err.endsWith("1 of 1 stations answer, 30 not asked\n"))
+        << scan.err.toStdString();
 }
 
 TEST_F(DiagnosisCommand, PlanShowsFramesAndWireTimes)
