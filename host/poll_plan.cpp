@@ -1,6 +1,9 @@
 #include "host/poll_plan.h"
 
+#include "host/error.h"
+
 #include <algorithm>
+#include <climits>
 #include <map>
 #include <set>
 #include <utility>
@@ -10,10 +13,27 @@ namespace kmr {
 namespace {
 
 constexpr int BLOCK_BITS = 16;
+constexpr int MOST_WORDS = 8; // the highest group limit
 
 using Numbers = std::set<int>;
 
-// The numbers asked for, widened below borders so that the last run there is complete.
+// What is asked for in one area of one station.
+struct Elements {
+    Numbers numbers;
+    Numbers tied; // must come in one request with the number behind them
+};
+
+// Asks for the numbers from `first` to below `end`, in one request.
+void addTied(int first, int end, Elements &elements)
+{
+    for (int number = first; number < end; ++number) {
+        elements.numbers.insert(number);
+        if (number + 1 < end)
+            elements.tied.insert(number);
+    }
+}
+
+// The bits asked for, widened below borders so that the last run there is complete.
 void widenBelowBorders(const QString &area, int runLength, Numbers &numbers)
 {
     std::set<int> borders;
@@ -42,20 +62,51 @@ void cutBits(Run run, const Numbers &numbers, int blockBits, std::vector<Run> &r
     }
 }
 
-void cutWords(Run run, const Numbers &numbers, int groupLimit, std::vector<Run> &runs)
+// Makes the last request below a border and the first one behind it too long to be joined.
+void keepApartAtBorders(const QString &area, int groupLimit, Elements &words)
 {
-    for (auto it = numbers.begin(); it != numbers.end();) {
+    for (int border = nextBorder(area, 0); border != INT_MAX; border = nextBorder(area, border)) {
+        const auto behind = words.numbers.lower_bound(border);
+        if (behind == words.numbers.begin() || behind == words.numbers.end() ||
+            *behind - *std::prev(behind) >= groupLimit)
+            continue;
+        int begin = border - groupLimit;
+        while (words.tied.count(begin - 1) > 0)
+            ++begin;
+        addTied(begin, border, words);
+        addTied(*behind, begin + groupLimit + 1, words);
+    }
+}
+
+void checkLength(const Run &values, int groupLimit)
+{
+    if (values.count <= groupLimit)
+        return;
+    throw Error(
+        ExitCode::Usage,
+        QString("the values of 32 bits in %1 to %2 need a request of %3 words, but the "
+                "group limit is %4: %5")
+            .arg(elementName(values.area, values.first), elementName(values.area, values.end() - 1))
+            .arg(values.count)
+            .arg(groupLimit)
+            .arg(values.count <= MOST_WORDS ? "raise it" : "name fewer values that overlap"));
+}
+
+void cutWords(const Run &kind, const Elements &words, int groupLimit, std::vector<Run> &runs)
+{
+    const std::size_t begin = runs.size();
+    for (auto it = words.numbers.begin(); it != words.numbers.end(); ++it) {
+        Run run = kind;
         run.first = *it;
-        run.count = 0;
-        const int border = nextBorder(run.area, run.first);
-        // A run may not reach into the full group below a border, nor beyond it.
-        const int groupBegin = border - groupLimit;
-        const int limit = run.first < groupBegin ? groupBegin : border;
-        while (it != numbers.end() && *it == run.end() && run.count < groupLimit && *it < limit) {
-            ++run.count;
+        while (words.tied.count(*it) > 0)
             ++it;
-        }
-        runs.push_back(run);
+        run.count = *it + 1 - run.first;
+        checkLength(run, groupLimit);
+        if (runs.size() > begin && runs.back().end() == run.first &&
+            runs.back().count + run.count <= groupLimit)
+            runs.back().count += run.count;
+        else
+            runs.push_back(run);
     }
 }
 
@@ -63,25 +114,26 @@ void cutWords(Run run, const Numbers &numbers, int groupLimit, std::vector<Run> 
 
 std::vector<Run> readRuns(const std::vector<Tag> &tags, int groupLimit)
 {
-    std::map<std::pair<int, QString>, Numbers> asked;
+    std::map<std::pair<int, QString>, Elements> asked;
     for (const Tag &tag : tags) {
-        Numbers &numbers = asked[{tag.elements.station, tag.elements.area}];
-        for (int number = tag.elements.first; number < tag.elements.end(); ++number)
-            numbers.insert(number);
+        Elements &elements = asked[{tag.elements.station, tag.elements.area}];
+        const int step = elementsPerNumber(tag);
+        for (int first = tag.elements.first; first < tag.elements.end(); first += step)
+            addTied(first, first + step, elements);
     }
 
     std::vector<Run> runs;
-    for (auto &[key, numbers] : asked) {
+    for (auto &[key, elements] : asked) {
         const Run run{key.first, key.second, 0, 1};
         if (isBitArea(run.area)) {
             const int blockBits = std::min(BLOCK_BITS, 8 * groupLimit);
-            widenBelowBorders(run.area, blockBits, numbers);
-            cutBits(run, numbers, blockBits, runs);
+            widenBelowBorders(run.area, blockBits, elements.numbers);
+            cutBits(run, elements.numbers, blockBits, runs);
         } else if (isCounterArea(run.area)) {
-            cutWords(run, numbers, 1, runs);
+            cutWords(run, elements, 1, runs);
         } else {
-            widenBelowBorders(run.area, groupLimit, numbers);
-            cutWords(run, numbers, groupLimit, runs);
+            keepApartAtBorders(run.area, groupLimit, elements);
+            cutWords(run, elements, groupLimit, runs);
         }
     }
     return runs;
@@ -89,11 +141,17 @@ std::vector<Run> readRuns(const std::vector<Tag> &tags, int groupLimit)
 
 std::vector<Run> writeRuns(const Tag &tag, int groupLimit)
 {
-    const bool isWord = tag.kind == ElementKind::Word;
+    const int together = elementsPerNumber(tag);
+    int most = 1;
+    if (tag.kind == ElementKind::Word) {
+        checkLength({tag.elements.station, tag.elements.area, tag.elements.first, together},
+                    groupLimit);
+        most = groupLimit / together * together;
+    }
     std::vector<Run> runs;
     for (int number = tag.elements.first; number < tag.elements.end();) {
-        const int end = std::min({number + (isWord ? groupLimit : 1), tag.elements.end(),
-                                  nextBorder(tag.elements.area, number)});
+        const int end =
+            std::min({number + most, tag.elements.end(), nextBorder(tag.elements.area, number)});
         runs.push_back({tag.elements.station, tag.elements.area, number, end - number});
         number = end;
     }

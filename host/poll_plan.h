@@ -2,15 +2,16 @@
 //
 //  - Bits: the driver reads whole blocks of 16, and 32 bits at most, whatever the run's length. So
 //    there is one run for each block of 16, from the first bit asked for to the last.
-//  - Words: one run for each group of neighbours, cut at the group limit.
+//  - Words: one run for each group of neighbours, cut at the group limit, but never between the two
+//    words of a 32-bit value: they could come from before and after a change.
 //  - Counters: one by one, because the driver halves a larger count.
 //  - The driver joins neighbouring runs while the joined run is no longer than the group limit,
-//  also
-//    across the borders of nextBorder(), and would then read other memory behind the border. The
-//    last run below a border is therefore made so long that nothing can be joined to it: the last
-//    words up to the border in a full group, the last block of bits from its first bit on. That
-//    last block stops one bit short of the border, because a run of 16 bits makes the driver read
-//    32; its last bit is refreshed all the same.
+//    also across the borders of nextBorder(), and would then read other memory behind the border.
+//    The last run below a border is therefore made so long that nothing can be joined to it:
+//     - words in a full group; where that would cut through a value, the group begins behind it and
+//       the first run behind the border makes up for what it lacks
+//     - bits from the first one of their block on, and one bit short of the border, because a run
+//       of 16 bits makes the driver read 32; its last bit is refreshed all the same
 #pragma once
 
 #include "host/run.h"
@@ -23,11 +24,13 @@
 namespace kmr {
 
 // All elements of `tags`, without doubles, in runs of one request each, ordered by station, area
-// and number. `groupLimit`: the driver's, 1 to 8.
+// and number. `groupLimit`: the driver's, 1 to 8. Throws Error (Usage) for 32-bit values that no
+// request of so many words can hold together.
 std::vector<Run> readRuns(const std::vector<Tag> &tags, int groupLimit);
 
 // A tag's elements in the order of their numbers, in runs of one write request each: single bits
-// and counters, groups of words up to the limit and the border.
+// and counters, groups of words up to the limit and the border, both words of a 32-bit value in
+// one. Throws Error (Usage) where the limit is too low for that.
 std::vector<Run> writeRuns(const Tag &tag, int groupLimit);
 
 // The runs as the driver's poll list.

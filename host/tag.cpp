@@ -83,6 +83,11 @@ void checkType(const Tag &tag)
 
 } // namespace
 
+int elementsPerNumber(const Tag &tag)
+{
+    return is32Bit(tag.type) && tag.kind == ElementKind::Word ? 2 : 1;
+}
+
 TagReader::TagReader(const DriverFunctions &driver, int station, WordOrder wordOrder)
     : m_driver(driver), m_station(station), m_wordOrder(wordOrder)
 {

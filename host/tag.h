@@ -38,6 +38,9 @@ struct Tag {
     double scale = 1; // of a name: what is shown is `scale` times the value
 };
 
+// Elements that each number of the tag takes: 2 where a 32-bit type lies in words, else 1.
+int elementsPerNumber(const Tag &tag);
+
 // Reads tags with the help of the driver, which alone decides what a valid address is.
 class NameTable;
 

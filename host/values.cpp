@@ -42,12 +42,6 @@ Limits limitsOf(const Tag &tag)
     return tag.kind == ElementKind::Word ? Limits{-0x8000, 0xFFFF} : Limits{0, 1};
 }
 
-// Of numbers; a text takes all elements of its tag.
-int elementsPerValue(const Tag &tag)
-{
-    return is32Bit(tag.type) && tag.kind == ElementKind::Word ? 2 : 1;
-}
-
 Error badValue(const Tag &tag, const QString &text, const QString &expected)
 {
     return Error(ExitCode::Usage,
@@ -103,7 +97,7 @@ void appendElements(const Tag &tag, std::uint32_t bits, Values &values)
 {
     if (tag.kind != ElementKind::Word) {
         values.push_back(bits);
-    } else if (elementsPerValue(tag) == 1) {
+    } else if (elementsPerNumber(tag) == 1) {
         values.push_back(bits & 0xFFFF);
     } else {
         const bool isLowFirst = tag.wordOrder == WordOrder::LowFirst;
@@ -244,7 +238,7 @@ Values parseValues(const Tag &tag, const QString &text)
         return parseText(tag, text);
     static const QRegularExpression SEPARATORS("[,\\s]+");
     const QStringList texts = text.split(SEPARATORS, Qt::SkipEmptyParts);
-    const int count = tag.count / elementsPerValue(tag);
+    const int count = tag.count / elementsPerNumber(tag);
     if (texts.size() != count) {
         throw Error(ExitCode::Usage, QString("%1: expected %2 %3, got %4")
                                          .arg(tag.text)
@@ -262,7 +256,7 @@ std::vector<Value> interpret(const Tag &tag, const Values &values)
 {
     if (tag.type == ValueType::Text)
         return {textOf(values)};
-    const std::size_t step = static_cast<std::size_t>(elementsPerValue(tag));
+    const std::size_t step = static_cast<std::size_t>(elementsPerNumber(tag));
     std::vector<Value> result;
     for (std::size_t i = 0; i + step <= values.size(); i += step) {
         std::uint32_t bits = values[i];
