@@ -10,6 +10,8 @@
 //   hex       1 word or 1 counter         0x and 4 or 8 hexadecimal digits
 //   bcd       1 word or 1 counter         4 or 8 decimal digits, one in each 4 bits
 //   text      all words                   2 characters (Latin-1) a word, the low-order byte first
+//
+// What isn't a number in float32 or bcd is shown as hex.
 #pragma once
 
 #include <QString>

@@ -4,7 +4,9 @@
 
 #include <QRegularExpression>
 
+#include <algorithm>
 #include <charconv>
+#include <cmath>
 #include <cstring>
 
 namespace kmr {
@@ -56,15 +58,22 @@ std::uint32_t toBcd(qint64 value)
     return digits;
 }
 
-std::uint32_t floatBits(const Tag &tag, const QString &text)
+// Of one value of the tag.
+int widthOf(const Tag &tag)
 {
+    if (tag.kind == ElementKind::Counter)
+        return 32;
+    return tag.kind == ElementKind::Word ? 16 * elementsPerNumber(tag) : 1;
+}
+
+std::uint32_t hexBits(const Tag &tag, const QString &text)
+{
+    const quint64 highest = (quint64{1} << widthOf(tag)) - 1;
     bool isNumber = false;
-    const float value = text.toFloat(&isNumber);
-    if (!isNumber)
-        throw badValue(tag, text, "a number from -3.4e38 to 3.4e38, for example 21.5");
-    std::uint32_t bits = 0;
-    std::memcpy(&bits, &value, sizeof bits);
-    return bits;
+    const quint64 bits = text.toULongLong(&isNumber, 16);
+    if (!isNumber || bits > highest)
+        throw badValue(tag, text, "0x0 to 0x" + QString::number(highest, 16).toUpper());
+    return static_cast<std::uint32_t>(bits);
 }
 
 // The unscaled number nearest to a scaled one, as text.
@@ -78,19 +87,44 @@ QString unscaled(const Tag &tag, const QString &text)
                                           : QString::number(value, 'f', 0);
 }
 
+// As a person types the limits: times the scale.
+QString rangeText(const Tag &tag, double lowest, double highest)
+{
+    const auto [first, last] = std::minmax({lowest * tag.scale, highest * tag.scale});
+    return QString("%1 to %2").arg(first, 0, 'g', 12).arg(last, 0, 'g', 12);
+}
+
+std::uint32_t floatBits(const Tag &tag, const QString &text)
+{
+    bool isNumber = false;
+    const float value = (tag.scale == 1 ? text : unscaled(tag, text)).toFloat(&isNumber);
+    if (!isNumber)
+        throw badValue(
+            tag, text,
+            QString("a number from %1, for example 21.5").arg(rangeText(tag, -3.4e38, 3.4e38)));
+    std::uint32_t bits = 0;
+    std::memcpy(&bits, &value, sizeof bits);
+    return bits;
+}
+
+std::uint32_t integerBits(const Tag &tag, const QString &text)
+{
+    const Limits limits = limitsOf(tag);
+    bool isNumber = false;
+    const qint64 value = (tag.scale == 1 ? text : unscaled(tag, text)).toLongLong(&isNumber);
+    if (!isNumber || value < limits.lowest || value > limits.highest)
+        throw badValue(tag, text,
+                       rangeText(tag, static_cast<double>(limits.lowest),
+                                 static_cast<double>(limits.highest)));
+    return tag.type == ValueType::Bcd ? toBcd(value) : static_cast<std::uint32_t>(value);
+}
+
 // The bits of one value, 32 at most.
 std::uint32_t parseValue(const Tag &tag, const QString &text)
 {
-    if (tag.type == ValueType::Float32)
-        return floatBits(tag, text);
-    const Limits limits = limitsOf(tag);
-    const bool isHex = text.startsWith("0x", Qt::CaseInsensitive);
-    bool isNumber = false;
-    const bool isBcd = tag.type == ValueType::Bcd;
-    const qint64 value = text.toLongLong(&isNumber, isHex && !isBcd ? 16 : 10);
-    if (!isNumber || value < limits.lowest || value > limits.highest)
-        throw badValue(tag, text, QString("%1 to %2").arg(limits.lowest).arg(limits.highest));
-    return isBcd ? toBcd(value) : static_cast<std::uint32_t>(value);
+    if (text.startsWith("0x", Qt::CaseInsensitive))
+        return hexBits(tag, text);
+    return tag.type == ValueType::Float32 ? floatBits(tag, text) : integerBits(tag, text);
 }
 
 void appendElements(const Tag &tag, std::uint32_t bits, Values &values)
@@ -179,35 +213,44 @@ template <typename Float> QString floatText(Float value)
     return QString::fromLatin1(text, static_cast<int>(result.ptr - text));
 }
 
-QString hexText(std::uint32_t bits, bool isCounter)
+// With as many digits as the value has room for.
+QString hexText(const Tag &tag, std::uint32_t bits)
 {
-    return "0x" + QString::number(bits, 16).toUpper().rightJustified(isCounter ? 8 : 4, '0');
+    return "0x" + QString::number(bits, 16).toUpper().rightJustified(widthOf(tag) / 4, '0');
+}
+
+// What is no number keeps its bits, since many of them mean none.
+Value floatValue(const Tag &tag, std::uint32_t bits)
+{
+    const float value = toFloat(bits);
+    if (std::isnan(value))
+        return hexText(tag, bits);
+    return floatText(value).toDouble();
 }
 
 // Digits that are no decimal ones make a hexadecimal number of it.
-Value bcdValue(std::uint32_t bits, bool isCounter)
+Value bcdValue(const Tag &tag, std::uint32_t bits)
 {
     bool isNumber = false;
     const qint64 value = QString::number(bits, 16).toLongLong(&isNumber, 10);
     if (isNumber)
         return std::int64_t{value};
-    return hexText(bits, isCounter);
+    return hexText(tag, bits);
 }
 
 Value valueOf(const Tag &tag, std::uint32_t bits)
 {
-    const bool isCounter = tag.kind == ElementKind::Counter;
     switch (tag.type) {
     case ValueType::Int16:
         return std::int64_t{static_cast<std::int16_t>(bits)};
     case ValueType::Int32:
         return std::int64_t{static_cast<std::int32_t>(bits)};
     case ValueType::Float32:
-        return floatText(toFloat(bits)).toDouble();
+        return floatValue(tag, bits);
     case ValueType::Hex:
-        return hexText(bits, isCounter);
+        return hexText(tag, bits);
     case ValueType::Bcd:
-        return bcdValue(bits, isCounter);
+        return bcdValue(tag, bits);
     case ValueType::Plain:
     case ValueType::UInt16:
     case ValueType::UInt32:
@@ -248,7 +291,7 @@ Values parseValues(const Tag &tag, const QString &text)
     }
     Values values;
     for (const QString &one : texts)
-        appendElements(tag, parseValue(tag, tag.scale == 1 ? one : unscaled(tag, one)), values);
+        appendElements(tag, parseValue(tag, one), values);
     return values;
 }
 

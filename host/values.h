@@ -16,14 +16,15 @@ namespace kmr {
 using Values = std::vector<std::uint32_t>;
 
 // Reads a tag's values, separated by blanks or commas: decimal numbers, or 0x and hexadecimal
-// digits for the bits as they are. Without a type 0 or 1 for bits, -32768 to 65535 for words and
-// -2147483648 to 4294967295 for counters. A text is taken as it is, padded with zeroes; \xNN stands
-// for any character, \\ for a backslash. Throws Error (Usage) where a value is out of the type's
-// range or their number is not the tag's. Numbers of a tag with a scale are divided by it.
+// digits for the bits as they are, whatever the type and the scale. Without a type 0 or 1 for bits,
+// -32768 to 65535 for words and -2147483648 to 4294967295 for counters. A text is taken as it is,
+// padded with zeroes; \xNN stands for any character, \\ for a backslash. Throws Error (Usage) where
+// a value is out of the type's range or their number is not the tag's. Numbers of a tag with a
+// scale are divided by it.
 Values parseValues(const Tag &tag, const QString &text);
 
-// One value as its type has it. Digits that are no decimal ones in a bcd value, and texts, are
-// text.
+// One value as its type has it. Texts are text, and what a type can't show as a number is its bits
+// in hexadecimal digits: a float32 that is no number, and a bcd value with other digits.
 using Value = std::variant<std::int64_t, double, QString>;
 
 // The values that a tag's elements hold, times its scale. `values` has one for each element.

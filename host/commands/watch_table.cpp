@@ -1,7 +1,9 @@
 #include "host/commands/watch_table.h"
 
 #include <algorithm>
+#include <cmath>
 #include <cstdio>
+#include <iterator>
 #include <sys/ioctl.h>
 #include <unistd.h>
 
@@ -62,15 +64,19 @@ QString toText(WatchRow::State state)
     return "pending";
 }
 
-QString trendLine(const std::deque<double> &numbers)
+QString trendLine(const std::deque<double> &trend)
 {
+    std::vector<double> numbers;
+    std::copy_if(trend.begin(), trend.end(), std::back_inserter(numbers),
+                 [](double number) { return std::isfinite(number); });
     if (numbers.empty())
         return {};
     const auto [least, greatest] = std::minmax_element(numbers.begin(), numbers.end());
-    const double range = *greatest - *least;
+    const double range = *greatest / 8 - *least / 8; // an eighth, which can't overflow
     QString line;
     for (const double number : numbers) {
-        const int height = range > 0 ? static_cast<int>((number - *least) / range * 7 + 0.5) : 3;
+        const int height =
+            range > 0 ? static_cast<int>((number / 8 - *least / 8) / range * 7 + 0.5) : 3;
         line += QChar(0x2581 + height);
     }
     return line;

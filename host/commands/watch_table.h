@@ -37,7 +37,8 @@ struct WatchRow {
 QString toText(WatchRow::State state);
 
 // Eight heights of blocks from the least to the greatest; flat in the middle where all are equal.
-QString trendLine(const std::deque<double> &numbers);
+// Numbers that aren't finite are left out.
+QString trendLine(const std::deque<double> &trend);
 
 // The heading, a line for each row and at the end `status`, none wider than `width` characters and
 // no more than `height` lines. `hasColours`: stale rows in red.

@@ -6,6 +6,7 @@
 #include <cstdlib>
 #include <fcntl.h>
 #include <functional>
+#include <limits>
 #include <unistd.h>
 
 using namespace kmr;
@@ -115,6 +116,15 @@ TEST(WatchTable, TrendGoesFromTheLeastToTheGreatest)
     EXPECT_EQ(trendLine({0, 7, 3}), QString::fromUtf8("▁█▄"));
     EXPECT_EQ(trendLine({5, 5}), QString::fromUtf8("▄▄"));
     EXPECT_EQ(trendLine({}), "");
+}
+
+TEST(WatchTable, TrendLeavesOutNumbersThatAreNotFinite)
+{
+    const double infinite = std::numeric_limits<double>::infinity();
+    EXPECT_EQ(trendLine({0, infinite, 7, -infinite, 3}), QString::fromUtf8("▁█▄"));
+    EXPECT_EQ(trendLine({infinite}), "");
+    const double greatest = std::numeric_limits<double>::max();
+    EXPECT_EQ(trendLine({-greatest, greatest}), QString::fromUtf8("▁█"));
 }
 
 TEST(WatchTable, RowWithoutAnAnswerYetIsPending)
