@@ -20,10 +20,10 @@ std::string toStd(const QString &text)
     return text.toLocal8Bit().toStdString();
 }
 
-// A path of the file as seen from where kmr runs.
-QString besideFile(const QString &path, const QString &file)
+// A path that the file names, as seen from where kmr runs.
+QString besideFile(const QString &value, const QString &file)
 {
-    return QDir::cleanPath(QDir(QFileInfo(file).path()).filePath(path));
+    return QDir::cleanPath(QDir(QFileInfo(file).path()).filePath(value));
 }
 
 QString placeOf(const ConfigEntry &entry, const QString &file)
