@@ -88,6 +88,19 @@ TransferResult transfer(Session &session, const std::vector<RecipeItem> &items,
     return result;
 }
 
+// Numbers may be separated by commas without quotes.
+Values parseFields(const Tag &tag, const QStringList &fields)
+{
+    if (fields.isEmpty())
+        throw Error(ExitCode::Usage, QString("%1 has no value").arg(tag.text));
+    if (tag.type == ValueType::Text && fields.size() > 1)
+        throw Error(ExitCode::Usage, QString("%1 has %2 values, expected one text (a field with "
+                                             "commas needs quotes)")
+                                         .arg(tag.text)
+                                         .arg(fields.size()));
+    return parseValues(tag, fields.join(','));
+}
+
 RecipeItem parseLine(const QString &line, const TagReader &reader, RecipeValues values)
 {
     RecipeItem item;
@@ -95,7 +108,7 @@ RecipeItem parseLine(const QString &line, const TagReader &reader, RecipeValues 
     item.tag = reader.read(fields.front());
     checkRecipeTag(item.tag);
     if (values == RecipeValues::Needed)
-        item.values = parseValues(item.tag, QStringList(fields.mid(1)).join(','));
+        item.values = parseFields(item.tag, fields.mid(1));
     return item;
 }
 

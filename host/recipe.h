@@ -9,8 +9,8 @@
 //     D110x3,1 2 3
 //     CV2200,70000
 //
-// The heading is optional, empty lines and those that begin with '#' are skipped. For an upload the
-// values may be missing.
+// The heading is optional, empty lines and those that begin with '#' are skipped. A text with
+// commas needs quotes. For an upload the values may be missing.
 #pragma once
 
 #include "host/session.h"
@@ -38,7 +38,7 @@ std::vector<RecipeItem> parseRecipe(const QString &text, const QString &name,
 // The items as a recipe file's text.
 QString formatRecipe(const std::vector<RecipeItem> &items);
 
-// The elements of each request of a transfer, in their order.
+// The elements of each request of a transfer, in their order. Throws as writeRuns() does.
 std::vector<Run> recipeRuns(const std::vector<RecipeItem> &items, int groupLimit);
 
 // Throws Error (Usage) for a tag that no recipe can hold: bits, for which the driver has no

@@ -10,6 +10,16 @@ namespace {
 
 using RecipeTest = SessionTest;
 
+std::string faultOf(const QString &file)
+{
+    try {
+        parseRecipe(file, "f", TagReader(library(), 1), RecipeValues::Needed);
+    } catch (const Error &error) {
+        return error.what();
+    }
+    return "none";
+}
+
 } // namespace
 
 TEST_F(RecipeTest, RecipeGoesDownAndComesUp)
@@ -104,6 +114,16 @@ TEST_F(RecipeTest, RecipeEntriesThatFitNoBufferOrFrameAreRefused)
     EXPECT_THROW(transfer("M", 1, 0), Error);
     EXPECT_NO_THROW(transfer("D", 2, Session::RECIPE_WORDS - 2));
     EXPECT_EQ(m_device.sent().size(), 1U);
+}
+
+TEST_F(RecipeTest, RequestsOfARecipeHoldWholeValues)
+{
+    session(EchoMode::Auto, 5);
+    const std::vector<RecipeItem> items = {{tag("D100x8/float32"), Values(8, 1)}};
+    EXPECT_EQ(recipeRuns(items, 5), (std::vector<kmr::Run>{{1, "D", 100, 4}, {1, "D", 104, 4}}));
+    EXPECT_EQ(download(*m_session, items).finished, 2);
+    EXPECT_EQ(element("D", 107), 1U);
+    EXPECT_THROW(recipeRuns(items, 1), Error);
 }
 
 TEST_F(RecipeTest, EmptyRecipeSendsNothing)
@@ -222,10 +242,39 @@ TEST(RecipeFile, EveryBadLineIsNamedWithItsNumber)
         const std::string text = error.what();
         EXPECT_EQ(text.find("mixer.csv:1:"), std::string::npos) << text;
         EXPECT_NE(text.find("mixer.csv:2: bad tag \"Q1\""), std::string::npos) << text;
-        EXPECT_NE(text.find("mixer.csv:3: D101: expected 1 value, got 0"), std::string::npos)
-            << text;
+        EXPECT_NE(text.find("mixer.csv:3: D101 has no value"), std::string::npos) << text;
         EXPECT_NE(text.find("mixer.csv:4: M0 can't be part"), std::string::npos) << text;
     }
+}
+
+TEST(RecipeFile, TextWithoutItsFieldHasNoValueAndAnEmptyOneIsEmpty)
+{
+    EXPECT_EQ(faultOf("D300x4/text\n"), "f:1: D300x4/text has no value");
+    const auto items =
+        parseRecipe("D300x2/text,\n", "f", TagReader(library(), 1), RecipeValues::Needed);
+    EXPECT_EQ(items[0].values, (Values{0, 0}));
+    EXPECT_EQ(formatRecipe(items), "tag,value\nD300x2/text,\n");
+}
+
+TEST(RecipeFile, TextWithCommasNeedsQuotes)
+{
+    EXPECT_EQ(
+        faultOf("D300x4/text,ab, cd\n"),
+        "f:1: D300x4/text has 2 values, expected one text (a field with commas needs quotes)");
+    EXPECT_EQ(faultOf("D300x4/text,\"ab, cd\"\n"), "none");
+    EXPECT_EQ(faultOf("D300x4,1,2,3, 4\n"), "none");
+}
+
+TEST(RecipeFile, FloatThatIsNoNumberComesBackAsItWas)
+{
+    const TagReader reader(library(), 1);
+    const std::vector<RecipeItem> items = {{reader.read("D100/float32"), {0xFFFF, 0xFFFF}},
+                                           {reader.read("D102/bcd"), {0x000A}}};
+    const QString file = formatRecipe(items);
+    EXPECT_EQ(file, "tag,value\nD100/float32,0xFFFFFFFF\nD102/bcd,0x000A\n");
+    const auto read = parseRecipe(file, "f", reader, RecipeValues::Needed);
+    EXPECT_EQ(read[0].values, items[0].values);
+    EXPECT_EQ(read[1].values, items[1].values);
 }
 
 TEST(RecipeFile, ValuesMayBeMissingForAnUpload)
