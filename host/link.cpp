@@ -2,15 +2,21 @@
 
 #include "host/error.h"
 
+#include <QCoreApplication>
+#include <QDeadlineTimer>
 #include <QFileInfo>
 #include <QTcpSocket>
+#include <QTimer>
 #include <QUrl>
 #include <QUrlQuery>
+
+#include <algorithm>
 
 namespace kmr {
 
 namespace {
 
+constexpr std::chrono::milliseconds STOP_CHECK(50);
 const char *const EXAMPLES =
     "a link is serial:///dev/ttyUSB0?baud=9600&frame=7E1 or tcp://host:port";
 
@@ -86,28 +92,48 @@ QString tcpText(const LinkAddress &address)
     return url.toString();
 }
 
-bool connectSocket(QAbstractSocket &socket, const LinkAddress &address,
-                   std::chrono::milliseconds timeout)
+bool isConnecting(const QAbstractSocket &socket)
 {
+    return socket.state() != QAbstractSocket::ConnectedState &&
+           socket.state() != QAbstractSocket::UnconnectedState;
+}
+
+// Lets Qt connect, since waitForConnected() gives up the attempt at its end and can't be repeated.
+bool connectSocket(QAbstractSocket &socket, const LinkAddress &address,
+                   std::chrono::milliseconds timeout, const std::atomic<bool> &stop)
+{
+    QTimer wake;
+    wake.start(std::min(timeout, STOP_CHECK));
+    const QDeadlineTimer end(timeout);
     socket.connectToHost(address.host, address.port);
-    if (!socket.waitForConnected(static_cast<int>(timeout.count())))
+    while (isConnecting(socket) && !stop && !end.hasExpired())
+        QCoreApplication::processEvents(QEventLoop::WaitForMoreEvents);
+    if (socket.state() != QAbstractSocket::ConnectedState)
         return false;
     socket.setSocketOption(QAbstractSocket::LowDelayOption, 1); // requests are small and awaited
     return true;
 }
 
-std::unique_ptr<QIODevice> openTcp(const LinkAddress &address, std::chrono::milliseconds timeout)
+// Why a connection has not come about.
+QString connectFault(const QAbstractSocket &socket, bool isStopped)
+{
+    if (isStopped)
+        return "stopped";
+    if (socket.error() == QAbstractSocket::ConnectionRefusedError)
+        return socket.errorString() +
+               " (nothing listens there: is the controller or gateway on, and the port right?)";
+    return (isConnecting(socket) ? QString("no answer in time") : socket.errorString()) +
+           " (check the address, the cable and the network)";
+}
+
+std::unique_ptr<QIODevice> openTcp(const LinkAddress &address, std::chrono::milliseconds timeout,
+                                   const std::atomic<bool> &stop)
 {
     auto socket = std::make_unique<QTcpSocket>();
-    if (!connectSocket(*socket, address, timeout)) {
-        const QString advice =
-            socket->error() == QAbstractSocket::ConnectionRefusedError
-                ? QString("nothing listens there: is the controller or gateway on, "
-                          "and the port right?")
-                : QString("check the address, the cable and the network");
-        throw Error(ExitCode::LinkFailed,
-                    QString("cannot connect to %1: %2 (%3)")
-                        .arg(tcpText(address), socket->errorString(), advice));
+    if (!connectSocket(*socket, address, timeout, stop)) {
+        throw Error(
+            ExitCode::LinkFailed,
+            QString("cannot connect to %1: %2").arg(tcpText(address), connectFault(*socket, stop)));
     }
     return socket;
 }
@@ -165,18 +191,21 @@ LinkAddress parseLink(const QString &text)
     return address;
 }
 
-std::unique_ptr<QIODevice> openLink(const LinkAddress &address, std::chrono::milliseconds timeout)
+std::unique_ptr<QIODevice> openLink(const LinkAddress &address, std::chrono::milliseconds timeout,
+                                    const std::atomic<bool> &stop)
 {
-    return address.kind == LinkAddress::Kind::Tcp ? openTcp(address, timeout) : openSerial(address);
+    return address.kind == LinkAddress::Kind::Tcp ? openTcp(address, timeout, stop)
+                                                  : openSerial(address);
 }
 
-bool reconnect(QIODevice &device, const LinkAddress &address, std::chrono::milliseconds timeout)
+bool reconnect(QIODevice &device, const LinkAddress &address, std::chrono::milliseconds timeout,
+               const std::atomic<bool> &stop)
 {
     auto *const socket = qobject_cast<QAbstractSocket *>(&device);
     if (socket == nullptr)
         return false;
     socket->abort();
-    return connectSocket(*socket, address, timeout);
+    return connectSocket(*socket, address, timeout, stop);
 }
 
 std::chrono::nanoseconds characterTime(const LinkAddress &address)

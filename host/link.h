@@ -5,6 +5,7 @@
 #include <QSerialPort>
 #include <QString>
 
+#include <atomic>
 #include <chrono>
 #include <memory>
 
@@ -28,12 +29,15 @@ struct LinkAddress {
 // settings. Throws Error (Usage) that names every bad part.
 LinkAddress parseLink(const QString &text);
 
-// Opens the link, within `timeout` for TCP. Throws Error (LinkFailed) with the cause and a remedy.
-std::unique_ptr<QIODevice> openLink(const LinkAddress &address, std::chrono::milliseconds timeout);
+// Opens the link, for TCP within `timeout` and until `stop` is set; needs a QCoreApplication then.
+// Throws Error (LinkFailed) with the cause and a remedy.
+std::unique_ptr<QIODevice> openLink(const LinkAddress &address, std::chrono::milliseconds timeout,
+                                    const std::atomic<bool> &stop);
 
 // Opens a lost TCP connection again, on the same device; false where it does not come about within
-// `timeout`. A serial port that is gone stays lost.
-bool reconnect(QIODevice &device, const LinkAddress &address, std::chrono::milliseconds timeout);
+// `timeout` or before `stop` is set. A serial port that is gone stays lost.
+bool reconnect(QIODevice &device, const LinkAddress &address, std::chrono::milliseconds timeout,
+               const std::atomic<bool> &stop);
 
 // How long one character takes on the wire; 0 for TCP.
 std::chrono::nanoseconds characterTime(const LinkAddress &address);

@@ -78,7 +78,7 @@ std::vector<Tag> Connection::readTags(const QStringList &texts) const
 Session &Connection::open()
 {
     const LinkAddress address = linkOf(m_options);
-    m_device = openLink(address, m_options.timeout);
+    m_device = openLink(address, m_options.timeout, stopFlag());
     SessionSettings settings;
     settings.poll.characterTime = characterTime(address);
     settings.poll.echo = m_options.echo;
@@ -89,7 +89,7 @@ Session &Connection::open()
 
 bool Connection::reconnect()
 {
-    if (!kmr::reconnect(*m_device, linkOf(m_options), m_options.timeout))
+    if (!kmr::reconnect(*m_device, linkOf(m_options), m_options.timeout, stopFlag()))
         return false;
     m_session->restart();
     return true;

@@ -4,10 +4,13 @@
 
 #include <QBuffer>
 #include <QTemporaryDir>
+#include <QTimer>
 #include <gtest/gtest.h>
 
 #include <cstdlib>
 #include <fcntl.h>
+#include <netinet/in.h>
+#include <sys/socket.h>
 #include <unistd.h>
 
 using namespace kmr;
@@ -25,6 +28,48 @@ std::string faultOf(const QString &text)
     }
     return {};
 }
+
+const std::atomic<bool> NEVER{false};
+
+std::unique_ptr<QIODevice> openNow(const QString &link)
+{
+    return openLink(parseLink(link), std::chrono::seconds(2), NEVER);
+}
+
+// A listener whose queue is full: attempts to connect hang, as those to a machine that is off.
+class FullServer {
+public:
+    FullServer()
+    {
+        sockaddr_in address = {};
+        socklen_t size = sizeof address;
+        auto *const general = reinterpret_cast<sockaddr *>(&address);
+        address.sin_family = AF_INET;
+        address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
+        EXPECT_EQ(bind(m_listener, general, size), 0);
+        EXPECT_EQ(listen(m_listener, 0), 0);
+        EXPECT_EQ(getsockname(m_listener, general, &size), 0);
+        EXPECT_EQ(connect(m_client, general, size), 0);
+        m_port = ntohs(address.sin_port);
+    }
+    ~FullServer()
+    {
+        close(m_client);
+        close(m_listener);
+    }
+    FullServer(const FullServer &) = delete;
+    FullServer &operator=(const FullServer &) = delete;
+
+    LinkAddress address() const
+    {
+        return parseLink(QString("tcp://127.0.0.1:%1").arg(m_port));
+    }
+
+private:
+    const int m_listener = socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0);
+    const int m_client = socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0);
+    int m_port = 0;
+};
 
 bool names(const std::string &text, const char *part)
 {
@@ -93,7 +138,7 @@ TEST(Link, CharacterTakesItsBitsOnASerialLineAndNothingOnTcp)
 TEST(Link, MissingDeviceIsNamedWithAdvice)
 {
     try {
-        openLink(parseLink("serial:///dev/no-such-port"), std::chrono::milliseconds(100));
+        openNow("serial:///dev/no-such-port");
         FAIL() << "it opened";
     } catch (const Error &error) {
         EXPECT_EQ(error.code(), ExitCode::LinkFailed);
@@ -107,14 +152,13 @@ TEST(Link, FileThatIsNoPortIsRefused)
     QTemporaryDir directory;
     QFile file(directory.filePath("port"));
     ASSERT_TRUE(file.open(QIODevice::WriteOnly));
-    EXPECT_THROW(openLink(parseLink("serial://" + file.fileName()), std::chrono::milliseconds(100)),
-                 Error);
+    EXPECT_THROW(openNow("serial://" + file.fileName()), Error);
 }
 
 TEST(Link, RefusedConnectionIsNamedWithAdvice)
 {
     try {
-        openLink(parseLink("tcp://127.0.0.1:1"), std::chrono::milliseconds(2000));
+        openNow("tcp://127.0.0.1:1");
         FAIL() << "it opened";
     } catch (const Error &error) {
         EXPECT_EQ(error.code(), ExitCode::LinkFailed);
@@ -125,10 +169,35 @@ TEST(Link, RefusedConnectionIsNamedWithAdvice)
 TEST(Link, AddressWithColonsIsNamedInBrackets)
 {
     try {
-        openLink(parseLink("tcp://[::1]:1"), std::chrono::milliseconds(2000));
+        openNow("tcp://[::1]:1");
         FAIL() << "it opened";
     } catch (const Error &error) {
         EXPECT_TRUE(names(error.what(), "cannot connect to tcp://[::1]:1: ")) << error.what();
+    }
+}
+
+TEST(Link, StopBreaksOffAnAttemptToConnect)
+{
+    const FullServer server;
+    std::atomic<bool> stop{false};
+    QTimer::singleShot(0, [&stop] { stop = true; });
+    try {
+        openLink(server.address(), std::chrono::minutes(10), stop);
+        FAIL() << "it opened";
+    } catch (const Error &error) {
+        EXPECT_TRUE(names(error.what(), ": stopped")) << error.what();
+    }
+}
+
+TEST(Link, AttemptToConnectEndsAfterItsTime)
+{
+    const FullServer server;
+    try {
+        openLink(server.address(), std::chrono::milliseconds(20), NEVER);
+        FAIL() << "it opened";
+    } catch (const Error &error) {
+        EXPECT_TRUE(names(error.what(), ": no answer in time (check the address, "))
+            << error.what();
     }
 }
 
@@ -153,7 +222,7 @@ TEST(Link, OtherSmallMistakesAreNamed)
 TEST(Link, NetworkThatCannotBeReachedIsNamedWithAdvice)
 {
     try {
-        openLink(parseLink("tcp://255.255.255.255:1"), std::chrono::milliseconds(2000));
+        openNow("tcp://255.255.255.255:1");
         FAIL() << "it opened";
     } catch (const Error &error) {
         EXPECT_EQ(error.code(), ExitCode::LinkFailed);
@@ -166,10 +235,10 @@ TEST(Link, PortThatIsOpenAlreadyIsBusy)
 {
     const int terminal = posix_openpt(O_RDWR | O_NOCTTY);
     ASSERT_TRUE(terminal >= 0 && grantpt(terminal) == 0 && unlockpt(terminal) == 0);
-    const LinkAddress address = parseLink(QString("serial://") + ptsname(terminal));
-    const auto port = openLink(address, std::chrono::milliseconds(100));
+    const QString link = QString("serial://") + ptsname(terminal);
+    const auto port = openNow(link);
     try {
-        openLink(address, std::chrono::milliseconds(100));
+        openNow(link);
         ADD_FAILURE() << "it opened twice";
     } catch (const Error &error) {
         EXPECT_TRUE(names(error.what(), "busy: another program has the port open")) << error.what();
@@ -180,5 +249,6 @@ TEST(Link, PortThatIsOpenAlreadyIsBusy)
 TEST(Link, OnlyAConnectionIsOpenedAgain)
 {
     QBuffer device;
-    EXPECT_FALSE(reconnect(device, parseLink("serial:///dev/x"), std::chrono::milliseconds(1)));
+    EXPECT_FALSE(
+        reconnect(device, parseLink("serial:///dev/x"), std::chrono::milliseconds(1), NEVER));
 }

@@ -189,7 +189,7 @@ private:
         const kmr::LinkAddress address = kmr::parseLink(m_plant.link());
         for (int attempt = 0; !m_device; ++attempt) {
             try {
-                m_device = kmr::openLink(address, 5s);
+                m_device = kmr::openLink(address, 5s, m_stop);
             } catch (const kmr::Error &error) {
                 if (attempt == 5000)
                     throw;
