@@ -69,6 +69,13 @@ TEST_P(CommandOnBothLinks, VerifyReadsBack)
     EXPECT_EQ(write.out, "D4095x2 1 2 verified\nM1535x2 1 1 verified\n");
 }
 
+TEST_P(CommandOnBothLinks, VerifyComparesWhatWasWrittenLastToEachElement)
+{
+    const Finished write = kmr({"write", "--verify", "M0=1", "M0=0", "D100x2=1,2", "D101=5"});
+    EXPECT_EQ(write.exitCode, 0) << write.err.toStdString();
+    EXPECT_EQ(write.out, "M0 1 confirmed\nM0 0 verified\nD100x2 1 2 confirmed\nD101 5 verified\n");
+}
+
 TEST_P(CommandOnBothLinks, TypedValuesAreWrittenAndRead)
 {
     const Finished write =
@@ -426,6 +433,20 @@ TEST(Command, ValueThatReadsBackDifferentlyEndsWithSix)
     const Finished write = run({"write", "--verify", "D100=2", "--link", controller.link()});
     EXPECT_EQ(write.exitCode, 6);
     EXPECT_TRUE(write.err.contains("D100: wrote 2, read back 1")) << write.err.toStdString();
+}
+
+TEST(Command, ElementThatIsNotWrittenAgainMustReadBackAsItWasWritten)
+{
+    FakeController controller([](const QByteArray &line) {
+        if (line.mid(3, 2) == "03")
+            return QByteArray(":01030400090005EA\r\n");
+        return QByteArray(line.mid(5, 4) == "1064" ? ":01101064000279\r\n" : ":01101065000179\r\n");
+    });
+    const Finished write =
+        run({"write", "--verify", "D100x2=1,2", "D101=5", "--link", controller.link()});
+    EXPECT_EQ(write.exitCode, 6);
+    EXPECT_TRUE(write.err.contains("D100x2: wrote 1 2, read back 9 5")) << write.err.toStdString();
+    EXPECT_EQ(write.out, "D101 5 verified\n");
 }
 
 TEST(Command, DifferentFailuresEndWithOne)
