@@ -176,7 +176,7 @@ LinkAddress parseLink(const QString &text)
     QStringList faults;
     const QUrl url(text, QUrl::StrictMode);
     if (!url.isValid())
-        faults.append(url.errorString());
+        faults.append(url.errorString().section(';', 0, 0)); // what follows is Qt's own
     else if (url.scheme() == "serial")
         parseSerial(url, address, faults);
     else if (url.scheme() == "tcp")

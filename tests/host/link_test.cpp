@@ -98,6 +98,12 @@ TEST(Link, SerialDefaultsAreTheDriversOwn)
     EXPECT_EQ(address.stopBits, QSerialPort::OneStop);
 }
 
+TEST(Link, PortBeyondAllIsToldWithoutTheInsidesOfQt)
+{
+    const std::string fault = faultOf("tcp://127.0.0.1:99999");
+    EXPECT_TRUE(names(fault, "port number out of range\n(a link is ")) << fault;
+}
+
 TEST(Link, TcpTakesHostAndPort)
 {
     const LinkAddress address = parseLink("tcp://192.168.0.10:502");

@@ -125,6 +125,7 @@ TEST(Tag, WordsAtTheCountersPlaceAreRefused)
 {
     EXPECT_EQ(faultOf("TV2247"), "");
     EXPECT_TRUE(names(faultOf("TV2248"), "use CV2200"));
+    EXPECT_TRUE(names(faultOf("CV200"), "(the counters are CV2200 to CV2255)"));
     EXPECT_TRUE(names(faultOf("TV2247x2"), "use CV2200"));
     EXPECT_TRUE(names(faultOf("TV2303.15"), "use CV2200"));
     EXPECT_EQ(faultOf("TV2304"), "");
