@@ -99,6 +99,7 @@ bool Connection::canReconnect() const
 {
     return linkOf(m_options).kind == LinkAddress::Kind::Tcp;
 }
+    tapLine(settings.poll);
 
 Session &Connection::openOn(std::unique_ptr<QIODevice> device)
 {
@@ -112,11 +113,12 @@ Session &Connection::openOn(std::unique_ptr<QIODevice> device)
 Session &Connection::begin(SessionSettings settings)
 {
     settings.poll.timeout = m_options.timeout;
-    tapLine(settings.poll);
     settings.groupLimit = m_options.groupLimit;
     m_session = std::make_unique<Session>(m_library->functions(), *m_device, settings, stopFlag());
     return *m_session;
 }
+    if (m_options.trace || !m_options.capture.isEmpty())
+        printError("kmr: no link is opened, so nothing is traced or captured");
 
 void Connection::tapLine(PollSettings &settings)
 {

@@ -349,6 +349,16 @@ TEST(Command, DryRunShowsEachFrameOnceOnALineThatEchoes)
     EXPECT_EQ(write.out, "D100 :0110106400010200FA7E\n");
 }
 
+TEST(Command, DryRunHasNoTrafficToTraceOrCapture)
+{
+    QTemporaryDir directory;
+    const QString capture = directory.filePath("dry.jsonl");
+    const Finished write = run({"write", "--dry-run", "M5=1", "--trace", "--capture", capture});
+    EXPECT_EQ(write.out, "M5 :01050805FF00EE\n");
+    EXPECT_EQ(write.err, "kmr: no link is opened, so nothing is traced or captured\n");
+    EXPECT_FALSE(QFileInfo::exists(capture));
+}
+
 TEST(Command, ConfigShowsWhatIsInForceAndWhereFrom)
 {
     QTemporaryDir directory;
