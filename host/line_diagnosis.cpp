@@ -140,7 +140,8 @@ Diagnosis diagnoseAnswers(const std::vector<Probe> &probes, std::size_t answered
                     .arg(probes.size())
                     .arg(toText(bad->fault)),
                 QString(CHECK_WIRES) +
-                    " Check that no second host uses the line. 'kmr ping' measures the losses."};
+                    " Check that no second host uses the line. 'kmr ping' measures the losses. "
+                    "Late answers need a longer --timeout."};
     }
     const int exceptionCode = probes.back().exceptionCode;
     if (exceptionCode != 0) {
@@ -201,10 +202,10 @@ Diagnosis diagnoseCharacters(const std::vector<Probe> &probes, const QByteArray 
 
 QString findingName(Finding finding)
 {
-    static const char *const NAMES[] = {"good",       "refused",      "unsteady",   "wrong echo",
-                                        "silent",     "echo only",    "other host", "other station",
-                                        "no fit",     "wrong parity", "damaged",    "garbled",
-                                        "not opened", "lost"};
+    static const char *const NAMES[] = {"good",          "refused",    "unsteady",     "wrong echo",
+                                        "silent",        "late",       "echo only",    "other host",
+                                        "other station", "no fit",     "wrong parity", "damaged",
+                                        "garbled",       "not opened", "lost"};
     return NAMES[static_cast<std::size_t>(finding)];
 }
 

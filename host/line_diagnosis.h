@@ -24,6 +24,7 @@ enum class Finding {
     Unsteady,     // some requests were answered, others not
     WrongEcho,    // answered, but the line echoes where the setting denies it, or the reverse
     Silent,       // no character came
+    Late,         // answered, but not within the timeout
     EchoOnly,     // nothing but the requests themselves
     OtherHost,    // requests that are not ours
     OtherStation, // good lines of a station that was not asked

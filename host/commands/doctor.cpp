@@ -8,6 +8,7 @@ namespace kmr {
 namespace {
 
 constexpr int PROBES = 3;
+constexpr int PATIENCE = 5; // times the timeout, for a station that stays silent
 constexpr int BAUDS[] = {9600, 19200, 38400, 57600, 115200};
 const char *const FRAMES[] = {"7E1", "7N2", "7O1", "8N1", "8E1", "8O1"};
 
@@ -25,6 +26,11 @@ ExitCode exitCodeOf(Finding finding)
     default:
         return ExitCode::NoAnswer;
     }
+}
+
+bool isAnswered(Finding finding)
+{
+    return finding == Finding::Good || finding == Finding::Refused || finding == Finding::WrongEcho;
 }
 
 // Asks `count` times, each once. Nothing when the user stops it.
@@ -69,6 +75,26 @@ std::optional<Diagnosis> examine(Options options, const QString &tag, int count)
             throw;
         return Diagnosis{Finding::NotOpened, error.text(), {}};
     }
+}
+
+// Silence may only be slowness: asks once more and waits longer.
+std::optional<Diagnosis> examineSilence(Options options, const QString &tag,
+                                        const Diagnosis &silence)
+{
+    const QString timeout = QString::number(options.timeout.count());
+    options.timeout *= PATIENCE;
+    options.capture.clear(); // its file is written already
+    const QString longer = QString::number(options.timeout.count());
+    printError(QString("no answer within %1 ms: waiting %2 ms for one").arg(timeout, longer));
+    const std::optional<Diagnosis> patient = examine(options, tag, 1);
+    if (!patient || !isAnswered(patient->finding))
+        return patient ? silence : patient;
+    return Diagnosis{
+        Finding::Late,
+        QString("The station answers, but late: not within %1 ms, but within %2 ms.")
+            .arg(timeout, longer),
+        QString("Set --timeout %1, or find what slows down the controller or its gateway.")
+            .arg(longer)};
 }
 
 void tell(RecordWriter &records, const QString &link, const Diagnosis &diagnosis)
@@ -131,7 +157,10 @@ ExitCode tryFramings(Options options, const QString &tag, RecordWriter &records)
 
 ExitCode examineOnce(const Options &options, const QString &tag, RecordWriter &records)
 {
-    const std::optional<Diagnosis> diagnosis = examine(options, tag, PROBES);
+    std::optional<Diagnosis> diagnosis = examine(options, tag, PROBES);
+    if (diagnosis &&
+        (diagnosis->finding == Finding::Silent || diagnosis->finding == Finding::EchoOnly))
+        diagnosis = examineSilence(options, tag, *diagnosis);
     if (!diagnosis)
         return stopped();
     tell(records, options.link, *diagnosis);

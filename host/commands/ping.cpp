@@ -119,6 +119,9 @@ ExitCode runPing(const Options &options, const PingOptions &ping)
     printError(summary(sent, answered, statistics));
     if (last == PollLoop::Step::LineLost)
         printError("the line was lost: check the cable or the network, then start again");
+    if (answered == 0 && last == PollLoop::Step::Exchanged)
+        printError(QString("no answer within %1 ms: 'kmr doctor' finds out whether they come late")
+                       .arg(options.timeout.count()));
     if (answered == 0)
         return ExitCode::NoAnswer;
     return answered == sent && last != PollLoop::Step::LineLost ? ExitCode::Ok

@@ -137,7 +137,8 @@ TEST_F(DiagnosisCommand, PingOfASilentStationEndsWithFour)
         kmr({"ping", "2", "--interval", "0", "--station", "2", "--timeout", "20"});
     EXPECT_EQ(ping.exitCode, 4);
     EXPECT_EQ(ping.out, "station 2 D0: no answer\nstation 2 D0: no answer\n");
-    EXPECT_EQ(ping.err, "2 requests sent, 0 answered, 100.0% lost\n");
+    EXPECT_EQ(ping.err, "2 requests sent, 0 answered, 100.0% lost\n"
+                        "no answer within 20 ms: 'kmr doctor' finds out whether they come late\n");
 }
 
 TEST_F(DiagnosisCommand, ScanFindsTheStationThatAnswers)

@@ -106,6 +106,21 @@ TEST(Doctor, GarbageEndsWithFour)
     EXPECT_TRUE(doctor.out.contains("Speed or parity is wrong.\n")) << doctor.out.toStdString();
 }
 
+TEST(Doctor, AnswerThatTakesMorePatienceIsCalledLate)
+{
+    int requests = 0;
+    const FakeController controller([&requests](const QByteArray &) {
+        return QByteArray(++requests > 3 ? ":0103020007F3\r\n" : "");
+    });
+    const Finished doctor = examine(controller);
+    EXPECT_EQ(doctor.exitCode, 4);
+    EXPECT_EQ(doctor.out,
+              controller.link() +
+                  ": The station answers, but late: not within 50 ms, but within 250 ms.\nSet "
+                  "--timeout 250, or find what slows down the controller or its gateway.\n");
+    EXPECT_EQ(doctor.err, "no answer within 50 ms: waiting 250 ms for one\n");
+}
+
 TEST(Doctor, LostLineEndsWithFour)
 {
     const Finished doctor =
