@@ -188,8 +188,9 @@ void addPlan(CLI::App &app, Command &chosen)
     command->add_option("--baud", line->baud, "bits a second (default: the link's, else 9600)")
         ->check(aboveZero(4e6));
     command->add_flag("--raw", line->isRaw, "the list as typed, as another host hands it over");
-    command->footer("Opens no link. Times are those of the characters alone, in the link's frame "
-                    "format or 7E1.\nEnds with 1 when an element would never be refreshed or read "
+    command->footer("Opens no link. Times are those of the characters, in the link's frame "
+                    "format or 7E1, and of\n--gap. Ends with 1 when an element would never be "
+                    "refreshed or read "
                     "wrongly.\n\n" +
                     std::string(TAG_HELP) +
                     "\n\nExamples:\n  kmr plan D100 D103 X0x8\n"

@@ -34,7 +34,8 @@ QString milliseconds(std::chrono::nanoseconds time)
     return QString::number(static_cast<double>(time.count()) / 1e6, 'f', 1);
 }
 
-void tellRequest(RecordWriter &records, const PlanBlock &block, std::chrono::nanoseconds time)
+void tellRequest(RecordWriter &records, const PlanBlock &block, std::chrono::nanoseconds time,
+                 std::chrono::milliseconds gap)
 {
     const QString elements = elementsText(block.refreshed);
     const QString frame = block.frame.trimmed();
@@ -53,11 +54,13 @@ void tellRequest(RecordWriter &records, const PlanBlock &block, std::chrono::nan
                  sent,
                  block.replyChars,
                  millisecondsField(time),
+                 millisecondsField(gap),
                  block.unasked,
                  {}});
 }
 
-void tellCycle(RecordWriter &records, const Plan &plan, std::chrono::nanoseconds characterTime)
+void tellCycle(RecordWriter &records, const Plan &plan, std::chrono::nanoseconds characterTime,
+               std::chrono::milliseconds gap)
 {
     int sent = 0;
     int received = 0;
@@ -66,11 +69,23 @@ void tellCycle(RecordWriter &records, const Plan &plan, std::chrono::nanoseconds
         received += block.replyChars;
     }
     const std::chrono::nanoseconds time = characterTime * (sent + received);
-    records.add(QString("cycle: %1 requests, %2 characters, %3 ms on the wire")
-                    .arg(plan.blocks.size())
-                    .arg(sent + received)
-                    .arg(milliseconds(time)),
-                {"cycle", {}, {}, {}, sent, received, millisecondsField(time), {}, {}});
+    const std::chrono::milliseconds silence = gap * static_cast<int>(plan.blocks.size());
+    QString text = QString("cycle: %1 requests, %2 characters, %3 ms on the wire")
+                       .arg(plan.blocks.size())
+                       .arg(sent + received)
+                       .arg(milliseconds(time));
+    if (silence.count() > 0)
+        text += QString(", %1 ms with the silence of --gap").arg(milliseconds(time + silence));
+    records.add(text, {"cycle",
+                       {},
+                       {},
+                       {},
+                       sent,
+                       received,
+                       millisecondsField(time),
+                       millisecondsField(silence),
+                       {},
+                       {}});
 }
 
 void tellGap(RecordWriter &records, const PlanGap &gap)
@@ -78,7 +93,7 @@ void tellGap(RecordWriter &records, const PlanGap &gap)
     const int station = gap.elements.station;
     const QString elements = elementsText(gap.elements);
     records.add(QString("station %1 %2: %3").arg(station).arg(elements, gap.reason),
-                {"gap", station, elements, {}, {}, {}, {}, {}, gap.reason});
+                {"gap", station, elements, {}, {}, {}, {}, {}, {}, gap.reason});
 }
 
 } // namespace
@@ -94,12 +109,13 @@ ExitCode runPlan(const Options &options, const PlanOptions &request)
 
     RecordWriter records(options.format, "plan",
                          {"kind", "station", "elements", "frame", "sent", "received", "wire_ms",
-                          "not_asked", "error"},
+                          "silence_ms", "not_asked", "error"},
                          false, print);
     for (const PlanBlock &block : plan.blocks)
         tellRequest(records, block,
-                    character * (static_cast<int>(block.frame.size()) + block.replyChars));
-    tellCycle(records, plan, character);
+                    character * (static_cast<int>(block.frame.size()) + block.replyChars),
+                    options.gap);
+    tellCycle(records, plan, character, options.gap);
     for (const PlanGap &gap : plan.gaps)
         tellGap(records, gap);
     records.end();

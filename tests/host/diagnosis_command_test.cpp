@@ -178,6 +178,18 @@ TEST_F(DiagnosisCommand, PlanShowsFramesAndWireTimes)
 }
 
 TEST_F(DiagnosisCommand, PlanThatMissesElementsEndsWithOne)
+TEST_F(DiagnosisCommand, PlanCountsTheSilenceBeforeEachRequest)
+{
+    const Finished plan = kmr({"plan", "D0", "D100", "--gap", "100"});
+    // 64 characters of 10 bits each at 9600 bits a second, and two gaps.
+    EXPECT_TRUE(plan.out.endsWith("cycle: 2 requests, 64 characters, 66.7 ms on the wire, 266.7 ms "
+                                  "with the silence of --gap\n"))
+        << plan.out.toStdString();
+    const Finished csv = kmr({"plan", "D0", "D100", "--gap", "100", "--format", "csv"});
+    EXPECT_TRUE(csv.out.contains(",17,15,33.333,100,0,\n")) << csv.out.toStdString();
+    EXPECT_TRUE(csv.out.contains("cycle,,,,34,30,66.667,200,,\n"));
+}
+
 {
     const Finished plan = kmr({"plan", "D4095x2", "--raw"});
     EXPECT_EQ(plan.exitCode, 1);
@@ -204,11 +216,11 @@ TEST_F(DiagnosisCommand, PingAndScanHaveRecords)
 TEST_F(DiagnosisCommand, PlanHasRecordsForRequestsCycleAndGaps)
 {
     const Finished plan = kmr({"plan", "D4095x2", "--raw", "--format", "csv"});
-    EXPECT_TRUE(
-        plan.out.startsWith("kind,station,elements,frame,sent,received,wire_ms,not_asked,error\n"
-                            "request,1,D4095,:01031FFF0002DC,17,19,37.5,0,\n"
-                            "cycle,,,,17,19,37.5,,\n"
-                            "gap,1,D4096,,,,,,\"read wrongly: "))
+    EXPECT_TRUE(plan.out.startsWith(
+        "kind,station,elements,frame,sent,received,wire_ms,silence_ms,not_asked,error\n"
+        "request,1,D4095,:01031FFF0002DC,17,19,37.5,0,0,\n"
+        "cycle,,,,17,19,37.5,0,,\n"
+        "gap,1,D4096,,,,,,,\"read wrongly: "))
         << plan.out.toStdString();
 }
 
