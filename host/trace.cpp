@@ -1,5 +1,7 @@
 #include "host/trace.h"
 
+#include "host/records.h"
+
 namespace kmr {
 
 QString toText(const TracedLine &line)
@@ -10,8 +12,7 @@ QString toText(const TracedLine &line)
                                                                  : " (an echo)";
     }
     return QString("%1 %2 %3  %4")
-        .arg(line.time.toString("HH:mm:ss.zzz"), line.isSent ? ">" : "<", visible(line.characters),
-             meaning);
+        .arg(timeText(line.time), line.isSent ? ">" : "<", visible(line.characters), meaning);
 }
 
 void LineTrace::add(const QDateTime &time, bool isSent, const QByteArray &characters)

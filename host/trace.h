@@ -1,7 +1,7 @@
 // Traffic, line by line: time, direction, frame and what it means.
 //
-//     12:00:00.125 > :01031064000187\r\n  station 01: read D100
-//     12:00:00.133 < :0103020001F9\r\n  station 01 answers D100: 1
+//     2024-05-01T12:00:00.125+02:00 > :01031064000187\r\n  station 01: read D100
+//     2024-05-01T12:00:00.133+02:00 < :0103020001F9\r\n  station 01 answers D100: 1
 #pragma once
 
 #include "host/frame_text.h"

@@ -63,9 +63,11 @@ TEST_F(DiagnosisCommand, TraceGoesToStderrAndTheCaptureTellsTheSame)
     const QString capture = m_directory.filePath("field.jsonl");
     const Finished read = kmr({"read", "D100", "--trace", "--capture", capture});
     EXPECT_EQ(read.out, "D100 250\n");
-    EXPECT_TRUE(matches(read.err, "^\\d\\d:\\d\\d:\\d\\d\\.\\d{3} > :01031064000187\\\\r\\\\n  "
-                                  "station 01: read D100\n\\d\\d:\\S+ < :01030200FA00\\\\r\\\\n  "
-                                  "station 01 answers D100: 250\n"))
+    EXPECT_TRUE(matches(
+        read.err,
+        "^\\d{4}-\\d\\d-\\d\\dT\\d\\d:\\d\\d:\\d\\d\\.\\d{3}\\S+ > :01031064000187\\\\r\\\\n  "
+        "station 01: read D100\n\\d{4}-\\S+ < :01030200FA00\\\\r\\\\n  "
+        "station 01 answers D100: 250\n"))
         << read.err.toStdString();
     const Finished trace = kmr({"trace", capture});
     EXPECT_EQ(trace.exitCode, 0);
@@ -73,8 +75,6 @@ TEST_F(DiagnosisCommand, TraceGoesToStderrAndTheCaptureTellsTheSame)
     EXPECT_EQ(trace.out.count('\n'), read.err.count('\n'));
 }
 
-TEST_F(DiagnosisCommand, TraceOfNoCaptureEndsWithTwo)
-{
 TEST_F(DiagnosisCommand, TraceOfACutCaptureShowsWhatIsWholeAndEndsWithOne)
 {
     const QString capture = m_directory.filePath("field.jsonl");
@@ -86,6 +86,8 @@ TEST_F(DiagnosisCommand, TraceOfACutCaptureShowsWhatIsWholeAndEndsWithOne)
     EXPECT_EQ(trace.err, capture + ":3: breaks off, left out\n");
 }
 
+TEST_F(DiagnosisCommand, TraceOfNoCaptureEndsWithTwo)
+{
     EXPECT_EQ(kmr({"trace", "/no/such/file"}).exitCode, 2);
     const Finished trace = kmr({"trace", KMR_EXECUTABLE});
     EXPECT_EQ(trace.exitCode, 2);
@@ -157,9 +159,8 @@ TEST_F(DiagnosisCommand, StoppedScanCountsTheStationsThatItAsked)
     const QString link = QString("tcp://127.0.0.1:%1").arg(m_server.port());
     const Finished scan =
         run({"scan", "--timeout", "600000", "--link", link}, [](QProcess &process) {
-            QObject::connect(&process, &QProcess::readyReadStandardOutput, [&process] {
-                kill(static_cast<pid_t>(process.processId()), SIGINT);
-            });
+            QObject::connect(&process, &QProcess::readyReadStandardOutput,
+                             [&process] { kill(static_cast<pid_t>(process.processId()), SIGINT); });
         });
     EXPECT_EQ(scan.exitCode, 0);
     EXPECT_TRUE(scan.err.endsWith("1 of 1 stations answer, 30 not asked\n"))
@@ -177,7 +178,6 @@ TEST_F(DiagnosisCommand, PlanShowsFramesAndWireTimes)
     EXPECT_TRUE(kmr({"plan", "D100", "--baud", "19200"}).out.contains("32 characters, 16.7 ms"));
 }
 
-TEST_F(DiagnosisCommand, PlanThatMissesElementsEndsWithOne)
 TEST_F(DiagnosisCommand, PlanCountsTheSilenceBeforeEachRequest)
 {
     const Finished plan = kmr({"plan", "D0", "D100", "--gap", "100"});
@@ -190,6 +190,7 @@ TEST_F(DiagnosisCommand, PlanCountsTheSilenceBeforeEachRequest)
     EXPECT_TRUE(csv.out.contains("cycle,,,,34,30,66.667,200,,\n"));
 }
 
+TEST_F(DiagnosisCommand, PlanThatMissesElementsEndsWithOne)
 {
     const Finished plan = kmr({"plan", "D4095x2", "--raw"});
     EXPECT_EQ(plan.exitCode, 1);
