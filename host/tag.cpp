@@ -257,8 +257,7 @@ QString TagReader::whyInvalid(const QString &area, const QString &address, int c
                                : area == "CV"             ? " (the counters are CV2200 to CV2255)"
                                                           : "";
     return QString("out of range: %1 reaches from %2 to %3%4")
-        .arg(area, description.value(1), description.value(2),
-             area == "X" || area == "Y" ? " in octal digits" : "");
+        .arg(area, description.value(1), description.value(2), remark);
 }
 
 } // namespace kmr
