@@ -84,6 +84,7 @@ Session &Connection::open()
     settings.poll.echo = m_options.echo;
     settings.poll.gap = m_options.gap;
     settings.retries = m_options.retries;
+    tapLine(settings.poll);
     return begin(settings);
 }
 
@@ -99,10 +100,11 @@ bool Connection::canReconnect() const
 {
     return linkOf(m_options).kind == LinkAddress::Kind::Tcp;
 }
-    tapLine(settings.poll);
 
 Session &Connection::openOn(std::unique_ptr<QIODevice> device)
 {
+    if (m_options.trace || !m_options.capture.isEmpty())
+        printError("kmr: no link is opened, so nothing is traced or captured");
     m_device = std::move(device);
     SessionSettings settings;
     settings.poll.echo = EchoMode::Off;
@@ -117,8 +119,6 @@ Session &Connection::begin(SessionSettings settings)
     m_session = std::make_unique<Session>(m_library->functions(), *m_device, settings, stopFlag());
     return *m_session;
 }
-    if (m_options.trace || !m_options.capture.isEmpty())
-        printError("kmr: no link is opened, so nothing is traced or captured");
 
 void Connection::tapLine(PollSettings &settings)
 {
