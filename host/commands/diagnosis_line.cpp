@@ -161,13 +161,15 @@ void addDoctor(CLI::App &app, Command &chosen)
     command->add_flag("--try", line->tryFramings,
                       "try the usual speeds and frame formats of a serial link");
     command->add_option("--tag", line->tag, "what is read")->capture_default_str();
-    command->footer("Opens the link, asks the station three times and says what is wrong and what "
-                    "to do. With\n--try it asks once in each usual framing until one is answered, "
-                    "and names that link.\nEnds with 0 when the line is good, 1 when only some "
-                    "requests are answered, 3 when the link\ncould not be opened, 4 when nothing "
-                    "answers as it should, 5 when what is asked is refused.\n\n"
-                    "Examples:\n  kmr doctor --link serial:///dev/ttyUSB0?baud=19200\n"
-                    "  kmr doctor --try --timeout 300 --link serial:///dev/ttyUSB0");
+    command->footer(
+        "Opens the link, asks the station three times and says what is wrong and what "
+        "to do. A silent\nstation is asked once more and given five times --timeout. With "
+        "--try it asks once in each\nusual framing until one is answered, and names that "
+        "link.\nEnds with 0 when the line is good, 1 when only some "
+        "requests are answered, 3 when the link\ncould not be opened, 4 when nothing "
+        "answers as it should, 5 when what is asked is refused.\n\n"
+        "Examples:\n  kmr doctor --link serial:///dev/ttyUSB0?baud=19200\n"
+        "  kmr doctor --try --timeout 300 --link serial:///dev/ttyUSB0");
     command->callback([line, &chosen] {
         chosen = [line](const Options &options) {
             return runDoctor(options, {line->tryFramings, toQString(line->tag)});
