@@ -17,6 +17,19 @@ constexpr milliseconds DAMAGED_QUIET(50); // the answer was there, only its rest
 constexpr int SEND_AGAIN = 8;             // intf_dealRcvFrame's result
 constexpr int MAX_QUIET_TIMES = 10;       // a line that never falls silent is used all the same
 
+// The station's characters of a frame.
+QByteArray stationOf(const QByteArray &frame)
+{
+    return frame.mid(1, 2);
+}
+
+// Whether the line that ended an exchange was the answer, if maybe a damaged one.
+bool wasAnswered(ReplyFault fault)
+{
+    return fault == ReplyFault::None || fault == ReplyFault::NotHex ||
+           fault == ReplyFault::WrongLrc || fault == ReplyFault::NoExceptionCode;
+}
+
 } // namespace
 
 PollLoop::PollLoop(const DriverFunctions &driver, QIODevice &device, const PollSettings &settings,
@@ -25,6 +38,8 @@ PollLoop::PollLoop(const DriverFunctions &driver, QIODevice &device, const PollS
       m_clock(std::move(clock))
 {
     m_echo.mode = settings.echo;
+    m_quiet = settings.firstQuiet;
+    m_lastHeard = m_clock();
 }
 
 PollLoop::Step PollLoop::step()
@@ -47,7 +62,9 @@ bool PollLoop::isNextPassedOver()
     m_turn = m_turnOf ? m_turnOf(m_frame) : Turn::Ask;
     if (m_turn != Turn::PassOver)
         return false;
-    Exchange exchange{m_frame, {}, Exchange::Outcome::PassedOver, ReplyFault::Silence, 0, {}, {}};
+    m_isRetry = false;
+    Exchange exchange{m_frame, {},   Exchange::Outcome::PassedOver, ReplyFault::Silence, 0, {},
+                      {},      false};
     giveUp(exchange.driverText);
     tell(exchange);
     return true;
@@ -63,19 +80,24 @@ void PollLoop::giveUp(QString &driverText)
 
 PollLoop::Step PollLoop::exchange()
 {
-    Exchange exchange{m_frame, {}, Exchange::Outcome::Interrupted, ReplyFault::None, 0, {}, {}};
+    Exchange exchange{m_frame, {},   Exchange::Outcome::Interrupted, ReplyFault::None, 0, {},
+                      {},      false};
+    const bool isRetry = std::exchange(m_isRetry, false);
     if (m_frame.frameLen == 0) {
         exchange.fault = ReplyFault::NotSendable;
         handIn(exchange, QByteArray());
         return Step::Exchanged;
     }
-    if (!settle())
-        return broken();
+    const QByteArray frame(m_frame.frame, m_frame.frameLen);
+    const QByteArray station = stationOf(frame);
     emptyLine();
+    if (!settle(station, isRetry))
+        return broken();
     if (m_stop || isLost(m_device))
         return broken();
 
-    const QByteArray frame(m_frame.frame, m_frame.frameLen);
+    exchange.isOutOfStep = std::exchange(m_isOutOfStep, false);
+    noteSent(station, isRetry);
     const TimePoint begin = m_clock();
     ReplyFilter filter(frame, m_echo);
     ReplyFilter::Verdict verdict = ReplyFilter::Verdict::MoreWanted;
@@ -90,8 +112,9 @@ PollLoop::Step PollLoop::exchange()
     exchange.roundTrip = m_clock() - begin;
     exchange.fault = filter.fault();
     exchange.exceptionCode = filter.exceptionCode();
-    quietAfter(exchange.fault);
     handIn(exchange, filter.reply());
+    quietAfter(exchange);
+    noteEnd(station, exchange);
     return Step::Exchanged;
 }
 
@@ -124,33 +147,81 @@ PollLoop::Step PollLoop::idle()
     return Step::Idle;
 }
 
-// After a bad exchange the answer may still be on its way: waits until nothing comes any more, so
-// that it is not taken for the answer to the next request. False when the wait was broken off.
-bool PollLoop::settle()
+// Waits until the line has been quiet as long as it must, and for the answers that the station
+// owes. False when the wait was broken off.
+bool PollLoop::settle(const QByteArray &station, bool isRetry)
 {
-    const TimePoint latest = m_clock() + MAX_QUIET_TIMES * m_quiet;
-    while (m_quiet.count() > 0) {
-        switch (waitUntil(std::min(m_lastHeard + m_quiet, latest))) {
-        case Wait::Characters:
-            receive();
-            m_lastHeard = m_clock();
-            if (m_lastHeard >= latest)
-                m_quiet = milliseconds(0);
+    const TimePoint begin = m_clock();
+    for (;;) {
+        TimePoint end = std::min(m_lastHeard + m_quiet, begin + MAX_QUIET_TIMES * m_quiet);
+        const Owed &owed = m_owed[station];
+        if (owed.answers > 0 && !isRetry)
+            end = std::max(end, owed.until);
+        if (m_clock() >= end)
             break;
-        case Wait::TimeOver:
-            m_quiet = milliseconds(0);
-            break;
-        case Wait::Broken:
+        const Wait wait = waitUntil(end);
+        if (wait == Wait::Broken)
             return false;
+        if (wait == Wait::Characters) {
+            takeStrays(receive());
+            m_lastHeard = m_clock();
         }
     }
+    m_quiet = milliseconds(0);
     return true;
 }
 
-void PollLoop::quietAfter(ReplyFault fault)
+// What comes between requests: answers that are owed, or prove that answers are out of step.
+void PollLoop::takeStrays(const QByteArray &bytes)
+{
+    for (const QByteArray &line : m_strays.take(bytes)) {
+        if (modbus::decodeLine(line).fault != modbus::LineFault::None)
+            continue;
+        Owed &owed = m_owed[stationOf(line)];
+        if (owed.answers > 0) {
+            --owed.answers;
+            owed.slowest =
+                std::max<std::chrono::nanoseconds>(owed.slowest, m_clock() - owed.firstSent);
+            owed.until = std::max(owed.until, owed.lastSent + owed.slowest + m_settings.timeout);
+        } else if (stationOf(line) == m_lastStation) {
+            m_isOutOfStep = true;
+            m_quiet = std::max(m_quiet, m_settings.timeout);
+            m_lastHeard = m_clock();
+        }
+    }
+}
+
+void PollLoop::noteSent(const QByteArray &station, bool isRetry)
+{
+    m_strays.clear();
+    m_lastStation = station;
+    Owed &owed = m_owed[station];
+    if (!isRetry)
+        owed.answers = 0;
+    owed.lastSent = m_clock();
+    if (owed.answers == 0)
+        owed.firstSent = owed.lastSent;
+    ++owed.answers;
+}
+
+void PollLoop::noteEnd(const QByteArray &station, const Exchange &exchange)
+{
+    m_isRetry = exchange.outcome == Exchange::Outcome::SentAgain;
+    Owed &owed = m_owed[station];
+    const bool isAnswered = wasAnswered(exchange.fault);
+    if (isAnswered)
+        --owed.answers;
+    const TimePoint now = m_clock();
+    owed.until = isAnswered ? now + (owed.lastSent - owed.firstSent) + m_settings.timeout
+                            : now + 3 * m_settings.timeout;
+    owed.until = std::max(owed.until, owed.lastSent + owed.slowest + m_settings.timeout);
+}
+
+void PollLoop::quietAfter(const Exchange &exchange)
 {
     m_lastHeard = m_clock();
-    switch (fault) {
+    const bool isRetry = exchange.outcome == Exchange::Outcome::SentAgain;
+    switch (exchange.fault) {
     case ReplyFault::None:
     case ReplyFault::NotSendable:
         m_quiet = m_settings.gap;
@@ -158,8 +229,10 @@ void PollLoop::quietAfter(ReplyFault fault)
     case ReplyFault::TooLong:
     case ReplyFault::NotHex:
     case ReplyFault::WrongLrc:
-    case ReplyFault::WrongLength:
         m_quiet = std::max(m_settings.gap, std::min(DAMAGED_QUIET, m_settings.timeout));
+        break;
+    case ReplyFault::Silence:
+        m_quiet = isRetry ? m_settings.gap : std::max(m_settings.gap, m_settings.timeout);
         break;
     default:
         m_quiet = std::max(m_settings.gap, m_settings.timeout);
@@ -171,7 +244,7 @@ void PollLoop::emptyLine()
 {
     const TimePoint latest = m_clock() + m_settings.timeout;
     do {
-        receive();
+        takeStrays(receive());
     } while (!m_stop && m_device.waitForReadyRead(0) && m_clock() < latest);
 }
 
@@ -234,6 +307,8 @@ PollLoop::Wait PollLoop::waitUntil(TimePoint deadline)
         const auto left = std::chrono::ceil<milliseconds>(deadline - m_clock());
         if (left.count() <= 0)
             return Wait::TimeOver;
+        if (m_waitObserver)
+            m_waitObserver();
         const int wait = static_cast<int>(std::min(left, STOP_CHECK).count());
         if (!m_device.waitForReadyRead(wait) && m_device.bytesAvailable() == 0 && isLost(m_device))
             return Wait::Broken;

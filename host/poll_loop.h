@@ -5,6 +5,7 @@
 #include "host/driver_library.h"
 #include "host/reply_filter.h"
 #include "host/station_pauses.h"
+#include "modbus/ascii.h"
 
 #include <QByteArray>
 #include <QIODevice>
@@ -13,6 +14,7 @@
 #include <atomic>
 #include <chrono>
 #include <functional>
+#include <map>
 
 namespace kmr {
 
@@ -25,6 +27,8 @@ struct PollSettings {
     std::chrono::nanoseconds characterTime{0};
     EchoMode echo = EchoMode::Auto;
     std::chrono::milliseconds gap{0}; // silence on the line before each request
+    // Silence before the first request: what somebody else asked before may still be answered.
+    std::chrono::milliseconds firstQuiet{0};
     // Told of all characters as they are sent and as they arrive, those of no use included.
     std::function<void(bool isSent, const QByteArray &characters)> tap = {};
 };
@@ -46,8 +50,22 @@ struct Exchange {
     int exceptionCode = 0;                 // of a refusal, else 0
     QString driverText;                    // the driver's own description of the request
     std::chrono::nanoseconds roundTrip{0}; // from the first character sent to the answer's last
+    // Before it came an answer that no request waited for: those taken for the answers to earlier
+    // requests to this station may have been others'.
+    bool isOutOfStep = false;
 };
 
+// Answers carry no mark of their request, so one that comes late or twice could be taken for that
+// of the next request. The loop counts the answers that each station owes:
+//
+//  - The same request is sent again at once: whichever of its answers comes is one to it.
+//  - Before another request to the station it waits until all owed answers have come, or can be
+//    taken for lost: behind a good answer a timeout after the time that it could have taken, from
+//    the first attempt on, behind a request that was given up three timeouts, and a timeout after
+//    the time that the station's late answers took so far.
+//  - An answer that comes although none is owed shows that answers are out of step: the loop waits
+//    for a quiet line, and tells the observer.
+//
 // Blocks in the device's waits and needs no Qt event loop. Nothing here is safe to call from two
 // threads, the stop flag excepted.
 class PollLoop {
@@ -79,6 +97,12 @@ public:
         m_turnOf = std::move(turnOf);
     }
 
+    // Is called every 50 ms while the loop waits.
+    void setWaitObserver(std::function<void()> observer)
+    {
+        m_waitObserver = std::move(observer);
+    }
+
     // Makes one exchange, or waits 10 ms when there is nothing to send. After LineLost or Stopped
     // the driver may wait for an answer that never comes: start anew with intf_initProperty.
     Step step();
@@ -93,18 +117,30 @@ private:
     enum class Wait { Characters, TimeOver, Broken };
     using TimePoint = std::chrono::steady_clock::time_point;
 
+    // What a station has not answered yet.
+    struct Owed {
+        int answers = 0;
+        TimePoint firstSent; // the oldest of their requests
+        TimePoint lastSent;
+        TimePoint until;                     // then what has not come is taken for lost
+        std::chrono::nanoseconds slowest{0}; // what came late, came within this time
+    };
+
     bool isNextPassedOver();
     void giveUp(QString &driverText);
     Step exchange();
     Step idle();
-    bool settle();
+    bool settle(const QByteArray &station, bool isRetry);
     void emptyLine();
     QByteArray receive();
+    void takeStrays(const QByteArray &bytes);
+    void noteSent(const QByteArray &station, bool isRetry);
+    void noteEnd(const QByteArray &station, const Exchange &exchange);
     bool send(const QByteArray &frame);
     ReplyFilter::Verdict collect(ReplyFilter &filter, TimePoint deadline, QByteArray &received);
     void handIn(Exchange &exchange, QByteArray reply);
     Wait waitUntil(TimePoint deadline);
-    void quietAfter(ReplyFault fault);
+    void quietAfter(const Exchange &exchange);
     Step broken() const;
     void tell(const Exchange &exchange) const;
 
@@ -114,12 +150,18 @@ private:
     const std::atomic<bool> &m_stop;
     const Clock m_clock;
     Observer m_observer;
+    std::function<void()> m_waitObserver;
     TurnOf m_turnOf;
     Echo m_echo;
     FRAME_PRO m_frame;
     Turn m_turn = Turn::Ask;              // of m_frame
     std::chrono::milliseconds m_quiet{0}; // silence that must pass before the next request
     TimePoint m_lastHeard;                // when it began
+    std::map<QByteArray, Owed> m_owed;    // by the station's characters
+    QByteArray m_lastStation;             // that of the last request
+    bool m_isRetry = false;               // the next request is the last one once more
+    modbus::LineCollector m_strays;       // what comes between requests
+    bool m_isOutOfStep = false;
 };
 
 } // namespace kmr

@@ -21,6 +21,14 @@ void QualityMap::set(const Run &run, const ElementState &state)
         m_states[{run.station, run.area, number}] = state;
 }
 
+void QualityMap::setStation(int station, const ElementState &state)
+{
+    for (auto &entry : m_states) {
+        if (std::get<0>(entry.first) == station)
+            entry.second = state;
+    }
+}
+
 ElementState QualityMap::worst(const Run &run) const
 {
     for (int number = run.first; number < run.end(); ++number) {

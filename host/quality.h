@@ -37,6 +37,9 @@ public:
     // Sets the state of all elements of a run.
     void set(const Run &run, const ElementState &state);
 
+    // Sets that of all elements of a station that have one.
+    void setStation(int station, const ElementState &state);
+
     // The state of the first element that isn't Good, or Good.
     ElementState worst(const Run &run) const;
 

@@ -2,6 +2,8 @@
 
 #include "modbus/protocol.h"
 
+#include <algorithm>
+
 namespace kmr {
 
 namespace {
@@ -71,6 +73,8 @@ QString toText(ReplyFault fault)
         return "the acknowledgement of another write";
     case ReplyFault::NoExceptionCode:
         return "an exception without a code";
+    case ReplyFault::SeveralAnswers:
+        return "two different answers at once: answers are out of step";
     case ReplyFault::MissingEcho:
         return "an answer without the echo that the line gave before: if it echoes no more, start "
                "again or try --echo off";
@@ -114,12 +118,25 @@ ReplyFilter::Verdict ReplyFilter::take(const QByteArray &bytes)
 {
     m_taken += bytes.size();
     const QList<QByteArray> lines = m_collector.take(bytes);
-    for (const QByteArray &line : lines) {
-        const Verdict verdict = line == m_request ? judgeOwnText(line) : judge(line);
+    for (int i = 0; i < lines.size(); ++i) {
+        const Verdict verdict = lines[i] == m_request ? judgeOwnText(lines[i]) : judge(lines[i]);
+        if (verdict == Verdict::Good &&
+            std::any_of(lines.begin() + i + 1, lines.end(),
+                        [this](const QByteArray &line) { return isRival(line); }))
+            return bad(ReplyFault::SeveralAnswers);
         if (verdict != Verdict::MoreWanted)
             return verdict;
     }
     return Verdict::MoreWanted;
+}
+
+// Whether `line`, behind the answer, is another one from the same station.
+bool ReplyFilter::isRival(const QByteArray &line) const
+{
+    return line != m_reply &&
+           line.mid(STATION_POSITION, STATION_CHARS) ==
+               m_request.mid(STATION_POSITION, STATION_CHARS) &&
+           modbus::decodeLine(line).fault == modbus::LineFault::None;
 }
 
 ReplyFilter::Verdict ReplyFilter::end()
@@ -194,10 +211,8 @@ ReplyFilter::Verdict ReplyFilter::judgeMessage(const QByteArray &line, const QBy
 
 ReplyFilter::Verdict ReplyFilter::good(const QByteArray &line)
 {
-    if (m_echo.isCertain() && m_ownTexts == 0) {
-        m_exceptionCode = 0;
+    if (m_echo.isCertain() && m_ownTexts == 0)
         return bad(ReplyFault::MissingEcho);
-    }
     // Whatever else arrived may be the rest of an echo.
     const bool cameAlone = m_taken == line.size();
     if (m_echo.isUnknown() && cameAlone && !isBitWrite())
@@ -209,6 +224,7 @@ ReplyFilter::Verdict ReplyFilter::good(const QByteArray &line)
 ReplyFilter::Verdict ReplyFilter::bad(ReplyFault fault)
 {
     m_fault = fault;
+    m_exceptionCode = 0;
     return Verdict::Bad;
 }
 

@@ -45,6 +45,7 @@ enum class ReplyFault {
     WrongLength,          // a line shorter or longer than the request's answer
     WrongAcknowledgement, // a write acknowledged that isn't ours
     NoExceptionCode,      // an exception with code 0, which stands for none
+    SeveralAnswers,       // two different answers came at once
     MissingEcho,          // an answer came, but not the echo that was certain to precede it
     UnexpectedEcho,       // the request came back although EchoMode::Off rules that out
     EchoOrAnswer, // a bit write came back once, and no one knows yet whether the line echoes
@@ -96,6 +97,7 @@ public:
     }
 
 private:
+    bool isRival(const QByteArray &line) const;
     Verdict judge(const QByteArray &line);
     Verdict judgeOwnText(const QByteArray &line);
     Verdict judgeMessage(const QByteArray &line, const QByteArray &message);

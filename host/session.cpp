@@ -50,6 +50,20 @@ RequestResult resultOf(const Exchange &exchange, bool wasUnanswered)
             failure};
 }
 
+// Whether the station's answers may have been taken for those to other requests.
+bool isOutOfStep(const Exchange &exchange)
+{
+    switch (exchange.fault) {
+    case ReplyFault::WrongFunction:
+    case ReplyFault::WrongLength:
+    case ReplyFault::WrongAcknowledgement:
+    case ReplyFault::SeveralAnswers:
+        return true;
+    default:
+        return exchange.isOutOfStep;
+    }
+}
+
 bool isFinal(const Exchange &exchange)
 {
     return exchange.outcome != Exchange::Outcome::SentAgain;
@@ -307,6 +321,11 @@ void Session::noteStation(const Exchange &exchange)
 
 void Session::noteQuality(const Exchange &exchange)
 {
+    const int station = exchange.request.var.station;
+    if (isOutOfStep(exchange))
+        m_quality.setStation(station, {});
+    if (exchange.outcome == Exchange::Outcome::GivenUp && m_pauses.isSilent(station))
+        m_quality.setStation(station, {Quality::Stale, {exchange.fault, exchange.exceptionCode}});
     if (!isRead(exchange.request)) {
         forget(disturbedBy(writtenBy(exchange.request.var)));
         return;

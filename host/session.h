@@ -70,6 +70,12 @@ public:
         m_observer = std::move(observer);
     }
 
+    // Is called every 50 ms while an exchange waits for characters.
+    void setWaitObserver(std::function<void()> observer)
+    {
+        m_loop.setWaitObserver(std::move(observer));
+    }
+
     // Is called with the driver's own reports (ValueChangedCallback), during an exchange or a
     // write: of polled elements whose shown value changed, good or only written, and of its two
     // events.

@@ -7,13 +7,19 @@ namespace kmr {
 void StationPauses::noteGiveUp(int station, TimePoint now)
 {
     Silence &silence = m_silent[station];
-    silence.until = now + silence.nextPause * m_timeout;
-    silence.nextPause = std::clamp(2 * silence.nextPause, 1, LONGEST_PAUSE);
+    silence.pause = std::clamp(2 * silence.pause, FIRST_PAUSE, LONGEST_PAUSE);
+    silence.until = now + silence.pause * m_timeout;
+}
+
+bool StationPauses::isSilent(int station) const
+{
+    const auto silence = m_silent.find(station);
+    return silence != m_silent.end() && silence->second.pause > FIRST_PAUSE;
 }
 
 Turn StationPauses::turnOf(int station, TimePoint now) const
 {
-    if (m_silent.count(station) == 0 || m_stations.size() < 2)
+    if (m_silent.count(station) == 0)
         return Turn::Ask;
     return isPausing(station, now) && canAnotherBeAsked(station, now) ? Turn::PassOver
                                                                       : Turn::AskOnce;

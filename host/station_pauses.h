@@ -1,14 +1,16 @@
 // Keeps a silent station from starving the others on its line: each request to it costs a whole
 // timeout and the quiet time behind it, and with retries a multiple, while everyone else waits.
 //
-//  - A station whose request was given up is asked without retries until it answers.
-//  - When it is given up again, its polled blocks are passed over for a pause of one timeout. Each
-//    further give-up doubles the pause, up to ten timeouts: a station that is switched on again is
-//    found soon, and silent it takes no more than a fifth of the line.
+//  - A station whose request was given up is asked without retries until it answers, and its polled
+//    blocks are passed over for a pause of three timeouts: a late answer may still come.
+//  - Each further give-up doubles the pause, up to ten timeouts: a station that is switched on
+//  again
+//    is found soon, and silent it takes no more than a fifth of the line.
 //  - An answer ends all that, a refusal as well.
 //
 // Nobody is passed over while no other station can use the time: a lone station, and stations that
-// are all silent, are asked in turn. Only polling is concerned, not single requests and recipes.
+// are all silent, are asked in turn, without retries. Only polling is concerned, not single
+// requests and recipes.
 #pragma once
 
 #include <chrono>
@@ -28,7 +30,8 @@ class StationPauses {
 public:
     using TimePoint = std::chrono::steady_clock::time_point;
 
-    static constexpr int LONGEST_PAUSE = 10; // timeouts
+    static constexpr int FIRST_PAUSE = 3; // timeouts
+    static constexpr int LONGEST_PAUSE = 10;
 
     explicit StationPauses(std::chrono::milliseconds timeout) : m_timeout(timeout) {}
 
@@ -43,6 +46,10 @@ public:
         m_silent.erase(station);
     }
     void noteGiveUp(int station, TimePoint now);
+
+    // Whether two requests to it in a row were given up.
+    bool isSilent(int station) const;
+
     void forgetAll()
     {
         m_silent.clear();
@@ -53,8 +60,8 @@ public:
 
 private:
     struct Silence {
-        int nextPause = 0; // timeouts; 0 after the first give-up
-        TimePoint until;   // end of the pause
+        int pause = 0;   // timeouts
+        TimePoint until; // its end
     };
 
     bool isPausing(int station, TimePoint now) const;

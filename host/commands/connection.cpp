@@ -75,12 +75,27 @@ std::vector<Tag> Connection::readTags(const QStringList &texts) const
     return tags;
 }
 
+namespace {
+
+// On a serial line somebody may have asked just before us and gone: his answer is on its way for as
+// long as a long exchange lasts and a controller ponders.
+std::chrono::milliseconds quietBeforeUse(std::chrono::nanoseconds characterTime)
+{
+    using std::chrono::milliseconds;
+    const bool isSerial = characterTime > characterTime.zero();
+    return isSerial ? std::chrono::ceil<milliseconds>(64 * characterTime) + milliseconds(100)
+                    : milliseconds(0);
+}
+
+} // namespace
+
 Session &Connection::open()
 {
     const LinkAddress address = linkOf(m_options);
     m_device = openLink(address, m_options.timeout, stopFlag());
     SessionSettings settings;
     settings.poll.characterTime = characterTime(address);
+    settings.poll.firstQuiet = quietBeforeUse(settings.poll.characterTime);
     settings.poll.echo = m_options.echo;
     settings.poll.gap = m_options.gap;
     settings.retries = m_options.retries;

@@ -28,30 +28,33 @@ bool isDrawable()
     return isatty(STDOUT_FILENO) == 1 && qgetenv("TERM") != "dumb";
 }
 
-// False when the end has come before the line.
-bool awaitReconnection(Connection &connection, Watcher &watcher, const IsOver &isOver)
+// False when the end has come before the line. `pause`: before the next attempt.
+bool awaitReconnection(Connection &connection, Watcher &watcher, const IsOver &isOver,
+                       milliseconds &pause)
 {
-    milliseconds pause = FIRST_PAUSE;
     steady_clock::time_point next = steady_clock::now() + pause;
     while (!isOver()) {
         watcher.draw();
         std::this_thread::sleep_for(STOP_CHECK);
         if (steady_clock::now() < next)
             continue;
+        pause = std::min(2 * pause, LONGEST_PAUSE);
         if (connection.reconnect())
             return true;
-        pause = std::min(2 * pause, LONGEST_PAUSE);
         next = steady_clock::now() + pause;
     }
     return false;
 }
 
-// False when the line is lost for good.
-bool bringBack(Connection &connection, Watcher &watcher, const IsOver &isOver)
+// False when the line is lost for good. `pause` grows until something is answered: some gateways
+// accept every connection and close it again.
+bool bringBack(Connection &connection, Watcher &watcher, const IsOver &isOver, milliseconds &pause)
 {
     const bool canReconnect = connection.canReconnect();
+    if (!watcher.isLost())
+        pause = FIRST_PAUSE;
     watcher.noteLoss(canReconnect ? ", connecting again" : ": check the cable, then start again");
-    if (!canReconnect || !awaitReconnection(connection, watcher, isOver))
+    if (!canReconnect || !awaitReconnection(connection, watcher, isOver, pause))
         return false;
     watcher.noteReconnection();
     return true;
@@ -73,12 +76,13 @@ ExitCode runWatch(const Options &options, const WatchOptions &watch)
         return stopFlag() || watcher.isOver() ||
                (watch.duration && steady_clock::now() - begin >= *watch.duration);
     };
+    milliseconds pauseToReconnect = FIRST_PAUSE;
     while (!isOver()) {
         const std::chrono::nanoseconds pause = watcher.pause();
         if (pause > pause.zero()) {
             std::this_thread::sleep_for(std::min<std::chrono::nanoseconds>(pause, STOP_CHECK));
         } else if (session.step() == PollLoop::Step::LineLost && !isOver() &&
-                   !bringBack(connection, watcher, isOver)) {
+                   !bringBack(connection, watcher, isOver, pauseToReconnect)) {
             break;
         }
         watcher.draw();

@@ -25,13 +25,6 @@ std::chrono::steady_clock::time_point clockNow()
     return std::chrono::steady_clock::now();
 }
 
-// A refusal concerns the elements asked for, everything else the whole station.
-QString subject(const Run &run, bool isRefusal)
-{
-    const QString station = QString("station %1").arg(run.station);
-    return isRefusal ? station + ' ' + runName(run) : station;
-}
-
 void noteChange(WatchRow &row, const Tag &tag, const Values &values, bool isFirst)
 {
     const std::vector<Value> shown = interpret(tag, values);
@@ -50,7 +43,8 @@ Watcher::Watcher(Session &session, std::vector<Tag> tags, Format format, bool is
                  std::chrono::milliseconds wantedCycle, std::optional<std::uint64_t> maxChanges)
     : m_session(session), m_tags(std::move(tags)), m_maxChanges(maxChanges), m_rows(m_tags.size()),
       m_shown(m_tags.size()), m_lastGood(m_tags.size()),
-      m_runs(readRuns(m_tags, session.groupLimit())), m_cycle(wantedCycle), m_nextDraw(clockNow())
+      m_runs(readRuns(m_tags, session.groupLimit())), m_cycle(wantedCycle), m_nextDraw(clockNow()),
+      m_outages(printError, now)
 {
     for (std::size_t i = 0; i < m_tags.size(); ++i) {
         m_rows[i].tag = m_tags[i].text;
@@ -65,12 +59,14 @@ Watcher::Watcher(Session &session, std::vector<Tag> tags, Format format, bool is
                           print);
     }
     m_session.setObserver([this](const Exchange &exchange) { note(exchange); });
+    m_session.setWaitObserver([this] { draw(); });
 }
 
 Watcher::~Watcher()
 {
     setAroundErrors({}, {});
     m_session.setObserver({});
+    m_session.setWaitObserver({});
 }
 
 void Watcher::beginPolling()
@@ -88,33 +84,37 @@ void Watcher::note(const Exchange &exchange)
     m_rates.note(exchange);
     m_cycle.note(exchange, clockNow());
     const Run run = refreshedBy(exchange.request);
-    if (exchange.outcome == Exchange::Outcome::GivenUp)
-        beginOutage(run, {exchange.fault, exchange.exceptionCode});
-    if (exchange.outcome == Exchange::Outcome::Good)
-        endOutage(run);
+    const bool isGood = exchange.outcome == Exchange::Outcome::Good;
+    const bool isDoubtful = exchange.fault != ReplyFault::None || exchange.isOutOfStep;
+    noteOutage(exchange, run);
     for (std::size_t i = 0; i < m_tags.size() && !isOver(); ++i) {
-        if (overlap(m_tags[i].elements, run))
-            refresh(i);
+        const Run &elements = m_tags[i].elements;
+        const bool isAskedFor = overlap(elements, run);
+        if (isAskedFor && isGood)
+            showGood(i);
+        if (isAskedFor || (isDoubtful && elements.station == run.station))
+            noteQuality(i);
     }
 }
 
 void Watcher::noteLoss(const QString &advice)
 {
-    printError(now() + " the line was lost" + advice);
+    if (!std::exchange(m_isLost, true))
+        printError(now() + " the line was lost" + advice);
     for (std::size_t i = 0; i < m_tags.size(); ++i)
         makeStale(i, "the line was lost");
 }
 
 void Watcher::noteReconnection()
 {
-    printError(now() + " the line is back");
-    m_outages.clear();
+    m_outages.forget();
     beginPolling();
 }
 
 void Watcher::draw()
 {
     const Time time = clockNow();
+    m_outages.tellEnds(time);
     if (!m_table || time < m_nextDraw)
         return;
     m_nextDraw = time + DRAW_INTERVAL;
@@ -128,6 +128,7 @@ void Watcher::draw()
 
 void Watcher::end()
 {
+    m_outages.tellAllEnds();
     m_nextDraw = clockNow();
     draw();
     setAroundErrors({}, {});
@@ -147,18 +148,21 @@ ExitCode Watcher::outcome() const
     return codes.total();
 }
 
-void Watcher::refresh(std::size_t index)
+// What was good may be so no more, through other requests to its station as well.
+void Watcher::noteQuality(std::size_t index)
 {
     const ElementState state = m_session.state(m_tags[index]);
-    if (state.quality == Quality::Good)
-        showGood(index);
-    else if (state.quality == Quality::Stale)
+    if (state.quality == Quality::Stale)
         makeStale(index, toText(state.failure));
+    else if (state.quality == Quality::Unread && m_rows[index].state == WatchRow::State::Good)
+        m_rows[index].state = WatchRow::State::Unread;
 }
 
 void Watcher::showGood(std::size_t index)
 {
     const Tag &tag = m_tags[index];
+    if (m_session.state(tag).quality != Quality::Good)
+        return;
     WatchRow &row = m_rows[index];
     const bool wasStale = row.state == WatchRow::State::Stale;
     row.state = WatchRow::State::Good;
@@ -196,23 +200,15 @@ void Watcher::addRecord(std::size_t index, const QString &plain, const Values &v
                     textField(error)});
 }
 
-void Watcher::beginOutage(const Run &run, const Failure &failure)
+void Watcher::noteOutage(const Exchange &exchange, const Run &run)
 {
-    const bool isRefusal = failure.exceptionCode != 0;
-    const QString name = subject(run, isRefusal);
-    if (!m_outages.insert(name).second)
-        return; // one line, also where the cause changes from request to request
-    const QString request = isRefusal ? QString() : ", asked for " + runName(run);
-    printError(QString("%1 %2: %3").arg(now(), name, toText(failure)) + request);
-}
-
-void Watcher::endOutage(const Run &run)
-{
-    for (const bool isRefusal : {false, true}) {
-        const QString name = subject(run, isRefusal);
-        if (m_outages.erase(name) > 0)
-            printError(QString("%1 %2 answers again").arg(now(), name));
-    }
+    if (exchange.outcome == Exchange::Outcome::GivenUp)
+        m_outages.noteFailure(run, {exchange.fault, exchange.exceptionCode}, clockNow());
+    if (exchange.outcome != Exchange::Outcome::Good)
+        return;
+    m_outages.noteAnswer(run, clockNow());
+    if (std::exchange(m_isLost, false))
+        printError(now() + " the line is back");
 }
 
 } // namespace kmr

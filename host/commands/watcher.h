@@ -2,6 +2,7 @@
 // outage begins and when it ends.
 #pragma once
 
+#include "host/commands/outages.h"
 #include "host/commands/watch_cycle.h"
 #include "host/commands/watch_rates.h"
 #include "host/commands/watch_table.h"
@@ -14,7 +15,6 @@
 #include <chrono>
 #include <cstdint>
 #include <optional>
-#include <set>
 #include <vector>
 
 namespace kmr {
@@ -37,7 +37,15 @@ public:
 
     // The line is lost: nothing is fresh any more. `advice` follows the words.
     void noteLoss(const QString &advice);
+
+    // It is open again. That it is back is told with the first answer.
     void noteReconnection();
+
+    // Lost, and nothing was answered since.
+    bool isLost() const
+    {
+        return m_isLost;
+    }
 
     // Draws the table when it is time to. To be called often.
     void draw();
@@ -57,13 +65,12 @@ private:
     using Time = std::chrono::steady_clock::time_point;
 
     void note(const Exchange &exchange);
-    void refresh(std::size_t index);
+    void noteQuality(std::size_t index);
     void showGood(std::size_t index);
     void makeStale(std::size_t index, const QString &cause);
     void addRecord(std::size_t index, const QString &plain, const Values &values,
                    const QString &error);
-    void beginOutage(const Run &run, const Failure &failure);
-    void endOutage(const Run &run);
+    void noteOutage(const Exchange &exchange, const Run &run);
 
     Session &m_session;
     const std::vector<Tag> m_tags;
@@ -77,7 +84,8 @@ private:
     std::optional<RecordWriter> m_records; // or
     std::optional<LiveTable> m_table;
     Time m_nextDraw;
-    std::set<QString> m_outages; // what they concern
+    Outages m_outages;
+    bool m_isLost = false;
     std::uint64_t m_changes = 0;
 };
 

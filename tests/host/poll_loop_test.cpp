@@ -8,6 +8,7 @@
 using namespace kmr;
 using Outcome = Exchange::Outcome;
 using Step = PollLoop::Step;
+using std::chrono::milliseconds;
 
 namespace {
 
@@ -29,7 +30,8 @@ struct Noted {
     int exceptionCode;
     QByteArray received;
     QString driverText;
-    std::chrono::milliseconds roundTrip;
+    milliseconds roundTrip;
+    bool isOutOfStep;
 };
 
 // The driver polls D100 of station 1 and gives up at the third bad reply.
@@ -54,10 +56,10 @@ protected:
         m_loop =
             std::make_unique<PollLoop>(library(), *m_device, m_settings, m_stop, m_device->clock());
         m_loop->setObserver([this](const Exchange &exchange) {
-            m_noted.push_back(
-                {exchange.outcome, exchange.fault, exchange.exceptionCode, exchange.received,
-                 exchange.driverText,
-                 std::chrono::duration_cast<std::chrono::milliseconds>(exchange.roundTrip)});
+            m_noted.push_back({exchange.outcome, exchange.fault, exchange.exceptionCode,
+                               exchange.received, exchange.driverText,
+                               std::chrono::duration_cast<milliseconds>(exchange.roundTrip),
+                               exchange.isOutOfStep});
         });
     }
 
@@ -150,15 +152,84 @@ TEST_F(PollLoopTest, RefusalIsNamed)
     EXPECT_EQ(m_noted[0].driverText, "1#D100(1)(11)");
 }
 
-TEST_F(PollLoopTest, LateAnswerIsNotTakenForTheNextOne)
+TEST_F(PollLoopTest, LateAnswerIsTakenForItsRequestSentAgain)
 {
     answer({{{1400, D100_IS_0001}}, {{10, D100_IS_1234}}});
     m_loop->step();
     m_loop->step();
     EXPECT_EQ(m_noted[0].fault, ReplyFault::Silence);
+    EXPECT_EQ(m_device->sentAt()[1], milliseconds(1000)); // at once
+    EXPECT_EQ(m_noted[1].received, D100_IS_0001);
+    EXPECT_EQ(valueOfD100(), 1);
+}
+
+TEST_F(PollLoopTest, NextRequestWaitsForTheAnswerThatIsStillOwed)
+{
+    answer({{{1400, D100_IS_0001}}, {{900, D100_IS_0001}}, {{10, D100_IS_1234}}});
+    for (int i = 0; i < 3; ++i)
+        m_loop->step();
+    EXPECT_EQ(m_device->sentAt()[2], milliseconds(2300));
+    EXPECT_EQ(m_noted[2].received, D100_IS_1234);
+    EXPECT_FALSE(m_noted[2].isOutOfStep);
+}
+
+TEST_F(PollLoopTest, OwedAnswerThatDoesNotComeIsWaitedForAsLongAsTheRequestTook)
+{
+    answer({{}, {{10, D100_IS_1234}}, {{10, D100_IS_1234}}});
+    for (int i = 0; i < 3; ++i)
+        m_loop->step();
+    EXPECT_EQ(m_device->sentAt()[2], milliseconds(1010 + 1000 + 1000));
+}
+
+TEST_F(PollLoopTest, BehindARequestThatWasGivenUpTheLineHasTimeToFallSilent)
+{
+    answer({});
+    for (int i = 0; i < 4; ++i)
+        m_loop->step();
+    EXPECT_EQ(m_device->sentAt()[2], milliseconds(2000));
+    EXPECT_EQ(m_device->sentAt()[3], milliseconds(3000 + 3 * 1000));
+}
+
+TEST_F(PollLoopTest, AnswerThatComesTwiceIsNotTakenForTheNextOne)
+{
+    m_settings.gap = milliseconds(20);
+    answer({{{10, D100_IS_0001}, {5, D100_IS_0001}}, {{10, D100_IS_1234}}, {{10, D100_IS_1234}}});
+    for (int i = 0; i < 3; ++i)
+        m_loop->step();
+    EXPECT_EQ(m_device->sentAt()[1], milliseconds(15 + 1000)); // the line was quiet
     EXPECT_EQ(m_noted[1].received, D100_IS_1234);
-    // Late at 1400, and then one quiet response time.
-    EXPECT_EQ(m_device->sentAt()[1], std::chrono::milliseconds(2400));
+    EXPECT_TRUE(m_noted[1].isOutOfStep);
+    EXPECT_FALSE(m_noted[2].isOutOfStep);
+}
+
+TEST_F(PollLoopTest, OtherStationsAnswerBetweenRequestsDisturbsNobody)
+{
+    m_settings.gap = milliseconds(20);
+    answer({{{10, D100_IS_0001}, {5, ":0203020001F8\r\n"}}, {{10, D100_IS_1234}}});
+    m_loop->step();
+    m_loop->step();
+    EXPECT_EQ(m_device->sentAt()[1], milliseconds(35));
+    EXPECT_FALSE(m_noted[1].isOutOfStep);
+}
+
+TEST_F(PollLoopTest, FirstRequestWaitsForWhatSomebodyElseAskedFor)
+{
+    m_settings.firstQuiet = milliseconds(200);
+    answer({{{10, D100_IS_1234}}});
+    m_device->arrive(150, D100_IS_0001);
+    m_loop->step();
+    EXPECT_EQ(m_device->sentAt()[0], milliseconds(350));
+    EXPECT_EQ(valueOfD100(), 0x1234);
+    EXPECT_FALSE(m_noted[0].isOutOfStep);
+}
+
+TEST_F(PollLoopTest, WaitObserverIsCalledWhileAnAnswerIsWaitedFor)
+{
+    answer({});
+    int calls = 0;
+    m_loop->setWaitObserver([&calls] { ++calls; });
+    m_loop->step();
+    EXPECT_EQ(calls, 20); // a second, every 50 ms
 }
 
 TEST_F(PollLoopTest, AfterADamagedAnswerAShortQuietTimeIsEnough)

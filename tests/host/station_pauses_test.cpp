@@ -75,21 +75,18 @@ TEST_F(StationPausesTest, StationThatAnswersIsAsked)
     EXPECT_EQ(m_pauses.turnOf(1, at(0)), Turn::Ask);
 }
 
-TEST_F(StationPausesTest, FirstGiveUpSparesTheRetriesAndTheSecondMakesAPause)
+TEST_F(StationPausesTest, GivenUpStationIsAskedWithoutRetriesAfterAPause)
 {
-    m_pauses.noteGiveUp(2, at(0));
-    EXPECT_EQ(m_pauses.turnOf(2, at(0)), Turn::AskOnce);
     m_pauses.noteGiveUp(2, at(10));
     EXPECT_EQ(m_pauses.turnOf(2, at(10)), Turn::PassOver);
-    EXPECT_EQ(m_pauses.turnOf(2, at(109)), Turn::PassOver);
-    EXPECT_EQ(m_pauses.turnOf(2, at(110)), Turn::AskOnce);
+    EXPECT_EQ(m_pauses.turnOf(2, at(309)), Turn::PassOver);
+    EXPECT_EQ(m_pauses.turnOf(2, at(310)), Turn::AskOnce);
     EXPECT_EQ(m_pauses.turnOf(1, at(10)), Turn::Ask);
 }
 
 TEST_F(StationPausesTest, PausesGrowUpToTenTimeouts)
 {
-    m_pauses.noteGiveUp(2, at(0));
-    for (const int pause : {100, 200, 400, 800, 1000, 1000}) {
+    for (const int pause : {300, 600, 1000, 1000}) {
         m_pauses.noteGiveUp(2, at(0));
         EXPECT_EQ(m_pauses.turnOf(2, at(pause - 1)), Turn::PassOver) << pause;
         EXPECT_EQ(m_pauses.turnOf(2, at(pause)), Turn::AskOnce) << pause;
@@ -104,12 +101,23 @@ TEST_F(StationPausesTest, NobodyIsPassedOverWhenAllAreSilent)
     EXPECT_EQ(m_pauses.turnOf(2, at(1)), Turn::AskOnce);
 }
 
-TEST_F(StationPausesTest, LoneStationIsAskedAsEver)
+TEST_F(StationPausesTest, LoneStationIsAskedWithoutRetriesAndPauses)
 {
     m_pauses.setStations({2});
     m_pauses.noteGiveUp(2, at(0));
     m_pauses.noteGiveUp(2, at(0));
-    EXPECT_EQ(m_pauses.turnOf(2, at(0)), Turn::Ask);
+    EXPECT_EQ(m_pauses.turnOf(2, at(0)), Turn::AskOnce);
+}
+
+TEST_F(StationPausesTest, StationIsSilentWhenTwoRequestsInARowWereGivenUp)
+{
+    m_pauses.noteGiveUp(2, at(0));
+    EXPECT_FALSE(m_pauses.isSilent(2));
+    m_pauses.noteGiveUp(2, at(0));
+    EXPECT_TRUE(m_pauses.isSilent(2));
+    EXPECT_FALSE(m_pauses.isSilent(1));
+    m_pauses.noteAnswer(2);
+    EXPECT_FALSE(m_pauses.isSilent(2));
 }
 
 TEST_F(TwoStations, SilentOneDoesNotStarveTheOther)

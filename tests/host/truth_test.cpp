@@ -298,6 +298,52 @@ TEST_F(TruthTest, BlockThatIsGivenUpMakesAllItsBitsStale)
     EXPECT_EQ(quality("M15"), Quality::Stale);
 }
 
+TEST_F(TruthTest, AnswersThatAreOutOfStepLeaveNothingGood)
+{
+    poll({"D0", "D100x2", "D200"});
+    for (int i = 0; i < 3; ++i)
+        step();
+    EXPECT_EQ(quality("D0"), Quality::Good);
+    m_spoil = [](const QByteArray &, const QByteArray &) {
+        return QByteArray(":01030400000000F8\r\n"); // two words, whatever was asked for
+    };
+    step(); // D0
+    EXPECT_EQ(quality("D0"), Quality::Unread);
+    EXPECT_EQ(quality("D100x2"), Quality::Unread);
+    EXPECT_EQ(quality("D200"), Quality::Unread);
+}
+
+TEST_F(TruthTest, AnswerThatNobodyWaitedForLeavesNothingGood)
+{
+    poll({"D0", "D100"});
+    step();
+    step();
+    m_device.arrive(0, ":0103020007F3\r\n");
+    m_device.waitForReadyRead(0);
+    step(); // D0, and good for itself
+    EXPECT_EQ(quality("D0"), Quality::Good);
+    EXPECT_EQ(quality("D100"), Quality::Unread);
+}
+
+TEST_F(TruthTest, StationThatGivesUpTwiceInARowIsStaleAsAWhole)
+{
+    poll({"D0", "D100", "D200"});
+    for (int i = 0; i < 3; ++i)
+        step();
+    m_spoil = silence;
+    for (int i = 0; i < 3; ++i)
+        step();
+    EXPECT_EQ(quality("D0"), Quality::Stale);
+    EXPECT_EQ(quality("D100"), Quality::Good); // for all we know
+    step();
+    EXPECT_EQ(quality("D100"), Quality::Stale);
+    EXPECT_EQ(quality("D200"), Quality::Stale);
+    m_spoil = nullptr;
+    step();
+    EXPECT_EQ(quality("D200"), Quality::Good);
+    EXPECT_EQ(quality("D0"), Quality::Stale);
+}
+
 TEST_F(TruthTest, DownloadedElementsArePendingUntilTheyAreRead)
 {
     poll({"D0x4"});
