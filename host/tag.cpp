@@ -3,15 +3,12 @@
 #include "host/error.h"
 #include "host/names.h"
 
-#include <QRegularExpression>
-
 #include <algorithm>
 
 namespace kmr {
 
 namespace {
 
-constexpr int MAX_COUNT = 65537; // elements of the largest area
 constexpr int WORD_BITS = 16;
 const char *const WORD_BIT_AREA = "TV_bit"; // the driver's name for bits of TV words
 
@@ -21,14 +18,29 @@ constexpr int LAST_COUNTER_WORD = 2303;
 
 enum CheckResult { VALID = 0, WRONG_KIND = 1, OUT_OF_RANGE = 2, UNKNOWN_AREA = 3, NO_ADDRESS = 4 };
 
-Error badTag(const QString &text, const QString &why)
+// The area that the driver knows such an address by.
+QString driverArea(const QString &area, const QString &address)
 {
-    return Error(ExitCode::Usage, QString("bad tag \"%1\": %2").arg(text, why));
+    return area == "TV" && address.contains('.') ? QString(WORD_BIT_AREA) : area;
+}
+
+QString endFault(const QString &area, const QString &address, const TagText &tag)
+{
+    return QString("\"%1\" is no address in %2 at or behind %3").arg(tag.end, area, address);
 }
 
 bool startsLikeNumber(const QString &text)
 {
     return !text.isEmpty() && (text[0].isDigit() || text[0] == '-' || text[0] == '+');
+}
+
+// All up to the first digit.
+QString lettersOf(const QString &name)
+{
+    int count = 0;
+    while (count < name.size() && !name[count].isDigit())
+        ++count;
+    return name.left(count);
 }
 
 // The areas that `name` may mean, the longest first.
@@ -42,15 +54,6 @@ QStringList areasThatBegin(const QString &name, const QStringList &areas)
     std::sort(candidates.begin(), candidates.end(),
               [](const QString &a, const QString &b) { return a.size() > b.size(); });
     return candidates;
-}
-
-ValueType readType(const QString &text, const QString &name)
-{
-    const std::optional<ValueType> type = valueTypeOf(name);
-    if (!type)
-        throw badTag(
-            text, QString("\"%1\" is no type, expected %2").arg(name, valueTypeNames().join(", ")));
-    return *type;
 }
 
 void checkType(const Tag &tag)
@@ -125,70 +128,83 @@ Tag TagReader::readNamed(const QString &text) const
 
 Tag TagReader::readAddressed(const QString &text) const
 {
-    static const QRegularExpression PARTS("^(?:([0-9]{1,9})#)?([^#/\\s]+?)"
-                                          "(?:\\.\\.([0-9.]+)|x([0-9]{1,9}))?(?:/([^/\\s]*))?$");
-    const QRegularExpressionMatch match = PARTS.match(text);
-    if (!match.hasMatch())
-        throw badTag(text, "a tag is [STATION#]AREA ADDRESS[..END | xCOUNT][/TYPE] written "
-                           "together, for example D100, 2#M0x16, TV5.3, D100..107, D100/float32");
-
+    const TagText parts = splitTag(text);
     Tag tag;
     tag.text = text;
+    tag.type = parts.type;
     tag.wordOrder = m_wordOrder;
-    const QString station = match.captured(1);
-    tag.elements.station = station.isEmpty() ? m_station : station.toInt();
-    if (tag.elements.station < MIN_STATION || tag.elements.station > MAX_STATION)
-        throw badTag(text, "a station is 1 to 99, two decimal digits travel on the line");
-    if (match.capturedStart(5) >= 0)
-        tag.type = readType(text, match.captured(5));
-    Extent extent;
-    extent.end = match.captured(3);
-    if (match.capturedStart(4) >= 0)
-        extent.count = match.captured(4).toInt();
-    if (extent.count && (*extent.count < 1 || *extent.count > MAX_COUNT))
-        throw badTag(text, QString("a count is 1 to %1").arg(MAX_COUNT));
-
-    const QString name = match.captured(2);
-    const QStringList candidates = areasThatBegin(name, m_areas);
+    tag.elements.station = parts.station.value_or(m_station);
+    const QStringList candidates = areasThatBegin(parts.name, m_areas);
     if (candidates.isEmpty())
         throw badTag(text, QString("expected an area in capitals (%1) and a number behind it")
                                .arg(m_areas.join(", ")));
     QStringList reasons;
     for (const QString &area : candidates) {
-        extent.address = name.mid(area.size());
-        const int count = countOf(area, extent, tag.type);
+        const QString address = parts.name.mid(area.size());
+        const int count = countOf(area, address, parts);
         if (count < 1) {
-            reasons.append(QString("\"%1\" is no address in %2 at or behind %3")
-                               .arg(extent.end, area, extent.address));
-        } else if (readAddress(area, extent.address, count, tag)) {
+            reasons.append(endFault(area, address, parts));
+        } else if (readAddress(area, address, count, tag)) {
             checkType(tag);
             return tag;
         } else {
-            reasons.append(whyInvalid(area, extent.address, count));
+            reasons.append(whyInvalid(area, address, count));
         }
     }
     throw badTag(text, reasons.join("; "));
 }
 
-// 0 where the end is no address or lies before the beginning.
-int TagReader::countOf(const QString &area, const Extent &extent, ValueType type) const
+AddressCheck TagReader::check(const QString &text) const
 {
-    if (extent.count)
-        return *extent.count;
-    if (extent.end.isEmpty())
-        return is32Bit(type) && !isBitArea(area) && !isCounterArea(area) ? 2 : 1;
-    const bool isWordBit = area == "TV" && extent.address.contains('.');
-    const QString checked = isWordBit ? QString(WORD_BIT_AREA) : area;
+    const Name *const name = m_names != nullptr ? m_names->find(text) : nullptr;
+    const TagText tag = splitTag(name != nullptr ? name->tag : text);
+    QStringList candidates = areasThatBegin(tag.name, m_areas);
+    if (candidates.isEmpty()) // the driver shall say it
+        candidates.append(lettersOf(tag.name));
+    std::optional<AddressCheck> longest;
+    for (const QString &area : candidates) {
+        const AddressCheck found = checkIn(area, tag);
+        if (found.result == VALID)
+            return found;
+        if (!longest)
+            longest = found;
+    }
+    return *longest;
+}
+
+AddressCheck TagReader::checkIn(const QString &area, const TagText &tag) const
+{
+    const QString address = tag.name.mid(area.size());
+    AddressCheck found{driverArea(area, address), address, countOf(area, address, tag), VALID};
+    if (found.count < 1) {
+        found.address = tag.end;
+        found.count = 1;
+    }
+    int number = 0;
+    found.result = ask(found.area, found.address, found.count, number);
+    if (found.result == VALID && found.address != address)
+        throw badTag(tag.name + ".." + tag.end, endFault(area, address, tag));
+    return found;
+}
+
+// 0 or less where the end is no address or lies before the beginning.
+int TagReader::countOf(const QString &area, const QString &address, const TagText &tag) const
+{
+    if (tag.count)
+        return *tag.count;
+    if (tag.end.isEmpty())
+        return is32Bit(tag.type) && !isBitArea(area) && !isCounterArea(area) ? 2 : 1;
+    const QString checked = driverArea(area, address);
     int first = 0;
     int last = 0;
-    if (check(checked, extent.end, 1, last) != VALID)
+    if (ask(checked, tag.end, 1, last) != VALID)
         return 0;
-    if (check(checked, extent.address, 1, first) != VALID)
+    if (ask(checked, address, 1, first) != VALID)
         return 1; // the address is what is wrong
     return fromDriverAddress(checked, last) - fromDriverAddress(checked, first) + 1;
 }
 
-int TagReader::check(const QString &area, const QString &address, int count, int &number) const
+int TagReader::ask(const QString &area, const QString &address, int count, int &number) const
 {
     const bool isBit = area == WORD_BIT_AREA || isBitArea(area);
     return m_driver.checkAddrValidity(area, address, &number, count, isBit ? 0 : 1);
@@ -198,18 +214,17 @@ int TagReader::check(const QString &area, const QString &address, int count, int
 bool TagReader::readAddress(const QString &area, const QString &address, int count, Tag &tag) const
 {
     int number = 0;
+    const QString checked = driverArea(area, address);
+    if (ask(checked, address, count, number) != VALID)
+        return false;
     tag.elements.area = area;
-    if (area == "TV" && address.contains('.')) {
-        if (check(WORD_BIT_AREA, address, count, number) != VALID)
-            return false;
+    if (checked == WORD_BIT_AREA) {
         tag.kind = ElementKind::WordBit;
         tag.isWritable = false;
         tag.firstBit = number % WORD_BITS;
         tag.elements.first = number / WORD_BITS;
         tag.elements.count = (tag.firstBit + count + WORD_BITS - 1) / WORD_BITS;
     } else {
-        if (check(area, address, count, number) != VALID)
-            return false;
         tag.kind = isBitArea(area)       ? ElementKind::Bit
                    : isCounterArea(area) ? ElementKind::Counter
                                          : ElementKind::Word;
@@ -231,20 +246,21 @@ bool TagReader::readAddress(const QString &area, const QString &address, int cou
 
 QString TagReader::whyInvalid(const QString &area, const QString &address, int count) const
 {
-    const bool isWordBit = area == "TV" && address.contains('.');
+    const QString checked = driverArea(area, address);
     QStringList description;
     m_driver.getRegDiscription(area, description);
     int number = 0;
-    switch (check(isWordBit ? QString(WORD_BIT_AREA) : area, address, count, number)) {
+    switch (ask(checked, address, count, number)) {
     case WRONG_KIND:
         return QString("%1 has no such elements").arg(area);
     case UNKNOWN_AREA:
         return QString("%1 is no area").arg(area);
     case NO_ADDRESS:
-        return isWordBit ? QString("\"%1\" is no bit of a word, expected for example 5.3 (bit 0 to "
-                                   "15, without leading zero)")
-                               .arg(address)
-                         : QString("\"%1\" is no address in %2").arg(address, area);
+        return checked == WORD_BIT_AREA
+                   ? QString("\"%1\" is no bit of a word, expected for example 5.3 (bit 0 to "
+                             "15, without leading zero)")
+                         .arg(address)
+                   : QString("\"%1\" is no address in %2").arg(address, area);
     case VALID:
         if (area == "TV")
             return "TV2248 to TV2303 lie where the controller keeps its counters: use CV2200 to "

@@ -1,20 +1,14 @@
-// What a person types to name elements of the controller:
-//
-//     [STATION#]AREA ADDRESS[..END | xCOUNT][/TYPE]
-//
-// written together, for example D100, X0..17, 2#M0x16, TV5.3, D100/float32, D200x8/text. END and
-// COUNT both count elements, whatever the type: D100x4/float32 are two values in four words.
+// Tags, as a person types them, and the elements of the controller that they name.
 #pragma once
 
 #include "host/driver_library.h"
 #include "host/run.h"
+#include "host/tag_text.h"
 #include "host/value_type.h"
 
 #include <QString>
 
 #include <cstdint>
-#include <optional>
-#include <vector>
 
 namespace kmr {
 
@@ -41,9 +35,19 @@ struct Tag {
 // Elements that each number of the tag takes: 2 where a 32-bit type lies in words, else 1.
 int elementsPerNumber(const Tag &tag);
 
-// Reads tags with the help of the driver, which alone decides what a valid address is.
 class NameTable;
 
+// What the driver says of the address in a tag.
+struct AddressCheck {
+    QString area;    // the driver's: "TV_bit" for bits of words
+    QString address; // as typed
+    int count = 1;
+    int result = 0; // of intf_checkAddrValidity()
+};
+
+// Reads tags. The driver decides which addresses are valid. Beyond that the reader refuses what a
+// request could not fetch: words where the controller keeps its counters, and the octal numbers
+// behind an area's end, which the driver computes in decimal.
 class TagReader {
 public:
     // `station`: for tags that name none, 1 to 99. `driver` must outlive the reader.
@@ -56,6 +60,11 @@ public:
     //
     // A name of the table that is set counts before an address.
     Tag read(const QString &text) const;
+
+    // What the driver says of a tag, or of a name, whose areas read() would try, too. Of a run
+    // whose end is wrong, what it says of the end. Throws Error (Usage) for what has not the form
+    // of a tag, or ends before it begins.
+    AddressCheck check(const QString &text) const;
 
     // `names` must outlive the reader.
     void setNames(const NameTable &names)
@@ -70,16 +79,11 @@ public:
     }
 
 private:
-    struct Extent { // what stands behind the area
-        QString address;
-        QString end;              // empty where there is none
-        std::optional<int> count; // where it is given
-    };
-
-    int check(const QString &area, const QString &address, int count, int &number) const;
+    AddressCheck checkIn(const QString &area, const TagText &tag) const;
+    int ask(const QString &area, const QString &address, int count, int &number) const;
     Tag readNamed(const QString &text) const;
     Tag readAddressed(const QString &text) const;
-    int countOf(const QString &area, const Extent &extent, ValueType type) const;
+    int countOf(const QString &area, const QString &address, const TagText &tag) const;
     bool readAddress(const QString &area, const QString &address, int count, Tag &tag) const;
     QString whyInvalid(const QString &area, const QString &address, int count) const;
 
@@ -89,9 +93,5 @@ private:
     const NameTable *m_names = nullptr;
     QStringList m_areas;
 };
-
-// The lowest station number, and the highest: two decimal digits travel.
-constexpr int MIN_STATION = 1;
-constexpr int MAX_STATION = 99;
 
 } // namespace kmr

@@ -2,16 +2,11 @@
 #include "host/commands/connection.h"
 #include "host/commands/diagnosis.h"
 
-#include <QRegularExpression>
 #include <QVector>
-
-#include <algorithm>
 
 namespace kmr {
 
 namespace {
-
-const char *const WORD_BITS = "TV_bit"; // the driver's area of "TV5.3"
 
 QString resultText(int result)
 {
@@ -23,78 +18,35 @@ QString resultText(int result)
                                                                       : "unknown result";
 }
 
-struct TypedAddress {
-    QString area;
-    QString address;
-    int count = 1;
-};
-
-// Splits what was typed without judging it: that is the driver's part. An area that the driver
-// doesn't know is all up to the first digit.
-TypedAddress split(const QString &text, QStringList areas)
+// False where the tag is not valid.
+bool addCheck(RecordWriter &records, const TagReader &tags, const QString &text)
 {
-    static const QRegularExpression COUNT("^(.*[^x])x([0-9]{1,6})$");
-    static const QRegularExpression PARTS("^([^0-9]*)(.*)$");
-    TypedAddress typed;
-    QString name = text;
-    const QRegularExpressionMatch counted = COUNT.match(text);
-    if (counted.hasMatch()) {
-        name = counted.captured(1);
-        typed.count = counted.captured(2).toInt();
+    try {
+        const AddressCheck check = tags.check(text);
+        const QString meaning = resultText(check.result);
+        records.add(QString("%1: %2 (result %3), area %4, address %5, count %6")
+                        .arg(text, meaning)
+                        .arg(check.result)
+                        .arg(check.area, check.address)
+                        .arg(check.count),
+                    {text, check.area, check.address, check.count, check.result, meaning});
+        return check.result == 0;
+    } catch (const Error &error) { // the driver was not even asked
+        records.add(error.text(), {text, {}, {}, {}, {}, error.text()});
+        return false;
     }
-    const QRegularExpressionMatch parts = PARTS.match(name);
-    typed.area = parts.captured(1);
-    typed.address = parts.captured(2);
-    std::sort(areas.begin(), areas.end(),
-              [](const QString &a, const QString &b) { return a.size() > b.size(); });
-    for (const QString &area : areas) {
-        if (name.startsWith(area)) {
-            typed.area = area;
-            typed.address = name.mid(area.size());
-            break;
-        }
-    }
-    if (typed.area == "TV" && typed.address.contains('.'))
-        typed.area = WORD_BITS;
-    return typed;
-}
-
-int check(const DriverFunctions &driver, const TypedAddress &typed, int &number)
-{
-    const bool isBit = typed.area == WORD_BITS || isBitArea(typed.area);
-    return driver.checkAddrValidity(typed.area, typed.address, &number, typed.count, isBit ? 0 : 1);
 }
 
 } // namespace
 
 ExitCode runCheck(const Options &options, const QStringList &texts)
 {
-    const auto library = loadDriver(options);
-    const DriverFunctions &driver = library->functions();
-    QStringList areas;
-    driver.getRegListByType(0, areas);
-    driver.getRegListByType(1, areas);
-
+    const Connection connection(options);
     RecordWriter records(options.format, "check",
                          {"text", "area", "address", "count", "result", "meaning"}, false, print);
     ExitCode code = ExitCode::Ok;
     for (const QString &text : texts) {
-        TypedAddress typed = split(text, areas);
-        int number = 0;
-        int result = check(driver, typed, number);
-        // CV21 is the word CV 21, since CV2 begins at 200.
-        const TypedAddress word{"CV", text.mid(2).section('x', 0, 0), typed.count};
-        if (result != 0 && typed.area == "CV2" && check(driver, word, number) == 0) {
-            typed = word;
-            result = 0;
-        }
-        records.add(QString("%1: %2 (result %3), area %4, address %5, count %6")
-                        .arg(text, resultText(result))
-                        .arg(result)
-                        .arg(typed.area, typed.address)
-                        .arg(typed.count),
-                    {text, typed.area, typed.address, typed.count, result, resultText(result)});
-        if (result != 0)
+        if (!addCheck(records, connection.tags(), text))
             code = ExitCode::ItemFailed;
     }
     records.end();

@@ -50,10 +50,10 @@ void addCheck(CLI::App &app, Command &chosen)
 {
     const auto texts = std::make_shared<std::vector<std::string>>();
     CLI::App *command = app.add_subcommand("check", "Ask the driver whether addresses are valid");
-    command->add_option("ADDRESS", *texts, "AREA ADDRESS[xCOUNT], written together")->required();
+    command->add_option("TAG", *texts, "what to ask about")->required();
     command->footer("Results: 0 valid, 1 wrong kind, 2 out of range, 3 unknown area, 4 no address."
                     "\nEnds with 1 when one is not valid.\n\n"
-                    "Examples:\n  kmr check D100 X17 TV5.3\n  kmr check D11999x2");
+                    "Examples:\n  kmr check D100 X17 TV5.3\n  kmr check D11999x2 2#M0..17");
     command->callback([texts, &chosen] {
         chosen = [texts](const Options &options) { return runCheck(options, toQStrings(*texts)); };
     });

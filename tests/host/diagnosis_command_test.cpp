@@ -106,6 +106,32 @@ TEST_F(DiagnosisCommand, CheckSaysTheDriversResultInWords)
     EXPECT_EQ(kmr({"check", "X17"}).exitCode, 0);
 }
 
+TEST_F(DiagnosisCommand, CheckTakesEveryTag)
+{
+    const QString names = m_directory.filePath("names.csv");
+    saveFile(names, "boiler.temp,D110\n");
+    const Finished check = kmr({"check", "2#D100", "D100..107", "X0..17", "D100/float32", "TV5.3x4",
+                                "boiler.temp", "--names", names});
+    EXPECT_EQ(check.exitCode, 0) << check.err.toStdString();
+    EXPECT_EQ(check.out, "2#D100: valid (result 0), area D, address 100, count 1\n"
+                         "D100..107: valid (result 0), area D, address 100, count 8\n"
+                         "X0..17: valid (result 0), area X, address 0, count 16\n"
+                         "D100/float32: valid (result 0), area D, address 100, count 2\n"
+                         "TV5.3x4: valid (result 0), area TV_bit, address 5.3, count 4\n"
+                         "boiler.temp: valid (result 0), area D, address 110, count 1\n");
+}
+
+TEST_F(DiagnosisCommand, CheckSaysWhatIsWrongWithARunOrATag)
+{
+    const Finished check = kmr({"check", "D0..12000", "X0..18", "D107..100", "100#D1"});
+    EXPECT_EQ(check.exitCode, 1);
+    EXPECT_EQ(check.out, "D0..12000: out of range (result 2), area D, address 12000, count 1\n"
+                         "X0..18: out of range (result 2), area X, address 18, count 1\n"
+                         "bad tag \"D107..100\": \"100\" is no address in D at or behind 107\n"
+                         "bad tag \"100#D1\": a station is 1 to 99, two decimal digits travel on "
+                         "the line\n");
+}
+
 TEST_F(DiagnosisCommand, SeriesCountsOctalAreasInOctal)
 {
     const Finished series = kmr({"series", "X", "6", "4", "1"});

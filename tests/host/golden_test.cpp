@@ -140,7 +140,8 @@ TEST_F(Golden, Areas)
 
 TEST_F(Golden, Check)
 {
-    compareFormats({"check", "D100", "X17", "TV5.3", "D11999x2", "TV5.16", "Q7", "CV21"});
+    compareFormats(
+        {"check", "D100", "X17", "TV5.3", "D11999x2", "TV5.16", "Q7", "CV21", "2#M0..17", "0#D1"});
 }
 
 TEST_F(Golden, Series)
