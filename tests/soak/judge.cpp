@@ -116,7 +116,8 @@ void Judge::note(const kmr::Exchange &exchange)
     m_plant.forget();
 }
 
-// A frame is sent until it is answered, and given up, with a report, after so many bad answers.
+// A frame is sent until it is answered, and given up, with a report, after so many bad answers;
+// what is only polled, at the first one as long as the station answers nothing.
 void Judge::checkRepeats(const kmr::Exchange &exchange)
 {
     using Outcome = kmr::Exchange::Outcome;
@@ -127,13 +128,18 @@ void Judge::checkRepeats(const kmr::Exchange &exchange)
         exchange.outcome == Outcome::SentAgain || exchange.outcome == Outcome::GivenUp;
     m_badInARow = isBad ? (frame == m_repeated ? m_badInARow : 0) + 1 : 0;
     m_repeated = exchange.outcome == Outcome::SentAgain ? frame : QByteArray();
-    if (isBad && (m_badInARow > m_retries) != (exchange.outcome == Outcome::GivenUp))
+    const bool isUsers = exchange.request.var.reqTag >= FIRST_USER_TAG;
+    const int retries = m_isSilent && !isUsers ? 0 : m_retries;
+    if (isBad && (m_badInARow > retries) != (exchange.outcome == Outcome::GivenUp))
         blame(
             QString("given up or not at the wrong time, after %1 bad exchanges").arg(m_badInARow));
+    if (exchange.outcome == Outcome::Good || exchange.exceptionCode != 0)
+        m_isSilent = false;
     if (exchange.outcome != Outcome::GivenUp)
         return;
+    m_isSilent = exchange.exceptionCode == 0;
     ++m_givenUp;
-    m_hasGivenUp = m_hasGivenUp || exchange.request.var.reqTag >= FIRST_USER_TAG;
+    m_hasGivenUp = m_hasGivenUp || isUsers;
 }
 
 // A value that counts as good was in the controller's memory during the exchange that brought it,

@@ -65,6 +65,7 @@ private:
     bool m_hasGivenUp = false;    // the current request
     QByteArray m_repeated;        // the frame that must come again
     int m_badInARow = 0;          // its bad exchanges
+    bool m_isSilent = false;      // a request was given up, and none answered since
     std::uint64_t m_exchanges = 0;
     std::uint64_t m_givenUp = 0;
     std::deque<QString> m_recent; // the last exchanges, as evidence
