@@ -16,7 +16,8 @@ struct Window {
     int first; // number of the first element
 };
 
-// In falling order of `begin`. The address of M 22016 and above leaves 16 bits, so these come last.
+// Each table in falling order of `begin`. The address of M 22016 and above leaves 16 bits, so that
+// these begin at 0 again.
 constexpr Window WINDOWS[] = {
     {ModbusTable::Bits, "M", 0xB000, 0x10000, 1536},
     {ModbusTable::Bits, "C", 0x0E00, 0x0E00 + 10000, 0},
@@ -28,10 +29,10 @@ constexpr Window WINDOWS[] = {
     {ModbusTable::Bits, "M", 0x0000, 0xAA01, 22016},
     {ModbusTable::Registers, "D", 0x9000, 0x8000 + 12000, 4096},
     {ModbusTable::Registers, "D", 0x1000, 0x2000, 0},
+    {ModbusTable::Registers, "TV", 0x0F00, 0x0600 + 10000, 2304},
     {ModbusTable::Registers, "CV2", 0x0EC8, 0x0F00, 200},
     {ModbusTable::Registers, "CV", 0x0E00, 0x0EC8, 0},
     {ModbusTable::Registers, "TV", 0x0600, 0x0EC8, 0},
-    {ModbusTable::Registers, "TV", 0x0F00, 0x0600 + 10000, 2304},
 };
 
 std::vector<const Window *> windowsAt(ModbusTable table, int address)

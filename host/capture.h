@@ -7,8 +7,8 @@
 //     {"us":1250,"sent":":01031064000187\r\n"}
 //     {"us":9870,"received":":0103020001F9\r\n"}
 //
-// "us" counts microseconds since "begin". Characters that arrive together
-// have one time. One beyond ASCII stands for the byte of the same number (Latin-1).
+// "us" counts microseconds since "begin". Characters that arrive together have one time. One beyond
+// ASCII stands for the byte of the same number (Latin-1).
 #pragma once
 
 #include "host/error.h"

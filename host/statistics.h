@@ -37,10 +37,11 @@ public:
     {
         return m_good;
     }
+    // Bad exchanges after which the request was sent again.
     std::uint64_t retries() const
     {
         return m_retries;
-    } // bad exchanges after which it is sent again
+    }
     std::uint64_t giveUps() const
     {
         return m_giveUps;

@@ -39,8 +39,8 @@ public:
     LineTrace &operator=(const LineTrace &) = delete;
 
     // Takes the next characters of one direction, in pieces of any size. Received ones that are no
-    // whole frame are told when the next frame begins or is sent, at
-    // flush() and at the end of the trace.
+    // whole frame are told when the next frame begins or is sent, at flush() and at the end of the
+    // trace.
     void add(const QDateTime &time, bool isSent, const QByteArray &characters);
 
     // Tells what has been received and is no whole frame.

@@ -1,16 +1,26 @@
 #include "host/commands/connection.h"
 
 #include "host/commands/stop.h"
+#include "host/commands/text_file.h"
 
 #include <QCoreApplication>
 #include <QDateTime>
-#include <QFile>
 
 namespace kmr {
 
 namespace {
 
 using Outcome = RequestResult::Outcome;
+
+// On a serial line somebody may have asked just before us and gone: his answer is on its way for as
+// long as a long exchange lasts and a controller ponders.
+std::chrono::milliseconds quietBeforeUse(std::chrono::nanoseconds characterTime)
+{
+    using std::chrono::milliseconds;
+    const bool isSerial = characterTime > characterTime.zero();
+    return isSerial ? std::chrono::ceil<milliseconds>(64 * characterTime) + milliseconds(100)
+                    : milliseconds(0);
+}
 
 } // namespace
 
@@ -33,11 +43,8 @@ LinkAddress linkOf(const Options &options)
 
 NameTable loadNames(const QString &path, const TagReader &reader)
 {
-    QFile file(path);
-    if (!file.open(QIODevice::ReadOnly))
-        throw Error(ExitCode::Usage, QString("cannot read %1: %2").arg(path, file.errorString()));
     QStringList faults;
-    const NameTable names = NameTable::parse(QString::fromUtf8(file.readAll()), path, faults);
+    const NameTable names = NameTable::parse(readTextFile(path), path, faults);
     faults.append(checkNames(names, path, reader));
     if (!faults.isEmpty())
         throw Error(ExitCode::Usage, faults.join('\n'));
@@ -75,26 +82,12 @@ std::vector<Tag> Connection::readTags(const QStringList &texts) const
     return tags;
 }
 
-namespace {
-
-// On a serial line somebody may have asked just before us and gone: his answer is on its way for as
-// long as a long exchange lasts and a controller ponders.
-std::chrono::milliseconds quietBeforeUse(std::chrono::nanoseconds characterTime)
-{
-    using std::chrono::milliseconds;
-    const bool isSerial = characterTime > characterTime.zero();
-    return isSerial ? std::chrono::ceil<milliseconds>(64 * characterTime) + milliseconds(100)
-                    : milliseconds(0);
-}
-
-} // namespace
-
 Session &Connection::open()
 {
-    const LinkAddress address = linkOf(m_options);
-    m_device = openLink(address, m_options.timeout, stopFlag());
+    m_address = linkOf(m_options);
+    m_device = openLink(m_address, m_options.timeout, stopFlag());
     SessionSettings settings;
-    settings.poll.characterTime = characterTime(address);
+    settings.poll.characterTime = characterTime(m_address);
     settings.poll.firstQuiet = quietBeforeUse(settings.poll.characterTime);
     settings.poll.echo = m_options.echo;
     settings.poll.gap = m_options.gap;
@@ -105,7 +98,7 @@ Session &Connection::open()
 
 bool Connection::reconnect()
 {
-    if (!kmr::reconnect(*m_device, linkOf(m_options), m_options.timeout, stopFlag()))
+    if (!kmr::reconnect(*m_device, m_address, m_options.timeout, stopFlag()))
         return false;
     m_session->restart();
     return true;
@@ -113,7 +106,7 @@ bool Connection::reconnect()
 
 bool Connection::canReconnect() const
 {
-    return linkOf(m_options).kind == LinkAddress::Kind::Tcp;
+    return m_address.kind == LinkAddress::Kind::Tcp;
 }
 
 Session &Connection::openOn(std::unique_ptr<QIODevice> device)

@@ -30,7 +30,7 @@ NameTable loadNames(const QString &path, const TagReader &reader);
 // The driver and, once it is opened, the link.
 class Connection {
 public:
-    // Loads the driver and reads the link's text, but opens nothing yet. Throws Error.
+    // Loads the driver and the names, but opens nothing yet. Throws Error.
     explicit Connection(const Options &options);
 
     const TagReader &tags() const
@@ -53,7 +53,7 @@ public:
     // poll.
     bool reconnect();
 
-    // True for a link that reconnect() can bring back.
+    // True where open() opened a link that reconnect() can bring back.
     bool canReconnect() const;
 
     // Instead: a session on an open device that is no line. It neither echoes nor needs pauses, and
@@ -71,6 +71,7 @@ private:
     NameTable m_names;
     std::unique_ptr<CaptureWriter> m_capture;
     std::unique_ptr<LineTrace> m_trace;
+    LinkAddress m_address; // once it is opened
     std::unique_ptr<QIODevice> m_device;
     std::unique_ptr<Session> m_session;
 };

@@ -62,8 +62,8 @@ ExitCode report(const TransferResult &transfer, const QString &done, const QStri
     return exitCodeOf(transfer.result);
 }
 
-// Shows how far a transfer of `requests` has come. Nothing else is polled meanwhile, so each good
-// answer is one of its requests.
+// Shows how far a transfer has come. Nothing else is polled meanwhile, so each good answer is one
+// of its requests.
 void showProgress(Session &session, ProgressBar &bar)
 {
     session.setObserver([&bar](const Exchange &exchange) {
