@@ -35,6 +35,8 @@ void readHeading(const json &heading, Capture &capture)
         throw std::runtime_error("a capture of another version, this kmr reads version 1");
     capture.begin = QDateTime::fromString(
         QString::fromStdString(heading.at("begin").get<std::string>()), Qt::ISODateWithMs);
+    if (!capture.begin.isValid())
+        throw std::runtime_error("\"begin\" is no time such as 2024-05-01T12:00:00.000+02:00");
     capture.link = QString::fromStdString(heading.value("link", std::string()));
 }
 

@@ -124,6 +124,12 @@ TEST(Capture, OtherVersionIsRefused)
                     .contains("another version"));
 }
 
+TEST(Capture, BeginThatIsNoTimeIsRefused)
+{
+    EXPECT_EQ(faultOf("{\"kmr_capture\":1,\"begin\":\"yesterday\"}\n"),
+              "field:1: \"begin\" is no time such as 2024-05-01T12:00:00.000+02:00");
+}
+
 TEST(Capture, FileThatCannotBeOpenedIsAnError)
 {
     EXPECT_THROW(readCapture("/no/such/file"), Error);
