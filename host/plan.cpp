@@ -36,17 +36,6 @@ Run believedBy(const FRAME_PRO &frame)
             std::max(0, fromDriverAddress(request.area, request.address)), request.count};
 }
 
-// What a good answer to a whole request would read if addresses had no borders.
-Run spanOf(const FRAME_PRO &frame)
-{
-    Run run = refreshedBy(frame);
-    if (isBitArea(run.area))
-        run.count = frame.replyDataLen / 4 * BITS_A_WORD;
-    else
-        run.count = frame.replyDataLen / (isCounterArea(run.area) ? 8 : 4);
-    return run;
-}
-
 bool isReadRequest(const FRAME_PRO &frame)
 {
     const QByteArray function(frame.frame + 3, 2);
@@ -67,7 +56,7 @@ QString reasonFor(const Element &element, const std::vector<FRAME_PRO> &frames)
         if (frame.var.area == WORD_BIT_AREA && std::get<1>(element) == "TV" &&
             contains({frame.var.station, "TV", frame.var.address, frame.var.count}, element))
             return "never refreshed: the driver's request for single bits of TV words asks nothing";
-        if (contains(spanOf(frame), element)) {
+        if (contains(storedBy(frame), element)) {
             const Run run = refreshedBy(frame);
             return QString("read wrongly: the block from %1 goes on in other memory behind the "
                            "border at %2, where the area's base address changes")
