@@ -49,13 +49,6 @@ std::optional<int> linearFromOctalDigits(int digits)
     return ok ? std::optional<int>(linear) : std::nullopt;
 }
 
-std::uint32_t highestValue(const Place &place)
-{
-    if (place.kind == ElementKind::Bit)
-        return 1;
-    return Memory::registerBytes(place.address) == 4 ? 0xFFFFFFFF : 0xFFFF;
-}
-
 } // namespace
 
 std::optional<Place> placeOf(const QString &area, int number)
@@ -70,6 +63,13 @@ std::optional<Place> placeOf(const QString &area, int number)
     return Place{window->kind, static_cast<std::uint16_t>((base + *linear) & 0xFFFF)};
 }
 
+std::uint32_t highestValue(const Place &place)
+{
+    if (place.kind == ElementKind::Bit)
+        return 1;
+    return Memory::registerBytes(place.address) == 4 ? 0xFFFFFFFF : 0xFFFF;
+}
+
 std::optional<std::uint32_t> element(const Memory &memory, const QString &area, int number)
 {
     const std::optional<Place> place = placeOf(area, number);
@@ -80,15 +80,20 @@ std::optional<std::uint32_t> element(const Memory &memory, const QString &area, 
     return memory.value(place->address);
 }
 
+void setElement(Memory &memory, const Place &place, std::uint32_t value)
+{
+    if (place.kind == ElementKind::Bit)
+        memory.setBit(place.address, value == 1);
+    else
+        memory.setValue(place.address, value);
+}
+
 bool setElement(Memory &memory, const QString &area, int number, std::uint32_t value)
 {
     const std::optional<Place> place = placeOf(area, number);
     if (!place || value > highestValue(*place))
         return false;
-    if (place->kind == ElementKind::Bit)
-        memory.setBit(place->address, value == 1);
-    else
-        memory.setValue(place->address, value);
+    setElement(memory, *place, value);
     return true;
 }
 

@@ -36,8 +36,14 @@ struct Place {
 // panel shows them. Nothing for an unknown area, a number outside it and digits that are not octal.
 std::optional<Place> placeOf(const QString &area, int number);
 
+// The highest value that the element at `place` holds.
+std::uint32_t highestValue(const Place &place);
+
 // The value of one element, 0 or 1 for a bit. Nothing where placeOf() has nothing.
 std::optional<std::uint32_t> element(const Memory &memory, const QString &area, int number);
+
+// Stores `value`, which fits the element.
+void setElement(Memory &memory, const Place &place, std::uint32_t value);
 
 // Stores `value`. Returns false and changes nothing where placeOf() has nothing and where the value
 // does not fit the element.

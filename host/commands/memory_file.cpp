@@ -47,13 +47,6 @@ std::optional<Place> placeOfName(const QString &name)
     return simulator::placeOf(area, digits.toInt());
 }
 
-std::uint32_t highestValue(const Place &place)
-{
-    if (place.kind == ElementKind::Bit)
-        return 1;
-    return Memory::registerBytes(place.address) == 4 ? 0xFFFFFFFF : 0xFFFF;
-}
-
 // Throws Error (Usage) that says what is wrong.
 void readLine(const QString &line, Memory &memory)
 {
@@ -67,15 +60,12 @@ void readLine(const QString &line, Memory &memory)
     bool isNumber = false;
     const QString text = fields.mid(1).join(',');
     const qulonglong value = text.toULongLong(&isNumber);
-    if (!isNumber || value > highestValue(*place)) {
+    if (!isNumber || value > simulator::highestValue(*place)) {
         throw Error(ExitCode::Usage, QString("bad value \"%1\" for %2: expected 0 to %3")
                                          .arg(text, fields.front())
-                                         .arg(highestValue(*place)));
+                                         .arg(simulator::highestValue(*place)));
     }
-    if (place->kind == ElementKind::Bit)
-        memory.setBit(place->address, value == 1);
-    else
-        memory.setValue(place->address, static_cast<std::uint32_t>(value));
+    simulator::setElement(memory, *place, static_cast<std::uint32_t>(value));
 }
 
 QString nameOf(ModbusTable table, int address)
