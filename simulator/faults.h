@@ -1,5 +1,5 @@
 // What goes wrong on the simulated controller's line: faults that are drawn anew for each request
-// to it, and the plan of what its link sends when.
+// to it.
 //
 //   typed as         what happens
 //   deaf             the request does not reach the controller
@@ -23,13 +23,13 @@
 #pragma once
 
 #include "simulator/controller.h"
+#include "simulator/responder.h"
 
 #include <QByteArray>
 #include <QString>
 
 #include <chrono>
 #include <cstdint>
-#include <functional>
 #include <optional>
 #include <random>
 #include <vector>
@@ -66,20 +66,6 @@ std::optional<Fault> parseFault(const QString &text, QString &error);
 
 // The table above in lines for a person, each indented by two blanks.
 QString faultHelp();
-
-// What a link does about one request.
-struct Plan {
-    struct Piece {
-        std::chrono::nanoseconds after; // the piece before, or the request
-        QByteArray bytes;               // never empty
-    };
-
-    std::vector<Piece> pieces;                          // in their order
-    std::optional<std::chrono::milliseconds> closedFor; // the link closes at once, for that time
-};
-
-// Answers one line, ':' to LF: what a link asks for every line that it collects.
-using Responder = std::function<Plan(const QByteArray &line)>;
 
 // The faults of a line. Has no clock and no link: the same faults, seed and requests always give
 // the same plans.

@@ -1,7 +1,7 @@
 // The pace of a serial line, for links that are faster than one.
 #pragma once
 
-#include "simulator/faults.h"
+#include "simulator/responder.h"
 
 #include <QObject>
 

@@ -2,7 +2,7 @@
 #pragma once
 
 #include "host/capture.h"
-#include "simulator/faults.h"
+#include "simulator/responder.h"
 
 #include <QByteArray>
 

@@ -2,8 +2,8 @@
 #pragma once
 
 #include "host/commands/simulation.h"
-#include "simulator/faults.h"
 #include "simulator/pacing.h"
+#include "simulator/responder.h"
 
 namespace kmr {
 

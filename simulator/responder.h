@@ -1,0 +1,27 @@
+// What answers the requests on a link, simulated or replayed, and when.
+#pragma once
+
+#include <QByteArray>
+
+#include <chrono>
+#include <functional>
+#include <optional>
+#include <vector>
+
+namespace simulator {
+
+// What a link does about one request.
+struct Plan {
+    struct Piece {
+        std::chrono::nanoseconds after; // the piece before, or the request
+        QByteArray bytes;               // never empty
+    };
+
+    std::vector<Piece> pieces;                          // in their order
+    std::optional<std::chrono::milliseconds> closedFor; // the link closes at once, for that time
+};
+
+// Answers one line, ':' to LF: what a link asks for every line that it collects.
+using Responder = std::function<Plan(const QByteArray &line)>;
+
+} // namespace simulator
