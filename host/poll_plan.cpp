@@ -48,14 +48,17 @@ void widenBelowBorders(const QString &area, int runLength, Numbers &numbers)
     }
 }
 
-void cutBits(Run run, const Numbers &numbers, int blockBits, std::vector<Run> &runs)
+// `runBits`: from a multiple of it on, a run of so many bits makes one request.
+void cutBits(Run run, const Numbers &numbers, int runBits, std::vector<Run> &runs)
 {
+    const int blockBits = std::min(runBits, BLOCK_BITS);
     for (auto it = numbers.begin(); it != numbers.end();) {
-        const int blockEnd = (*it / blockBits + 1) * blockBits;
-        const auto next = numbers.lower_bound(blockEnd);
+        const int border = nextBorder(run.area, *it);
+        const int begin = *it / blockBits * blockBits;
+        const auto next = numbers.lower_bound(std::min(begin + runBits, border));
         run.first = *it;
         run.count = *std::prev(next) - run.first + 1;
-        if (run.end() == nextBorder(run.area, run.first))
+        if (run.end() == border && begin + blockBits == border)
             --run.count;
         runs.push_back(run);
         it = next;
@@ -126,9 +129,11 @@ std::vector<Run> readRuns(const std::vector<Tag> &tags, int groupLimit)
     for (auto &[key, elements] : asked) {
         const Run run{key.first, key.second, 0, 1};
         if (isBitArea(run.area)) {
-            const int blockBits = std::min(BLOCK_BITS, 8 * groupLimit);
-            widenBelowBorders(run.area, blockBits, elements.numbers);
-            cutBits(run, elements.numbers, blockBits, runs);
+            const int chunkBits = 8 * groupLimit; // the driver cuts longer runs itself
+            const int runBits =
+                chunkBits >= 2 * BLOCK_BITS ? 2 * BLOCK_BITS : std::min(chunkBits, BLOCK_BITS);
+            widenBelowBorders(run.area, std::min(runBits, BLOCK_BITS), elements.numbers);
+            cutBits(run, elements.numbers, runBits, runs);
         } else if (isCounterArea(run.area)) {
             cutWords(run, elements, 1, runs);
         } else {

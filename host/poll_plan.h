@@ -1,7 +1,8 @@
 // Cuts what a person asks for into requests that the driver really refreshes.
 //
 //  - Bits: the driver reads whole blocks of 16, and 32 bits at most, whatever the run's length. So
-//    there is one run for each block of 16, from the first bit asked for to the last.
+//    there is one run for one or two neighbouring blocks of 16, from the first bit asked for to the
+//    last.
 //  - Words: one run for each group of neighbours, cut at the group limit, but never between the two
 //    words of a 32-bit value: they could come from before and after a change.
 //  - Counters: one by one, because the driver halves a larger count.
@@ -10,8 +11,8 @@
 //    The last run below a border is therefore made so long that nothing can be joined to it:
 //     - words in a full group; where that would cut through a value, the group begins behind it and
 //       the first run behind the border makes up for what it lacks
-//     - bits from the first one of their block on, and one bit short of the border, because a run
-//       of 16 bits makes the driver read 32; its last bit is refreshed all the same
+//     - bits from the first one of their block on, and, where that is a run's only block, one bit
+//       short of the border: 16 bits make the driver read 32; the last one is refreshed all the same
 #pragma once
 
 #include "host/run.h"

@@ -2,7 +2,6 @@
 
 #include "host/poll_plan.h"
 
-#include <algorithm>
 #include <map>
 
 namespace kmr {
@@ -10,6 +9,8 @@ namespace kmr {
 namespace {
 
 using Outcome = RequestResult::Outcome;
+
+constexpr int MOST_PASSES = 3;
 
 class Reader {
 public:
@@ -22,10 +23,17 @@ public:
         session.poll(m_bits);
     }
 
+    // Again where answers turned out to be out of step.
     void run()
     {
-        if (readWords())
-            readBits();
+        for (int pass = 0; pass < MOST_PASSES; ++pass) {
+            if (!readWords() || !readBits())
+                return;
+        }
+        for (const Run &run : m_words)
+            giveUpIfUndecided(run);
+        for (const Run &run : m_bits)
+            giveUpIfUndecided(run);
     }
 
     Reading readingOf(const Tag &tag) const
@@ -62,7 +70,7 @@ private:
     bool readWords()
     {
         for (const Run &run : m_words) {
-            if (isSilent(run) || m_session.state(run).quality == Quality::Good)
+            if (!isUndecided(run))
                 continue;
             const RequestResult result = m_session.readOnce(run);
             if (result.outcome == Outcome::NotSent || result.outcome == Outcome::Unknown)
@@ -73,23 +81,39 @@ private:
         return true;
     }
 
+    void giveUpIfUndecided(const Run &run)
+    {
+        if (isUndecided(run))
+            noteFailure(run, {ReplyFault::SeveralAnswers, 0});
+    }
+
     bool isUndecided(const Run &run) const
     {
         return !isSilent(run) && m_session.state(run).quality == Quality::Unread;
     }
 
-    void readBits()
+    // Looks at all runs only when something failed: there may be thousands. False as readWords().
+    bool readBits()
     {
-        const auto anyUndecided = [this] {
-            return std::any_of(m_bits.begin(), m_bits.end(),
-                               [this](const Run &run) { return isUndecided(run); });
-        };
-        while (anyUndecided() && m_session.step() == PollLoop::Step::Exchanged) {
-            for (const Run &run : m_bits) {
-                const ElementState state = m_session.state(run);
-                if (state.quality == Quality::Stale)
-                    noteFailure(run, state.failure);
-            }
+        auto first = m_bits.begin(); // those before it are decided
+        while (first != m_bits.end()) {
+            const std::uint64_t giveUps = m_session.statistics().giveUps();
+            if (!isUndecided(*first))
+                ++first;
+            else if (m_session.step() != PollLoop::Step::Exchanged)
+                return false;
+            if (m_session.statistics().giveUps() != giveUps)
+                noteFailures();
+        }
+        return true;
+    }
+
+    void noteFailures()
+    {
+        for (const Run &run : m_bits) {
+            const ElementState state = m_session.state(run);
+            if (state.quality == Quality::Stale)
+                noteFailure(run, state.failure);
         }
     }
 

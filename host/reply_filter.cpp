@@ -224,6 +224,7 @@ ReplyFilter::Verdict ReplyFilter::good(const QByteArray &line)
 ReplyFilter::Verdict ReplyFilter::bad(ReplyFault fault)
 {
     m_fault = fault;
+    m_reply.clear();
     m_exceptionCode = 0;
     return Verdict::Bad;
 }

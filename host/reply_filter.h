@@ -80,7 +80,8 @@ public:
     // The time for an answer is over: Bad, with the fault that explains it best.
     Verdict end();
 
-    // After Good: the answer, ':' to LF; the code it carries if it is an exception, else 0.
+    // After Good: the answer, ':' to LF; the code it carries if it is an exception, else 0. After
+    // Bad: nothing, and 0.
     const QByteArray &reply() const
     {
         return m_reply;

@@ -139,10 +139,18 @@ void expectWhole(const QStringList &texts, int groupLimit)
 
 } // namespace
 
-TEST(ReadRuns, BitsAreCutAtMultiplesOfSixteen)
+TEST(ReadRuns, BitsOfTwoNeighbouringBlocksAreOneRun)
 {
-    EXPECT_EQ(runs({"M10x30"}),
+    EXPECT_EQ(runs({"M10x40"}), (std::vector<Elements>{{1, "M", 10, 22}, {1, "M", 32, 18}}));
+    EXPECT_EQ(runs({"M15", "M32"}), (std::vector<Elements>{{1, "M", 15, 1}, {1, "M", 32, 1}}));
+}
+
+TEST(ReadRuns, BitsAreCutAtEachBlockWhereTheDriverWouldCutTwoOfThem)
+{
+    EXPECT_EQ(runs({"M10x30"}, 3),
               (std::vector<Elements>{{1, "M", 10, 6}, {1, "M", 16, 16}, {1, "M", 32, 8}}));
+    EXPECT_EQ(runs({"M10x30"}, 4), (std::vector<Elements>{{1, "M", 10, 22}, {1, "M", 32, 8}}));
+    EXPECT_EQ(runs({"M0x16"}, 1), (std::vector<Elements>{{1, "M", 0, 8}, {1, "M", 8, 8}}));
 }
 
 TEST(ReadRuns, BitsOfOneBlockAreOneRun)
@@ -152,10 +160,11 @@ TEST(ReadRuns, BitsOfOneBlockAreOneRun)
 
 TEST(ReadRuns, InputsAreCutInLinearNumbers)
 {
-    EXPECT_EQ(runs({"X16x4"}), (std::vector<Elements>{{1, "X", 14, 2}, {1, "X", 16, 2}}));
-    const QList<KEY_ADDRESS> keys = toKeys(runs({"X16x4"}));
+    EXPECT_EQ(runs({"X16x4", "X40"}), (std::vector<Elements>{{1, "X", 14, 4}, {1, "X", 32, 1}}));
+    const QList<KEY_ADDRESS> keys = toKeys(runs({"X16x4", "X40"}));
     EXPECT_EQ(keys[0].address, 16);
-    EXPECT_EQ(keys[1].address, 20);
+    EXPECT_EQ(keys[0].count, 4);
+    EXPECT_EQ(keys[1].address, 40);
 }
 
 TEST(ReadRuns, WordsAreCutAtTheGroupLimit)
@@ -252,6 +261,8 @@ TEST(ReadRuns, LastBlockBelowTheBorderIsFullButForOneBit)
 {
     EXPECT_EQ(runs({"M1535x2"}), (std::vector<Elements>{{1, "M", 1520, 15}, {1, "M", 1536, 1}}));
     EXPECT_EQ(runs({"M22015"}), (std::vector<Elements>{{1, "M", 22000, 15}}));
+    EXPECT_EQ(runs({"M1519", "M1535", "M1536"}),
+              (std::vector<Elements>{{1, "M", 1519, 17}, {1, "M", 1536, 1}}));
 }
 
 TEST(ReadRuns, DriverRefreshesEveryElementAndCrossesNoBorder)

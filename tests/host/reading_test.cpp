@@ -45,6 +45,44 @@ TEST_F(ReadingTest, ReadsBothSidesOfABorder)
     EXPECT_EQ(readings[1].values, (Values{0, 1, 0, 1}));
 }
 
+TEST_F(ReadingTest, WhatWasReadBeforeAnswersFellOutOfStepIsReadAgain)
+{
+    session();
+    setElement("D", 100, 7);
+    setElement("D", 200, 8);
+    int requests = 0;
+    m_spoil = [&requests](const QByteArray &, const QByteArray &answer) {
+        ++requests; // the second brings somebody else's answer as well
+        return requests == 2 ? ":010302006397\r\n" + answer : answer;
+    };
+    const auto readings = readNow(*m_session, tags({"D100", "D200"}));
+    EXPECT_EQ(readings[0].values, (Values{7}));
+    EXPECT_EQ(readings[1].values, (Values{8}));
+    EXPECT_EQ(requests, 4); // D100, D200 twice, D100 again
+}
+
+TEST_F(ReadingTest, LineThatStaysOutOfStepIsToldSo)
+{
+    session();
+    m_spoil = [](const QByteArray &request, const QByteArray &answer) {
+        return request.mid(5, 4) == "10C8" ? ":010302006397\r\n" + answer : answer; // D200
+    };
+    const auto readings = readNow(*m_session, tags({"D100", "D200"}));
+    for (const Reading &reading : readings) {
+        EXPECT_EQ(reading.result.outcome, Outcome::NoAnswer);
+        EXPECT_EQ(reading.result.failure.fault, ReplyFault::SeveralAnswers);
+    }
+}
+
+TEST_F(ReadingTest, ManyBitsTakeARequestEachThirtyTwo)
+{
+    session();
+    setElement("M", 1000, 1);
+    const auto readings = readNow(*m_session, tags({"M0x1024"}));
+    EXPECT_EQ(readings[0].values[1000], 1U);
+    EXPECT_EQ(m_device.sent().size(), 32U);
+}
+
 TEST_F(ReadingTest, ValueThatNobodyAnsweredIsAnErrorNotAValue)
 {
     session();

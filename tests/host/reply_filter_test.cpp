@@ -61,6 +61,10 @@ TEST(ReplyFilter, TwoDifferentAnswersAtOnceAreNone)
     EXPECT_EQ(faultOf(READ_D100, D100_IS_1234 + ":0103020001F9\r\n"), ReplyFault::SeveralAnswers);
     EXPECT_EQ(faultOf(READ_D100, ":0183027A\r\n" + D100_IS_1234), ReplyFault::SeveralAnswers);
     EXPECT_EQ(verdictOf(READ_D100, D100_IS_1234 + D100_IS_1234), Verdict::Good);
+    Echo echo;
+    ReplyFilter filter(READ_D100, echo);
+    filter.take(D100_IS_1234 + ":0103020001F9\r\n");
+    EXPECT_EQ(filter.reply(), "");
     EXPECT_EQ(verdictOf(READ_D100, D100_IS_1234 + ":0203020001F8\r\n"), Verdict::Good);
     EXPECT_EQ(verdictOf(READ_D100, D100_IS_1234 + ":0103020001F8\r\n"), Verdict::Good); // garbled
 }
