@@ -6,6 +6,9 @@
 
 #include <QStringList>
 
+#include <map>
+#include <tuple>
+
 namespace kmr {
 
 namespace {
@@ -101,20 +104,7 @@ Values parseFields(const Tag &tag, const QStringList &fields)
     return parseValues(tag, fields.join(','));
 }
 
-RecipeItem parseLine(const QString &line, const TagReader &reader, RecipeValues values)
-{
-    RecipeItem item;
-    const QStringList fields = splitCsv(line);
-    item.tag = reader.read(fields.front());
-    checkRecipeTag(item.tag);
-    if (values == RecipeValues::Needed)
-        item.values = parseFields(item.tag, fields.mid(1));
-    return item;
-}
-
-} // namespace
-
-void checkRecipeTag(const Tag &tag)
+void checkKind(const Tag &tag)
 {
     if (tag.kind != ElementKind::Word && tag.kind != ElementKind::Counter) {
         throw Error(ExitCode::Usage, QString("%1 can't be part of a recipe: recipes hold words and "
@@ -122,6 +112,26 @@ void checkRecipeTag(const Tag &tag)
                                          .arg(tag.text));
     }
 }
+
+// Where each element of a recipe stands, by its station, area and number.
+using Places = std::map<std::tuple<int, QString, int>, QString>;
+
+// Throws Error (Usage) for a tag that no recipe can hold, and for one that shares an element with
+// an earlier tag.
+void addTag(const Tag &tag, const QString &place, Places &places)
+{
+    checkKind(tag);
+    const Run &run = tag.elements;
+    for (int number = run.first; number < run.end(); ++number) {
+        const auto [known, isNew] = places.insert({{run.station, run.area, number}, place});
+        if (!isNew) {
+            throw Error(ExitCode::Usage, QString("%1 stands twice, first in %2")
+                                             .arg(elementName(run.area, number), known->second));
+        }
+    }
+}
+
+} // namespace
 
 std::vector<Run> recipeRuns(const std::vector<RecipeItem> &items, int groupLimit)
 {
@@ -137,13 +147,31 @@ std::vector<RecipeItem> parseRecipe(const QString &text, const QString &name,
                                     const TagReader &reader, RecipeValues values)
 {
     std::vector<RecipeItem> items;
-    QStringList faults = readLines(text, name, HEADING, [&](const QString &line, int) {
-        items.push_back(parseLine(line, reader, values));
+    Places places;
+    QStringList faults = readLines(text, name, HEADING, [&](const QString &line, int number) {
+        const QStringList fields = splitCsv(line);
+        RecipeItem item;
+        item.tag = reader.read(fields.front());
+        addTag(item.tag, QString("line %1").arg(number), places);
+        if (values == RecipeValues::Needed)
+            item.values = parseFields(item.tag, fields.mid(1));
+        items.push_back(item);
     });
     if (items.empty() && faults.isEmpty())
         faults.append(QString("%1: holds no tags").arg(name));
     if (!faults.isEmpty())
         throw Error(ExitCode::Usage, faults.join('\n'));
+    return items;
+}
+
+std::vector<RecipeItem> recipeOf(const std::vector<Tag> &tags)
+{
+    std::vector<RecipeItem> items;
+    Places places;
+    for (const Tag &tag : tags) {
+        addTag(tag, tag.text, places);
+        items.push_back({tag, {}});
+    }
     return items;
 }
 

@@ -10,7 +10,7 @@
 //     CV2200,70000
 //
 // The heading is optional, empty lines and those that begin with '#' are skipped. A text with
-// commas needs quotes. For an upload the values may be missing.
+// commas needs quotes. For an upload the values may be missing. No element stands in two lines.
 #pragma once
 
 #include "host/session.h"
@@ -35,15 +35,15 @@ enum class RecipeValues { Needed, Ignored };
 std::vector<RecipeItem> parseRecipe(const QString &text, const QString &name,
                                     const TagReader &reader, RecipeValues values);
 
+// The recipe of these tags, without values. Throws Error (Usage) for a tag that no recipe can hold,
+// bits, for which the driver has no transfer, and for an element that stands in two tags.
+std::vector<RecipeItem> recipeOf(const std::vector<Tag> &tags);
+
 // The items as a recipe file's text.
 QString formatRecipe(const std::vector<RecipeItem> &items);
 
 // The elements of each request of a transfer, in their order. Throws as writeRuns() does.
 std::vector<Run> recipeRuns(const std::vector<RecipeItem> &items, int groupLimit);
-
-// Throws Error (Usage) for a tag that no recipe can hold: bits, for which the driver has no
-// transfer.
-void checkRecipeTag(const Tag &tag);
 
 struct TransferResult {
     RequestResult result;

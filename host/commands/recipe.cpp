@@ -14,16 +14,6 @@ std::vector<RecipeItem> readFile(const QString &path, const TagReader &reader, R
     return parseRecipe(readTextFile(path), path, reader, values);
 }
 
-std::vector<RecipeItem> itemsOf(const std::vector<Tag> &tags)
-{
-    std::vector<RecipeItem> items;
-    for (const Tag &tag : tags) {
-        checkRecipeTag(tag);
-        items.push_back({tag, {}});
-    }
-    return items;
-}
-
 QString namesOf(std::vector<Run>::const_iterator begin, std::vector<Run>::const_iterator end)
 {
     QStringList names;
@@ -142,7 +132,7 @@ ExitCode runRecipeUpload(const Options &options, const QString &file, const QStr
     Connection connection(options);
     std::vector<RecipeItem> items = tags.isEmpty()
                                         ? readFile(file, connection.tags(), RecipeValues::Ignored)
-                                        : itemsOf(connection.readTags(tags));
+                                        : recipeOf(connection.readTags(tags));
     requireWritable(file); // else the values would be lost at the end
     Session &session = connection.open();
     ProgressBar bar(static_cast<int>(recipeRuns(items, session.groupLimit()).size()));

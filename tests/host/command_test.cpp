@@ -194,6 +194,20 @@ TEST_P(CommandOnBothLinks, RecipeIsVerifiedAndCompared)
     EXPECT_EQ(compare.out, "D110/float32 file 21.5 controller 20\n");
 }
 
+TEST_P(CommandOnBothLinks, RecipeWithAnElementTwiceIsMovedByNoCommand)
+{
+    save("twice.csv", "D100,1\nD99x2,2 3\n");
+    for (const char *command : {"download", "compare", "upload"}) {
+        const Finished recipe = kmr({"recipe", command, path("twice.csv")});
+        EXPECT_EQ(recipe.exitCode, 2) << command;
+        EXPECT_EQ(recipe.err,
+                  "kmr: " + path("twice.csv") + ":2: D100 stands twice, first in line 1\n");
+    }
+    EXPECT_EQ(kmr({"recipe", "upload", path("new.csv"), "D0x2", "D1"}).exitCode, 2);
+    EXPECT_FALSE(QFileInfo::exists(path("new.csv")));
+    EXPECT_EQ(kmr({"read", "D99x2"}).out, "D99x2 0 0\n"); // nothing was written
+}
+
 TEST_P(CommandOnBothLinks, SilenceEndsWithFour)
 {
     const Finished read = kmr({"read", "D100", "--station", "2", "--timeout", "20"});
