@@ -30,6 +30,14 @@ bool wasAnswered(ReplyFault fault)
            fault == ReplyFault::WrongLrc || fault == ReplyFault::NoExceptionCode;
 }
 
+// The driver hears silence until it turns to its next request.
+void giveUp(const DriverFunctions &driver, QString &driverText)
+{
+    QByteArray silence;
+    while (driver.dealRcvFrame(silence, driverText) == SEND_AGAIN) {
+    }
+}
+
 } // namespace
 
 PollLoop::PollLoop(const DriverFunctions &driver, QIODevice &device, const PollSettings &settings,
@@ -65,17 +73,9 @@ bool PollLoop::isNextPassedOver()
     m_isRetry = false;
     Exchange exchange{m_frame, {},   Exchange::Outcome::PassedOver, ReplyFault::Silence, 0, {},
                       {},      false};
-    giveUp(exchange.driverText);
+    giveUp(m_driver, exchange.driverText);
     tell(exchange);
     return true;
-}
-
-// The driver hears silence until it turns to its next request.
-void PollLoop::giveUp(QString &driverText)
-{
-    QByteArray silence;
-    while (m_driver.dealRcvFrame(silence, driverText) == SEND_AGAIN) {
-    }
 }
 
 PollLoop::Step PollLoop::exchange()
@@ -133,7 +133,7 @@ void PollLoop::handIn(Exchange &exchange, QByteArray reply)
         break;
     }
     if (m_turn == Turn::AskOnce && exchange.outcome == Exchange::Outcome::SentAgain) {
-        giveUp(exchange.driverText);
+        giveUp(m_driver, exchange.driverText);
         exchange.outcome = Exchange::Outcome::GivenUp;
     }
     tell(exchange);
@@ -250,7 +250,7 @@ void PollLoop::emptyLine()
 
 QByteArray PollLoop::receive()
 {
-    const QByteArray bytes = m_device.readAll();
+    QByteArray bytes = m_device.readAll();
     if (m_settings.tap && !bytes.isEmpty())
         m_settings.tap(false, bytes);
     return bytes;

@@ -127,7 +127,6 @@ private:
     };
 
     bool isNextPassedOver();
-    void giveUp(QString &driverText);
     Step exchange();
     Step idle();
     bool settle(const QByteArray &station, bool isRetry);

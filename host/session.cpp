@@ -217,9 +217,10 @@ Values Session::values(const Tag &tag) const
             values.push_back(bytes[static_cast<std::size_t>(bit / 8)] >> (bit % 8) & 1U);
             continue;
         }
+        const quint8 *element = bytes.data() + i * bytesEach;
         std::uint32_t value = 0;
         for (int k = bytesEach - 1; k >= 0; --k)
-            value = value << 8 | bytes[static_cast<std::size_t>(i * bytesEach + k)];
+            value = value << 8 | element[k];
         values.push_back(value);
     }
     return values;

@@ -17,7 +17,7 @@ using Outcome = RequestResult::Outcome;
 std::chrono::milliseconds quietBeforeUse(std::chrono::nanoseconds characterTime)
 {
     using std::chrono::milliseconds;
-    const bool isSerial = characterTime > characterTime.zero();
+    const bool isSerial = characterTime > std::chrono::nanoseconds::zero();
     return isSerial ? std::chrono::ceil<milliseconds>(64 * characterTime) + milliseconds(100)
                     : milliseconds(0);
 }
@@ -44,7 +44,7 @@ LinkAddress linkOf(const Options &options)
 NameTable loadNames(const QString &path, const TagReader &reader)
 {
     QStringList faults;
-    const NameTable names = NameTable::parse(readTextFile(path), path, faults);
+    NameTable names = NameTable::parse(readTextFile(path), path, faults);
     faults.append(checkNames(names, path, reader));
     if (!faults.isEmpty())
         throw Error(ExitCode::Usage, faults.join('\n'));

@@ -24,7 +24,7 @@ bool isAnswered(const Exchange &exchange)
 
 QString replyText(const Exchange &exchange)
 {
-    const QString time = "answered in " + milliseconds(exchange.roundTrip) + " ms";
+    QString time = "answered in " + milliseconds(exchange.roundTrip) + " ms";
     if (exchange.outcome == Exchange::Outcome::Good)
         return time;
     if (exchange.exceptionCode != 0)

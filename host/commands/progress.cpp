@@ -15,7 +15,8 @@ constexpr int BAR_WIDTH = 20;
 
 void erase()
 {
-    std::fputs("\r\x1b[K", stderr);
+    const int written = std::fputs("\r\x1b[K", stderr);
+    static_cast<void>(written); // only a drawing
 }
 
 // Characters of a line of the terminal, but one: the cursor stands behind what is shown.
@@ -71,7 +72,8 @@ void ProgressBar::draw() const
         std::chrono::steady_clock::now() - m_begin);
     const QString text = progressText(m_done, m_total, elapsed, BAR_WIDTH);
     erase();
-    std::fputs(qPrintable(text.left(roomOnLine())), stderr);
+    const int written = std::fputs(qPrintable(text.left(roomOnLine())), stderr);
+    static_cast<void>(written); // only a drawing
 }
 
 } // namespace kmr

@@ -79,7 +79,7 @@ ExitCode runWatch(const Options &options, const WatchOptions &watch)
     milliseconds pauseToReconnect = FIRST_PAUSE;
     while (!isOver()) {
         const std::chrono::nanoseconds pause = watcher.pause();
-        if (pause > pause.zero()) {
+        if (pause > std::chrono::nanoseconds::zero()) {
             std::this_thread::sleep_for(std::min<std::chrono::nanoseconds>(pause, STOP_CHECK));
         } else if (session.step() == PollLoop::Step::LineLost && !isOver() &&
                    !bringBack(connection, watcher, isOver, pauseToReconnect)) {

@@ -45,8 +45,8 @@ QStringList cellsOf(const WatchRow &row)
 
 void show(const QByteArray &text)
 {
-    std::fputs(text.constData(), stdout);
-    std::fflush(stdout);
+    const bool isShown = std::fputs(text.constData(), stdout) >= 0 && std::fflush(stdout) == 0;
+    static_cast<void>(isShown); // print() tells when stdout is lost
 }
 
 } // namespace
@@ -76,7 +76,7 @@ QString trendLine(const std::deque<double> &trend)
     QString line;
     for (const double number : numbers) {
         const int height =
-            range > 0 ? static_cast<int>((number / 8 - *least / 8) / range * 7 + 0.5) : 3;
+            range > 0 ? static_cast<int>(std::lround((number / 8 - *least / 8) / range * 7)) : 3;
         line += QChar(0x2581 + height);
     }
     return line;
