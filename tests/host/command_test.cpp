@@ -183,6 +183,18 @@ TEST_P(CommandOnBothLinks, RecipeGoesDownAndComesUp)
     EXPECT_EQ(load("new.csv"), "tag,value\nD118x2,9 10\n");
 }
 
+TEST_P(CommandOnBothLinks, UploadKeepsTheRemarksOfItsFile)
+{
+    EXPECT_EQ(kmr({"write", "D100=7"}).exitCode, 0);
+    save("mixer.csv", "# flour for the night shift\n\ntag,value\nD100,250\n# end\n");
+    EXPECT_EQ(kmr({"recipe", "upload", path("mixer.csv")}).exitCode, 0);
+    EXPECT_EQ(load("mixer.csv"), "# flour for the night shift\n\ntag,value\nD100,7\n# end\n");
+
+    save("mixer.csv", "D100,250,flour\n");
+    EXPECT_EQ(kmr({"recipe", "upload", path("mixer.csv")}).exitCode, 2);
+    EXPECT_EQ(load("mixer.csv"), "D100,250,flour\n");
+}
+
 TEST_P(CommandOnBothLinks, RecipeIsVerifiedAndCompared)
 {
     save("mixer.csv", "D100,250\nD110/float32,21.5\n");
@@ -500,6 +512,20 @@ TEST(Command, WatchConnectsAgainAndMarksWhatIsStale)
                               "\\d{4}-\\S+,D100,1,,stale,the line was lost\n"
                               "\\d{4}-\\S+,D100,1,,good,\n$";
     EXPECT_TRUE(matches(watch.out, lines)) << watch.out.toStdString();
+}
+
+TEST(Command, WatchOfAGatewayThatHangsUpEachTimeIsPatientAndQuiet)
+{
+    int requests = 0;
+    FakeController controller([&requests](const QByteArray &) {
+        ++requests; // at once, half a second later, and a second after that
+        return QByteArray();
+    });
+    const Finished watch = run({"watch", "D100", "--for", "2", "--link", controller.link()});
+    EXPECT_EQ(watch.exitCode, 4);
+    EXPECT_LE(requests, 3);
+    EXPECT_EQ(watch.err.count("the line was lost"), 1) << watch.err.toStdString();
+    EXPECT_EQ(watch.err.count("the line is back"), 0);
 }
 
 TEST(Command, WatchNamesAnOutageOnceAndItsEnd)
