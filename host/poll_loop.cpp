@@ -71,8 +71,9 @@ bool PollLoop::isNextPassedOver()
     if (m_turn != Turn::PassOver)
         return false;
     m_isRetry = false;
-    Exchange exchange{m_frame, {},   Exchange::Outcome::PassedOver, ReplyFault::Silence, 0, {},
-                      {},      false};
+    Exchange exchange{m_frame};
+    exchange.outcome = Exchange::Outcome::PassedOver;
+    exchange.fault = ReplyFault::Silence;
     giveUp(m_driver, exchange.driverText);
     tell(exchange);
     return true;
@@ -80,8 +81,7 @@ bool PollLoop::isNextPassedOver()
 
 PollLoop::Step PollLoop::exchange()
 {
-    Exchange exchange{m_frame, {},   Exchange::Outcome::Interrupted, ReplyFault::None, 0, {},
-                      {},      false};
+    Exchange exchange{m_frame};
     const bool isRetry = std::exchange(m_isRetry, false);
     if (m_frame.frameLen == 0) {
         exchange.fault = ReplyFault::NotSendable;

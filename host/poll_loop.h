@@ -44,11 +44,11 @@ struct Exchange {
     };
 
     const FRAME_PRO &request; // valid during the observer's call
-    QByteArray received;      // all that arrived, echo and noise included
+    QByteArray received = {}; // all that arrived, echo and noise included
     Outcome outcome = Outcome::Interrupted;
     ReplyFault fault = ReplyFault::None;   // why it brought no usable line
     int exceptionCode = 0;                 // of a refusal, else 0
-    QString driverText;                    // the driver's own description of the request
+    QString driverText = {};               // the driver's own description of the request
     std::chrono::nanoseconds roundTrip{0}; // from the first character sent to the answer's last
     // Before it came an answer that no request waited for: those taken for the answers to earlier
     // requests to this station may have been others'.

@@ -13,7 +13,9 @@ const WatchCycle::Time BEGIN = WatchCycle::Time() + std::chrono::hours(1);
 
 void note(WatchCycle &cycle, Outcome outcome, milliseconds sinceBegin)
 {
-    cycle.note({REQUEST, {}, outcome, {}, 0, {}, {}, false}, BEGIN + sinceBegin);
+    Exchange exchange{REQUEST};
+    exchange.outcome = outcome;
+    cycle.note(exchange, BEGIN + sinceBegin);
 }
 
 } // namespace
