@@ -162,7 +162,8 @@ void addRecipe(CLI::App &app, CommandLine &line, Command &chosen)
                    "  kmr recipe download mixer.csv --verify --link serial:///dev/ttyUSB0");
     const char *const fileHelp =
         "A recipe FILE holds a line TAG,VALUE for each tag (words and counters), for example\n"
-        "  tag,value\n  D100,250\n  D110x3,1 2 3\n";
+        "  # bread\n  tag,value\n  D100,250\n  D110x3,1 2 3\n"
+        "A line that begins with # is a remark; a column behind the values is refused.\n";
 
     CLI::App *download = recipe->add_subcommand("download", "Write a file's values");
     download->add_option("FILE", line.file, "the recipe file")->required();
@@ -191,9 +192,12 @@ void addRecipe(CLI::App &app, CommandLine &line, Command &chosen)
     upload->add_option("FILE", line.file, "the recipe file; written whole or not at all")
         ->required();
     upload->add_option("TAG", line.tags, "what to upload (default: the tags that FILE holds)");
-    upload->footer(std::string(fileHelp) +
-                   "\nExamples:\n  kmr recipe upload mixer.csv --link tcp://192.168.0.10:8888\n"
-                   "  kmr recipe upload new.csv D100 D110x3 --link serial:///dev/ttyUSB0");
+    upload->footer(
+        std::string(fileHelp) +
+        "Without a TAG the values in FILE are replaced and all else stays as it is; with "
+        "TAGs\nFILE is written anew.\n"
+        "\nExamples:\n  kmr recipe upload mixer.csv --link tcp://192.168.0.10:8888\n"
+        "  kmr recipe upload new.csv D100 D110x3 --link serial:///dev/ttyUSB0");
     upload->callback([&line, &chosen] {
         chosen = [&line](const kmr::Options &options) {
             return kmr::runRecipeUpload(options, toQString(line.file), toQStrings(line.tags));

@@ -104,6 +104,11 @@ Values parseFields(const Tag &tag, const QStringList &fields)
     return parseValues(tag, fields.join(','));
 }
 
+QString valueField(const RecipeItem &item)
+{
+    return csvField(formatValues(item.tag, item.values));
+}
+
 void checkKind(const Tag &tag)
 {
     if (tag.kind != ElementKind::Word && tag.kind != ElementKind::Counter) {
@@ -152,8 +157,9 @@ std::vector<RecipeItem> parseRecipe(const QString &text, const QString &name,
         const QStringList fields = splitCsv(line);
         RecipeItem item;
         item.tag = reader.read(fields.front());
+        item.line = number;
         addTag(item.tag, QString("line %1").arg(number), places);
-        if (values == RecipeValues::Needed)
+        if (values == RecipeValues::Needed || fields.size() > 2)
             item.values = parseFields(item.tag, fields.mid(1));
         items.push_back(item);
     });
@@ -179,8 +185,20 @@ QString formatRecipe(const std::vector<RecipeItem> &items)
 {
     QString text = QString(HEADING) + '\n';
     for (const RecipeItem &item : items)
-        text += item.tag.text + ',' + csvField(formatValues(item.tag, item.values)) + '\n';
+        text += item.tag.text + ',' + valueField(item) + '\n';
     return text;
+}
+
+QString withValues(const QString &text, const std::vector<RecipeItem> &items)
+{
+    QStringList lines = text.split('\n');
+    for (const RecipeItem &item : items) {
+        QString &line = lines[item.line - 1];
+        const QString end = line.endsWith('\r') ? "\r" : "";
+        line.chop(end.size());
+        line = line.section(',', 0, 0) + ',' + valueField(item) + end; // no tag has a comma
+    }
+    return lines.join('\n');
 }
 
 TransferResult download(Session &session, const std::vector<RecipeItem> &items)

@@ -10,7 +10,8 @@
 //     CV2200,70000
 //
 // The heading is optional, empty lines and those that begin with '#' are skipped. A text with
-// commas needs quotes. For an upload the values may be missing. No element stands in two lines.
+// commas needs quotes. For an upload the values may be missing. No element stands in two lines, and
+// nothing behind the values: half of a number with a decimal comma would pass for a remark.
 #pragma once
 
 #include "host/session.h"
@@ -26,8 +27,11 @@ namespace kmr {
 struct RecipeItem {
     Tag tag; // words or counters
     Values values;
+    int line = 0; // in the recipe's file, from 1 on
 };
 
+// Ignored: what stands in the place of the values may be anything, but in more than one column only
+// what is needed there.
 enum class RecipeValues { Needed, Ignored };
 
 // Reads a recipe file's text. Throws Error (Usage) that names every bad line with its number;
@@ -41,6 +45,10 @@ std::vector<RecipeItem> recipeOf(const std::vector<Tag> &tags);
 
 // The items as a recipe file's text.
 QString formatRecipe(const std::vector<RecipeItem> &items);
+
+// The text of a recipe file with the values of the items that were read from it: all else stays as
+// it is.
+QString withValues(const QString &text, const std::vector<RecipeItem> &items);
 
 // The elements of each request of a transfer, in their order. Throws as writeRuns() does.
 std::vector<Run> recipeRuns(const std::vector<RecipeItem> &items, int groupLimit);

@@ -9,9 +9,9 @@ namespace kmr {
 
 namespace {
 
-std::vector<RecipeItem> readFile(const QString &path, const TagReader &reader, RecipeValues values)
+std::vector<RecipeItem> readFile(const QString &path, const TagReader &reader)
 {
-    return parseRecipe(readTextFile(path), path, reader, values);
+    return parseRecipe(readTextFile(path), path, reader, RecipeValues::Needed);
 }
 
 QString namesOf(std::vector<Run>::const_iterator begin, std::vector<Run>::const_iterator end)
@@ -107,7 +107,7 @@ ExitCode compare(Session &session, Format format, const std::vector<RecipeItem> 
 ExitCode runRecipeDownload(const Options &options, const QString &file, bool verify)
 {
     Connection connection(options);
-    const std::vector<RecipeItem> items = readFile(file, connection.tags(), RecipeValues::Needed);
+    const std::vector<RecipeItem> items = readFile(file, connection.tags());
     Session &session = connection.open();
     const std::vector<Run> runs = recipeRuns(items, session.groupLimit());
     ProgressBar bar(static_cast<int>(runs.size()));
@@ -123,16 +123,18 @@ ExitCode runRecipeDownload(const Options &options, const QString &file, bool ver
 ExitCode runRecipeCompare(const Options &options, const QString &file)
 {
     Connection connection(options);
-    const std::vector<RecipeItem> items = readFile(file, connection.tags(), RecipeValues::Needed);
+    const std::vector<RecipeItem> items = readFile(file, connection.tags());
     return compare(connection.open(), options.format, items, file);
 }
 
 ExitCode runRecipeUpload(const Options &options, const QString &file, const QStringList &tags)
 {
     Connection connection(options);
-    std::vector<RecipeItem> items = tags.isEmpty()
-                                        ? readFile(file, connection.tags(), RecipeValues::Ignored)
-                                        : recipeOf(connection.readTags(tags));
+    const bool isNew = !tags.isEmpty();
+    const QString old = isNew ? QString() : readTextFile(file);
+    std::vector<RecipeItem> items =
+        isNew ? recipeOf(connection.readTags(tags))
+              : parseRecipe(old, file, connection.tags(), RecipeValues::Ignored);
     requireWritable(file); // else the values would be lost at the end
     Session &session = connection.open();
     ProgressBar bar(static_cast<int>(recipeRuns(items, session.groupLimit()).size()));
@@ -140,7 +142,7 @@ ExitCode runRecipeUpload(const Options &options, const QString &file, const QStr
     const TransferResult transfer = upload(session, items);
     bar.clear();
     if (transfer.result.isDone())
-        writeTextFile(file, formatRecipe(items));
+        writeTextFile(file, isNew ? formatRecipe(items) : withValues(old, items));
     return report(transfer, "uploaded to " + file, file + " is unchanged, upload stopped");
 }
 

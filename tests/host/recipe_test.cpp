@@ -231,6 +231,33 @@ TEST(RecipeFile, TextKeepsItsCommasAndBlanks)
     EXPECT_EQ(formatRecipe(items), "tag,value\nD100x4/text,\"a, b \"\n");
 }
 
+TEST(RecipeFile, NewValuesLeaveAllElseAsItIs)
+{
+    const QString text = "# flour, for the night\r\n\r\n tag,value,\r\n\t# salt\r\n D100 , 250\r\n"
+                         "D110x3,1,2,3\r\n\"D120x2/text\",\"a, b\"\r\nCV2200\r\nD130";
+    auto items = parseRecipe(text, "f", TagReader(library(), 1), RecipeValues::Ignored);
+    ASSERT_EQ(items.size(), 5U);
+    items[0].values = {7};
+    items[1].values = {4, 5, 6};
+    items[2].values = {0x2C63, 0}; // "c,"
+    items[3].values = {70000};
+    items[4].values = {8};
+    EXPECT_EQ(withValues(text, items),
+              "# flour, for the night\r\n\r\n tag,value,\r\n\t# salt\r\n D100 ,7\r\n"
+              "D110x3,4 5 6\r\n\"D120x2/text\",\"c,\"\r\nCV2200,70000\r\nD130,8");
+}
+
+TEST(RecipeFile, ColumnBehindTheValuesIsRefusedForAnUploadAsForADownload)
+{
+    const TagReader reader(library(), 1);
+    for (const char *line : {"D100,250,flour", "D100,,flour", "D100/float32,21,5",
+                             "D110x3,1 2 3,flour", "D110x5,1 2 3,flour", "D120x2/text,ab,flour"}) {
+        EXPECT_THROW(parseRecipe(line, "f", reader, RecipeValues::Needed), Error) << line;
+        EXPECT_THROW(parseRecipe(line, "f", reader, RecipeValues::Ignored), Error) << line;
+    }
+    EXPECT_EQ(parseRecipe("D100,250,", "f", reader, RecipeValues::Ignored).size(), 1U);
+}
+
 TEST(RecipeFile, EveryBadLineIsNamedWithItsNumber)
 {
     const TagReader reader(library(), 1);
