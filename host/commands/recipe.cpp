@@ -14,11 +14,27 @@ std::vector<RecipeItem> readFile(const QString &path, const TagReader &reader)
     return parseRecipe(readTextFile(path), path, reader, RecipeValues::Needed);
 }
 
+// The runs, with those that follow on one another as one.
+std::vector<Run> joined(std::vector<Run>::const_iterator begin,
+                        std::vector<Run>::const_iterator end)
+{
+    std::vector<Run> runs;
+    for (; begin != end; ++begin) {
+        const bool goesOn = !runs.empty() && runs.back().station == begin->station &&
+                            runs.back().area == begin->area && runs.back().end() == begin->first;
+        if (goesOn)
+            runs.back().count += begin->count;
+        else
+            runs.push_back(*begin);
+    }
+    return runs;
+}
+
 QString namesOf(std::vector<Run>::const_iterator begin, std::vector<Run>::const_iterator end)
 {
     QStringList names;
-    for (; begin != end; ++begin)
-        names.append(QString("%1#%2").arg(begin->station).arg(runName(*begin)));
+    for (const Run &run : joined(begin, end))
+        names.append(QString("%1#%2").arg(run.station).arg(runName(run)));
     return names.isEmpty() ? QString("none") : names.join(' ');
 }
 

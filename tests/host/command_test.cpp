@@ -241,6 +241,19 @@ TEST_P(CommandOnBothLinks, FailedUploadLeavesItsFile)
     EXPECT_EQ(load("mixer.csv"), "D100,250\n");
 }
 
+TEST(Command, StoppedDownloadNamesNeighbouringElementsTogether)
+{
+    const QTemporaryDir directory;
+    const Simulator simulator({"--listen", "tcp://127.0.0.1:0", "--fault", "exception=4,every=4"});
+    saveFile(directory.filePath("mixer.csv"),
+             "D0x10,0 1 2 3 4 5 6 7 8 9\nD10,10\nTV11,11\nD12x10,0 1 2 3 4 5 6 7 8 9\nD30,30\n");
+    const Finished down = run({"recipe", "download", directory.filePath("mixer.csv"), "--link",
+                               simulator.link(), "--retries", "0"});
+    EXPECT_EQ(down.exitCode, 5);
+    EXPECT_EQ(down.err.section('\n', 1), "written for certain: 1#D0..10\n"
+                                         "not written: 1#TV11 1#D12..21 1#D30\n");
+}
+
 TEST(Command, AreasAreTheDriversCatalogue)
 {
     const Finished areas = run({"areas"});
