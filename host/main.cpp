@@ -1,7 +1,6 @@
 // kmr: watches, reads and writes a controller of the Ostrel KMR line through its driver library.
 #include "host/commands/command_line.h"
 #include "host/commands/commands.h"
-#include "host/commands/connection.h"
 #include "host/commands/diagnosis.h"
 #include "host/commands/output.h"
 #include "host/commands/settings.h"

@@ -1,4 +1,4 @@
-#include "host/commands/connection.h"
+#include "host/commands/output.h"
 #include "host/commands/settings.h"
 
 namespace kmr {

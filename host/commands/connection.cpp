@@ -10,8 +10,6 @@ namespace kmr {
 
 namespace {
 
-using Outcome = RequestResult::Outcome;
-
 // On a serial line somebody may have asked just before us and gone: his answer is on its way for as
 // long as a long exchange lasts and a controller ponders.
 std::chrono::milliseconds quietBeforeUse(std::chrono::nanoseconds characterTime)
@@ -155,73 +153,6 @@ void Connection::capture(bool isSent, const QByteArray &characters)
         m_capture.reset();
         reportLoss(error.text() + "; what comes from now on is not captured");
     }
-}
-
-ExitCode exitCodeOf(const RequestResult &result)
-{
-    switch (result.outcome) {
-    case Outcome::Done:
-        return ExitCode::Ok;
-    case Outcome::Refused:
-        return ExitCode::Refused;
-    case Outcome::Unknown:
-        return ExitCode::Unknown;
-    case Outcome::NoAnswer:
-    case Outcome::NotSent:
-        break;
-    }
-    return result.failure.exceptionCode != 0 ? ExitCode::Refused : ExitCode::NoAnswer;
-}
-
-QString toText(const RequestResult &result)
-{
-    const QString cause = stopFlag() ? QString("stopped") : QString("the line was lost");
-    const bool hasFailure =
-        result.failure.fault != ReplyFault::None || result.failure.exceptionCode != 0;
-    switch (result.outcome) {
-    case Outcome::Done:
-        return "done";
-    case Outcome::Refused:
-        return toText(result.failure);
-    case Outcome::NoAnswer:
-        return hasFailure ? toText(result.failure) : "no answer: " + cause;
-    case Outcome::NotSent:
-        return "not sent: " + (hasFailure ? toText(result.failure) : cause);
-    case Outcome::Unknown:
-        break;
-    }
-    if (result.failure.exceptionCode != 0)
-        return "unknown: an earlier attempt got no answer, the last was " + toText(result.failure);
-    return "unknown: " + (hasFailure ? toText(result.failure) : cause + " before the answer came");
-}
-
-QString outcomeName(const RequestResult &result)
-{
-    switch (result.outcome) {
-    case Outcome::Done:
-        return "done";
-    case Outcome::Refused:
-        return "refused";
-    case Outcome::NoAnswer:
-        return "no answer";
-    case Outcome::NotSent:
-        return "not sent";
-    case Outcome::Unknown:
-        break;
-    }
-    return "unknown";
-}
-
-QString now()
-{
-    return timeText(QDateTime::currentDateTime());
-}
-
-void ExitCodes::add(ExitCode code)
-{
-    if (code == ExitCode::Ok)
-        return;
-    m_total = m_total == ExitCode::Ok || m_total == code ? code : ExitCode::ItemFailed;
 }
 
 } // namespace kmr

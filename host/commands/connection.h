@@ -3,6 +3,7 @@
 
 #include "host/capture.h"
 #include "host/commands/commands.h"
+#include "host/commands/outcome.h"
 #include "host/commands/output.h"
 #include "host/driver_library.h"
 #include "host/link.h"
@@ -74,29 +75,6 @@ private:
     LinkAddress m_address; // once it is opened
     std::unique_ptr<QIODevice> m_device;
     std::unique_ptr<Session> m_session;
-};
-
-// The exit code for one request, and the words for a person: "no answer".
-ExitCode exitCodeOf(const RequestResult &result);
-QString toText(const RequestResult &result);
-
-// One word for records: "done", "refused", "no answer", "not sent" or "unknown".
-QString outcomeName(const RequestResult &result);
-
-// The time now, as records have it.
-QString now();
-
-// Gathers exit codes: that of the failed items where all failed alike, else ItemFailed.
-class ExitCodes {
-public:
-    void add(ExitCode code);
-    ExitCode total() const
-    {
-        return m_total;
-    }
-
-private:
-    ExitCode m_total = ExitCode::Ok;
 };
 
 } // namespace kmr

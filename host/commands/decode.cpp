@@ -1,7 +1,7 @@
 // Explains lines of text: those that are typed, and those of a capture.
 #include "host/capture.h"
-#include "host/commands/connection.h"
 #include "host/commands/diagnosis.h"
+#include "host/commands/output.h"
 #include "host/trace.h"
 
 namespace kmr {

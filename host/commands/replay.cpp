@@ -1,6 +1,7 @@
 #include "host/capture.h"
 #include "host/commands/capture_replay.h"
-#include "host/commands/connection.h"
+#include "host/commands/outcome.h"
+#include "host/commands/output.h"
 #include "host/commands/serve.h"
 #include "host/commands/simulation.h"
 #include "host/frame_text.h"

@@ -1,6 +1,6 @@
 #include "host/commands/serve.h"
 
-#include "host/commands/connection.h"
+#include "host/commands/output.h"
 #include "host/commands/stop.h"
 #include "simulator/pseudo_terminal.h"
 #include "simulator/tcp_server.h"

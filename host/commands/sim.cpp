@@ -1,5 +1,6 @@
-#include "host/commands/connection.h"
 #include "host/commands/memory_file.h"
+#include "host/commands/outcome.h"
+#include "host/commands/output.h"
 #include "host/commands/serve.h"
 #include "host/commands/simulation.h"
 #include "host/commands/text_file.h"
