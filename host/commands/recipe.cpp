@@ -14,6 +14,19 @@ std::vector<RecipeItem> readFile(const QString &path, const TagReader &reader)
     return parseRecipe(readTextFile(path), path, reader, RecipeValues::Needed);
 }
 
+// The text of a file that will be written again. Throws Error (Usage) for what would not come back
+// as it was.
+QString readOldText(const QString &path)
+{
+    const QString text = readTextFile(path);
+    if (text.contains(QChar::ReplacementCharacter)) {
+        throw Error(ExitCode::Usage,
+                    QString("%1 is not in UTF-8, so its remarks would be lost: save it as UTF-8")
+                        .arg(path));
+    }
+    return text;
+}
+
 // The runs, with those that follow on one another as one.
 std::vector<Run> joined(std::vector<Run>::const_iterator begin,
                         std::vector<Run>::const_iterator end)
@@ -147,7 +160,7 @@ ExitCode runRecipeUpload(const Options &options, const QString &file, const QStr
 {
     Connection connection(options);
     const bool isNew = !tags.isEmpty();
-    const QString old = isNew ? QString() : readTextFile(file);
+    const QString old = isNew ? QString() : readOldText(file);
     std::vector<RecipeItem> items =
         isNew ? recipeOf(connection.readTags(tags))
               : parseRecipe(old, file, connection.tags(), RecipeValues::Ignored);

@@ -241,6 +241,20 @@ TEST_P(CommandOnBothLinks, FailedUploadLeavesItsFile)
     EXPECT_EQ(load("mixer.csv"), "D100,250\n");
 }
 
+TEST(Command, UploadRefusesAFileWhoseRemarksItCannotKeep)
+{
+    const QTemporaryDir directory;
+    const QString file = directory.filePath("mill.csv");
+    const QByteArray latin1 = "# M\xFChle\nD100,250\n";
+    saveFile(file, latin1);
+    const Simulator simulator({"--listen", "tcp://127.0.0.1:0"});
+    const Finished up = run({"recipe", "upload", file, "--link", simulator.link()});
+    EXPECT_EQ(up.exitCode, 2);
+    EXPECT_EQ(up.err, "kmr: " + file +
+                          " is not in UTF-8, so its remarks would be lost: save it as UTF-8\n");
+    EXPECT_EQ(loadFile(file), latin1);
+}
+
 TEST(Command, StoppedDownloadNamesNeighbouringElementsTogether)
 {
     const QTemporaryDir directory;
