@@ -43,11 +43,9 @@ void giveUp(const DriverFunctions &driver, QString &driverText)
 PollLoop::PollLoop(const DriverFunctions &driver, QIODevice &device, const PollSettings &settings,
                    const std::atomic<bool> &stop, Clock clock)
     : m_driver(driver), m_device(device), m_settings(settings), m_stop(stop),
-      m_clock(std::move(clock))
+      m_clock(std::move(clock)), m_quiet(settings.firstQuiet), m_lastHeard(m_clock())
 {
     m_echo.mode = settings.echo;
-    m_quiet = settings.firstQuiet;
-    m_lastHeard = m_clock();
 }
 
 PollLoop::Step PollLoop::step()

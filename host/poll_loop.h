@@ -153,13 +153,13 @@ private:
     TurnOf m_turnOf;
     Echo m_echo;
     FRAME_PRO m_frame;
-    Turn m_turn = Turn::Ask;              // of m_frame
-    std::chrono::milliseconds m_quiet{0}; // silence that must pass before the next request
-    TimePoint m_lastHeard;                // when it began
-    std::map<QByteArray, Owed> m_owed;    // by the station's characters
-    QByteArray m_lastStation;             // that of the last request
-    bool m_isRetry = false;               // the next request is the last one once more
-    modbus::LineCollector m_strays;       // what comes between requests
+    Turn m_turn = Turn::Ask;           // of m_frame
+    std::chrono::milliseconds m_quiet; // silence that must pass before the next request
+    TimePoint m_lastHeard;             // when it began
+    std::map<QByteArray, Owed> m_owed; // by the station's characters
+    QByteArray m_lastStation;          // that of the last request
+    bool m_isRetry = false;            // the next request is the last one once more
+    modbus::LineCollector m_strays;    // what comes between requests
     bool m_isOutOfStep = false;
 };
 

@@ -12,7 +12,7 @@
 //     - words in a full group; where that would cut through a value, the group begins behind it and
 //       the first run behind the border makes up for what it lacks
 //     - bits from the first one of their block on, and, where that is a run's only block, one bit
-//       short of the border: 16 bits make the driver read 32; the last one is refreshed all the same
+//       short of the border: 16 bits make the driver read 32; the last one is refreshed as well
 #pragma once
 
 #include "host/run.h"
