@@ -8,8 +8,8 @@
 //
 // All kinds of fault act at once, except what nobody could tell from the truth on a line whose
 // messages carry no number of their own:
-// - An answer later than two timeouts: the host sends again after one timeout of silence, and would
-//   take it for the answer to that. Late answers here come between one and two timeouts.
+// - An answer later than three timeouts that the answer to the second attempt overtakes: the host
+//   waits no longer for it. Late answers here come within two and a half timeouts.
 // - An echo now and then while bits are written: a bit write's answer equals its echo. So bits are
 //   written on lines that always or never echo, and a line that echoes now and then sees only
 //   words written.
@@ -47,9 +47,10 @@ using simulator::Fault;
 using simulator::FaultKind;
 
 constexpr auto TIMEOUT = 20ms;
-constexpr int LATE = 30;  // ms: more than one timeout, less than two
-constexpr int PAUSE = 8;  // ms between pieces
-constexpr int CLOSED = 3; // ms
+constexpr int LATE = 30;      // ms: more than one timeout, less than two
+constexpr int VERY_LATE = 45; // more than two
+constexpr int PAUSE = 8;      // ms between pieces
+constexpr int CLOSED = 3;     // ms
 constexpr int RETRIES = 1;
 constexpr double PROBABILITY = 0.005; // of each fault
 constexpr std::uint64_t ROUND_EXCHANGES = 500;
@@ -78,6 +79,7 @@ std::vector<Fault> faultsOf(EchoHabit habit, bool isFaulty)
         faults.push_back({kind, 0, 1, PROBABILITY});
     faults.push_back({FaultKind::Exception, 6, 1, PROBABILITY});
     faults.push_back({FaultKind::Late, LATE, 1, PROBABILITY});
+    faults.push_back({FaultKind::Late, VERY_LATE, 1, PROBABILITY});
     faults.push_back({FaultKind::Pieces, PAUSE, 1, PROBABILITY});
     faults.push_back({FaultKind::Close, CLOSED, 1, PROBABILITY / 2});
     faults.push_back({FaultKind::Silence, 0, 331, 1}); // by count
