@@ -83,6 +83,23 @@ TEST_F(LiveTableTest, OutageIsShownAsStaleSinceWhenAndComesBackGood)
     EXPECT_EQ(screen.count("TAG "), 1);
 }
 
+TEST_F(LiveTableTest, AgeGoesOnWhileAnAnswerIsWaitedFor)
+{
+    Terminal terminal(watch("D100 --timeout 10000 --link ") + m_controller.link(), 80, 24);
+    terminal.waitFor("\nD100 +1 +good +0\\.[0-9] s ");
+    m_answer = "";
+    terminal.waitFor("\nD100 +1 +good +[1-9]\\.[0-9] s [^\n]*\n[^\n]*retries 0");
+}
+
+TEST_F(LiveTableTest, AgeGoesOnWhileARequestIsSentAgain)
+{
+    Terminal terminal(watch("D100 --timeout 100 --retries 100 --link ") + m_controller.link(), 80,
+                      24);
+    terminal.waitFor("\nD100 +1 +good +0\\.[0-9] s ");
+    m_answer = "";
+    terminal.waitFor("\nD100 +1 +good +[1-9]\\.[0-9] s [^\n]*\n[^\n]*retries [1-9]");
+}
+
 TEST_F(LiveTableTest, NoColorShowsStaleWithoutColours)
 {
     Terminal terminal("NO_COLOR=1 " + watch(arguments() + " --timeout 200"), 80, 24);
