@@ -37,6 +37,33 @@ bool addCheck(RecordWriter &records, const TagReader &tags, const QString &text)
     }
 }
 
+// Whether the driver takes the text for an address, of bits or of words.
+bool isAddress(const DriverFunctions &driver, const QString &area, const QString &text)
+{
+    qint32 address = 0;
+    return driver.checkAddrValidity(area, text, &address, 1, 0) == 0 ||
+           driver.checkAddrValidity(area, text, &address, 1, 1) == 0;
+}
+
+// A series may hold what is no address: the driver carries only an octal number's last digit over,
+// and shows a start below 0 as a large number. False where it does.
+bool checkSeries(const DriverFunctions &driver, const QString &area, const QVector<QString> &texts)
+{
+    QStringList wrong;
+    for (const QString &text : texts) {
+        if (!isAddress(driver, area, text))
+            wrong.append(area + text);
+    }
+    if (wrong.isEmpty())
+        return true;
+    printError(
+        QString("%1 of %2 are no addresses of %3, the first is %4: take another start or step")
+            .arg(wrong.size())
+            .arg(texts.size())
+            .arg(area, wrong.front()));
+    return false;
+}
+
 } // namespace
 
 ExitCode runCheck(const Options &options, const QStringList &texts)
@@ -69,8 +96,9 @@ ExitCode runSeries(const Options &options, const SeriesOptions &series)
     for (const QString &text : texts)
         records.add(series.area + text, {series.area + text});
     records.end();
+    const bool areAddresses = checkSeries(library->functions(), series.area, texts);
     if (result == 1)
-        return ExitCode::Ok;
+        return areAddresses ? ExitCode::Ok : ExitCode::ItemFailed;
     printError(QString("some addresses lie behind the end of %1 and were replaced by the end "
                        "(result 2): take fewer or a smaller step")
                    .arg(series.area));
