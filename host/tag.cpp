@@ -163,7 +163,7 @@ AddressCheck TagReader::check(const QString &text) const
         candidates.append(lettersOf(tag.name));
     std::optional<AddressCheck> longest;
     for (const QString &area : candidates) {
-        const AddressCheck found = checkIn(area, tag);
+        AddressCheck found = checkIn(area, tag);
         if (found.result == VALID)
             return found;
         if (!longest)

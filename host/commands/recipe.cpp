@@ -18,7 +18,7 @@ std::vector<RecipeItem> readFile(const QString &path, const TagReader &reader)
 // as it was.
 QString readOldText(const QString &path)
 {
-    const QString text = readTextFile(path);
+    QString text = readTextFile(path);
     if (text.contains(QChar::ReplacementCharacter)) {
         throw Error(ExitCode::Usage,
                     QString("%1 is not in UTF-8, so its remarks would be lost: save it as UTF-8")
