@@ -3,9 +3,8 @@
 //
 //  - A station whose request was given up is asked without retries until it answers, and its polled
 //    blocks are passed over for a pause of three timeouts: a late answer may still come.
-//  - Each further give-up doubles the pause, up to ten timeouts: a station that is switched on
-//  again
-//    is found soon, and silent it takes no more than a fifth of the line.
+//  - Each further give-up doubles the pause, up to ten timeouts: one that is switched on again is
+//    found soon, and silent it takes no more than a fifth of the line.
 //  - An answer ends all that, a refusal as well.
 //
 // Nobody is passed over while no other station can use the time: a lone station, and stations that

@@ -15,7 +15,7 @@ namespace kmr {
 
 struct WatchRow {
     enum class State {
-        Unread, // no answer yet
+        Unread, // no answer yet, or none since answers proved to be out of step
         Good,   // the controller held the value when it was last asked
         Stale   // the last request for it was given up, or the line is lost
     };
