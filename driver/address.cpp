@@ -6,24 +6,33 @@ const qint32 NO_UPPER = 0x7FFFFFFF; // an address too: such a row has the same b
 
 const qint32 LOWEST = -0x7FFFFFFF - 1; // lies outside of every area
 
-// name, kind, watchedAsBits, octal, lowest, highest, mask, writable, base, upperFrom, upperBase
+const ElementKind BIT = BIT_ELEMENTS;
+const ElementKind WORD = WORD_ELEMENTS;
+const ElementKind COUNTER = COUNTER_ELEMENTS;
+const WatchKind BITS = WATCHED_AS_BITS;
+const WatchKind WORDS = WATCHED_AS_WORDS;
+
+// name, kind, watch, pollingOrder, octal, lowest, highest, mask, writable, base, upperFrom,
+// upperBase
 const DeviceArea DEVICE_AREAS[] = {
-    {"TV", WORD_ELEMENTS, false, false, 0, 9999, "dddd", true, 0x0600, NO_UPPER, 0x0600},
-    {"CV", WORD_ELEMENTS, false, false, 0, 199, "ddd", true, 0x0E00, NO_UPPER, 0x0E00},
-    {"CV2", COUNTER_ELEMENTS, false, false, 200, 255, "ddd", true, 0x0E00, NO_UPPER, 0x0E00},
-    {"D", WORD_ELEMENTS, false, false, 0, 11999, "ddddd", true, 0x1000, 4096, 0x8000},
-    {"X", BIT_ELEMENTS, true, true, 0, 23417, "ooooo", false, 0x0400, NO_UPPER, 0x0400},
-    {"Y", BIT_ELEMENTS, true, true, 0, 23417, "ooooo", true, 0x0500, NO_UPPER, 0x0500},
+    {"TV", WORD, WORDS, 0, false, 0, 9999, "dddd", true, 0x0600, NO_UPPER, 0x0600},
+    {"CV", WORD, WORDS, 1, false, 0, 199, "ddd", true, 0x0E00, NO_UPPER, 0x0E00},
+    {"CV2", COUNTER, WORDS, 2, false, 200, 255, "ddd", true, 0x0E00, NO_UPPER, 0x0E00},
+    {"D", WORD, WORDS, 3, false, 0, 11999, "ddddd", true, 0x1000, 4096, 0x8000},
+    {"X", BIT, BITS, 4, true, 0, 23417, "ooooo", false, 0x0400, NO_UPPER, 0x0400},
+    {"Y", BIT, BITS, 5, true, 0, 23417, "ooooo", true, 0x0500, NO_UPPER, 0x0500},
     // 65536 lies one past the 16-bit range; panels rely on being let through there.
-    {"M", BIT_ELEMENTS, true, false, 0, 65536, "ddddd", true, 0x0800, 1536, 0xAA00},
-    {"S", BIT_ELEMENTS, true, false, 0, 9999, "dddd", true, 0x0000, NO_UPPER, 0x0000},
-    {"T", BIT_ELEMENTS, true, false, 0, 9999, "dddd", true, 0x0600, NO_UPPER, 0x0600},
-    {"C", BIT_ELEMENTS, true, false, 0, 9999, "dddd", true, 0x0E00, NO_UPPER, 0x0E00},
+    {"M", BIT, BITS, 6, false, 0, 65536, "ddddd", true, 0x0800, 1536, 0xAA00},
+    {"S", BIT, BITS, 7, false, 0, 9999, "dddd", true, 0x0000, NO_UPPER, 0x0000},
+    {"T", BIT, BITS, 8, false, 0, 9999, "dddd", true, 0x0600, NO_UPPER, 0x0600},
+    {"C", BIT, BITS, 9, false, 0, 9999, "dddd", true, 0x0E00, NO_UPPER, 0x0E00},
     // Bits for values, words for watching: each watched bit has an entry of its own address.
-    {"TV_bit", BIT_ELEMENTS, false, false, 0, 159999, nullptr, true, 0, NO_UPPER, 0},
+    {"TV_bit", BIT, WORDS, 10, false, 0, 159999, nullptr, true, 0, NO_UPPER, 0},
     // Watched as bits, but neither polled nor served.
-    {"SM", NO_ELEMENTS, true, false, 0, 0, nullptr, true, 0, NO_UPPER, 0},
+    {"SM", NO_ELEMENTS, BITS, -1, false, 0, 0, nullptr, true, 0, NO_UPPER, 0},
 };
+
+const DeviceArea &TV_BIT = DEVICE_AREAS[10];
 
 const char *const BIT_AREA_NAMES[] = {"X", "Y", "M", "S", "T", "C"};
 const char *const WORD_AREA_NAMES[] = {"TV", "CV", "CV2", "D"};
@@ -148,14 +157,6 @@ const DeviceArea *findDeviceArea(const QString &name)
     return nullptr;
 }
 
-int pollingOrder(const DeviceArea *area)
-{
-    if (!area)
-        return -1;
-    const int row = static_cast<int>(area - DEVICE_AREAS);
-    return row < POLLED_AREAS ? row : -1;
-}
-
 ElementKind elementKind(const DeviceArea *area)
 {
     return area ? area->kind : NO_ELEMENTS;
@@ -163,7 +164,7 @@ ElementKind elementKind(const DeviceArea *area)
 
 bool isTvBit(const DeviceArea &area)
 {
-    return area.kind == BIT_ELEMENTS && !area.watchedAsBits;
+    return &area == &TV_BIT;
 }
 
 qint32 linearAddress(const DeviceArea &area, qint32 address)
@@ -171,9 +172,14 @@ qint32 linearAddress(const DeviceArea &area, qint32 address)
     return area.octal ? linearFromOctalDigits(address) : address;
 }
 
+qint32 wrapped(qint64 value)
+{
+    return static_cast<qint32>(static_cast<quint32>(value));
+}
+
 qint32 addressPlus(qint32 address, qint64 offset)
 {
-    return static_cast<qint32>(static_cast<quint32>(address) + static_cast<quint32>(offset));
+    return wrapped(address + offset);
 }
 
 qint32 linearFromOctalDigits(qint32 digits)

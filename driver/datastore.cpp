@@ -183,7 +183,7 @@ void reportBlock(const DeviceArea &area, _DATA_ entry, int changedBits)
 {
     for (int bit = 0; bit < BLOCK_BITS; ++bit) {
         if (watchesBit(entry.bitMonitor, bit) && ((changedBits >> bit) & 1)) {
-            const qint32 linear = addressPlus(0, qint64(entry.index) * BLOCK_BITS + bit);
+            const qint32 linear = wrapped(qint64(entry.index) * BLOCK_BITS + bit);
             reportToHost(driver.devId, entry.station, entry.area, hostAddress(area, linear));
         }
     }
@@ -193,7 +193,7 @@ void _OnlyOneDataTypeDataChange(int station, QString area, int address, int oldW
                                 int wholeBlock)
 {
     const DeviceArea *const row = findDeviceArea(area);
-    if (!row || !row->watchedAsBits) {
+    if (!row || row->watch == WATCHED_AS_WORDS) {
         reportElement(dataArea(station, area, address));
     } else if (wholeBlock == 1) {
         reportBlock(*row, dataArea(station, area, address), oldWord ^ newWord);
@@ -214,7 +214,7 @@ void _wordDataChange(int *oldWord, int *newWord, int station, QString area, int 
         for (int bit = 0; bit < BLOCK_BITS; ++bit) {
             if (watchesBit(entry.bitMonitor, bit) && ((changedBits >> bit) & 1))
                 reportToHost(driver.devId, station, area + QLatin1String("_bit"),
-                             addressPlus(0, qint64(address) * BLOCK_BITS + bit));
+                             wrapped(qint64(address) * BLOCK_BITS + bit));
         }
     }
     if (entry.wordMonitor & 1)

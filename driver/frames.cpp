@@ -4,7 +4,6 @@
 
 namespace {
 
-const int BURST_MOST = 3;
 const int REPLY_DATA_POS = 7;           // behind ':', station, function and byte count
 const int READ_REPLY_OVERHEAD = 11;     // ':', station, function, byte count, LRC, CR LF
 const int WRITE_REPLY_OVERHEAD = 13;    // ':', station, function, address, LRC, CR LF
@@ -107,7 +106,7 @@ RequestText requestStart(qint32 station)
 
 bool isFramedAsBits(const DeviceArea &area)
 {
-    return area.kind == BIT_ELEMENTS && area.watchedAsBits;
+    return area.kind == BIT_ELEMENTS && !isTvBit(area);
 }
 
 bool isFramedAsWords(const DeviceArea &area)
@@ -118,12 +117,6 @@ bool isFramedAsWords(const DeviceArea &area)
 qint64 modbusBase(const DeviceArea &area, qint32 element)
 {
     return element < area.upperFrom ? area.base : area.upperBase;
-}
-
-// A product that leaves 32 bits wraps round.
-qint32 times(qint32 count, qint32 factor)
-{
-    return addressPlus(0, qint64(count) * factor);
 }
 
 quint16 wordOf(const VARIABLE &var, qint32 word)
@@ -189,90 +182,6 @@ void appendFrame(const RequestText &text, qint32 replyLen, qint32 replyDataLen, 
     driver.frames.append(frame);
 }
 
-void readRecipeRequests(bool *download, bool *upload)
-{
-    *download = false;
-    *upload = false;
-    if (!driver.hostStatus || !driver.hostMutex)
-        return;
-    driver.hostMutex->lock();
-    *download = driver.hostStatus[STATUS_RECIPE_DOWNLOAD] == 1;
-    *upload = driver.hostStatus[STATUS_RECIPE_UPLOAD] == 1;
-    driver.hostMutex->unlock();
-}
-
-// Between the end of a transfer and the host's seeing its request byte cleared.
-void repeatLastRequest()
-{
-    switch (driver.sendState) {
-    case SEND_WRITE:
-    case SEND_RECIPE_DOWNLOAD:
-        getWriteFrame(driver.curVar);
-        break;
-    case SEND_ONE_SHOT_READ:
-    case SEND_CYCLIC_READ:
-    case SEND_RECIPE_UPLOAD:
-        getReadFrame(driver.curVar);
-        break;
-    default:
-        break;
-    }
-}
-
-void frameRecipeEntry(SendState state)
-{
-    if (driver.recipeCursor >= driver.recipeVars.size()) {
-        repeatLastRequest();
-        return;
-    }
-    const bool download = state == SEND_RECIPE_DOWNLOAD;
-    rcpAddrToVar(driver.recipeVars.at(driver.recipeCursor), driver.curVar, download ? 1 : 0);
-    driver.sendState = state;
-    if (download)
-        getWriteFrame(driver.curVar);
-    else
-        getReadFrame(driver.curVar);
-}
-
-// Writes go first, then one-shot reads, but after three of them in a row a cyclic block must be
-// polled. Without any cyclic block nothing more is sent then, until the next intf_initProperty:
-// hosts keep at least one block in the plan.
-void frameQueuedRequest()
-{
-    const bool mayBurst = driver.burstCount < BURST_MOST;
-    if (mayBurst && !driver.pendingWrites.isEmpty()) {
-        driver.curVar = driver.pendingWrites.at(0);
-        driver.sendState = SEND_WRITE;
-        ++driver.burstCount;
-        getWriteFrame(driver.curVar);
-    } else if (mayBurst && !driver.pendingReads.isEmpty()) {
-        driver.curVar = driver.pendingReads.at(0);
-        driver.sendState = SEND_ONE_SHOT_READ;
-        ++driver.burstCount;
-        getReadFrame(driver.curVar);
-    } else if (driver.cyclicReads.isEmpty()) {
-        driver.sendState = SEND_NOTHING;
-    } else {
-        driver.curVar = driver.cyclicReads.at(0);
-        driver.sendState = SEND_CYCLIC_READ;
-        driver.burstCount = 0;
-        getReadFrame(driver.curVar);
-    }
-}
-
-void frameNextRequest()
-{
-    bool download = false;
-    bool upload = false;
-    readRecipeRequests(&download, &upload);
-    if (download)
-        frameRecipeEntry(SEND_RECIPE_DOWNLOAD);
-    else if (upload)
-        frameRecipeEntry(SEND_RECIPE_UPLOAD);
-    else
-        frameQueuedRequest();
-}
-
 } // namespace
 
 void getFrame(FRAME_PRO &frame, QString text)
@@ -322,7 +231,7 @@ void getReadFrame(VARIABLE &var)
         appendHex(text, modbusBase(*area, var.address) + var.address, 4);
         // In decimal digits; blocks of at most 8 words read the same either way.
         appendDecimal(text, var.count, 4);
-        replyDataLen = times(var.count, counters ? 8 : 4);
+        replyDataLen = wrapped(qint64(var.count) * (counters ? 8 : 4));
     } else if (area && isFramedAsBits(*area)) {
         const qint32 bit = linearAddress(*area, var.address);
         const bool twoWords = readsTwoWords(var, bit);
@@ -331,7 +240,7 @@ void getReadFrame(VARIABLE &var)
         append(text, twoWords ? "0020" : "0010");
         replyDataLen = twoWords ? 8 : 4;
     }
-    appendFrame(text, addressPlus(replyDataLen, READ_REPLY_OVERHEAD), replyDataLen, var);
+    appendFrame(text, wrapped(qint64(replyDataLen) + READ_REPLY_OVERHEAD), replyDataLen, var);
 }
 
 void getWriteFrame(const VARIABLE &var)
@@ -342,16 +251,5 @@ void getWriteFrame(const VARIABLE &var)
         appendWordWrite(text, *area, var);
     else if (area && isFramedAsBits(*area) && area->writable)
         appendBitWrite(text, *area, var);
-    appendFrame(text, addressPlus(times(var.count, 4), WRITE_REPLY_OVERHEAD), 4, var);
-}
-
-qint32 intf_getSendFrame(FRAME_PRO *out) noexcept
-{
-    if (driver.frames.isEmpty())
-        frameNextRequest();
-    if (driver.frames.isEmpty())
-        return 0;
-    if (out)
-        *out = driver.frames.at(0);
-    return 1;
+    appendFrame(text, wrapped(qint64(var.count) * 4 + WRITE_REPLY_OVERHEAD), 4, var);
 }

@@ -33,7 +33,8 @@ bool sameTarget(const VARIABLE &left, const VARIABLE &right)
 // Bits are cut at eight times the words' limit, though a read covers no more than 32 of them.
 qint32 chunkLimit(const DeviceArea &area)
 {
-    return qMax(area.watchedAsBits ? driver.bitGroupLimit : driver.wordGroupLimit, 1);
+    const bool bits = area.watch == WATCHED_AS_BITS;
+    return qMax(bits ? driver.bitGroupLimit : driver.wordGroupLimit, 1);
 }
 
 // Whole words that hold `bits` bits, rounded up.
@@ -45,8 +46,7 @@ qint64 wordsOfBits(qint64 bits)
 void cutIntoChunks(const KEY_ADDRESS &key, ChunksByKey &chunks)
 {
     const DeviceArea *const area = findDeviceArea(key.area);
-    const int order = pollingOrder(area);
-    if (order < 0)
+    if (!area || area->pollingOrder < 0)
         return;
     qint32 start = key.address;
     qint64 count = key.count;
@@ -55,7 +55,7 @@ void cutIntoChunks(const KEY_ADDRESS &key, ChunksByKey &chunks)
         count = wordsOfBits(qint64(key.address % BLOCK_BITS) + key.count);
     }
     // Stations of 256 and more share their keys with the next area.
-    const qint32 mapKey = addressPlus(key.station, order * 256);
+    const qint32 mapKey = addressPlus(key.station, area->pollingOrder * 256);
     const qint32 limit = chunkLimit(*area);
     for (qint64 done = 0; done < count; done += limit) {
         const Chunk chunk = {key.station, key.area, addressPlus(start, done),
@@ -171,7 +171,7 @@ int _setDataAreaMonitorFlag(int station, QString area, int address, int count)
 {
     const DeviceArea *const row = findDeviceArea(area);
     int mark = 0;
-    if (row && row->watchedAsBits) {
+    if (row && row->watch == WATCHED_AS_BITS) {
         const qint32 first = linearAddress(*row, address);
         for (int i = 0; i < count; ++i) {
             const qint32 bit = addressPlus(first, i);

@@ -135,7 +135,7 @@ void decodeReply(const Request &request, const QByteArray &reply)
         decodeWords(request, reply);
     else if (area->kind == COUNTER_ELEMENTS)
         decodeCounters(request, reply);
-    else if (area->watchedAsBits)
+    else if (area->watch == WATCHED_AS_BITS)
         decodeBlocks(request, *area, reply);
 }
 
@@ -150,7 +150,7 @@ void markFailed(const Request &request)
     qint32 entries = 0;
     if (area->kind == WORD_ELEMENTS || area->kind == COUNTER_ELEMENTS)
         entries = request.dataLen / 4;
-    else if (area->watchedAsBits)
+    else if (area->watch == WATCHED_AS_BITS)
         entries = request.dataLen / 2;
     for (qint32 i = 0; i < entries; ++i)
         dataArea(request.station, request.area, addressPlus(request.address, i)).commFailed = 1;
@@ -287,7 +287,7 @@ QString getErrorInfo(QByteArray reply)
 void write_FailOrSuc(qint32 station, QString area, qint32 address, qint32 count, qint32 success)
 {
     const DeviceArea *const row = findDeviceArea(area);
-    if (row && row->watchedAsBits) {
+    if (row && row->watch == WATCHED_AS_BITS) {
         const qint32 first = linearAddress(*row, address);
         for (qint32 i = 0; i < count; ++i)
             settleBit(station, area, addressPlus(first, i), success);
