@@ -24,19 +24,17 @@ int hexDigitValue(QChar character)
     return -1;
 }
 
-// The value of the one or two characters from `position` on, 0 where they are no hexadecimal
-// number. A digit behind a minus sign is a negative number: "-2" takes 2 off the LRC's sum.
+// The value of the one or two characters from `position` on: what Qt reads in base 16, 0 when it
+// refuses them. "-2" takes 2 off the LRC's sum, and blanks count for nothing.
 int hexPairValue(const QString &text, int position)
 {
-    const int high = hexDigitValue(text.at(position));
-    if (position + 1 == text.size())
-        return qMax(high, 0);
-    const int low = hexDigitValue(text.at(position + 1));
-    if (low < 0)
-        return 0;
-    if (text.at(position) == QLatin1Char('-'))
-        return -low;
-    return high >= 0 ? high * 16 + low : 0;
+    if (position + 1 < text.size()) {
+        const int high = hexDigitValue(text.at(position));
+        const int low = hexDigitValue(text.at(position + 1));
+        if (high >= 0 && low >= 0)
+            return high * 16 + low;
+    }
+    return text.mid(position, 2).toInt(nullptr, 16);
 }
 
 quint8 lrcOf(const QString &text)
