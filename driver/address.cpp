@@ -37,15 +37,6 @@ const DeviceArea &TV_BIT = DEVICE_AREAS[10];
 const char *const BIT_AREA_NAMES[] = {"X", "Y", "M", "S", "T", "C"};
 const char *const WORD_AREA_NAMES[] = {"TV", "CV", "CV2", "D"};
 
-enum AddressCheck {
-    VALID = 0,
-    KIND_MISMATCH = 1,
-    OUT_OF_RANGE = 2,
-    UNKNOWN_AREA = 3,
-    SYNTAX_ERROR = 4,
-    DATA_TYPE_MISMATCH = 5
-};
-
 // Decimal digits as an unsigned 32-bit number shows them.
 QString unsignedText(qint64 value)
 {
@@ -74,18 +65,18 @@ AddressCheck checkAddressText(const DeviceArea &area, const QString &text, qint3
 {
     qint32 value = 0;
     if (!parseAddress(area, text, &value))
-        return SYNTAX_ERROR;
+        return ADDRESS_SYNTAX_ERROR;
     if (address)
         *address = value;
     if (value < area.lowest)
-        return OUT_OF_RANGE;
+        return ADDRESS_OUT_OF_RANGE;
     // For octal areas the end is computed in decimal on the digits, and only the start is checked
     // for octal digits: editors rely on both.
     if (qint64(value) + count - 1 > area.highest)
-        return OUT_OF_RANGE;
+        return ADDRESS_OUT_OF_RANGE;
     if (area.octal && !check8Num(value))
-        return OUT_OF_RANGE;
-    return VALID;
+        return ADDRESS_OUT_OF_RANGE;
+    return ADDRESS_VALID;
 }
 
 bool isCounterDataType(qint32 dataType)
@@ -105,7 +96,7 @@ qint32 seriesStep(const DeviceArea &area, qint32 step)
 int octalSeries(qint32 start, qint32 n, qint32 step, QVector<QString> &texts,
                 QVector<qint32> &numbers, qint32 max)
 {
-    int result = 1;
+    int result = SERIES_INSIDE;
     qint64 correction = 0;
     for (qint32 i = 0; i < n; ++i) {
         qint64 value = start + qint64(i) * step + correction;
@@ -117,7 +108,7 @@ int octalSeries(qint32 start, qint32 n, qint32 step, QVector<QString> &texts,
         }
         if (value > max) {
             value = max;
-            result = 2;
+            result = SERIES_CLIPPED;
         }
         texts.append(QString::number(value));
         numbers.append(static_cast<qint32>(value));
@@ -131,13 +122,13 @@ int wordBitSeries(qint32 start, qint32 n, qint32 step, QVector<QString> &texts,
     // The end's text does not match its number; editors show it as it stands.
     const qint32 max = 65535 * 16 + 15;
     const QLatin1String endText("65536.15");
-    int result = 1;
+    int result = SERIES_INSIDE;
     for (qint32 i = 0; i < n; ++i) {
         const qint64 value = start + qint64(i) * step;
         if (value > max) {
             texts.append(endText);
             numbers.append(max);
-            result = 2;
+            result = SERIES_CLIPPED;
         } else {
             texts.append(unsignedText(value / 16) + QLatin1Char('.') + unsignedText(value % 16));
             numbers.append(static_cast<qint32>(value));
@@ -245,11 +236,11 @@ qint32 intf_checkAddrValidity(QString area, QString addressText, qint32 *address
     const DeviceArea *const row = findDeviceArea(area);
     const ElementKind kind = elementKind(row);
     if (kind != NO_ELEMENTS && (kind == BIT_ELEMENTS) != (wantWord == 0))
-        return KIND_MISMATCH;
+        return ADDRESS_KIND_MISMATCH;
     if (hasSign(addressText))
-        return SYNTAX_ERROR;
+        return ADDRESS_SYNTAX_ERROR;
     if (kind == NO_ELEMENTS)
-        return UNKNOWN_AREA;
+        return ADDRESS_UNKNOWN_AREA;
     return checkAddressText(*row, addressText, address, count);
 }
 
@@ -259,13 +250,13 @@ qint32 intf_checkAddr(QString area, QString addressText, qint32 *address, qint32
     const DeviceArea *const row = findDeviceArea(area);
     const ElementKind kind = elementKind(row);
     if (kind != NO_ELEMENTS && (kind == BIT_ELEMENTS) != (dataType == -1))
-        return KIND_MISMATCH;
+        return ADDRESS_KIND_MISMATCH;
     if (hasSign(addressText))
-        return SYNTAX_ERROR;
+        return ADDRESS_SYNTAX_ERROR;
     if (kind == NO_ELEMENTS)
-        return UNKNOWN_AREA;
+        return ADDRESS_UNKNOWN_AREA;
     if (kind == COUNTER_ELEMENTS && !isCounterDataType(dataType))
-        return DATA_TYPE_MISMATCH;
+        return ADDRESS_DATA_TYPE_MISMATCH;
     return checkAddressText(*row, addressText, address, count);
 }
 
@@ -301,13 +292,13 @@ qint32 intf_getRegListByType(qint32 type, QStringList &out) noexcept
 int multiCp_dec(qint32 start, qint32 n, qint32 step, QVector<QString> &texts,
                 QVector<qint32> &numbers, qint32 max, QString endText)
 {
-    int result = 1;
+    int result = SERIES_INSIDE;
     for (qint32 i = 0; i < n; ++i) {
         const qint64 value = start + qint64(i) * step;
         if (value > max) {
             texts.append(endText);
             numbers.append(max);
-            result = 2;
+            result = SERIES_CLIPPED;
         } else {
             texts.append(unsignedText(value));
             numbers.append(static_cast<qint32>(value));
@@ -321,7 +312,7 @@ qint32 intf_multiCopy(const QString &area, qint32 start, qint32 n, qint32 step,
 {
     const DeviceArea *const row = findDeviceArea(area);
     if (elementKind(row) == NO_ELEMENTS)
-        return 0;
+        return SERIES_UNKNOWN_AREA;
     QVector<QString> noTexts;
     QVector<qint32> noNumbers;
     QVector<QString> &textsOut = texts ? *texts : noTexts;

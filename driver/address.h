@@ -76,7 +76,7 @@ int a2i_ddd_DD(QString text, int *result);
 int bCheckSplitter(QByteArray frame);
 
 // The decimal series of intf_multiCopy: `n` addresses from `start` on, those above `max` replaced
-// by `max` and `endText`. Returns 1, or 2 when one was replaced.
+// by `max` and `endText`. Returns SERIES_INSIDE or SERIES_CLIPPED.
 int multiCp_dec(qint32 start, qint32 n, qint32 step, QVector<QString> &texts,
                 QVector<qint32> &numbers, qint32 max, QString endText);
 

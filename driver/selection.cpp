@@ -97,8 +97,8 @@ qint32 intf_getSendFrame(FRAME_PRO *out) noexcept
     if (driver.frames.isEmpty())
         frameNextRequest();
     if (driver.frames.isEmpty())
-        return 0;
+        return NOTHING_TO_SEND;
     if (out)
         *out = driver.frames.at(0);
-    return 1;
+    return FRAME_TO_SEND;
 }
