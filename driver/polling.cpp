@@ -174,13 +174,13 @@ int _setDataAreaMonitorFlag(int station, QString area, int address, int count)
         const qint32 first = linearAddress(*row, address);
         for (int i = 0; i < count; ++i) {
             const qint32 bit = addressPlus(first, i);
-            _DATA_ &entry = dataArea(station, area, bit / BLOCK_BITS);
+            _DATA_ &entry = dataAreaToChange(station, area, bit / BLOCK_BITS);
             mark = _setBitValue(entry.bitMonitor, static_cast<quint8>(bit % BLOCK_BITS), true);
             entry.bitMonitor = mark;
         }
     } else {
         for (int i = 0; i < count; ++i) {
-            _DATA_ &entry = dataArea(station, area, addressPlus(address, i));
+            _DATA_ &entry = dataAreaToChange(station, area, addressPlus(address, i));
             mark = _setBitValue(entry.wordMonitor, 0, true);
             entry.wordMonitor = mark;
         }
@@ -207,10 +207,7 @@ void groupingKey(KEY_ADDRESS &key, qint32 maxCount, QList<KEY_ADDRESS> &out, qin
 
 qint32 intf_addrMerge(const QList<KEY_ADDRESS> &list) noexcept
 {
-    for (int i = 0; i < driver.dataAreas.size(); ++i) {
-        driver.dataAreas[i].wordMonitor = 0;
-        driver.dataAreas[i].bitMonitor = 0;
-    }
+    clearWatchMarks();
     for (const KEY_ADDRESS &key : list)
         _setDataAreaMonitorFlag(key.station, key.area, key.address, key.count);
 
