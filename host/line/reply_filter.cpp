@@ -76,13 +76,11 @@ QString toText(ReplyFault fault)
     case ReplyFault::SeveralAnswers:
         return "two different answers at once: answers are out of step";
     case ReplyFault::MissingEcho:
-        return "an answer without the echo that the line gave before: if it echoes no more, start "
-               "again or try --echo off";
+        return "an answer without the echo that the line gave before";
     case ReplyFault::UnexpectedEcho:
-        return "the request itself came back: does the line echo? Try --echo on";
+        return "the request itself came back: does the line echo?";
     case ReplyFault::EchoOrAnswer:
-        return "the request came back once, as its answer or as the line's echo: say --echo on or "
-               "--echo off";
+        return "the request came back once, as its answer or as the line's echo";
     case ReplyFault::NotSendable:
         return "the request fits no frame";
     }

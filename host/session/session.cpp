@@ -88,7 +88,7 @@ void checkEntries(const QVector<_RCP_VAR_PRO> &entries)
                           entry.bufWord <= Session::RECIPE_WORDS - entry.count;
         if (!fits) {
             throw Error(
-                ExitCode::Usage,
+                ErrorKind::Usage,
                 QString("%1 with %2 words fits no recipe: an entry holds 1 to %3 words, and "
                         "all together %4")
                     .arg(elementName(entry.area, fromDriverAddress(entry.area, entry.address)))

@@ -107,7 +107,7 @@ Tag TagReader::read(const QString &text) const
     try {
         return readAddressed(text);
     } catch (const Error &error) {
-        throw Error(ExitCode::Usage,
+        throw Error(ErrorKind::Usage,
                     QString("%1 (and %2 has no such name)").arg(error.text(), m_names->file()));
     }
 }

@@ -53,17 +53,17 @@ void readLine(const QString &line, Memory &memory)
     const QStringList fields = splitCsv(line);
     const std::optional<Place> place = placeOfName(fields.front());
     if (!place) {
-        throw Error(ExitCode::Usage, QString("\"%1\" is no element of the controller: expected "
-                                             "one, for example D100, X17 (octal) or CV2200")
-                                         .arg(fields.front()));
+        throw Error(ErrorKind::Usage, QString("\"%1\" is no element of the controller: expected "
+                                              "one, for example D100, X17 (octal) or CV2200")
+                                          .arg(fields.front()));
     }
     bool isNumber = false;
     const QString text = fields.mid(1).join(',');
     const qulonglong value = text.toULongLong(&isNumber);
     if (!isNumber || value > simulator::highestValue(*place)) {
-        throw Error(ExitCode::Usage, QString("bad value \"%1\" for %2: expected 0 to %3")
-                                         .arg(text, fields.front())
-                                         .arg(simulator::highestValue(*place)));
+        throw Error(ErrorKind::Usage, QString("bad value \"%1\" for %2: expected 0 to %3")
+                                          .arg(text, fields.front())
+                                          .arg(simulator::highestValue(*place)));
     }
     simulator::setElement(memory, *place, static_cast<std::uint32_t>(value));
 }
@@ -84,7 +84,7 @@ Memory parseMemory(const QString &text, const QString &name)
     const QStringList faults = readLines(
         text, name, HEADING, [&memory](const QString &line, int) { readLine(line, memory); });
     if (!faults.isEmpty())
-        throw Error(ExitCode::Usage, faults.join('\n'));
+        throw Error(ErrorKind::Usage, faults.join('\n'));
     return memory;
 }
 
