@@ -1,5 +1,6 @@
 #include "host/line/reply_filter.h"
 
+#include "modbus/areas.h"
 #include "modbus/protocol.h"
 
 #include <algorithm>
@@ -10,10 +11,6 @@ namespace {
 
 constexpr int STATION_POSITION = 1; // in a line
 constexpr int STATION_CHARS = 2;
-
-// The counter registers answer with four bytes each, all others with two.
-constexpr int FIRST_COUNTER = 0x0EC8;
-constexpr int LAST_COUNTER = 0x0EFF;
 
 int byteAt(const QByteArray &message, int position)
 {
@@ -240,7 +237,7 @@ int ReplyFilter::expectedBytes() const
     const int quantity = wordAt(m_requestMessage, 4);
     if (byteAt(m_requestMessage, 1) == modbus::READ_DISCRETE_INPUTS)
         return (quantity + 7) / 8;
-    return quantity * (address >= FIRST_COUNTER && address <= LAST_COUNTER ? 4 : 2);
+    return quantity * modbus::registerBytes(address);
 }
 
 } // namespace kmr

@@ -30,7 +30,7 @@ QVector<_RCP_VAR_PRO> layOut(const std::vector<RecipeItem> &items, int groupLimi
         entry.devId = Session::DEVICE;
         entry.station = run.station;
         entry.area = run.area;
-        entry.address = toDriverAddress(run.area, run.first);
+        entry.address = shownNumber(run.area, run.first);
         entry.count = run.count * wordsEach(run.area);
         entry.bufWord = word;
         entries.append(entry);
