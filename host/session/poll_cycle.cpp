@@ -13,9 +13,6 @@ namespace {
 using Element = std::tuple<int, QString, int>; // station, area, number
 using Elements = std::set<Element>;
 
-constexpr int BITS_A_WORD = 16;
-const char *const WORD_BIT_AREA = "TV_bit"; // the driver's name for bits of TV words
-
 void insert(const ElementRange &run, Elements &elements)
 {
     for (int number = run.first; number < run.end(); ++number)
@@ -38,8 +35,7 @@ ElementRange believedBy(const FRAME_PRO &frame)
 
 bool isReadRequest(const FRAME_PRO &frame)
 {
-    const QByteArray function(frame.frame + 3, 2);
-    return frame.var.area != WORD_BIT_AREA && (function == "02" || function == "03");
+    return frame.var.area != WORD_BIT_AREA && isRead(frame);
 }
 
 QByteArray goodReply(const FRAME_PRO &frame)
@@ -142,7 +138,7 @@ QList<KEY_ADDRESS> toRawKeys(const std::vector<Tag> &tags)
         KEY_ADDRESS key = toKey(tag.elements);
         if (tag.kind == ElementKind::WordBit) {
             key.area = WORD_BIT_AREA;
-            key.address = key.address * BITS_A_WORD + tag.firstBit;
+            key.address = key.address * WORD_BITS + tag.firstBit;
             key.elemKind = -1;
             key.count = tag.count;
         }

@@ -10,9 +10,6 @@ namespace kmr {
 
 namespace {
 
-constexpr int WORD_BITS = 16;
-const char *const WORD_BIT_AREA = "TV_bit"; // the driver's name for bits of TV words
-
 enum CheckResult { VALID = 0, WRONG_KIND = 1, OUT_OF_RANGE = 2, UNKNOWN_AREA = 3, NO_ADDRESS = 4 };
 
 // The area that the driver knows such an address by.

@@ -2,6 +2,7 @@
 #include "kmr/commands/diagnosis.h"
 #include "kmr/connection.h"
 #include "kmr/stop_signal.h"
+#include "modbus/protocol.h"
 
 #include <thread>
 
@@ -28,7 +29,7 @@ QString replyText(const Exchange &exchange)
     if (exchange.outcome == Exchange::Outcome::Good)
         return time;
     if (exchange.exceptionCode != 0)
-        return time + ", refused: " + exceptionText(exchange.exceptionCode);
+        return time + ", refused: " + modbus::exceptionText(exchange.exceptionCode);
     if (exchange.outcome == Exchange::Outcome::Interrupted)
         return "broken off";
     return toText(exchange.fault);
@@ -54,7 +55,7 @@ std::vector<Field> exchangeFields(const Exchange &exchange, const QString &tag)
                 tag,
                 "refused",
                 millisecondsField(exchange.roundTrip),
-                exceptionText(exchange.exceptionCode)};
+                modbus::exceptionText(exchange.exceptionCode)};
     }
     return {now(), station, tag, "no answer", {}, replyText(exchange)};
 }
