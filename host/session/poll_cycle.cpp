@@ -90,8 +90,8 @@ std::vector<FRAME_PRO> oneCycle(const DriverFunctions &driver, const QList<KEY_A
 
 } // namespace
 
-Plan makePlan(const DriverFunctions &driver, const QList<KEY_ADDRESS> &keys,
-              const std::vector<Tag> &asked, int groupLimit)
+PollCycle pollCycleOf(const DriverFunctions &driver, const QList<KEY_ADDRESS> &keys,
+                      const std::vector<Tag> &asked, int groupLimit)
 {
     Elements missing;
     for (const Tag &tag : asked)
@@ -99,9 +99,9 @@ Plan makePlan(const DriverFunctions &driver, const QList<KEY_ADDRESS> &keys,
     const Elements wanted = missing;
     const std::vector<FRAME_PRO> frames = oneCycle(driver, keys, groupLimit);
 
-    Plan plan;
+    PollCycle cycle;
     for (const FRAME_PRO &frame : frames) {
-        PlanBlock block;
+        PollBlock block;
         block.frame = QByteArray(frame.frame, frame.frameLen);
         if (isReadRequest(frame)) {
             block.replyChars = frame.replyLen;
@@ -116,19 +116,19 @@ Plan makePlan(const DriverFunctions &driver, const QList<KEY_ADDRESS> &keys,
                 ++block.unasked;
             missing.erase(element);
         }
-        plan.blocks.push_back(block);
+        cycle.blocks.push_back(block);
     }
     for (const auto &element : missing) {
         const auto &[station, area, number] = element;
         const QString reason = reasonFor(element, frames);
-        PlanGap *last = plan.gaps.empty() ? nullptr : &plan.gaps.back();
+        PollGap *last = cycle.gaps.empty() ? nullptr : &cycle.gaps.back();
         if (last != nullptr && last->reason == reason && last->elements.station == station &&
             last->elements.area == area && last->elements.end() == number)
             ++last->elements.count;
         else
-            plan.gaps.push_back({{station, area, number, 1}, reason});
+            cycle.gaps.push_back({{station, area, number, 1}, reason});
     }
-    return plan;
+    return cycle;
 }
 
 QList<KEY_ADDRESS> toRawKeys(const std::vector<Tag> &tags)

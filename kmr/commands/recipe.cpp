@@ -1,5 +1,6 @@
 #include "host/session/recipe_transfer.h"
 
+#include "host/project/recipe_file.h"
 #include "host/project/text_file.h"
 #include "kmr/commands/commands.h"
 #include "kmr/connection.h"
@@ -9,7 +10,7 @@ namespace kmr {
 
 namespace {
 
-std::vector<RecipeItem> readFile(const QString &path, const TagReader &reader)
+std::vector<RecipeItem> readFile(const QString &path, const NamedTagReader &reader)
 {
     return parseRecipe(readTextFile(path), path, reader, RecipeValues::Needed);
 }
