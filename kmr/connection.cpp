@@ -56,12 +56,10 @@ NameTable loadNames(const QString &path, const TagReader &reader)
 
 Connection::Connection(const Options &options)
     : m_options(options), m_library(loadDriver(options)),
-      m_tags(m_library->functions(), options.station, options.wordOrder)
+      m_tags(TagReader(m_library->functions(), options.station, options.wordOrder))
 {
-    if (!options.names.isEmpty()) {
-        m_names = loadNames(options.names, m_tags);
-        m_tags.setNames(m_names);
-    }
+    if (!options.names.isEmpty())
+        m_tags = NamedTagReader(m_tags.unnamed(), loadNames(options.names, m_tags.unnamed()));
 }
 
 std::vector<Tag> Connection::readTags(const QStringList &texts) const

@@ -34,7 +34,7 @@ public:
     // Loads the driver and the names, but opens nothing yet. Throws Error.
     explicit Connection(const Options &options);
 
-    const TagReader &tags() const
+    const NamedTagReader &tags() const
     {
         return m_tags;
     }
@@ -68,8 +68,7 @@ private:
 
     const Options m_options;
     std::unique_ptr<DriverLibrary> m_library;
-    TagReader m_tags;
-    NameTable m_names;
+    NamedTagReader m_tags;
     std::unique_ptr<CaptureWriter> m_capture;
     std::unique_ptr<LineTrace> m_trace;
     LinkAddress m_address; // once it is opened

@@ -2,6 +2,7 @@
 
 #include "kmr/outcome.h"
 #include "kmr/output.h"
+#include "modbus/protocol.h"
 
 namespace kmr {
 
@@ -25,7 +26,7 @@ QString replyText(const Exchange &exchange)
     if (exchange.outcome == Exchange::Outcome::Good)
         return time;
     if (exchange.exceptionCode != 0)
-        return time + ", refused: " + exceptionText(exchange.exceptionCode);
+        return time + ", refused: " + modbus::exceptionText(exchange.exceptionCode);
     if (exchange.outcome == Exchange::Outcome::Interrupted)
         return "broken off";
     return toTextWithHint(exchange.fault);
@@ -51,7 +52,7 @@ std::vector<Field> exchangeFields(const Exchange &exchange, const QString &tag)
                 tag,
                 "refused",
                 millisecondsField(exchange.roundTrip),
-                exceptionText(exchange.exceptionCode)};
+                modbus::exceptionText(exchange.exceptionCode)};
     }
     return {now(), station, tag, "no answer", {}, replyText(exchange)};
 }

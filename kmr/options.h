@@ -4,7 +4,7 @@
 
 #include "host/line/reply_filter.h"
 #include "host/project/project_file.h"
-#include "host/tags/value_type.h"
+#include "host/tags/tag_syntax.h"
 #include "kmr/record_writer.h"
 
 #include <CLI/CLI.hpp>

@@ -36,6 +36,34 @@ QByteArray encodeLine(const QByteArray &message)
     return ':' + checked.toHex().toUpper() + "\r\n";
 }
 
+QByteArray stationOf(const QByteArray &line)
+{
+    return line.mid(1, 2);
+}
+
+std::uint8_t byteAt(const QByteArray &message, int position)
+{
+    return static_cast<std::uint8_t>(message.at(position));
+}
+
+std::uint16_t wordAt(const QByteArray &message, int position)
+{
+    return static_cast<std::uint16_t>(valueAt(message, position, 2));
+}
+
+std::uint32_t valueAt(const QByteArray &message, int position, int bytes)
+{
+    std::uint32_t value = 0;
+    for (int i = 0; i < bytes; ++i)
+        value = value << 8 | byteAt(message, position + i);
+    return value;
+}
+
+QString hex(unsigned value, int digits)
+{
+    return QString::number(value, 16).toUpper().rightJustified(digits, QLatin1Char('0'));
+}
+
 const char *toText(LineFault fault)
 {
     switch (fault) {

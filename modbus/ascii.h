@@ -4,6 +4,7 @@
 
 #include <QByteArray>
 #include <QList>
+#include <QString>
 
 #include <cstddef>
 #include <cstdint>
@@ -19,6 +20,19 @@ std::uint8_t lrc(const QByteArray &message);
 
 // `message` (station, function, data) as a line: ':', upper-case digits, LRC, CR LF.
 QByteArray encodeLine(const QByteArray &message);
+
+// The two characters of the station in a line: "12", also where the line is bad. Empty if it is too
+// short.
+QByteArray stationOf(const QByteArray &line);
+
+// One byte of a message, two and `bytes` (0 to 4) of them as a number, the high-order byte first.
+// `position` counts from 0, and the bytes must exist.
+std::uint8_t byteAt(const QByteArray &message, int position);
+std::uint16_t wordAt(const QByteArray &message, int position);
+std::uint32_t valueAt(const QByteArray &message, int position, int bytes);
+
+// `value` in upper-case hexadecimal digits, `digits` at least: as it stands in a line.
+QString hex(unsigned value, int digits);
 
 enum class LineFault {
     None,

@@ -2,6 +2,8 @@
 // uses.
 #pragma once
 
+#include <QString>
+
 #include <cstdint>
 
 namespace modbus {
@@ -35,5 +37,14 @@ constexpr std::uint8_t BROADCAST = 0x00;
 
 // Highest station number of a controller (the same section); those above are reserved.
 constexpr std::uint8_t MAX_STATION = 0xF7;
+
+// True for READ_DISCRETE_INPUTS and READ_HOLDING_REGISTERS.
+bool isRead(int function);
+
+// An exception in words: "illegal data address"; "a reason of its own" for a code without a name.
+QString exceptionName(int code);
+
+// The same with its code in hexadecimal digits: "illegal data address (exception 02)".
+QString exceptionText(int code);
 
 } // namespace modbus

@@ -21,25 +21,6 @@ Result refuse(std::uint8_t exception)
     return {exception, {}};
 }
 
-std::uint8_t byteAt(const QByteArray &data, int position)
-{
-    return static_cast<std::uint8_t>(data.at(position));
-}
-
-std::uint16_t wordAt(const QByteArray &data, int position)
-{
-    return static_cast<std::uint16_t>(byteAt(data, position) << 8 | byteAt(data, position + 1));
-}
-
-// `size` bytes from `position`, high byte first.
-std::uint32_t valueAt(const QByteArray &data, int position, int size)
-{
-    std::uint32_t value = 0;
-    for (int i = 0; i < size; ++i)
-        value = value << 8 | byteAt(data, position + i);
-    return value;
-}
-
 void appendValue(QByteArray &data, std::uint32_t value, int size)
 {
     for (int shift = 8 * (size - 1); shift >= 0; shift -= 8)
@@ -71,8 +52,8 @@ Result readBits(const Memory &memory, const QByteArray &data)
 {
     if (data.size() != RANGE_BYTES)
         return refuse(modbus::ILLEGAL_DATA_VALUE);
-    const int address = wordAt(data, 0);
-    const int quantity = wordAt(data, 2);
+    const int address = modbus::wordAt(data, 0);
+    const int quantity = modbus::wordAt(data, 2);
     if (quantity < 1 || quantity > modbus::MAX_READ_BITS)
         return refuse(modbus::ILLEGAL_DATA_VALUE);
     if (address + quantity > Memory::SIZE)
@@ -89,8 +70,8 @@ Result readRegisters(const Memory &memory, const QByteArray &data)
 {
     if (data.size() != RANGE_BYTES)
         return refuse(modbus::ILLEGAL_DATA_VALUE);
-    const std::uint16_t address = wordAt(data, 0);
-    const int quantity = wordAt(data, 2);
+    const std::uint16_t address = modbus::wordAt(data, 0);
+    const int quantity = modbus::wordAt(data, 2);
     if (quantity < 1 || quantity > modbus::MAX_READ_REGISTERS)
         return refuse(modbus::ILLEGAL_DATA_VALUE);
     if (!areAlike(address, quantity))
@@ -106,20 +87,20 @@ Result writeBit(Memory &memory, const QByteArray &data)
 {
     if (data.size() != RANGE_BYTES)
         return refuse(modbus::ILLEGAL_DATA_VALUE);
-    const std::uint16_t value = wordAt(data, 2);
+    const std::uint16_t value = modbus::wordAt(data, 2);
     if (value != modbus::COIL_ON && value != modbus::COIL_OFF)
         return refuse(modbus::ILLEGAL_DATA_VALUE);
-    memory.setBit(wordAt(data, 0), value == modbus::COIL_ON);
+    memory.setBit(modbus::wordAt(data, 0), value == modbus::COIL_ON);
     return {0, data};
 }
 
 Result writeRegisters(Memory &memory, const QByteArray &data)
 {
     constexpr int HEAD_BYTES = RANGE_BYTES + 1; // and the byte count
-    if (data.size() < HEAD_BYTES || data.size() != HEAD_BYTES + byteAt(data, RANGE_BYTES))
+    if (data.size() < HEAD_BYTES || data.size() != HEAD_BYTES + modbus::byteAt(data, RANGE_BYTES))
         return refuse(modbus::ILLEGAL_DATA_VALUE);
-    const std::uint16_t address = wordAt(data, 0);
-    const int quantity = wordAt(data, 2);
+    const std::uint16_t address = modbus::wordAt(data, 0);
+    const int quantity = modbus::wordAt(data, 2);
     const int size = modbus::registerBytes(address);
     if (quantity < 1 || quantity > modbus::MAX_WRITE_REGISTERS ||
         data.size() != HEAD_BYTES + quantity * size)
@@ -128,7 +109,7 @@ Result writeRegisters(Memory &memory, const QByteArray &data)
         return refuse(modbus::ILLEGAL_DATA_ADDRESS);
     for (int i = 0; i < quantity; ++i) {
         memory.setValue(static_cast<std::uint16_t>(address + i),
-                        valueAt(data, HEAD_BYTES + i * size, size));
+                        modbus::valueAt(data, HEAD_BYTES + i * size, size));
     }
     return {0, data.left(RANGE_BYTES)};
 }
@@ -168,12 +149,12 @@ Exchange decode(const QByteArray &line, const QByteArray &message)
 {
     Exchange exchange;
     exchange.line = line;
-    exchange.station = byteAt(message, 0);
-    exchange.function = byteAt(message, 1);
+    exchange.station = modbus::byteAt(message, 0);
+    exchange.function = modbus::byteAt(message, 1);
     if (message.size() >= 4)
-        exchange.address = wordAt(message, 2);
+        exchange.address = modbus::wordAt(message, 2);
     if (message.size() >= 6)
-        exchange.quantity = wordAt(message, 4);
+        exchange.quantity = modbus::wordAt(message, 4);
     return exchange;
 }
 
@@ -211,7 +192,7 @@ bool isStation(const QByteArray &characters)
     const int station = characters.toInt(&ok, 16);
     // Formatting it again rules out lower case, signs and blanks.
     return ok && station > modbus::BROADCAST && station <= modbus::MAX_STATION &&
-           characters == QByteArray::number(station, 16).toUpper().rightJustified(2, '0');
+           characters == modbus::hex(static_cast<unsigned>(station), 2).toLatin1();
 }
 
 Controller::Controller(const QByteArray &station)
@@ -230,7 +211,8 @@ QByteArray Controller::answer(const QByteArray &line)
 bool Controller::isAddressedBy(const QByteArray &line) const
 {
     const modbus::DecodedLine decoded = modbus::decodeLine(line);
-    return decoded.fault == modbus::LineFault::None && byteAt(decoded.message, 0) == m_station;
+    return decoded.fault == modbus::LineFault::None &&
+           modbus::byteAt(decoded.message, 0) == m_station;
 }
 
 void Controller::setObserver(Observer observer)

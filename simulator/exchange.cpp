@@ -6,16 +6,10 @@ namespace simulator {
 
 namespace {
 
-// Upper-case hexadecimal digits, as they stand in the line.
-QString hex(unsigned value, int digits)
-{
-    return QString::number(value, 16).toUpper().rightJustified(digits, QLatin1Char('0'));
-}
-
 QString stationText(std::uint8_t station)
 {
     return station == modbus::BROADCAST ? QStringLiteral("all stations")
-                                        : "station " + hex(station, 2);
+                                        : "station " + modbus::hex(station, 2);
 }
 
 QString coilText(std::uint16_t value)
@@ -26,7 +20,7 @@ QString coilText(std::uint16_t value)
     case modbus::COIL_OFF:
         return "off";
     default:
-        return hex(value, 4);
+        return modbus::hex(value, 4);
     }
 }
 
@@ -38,7 +32,7 @@ QString counted(int quantity, const char *unit)
 
 QString requestText(const Exchange &exchange)
 {
-    const QString address = hex(exchange.address, 4);
+    const QString address = modbus::hex(exchange.address, 4);
     switch (exchange.function) {
     case modbus::READ_DISCRETE_INPUTS:
         return "read " + counted(exchange.quantity, "bit") + " from " + address;
@@ -49,19 +43,7 @@ QString requestText(const Exchange &exchange)
     case modbus::WRITE_MULTIPLE_REGISTERS:
         return "write " + counted(exchange.quantity, "register") + " from " + address;
     default:
-        return "function " + hex(exchange.function, 2);
-    }
-}
-
-QString exceptionText(std::uint8_t exception)
-{
-    switch (exception) {
-    case modbus::ILLEGAL_FUNCTION:
-        return "illegal function";
-    case modbus::ILLEGAL_DATA_ADDRESS:
-        return "illegal data address";
-    default:
-        return "illegal data value";
+        return "function " + modbus::hex(exchange.function, 2);
     }
 }
 
@@ -75,7 +57,7 @@ QString describe(const Exchange &exchange)
     if (exchange.outcome == Outcome::OtherStation)
         return request + ", ignored";
     if (exchange.outcome == Outcome::Refused)
-        return request + ", refused: " + exceptionText(exchange.exception);
+        return request + ", refused: " + modbus::exceptionName(exchange.exception);
     return request + (exchange.answer.isEmpty() ? ", obeyed" : ", answered");
 }
 

@@ -1,6 +1,5 @@
 #include "host/line/frame_text.h"
 
-#include "host/line/reply_filter.h"
 #include "modbus/areas.h"
 #include "modbus/ascii.h"
 #include "modbus/protocol.h"
@@ -13,21 +12,6 @@ constexpr int REQUEST_BYTES = 6; // station, function, address, quantity or valu
 constexpr int WRITE_HEAD_BYTES = 7;
 constexpr int ANSWER_HEAD_BYTES = 3; // station, function, byte count
 constexpr int REFUSAL_BYTES = 3;
-
-int byteAt(const QByteArray &message, int position)
-{
-    return static_cast<unsigned char>(message.at(position));
-}
-
-int wordAt(const QByteArray &message, int position)
-{
-    return byteAt(message, position) * 256 + byteAt(message, position + 1);
-}
-
-QString hex(int value, int digits)
-{
-    return QString::number(value, 16).toUpper().rightJustified(digits, QLatin1Char('0'));
-}
 
 const char *functionName(int function)
 {
@@ -43,11 +27,6 @@ const char *functionName(int function)
     default:
         return " (not used on this line)";
     }
-}
-
-bool isRead(int function)
-{
-    return function == modbus::READ_DISCRETE_INPUTS || function == modbus::READ_HOLDING_REGISTERS;
 }
 
 modbus::Table tableOf(int readFunction)
@@ -68,7 +47,7 @@ QString bitsText(const QByteArray &data, int address)
 {
     QStringList names;
     for (int bit = 0; bit < 8 * data.size(); ++bit) {
-        if ((byteAt(data, bit / 8) >> (bit % 8) & 1) == 0)
+        if ((modbus::byteAt(data, bit / 8) >> (bit % 8) & 1) == 0)
             continue;
         const QString name =
             address < 0 ? QString() : modbus::elementAt(modbus::Table::Bits, address + bit);
@@ -80,18 +59,14 @@ QString bitsText(const QByteArray &data, int address)
 QString registersText(const QByteArray &data, int bytesEach)
 {
     QStringList values;
-    for (int i = 0; i + bytesEach <= data.size(); i += bytesEach) {
-        quint32 value = 0;
-        for (int k = 0; k < bytesEach; ++k)
-            value = value << 8 | static_cast<unsigned char>(data.at(i + k));
-        values.append(QString::number(value));
-    }
+    for (int i = 0; i + bytesEach <= data.size(); i += bytesEach)
+        values.append(QString::number(modbus::valueAt(data, i, bytesEach)));
     return values.isEmpty() ? QString("no value") : values.join(' ');
 }
 
 void tellElements(int address, int count, modbus::Table table, FrameText &text)
 {
-    text.addressRange = counted(count, table) + " from " + hex(address, 4);
+    text.addressRange = counted(count, table) + " from " + modbus::hex(address, 4);
     text.aliases = modbus::elementsAt(table, address, count);
     if (!text.aliases.isEmpty())
         text.elements = text.aliases.takeFirst();
@@ -100,26 +75,27 @@ void tellElements(int address, int count, modbus::Table table, FrameText &text)
 void explainBitWrite(const QByteArray &message, FrameText &text)
 {
     text.kind = FrameKind::RequestOrAnswer;
-    tellElements(wordAt(message, 2), 1, modbus::Table::Bits, text);
-    const int value = wordAt(message, 4);
-    text.values = value == modbus::COIL_ON    ? QString("on")
-                  : value == modbus::COIL_OFF ? QString("off")
-                                              : hex(value, 4) + ", which is neither on nor off";
+    tellElements(modbus::wordAt(message, 2), 1, modbus::Table::Bits, text);
+    const int value = modbus::wordAt(message, 4);
+    text.values = value == modbus::COIL_ON ? QString("on")
+                  : value == modbus::COIL_OFF
+                      ? QString("off")
+                      : modbus::hex(value, 4) + ", which is neither on nor off";
 }
 
 void explainRegisterWrite(const QByteArray &message, FrameText &text)
 {
-    const int address = wordAt(message, 2);
-    tellElements(address, wordAt(message, 4), modbus::Table::Registers, text);
+    const int address = modbus::wordAt(message, 2);
+    tellElements(address, modbus::wordAt(message, 4), modbus::Table::Registers, text);
     if (message.size() == REQUEST_BYTES) {
         text.kind = FrameKind::Answer;
         return;
     }
     text.kind = FrameKind::Request;
     const QByteArray data = message.mid(WRITE_HEAD_BYTES);
-    if (byteAt(message, WRITE_HEAD_BYTES - 1) != data.size())
+    if (modbus::byteAt(message, WRITE_HEAD_BYTES - 1) != data.size())
         text.fault = QString("it announces %1 bytes of values and carries %2")
-                         .arg(byteAt(message, WRITE_HEAD_BYTES - 1))
+                         .arg(modbus::byteAt(message, WRITE_HEAD_BYTES - 1))
                          .arg(data.size());
     text.values = registersText(data, modbus::registerBytes(address));
 }
@@ -127,17 +103,17 @@ void explainRegisterWrite(const QByteArray &message, FrameText &text)
 // `request` is the message of the line before, or empty.
 void explainReadAnswer(const QByteArray &message, const QByteArray &request, FrameText &text)
 {
-    const modbus::Table table = tableOf(byteAt(message, 1));
+    const modbus::Table table = tableOf(modbus::byteAt(message, 1));
     const QByteArray data = message.mid(ANSWER_HEAD_BYTES);
     const bool isKnown = request.size() == REQUEST_BYTES && request.left(2) == message.left(2);
-    const int address = isKnown ? wordAt(request, 2) : -1;
+    const int address = isKnown ? modbus::wordAt(request, 2) : -1;
     text.kind = FrameKind::Answer;
-    if (byteAt(message, 2) != data.size())
+    if (modbus::byteAt(message, 2) != data.size())
         text.fault = QString("it announces %1 bytes of values and carries %2")
-                         .arg(byteAt(message, 2))
+                         .arg(modbus::byteAt(message, 2))
                          .arg(data.size());
     if (isKnown)
-        tellElements(address, wordAt(request, 4), table, text);
+        tellElements(address, modbus::wordAt(request, 4), table, text);
     text.values = table == modbus::Table::Bits
                       ? bitsText(data, address)
                       : registersText(data, modbus::registerBytes(address));
@@ -145,17 +121,18 @@ void explainReadAnswer(const QByteArray &message, const QByteArray &request, Fra
 
 void explainMessage(const QByteArray &message, const QByteArray &request, FrameText &text)
 {
-    const int function = byteAt(message, 1);
+    const int function = modbus::byteAt(message, 1);
     const int plain = function & ~modbus::EXCEPTION_BIT;
-    text.function = hex(plain, 2) + functionName(plain);
+    text.function = modbus::hex(plain, 2) + functionName(plain);
     if (function != plain && message.size() == REFUSAL_BYTES) {
         text.kind = FrameKind::Refusal;
-        text.exception = exceptionText(byteAt(message, 2));
-    } else if (isRead(function) && message.size() == REQUEST_BYTES) {
+        text.exception = modbus::exceptionText(modbus::byteAt(message, 2));
+    } else if (modbus::isRead(function) && message.size() == REQUEST_BYTES) {
         // An answer of three bytes would be as long, but the driver never asks for that many.
         text.kind = FrameKind::Request;
-        tellElements(wordAt(message, 2), wordAt(message, 4), tableOf(function), text);
-    } else if (isRead(function) && message.size() > ANSWER_HEAD_BYTES) {
+        tellElements(modbus::wordAt(message, 2), modbus::wordAt(message, 4), tableOf(function),
+                     text);
+    } else if (modbus::isRead(function) && message.size() > ANSWER_HEAD_BYTES) {
         explainReadAnswer(message, request, text);
     } else if (function == modbus::WRITE_SINGLE_COIL && message.size() == REQUEST_BYTES) {
         explainBitWrite(message, text);
@@ -170,9 +147,9 @@ void explainMessage(const QByteArray &message, const QByteArray &request, FrameT
 
 QString lrcText(int found, int right)
 {
-    return found == right
-               ? hex(found, 2) + " right"
-               : QString("%1 wrong, %2 would be right").arg(hex(found, 2), hex(right, 2));
+    return found == right ? modbus::hex(found, 2) + " right"
+                          : QString("%1 wrong, %2 would be right")
+                                .arg(modbus::hex(found, 2), modbus::hex(right, 2));
 }
 
 } // namespace
@@ -186,9 +163,9 @@ FrameText explainLine(const QByteArray &line, const QByteArray &request)
         return text;
     }
     QByteArray message = QByteArray::fromHex(line.mid(1, line.size() - 3));
-    const int lrc = byteAt(message, static_cast<int>(message.size()) - 1);
+    const int lrc = modbus::byteAt(message, static_cast<int>(message.size()) - 1);
     message.chop(1);
-    text.station = QString::fromLatin1(line.mid(1, 2));
+    text.station = QString::fromLatin1(modbus::stationOf(line));
     text.lrc = lrcText(lrc, modbus::lrc(message));
     explainMessage(message, modbus::decodeLine(request).message, text);
     if (decoded.fault != modbus::LineFault::None)
@@ -243,7 +220,7 @@ QString visible(const QByteArray &characters)
         else if (character == '\n')
             text += "\\n";
         else if (code < 0x20 || code > 0x7E)
-            text += "\\x" + hex(code, 2);
+            text += "\\x" + modbus::hex(code, 2);
         else
             text += QLatin1Char(character);
     }

@@ -1,8 +1,8 @@
 #include "host/line/line_diagnosis.h"
 
 #include "host/line/frame_text.h"
-#include "host/tags/tag.h"
 #include "modbus/ascii.h"
+#include "modbus/protocol.h"
 
 #include <algorithm>
 #include <bitset>
@@ -86,9 +86,9 @@ QString shown(const QByteArray &bytes)
 }
 
 // "2" for "02", as a person writes it; other characters than decimal digits as they are.
-QString stationOf(const QByteArray &line)
+QString stationText(const QByteArray &line)
 {
-    const QByteArray digits = line.mid(1, 2);
+    const QByteArray digits = modbus::stationOf(line);
     bool isNumber = false;
     const int number = digits.toInt(&isNumber);
     return isNumber ? QString::number(number) : QString::fromLatin1(digits);
@@ -147,7 +147,7 @@ Diagnosis diagnoseAnswers(const std::vector<Probe> &probes, std::size_t answered
     if (exceptionCode != 0) {
         return {Finding::Refused,
                 QString("The line is good, but what was asked is refused: %1.")
-                    .arg(exceptionText(exceptionCode)),
+                    .arg(modbus::exceptionText(exceptionCode)),
                 refusalAdvice(exceptionCode), exceptionCode};
     }
     return diagnoseEcho(std::any_of(probes.begin(), probes.end(), isEchoed), echo);
@@ -155,7 +155,7 @@ Diagnosis diagnoseAnswers(const std::vector<Probe> &probes, std::size_t answered
 
 Diagnosis diagnoseLine(const QString &asked, const QByteArray &line)
 {
-    const QString other = stationOf(line);
+    const QString other = stationText(line);
     if (explainLine(line).kind == FrameKind::Request) {
         return {Finding::OtherHost,
                 QString("Requests of another host come: %1.").arg(toText(explainLine(line))),
@@ -163,7 +163,7 @@ Diagnosis diagnoseLine(const QString &asked, const QByteArray &line)
     }
     if (other != asked) {
         const QString advice = QString("set the controller's station number to %1.").arg(asked);
-        const bool canBeAsked = other.toInt() >= MIN_STATION; // "0A" can't
+        const bool canBeAsked = other.toInt() != 0; // "0A" can't
         return {Finding::OtherStation,
                 QString("Station %1 answers, though station %2 was asked.").arg(other, asked),
                 canBeAsked ? QString("Ask station %1, or ").arg(other) + advice
@@ -228,7 +228,7 @@ Diagnosis diagnose(const std::vector<Probe> &probes, EchoMode echo)
     }
     const QList<QByteArray> lines = goodLines(received, probes);
     if (!lines.isEmpty())
-        return diagnoseLine(stationOf(probes.front().request), lines.front());
+        return diagnoseLine(stationText(probes.front().request), lines.front());
     return diagnoseCharacters(probes, received);
 }
 

@@ -17,12 +17,6 @@ constexpr milliseconds DAMAGED_QUIET(50); // the answer was there, only its rest
 constexpr int SEND_AGAIN = 8;             // intf_dealRcvFrame's result
 constexpr int MAX_QUIET_TIMES = 10;       // a line that never falls silent is used all the same
 
-// The station's characters of a frame.
-QByteArray stationOf(const QByteArray &frame)
-{
-    return frame.mid(1, 2);
-}
-
 // Whether the line that ended an exchange was the answer, if maybe a damaged one.
 bool wasAnswered(ReplyFault fault)
 {
@@ -87,7 +81,7 @@ PollLoop::Step PollLoop::exchange()
         return Step::Exchanged;
     }
     const QByteArray frame(m_frame.frame, m_frame.frameLen);
-    const QByteArray station = stationOf(frame);
+    const QByteArray station = modbus::stationOf(frame);
     emptyLine();
     if (!settle(station, isRetry))
         return broken();
@@ -175,13 +169,13 @@ void PollLoop::takeStrays(const QByteArray &bytes)
     for (const QByteArray &line : m_strays.take(bytes)) {
         if (modbus::decodeLine(line).fault != modbus::LineFault::None)
             continue;
-        Owed &owed = m_owed[stationOf(line)];
+        Owed &owed = m_owed[modbus::stationOf(line)];
         if (owed.answers > 0) {
             --owed.answers;
             owed.slowest =
                 std::max<std::chrono::nanoseconds>(owed.slowest, m_clock() - owed.firstSent);
             owed.until = std::max(owed.until, owed.lastSent + owed.slowest + m_settings.timeout);
-        } else if (stationOf(line) == m_lastStation) {
+        } else if (modbus::stationOf(line) == m_lastStation) {
             m_isOutOfStep = true;
             m_quiet = std::max(m_quiet, m_settings.timeout);
             m_lastHeard = m_clock();

@@ -9,19 +9,6 @@ namespace kmr {
 
 namespace {
 
-constexpr int STATION_POSITION = 1; // in a line
-constexpr int STATION_CHARS = 2;
-
-int byteAt(const QByteArray &message, int position)
-{
-    return static_cast<unsigned char>(message.at(position));
-}
-
-int wordAt(const QByteArray &message, int position)
-{
-    return byteAt(message, position) * 256 + byteAt(message, position + 1);
-}
-
 ReplyFault toReplyFault(modbus::LineFault fault)
 {
     switch (fault) {
@@ -84,26 +71,6 @@ QString toText(ReplyFault fault)
     return "unknown fault";
 }
 
-QString exceptionText(int code)
-{
-    static const char *const NAMES[] = {nullptr,
-                                        "illegal function",
-                                        "illegal data address",
-                                        "illegal data value",
-                                        "server device failure",
-                                        "acknowledge",
-                                        "server device busy",
-                                        nullptr,
-                                        "memory parity error",
-                                        nullptr,
-                                        "gateway path unavailable",
-                                        "gateway target device failed to respond"};
-    const bool isNamed = code > 0 && code < static_cast<int>(std::size(NAMES)) && NAMES[code];
-    return QString("%1 (exception %2)")
-        .arg(isNamed ? NAMES[code] : "a reason of its own")
-        .arg(code, 2, 16, QLatin1Char('0'));
-}
-
 ReplyFilter::ReplyFilter(const QByteArray &request, Echo &echo)
     : m_request(request), m_requestMessage(modbus::decodeLine(request).message), m_echo(echo)
 {
@@ -128,9 +95,7 @@ ReplyFilter::Verdict ReplyFilter::take(const QByteArray &bytes)
 // Whether `line`, behind the answer, is another one from the same station.
 bool ReplyFilter::isRival(const QByteArray &line) const
 {
-    return line != m_reply &&
-           line.mid(STATION_POSITION, STATION_CHARS) ==
-               m_request.mid(STATION_POSITION, STATION_CHARS) &&
+    return line != m_reply && modbus::stationOf(line) == modbus::stationOf(m_request) &&
            modbus::decodeLine(line).fault == modbus::LineFault::None;
 }
 
@@ -168,7 +133,7 @@ ReplyFilter::Verdict ReplyFilter::judge(const QByteArray &line)
     if (decoded.fault != modbus::LineFault::None)
         return bad(toReplyFault(decoded.fault));
     // Characters, not numbers: that is what the controller was called by.
-    if (line.mid(STATION_POSITION, STATION_CHARS) != m_request.mid(STATION_POSITION, STATION_CHARS))
+    if (modbus::stationOf(line) != modbus::stationOf(m_request))
         return bad(ReplyFault::WrongStation);
     return judgeMessage(line, decoded.message);
 }
@@ -178,24 +143,22 @@ ReplyFilter::Verdict ReplyFilter::judgeMessage(const QByteArray &line, const QBy
     if (m_requestMessage.size() <
         6) // function, address and quantity or value: else it asks nothing
         return bad(ReplyFault::WrongFunction);
-    const int asked = byteAt(m_requestMessage, 1);
-    const int answered = byteAt(message, 1);
+    const int asked = modbus::byteAt(m_requestMessage, 1);
+    const int answered = modbus::byteAt(message, 1);
     if (answered == (asked | modbus::EXCEPTION_BIT)) {
         if (message.size() != 3)
             return bad(ReplyFault::WrongLength);
         // Codes begin with 1 (MODBUS Application Protocol V1.1b3, section 7); 0 would pass for no
         // exception, and what was refused for done.
-        m_exceptionCode = byteAt(message, 2);
+        m_exceptionCode = modbus::byteAt(message, 2);
         return m_exceptionCode != 0 ? good(line) : bad(ReplyFault::NoExceptionCode);
     }
     if (answered != asked)
         return bad(ReplyFault::WrongFunction);
 
-    const bool isRead =
-        asked == modbus::READ_DISCRETE_INPUTS || asked == modbus::READ_HOLDING_REGISTERS;
-    if (isRead) {
+    if (modbus::isRead(asked)) {
         const int bytes = expectedBytes();
-        const bool fits = message.size() == 3 + bytes && byteAt(message, 2) == bytes;
+        const bool fits = message.size() == 3 + bytes && modbus::byteAt(message, 2) == bytes;
         return fits ? good(line) : bad(ReplyFault::WrongLength);
     }
     if (message.size() != 6)
@@ -226,16 +189,17 @@ ReplyFilter::Verdict ReplyFilter::bad(ReplyFault fault)
 
 bool ReplyFilter::isBitWrite() const
 {
-    return m_requestMessage.size() > 1 && byteAt(m_requestMessage, 1) == modbus::WRITE_SINGLE_COIL;
+    return m_requestMessage.size() > 1 &&
+           modbus::byteAt(m_requestMessage, 1) == modbus::WRITE_SINGLE_COIL;
 }
 
 // What a controller makes of a read request: it takes the quantity's digits for hexadecimal ones,
 // though the driver writes them in decimal.
 int ReplyFilter::expectedBytes() const
 {
-    const int address = wordAt(m_requestMessage, 2);
-    const int quantity = wordAt(m_requestMessage, 4);
-    if (byteAt(m_requestMessage, 1) == modbus::READ_DISCRETE_INPUTS)
+    const int address = modbus::wordAt(m_requestMessage, 2);
+    const int quantity = modbus::wordAt(m_requestMessage, 4);
+    if (modbus::byteAt(m_requestMessage, 1) == modbus::READ_DISCRETE_INPUTS)
         return (quantity + 7) / 8;
     return quantity * modbus::registerBytes(address);
 }

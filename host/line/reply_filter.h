@@ -55,9 +55,6 @@ enum class ReplyFault {
 // The fault in words: "wrong LRC".
 QString toText(ReplyFault fault);
 
-// A Modbus exception in words: "illegal data address (exception 02)".
-QString exceptionText(int code);
-
 // Judges what arrives after one request. Has no device and no clock.
 //
 // The answer to a bit write equals the request, so there an echo can only be told by counting.

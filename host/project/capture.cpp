@@ -1,6 +1,6 @@
 #include "host/project/capture.h"
 
-#include "host/project/write_all.h"
+#include "host/project/text_file.h"
 
 #include <QFileInfo>
 #include <nlohmann/json.hpp>

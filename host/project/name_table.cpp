@@ -2,7 +2,6 @@
 
 #include "host/error.h"
 #include "host/project/csv.h"
-#include "host/tags/tag.h"
 
 #include <QRegularExpression>
 
@@ -70,10 +69,47 @@ const Name *NameTable::find(const QString &name) const
     return found == m_index.end() ? nullptr : &m_names[found->second];
 }
 
+const Name *NamedTagReader::find(const QString &text) const
+{
+    return m_names ? m_names->find(text) : nullptr;
+}
+
+Tag NamedTagReader::read(const QString &text) const
+{
+    if (!m_names)
+        return m_reader.read(text);
+    if (const Name *const name = find(text))
+        return readNamed(*name);
+    try {
+        return m_reader.read(text);
+    } catch (const Error &error) {
+        throw Error(ErrorKind::Usage,
+                    QString("%1 (and %2 has no such name)").arg(error.text(), m_names->file()));
+    }
+}
+
+Tag NamedTagReader::readNamed(const Name &name) const
+{
+    Tag tag = m_reader.read(name.tag);
+    const bool hasNumbers = tag.type != ValueType::Text && tag.type != ValueType::Hex &&
+                            (tag.kind == ElementKind::Word || tag.kind == ElementKind::Counter);
+    if (name.scale != 1 && !hasNumbers)
+        throw badTag(name.name, QString("%1 has no numbers that could be scaled").arg(name.tag));
+    tag.text = name.name;
+    tag.unit = name.unit;
+    tag.scale = name.scale;
+    return tag;
+}
+
+AddressCheck NamedTagReader::check(const QString &text) const
+{
+    const Name *const name = find(text);
+    return m_reader.check(name != nullptr ? name->tag : text);
+}
+
 QStringList checkNames(const NameTable &names, const QString &file, const TagReader &reader)
 {
-    TagReader named = reader;
-    named.setNames(names);
+    const NamedTagReader named(reader, names);
     QStringList faults;
     for (const Name &name : names.names()) {
         const QString place = QString("%1:%2: ").arg(file).arg(name.line);

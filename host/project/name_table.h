@@ -8,15 +8,16 @@
 // that begin with '#' are skipped. What is shown is the controller's value times the scale.
 #pragma once
 
+#include "host/tags/tag.h"
+
 #include <QString>
 #include <QStringList>
 
 #include <map>
+#include <optional>
 #include <vector>
 
 namespace kmr {
-
-class TagReader;
 
 struct Name {
     QString name; // a letter, then letters, digits and . _ -
@@ -54,8 +55,36 @@ private:
     std::map<QString, std::size_t> m_index;
 };
 
+// Reads tags and the names that stand for them.
+class NamedTagReader {
+public:
+    // Without names it reads what `reader` does.
+    NamedTagReader(TagReader reader) : m_reader(std::move(reader)) {}
+    NamedTagReader(TagReader reader, NameTable names)
+        : m_reader(std::move(reader)), m_names(std::move(names))
+    {
+    }
+
+    // As TagReader::read() and check(). A name counts before an address.
+    Tag read(const QString &text) const;
+    AddressCheck check(const QString &text) const;
+
+    // The reader without names.
+    const TagReader &unnamed() const
+    {
+        return m_reader;
+    }
+
+private:
+    Tag readNamed(const Name &name) const;
+    const Name *find(const QString &text) const;
+
+    TagReader m_reader;
+    std::optional<NameTable> m_names;
+};
+
 // What is wrong with the tags behind the names, and with names that are tags themselves: a line of
-// text for each. `reader` knows no names.
+// text for each.
 QStringList checkNames(const NameTable &names, const QString &file, const TagReader &reader);
 
 } // namespace kmr

@@ -1,7 +1,6 @@
 #include "host/project/text_file.h"
 
 #include "host/error.h"
-#include "host/project/write_all.h"
 
 #include <QFile>
 #include <QFileInfo>
@@ -59,6 +58,18 @@ void requireWritable(const QString &path)
     if (!file.open(QIODevice::WriteOnly))
         throw cannotWrite(ErrorKind::Usage, path, file);
     file.cancelWriting();
+}
+
+bool writeAll(QFileDevice &file, const QByteArray &bytes)
+{
+    qint64 written = 0;
+    while (written < bytes.size()) {
+        const qint64 count = file.write(bytes.constData() + written, bytes.size() - written);
+        if (count <= 0)
+            return false;
+        written += count;
+    }
+    return true;
 }
 
 } // namespace kmr

@@ -1,6 +1,8 @@
-// Whole text files in UTF-8.
+// Whole text files in UTF-8, and writing so that a full disk is noticed.
 #pragma once
 
+#include <QByteArray>
+#include <QFileDevice>
 #include <QString>
 
 namespace kmr {
@@ -14,5 +16,10 @@ void writeTextFile(const QString &path, const QString &text);
 
 // Throws Error (Usage) where writeTextFile() could not write, for those who write late.
 void requireWritable(const QString &path);
+
+// Writes all bytes to `file`, which must be open and unbuffered. False when the last of them could
+// not be written; file.errorString() then says why, which after a single write() that falls short
+// it does not.
+bool writeAll(QFileDevice &file, const QByteArray &bytes);
 
 } // namespace kmr

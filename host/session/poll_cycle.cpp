@@ -13,9 +13,6 @@ namespace {
 using Element = std::tuple<int, QString, int>; // station, area, number
 using Elements = std::set<Element>;
 
-constexpr int BITS_A_WORD = 16;
-const char *const WORD_BIT_AREA = "TV_bit"; // the driver's name for bits of TV words
-
 void insert(const ElementRange &run, Elements &elements)
 {
     for (int number = run.first; number < run.end(); ++number)
@@ -38,8 +35,7 @@ ElementRange believedBy(const FRAME_PRO &frame)
 
 bool isReadRequest(const FRAME_PRO &frame)
 {
-    const QByteArray function(frame.frame + 3, 2);
-    return frame.var.area != WORD_BIT_AREA && (function == "02" || function == "03");
+    return frame.var.area != WORD_BIT_AREA && isRead(frame);
 }
 
 QByteArray goodReply(const FRAME_PRO &frame)
@@ -94,8 +90,8 @@ std::vector<FRAME_PRO> oneCycle(const DriverFunctions &driver, const QList<KEY_A
 
 } // namespace
 
-Plan makePlan(const DriverFunctions &driver, const QList<KEY_ADDRESS> &keys,
-              const std::vector<Tag> &asked, int groupLimit)
+PollCycle pollCycleOf(const DriverFunctions &driver, const QList<KEY_ADDRESS> &keys,
+                      const std::vector<Tag> &asked, int groupLimit)
 {
     Elements missing;
     for (const Tag &tag : asked)
@@ -103,9 +99,9 @@ Plan makePlan(const DriverFunctions &driver, const QList<KEY_ADDRESS> &keys,
     const Elements wanted = missing;
     const std::vector<FRAME_PRO> frames = oneCycle(driver, keys, groupLimit);
 
-    Plan plan;
+    PollCycle cycle;
     for (const FRAME_PRO &frame : frames) {
-        PlanBlock block;
+        PollBlock block;
         block.frame = QByteArray(frame.frame, frame.frameLen);
         if (isReadRequest(frame)) {
             block.replyChars = frame.replyLen;
@@ -120,19 +116,19 @@ Plan makePlan(const DriverFunctions &driver, const QList<KEY_ADDRESS> &keys,
                 ++block.unasked;
             missing.erase(element);
         }
-        plan.blocks.push_back(block);
+        cycle.blocks.push_back(block);
     }
     for (const auto &element : missing) {
         const auto &[station, area, number] = element;
         const QString reason = reasonFor(element, frames);
-        PlanGap *last = plan.gaps.empty() ? nullptr : &plan.gaps.back();
+        PollGap *last = cycle.gaps.empty() ? nullptr : &cycle.gaps.back();
         if (last != nullptr && last->reason == reason && last->elements.station == station &&
             last->elements.area == area && last->elements.end() == number)
             ++last->elements.count;
         else
-            plan.gaps.push_back({{station, area, number, 1}, reason});
+            cycle.gaps.push_back({{station, area, number, 1}, reason});
     }
-    return plan;
+    return cycle;
 }
 
 QList<KEY_ADDRESS> toRawKeys(const std::vector<Tag> &tags)
@@ -142,7 +138,7 @@ QList<KEY_ADDRESS> toRawKeys(const std::vector<Tag> &tags)
         KEY_ADDRESS key = toKey(tag.elements);
         if (tag.kind == ElementKind::WordBit) {
             key.area = WORD_BIT_AREA;
-            key.address = key.address * BITS_A_WORD + tag.firstBit;
+            key.address = key.address * WORD_BITS + tag.firstBit;
             key.elemKind = -1;
             key.count = tag.count;
         }

@@ -1,17 +1,13 @@
 #include "host/session/quality.h"
 
+#include "modbus/protocol.h"
+
 namespace kmr {
-
-namespace {
-
-constexpr int BLOCK_BITS = 16;
-
-} // namespace
 
 QString toText(const Failure &failure)
 {
     if (failure.exceptionCode != 0)
-        return "refused: " + exceptionText(failure.exceptionCode);
+        return "refused: " + modbus::exceptionText(failure.exceptionCode);
     return toText(failure.fault);
 }
 

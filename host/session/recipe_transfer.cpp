@@ -1,19 +1,11 @@
 #include "host/session/recipe_transfer.h"
 
 #include "host/error.h"
-#include "host/project/csv.h"
 #include "host/session/request_ranges.h"
-
-#include <QStringList>
-
-#include <map>
-#include <tuple>
 
 namespace kmr {
 
 namespace {
-
-const char *const HEADING = "tag,value";
 
 int wordsEach(const QString &area)
 {
@@ -91,52 +83,6 @@ TransferResult transfer(Session &session, const std::vector<RecipeItem> &items,
     return result;
 }
 
-// Numbers may be separated by commas without quotes.
-Values parseFields(const Tag &tag, const QStringList &fields)
-{
-    if (fields.isEmpty())
-        throw Error(ErrorKind::Usage, QString("%1 has no value").arg(tag.text));
-    if (tag.type == ValueType::Text && fields.size() > 1)
-        throw Error(ErrorKind::Usage, QString("%1 has %2 values, expected one text (a field with "
-                                              "commas needs quotes)")
-                                          .arg(tag.text)
-                                          .arg(fields.size()));
-    return parseValues(tag, fields.join(','));
-}
-
-QString valueField(const RecipeItem &item)
-{
-    return csvField(formatValues(item.tag, item.values));
-}
-
-void checkKind(const Tag &tag)
-{
-    if (tag.kind != ElementKind::Word && tag.kind != ElementKind::Counter) {
-        throw Error(ErrorKind::Usage,
-                    QString("%1 can't be part of a recipe: recipes hold words and "
-                            "counters (TV, CV, CV2, D)")
-                        .arg(tag.text));
-    }
-}
-
-// Where each element of a recipe stands, by its station, area and number.
-using Places = std::map<std::tuple<int, QString, int>, QString>;
-
-// Throws Error (Usage) for a tag that no recipe can hold, and for one that shares an element with
-// an earlier tag.
-void addTag(const Tag &tag, const QString &place, Places &places)
-{
-    checkKind(tag);
-    const ElementRange &run = tag.elements;
-    for (int number = run.first; number < run.end(); ++number) {
-        const auto [known, isNew] = places.insert({{run.station, run.area, number}, place});
-        if (!isNew) {
-            throw Error(ErrorKind::Usage, QString("%1 stands twice, first in %2")
-                                              .arg(elementName(run.area, number), known->second));
-        }
-    }
-}
-
 } // namespace
 
 std::vector<ElementRange> recipeRanges(const std::vector<RecipeItem> &items, int groupLimit)
@@ -147,59 +93,6 @@ std::vector<ElementRange> recipeRanges(const std::vector<RecipeItem> &items, int
             runs.push_back(run);
     }
     return runs;
-}
-
-std::vector<RecipeItem> parseRecipe(const QString &text, const QString &name,
-                                    const TagReader &reader, RecipeValues values)
-{
-    std::vector<RecipeItem> items;
-    Places places;
-    QStringList faults = readLines(text, name, HEADING, [&](const QString &line, int number) {
-        const QStringList fields = splitCsv(line);
-        RecipeItem item;
-        item.tag = reader.read(fields.front());
-        item.line = number;
-        addTag(item.tag, QString("line %1").arg(number), places);
-        if (values == RecipeValues::Needed || fields.size() > 2)
-            item.values = parseFields(item.tag, fields.mid(1));
-        items.push_back(item);
-    });
-    if (items.empty() && faults.isEmpty())
-        faults.append(QString("%1: holds no tags").arg(name));
-    if (!faults.isEmpty())
-        throw Error(ErrorKind::Usage, faults.join('\n'));
-    return items;
-}
-
-std::vector<RecipeItem> recipeOf(const std::vector<Tag> &tags)
-{
-    std::vector<RecipeItem> items;
-    Places places;
-    for (const Tag &tag : tags) {
-        addTag(tag, tag.text, places);
-        items.push_back({tag, {}});
-    }
-    return items;
-}
-
-QString formatRecipe(const std::vector<RecipeItem> &items)
-{
-    QString text = QString(HEADING) + '\n';
-    for (const RecipeItem &item : items)
-        text += item.tag.text + ',' + valueField(item) + '\n';
-    return text;
-}
-
-QString withValues(const QString &text, const std::vector<RecipeItem> &items)
-{
-    QStringList lines = text.split('\n');
-    for (const RecipeItem &item : items) {
-        QString &line = lines[item.line - 1];
-        const QString end = line.endsWith('\r') ? "\r" : "";
-        line.chop(end.size());
-        line = line.section(',', 0, 0) + ',' + valueField(item) + end; // no tag has a comma
-    }
-    return lines.join('\n');
 }
 
 TransferResult download(Session &session, const std::vector<RecipeItem> &items)

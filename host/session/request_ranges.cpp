@@ -12,7 +12,6 @@ namespace kmr {
 
 namespace {
 
-constexpr int BLOCK_BITS = 16;
 constexpr int MOST_WORDS = 8; // the highest group limit
 
 using Numbers = std::set<int>;

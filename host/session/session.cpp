@@ -19,12 +19,6 @@ constexpr int MAX_RECIPE_ENTRY_WORDS = 9;
 
 Session *g_session = nullptr; // whom the driver's callback is for
 
-bool isRead(const FRAME_PRO &frame)
-{
-    const QByteArray function(frame.frame + 3, 2);
-    return function == "02" || function == "03";
-}
-
 ElementRange writtenBy(const VARIABLE &request)
 {
     const int words = isCounterArea(request.area) ? 2 : 1;

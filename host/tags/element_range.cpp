@@ -1,14 +1,12 @@
 #include "host/tags/element_range.h"
 
+#include "modbus/protocol.h"
+
+#include <QByteArray>
+
 #include <algorithm>
 
 namespace kmr {
-
-namespace {
-
-constexpr int BLOCK_BITS = 16;
-
-} // namespace
 
 bool operator==(const ElementRange &left, const ElementRange &right)
 {
@@ -32,6 +30,11 @@ KEY_ADDRESS toKey(const ElementRange &run)
     key.elemKind = isBitArea(run.area) ? -1 : 0;
     key.count = run.count;
     return key;
+}
+
+bool isRead(const FRAME_PRO &request)
+{
+    return modbus::isRead(QByteArray(request.frame + 3, 2).toInt(nullptr, 16));
 }
 
 ElementRange storedBy(const FRAME_PRO &frame)

@@ -11,6 +11,11 @@
 
 namespace kmr {
 
+constexpr int WORD_BITS = 16;
+constexpr int BLOCK_BITS =
+    16; // the driver reads bits in blocks of so many, from multiples of it on
+const char *const WORD_BIT_AREA = "TV_bit"; // the driver's name for bits of TV words
+
 // `count` elements of an area from number `first` on. Numbers are linear: X17, octal as the panel
 // shows it, is 15. Areas are the driver's, except "TV_bit".
 struct ElementRange {
@@ -41,6 +46,9 @@ QString runName(const ElementRange &run);
 
 // The run as the driver takes it for polling and for one-shot reads.
 KEY_ADDRESS toKey(const ElementRange &run);
+
+// True for a request of the driver that reads, also for one that asks nothing.
+bool isRead(const FRAME_PRO &request);
 
 // The elements whose values the driver takes from a good answer to the read request `frame`. Bits
 // are read in whole blocks of 16.

@@ -1,7 +1,6 @@
 #include "host/tags/tag.h"
 
 #include "host/error.h"
-#include "host/project/name_table.h"
 #include "modbus/areas.h"
 
 #include <algorithm>
@@ -9,9 +8,6 @@
 namespace kmr {
 
 namespace {
-
-constexpr int WORD_BITS = 16;
-const char *const WORD_BIT_AREA = "TV_bit"; // the driver's name for bits of TV words
 
 enum CheckResult { VALID = 0, WRONG_KIND = 1, OUT_OF_RANGE = 2, UNKNOWN_AREA = 3, NO_ADDRESS = 4 };
 
@@ -96,41 +92,13 @@ int elementsPerNumber(const Tag &tag)
 }
 
 TagReader::TagReader(const DriverFunctions &driver, int station, WordOrder wordOrder)
-    : m_driver(driver), m_station(station), m_wordOrder(wordOrder)
+    : m_driver(&driver), m_station(station), m_wordOrder(wordOrder)
 {
-    m_driver.getRegListByType(0, m_areas);
-    m_driver.getRegListByType(1, m_areas);
+    m_driver->getRegListByType(0, m_areas);
+    m_driver->getRegListByType(1, m_areas);
 }
 
 Tag TagReader::read(const QString &text) const
-{
-    if (m_names == nullptr)
-        return readAddressed(text);
-    if (m_names->find(text) != nullptr)
-        return readNamed(text);
-    try {
-        return readAddressed(text);
-    } catch (const Error &error) {
-        throw Error(ErrorKind::Usage,
-                    QString("%1 (and %2 has no such name)").arg(error.text(), m_names->file()));
-    }
-}
-
-Tag TagReader::readNamed(const QString &text) const
-{
-    const Name &name = *m_names->find(text);
-    Tag tag = readAddressed(name.tag);
-    const bool hasNumbers = tag.type != ValueType::Text && tag.type != ValueType::Hex &&
-                            (tag.kind == ElementKind::Word || tag.kind == ElementKind::Counter);
-    if (name.scale != 1 && !hasNumbers)
-        throw badTag(text, QString("%1 has no numbers that could be scaled").arg(name.tag));
-    tag.text = name.name;
-    tag.unit = name.unit;
-    tag.scale = name.scale;
-    return tag;
-}
-
-Tag TagReader::readAddressed(const QString &text) const
 {
     const TagText parts = splitTag(text);
     Tag tag;
@@ -160,8 +128,7 @@ Tag TagReader::readAddressed(const QString &text) const
 
 AddressCheck TagReader::check(const QString &text) const
 {
-    const Name *const name = m_names != nullptr ? m_names->find(text) : nullptr;
-    const TagText tag = splitTag(name != nullptr ? name->tag : text);
+    const TagText tag = splitTag(text);
     QStringList candidates = areasThatBegin(tag.name, m_areas);
     if (candidates.isEmpty()) // the driver shall say it
         candidates.append(lettersOf(tag.name));
@@ -211,7 +178,7 @@ int TagReader::countOf(const QString &area, const QString &address, const TagTex
 int TagReader::ask(const QString &area, const QString &address, int count, int &number) const
 {
     const bool isBit = area == WORD_BIT_AREA || isBitArea(area);
-    return m_driver.checkAddrValidity(area, address, &number, count, isBit ? 0 : 1);
+    return m_driver->checkAddrValidity(area, address, &number, count, isBit ? 0 : 1);
 }
 
 // Fills `tag` where the address is valid.
@@ -238,7 +205,7 @@ bool TagReader::readAddress(const QString &area, const QString &address, int cou
     tag.count = count;
 
     QStringList description; // mask, lowest, highest, word area, writable
-    m_driver.getRegDiscription(area, description);
+    m_driver->getRegDiscription(area, description);
     tag.isWritable = tag.isWritable && description.value(4) == "1";
     // The driver computes the end of a run of octal numbers in decimal.
     const int highest = linearNumber(area, description.value(2).toInt());
@@ -252,7 +219,7 @@ QString TagReader::whyInvalid(const QString &area, const QString &address, int c
 {
     const QString checked = driverArea(area, address);
     QStringList description;
-    m_driver.getRegDiscription(area, description);
+    m_driver->getRegDiscription(area, description);
     int number = 0;
     switch (ask(checked, address, count, number)) {
     case WRONG_KIND:

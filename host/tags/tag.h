@@ -3,8 +3,7 @@
 
 #include "host/driver_library.h"
 #include "host/tags/element_range.h"
-#include "host/tags/tag_text.h"
-#include "host/tags/value_type.h"
+#include "host/tags/tag_syntax.h"
 
 #include <QString>
 
@@ -35,8 +34,6 @@ struct Tag {
 // Elements that each number of the tag takes: 2 where a 32-bit type lies in words, else 1.
 int elementsPerNumber(const Tag &tag);
 
-class NameTable;
-
 // What the driver says of the address in a tag.
 struct AddressCheck {
     QString area;    // the driver's: "TV_bit" for bits of words
@@ -57,20 +54,12 @@ public:
     // Throws Error (Usage) that says what is wrong with the tag. Where an address fits two areas,
     // the longer name counts: CV2200 is the counter CV2 200, CV21 the word CV 21, since CV2 begins
     // at 200.
-    //
-    // A name of the table that is set counts before an address.
     Tag read(const QString &text) const;
 
-    // What the driver says of a tag, or of a name, whose areas read() would try, too. Of a run
-    // whose end is wrong, what it says of the end. Throws Error (Usage) for what has not the form
-    // of a tag, or ends before it begins.
+    // What the driver says of a tag, whose areas read() would try, too. Of a run whose end is
+    // wrong, what it says of the end. Throws Error (Usage) for what has not the form of a tag, or
+    // ends before it begins.
     AddressCheck check(const QString &text) const;
-
-    // `names` must outlive the reader.
-    void setNames(const NameTable &names)
-    {
-        m_names = &names;
-    }
 
     // The areas of the driver's catalogue, bit areas first.
     const QStringList &areas() const
@@ -81,16 +70,13 @@ public:
 private:
     AddressCheck checkIn(const QString &area, const TagText &tag) const;
     int ask(const QString &area, const QString &address, int count, int &number) const;
-    Tag readNamed(const QString &text) const;
-    Tag readAddressed(const QString &text) const;
     int countOf(const QString &area, const QString &address, const TagText &tag) const;
     bool readAddress(const QString &area, const QString &address, int count, Tag &tag) const;
     QString whyInvalid(const QString &area, const QString &address, int count) const;
 
-    const DriverFunctions &m_driver;
-    const int m_station;
-    const WordOrder m_wordOrder;
-    const NameTable *m_names = nullptr;
+    const DriverFunctions *m_driver;
+    int m_station;
+    WordOrder m_wordOrder;
     QStringList m_areas;
 };
 

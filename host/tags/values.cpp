@@ -1,6 +1,7 @@
 #include "host/tags/values.h"
 
 #include "host/error.h"
+#include "modbus/ascii.h"
 
 #include <QRegularExpression>
 
@@ -216,7 +217,7 @@ template <typename Float> QString floatText(Float value)
 // With as many digits as the value has room for.
 QString hexText(const Tag &tag, std::uint32_t bits)
 {
-    return "0x" + QString::number(bits, 16).toUpper().rightJustified(widthOf(tag) / 4, '0');
+    return "0x" + modbus::hex(bits, widthOf(tag) / 4);
 }
 
 // What is no number keeps its bits, since many of them mean none.

@@ -30,7 +30,7 @@ QString resultText(int result)
 }
 
 // False where the tag is not valid.
-bool addCheck(RecordWriter &records, const TagReader &tags, const QString &text)
+bool addCheck(RecordWriter &records, const NamedTagReader &tags, const QString &text)
 {
     try {
         const AddressCheck check = tags.check(text);

@@ -52,7 +52,7 @@ QString milliseconds(std::chrono::nanoseconds time)
     return QString::number(static_cast<double>(time.count()) / 1e6, 'f', 1);
 }
 
-void tellRequest(RecordWriter &records, const PlanBlock &block, std::chrono::nanoseconds time,
+void tellRequest(RecordWriter &records, const PollBlock &block, std::chrono::nanoseconds time,
                  std::chrono::milliseconds gap)
 {
     const QString elements = elementsText(block.refreshed);
@@ -77,19 +77,19 @@ void tellRequest(RecordWriter &records, const PlanBlock &block, std::chrono::nan
                  {}});
 }
 
-void tellCycle(RecordWriter &records, const Plan &plan, std::chrono::nanoseconds characterTime,
-               std::chrono::milliseconds gap)
+void tellCycle(RecordWriter &records, const PollCycle &cycle,
+               std::chrono::nanoseconds characterTime, std::chrono::milliseconds gap)
 {
     int sent = 0;
     int received = 0;
-    for (const PlanBlock &block : plan.blocks) {
+    for (const PollBlock &block : cycle.blocks) {
         sent += static_cast<int>(block.frame.size());
         received += block.replyChars;
     }
     const std::chrono::nanoseconds time = characterTime * (sent + received);
-    const std::chrono::milliseconds silence = gap * static_cast<int>(plan.blocks.size());
+    const std::chrono::milliseconds silence = gap * static_cast<int>(cycle.blocks.size());
     QString text = QString("cycle: %1 requests, %2 characters, %3 ms on the wire")
-                       .arg(plan.blocks.size())
+                       .arg(cycle.blocks.size())
                        .arg(sent + received)
                        .arg(milliseconds(time));
     if (silence.count() > 0)
@@ -106,7 +106,7 @@ void tellCycle(RecordWriter &records, const Plan &plan, std::chrono::nanoseconds
                        {}});
 }
 
-void tellGap(RecordWriter &records, const PlanGap &gap)
+void tellGap(RecordWriter &records, const PollGap &gap)
 {
     const int station = gap.elements.station;
     const QString elements = elementsText(gap.elements);
@@ -122,21 +122,21 @@ ExitCode runPlan(const Options &options, const PlanOptions &request)
     const std::chrono::nanoseconds character = characterTimeOf(options, request.baud);
     const QList<KEY_ADDRESS> keys =
         request.isRaw ? toRawKeys(tags) : toKeys(readRanges(tags, options.groupLimit));
-    const Plan plan = makePlan(connection.driver(), keys, tags, options.groupLimit);
+    const PollCycle cycle = pollCycleOf(connection.driver(), keys, tags, options.groupLimit);
 
     RecordWriter records(options.format, "plan",
                          {"kind", "station", "elements", "frame", "sent", "received", "wire_ms",
                           "silence_ms", "not_asked", "error"},
                          false, print);
-    for (const PlanBlock &block : plan.blocks)
+    for (const PollBlock &block : cycle.blocks)
         tellRequest(records, block,
                     character * (static_cast<int>(block.frame.size()) + block.replyChars),
                     options.gap);
-    tellCycle(records, plan, character, options.gap);
-    for (const PlanGap &gap : plan.gaps)
+    tellCycle(records, cycle, character, options.gap);
+    for (const PollGap &gap : cycle.gaps)
         tellGap(records, gap);
     records.end();
-    return plan.gaps.empty() ? ExitCode::Ok : ExitCode::ItemFailed;
+    return cycle.gaps.empty() ? ExitCode::Ok : ExitCode::ItemFailed;
 }
 
 } // namespace

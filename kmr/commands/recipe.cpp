@@ -1,4 +1,5 @@
 // kmr recipe: moves a recipe to or from the controller, or compares the two.
+#include "host/project/recipe_file.h"
 #include "host/project/text_file.h"
 #include "host/session/recipe_transfer.h"
 #include "kmr/command_line.h"
@@ -47,7 +48,7 @@ struct RecipeOptions {
     bool verify = false;           // read back after a download and compare
 };
 
-std::vector<RecipeItem> readFile(const QString &path, const TagReader &reader)
+std::vector<RecipeItem> readFile(const QString &path, const NamedTagReader &reader)
 {
     return parseRecipe(readTextFile(path), path, reader, RecipeValues::Needed);
 }

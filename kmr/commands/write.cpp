@@ -33,7 +33,7 @@ struct Assignment {
     Values values;
 };
 
-Assignment parseAssignment(const QString &text, const TagReader &reader)
+Assignment parseAssignment(const QString &text, const NamedTagReader &reader)
 {
     const int equals = static_cast<int>(text.indexOf('='));
     if (equals < 0) {
@@ -57,7 +57,7 @@ Assignment parseAssignment(const QString &text, const TagReader &reader)
     return assignment;
 }
 
-std::vector<Assignment> parseAll(const QStringList &texts, const TagReader &reader)
+std::vector<Assignment> parseAll(const QStringList &texts, const NamedTagReader &reader)
 {
     std::vector<Assignment> assignments;
     QStringList faults;

@@ -26,7 +26,7 @@ qint64 SimulatedLine::readData(char *data, qint64 size)
 qint64 SimulatedLine::writeData(const char *data, qint64 size)
 {
     for (const QByteArray &line : m_collector.take(QByteArray(data, static_cast<int>(size)))) {
-        const QByteArray station = line.mid(1, 2);
+        const QByteArray station = modbus::stationOf(line);
         auto found = m_controllers.find(station);
         if (found == m_controllers.end())
             found = m_controllers.emplace(station, simulator::Controller(station)).first;

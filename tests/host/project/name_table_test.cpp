@@ -35,8 +35,7 @@ QStringList faultsOf(const QString &text)
 TEST(Names, StandForTheirTag)
 {
     const NameTable names = goodNames("name,tag,unit,scale,comment\nboiler.temp,2#D100/int16,C\n");
-    TagReader reader(library(), 1);
-    reader.setNames(names);
+    const NamedTagReader reader(TagReader(library(), 1), names);
     const Tag tag = reader.read("boiler.temp");
     EXPECT_EQ(tag.elements, (ElementRange{2, "D", 100, 1}));
     EXPECT_EQ(tag.text, "boiler.temp");
@@ -47,8 +46,7 @@ TEST(Names, StandForTheirTag)
 TEST(Names, ScaleMultipliesWhatIsShownAndDividesWhatIsWritten)
 {
     const NameTable names = goodNames("t,D100/int16,C,0.1\nf,D0/float32,,10\n");
-    TagReader reader(library(), 1);
-    reader.setNames(names);
+    const NamedTagReader reader(TagReader(library(), 1), names);
     EXPECT_EQ(formatValues(reader.read("t"), {235}), "23.5");
     EXPECT_EQ(parseValues(reader.read("t"), "-0.1"), (Values{0xFFFF}));
     EXPECT_THROW(parseValues(reader.read("t"), "3276.8"), Error);
@@ -59,8 +57,7 @@ TEST(Names, ScaleMultipliesWhatIsShownAndDividesWhatIsWritten)
 TEST(Names, ScaledNumberThatIsNoneIsRefused)
 {
     const NameTable names = goodNames("t,D100/int16,C,0.1\n");
-    TagReader reader(library(), 1);
-    reader.setNames(names);
+    const NamedTagReader reader(TagReader(library(), 1), names);
     try {
         parseValues(reader.read("t"), "warm");
         FAIL() << "it was accepted";
@@ -72,8 +69,7 @@ TEST(Names, ScaledNumberThatIsNoneIsRefused)
 TEST(Names, ScaleLeavesABcdNumberWithoutDecimalDigitsAsItIs)
 {
     const NameTable names = goodNames("b,D0/bcd,,0.1\n");
-    TagReader reader(library(), 1);
-    reader.setNames(names);
+    const NamedTagReader reader(TagReader(library(), 1), names);
     EXPECT_EQ(formatValues(reader.read("b"), {0x1234}), "123.4");
     EXPECT_EQ(formatValues(reader.read("b"), {0x12A4}), "0x12A4");
 }

@@ -1,4 +1,4 @@
-#include "host/tags/tag_text.h"
+#include "host/tags/tag_syntax.h"
 
 #include <QRegularExpression>
 #include <QStringList>
@@ -6,6 +6,14 @@
 namespace kmr {
 
 namespace {
+
+const struct {
+    const char *name;
+    ValueType type;
+} TYPES[] = {{"float32", ValueType::Float32}, {"int16", ValueType::Int16},
+             {"uint16", ValueType::UInt16},   {"int32", ValueType::Int32},
+             {"uint32", ValueType::UInt32},   {"hex", ValueType::Hex},
+             {"bcd", ValueType::Bcd},         {"text", ValueType::Text}};
 
 constexpr int MAX_COUNT = 65537; // elements of the largest area
 
@@ -19,6 +27,28 @@ ValueType readType(const QString &text, const QString &name)
 }
 
 } // namespace
+
+std::optional<ValueType> valueTypeOf(const QString &name)
+{
+    for (const auto &entry : TYPES) {
+        if (name == entry.name)
+            return entry.type;
+    }
+    return std::nullopt;
+}
+
+QStringList valueTypeNames()
+{
+    QStringList names;
+    for (const auto &entry : TYPES)
+        names.append(entry.name);
+    return names;
+}
+
+bool is32Bit(ValueType type)
+{
+    return type == ValueType::Int32 || type == ValueType::UInt32 || type == ValueType::Float32;
+}
 
 TagText splitTag(const QString &text)
 {
