@@ -99,6 +99,12 @@ struct FRAME_PRO {
     {
         memset(frame, 0, sizeof frame);
     }
+    /// The frame of `request`, without its text.
+    explicit FRAME_PRO(const VARIABLE &request)
+        : frameLen(0), replyLen(0), replyDataPos(0), replyDataLen(0), frameSpare(0), var(request)
+    {
+        memset(frame, 0, sizeof frame);
+    }
     /// Copies every field.
     FRAME_PRO(const FRAME_PRO &other)
         : frameLen(other.frameLen), replyLen(other.replyLen), replyDataPos(other.replyDataPos),

@@ -3,6 +3,8 @@
 #include "address.h"
 #include "datastore.h"
 
+#include <algorithm>
+
 namespace {
 
 const int BYTE_CHARS = 2;
@@ -28,20 +30,32 @@ Request requestInFlight()
             frame.var.count,   frame.replyDataPos, frame.replyDataLen};
 }
 
-// A missing character counts as 0, so that a short reply decodes as zeros.
-int nibbleAt(const QByteArray &reply, qint64 position)
+int nibbleOf(char character)
 {
-    if (position >= reply.size())
-        return 0;
-    const int code = static_cast<quint8>(reply.at(static_cast<int>(position)));
+    const int code = static_cast<quint8>(character);
     if (code < '0' || code == '@')
         return 0;
     return (code < '@' ? code : code - 0x37) & 0x0F;
 }
 
+// A missing character counts as 0, so that a short reply decodes as zeros.
+int nibbleAt(const QByteArray &reply, qint64 position)
+{
+    return position < reply.size() ? nibbleOf(reply.at(static_cast<int>(position))) : 0;
+}
+
 quint8 byteAt(const QByteArray &reply, qint64 position)
 {
     return static_cast<quint8>(nibbleAt(reply, position) * 16 + nibbleAt(reply, position + 1));
+}
+
+bool sameBytes(const quint8 *left, const quint8 *right, size_t size)
+{
+    for (size_t i = 0; i < size; ++i) {
+        if (left[i] != right[i])
+            return false;
+    }
+    return true;
 }
 
 int blockValue(const quint8 *bytes)
@@ -53,7 +67,7 @@ int blockValue(const quint8 *bytes)
 void storeElement(const Request &request, qint32 address, const quint8 *bytes, size_t size)
 {
     const _DATA_ &known = dataArea(request.station, request.area, address);
-    const bool changed = memcmp(known.readValue, bytes, size) != 0;
+    const bool changed = !sameBytes(known.readValue, bytes, size);
     if (!changed && !known.commFailed)
         return;
     _DATA_ &entry = dataAreaToChange(request.station, request.area, address);
@@ -218,6 +232,16 @@ void finishOneShotRead()
         driver.pendingReads.removeFirst();
 }
 
+// Copies the block once; QList::takeFirst would copy it twice.
+void turnCyclicBlocks()
+{
+    const QList<VARIABLE> &blocks = driver.cyclicReads;
+    if (blocks.size() < 2)
+        return;
+    driver.cyclicReads.append(blocks.at(0));
+    driver.cyclicReads.removeFirst();
+}
+
 // Steps the transfer on; at its end the cursor goes back and the host's request is cleared.
 void finishRecipeEntry(int requestByte)
 {
@@ -234,8 +258,8 @@ void finishRecipeEntry(int requestByte)
     driver.hostMutex->unlock();
 }
 
-// Every reply gets an error text; QString::number would allocate for each of its numbers.
-void appendNumber(QString &text, qint64 number)
+// Writes `number` in decimal digits and returns where they end.
+QChar *putNumber(QChar *out, qint64 number)
 {
     char digits[20];
     int first = sizeof digits;
@@ -245,9 +269,30 @@ void appendNumber(QString &text, qint64 number)
         rest /= 10;
     } while (rest > 0);
     if (number < 0)
-        text += QLatin1Char('-');
+        *out++ = QLatin1Char('-');
     for (; first < static_cast<int>(sizeof digits); ++first)
-        text += QLatin1Char(digits[first]);
+        *out++ = QLatin1Char(digits[first]);
+    return out;
+}
+
+// Every reply gets an error text, so it is put together in the memory that `text` has already.
+void describeRequest(QString &text, qint64 replyLength)
+{
+    const VARIABLE &var = driver.frames.at(0).var;
+    const int areaLength = static_cast<int>(var.area.size());
+    text.resize(areaLength + ERROR_INFO_NUMBERS_MOST);
+    QChar *const begin = text.data();
+    QChar *out = putNumber(begin, var.station);
+    *out++ = QLatin1Char('#');
+    out = std::copy(var.area.constData(), var.area.constData() + areaLength, out);
+    out = putNumber(out, static_cast<quint32>(var.address));
+    *out++ = QLatin1Char('(');
+    out = putNumber(out, var.count);
+    *out++ = QLatin1Char(')');
+    *out++ = QLatin1Char('(');
+    out = putNumber(out, replyLength);
+    *out++ = QLatin1Char(')');
+    text.truncate(static_cast<int>(out - begin));
 }
 
 // A counter write counts words, two a counter, and settles as many records: the counters after
@@ -290,18 +335,8 @@ qint32 check_rcv_data(const quint8 *text, qint32 length)
 
 QString getErrorInfo(QByteArray reply)
 {
-    const VARIABLE &var = driver.frames.at(0).var;
     QString text;
-    text.reserve(var.area.size() + ERROR_INFO_NUMBERS_MOST);
-    appendNumber(text, var.station);
-    text += QLatin1Char('#');
-    text += var.area;
-    appendNumber(text, static_cast<quint32>(var.address));
-    text += QLatin1Char('(');
-    appendNumber(text, var.count);
-    text += QLatin1String(")(");
-    appendNumber(text, reply.size());
-    text += QLatin1Char(')');
+    describeRequest(text, reply.size());
     return text;
 }
 
@@ -330,8 +365,7 @@ void dealListWhenFinish()
         finishOneShotRead();
         break;
     case SEND_CYCLIC_READ:
-        if (driver.cyclicReads.size() > 1)
-            driver.cyclicReads.append(driver.cyclicReads.takeFirst());
+        turnCyclicBlocks();
         break;
     case SEND_RECIPE_DOWNLOAD:
         finishRecipeEntry(STATUS_RECIPE_DOWNLOAD);
@@ -346,10 +380,11 @@ void dealListWhenFinish()
 
 qint32 intf_dealRcvFrame(QByteArray &reply, QString &errorInfo) noexcept
 {
-    errorInfo = QLatin1String("");
-    if (driver.frames.isEmpty())
+    if (driver.frames.isEmpty()) {
+        errorInfo = QLatin1String("");
         return REPLY_UNEXPECTED;
-    errorInfo = getErrorInfo(reply);
+    }
+    describeRequest(errorInfo, reply.size());
     const Request request = requestInFlight();
     const quint8 *const text = reinterpret_cast<const quint8 *>(reply.constData());
     switch (check_rcv_data(text, static_cast<qint32>(reply.size()))) {

@@ -2,12 +2,24 @@
 
 namespace {
 
-// The index tells most entries apart, and text costs most to compare: most often it is the very
-// text of the entry.
+// Names are a few characters long: less than a call into Qt costs. Most often the two are one.
+bool sameText(const QString &left, const QString &right)
+{
+    const QChar *const characters = left.constData();
+    const QChar *const others = right.constData();
+    const int length = static_cast<int>(left.size());
+    if (length != right.size())
+        return false;
+    for (int i = 0; i < length && characters != others; ++i) {
+        if (characters[i] != others[i])
+            return false;
+    }
+    return true;
+}
+
 bool hasKey(const _DATA_ &entry, qint32 station, const QString &area, qint32 index)
 {
-    return entry.index == index && entry.station == station &&
-           (entry.area.constData() == area.constData() || entry.area == area);
+    return entry.index == index && entry.station == station && sameText(entry.area, area);
 }
 
 quint32 hashOf(qint32 station, const QString &area, qint32 index)
