@@ -33,9 +33,9 @@ Request requestInFlight()
 int nibbleOf(char character)
 {
     const int code = static_cast<quint8>(character);
-    if (code < '0' || code == '@')
-        return 0;
-    return (code < '@' ? code : code - 0x37) & 0x0F;
+    if (code >= '0' && code < '@')
+        return code & 0x0F;
+    return code > '@' ? (code - 0x37) & 0x0F : 0;
 }
 
 // A missing character counts as 0, so that a short reply decodes as zeros.
@@ -46,6 +46,10 @@ int nibbleAt(const QByteArray &reply, qint64 position)
 
 quint8 byteAt(const QByteArray &reply, qint64 position)
 {
+    if (position + 1 < reply.size()) {
+        const char *const digits = reply.constData() + position;
+        return static_cast<quint8>(nibbleOf(digits[0]) * 16 + nibbleOf(digits[1]));
+    }
     return static_cast<quint8>(nibbleAt(reply, position) * 16 + nibbleAt(reply, position + 1));
 }
 

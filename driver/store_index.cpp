@@ -7,14 +7,14 @@ bool sameText(const QString &left, const QString &right)
 {
     const QChar *const characters = left.constData();
     const QChar *const others = right.constData();
-    const int length = static_cast<int>(left.size());
-    if (length != right.size())
+    int rest = static_cast<int>(left.size());
+    if (rest != right.size())
         return false;
-    for (int i = 0; i < length && characters != others; ++i) {
-        if (characters[i] != others[i])
-            return false;
-    }
-    return true;
+    if (characters == others)
+        return true;
+    while (rest > 0 && characters[rest - 1] == others[rest - 1])
+        --rest;
+    return rest == 0;
 }
 
 bool hasKey(const _DATA_ &entry, qint32 station, const QString &area, qint32 index)
@@ -85,11 +85,9 @@ int positionNearLast(qint32 station, const QString &area, qint32 index)
     if (!known.distinct || known.last >= store.size())
         return -1;
     const qint64 position = qint64(known.last) + index - store.at(known.last).index;
-    if (position < 0 || position >= store.size())
-        return -1;
-    return hasKey(store.at(static_cast<int>(position)), station, area, index)
-               ? static_cast<int>(position)
-               : -1;
+    const bool inside = position >= 0 && position < store.size();
+    const bool found = inside && hasKey(store.at(static_cast<int>(position)), station, area, index);
+    return found ? static_cast<int>(position) : -1;
 }
 
 // Appends an entry whose position belongs in `place`.
