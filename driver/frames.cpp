@@ -190,8 +190,11 @@ void finishFrame(FRAME_PRO &frame, const ushort *text, int length)
 
 void appendFrame(const RequestText &text, qint32 replyLen, qint32 replyDataLen, const VARIABLE &var)
 {
-    FRAME_PRO frame(var);
+    // Only what the frame before has left is cleared: its characters.
+    FRAME_PRO &frame = driver.nextFrame;
+    memset(frame.frame, 0, static_cast<size_t>(frame.frameLen));
     finishFrame(frame, text.characters, text.length);
+    frame.var = var;
     frame.replyLen = replyLen;
     frame.replyDataPos = REPLY_DATA_POS;
     frame.replyDataLen = replyDataLen;

@@ -100,12 +100,6 @@ struct FRAME_PRO {
     {
         memset(frame, 0, sizeof frame);
     }
-    /// The frame of `request`, without its text.
-    explicit FRAME_PRO(const VARIABLE &request)
-        : frameLen(0), replyLen(0), replyDataPos(0), replyDataLen(0), frameSpare(0), var(request)
-    {
-        memset(frame, 0, sizeof frame);
-    }
     /// Copies every field.
     FRAME_PRO(const FRAME_PRO &other)
         : frameLen(other.frameLen), replyLen(other.replyLen), replyDataPos(other.replyDataPos),
@@ -207,9 +201,9 @@ struct StoreIndex {
     QVector<qint32> places; ///< hash table of positions in the store, -1 where it is free
     QList<_DATA_> seen;     ///< shares the memory of the store until someone else changes it
     bool distinct;          ///< no key stands twice in the store
-    qint32 last;            ///< position of the entry found last
+    qint64 lead;            ///< by which the position found last is ahead of its entry's index
 
-    StoreIndex() : distinct(true), last(0) {}
+    StoreIndex() : distinct(true), lead(0) {}
 };
 
 /// All state of the driver. There is one object, `driver`, built when the library is loaded.
@@ -247,6 +241,7 @@ public:
     qint32 recipeCursor;              ///< index in `recipeVars` of the next transfer
     quint8 spareFlag;                 ///< always 0
     StoreIndex storeIndex;            ///< of `dataAreas`
+    FRAME_PRO nextFrame;              ///< where a frame is put together before it joins `frames`
 };
 
 /// Values of Ostrel_kmr::sendState.

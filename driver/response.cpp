@@ -30,12 +30,12 @@ Request requestInFlight()
             frame.var.count,   frame.replyDataPos, frame.replyDataLen};
 }
 
-int nibbleOf(char character)
+// Any character has a value: codes below '0' count as 0, those above '@' run on from 'A', which is
+// 10, in sixteens. So lower-case digits count like upper-case ones.
+inline int nibbleOf(char character)
 {
     const int code = static_cast<quint8>(character);
-    if (code >= '0' && code < '@')
-        return code & 0x0F;
-    return code > '@' ? (code - 0x37) & 0x0F : 0;
+    return code < '0' ? 0 : (code + (code > '@' ? 9 : 0)) & 0x0F;
 }
 
 // A missing character counts as 0, so that a short reply decodes as zeros.
@@ -44,34 +44,42 @@ int nibbleAt(const QByteArray &reply, qint64 position)
     return position < reply.size() ? nibbleOf(reply.at(static_cast<int>(position))) : 0;
 }
 
-quint8 byteAt(const QByteArray &reply, qint64 position)
+inline quint8 byteAt(const QByteArray &reply, qint64 position)
 {
-    if (position + 1 < reply.size()) {
-        const char *const digits = reply.constData() + position;
-        return static_cast<quint8>(nibbleOf(digits[0]) * 16 + nibbleOf(digits[1]));
-    }
-    return static_cast<quint8>(nibbleAt(reply, position) * 16 + nibbleAt(reply, position + 1));
+    if (position + 1 >= reply.size())
+        return static_cast<quint8>(nibbleAt(reply, position) * 16 + nibbleAt(reply, position + 1));
+    const char *const digits = reply.constData() + position;
+    return static_cast<quint8>(nibbleOf(digits[0]) * 16 + nibbleOf(digits[1]));
 }
 
-bool sameBytes(const quint8 *left, const quint8 *right, size_t size)
+// Values are numbers on their way from the reply to the store: put together byte by byte in memory
+// and read as a whole, each would wait until all its bytes are written.
+quint32 wordAt(const QByteArray &reply, qint64 position)
+{
+    return quint32(byteAt(reply, position)) << 8 | byteAt(reply, position + 2);
+}
+
+// Whether the `size` bytes are those of `value`, low-order byte first.
+bool holds(const quint8 *bytes, quint32 value, size_t size)
 {
     for (size_t i = 0; i < size; ++i) {
-        if (left[i] != right[i])
+        if (bytes[i] != static_cast<quint8>(value >> (8 * i)))
             return false;
     }
     return true;
 }
 
-int blockValue(const quint8 *bytes)
+void put(quint8 *bytes, quint32 value, size_t size)
 {
-    return bytes[0] + 256 * bytes[1];
+    for (size_t i = 0; i < size; ++i)
+        bytes[i] = static_cast<quint8>(value >> (8 * i));
 }
 
-// Stores `size` bytes read for one word or counter, reporting a change before it is stored.
-void storeElement(const Request &request, qint32 address, const quint8 *bytes, size_t size)
+// Stores the value read for one word or counter, reporting a change before it is stored.
+void storeElement(const Request &request, qint32 address, quint32 value, size_t size)
 {
     const _DATA_ &known = dataArea(request.station, request.area, address);
-    const bool changed = !sameBytes(known.readValue, bytes, size);
+    const bool changed = !holds(known.readValue, value, size);
     if (!changed && !known.commFailed)
         return;
     _DATA_ &entry = dataAreaToChange(request.station, request.area, address);
@@ -81,14 +89,15 @@ void storeElement(const Request &request, qint32 address, const quint8 *bytes, s
     entry.writePending = 0;
     reportElement(entry);
     _DATA_ &reported = dataAreaToChange(request.station, request.area, address);
-    memcpy(reported.readValue, bytes, size);
+    put(reported.readValue, value, size);
 }
 
 // Stores the 16 bits read for one block, reporting changes before they are stored.
-void storeBlock(const Request &request, const DeviceArea &area, qint32 block, const quint8 *bytes)
+void storeBlock(const Request &request, const DeviceArea &area, qint32 block, quint32 bits)
 {
     const _DATA_ &known = dataArea(request.station, request.area, block);
-    const int changedBits = blockValue(known.readValue) ^ blockValue(bytes);
+    const int changedBits =
+        (known.readValue[0] + 256 * known.readValue[1]) ^ static_cast<int>(bits);
     if (changedBits == 0 && !known.commFailed)
         return;
     _DATA_ &entry = dataAreaToChange(request.station, request.area, block);
@@ -98,7 +107,7 @@ void storeBlock(const Request &request, const DeviceArea &area, qint32 block, co
     entry.writePending = 0;
     reportBlock(area, entry, changedBits);
     _DATA_ &reported = dataAreaToChange(request.station, request.area, block);
-    memcpy(reported.readValue, bytes, 2);
+    put(reported.readValue, bits, BLOCK_BITS / 8);
 }
 
 // The area text of the reports about an upload: made once a reply, and only for a host that
@@ -109,9 +118,9 @@ QString uploadEvent()
     return heard ? QString(QLatin1String("RWI")) : QString();
 }
 
-// Hands `size` bytes of an uploaded recipe entry to the host. `word` is where they go and
-// `reportedWord` what the host is told, both counted from the entry's first word.
-void storeInRecipe(const QString &event, qint32 word, qint32 reportedWord, const quint8 *bytes,
+// Hands a value of an uploaded recipe entry to the host. `word` is where it goes and `reportedWord`
+// what the host is told, both counted from the entry's first word.
+void storeInRecipe(const QString &event, qint32 word, qint32 reportedWord, quint32 value,
                    size_t size)
 {
     // A report about the word before may have replaced the recipe list.
@@ -120,7 +129,7 @@ void storeInRecipe(const QString &event, qint32 word, qint32 reportedWord, const
     const qint32 first = driver.recipeVars.at(driver.recipeCursor).bufWord;
     if (first < 0)
         return;
-    memcpy(driver.recipeBuffer + 2 * (qint64(first) + word), bytes, size);
+    put(driver.recipeBuffer + 2 * (qint64(first) + word), value, size);
     reportToHost(0, -1, event, addressPlus(first, reportedWord));
 }
 
@@ -129,10 +138,10 @@ void decodeWords(const Request &request, const QByteArray &reply)
     const QString event = uploadEvent();
     for (qint32 i = 0; i < request.dataLen / WORD_CHARS; ++i) {
         const qint64 position = request.dataPos + qint64(i) * WORD_CHARS;
-        const quint8 bytes[2] = {byteAt(reply, position + 2), byteAt(reply, position)};
-        storeElement(request, addressPlus(request.address, i), bytes, sizeof bytes);
+        const quint32 word = wordAt(reply, position);
+        storeElement(request, addressPlus(request.address, i), word, 2);
         if (driver.sendState == SEND_RECIPE_UPLOAD)
-            storeInRecipe(event, i, i, bytes, sizeof bytes);
+            storeInRecipe(event, i, i, word, 2);
     }
 }
 
@@ -141,13 +150,13 @@ void decodeCounters(const Request &request, const QByteArray &reply)
     const QString event = uploadEvent();
     for (qint32 i = 0; i < request.dataLen / COUNTER_CHARS; ++i) {
         const qint64 position = request.dataPos + qint64(i) * COUNTER_CHARS;
-        const quint8 bytes[4] = {byteAt(reply, position + 6), byteAt(reply, position + 4),
-                                 byteAt(reply, position + 2), byteAt(reply, position)};
-        storeElement(request, addressPlus(request.address, i), bytes, sizeof bytes);
+        const quint32 counter =
+            wordAt(reply, position) << 16 | wordAt(reply, position + WORD_CHARS);
+        storeElement(request, addressPlus(request.address, i), counter, 4);
         // The reported index steps by one a counter while the buffer steps by two words: hosts
         // count the reports.
         if (driver.sendState == SEND_RECIPE_UPLOAD)
-            storeInRecipe(event, 2 * i, i, bytes, sizeof bytes);
+            storeInRecipe(event, 2 * i, i, counter, 4);
     }
 }
 
@@ -156,8 +165,8 @@ void decodeBlocks(const Request &request, const DeviceArea &area, const QByteArr
     const qint32 firstBlock = linearAddress(area, request.address) / BLOCK_BITS;
     for (qint32 i = 0; i < request.dataLen / WORD_CHARS; ++i) {
         const qint64 position = request.dataPos + qint64(i) * WORD_CHARS;
-        const quint8 bytes[2] = {byteAt(reply, position), byteAt(reply, position + 2)};
-        storeBlock(request, area, addressPlus(firstBlock, i), bytes);
+        const quint32 bits = byteAt(reply, position) | quint32(byteAt(reply, position + 2)) << 8;
+        storeBlock(request, area, addressPlus(firstBlock, i), bits);
     }
 }
 
@@ -265,17 +274,15 @@ void finishRecipeEntry(int requestByte)
 // Writes `number` in decimal digits and returns where they end.
 QChar *putNumber(QChar *out, qint64 number)
 {
-    char digits[20];
-    int first = sizeof digits;
-    qint64 rest = qAbs(number);
-    do {
-        digits[--first] = static_cast<char>('0' + rest % 10);
-        rest /= 10;
-    } while (rest > 0);
     if (number < 0)
         *out++ = QLatin1Char('-');
-    for (; first < static_cast<int>(sizeof digits); ++first)
-        *out++ = QLatin1Char(digits[first]);
+    QChar *const first = out;
+    quint64 rest = static_cast<quint64>(qAbs(number));
+    do {
+        *out++ = QLatin1Char(static_cast<char>('0' + rest % 10));
+        rest /= 10;
+    } while (rest > 0);
+    std::reverse(first, out);
     return out;
 }
 
