@@ -11,10 +11,9 @@ const int WORDS_MOST = VALUE_BYTES / 2; // that a request's data holds
 // ':', station, function, address, quantity, byte count and every word that a request holds
 const int REQUEST_TEXT_MOST = 15 + 4 * WORDS_MOST;
 
-// -1 for a character that is no hexadecimal digit.
-int hexDigitValue(QChar character)
+// -1 for a character that is not a hexadecimal digit.
+int hexDigitValue(ushort code)
 {
-    const ushort code = character.unicode();
     if (code >= '0' && code <= '9')
         return code - '0';
     if (code >= 'A' && code <= 'F')
@@ -24,24 +23,25 @@ int hexDigitValue(QChar character)
     return -1;
 }
 
-// The value of the one or two characters from `position` on: what Qt reads in base 16, 0 when it
-// refuses them. "-2" takes 2 off the LRC's sum, and blanks count for nothing.
-int hexPairValue(const QString &text, int position)
+// The value of a pair, or of a last single character: what Qt reads in base 16, 0 when it refuses
+// it. "-2" takes 2 off the LRC's sum, and blanks count for nothing.
+int hexValue(const ushort *characters, int count)
 {
-    if (position + 1 < text.size()) {
-        const int high = hexDigitValue(text.at(position));
-        const int low = hexDigitValue(text.at(position + 1));
+    if (count == 2) {
+        const int high = hexDigitValue(characters[0]);
+        const int low = hexDigitValue(characters[1]);
         if (high >= 0 && low >= 0)
             return high * 16 + low;
     }
-    return text.mid(position, 2).toInt(nullptr, 16);
+    const QString text(reinterpret_cast<const QChar *>(characters), count);
+    return text.toInt(nullptr, 16);
 }
 
-quint8 lrcOf(const QString &text)
+quint8 lrcOf(const ushort *text, int length)
 {
     quint32 sum = 0;
-    for (int position = 1; position < text.size(); position += 2)
-        sum += static_cast<quint32>(hexPairValue(text, position));
+    for (int position = 1; position < length; position += 2)
+        sum += static_cast<quint32>(hexValue(text + position, qMin(2, length - position)));
     return static_cast<quint8>(~sum + 1);
 }
 
@@ -52,13 +52,13 @@ char hexDigit(int nibble)
 
 // A request from ':' to its last data digit, put together without allocating.
 struct RequestText {
-    char characters[REQUEST_TEXT_MOST];
+    ushort characters[REQUEST_TEXT_MOST];
     int length;
 };
 
 void append(RequestText &text, char character)
 {
-    text.characters[text.length++] = character;
+    text.characters[text.length++] = static_cast<uchar>(character);
 }
 
 void append(RequestText &text, const char *characters)
@@ -86,7 +86,7 @@ void appendDecimal(RequestText &text, qint32 value, int width)
             character = '-';
             signLeft = false;
         }
-        text.characters[text.length + position] = character;
+        text.characters[text.length + position] = static_cast<uchar>(character);
         rest /= 10;
     }
     text.length += width;
@@ -169,14 +169,35 @@ bool readsTwoWords(const VARIABLE &var, qint32 bit)
     return var.count > 1 && qint64(bit % BLOCK_BITS) + var.count > 15;
 }
 
+// See getFrame; `text` has UTF-16 codes.
+void finishFrame(FRAME_PRO &frame, const ushort *text, int length)
+{
+    if (length == 0)
+        return;
+    if (length > FRAME_TEXT_MOST) {
+        frame.frameLen = 0;
+        return;
+    }
+    for (int i = 0; i < length; ++i)
+        frame.frame[i] = static_cast<char>(text[i] & 0xFF);
+    const quint8 lrc = lrcOf(text, length);
+    frame.frame[length] = hexDigit(lrc >> 4);
+    frame.frame[length + 1] = hexDigit(lrc & 0x0F);
+    frame.frame[length + 2] = '\r';
+    frame.frame[length + 3] = '\n';
+    frame.frameLen = length + 4;
+}
+
 void appendFrame(const RequestText &text, qint32 replyLen, qint32 replyDataLen, const VARIABLE &var)
 {
-    FRAME_PRO frame;
-    getFrame(frame, QString::fromLatin1(text.characters, text.length));
+    // Only what the frame before has left is cleared: its characters.
+    FRAME_PRO &frame = driver.nextFrame;
+    memset(frame.frame, 0, static_cast<size_t>(frame.frameLen));
+    finishFrame(frame, text.characters, text.length);
+    frame.var = var;
     frame.replyLen = replyLen;
     frame.replyDataPos = REPLY_DATA_POS;
     frame.replyDataLen = replyDataLen;
-    frame.var = var;
     driver.frames.append(frame);
 }
 
@@ -184,21 +205,7 @@ void appendFrame(const RequestText &text, qint32 replyLen, qint32 replyDataLen, 
 
 void getFrame(FRAME_PRO &frame, QString text)
 {
-    if (text.isEmpty())
-        return;
-    if (text.size() > FRAME_TEXT_MOST) {
-        frame.frameLen = 0;
-        return;
-    }
-    const int length = static_cast<int>(text.size());
-    for (int i = 0; i < length; ++i)
-        frame.frame[i] = static_cast<char>(text.at(i).unicode() & 0xFF);
-    const quint8 lrc = lrcOf(text);
-    frame.frame[length] = hexDigit(lrc >> 4);
-    frame.frame[length + 1] = hexDigit(lrc & 0x0F);
-    frame.frame[length + 2] = '\r';
-    frame.frame[length + 3] = '\n';
-    frame.frameLen = length + 4;
+    finishFrame(frame, text.utf16(), static_cast<int>(text.size()));
 }
 
 void sToS(QString &text)

@@ -3,6 +3,8 @@
 #include "address.h"
 #include "datastore.h"
 
+#include <algorithm>
+
 namespace {
 
 const int BYTE_CHARS = 2;
@@ -28,32 +30,56 @@ Request requestInFlight()
             frame.var.count,   frame.replyDataPos, frame.replyDataLen};
 }
 
+// Any character has a value: codes below '0' count as 0, those above '@' run on from 'A', which is
+// 10, in sixteens. So lower-case digits count like upper-case ones.
+inline int nibbleOf(char character)
+{
+    const int code = static_cast<quint8>(character);
+    return code < '0' ? 0 : (code + (code > '@' ? 9 : 0)) & 0x0F;
+}
+
 // A missing character counts as 0, so that a short reply decodes as zeros.
 int nibbleAt(const QByteArray &reply, qint64 position)
 {
-    if (position >= reply.size())
-        return 0;
-    const int code = static_cast<quint8>(reply.at(static_cast<int>(position)));
-    if (code < '0' || code == '@')
-        return 0;
-    return (code < '@' ? code : code - 0x37) & 0x0F;
+    return position < reply.size() ? nibbleOf(reply.at(static_cast<int>(position))) : 0;
 }
 
-quint8 byteAt(const QByteArray &reply, qint64 position)
+inline quint8 byteAt(const QByteArray &reply, qint64 position)
 {
-    return static_cast<quint8>(nibbleAt(reply, position) * 16 + nibbleAt(reply, position + 1));
+    if (position + 1 >= reply.size())
+        return static_cast<quint8>(nibbleAt(reply, position) * 16 + nibbleAt(reply, position + 1));
+    const char *const digits = reply.constData() + position;
+    return static_cast<quint8>(nibbleOf(digits[0]) * 16 + nibbleOf(digits[1]));
 }
 
-int blockValue(const quint8 *bytes)
+// Values are numbers on their way from the reply to the store: put together byte by byte in memory
+// and read as a whole, each would wait until all its bytes are written.
+quint32 wordAt(const QByteArray &reply, qint64 position)
 {
-    return bytes[0] + 256 * bytes[1];
+    return quint32(byteAt(reply, position)) << 8 | byteAt(reply, position + 2);
 }
 
-// Stores `size` bytes read for one word or counter, reporting a change before it is stored.
-void storeElement(const Request &request, qint32 address, const quint8 *bytes, size_t size)
+// Whether the `size` bytes are those of `value`, low-order byte first.
+bool holds(const quint8 *bytes, quint32 value, size_t size)
+{
+    for (size_t i = 0; i < size; ++i) {
+        if (bytes[i] != static_cast<quint8>(value >> (8 * i)))
+            return false;
+    }
+    return true;
+}
+
+void put(quint8 *bytes, quint32 value, size_t size)
+{
+    for (size_t i = 0; i < size; ++i)
+        bytes[i] = static_cast<quint8>(value >> (8 * i));
+}
+
+// Stores the value read for one word or counter, reporting a change before it is stored.
+void storeElement(const Request &request, qint32 address, quint32 value, size_t size)
 {
     const _DATA_ &known = dataArea(request.station, request.area, address);
-    const bool changed = memcmp(known.readValue, bytes, size) != 0;
+    const bool changed = !holds(known.readValue, value, size);
     if (!changed && !known.commFailed)
         return;
     _DATA_ &entry = dataAreaToChange(request.station, request.area, address);
@@ -63,14 +89,15 @@ void storeElement(const Request &request, qint32 address, const quint8 *bytes, s
     entry.writePending = 0;
     reportElement(entry);
     _DATA_ &reported = dataAreaToChange(request.station, request.area, address);
-    memcpy(reported.readValue, bytes, size);
+    put(reported.readValue, value, size);
 }
 
 // Stores the 16 bits read for one block, reporting changes before they are stored.
-void storeBlock(const Request &request, const DeviceArea &area, qint32 block, const quint8 *bytes)
+void storeBlock(const Request &request, const DeviceArea &area, qint32 block, quint32 bits)
 {
     const _DATA_ &known = dataArea(request.station, request.area, block);
-    const int changedBits = blockValue(known.readValue) ^ blockValue(bytes);
+    const int changedBits =
+        (known.readValue[0] + 256 * known.readValue[1]) ^ static_cast<int>(bits);
     if (changedBits == 0 && !known.commFailed)
         return;
     _DATA_ &entry = dataAreaToChange(request.station, request.area, block);
@@ -80,7 +107,7 @@ void storeBlock(const Request &request, const DeviceArea &area, qint32 block, co
     entry.writePending = 0;
     reportBlock(area, entry, changedBits);
     _DATA_ &reported = dataAreaToChange(request.station, request.area, block);
-    memcpy(reported.readValue, bytes, 2);
+    put(reported.readValue, bits, BLOCK_BITS / 8);
 }
 
 // The area text of the reports about an upload: made once a reply, and only for a host that
@@ -91,9 +118,9 @@ QString uploadEvent()
     return heard ? QString(QLatin1String("RWI")) : QString();
 }
 
-// Hands `size` bytes of an uploaded recipe entry to the host. `word` is where they go and
-// `reportedWord` what the host is told, both counted from the entry's first word.
-void storeInRecipe(const QString &event, qint32 word, qint32 reportedWord, const quint8 *bytes,
+// Hands a value of an uploaded recipe entry to the host. `word` is where it goes and `reportedWord`
+// what the host is told, both counted from the entry's first word.
+void storeInRecipe(const QString &event, qint32 word, qint32 reportedWord, quint32 value,
                    size_t size)
 {
     // A report about the word before may have replaced the recipe list.
@@ -102,7 +129,7 @@ void storeInRecipe(const QString &event, qint32 word, qint32 reportedWord, const
     const qint32 first = driver.recipeVars.at(driver.recipeCursor).bufWord;
     if (first < 0)
         return;
-    memcpy(driver.recipeBuffer + 2 * (qint64(first) + word), bytes, size);
+    put(driver.recipeBuffer + 2 * (qint64(first) + word), value, size);
     reportToHost(0, -1, event, addressPlus(first, reportedWord));
 }
 
@@ -111,10 +138,10 @@ void decodeWords(const Request &request, const QByteArray &reply)
     const QString event = uploadEvent();
     for (qint32 i = 0; i < request.dataLen / WORD_CHARS; ++i) {
         const qint64 position = request.dataPos + qint64(i) * WORD_CHARS;
-        const quint8 bytes[2] = {byteAt(reply, position + 2), byteAt(reply, position)};
-        storeElement(request, addressPlus(request.address, i), bytes, sizeof bytes);
+        const quint32 word = wordAt(reply, position);
+        storeElement(request, addressPlus(request.address, i), word, 2);
         if (driver.sendState == SEND_RECIPE_UPLOAD)
-            storeInRecipe(event, i, i, bytes, sizeof bytes);
+            storeInRecipe(event, i, i, word, 2);
     }
 }
 
@@ -123,13 +150,13 @@ void decodeCounters(const Request &request, const QByteArray &reply)
     const QString event = uploadEvent();
     for (qint32 i = 0; i < request.dataLen / COUNTER_CHARS; ++i) {
         const qint64 position = request.dataPos + qint64(i) * COUNTER_CHARS;
-        const quint8 bytes[4] = {byteAt(reply, position + 6), byteAt(reply, position + 4),
-                                 byteAt(reply, position + 2), byteAt(reply, position)};
-        storeElement(request, addressPlus(request.address, i), bytes, sizeof bytes);
+        const quint32 counter =
+            wordAt(reply, position) << 16 | wordAt(reply, position + WORD_CHARS);
+        storeElement(request, addressPlus(request.address, i), counter, 4);
         // The reported index steps by one a counter while the buffer steps by two words: hosts
         // count the reports.
         if (driver.sendState == SEND_RECIPE_UPLOAD)
-            storeInRecipe(event, 2 * i, i, bytes, sizeof bytes);
+            storeInRecipe(event, 2 * i, i, counter, 4);
     }
 }
 
@@ -138,8 +165,8 @@ void decodeBlocks(const Request &request, const DeviceArea &area, const QByteArr
     const qint32 firstBlock = linearAddress(area, request.address) / BLOCK_BITS;
     for (qint32 i = 0; i < request.dataLen / WORD_CHARS; ++i) {
         const qint64 position = request.dataPos + qint64(i) * WORD_CHARS;
-        const quint8 bytes[2] = {byteAt(reply, position), byteAt(reply, position + 2)};
-        storeBlock(request, area, addressPlus(firstBlock, i), bytes);
+        const quint32 bits = byteAt(reply, position) | quint32(byteAt(reply, position + 2)) << 8;
+        storeBlock(request, area, addressPlus(firstBlock, i), bits);
     }
 }
 
@@ -218,6 +245,16 @@ void finishOneShotRead()
         driver.pendingReads.removeFirst();
 }
 
+// Copies the block once; QList::takeFirst would copy it twice.
+void turnCyclicBlocks()
+{
+    const QList<VARIABLE> &blocks = driver.cyclicReads;
+    if (blocks.size() < 2)
+        return;
+    driver.cyclicReads.append(blocks.at(0));
+    driver.cyclicReads.removeFirst();
+}
+
 // Steps the transfer on; at its end the cursor goes back and the host's request is cleared.
 void finishRecipeEntry(int requestByte)
 {
@@ -234,20 +271,39 @@ void finishRecipeEntry(int requestByte)
     driver.hostMutex->unlock();
 }
 
-// Every reply gets an error text; QString::number would allocate for each of its numbers.
-void appendNumber(QString &text, qint64 number)
+// Writes `number` in decimal digits and returns where they end.
+QChar *putNumber(QChar *out, qint64 number)
 {
-    char digits[20];
-    int first = sizeof digits;
-    qint64 rest = qAbs(number);
+    if (number < 0)
+        *out++ = QLatin1Char('-');
+    QChar *const first = out;
+    quint64 rest = static_cast<quint64>(qAbs(number));
     do {
-        digits[--first] = static_cast<char>('0' + rest % 10);
+        *out++ = QLatin1Char(static_cast<char>('0' + rest % 10));
         rest /= 10;
     } while (rest > 0);
-    if (number < 0)
-        text += QLatin1Char('-');
-    for (; first < static_cast<int>(sizeof digits); ++first)
-        text += QLatin1Char(digits[first]);
+    std::reverse(first, out);
+    return out;
+}
+
+// Every reply gets an error text, so it is put together in the memory that `text` has already.
+void describeRequest(QString &text, qint64 replyLength)
+{
+    const VARIABLE &var = driver.frames.at(0).var;
+    const int areaLength = static_cast<int>(var.area.size());
+    text.resize(areaLength + ERROR_INFO_NUMBERS_MOST);
+    QChar *const begin = text.data();
+    QChar *out = putNumber(begin, var.station);
+    *out++ = QLatin1Char('#');
+    out = std::copy(var.area.constData(), var.area.constData() + areaLength, out);
+    out = putNumber(out, static_cast<quint32>(var.address));
+    *out++ = QLatin1Char('(');
+    out = putNumber(out, var.count);
+    *out++ = QLatin1Char(')');
+    *out++ = QLatin1Char('(');
+    out = putNumber(out, replyLength);
+    *out++ = QLatin1Char(')');
+    text.truncate(static_cast<int>(out - begin));
 }
 
 // A counter write counts words, two a counter, and settles as many records: the counters after
@@ -290,18 +346,8 @@ qint32 check_rcv_data(const quint8 *text, qint32 length)
 
 QString getErrorInfo(QByteArray reply)
 {
-    const VARIABLE &var = driver.frames.at(0).var;
     QString text;
-    text.reserve(var.area.size() + ERROR_INFO_NUMBERS_MOST);
-    appendNumber(text, var.station);
-    text += QLatin1Char('#');
-    text += var.area;
-    appendNumber(text, static_cast<quint32>(var.address));
-    text += QLatin1Char('(');
-    appendNumber(text, var.count);
-    text += QLatin1String(")(");
-    appendNumber(text, reply.size());
-    text += QLatin1Char(')');
+    describeRequest(text, reply.size());
     return text;
 }
 
@@ -330,8 +376,7 @@ void dealListWhenFinish()
         finishOneShotRead();
         break;
     case SEND_CYCLIC_READ:
-        if (driver.cyclicReads.size() > 1)
-            driver.cyclicReads.append(driver.cyclicReads.takeFirst());
+        turnCyclicBlocks();
         break;
     case SEND_RECIPE_DOWNLOAD:
         finishRecipeEntry(STATUS_RECIPE_DOWNLOAD);
@@ -346,10 +391,11 @@ void dealListWhenFinish()
 
 qint32 intf_dealRcvFrame(QByteArray &reply, QString &errorInfo) noexcept
 {
-    errorInfo = QLatin1String("");
-    if (driver.frames.isEmpty())
+    if (driver.frames.isEmpty()) {
+        errorInfo = QLatin1String("");
         return REPLY_UNEXPECTED;
-    errorInfo = getErrorInfo(reply);
+    }
+    describeRequest(errorInfo, reply.size());
     const Request request = requestInFlight();
     const quint8 *const text = reinterpret_cast<const quint8 *>(reply.constData());
     switch (check_rcv_data(text, static_cast<qint32>(reply.size()))) {

@@ -2,12 +2,24 @@
 
 namespace {
 
-// The index tells most entries apart, and text costs most to compare: most often it is the very
-// text of the entry.
+// Names are a few characters long: less than a call into Qt costs. Most often the two are one.
+bool sameText(const QString &left, const QString &right)
+{
+    const QChar *const characters = left.constData();
+    const QChar *const others = right.constData();
+    int rest = static_cast<int>(left.size());
+    if (rest != right.size())
+        return false;
+    if (characters == others)
+        return true;
+    while (rest > 0 && characters[rest - 1] == others[rest - 1])
+        --rest;
+    return rest == 0;
+}
+
 bool hasKey(const _DATA_ &entry, qint32 station, const QString &area, qint32 index)
 {
-    return entry.index == index && entry.station == station &&
-           (entry.area.constData() == area.constData() || entry.area == area);
+    return entry.index == index && entry.station == station && sameText(entry.area, area);
 }
 
 quint32 hashOf(qint32 station, const QString &area, qint32 index)
@@ -45,7 +57,7 @@ void indexStore()
         room *= 2;
     known.places.fill(-1, room);
     known.distinct = true;
-    known.last = 0;
+    known.lead = 0;
     for (int position = 0; position < size; ++position) {
         const _DATA_ &entry = store.at(position);
         const int place = placeOf(entry.station, entry.area, entry.index);
@@ -64,20 +76,15 @@ void noticeChanges()
         indexStore();
 }
 
-// Where the entry stands when it is the one found last or one that follows it in a run, else -1.
+// Where the entry stands when it is the one found last or of the same run of entries, else -1.
 // As long as no key stands twice, any entry with the key is the first.
 int positionNearLast(qint32 station, const QString &area, qint32 index)
 {
-    const StoreIndex &known = driver.storeIndex;
     const QList<_DATA_> &store = driver.dataAreas;
-    if (!known.distinct || known.last >= store.size())
-        return -1;
-    const qint64 position = qint64(known.last) + index - store.at(known.last).index;
-    if (position < 0 || position >= store.size())
-        return -1;
-    return hasKey(store.at(static_cast<int>(position)), station, area, index)
-               ? static_cast<int>(position)
-               : -1;
+    const qint64 position = index + driver.storeIndex.lead;
+    const bool inside = position >= 0 && position < store.size();
+    const bool found = inside && hasKey(store.at(static_cast<int>(position)), station, area, index);
+    return found && driver.storeIndex.distinct ? static_cast<int>(position) : -1;
 }
 
 // Appends an entry whose position belongs in `place`.
@@ -98,21 +105,24 @@ int appendEntry(qint32 station, const QString &area, qint32 index, int place)
     return position;
 }
 
+// Apart from the short way, which would be slower with this in it.
+__attribute__((noinline)) int findOrAppend(qint32 station, const QString &area, qint32 index)
+{
+    const int place = placeOf(station, area, index);
+    int position = driver.storeIndex.places.at(place);
+    if (position < 0)
+        position = appendEntry(station, area, index, place);
+    driver.storeIndex.lead = qint64(position) - index;
+    return position;
+}
+
 } // namespace
 
 int positionInStore(qint32 station, const QString &area, qint32 index)
 {
     noticeChanges();
-    StoreIndex &known = driver.storeIndex;
-    int position = positionNearLast(station, area, index);
-    if (position < 0) {
-        const int place = placeOf(station, area, index);
-        position = known.places.at(place);
-        if (position < 0)
-            position = appendEntry(station, area, index, place);
-    }
-    known.last = position;
-    return position;
+    const int position = positionNearLast(station, area, index);
+    return position >= 0 ? position : findOrAppend(station, area, index);
 }
 
 const _DATA_ &dataArea(qint32 station, const QString &area, qint32 index)
