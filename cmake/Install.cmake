@@ -10,8 +10,8 @@ install(TARGETS ostrel_kmr ostrel_kmr_header EXPORT OstrelKmrTargets
     INCLUDES DESTINATION ${CMAKE_INSTALL_INCLUDEDIR})
 install(FILES driver/ostrel_kmr.h DESTINATION ${CMAKE_INSTALL_INCLUDEDIR} COMPONENT dev)
 install(TARGETS kmr RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR} COMPONENT kmr)
-install(FILES docs/man/kmr.1 DESTINATION ${CMAKE_INSTALL_MANDIR}/man1 COMPONENT kmr)
-install(FILES completion/kmr.bash
+install(FILES kmr/man/kmr.1 DESTINATION ${CMAKE_INSTALL_MANDIR}/man1 COMPONENT kmr)
+install(FILES kmr/completion/kmr.bash
     DESTINATION ${CMAKE_INSTALL_DATADIR}/bash-completion/completions RENAME kmr COMPONENT kmr)
 
 install(EXPORT OstrelKmrTargets NAMESPACE OstrelKmr:: DESTINATION ${package_dir} COMPONENT dev)

@@ -3,25 +3,21 @@
 #include "address.h"
 #include "datastore.h"
 
-#include <QMap>
-
 #include <algorithm>
 
 namespace {
 
 // A piece of a run that one request can read.
 struct Chunk {
-    qint32 station;
-    QString area;
+    qint32 group; // only chunks of the same group are joined
     qint32 address;
     qint32 count;
+    const KEY_ADDRESS *run; // gives station and area
 };
 
-typedef QMultiMap<qint32, Chunk> ChunksByKey;
-
-bool startsBefore(const Chunk &left, const Chunk &right)
+bool comesBefore(const Chunk &left, const Chunk &right)
 {
-    return left.address < right.address;
+    return left.group < right.group || (left.group == right.group && left.address < right.address);
 }
 
 bool sameTarget(const VARIABLE &left, const VARIABLE &right)
@@ -33,7 +29,8 @@ bool sameTarget(const VARIABLE &left, const VARIABLE &right)
 // Bits are cut at eight times the words' limit, though a read covers no more than 32 of them.
 qint32 chunkLimit(const DeviceArea &area)
 {
-    return qMax(area.watchedAsBits ? driver.bitGroupLimit : driver.wordGroupLimit, 1);
+    const bool bits = area.watch == WATCHED_AS_BITS;
+    return qMax(bits ? driver.bitGroupLimit : driver.wordGroupLimit, 1);
 }
 
 // Whole words that hold `bits` bits, rounded up.
@@ -42,11 +39,10 @@ qint64 wordsOfBits(qint64 bits)
     return bits / BLOCK_BITS + (bits % BLOCK_BITS != 0 ? 1 : 0);
 }
 
-void cutIntoChunks(const KEY_ADDRESS &key, ChunksByKey &chunks)
+void cutIntoChunks(const KEY_ADDRESS &key, QVector<Chunk> &chunks)
 {
     const DeviceArea *const area = findDeviceArea(key.area);
-    const int order = pollingOrder(area);
-    if (order < 0)
+    if (!area || area->pollingOrder < 0)
         return;
     qint32 start = key.address;
     qint64 count = key.count;
@@ -54,74 +50,78 @@ void cutIntoChunks(const KEY_ADDRESS &key, ChunksByKey &chunks)
         start = key.address / BLOCK_BITS;
         count = wordsOfBits(qint64(key.address % BLOCK_BITS) + key.count);
     }
-    // Stations of 256 and more share their keys with the next area.
-    const qint32 mapKey = addressPlus(key.station, order * 256);
+    // Stations of 256 and more share their groups with the next area.
+    const qint32 group = addressPlus(key.station, area->pollingOrder * 256);
     const qint32 limit = chunkLimit(*area);
+    // Cut in decimal steps: a chunk of an octal run may begin at a number with a digit 8 or 9,
+    // which its read takes for 0. Hosts keep runs of X and Y within one request.
     for (qint64 done = 0; done < count; done += limit) {
-        const Chunk chunk = {key.station, key.area, addressPlus(start, done),
-                             static_cast<qint32>(qMin<qint64>(limit, count - done))};
-        chunks.insert(mapKey, chunk);
+        const Chunk chunk = {group, addressPlus(start, done),
+                             static_cast<qint32>(qMin<qint64>(limit, count - done)), &key};
+        chunks.append(chunk);
     }
 }
 
-void openBlock(const Chunk &chunk)
+// The block that chunks are joined to. 64 bits, so that its end never wraps round.
+struct OpenBlock {
+    qint64 start;
+    qint64 length;
+};
+
+OpenBlock openBlock(const Chunk &chunk)
 {
     VARIABLE block;
     block.reqTag = READ_BLOCK_TAG;
-    block.station = chunk.station;
-    block.area = chunk.area;
+    block.station = chunk.run->station;
+    block.area = chunk.run->area;
     block.address = chunk.address;
     block.count = chunk.count;
     driver.cyclicReads.append(block);
+    const OpenBlock opened = {chunk.address, chunk.count};
+    return opened;
 }
 
 // True when `chunk` may not join a block that starts at `blockStart`: the timers and counters from
 // 255 on are read apart from those below. Only the starts are looked at.
-bool liesBehindGap(const Chunk &chunk, qint64 blockStart)
+bool crosses255(const Chunk &chunk, qint64 blockStart)
 {
-    const bool gapAt255 = chunk.area == QLatin1String("T") || chunk.area == QLatin1String("C");
-    return gapAt255 && chunk.address >= 255 && blockStart < 255;
+    const QString &area = chunk.run->area;
+    const bool dividedAt255 = area == QLatin1String("T") || area == QLatin1String("C");
+    return dividedAt255 && chunk.address >= 255 && blockStart < 255;
 }
 
-// Joins chunks in ascending order into read blocks. X and Y are measured on their octal digits as
-// they stand. A counter chunk behind an open block is a block of its own, and the open one keeps
-// its start and length: where stations of 256 and more share a key, a later chunk that joins that
-// one lengthens the block opened last all the same.
-void appendBlocks(const QList<Chunk> &chunks)
+// Joins chunks, sorted by group and address, into read blocks. X and Y are measured on their octal
+// digits as they stand. A counter chunk after the first of its group is a block of its own, and the
+// open one keeps its start and length: when stations of 256 and more share a group, a later chunk
+// that joins that one lengthens the block opened last all the same.
+void appendBlocks(const QVector<Chunk> &chunks)
 {
-    qint64 start = 0;
-    qint64 length = 0;
-    bool open = false;
-    for (const Chunk &chunk : chunks) {
-        if (open && chunk.area == QLatin1String("CV2")) {
+    OpenBlock open = {0, 0};
+    for (int i = 0; i < chunks.size(); ++i) {
+        const Chunk &chunk = chunks.at(i);
+        const qint64 end = qint64(chunk.address) + chunk.count;
+        if (i == 0 || chunk.group != chunks.at(i - 1).group) {
+            open = openBlock(chunk);
+            continue;
+        }
+        if (chunk.run->area == QLatin1String("CV2")) {
             openBlock(chunk);
             continue;
         }
-        const qint64 end = qint64(chunk.address) + chunk.count;
-        if (open && end <= start + length)
+        if (end <= open.start + open.length)
             continue;
         // The word limit counts for bits too: a bit run may be long, joined bit runs may not.
-        if (!open || end - start > driver.wordGroupLimit || liesBehindGap(chunk, start)) {
-            openBlock(chunk);
-            start = chunk.address;
-            length = chunk.count;
-            open = true;
-        } else {
-            length = end - start;
-            driver.cyclicReads.last().count = static_cast<qint32>(length);
+        if (end - open.start > driver.wordGroupLimit) {
+            open = openBlock(chunk);
+            continue;
         }
+        if (crosses255(chunk, open.start)) {
+            open = openBlock(chunk);
+            continue;
+        }
+        open.length = end - open.start;
+        driver.cyclicReads.last().count = static_cast<qint32>(open.length);
     }
-}
-
-// Takes the first elements off `rest`, at most `maxCount` (below 1 counts as 1). A run without
-// elements is a piece of its own.
-KEY_ADDRESS cutFront(KEY_ADDRESS &rest, qint32 maxCount)
-{
-    KEY_ADDRESS piece = rest;
-    piece.count = qMin(rest.count, qMax(maxCount, 1));
-    rest.address = addressPlus(rest.address, piece.count);
-    rest.count -= piece.count;
-    return piece;
 }
 
 VARIABLE oneShotRead(const KEY_ADDRESS &piece, qint32 reqTag)
@@ -171,22 +171,31 @@ int _setDataAreaMonitorFlag(int station, QString area, int address, int count)
 {
     const DeviceArea *const row = findDeviceArea(area);
     int mark = 0;
-    if (row && row->watchedAsBits) {
+    if (row && row->watch == WATCHED_AS_BITS) {
         const qint32 first = linearAddress(*row, address);
         for (int i = 0; i < count; ++i) {
             const qint32 bit = addressPlus(first, i);
-            _DATA_ &entry = dataArea(station, area, bit / BLOCK_BITS);
+            _DATA_ &entry = dataAreaToChange(station, area, bit / BLOCK_BITS);
             mark = _setBitValue(entry.bitMonitor, static_cast<quint8>(bit % BLOCK_BITS), true);
             entry.bitMonitor = mark;
         }
     } else {
         for (int i = 0; i < count; ++i) {
-            _DATA_ &entry = dataArea(station, area, addressPlus(address, i));
+            _DATA_ &entry = dataAreaToChange(station, area, addressPlus(address, i));
             mark = _setBitValue(entry.wordMonitor, 0, true);
             entry.wordMonitor = mark;
         }
     }
     return mark;
+}
+
+KEY_ADDRESS cutFront(KEY_ADDRESS &rest, qint32 maxCount)
+{
+    KEY_ADDRESS piece = rest;
+    piece.count = qMin(rest.count, qMax(maxCount, 1));
+    rest.address = addressPlus(rest.address, piece.count);
+    rest.count -= piece.count;
+    return piece;
 }
 
 void groupingKey(KEY_ADDRESS &key, qint32 maxCount, QList<KEY_ADDRESS> &out, qint32)
@@ -199,29 +208,23 @@ void groupingKey(KEY_ADDRESS &key, qint32 maxCount, QList<KEY_ADDRESS> &out, qin
 
 qint32 intf_addrMerge(const QList<KEY_ADDRESS> &list) noexcept
 {
-    for (int i = 0; i < driver.dataAreas.size(); ++i) {
-        driver.dataAreas[i].wordMonitor = 0;
-        driver.dataAreas[i].bitMonitor = 0;
-    }
+    clearWatchMarks();
     for (const KEY_ADDRESS &key : list)
         _setDataAreaMonitorFlag(key.station, key.area, key.address, key.count);
 
     driver.cyclicReads.clear();
-    ChunksByKey chunks;
+    QVector<Chunk> chunks;
     for (const KEY_ADDRESS &key : list)
         cutIntoChunks(key, chunks);
-    for (qint32 mapKey : chunks.uniqueKeys()) {
-        QList<Chunk> ofKey = chunks.values(mapKey); // newest first, and so they stay among equals
-        std::stable_sort(ofKey.begin(), ofKey.end(), startsBefore);
-        appendBlocks(ofKey);
-    }
+    std::reverse(chunks.begin(), chunks.end()); // of equals the newest comes first
+    std::stable_sort(chunks.begin(), chunks.end(), comesBefore);
+    appendBlocks(chunks);
     return static_cast<qint32>(driver.cyclicReads.size());
 }
 
 qint32 intf_addConditionRead(KEY_ADDRESS &key, qint32 reqTag) noexcept
 {
     const qint32 most = key.elemKind == -1 ? driver.bitGroupLimit : driver.wordGroupLimit;
-    // One piece at a time: all of an absurdly long run would not fit the memory.
     KEY_ADDRESS rest = key;
     do {
         const KEY_ADDRESS piece = cutFront(rest, most);

@@ -6,11 +6,11 @@
 // Ends after COUNT lines, when the line is lost, or with Ctrl-C.
 #include "host/driver_library.h"
 #include "host/error.h"
-#include "host/link.h"
-#include "host/poll_plan.h"
-#include "host/session.h"
-#include "host/tag.h"
-#include "host/values.h"
+#include "host/line/link.h"
+#include "host/session/request_ranges.h"
+#include "host/session/session.h"
+#include "host/tags/tag.h"
+#include "host/tags/values.h"
 
 #include <QCoreApplication>
 #include <QStringList>
@@ -26,7 +26,7 @@ std::atomic<bool> g_stop{false};
 
 void watch(kmr::Session &session, const kmr::Tag &tag, int count)
 {
-    session.poll(kmr::readRuns({tag}, session.groupLimit()));
+    session.poll(kmr::readRanges({tag}, session.groupLimit()));
     kmr::Values shown;
     while (count > 0 && session.step() == kmr::PollLoop::Step::Exchanged) {
         // The driver shows written and old values as well: only a good one was just read.
@@ -64,7 +64,7 @@ int main(int argc, char *argv[])
         watch(session, tag, arguments.size() > 4 ? arguments[4].toInt() : 1000000);
     } catch (const kmr::Error &error) {
         std::fprintf(stderr, "own_tool: %s\n", error.what());
-        return static_cast<int>(error.code());
+        return error.kind() == kmr::ErrorKind::Usage ? 2 : 1;
     }
     return 0;
 }

@@ -1,6 +1,6 @@
 // What a line may bring in answer to a request, before the host tells the answer from the rest. The
 // first byte chooses request and echo, the second the size of the pieces that arrive.
-#include "host/reply_filter.h"
+#include "host/line/reply_filter.h"
 
 #include <cstdlib>
 #include <iterator>

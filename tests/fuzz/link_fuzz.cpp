@@ -1,6 +1,6 @@
 // Links as a person may type them.
 #include "host/error.h"
-#include "host/link.h"
+#include "host/line/link.h"
 
 #include <cstdlib>
 

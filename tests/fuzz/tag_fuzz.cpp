@@ -1,6 +1,6 @@
 // Tags as a person may type them.
 #include "host/error.h"
-#include "host/tag.h"
+#include "host/tags/tag.h"
 
 #include <cstdlib>
 

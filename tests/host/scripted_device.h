@@ -2,7 +2,7 @@
 // while somebody waits for characters.
 #pragma once
 
-#include "host/poll_loop.h"
+#include "host/line/poll_loop.h"
 
 #include <QIODevice>
 

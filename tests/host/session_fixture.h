@@ -1,9 +1,8 @@
 // A session on the built driver and a line to a simulated controller.
 #pragma once
 
-#include "host/poll_plan.h"
-#include "host/session.h"
-#include "simulator/areas.h"
+#include "host/session/request_ranges.h"
+#include "host/session/session.h"
 #include "simulator/controller.h"
 #include "tests/host/scripted_device.h"
 
@@ -70,7 +69,7 @@ protected:
 
     void poll(const QStringList &texts)
     {
-        m_session->poll(readRuns(tags(texts), m_session->groupLimit()));
+        m_session->poll(readRanges(tags(texts), m_session->groupLimit()));
     }
 
     // Writes all of a tag, as the command does.
@@ -78,7 +77,7 @@ protected:
     {
         RequestResult result;
         auto next = values.begin();
-        for (const kmr::Run &run : writeRuns(tag(text), m_session->groupLimit())) {
+        for (const kmr::ElementRange &run : writeRanges(tag(text), m_session->groupLimit())) {
             result = m_session->write(run, Values(next, next + run.count));
             if (!result.isDone())
                 break;

@@ -148,7 +148,7 @@ void Judge::checkValues(const kmr::Exchange &exchange)
 {
     const QByteArray function(exchange.request.frame + 3, 2);
     const bool isRead = function == "02" || function == "03";
-    const kmr::Run run = kmr::refreshedBy(exchange.request);
+    const kmr::ElementRange run = kmr::refreshedBy(exchange.request);
     for (std::size_t i = 0; i < m_cells.size(); ++i) {
         const Cell &cell = m_cells[i];
         if (m_session->state(m_tags[i]).quality != kmr::Quality::Good)

@@ -1,8 +1,8 @@
 // What the soak test demands of the host, looked at after each exchange and each request.
 #pragma once
 
-#include "host/session.h"
-#include "host/tag.h"
+#include "host/session/session.h"
+#include "host/tags/tag.h"
 #include "tests/soak/plant.h"
 
 #include <QString>

@@ -2,7 +2,7 @@
 // memory. Its functions are for the host's thread.
 #pragma once
 
-#include "host/poll_loop.h"
+#include "host/line/poll_loop.h"
 #include "simulator/controller.h"
 #include "simulator/faults.h"
 #include "simulator/pseudo_terminal.h"

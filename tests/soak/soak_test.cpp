@@ -19,9 +19,9 @@
 //   The simulator never deals them.
 #include "host/driver_library.h"
 #include "host/error.h"
-#include "host/link.h"
-#include "host/poll_plan.h"
-#include "host/session.h"
+#include "host/line/link.h"
+#include "host/session/request_ranges.h"
+#include "host/session/session.h"
 #include "modbus/ascii.h"
 #include "modbus/protocol.h"
 #include "tests/soak/judge.h"
@@ -132,7 +132,7 @@ public:
     Soak(const kmr::DriverFunctions &driver, Plant::Link link, std::uint64_t seed)
         : m_driver(driver), m_random(seed), m_plant(link, m_cells, seed),
           m_judge(m_plant, m_cells, tags(), RETRIES),
-          m_runs(kmr::readRuns(tags(), kmr::SessionSettings().groupLimit))
+          m_ranges(kmr::readRanges(tags(), kmr::SessionSettings().groupLimit))
     {
     }
 
@@ -161,7 +161,7 @@ public:
         m_plant.set(faultsOf(habit, false), 0, false);
         if (kmr::isLost(*m_device))
             connect();
-        for (std::size_t i = 0; i < m_runs.size(); ++i)
+        for (std::size_t i = 0; i < m_ranges.size(); ++i)
             m_session->step();
         m_judge.demandAllCurrent();
         disconnect();
@@ -206,7 +206,7 @@ private:
         m_session =
             std::make_unique<kmr::Session>(m_driver, *m_device, settings, m_stop, m_plant.clock());
         m_judge.watch(*m_session);
-        m_session->poll(m_runs);
+        m_session->poll(m_ranges);
     }
 
     int random(int below)
@@ -243,8 +243,8 @@ private:
     {
         const std::size_t index = randomCell(random(2) == 0 ? Owner::Host : Owner::Controller);
         m_judge.begin({});
-        const kmr::Run run{1, m_cells[index].area, m_cells[index].number,
-                           m_cells[index].kind == CellKind::Bits ? 16 : 1};
+        const kmr::ElementRange run{1, m_cells[index].area, m_cells[index].number,
+                                    m_cells[index].kind == CellKind::Bits ? 16 : 1};
         m_judge.end(m_session->readOnce(run), {});
     }
 
@@ -283,7 +283,7 @@ private:
     std::mt19937_64 m_random;
     Plant m_plant;
     Judge m_judge;
-    const std::vector<kmr::Run> m_runs;
+    const std::vector<kmr::ElementRange> m_ranges;
     const std::atomic<bool> m_stop{false};
     EchoHabit m_habit = EchoHabit::Never;
     std::unique_ptr<QIODevice> m_device;

@@ -1,0 +1,253 @@
+#include "host/line/frame_text.h"
+
+#include "host/line/reply_filter.h"
+#include "modbus/areas.h"
+#include "modbus/ascii.h"
+#include "modbus/protocol.h"
+
+namespace kmr {
+
+namespace {
+
+constexpr int REQUEST_BYTES = 6; // station, function, address, quantity or value
+constexpr int WRITE_HEAD_BYTES = 7;
+constexpr int ANSWER_HEAD_BYTES = 3; // station, function, byte count
+constexpr int REFUSAL_BYTES = 3;
+
+int byteAt(const QByteArray &message, int position)
+{
+    return static_cast<unsigned char>(message.at(position));
+}
+
+int wordAt(const QByteArray &message, int position)
+{
+    return byteAt(message, position) * 256 + byteAt(message, position + 1);
+}
+
+QString hex(int value, int digits)
+{
+    return QString::number(value, 16).toUpper().rightJustified(digits, QLatin1Char('0'));
+}
+
+const char *functionName(int function)
+{
+    switch (function) {
+    case modbus::READ_DISCRETE_INPUTS:
+        return " read discrete inputs";
+    case modbus::READ_HOLDING_REGISTERS:
+        return " read holding registers";
+    case modbus::WRITE_SINGLE_COIL:
+        return " write single coil";
+    case modbus::WRITE_MULTIPLE_REGISTERS:
+        return " write multiple registers";
+    default:
+        return " (not used on this line)";
+    }
+}
+
+bool isRead(int function)
+{
+    return function == modbus::READ_DISCRETE_INPUTS || function == modbus::READ_HOLDING_REGISTERS;
+}
+
+modbus::Table tableOf(int readFunction)
+{
+    return readFunction == modbus::READ_DISCRETE_INPUTS ? modbus::Table::Bits
+                                                        : modbus::Table::Registers;
+}
+
+QString counted(int count, modbus::Table table)
+{
+    const QString unit = table == modbus::Table::Bits ? "bit" : "register";
+    return QString::number(count) + ' ' + unit + (count == 1 ? "" : "s");
+}
+
+// Bits travel eight in a byte, the first one lowest (Modbus Application Protocol V1.1b3, section
+// 6.2). `address` is that of the first, or -1 where it isn't known.
+QString bitsText(const QByteArray &data, int address)
+{
+    QStringList names;
+    for (int bit = 0; bit < 8 * data.size(); ++bit) {
+        if ((byteAt(data, bit / 8) >> (bit % 8) & 1) == 0)
+            continue;
+        const QString name =
+            address < 0 ? QString() : modbus::elementAt(modbus::Table::Bits, address + bit);
+        names.append(name.isEmpty() ? "bit " + QString::number(bit) : name);
+    }
+    return names.isEmpty() ? QString("all off") : "on: " + names.join(", ");
+}
+
+QString registersText(const QByteArray &data, int bytesEach)
+{
+    QStringList values;
+    for (int i = 0; i + bytesEach <= data.size(); i += bytesEach) {
+        quint32 value = 0;
+        for (int k = 0; k < bytesEach; ++k)
+            value = value << 8 | static_cast<unsigned char>(data.at(i + k));
+        values.append(QString::number(value));
+    }
+    return values.isEmpty() ? QString("no value") : values.join(' ');
+}
+
+void tellElements(int address, int count, modbus::Table table, FrameText &text)
+{
+    text.addressRange = counted(count, table) + " from " + hex(address, 4);
+    text.aliases = modbus::elementsAt(table, address, count);
+    if (!text.aliases.isEmpty())
+        text.elements = text.aliases.takeFirst();
+}
+
+void explainBitWrite(const QByteArray &message, FrameText &text)
+{
+    text.kind = FrameKind::RequestOrAnswer;
+    tellElements(wordAt(message, 2), 1, modbus::Table::Bits, text);
+    const int value = wordAt(message, 4);
+    text.values = value == modbus::COIL_ON    ? QString("on")
+                  : value == modbus::COIL_OFF ? QString("off")
+                                              : hex(value, 4) + ", which is neither on nor off";
+}
+
+void explainRegisterWrite(const QByteArray &message, FrameText &text)
+{
+    const int address = wordAt(message, 2);
+    tellElements(address, wordAt(message, 4), modbus::Table::Registers, text);
+    if (message.size() == REQUEST_BYTES) {
+        text.kind = FrameKind::Answer;
+        return;
+    }
+    text.kind = FrameKind::Request;
+    const QByteArray data = message.mid(WRITE_HEAD_BYTES);
+    if (byteAt(message, WRITE_HEAD_BYTES - 1) != data.size())
+        text.fault = QString("it announces %1 bytes of values and carries %2")
+                         .arg(byteAt(message, WRITE_HEAD_BYTES - 1))
+                         .arg(data.size());
+    text.values = registersText(data, modbus::registerBytes(address));
+}
+
+// `request` is the message of the line before, or empty.
+void explainReadAnswer(const QByteArray &message, const QByteArray &request, FrameText &text)
+{
+    const modbus::Table table = tableOf(byteAt(message, 1));
+    const QByteArray data = message.mid(ANSWER_HEAD_BYTES);
+    const bool isKnown = request.size() == REQUEST_BYTES && request.left(2) == message.left(2);
+    const int address = isKnown ? wordAt(request, 2) : -1;
+    text.kind = FrameKind::Answer;
+    if (byteAt(message, 2) != data.size())
+        text.fault = QString("it announces %1 bytes of values and carries %2")
+                         .arg(byteAt(message, 2))
+                         .arg(data.size());
+    if (isKnown)
+        tellElements(address, wordAt(request, 4), table, text);
+    text.values = table == modbus::Table::Bits
+                      ? bitsText(data, address)
+                      : registersText(data, modbus::registerBytes(address));
+}
+
+void explainMessage(const QByteArray &message, const QByteArray &request, FrameText &text)
+{
+    const int function = byteAt(message, 1);
+    const int plain = function & ~modbus::EXCEPTION_BIT;
+    text.function = hex(plain, 2) + functionName(plain);
+    if (function != plain && message.size() == REFUSAL_BYTES) {
+        text.kind = FrameKind::Refusal;
+        text.exception = exceptionText(byteAt(message, 2));
+    } else if (isRead(function) && message.size() == REQUEST_BYTES) {
+        // An answer of three bytes would be as long, but the driver never asks for that many.
+        text.kind = FrameKind::Request;
+        tellElements(wordAt(message, 2), wordAt(message, 4), tableOf(function), text);
+    } else if (isRead(function) && message.size() > ANSWER_HEAD_BYTES) {
+        explainReadAnswer(message, request, text);
+    } else if (function == modbus::WRITE_SINGLE_COIL && message.size() == REQUEST_BYTES) {
+        explainBitWrite(message, text);
+    } else if (function == modbus::WRITE_MULTIPLE_REGISTERS && message.size() >= REQUEST_BYTES) {
+        explainRegisterWrite(message, text);
+    } else if (functionName(plain)[1] == '(') {
+        text.fault = "a function that is not used on this line";
+    } else {
+        text.fault = QString("%1 bytes fit no frame of this function").arg(message.size());
+    }
+}
+
+QString lrcText(int found, int right)
+{
+    return found == right
+               ? hex(found, 2) + " right"
+               : QString("%1 wrong, %2 would be right").arg(hex(found, 2), hex(right, 2));
+}
+
+} // namespace
+
+FrameText explainLine(const QByteArray &line, const QByteArray &request)
+{
+    FrameText text;
+    const modbus::DecodedLine decoded = modbus::decodeLine(line);
+    if (decoded.fault != modbus::LineFault::None && decoded.fault != modbus::LineFault::WrongLrc) {
+        text.fault = modbus::toText(decoded.fault);
+        return text;
+    }
+    QByteArray message = QByteArray::fromHex(line.mid(1, line.size() - 3));
+    const int lrc = byteAt(message, static_cast<int>(message.size()) - 1);
+    message.chop(1);
+    text.station = QString::fromLatin1(line.mid(1, 2));
+    text.lrc = lrcText(lrc, modbus::lrc(message));
+    explainMessage(message, modbus::decodeLine(request).message, text);
+    if (decoded.fault != modbus::LineFault::None)
+        text.fault = "LRC " + text.lrc;
+    text.isGood = text.fault.isEmpty();
+    return text;
+}
+
+QString toText(const FrameText &frame)
+{
+    const QString station =
+        frame.station == "00" ? QString("all stations") : "station " + frame.station;
+    const QString subject = frame.elements.isEmpty() ? frame.addressRange : frame.elements;
+    QString text;
+    switch (frame.kind) {
+    case FrameKind::Request:
+        text = frame.values.isEmpty() ? station + ": read " + subject
+                                      : station + ": write " + subject + ": " + frame.values;
+        break;
+    case FrameKind::Answer:
+        text = frame.values.isEmpty()
+                   ? station + " has written " + subject
+                   : station + " answers " +
+                         (subject.isEmpty() ? frame.values : subject + ": " + frame.values);
+        break;
+    case FrameKind::RequestOrAnswer:
+        text = station + ": write " + subject + ": " + frame.values;
+        break;
+    case FrameKind::Refusal:
+        text = station + " refuses: " + frame.exception;
+        break;
+    case FrameKind::Unreadable:
+        return frame.fault;
+    }
+    return frame.isGood ? text : text + " [" + frame.fault + ']';
+}
+
+QByteArray lineFromText(const QString &text)
+{
+    QString line = text.trimmed();
+    line.replace("\\r", "\r").replace("\\n", "\n");
+    return line.trimmed().toLatin1() + "\r\n";
+}
+
+QString visible(const QByteArray &characters)
+{
+    QString text;
+    for (const char character : characters) {
+        const int code = static_cast<unsigned char>(character);
+        if (character == '\r')
+            text += "\\r";
+        else if (character == '\n')
+            text += "\\n";
+        else if (code < 0x20 || code > 0x7E)
+            text += "\\x" + hex(code, 2);
+        else
+            text += QLatin1Char(character);
+    }
+    return text;
+}
+
+} // namespace kmr

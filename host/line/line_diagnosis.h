@@ -1,0 +1,51 @@
+// What is wrong with a line, told from what came back over it, and what to do about it.
+#pragma once
+
+#include "host/line/reply_filter.h"
+
+#include <QByteArray>
+#include <QString>
+
+#include <vector>
+
+namespace kmr {
+
+// One read request, sent once and judged with EchoMode::Auto, and what came back.
+struct Probe {
+    QByteArray request;  // ':' to LF
+    QByteArray received; // all characters, echo and noise included
+    ReplyFault fault = ReplyFault::None;
+    int exceptionCode = 0; // of a refusal, else 0
+};
+
+enum class Finding {
+    Good,
+    Refused,      // answered by an exception
+    Unsteady,     // some requests were answered, others not
+    WrongEcho,    // answered, but the line echoes where the setting denies it, or the reverse
+    Silent,       // no character came
+    Late,         // answered, but not within the timeout
+    EchoOnly,     // nothing but the requests themselves
+    OtherHost,    // requests that are not ours
+    OtherStation, // good lines of a station that was not asked
+    NoFit,        // good lines of the station that answer something else
+    WrongParity,  // the characters make sense without their top bit
+    Damaged,      // the characters of frames, but no good line
+    Garbled,      // other characters
+    NotOpened,    // the link could not be opened
+    Lost          // the link broke while the station was asked
+};
+
+struct Diagnosis {
+    Finding finding = Finding::Silent;
+    QString text;   // what is wrong, in sentences
+    QString advice; // what to do, in sentences; empty where nothing is to be done
+};
+
+// A word or two for records: "other station".
+QString findingName(Finding finding);
+
+// Judges the probes of one station, at least one. `echo` is what the user has set.
+Diagnosis diagnose(const std::vector<Probe> &probes, EchoMode echo);
+
+} // namespace kmr

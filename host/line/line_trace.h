@@ -1,0 +1,61 @@
+// Traffic, line by line: time, direction, frame and what it means.
+//
+//     2024-05-01T12:00:00.125+02:00 > :01031064000187\r\n  station 01: read D100
+//     2024-05-01T12:00:00.133+02:00 < :0103020001F9\r\n  station 01 answers D100: 1
+#pragma once
+
+#include "host/line/frame_text.h"
+
+#include <QByteArray>
+#include <QDateTime>
+#include <QString>
+
+#include <functional>
+
+namespace kmr {
+
+// The time as RFC 3339 has it, with milliseconds and the offset from UTC.
+QString timeText(const QDateTime &time);
+
+struct TracedLine {
+    QDateTime time; // when its last characters passed
+    bool isSent = false;
+    QByteArray characters; // ':' to LF, or what there was of it
+    bool isEcho = false;   // received and equal to the request before; of a bit write it may as
+                           // well be the answer
+    FrameText frame;
+};
+
+// The line as above.
+QString toText(const TracedLine &line);
+
+class LineTrace {
+public:
+    using Sink = std::function<void(const TracedLine &line)>;
+
+    explicit LineTrace(Sink sink) : m_sink(std::move(sink)) {}
+    ~LineTrace()
+    {
+        flush();
+    }
+    LineTrace(const LineTrace &) = delete;
+    LineTrace &operator=(const LineTrace &) = delete;
+
+    // Takes the next characters of one direction, in pieces of any size. Received ones that are no
+    // whole frame are told when the next frame begins or is sent, at flush() and at the end of the
+    // trace.
+    void add(const QDateTime &time, bool isSent, const QByteArray &characters);
+
+    // Tells what has been received and is no whole frame.
+    void flush();
+
+private:
+    void tell(const QDateTime &time, bool isSent, const QByteArray &line);
+
+    const Sink m_sink;
+    QByteArray m_request;   // sent last
+    QByteArray m_received;  // not told yet
+    QDateTime m_receivedAt; // when its newest characters came
+};
+
+} // namespace kmr

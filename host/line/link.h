@@ -1,0 +1,48 @@
+// The link to a controller: a serial port or a TCP connection, behind a QIODevice.
+#pragma once
+
+#include <QIODevice>
+#include <QSerialPort>
+#include <QString>
+
+#include <atomic>
+#include <chrono>
+#include <memory>
+
+namespace kmr {
+
+// A link as typed: "serial:///dev/ttyUSB0?baud=9600&frame=7E1" or "tcp://host:port".
+struct LinkAddress {
+    enum class Kind { Serial, Tcp };
+
+    Kind kind = Kind::Tcp;
+    QString host;                                        // TCP: name or address
+    quint16 port = 8888;                                 // TCP: 1 to 65535
+    QString device;                                      // serial: "/dev/ttyUSB0"
+    qint32 baud = 9600;                                  // serial: bits a second
+    QSerialPort::DataBits dataBits = QSerialPort::Data7; // serial: 7 or 8
+    QSerialPort::Parity parity = QSerialPort::EvenParity;
+    QSerialPort::StopBits stopBits = QSerialPort::OneStop;
+};
+
+// Reads a typed link. What it leaves out keeps the values above, which are the driver's own default
+// settings. Throws Error (Usage) that names every bad part.
+LinkAddress parseLink(const QString &text);
+
+// Opens the link, for TCP within `timeout` and until `stop` is set; needs a QCoreApplication then.
+// Throws Error (Link) with the cause and a remedy.
+std::unique_ptr<QIODevice> openLink(const LinkAddress &address, std::chrono::milliseconds timeout,
+                                    const std::atomic<bool> &stop);
+
+// Opens a lost TCP connection again, on the same device; false where it does not come about within
+// `timeout` or before `stop` is set. A serial port that is gone stays lost.
+bool reconnect(QIODevice &device, const LinkAddress &address, std::chrono::milliseconds timeout,
+               const std::atomic<bool> &stop);
+
+// How long one character takes on the wire; 0 for TCP.
+std::chrono::nanoseconds characterTime(const LinkAddress &address);
+
+// True when nothing can be sent or received over an opened device any more.
+bool isLost(const QIODevice &device);
+
+} // namespace kmr

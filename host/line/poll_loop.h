@@ -1,0 +1,166 @@
+// The communication loop of a host: takes the driver's next frame, sends it, collects the answer
+// and hands it in.
+#pragma once
+
+#include "host/driver_library.h"
+#include "host/line/reply_filter.h"
+#include "host/line/station_pauses.h"
+#include "modbus/ascii.h"
+
+#include <QByteArray>
+#include <QIODevice>
+#include <QString>
+
+#include <atomic>
+#include <chrono>
+#include <functional>
+#include <map>
+
+namespace kmr {
+
+using Clock = std::function<std::chrono::steady_clock::time_point()>;
+
+struct PollSettings {
+    // From the end of a request to the end of its answer; for every character on the wire
+    // `characterTime` comes on top.
+    std::chrono::milliseconds timeout{1000};
+    std::chrono::nanoseconds characterTime{0};
+    EchoMode echo = EchoMode::Auto;
+    std::chrono::milliseconds gap{0}; // silence on the line before each request
+    // Silence before the first request: what somebody else asked before may still be answered.
+    std::chrono::milliseconds firstQuiet{0};
+    // Told of all characters as they are sent and as they arrive, those of no use included.
+    std::function<void(bool isSent, const QByteArray &characters)> tap = {};
+};
+
+// One request, and what came of it.
+struct Exchange {
+    enum class Outcome {
+        Good,        // answered
+        SentAgain,   // bad: the driver sends the same frame again
+        GivenUp,     // bad for the last time
+        Interrupted, // the line was lost, or the loop stopped, before the answer was there
+        PassedOver   // not sent: its station is silent and has a pause (Turn::PassOver)
+    };
+
+    const FRAME_PRO &request; // valid during the observer's call
+    QByteArray received = {}; // all that arrived, echo and noise included
+    Outcome outcome = Outcome::Interrupted;
+    ReplyFault fault = ReplyFault::None;   // why it brought no usable line
+    int exceptionCode = 0;                 // of a refusal, else 0
+    QString driverText = {};               // the driver's own description of the request
+    std::chrono::nanoseconds roundTrip{0}; // from the first character sent to the answer's last
+    // Before it came an answer that no request waited for: those taken for the answers to earlier
+    // requests to this station may have been others'.
+    bool isOutOfStep = false;
+};
+
+// Answers carry no mark of their request, so one that comes late or twice could be taken for that
+// of the next request. The loop counts the answers that each station owes:
+//
+//  - The same request is sent again at once: whichever of its answers comes is one to it.
+//  - Before another request to the station it waits until all owed answers have come, or can be
+//    taken for lost: behind a good answer a timeout after the time that it could have taken, from
+//    the first attempt on, behind a request that was given up three timeouts, and a timeout after
+//    the time that the station's late answers took so far.
+//  - An answer that comes although none is owed shows that answers are out of step: the loop waits
+//    for a quiet line, and tells the observer.
+//
+// Blocks in the device's waits and needs no Qt event loop. Nothing here is safe to call from two
+// threads, the stop flag excepted.
+class PollLoop {
+public:
+    using Observer = std::function<void(const Exchange &)>;
+
+    enum class Step {
+        Exchanged, // one request went out, and the observer was told of it
+        Idle,      // the driver has nothing to send
+        LineLost,  // the device can't be used any more, or took no characters for the timeout
+        Stopped    // the stop flag is set
+    };
+
+    // All arguments by reference must outlive the loop. `stop` is looked at every 50 ms at least.
+    PollLoop(const DriverFunctions &driver, QIODevice &device, const PollSettings &settings,
+             const std::atomic<bool> &stop, Clock clock);
+
+    // Is called once for each exchange, and for each request that is passed over before it.
+    void setObserver(Observer observer)
+    {
+        m_observer = std::move(observer);
+    }
+
+    // Decides on each request before it is sent; without it all are asked. Must let one of those in
+    // turn pass, or the loop goes on looking for it.
+    using TurnOf = std::function<Turn(const FRAME_PRO &request)>;
+    void setTurnOf(TurnOf turnOf)
+    {
+        m_turnOf = std::move(turnOf);
+    }
+
+    // Is called every 50 ms while the loop waits.
+    void setWaitObserver(std::function<void()> observer)
+    {
+        m_waitObserver = std::move(observer);
+    }
+
+    // Makes one exchange, or waits 10 ms when there is nothing to send. After LineLost or Stopped
+    // the driver may wait for an answer that never comes: start anew with intf_initProperty.
+    Step step();
+
+    // What is known of the line's echo.
+    const Echo &echo() const
+    {
+        return m_echo;
+    }
+
+private:
+    enum class Wait { Characters, TimeOver, Broken };
+    using TimePoint = std::chrono::steady_clock::time_point;
+
+    // What a station has not answered yet.
+    struct Owed {
+        int answers = 0;
+        TimePoint firstSent; // the oldest of their requests
+        TimePoint lastSent;
+        TimePoint until;                     // then what has not come is taken for lost
+        std::chrono::nanoseconds slowest{0}; // what came late, came within this time
+    };
+
+    bool isNextPassedOver();
+    Step exchange();
+    Step idle();
+    bool settle(const QByteArray &station, bool isRetry);
+    void emptyLine();
+    QByteArray receive();
+    void takeStrays(const QByteArray &bytes);
+    void noteSent(const QByteArray &station, bool isRetry);
+    void noteEnd(const QByteArray &station, const Exchange &exchange);
+    bool send(const QByteArray &frame);
+    ReplyFilter::Verdict collect(ReplyFilter &filter, TimePoint deadline, QByteArray &received);
+    void handIn(Exchange &exchange, QByteArray reply);
+    Wait waitUntil(TimePoint deadline);
+    void quietAfter(const Exchange &exchange);
+    Step broken() const;
+    void tell(const Exchange &exchange) const;
+
+    const DriverFunctions &m_driver;
+    QIODevice &m_device;
+    const PollSettings m_settings;
+    const std::atomic<bool> &m_stop;
+    const Clock m_clock;
+    Observer m_observer;
+    std::function<void()> m_waitObserver;
+    TurnOf m_turnOf;
+    Echo m_echo;
+    FRAME_PRO m_frame;
+    Turn m_turn = Turn::Ask;           // of m_frame
+    std::chrono::milliseconds m_quiet; // silence that must pass before the next request
+    TimePoint m_lastHeard;             // when it began
+    std::map<QByteArray, Owed> m_owed; // by the station's characters
+    QByteArray m_lastStation;          // that of the last request
+    bool m_isRetry = false;            // the next request is the last one once more
+    modbus::LineCollector m_strays;    // what comes between requests
+    bool m_isOutOfStep = false;
+};
+
+} // namespace kmr

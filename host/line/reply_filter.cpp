@@ -1,0 +1,243 @@
+#include "host/line/reply_filter.h"
+
+#include "modbus/areas.h"
+#include "modbus/protocol.h"
+
+#include <algorithm>
+
+namespace kmr {
+
+namespace {
+
+constexpr int STATION_POSITION = 1; // in a line
+constexpr int STATION_CHARS = 2;
+
+int byteAt(const QByteArray &message, int position)
+{
+    return static_cast<unsigned char>(message.at(position));
+}
+
+int wordAt(const QByteArray &message, int position)
+{
+    return byteAt(message, position) * 256 + byteAt(message, position + 1);
+}
+
+ReplyFault toReplyFault(modbus::LineFault fault)
+{
+    switch (fault) {
+    case modbus::LineFault::TooLong:
+        return ReplyFault::TooLong;
+    case modbus::LineFault::NotHex:
+        return ReplyFault::NotHex;
+    case modbus::LineFault::TooShort:
+        return ReplyFault::WrongLength;
+    case modbus::LineFault::WrongLrc:
+        return ReplyFault::WrongLrc;
+    case modbus::LineFault::None:
+    case modbus::LineFault::NoStart:
+    case modbus::LineFault::NoLineEnd:
+        break;
+    }
+    return ReplyFault::Incomplete;
+}
+
+} // namespace
+
+QString toText(ReplyFault fault)
+{
+    switch (fault) {
+    case ReplyFault::None:
+        return "no fault";
+    case ReplyFault::Silence:
+        return "no answer";
+    case ReplyFault::Noise:
+        return "only noise: is the line's speed or parity wrong?";
+    case ReplyFault::Incomplete:
+        return "an answer without its end";
+    case ReplyFault::TooLong:
+        return "an answer longer than any frame";
+    case ReplyFault::NotHex:
+        return "an answer with characters that are no hexadecimal digits";
+    case ReplyFault::WrongLrc:
+        return "an answer with a wrong LRC";
+    case ReplyFault::WrongStation:
+        return "another station's answer";
+    case ReplyFault::WrongFunction:
+        return "an answer to another function";
+    case ReplyFault::WrongLength:
+        return "an answer of the wrong length";
+    case ReplyFault::WrongAcknowledgement:
+        return "the acknowledgement of another write";
+    case ReplyFault::NoExceptionCode:
+        return "an exception without a code";
+    case ReplyFault::SeveralAnswers:
+        return "two different answers at once: answers are out of step";
+    case ReplyFault::MissingEcho:
+        return "an answer without the echo that the line gave before";
+    case ReplyFault::UnexpectedEcho:
+        return "the request itself came back: does the line echo?";
+    case ReplyFault::EchoOrAnswer:
+        return "the request came back once, as its answer or as the line's echo";
+    case ReplyFault::NotSendable:
+        return "the request fits no frame";
+    }
+    return "unknown fault";
+}
+
+QString exceptionText(int code)
+{
+    static const char *const NAMES[] = {nullptr,
+                                        "illegal function",
+                                        "illegal data address",
+                                        "illegal data value",
+                                        "server device failure",
+                                        "acknowledge",
+                                        "server device busy",
+                                        nullptr,
+                                        "memory parity error",
+                                        nullptr,
+                                        "gateway path unavailable",
+                                        "gateway target device failed to respond"};
+    const bool isNamed = code > 0 && code < static_cast<int>(std::size(NAMES)) && NAMES[code];
+    return QString("%1 (exception %2)")
+        .arg(isNamed ? NAMES[code] : "a reason of its own")
+        .arg(code, 2, 16, QLatin1Char('0'));
+}
+
+ReplyFilter::ReplyFilter(const QByteArray &request, Echo &echo)
+    : m_request(request), m_requestMessage(modbus::decodeLine(request).message), m_echo(echo)
+{
+}
+
+ReplyFilter::Verdict ReplyFilter::take(const QByteArray &bytes)
+{
+    m_taken += bytes.size();
+    const QList<QByteArray> lines = m_collector.take(bytes);
+    for (int i = 0; i < lines.size(); ++i) {
+        const Verdict verdict = lines[i] == m_request ? judgeOwnText(lines[i]) : judge(lines[i]);
+        if (verdict == Verdict::Good &&
+            std::any_of(lines.begin() + i + 1, lines.end(),
+                        [this](const QByteArray &line) { return isRival(line); }))
+            return bad(ReplyFault::SeveralAnswers);
+        if (verdict != Verdict::MoreWanted)
+            return verdict;
+    }
+    return Verdict::MoreWanted;
+}
+
+// Whether `line`, behind the answer, is another one from the same station.
+bool ReplyFilter::isRival(const QByteArray &line) const
+{
+    return line != m_reply &&
+           line.mid(STATION_POSITION, STATION_CHARS) ==
+               m_request.mid(STATION_POSITION, STATION_CHARS) &&
+           modbus::decodeLine(line).fault == modbus::LineFault::None;
+}
+
+ReplyFilter::Verdict ReplyFilter::end()
+{
+    if (!m_collector.partial().isEmpty())
+        return bad(ReplyFault::Incomplete);
+    if (m_ownTexts > 0 && isBitWrite() && m_echo.isUnknown())
+        return bad(ReplyFault::EchoOrAnswer);
+    return bad(m_collector.dropped() > 0 ? ReplyFault::Noise : ReplyFault::Silence);
+}
+
+ReplyFilter::Verdict ReplyFilter::judgeOwnText(const QByteArray &line)
+{
+    ++m_ownTexts;
+    if (isBitWrite()) {
+        if (m_ownTexts == 1)
+            return m_echo.isCertain() || m_echo.isUnknown() ? Verdict::MoreWanted : good(line);
+        if (m_echo.mode == EchoMode::Auto)
+            m_echo.learned = Echo::Learned::Present;
+        return good(line);
+    }
+    if (m_echo.mode == EchoMode::Off)
+        return bad(ReplyFault::UnexpectedEcho);
+    if (m_ownTexts > 1)
+        return bad(
+            ReplyFault::WrongLength); // no answer equals such a request, and one echo was due
+    m_echo.learned = Echo::Learned::Present;
+    return Verdict::MoreWanted;
+}
+
+ReplyFilter::Verdict ReplyFilter::judge(const QByteArray &line)
+{
+    const modbus::DecodedLine decoded = modbus::decodeLine(line);
+    if (decoded.fault != modbus::LineFault::None)
+        return bad(toReplyFault(decoded.fault));
+    // Characters, not numbers: that is what the controller was called by.
+    if (line.mid(STATION_POSITION, STATION_CHARS) != m_request.mid(STATION_POSITION, STATION_CHARS))
+        return bad(ReplyFault::WrongStation);
+    return judgeMessage(line, decoded.message);
+}
+
+ReplyFilter::Verdict ReplyFilter::judgeMessage(const QByteArray &line, const QByteArray &message)
+{
+    if (m_requestMessage.size() <
+        6) // function, address and quantity or value: else it asks nothing
+        return bad(ReplyFault::WrongFunction);
+    const int asked = byteAt(m_requestMessage, 1);
+    const int answered = byteAt(message, 1);
+    if (answered == (asked | modbus::EXCEPTION_BIT)) {
+        if (message.size() != 3)
+            return bad(ReplyFault::WrongLength);
+        // Codes begin with 1 (MODBUS Application Protocol V1.1b3, section 7); 0 would pass for no
+        // exception, and what was refused for done.
+        m_exceptionCode = byteAt(message, 2);
+        return m_exceptionCode != 0 ? good(line) : bad(ReplyFault::NoExceptionCode);
+    }
+    if (answered != asked)
+        return bad(ReplyFault::WrongFunction);
+
+    const bool isRead =
+        asked == modbus::READ_DISCRETE_INPUTS || asked == modbus::READ_HOLDING_REGISTERS;
+    if (isRead) {
+        const int bytes = expectedBytes();
+        const bool fits = message.size() == 3 + bytes && byteAt(message, 2) == bytes;
+        return fits ? good(line) : bad(ReplyFault::WrongLength);
+    }
+    if (message.size() != 6)
+        return bad(ReplyFault::WrongLength);
+    // A write's answer repeats its address and its value or quantity.
+    return message == m_requestMessage.left(6) ? good(line) : bad(ReplyFault::WrongAcknowledgement);
+}
+
+ReplyFilter::Verdict ReplyFilter::good(const QByteArray &line)
+{
+    if (m_echo.isCertain() && m_ownTexts == 0)
+        return bad(ReplyFault::MissingEcho);
+    // Whatever else arrived may be the rest of an echo.
+    const bool cameAlone = m_taken == line.size();
+    if (m_echo.isUnknown() && cameAlone && !isBitWrite())
+        m_echo.learned = Echo::Learned::Absent;
+    m_reply = line;
+    return Verdict::Good;
+}
+
+ReplyFilter::Verdict ReplyFilter::bad(ReplyFault fault)
+{
+    m_fault = fault;
+    m_reply.clear();
+    m_exceptionCode = 0;
+    return Verdict::Bad;
+}
+
+bool ReplyFilter::isBitWrite() const
+{
+    return m_requestMessage.size() > 1 && byteAt(m_requestMessage, 1) == modbus::WRITE_SINGLE_COIL;
+}
+
+// What a controller makes of a read request: it takes the quantity's digits for hexadecimal ones,
+// though the driver writes them in decimal.
+int ReplyFilter::expectedBytes() const
+{
+    const int address = wordAt(m_requestMessage, 2);
+    const int quantity = wordAt(m_requestMessage, 4);
+    if (byteAt(m_requestMessage, 1) == modbus::READ_DISCRETE_INPUTS)
+        return (quantity + 7) / 8;
+    return quantity * modbus::registerBytes(address);
+}
+
+} // namespace kmr

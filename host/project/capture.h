@@ -1,0 +1,65 @@
+// Captures: every character of a line with its time, in a file that can be explained or replayed
+// later.
+//
+// JSON lines. The first names the format, the others are pieces of traffic in their order:
+//
+//     {"kmr_capture":1,"begin":"2024-05-01T12:00:00.000+02:00","link":"tcp://192.168.0.10:8888"}
+//     {"us":1250,"sent":":01031064000187\r\n"}
+//     {"us":9870,"received":":0103020001F9\r\n"}
+//
+// "us" counts microseconds since "begin". Characters that arrive together have one time. One beyond
+// ASCII stands for the byte of the same number (Latin-1).
+#pragma once
+
+#include "host/error.h"
+
+#include <QByteArray>
+#include <QDateTime>
+#include <QElapsedTimer>
+#include <QFile>
+#include <QString>
+
+#include <cstdint>
+#include <vector>
+
+namespace kmr {
+
+// Writes a capture while the traffic passes; each piece is in the file at once.
+class CaptureWriter {
+public:
+    // Begins a new file. Throws Error (Usage) when it can't be written, or holds something already:
+    // an earlier capture may be the only evidence of a fault.
+    CaptureWriter(const QString &path, const QString &link);
+
+    // Throws Error (Output) when the piece can't be written, on a full disk for example. The
+    // file then ends with the piece before, and nothing more may be added.
+    void add(bool isSent, const QByteArray &characters);
+
+private:
+    void writeLine(const QByteArray &line, ErrorKind failure);
+
+    QFile m_file;
+    QElapsedTimer m_clock;
+};
+
+struct CapturedPiece {
+    std::int64_t microseconds = 0; // since the beginning
+    bool isSent = false;           // by the host
+    QByteArray characters;
+};
+
+struct Capture {
+    QDateTime begin;
+    QString link; // as typed
+    std::vector<CapturedPiece> pieces;
+    QString cut; // names a last line that breaks off and is left out; else empty
+};
+
+// Reads a capture's text. Throws Error (Usage) that names the bad line; `name` is the file's. Only
+// the last line may break off, as a lost supply or a kill leaves it.
+Capture parseCapture(const QByteArray &text, const QString &name);
+
+// Reads a capture's file. Throws Error (Usage).
+Capture readCapture(const QString &path);
+
+} // namespace kmr

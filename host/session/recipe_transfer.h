@@ -1,0 +1,69 @@
+// Recipes: lists of tags with values that the driver moves to or from the controller in one
+// transfer.
+//
+// A recipe file is text, one line for each tag:
+//
+//     # mixer, recipe 7
+//     tag,value
+//     D100,250
+//     D110x3,1 2 3
+//     CV2200,70000
+//
+// The heading is optional, empty lines and those that begin with '#' are skipped. A text with
+// commas needs quotes. For an upload the values may be missing. No element stands in two lines, and
+// nothing behind the values: half of a number with a decimal comma would pass for a remark.
+#pragma once
+
+#include "host/session/session.h"
+#include "host/tags/tag.h"
+#include "host/tags/values.h"
+
+#include <QString>
+
+#include <vector>
+
+namespace kmr {
+
+struct RecipeItem {
+    Tag tag; // words or counters
+    Values values;
+    int line = 0; // in the recipe's file, from 1 on
+};
+
+// Ignored: what stands in the place of the values may be anything, but in more than one column only
+// what is needed there.
+enum class RecipeValues { Needed, Ignored };
+
+// Reads a recipe file's text. Throws Error (Usage) that names every bad line with its number;
+// `name` is the file's, for that text.
+std::vector<RecipeItem> parseRecipe(const QString &text, const QString &name,
+                                    const TagReader &reader, RecipeValues values);
+
+// The recipe of these tags, without values. Throws Error (Usage) for a tag that no recipe can hold,
+// bits, for which the driver has no transfer, and for an element that stands in two tags.
+std::vector<RecipeItem> recipeOf(const std::vector<Tag> &tags);
+
+// The items as a recipe file's text.
+QString formatRecipe(const std::vector<RecipeItem> &items);
+
+// The text of a recipe file with the values of the items that were read from it: all else stays as
+// it is.
+QString withValues(const QString &text, const std::vector<RecipeItem> &items);
+
+// The elements of each request of a transfer, in their order. Throws as writeRanges() does.
+std::vector<ElementRange> recipeRanges(const std::vector<RecipeItem> &items, int groupLimit);
+
+struct TransferResult {
+    RequestResult result;
+    int finished = 0;   // requests answered
+    int requests = 0;   // requests of the whole transfer
+    QString failedName; // first element of the request that failed: "D108"
+};
+
+// Moves the items' values to the controller through the driver's recipe transfer.
+TransferResult download(Session &session, const std::vector<RecipeItem> &items);
+
+// Fills the items' values from the controller. On any result but Done they stay as they were.
+TransferResult upload(Session &session, std::vector<RecipeItem> &items);
+
+} // namespace kmr

@@ -1,0 +1,175 @@
+#include "host/session/request_ranges.h"
+
+#include "host/error.h"
+
+#include <algorithm>
+#include <climits>
+#include <map>
+#include <set>
+#include <utility>
+
+namespace kmr {
+
+namespace {
+
+constexpr int BLOCK_BITS = 16;
+constexpr int MOST_WORDS = 8; // the highest group limit
+
+using Numbers = std::set<int>;
+
+// What is asked for in one area of one station.
+struct Elements {
+    Numbers numbers;
+    Numbers tied; // must come in one request with the number behind them
+};
+
+// Asks for the numbers from `first` to below `end`, in one request.
+void addTied(int first, int end, Elements &elements)
+{
+    for (int number = first; number < end; ++number) {
+        elements.numbers.insert(number);
+        if (number + 1 < end)
+            elements.tied.insert(number);
+    }
+}
+
+// The bits asked for, widened below borders so that the last run there is complete.
+void widenBelowBorders(const QString &area, int runLength, Numbers &numbers)
+{
+    std::set<int> borders;
+    for (const int number : numbers) {
+        const int border = nextBorder(area, number);
+        if (number >= border - runLength)
+            borders.insert(border);
+    }
+    for (const int border : borders) {
+        for (int number = border - runLength; number < border; ++number)
+            numbers.insert(number);
+    }
+}
+
+// `runBits`: from a multiple of it on, a run of so many bits makes one request.
+void cutBits(ElementRange run, const Numbers &numbers, int runBits, std::vector<ElementRange> &runs)
+{
+    const int blockBits = std::min(runBits, BLOCK_BITS);
+    for (auto it = numbers.begin(); it != numbers.end();) {
+        const int border = nextBorder(run.area, *it);
+        const int begin = *it / blockBits * blockBits;
+        const auto next = numbers.lower_bound(std::min(begin + runBits, border));
+        run.first = *it;
+        run.count = *std::prev(next) - run.first + 1;
+        if (run.end() == border && begin + blockBits == border)
+            --run.count;
+        runs.push_back(run);
+        it = next;
+    }
+}
+
+// Makes the last request below a border and the first one behind it too long to be joined.
+void keepApartAtBorders(const QString &area, int groupLimit, Elements &words)
+{
+    for (int border = nextBorder(area, 0); border != INT_MAX; border = nextBorder(area, border)) {
+        const auto behind = words.numbers.lower_bound(border);
+        if (behind == words.numbers.begin() || behind == words.numbers.end() ||
+            *behind - *std::prev(behind) >= groupLimit)
+            continue;
+        int begin = border - groupLimit;
+        while (words.tied.count(begin - 1) > 0)
+            ++begin;
+        addTied(begin, border, words);
+        addTied(*behind, begin + groupLimit + 1, words);
+    }
+}
+
+void checkLength(const ElementRange &values, int groupLimit)
+{
+    if (values.count <= groupLimit)
+        return;
+    throw Error(
+        ErrorKind::Usage,
+        QString("the values of 32 bits in %1 to %2 need a request of %3 words, but the "
+                "group limit is %4: %5")
+            .arg(elementName(values.area, values.first), elementName(values.area, values.end() - 1))
+            .arg(values.count)
+            .arg(groupLimit)
+            .arg(values.count <= MOST_WORDS ? "raise it" : "name fewer values that overlap"));
+}
+
+void cutWords(const ElementRange &kind, const Elements &words, int groupLimit,
+              std::vector<ElementRange> &runs)
+{
+    const std::size_t begin = runs.size();
+    for (auto it = words.numbers.begin(); it != words.numbers.end(); ++it) {
+        ElementRange run = kind;
+        run.first = *it;
+        while (words.tied.count(*it) > 0)
+            ++it;
+        run.count = *it + 1 - run.first;
+        checkLength(run, groupLimit);
+        if (runs.size() > begin && runs.back().end() == run.first &&
+            runs.back().count + run.count <= groupLimit)
+            runs.back().count += run.count;
+        else
+            runs.push_back(run);
+    }
+}
+
+} // namespace
+
+std::vector<ElementRange> readRanges(const std::vector<Tag> &tags, int groupLimit)
+{
+    std::map<std::pair<int, QString>, Elements> asked;
+    for (const Tag &tag : tags) {
+        Elements &elements = asked[{tag.elements.station, tag.elements.area}];
+        const int step = elementsPerNumber(tag);
+        for (int first = tag.elements.first; first < tag.elements.end(); first += step)
+            addTied(first, first + step, elements);
+    }
+
+    std::vector<ElementRange> runs;
+    for (auto &[key, elements] : asked) {
+        const ElementRange run{key.first, key.second, 0, 1};
+        if (isBitArea(run.area)) {
+            const int chunkBits = 8 * groupLimit; // the driver cuts longer runs itself
+            const int runBits =
+                chunkBits >= 2 * BLOCK_BITS ? 2 * BLOCK_BITS : std::min(chunkBits, BLOCK_BITS);
+            widenBelowBorders(run.area, std::min(runBits, BLOCK_BITS), elements.numbers);
+            cutBits(run, elements.numbers, runBits, runs);
+        } else if (isCounterArea(run.area)) {
+            cutWords(run, elements, 1, runs);
+        } else {
+            keepApartAtBorders(run.area, groupLimit, elements);
+            cutWords(run, elements, groupLimit, runs);
+        }
+    }
+    return runs;
+}
+
+std::vector<ElementRange> writeRanges(const Tag &tag, int groupLimit)
+{
+    const int together = elementsPerNumber(tag);
+    int most = 1;
+    if (tag.kind == ElementKind::Word) {
+        checkLength({tag.elements.station, tag.elements.area, tag.elements.first, together},
+                    groupLimit);
+        most = groupLimit / together * together;
+    }
+    std::vector<ElementRange> runs;
+    for (int number = tag.elements.first; number < tag.elements.end();) {
+        const int end =
+            std::min({number + most, tag.elements.end(), nextBorder(tag.elements.area, number)});
+        runs.push_back({tag.elements.station, tag.elements.area, number, end - number});
+        number = end;
+    }
+    return runs;
+}
+
+QList<KEY_ADDRESS> toKeys(const std::vector<ElementRange> &runs)
+{
+    QList<KEY_ADDRESS> keys;
+    for (const ElementRange &run : runs)
+        keys.append(toKey(run));
+    return keys;
+}
+
+} // namespace kmr

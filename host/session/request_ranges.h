@@ -1,0 +1,40 @@
+// Cuts what a person asks for into requests that the driver really refreshes.
+//
+//  - Bits: the driver reads whole blocks of 16, and 32 bits at most, whatever the run's length. So
+//    there is one run for one or two neighbouring blocks of 16, from the first bit asked for to the
+//    last.
+//  - Words: one run for each group of neighbours, cut at the group limit, but never between the two
+//    words of a 32-bit value: they could come from before and after a change.
+//  - Counters: one by one, because the driver halves a larger count.
+//  - The driver joins neighbouring runs while the joined run is no longer than the group limit,
+//    also across the borders of nextBorder(), and would then read other memory behind the border.
+//    The last run below a border is therefore made so long that nothing can be joined to it:
+//     - words in a full group; where that would cut through a value, the group begins behind it and
+//       the first run behind the border makes up for what it lacks
+//     - bits from the first one of their block on, and, where that is a run's only block, one bit
+//       short of the border: 16 bits make the driver read 32; the last one is refreshed as well
+#pragma once
+
+#include "host/tags/element_range.h"
+#include "host/tags/tag.h"
+
+#include <QList>
+
+#include <vector>
+
+namespace kmr {
+
+// All elements of `tags`, without doubles, in runs of one request each, ordered by station, area
+// and number. `groupLimit`: the driver's, 1 to 8. Throws Error (Usage) for 32-bit values that no
+// request of so many words can hold together.
+std::vector<ElementRange> readRanges(const std::vector<Tag> &tags, int groupLimit);
+
+// A tag's elements in the order of their numbers, in runs of one write request each: single bits
+// and counters, groups of words up to the limit and the border, both words of a 32-bit value in
+// one. Throws Error (Usage) where the limit is too low for that.
+std::vector<ElementRange> writeRanges(const Tag &tag, int groupLimit);
+
+// The runs as the driver's poll list.
+QList<KEY_ADDRESS> toKeys(const std::vector<ElementRange> &runs);
+
+} // namespace kmr

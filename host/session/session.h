@@ -1,0 +1,213 @@
+// One running driver on one link: what the driver borrows from its host, the poll plan, values, and
+// single requests with their outcome.
+#pragma once
+
+#include "host/driver_library.h"
+#include "host/line/poll_loop.h"
+#include "host/line/station_pauses.h"
+#include "host/line/statistics.h"
+#include "host/session/quality.h"
+#include "host/tags/element_range.h"
+#include "host/tags/tag.h"
+#include "host/tags/values.h"
+
+#include <QByteArray>
+#include <QIODevice>
+#include <QMutex>
+
+#include <atomic>
+#include <functional>
+#include <optional>
+#include <vector>
+
+namespace kmr {
+
+struct SessionSettings {
+    PollSettings poll;
+    int retries = 2;    // times that a request is sent again before it is given up, 0 or more
+    int groupLimit = 8; // words that a request may carry, 1 to 8
+};
+
+// What became of one request.
+struct RequestResult {
+    enum class Outcome {
+        Done,     // answered; a write is confirmed
+        Refused,  // the controller's last answer was an exception
+        NoAnswer, // given up; a write may have been carried out all the same
+        NotSent,  // the line was lost, or the user stopped, before it was sent
+        Unknown   // sent, but then the line was lost, the user stopped, or no one can tell: also
+                  // of a write that was refused only when it was sent again without an answer
+    };
+
+    Outcome outcome = Outcome::NotSent;
+    Failure failure; // of the last attempt, where there was one; not with Done
+
+    bool isDone() const
+    {
+        return outcome == Outcome::Done;
+    }
+};
+
+// The driver has one object for the whole program, so only one Session may exist at a time. Not for
+// several threads.
+class Session {
+public:
+    // Words in the recipe buffer.
+    static constexpr int RECIPE_WORDS = 32768;
+
+    // Configures the driver. Everything handed in must outlive the session. `stop` ends whatever is
+    // going on within 50 ms.
+    Session(const DriverFunctions &driver, QIODevice &device, const SessionSettings &settings,
+            const std::atomic<bool> &stop, Clock clock = std::chrono::steady_clock::now);
+    ~Session();
+    Session(const Session &) = delete;
+    Session &operator=(const Session &) = delete;
+
+    // Is called after each exchange, and for each polled block that is passed over because its
+    // station is silent (StationPauses), once the session has taken note of it.
+    void setObserver(PollLoop::Observer observer)
+    {
+        m_observer = std::move(observer);
+    }
+
+    // Is called every 50 ms while an exchange waits for characters.
+    void setWaitObserver(std::function<void()> observer)
+    {
+        m_loop.setWaitObserver(std::move(observer));
+    }
+
+    // Is called with the driver's own reports (ValueChangedCallback), during an exchange or a
+    // write: of polled elements whose shown value changed, good or only written, and of its two
+    // events.
+    using ChangeObserver = std::function<void(qint32 station, const QString &area, qint32 address)>;
+    void setChangeObserver(ChangeObserver observer)
+    {
+        m_changeObserver = std::move(observer);
+    }
+
+    // After the line was lost and is open again: configures the driver anew and forgets all values.
+    // What is to be polled must be set again.
+    void restart();
+
+    // Replaces what is polled in turn: runs of readRanges(). When it is empty, the elements of each
+    // request are polled, because without any the driver sends no more than three others.
+    // Returns the number of requests that the driver makes of them.
+    int poll(const std::vector<ElementRange> &runs);
+
+    // Makes one exchange.
+    PollLoop::Step step();
+
+    // Reads one run of readRanges(), words or a counter, once and ahead of the polling. Blocks
+    // until it is done.
+    RequestResult readOnce(const ElementRange &run);
+
+    // Writes one run of writeRanges(), `values` one for each element. Blocks until it is settled.
+    // The first write of bits is preceded by a read of D0 of their station, which shows whether the
+    // line echoes; where it gets no answer, the write isn't sent. Afterwards the elements around it
+    // count as Unread until they are read again.
+    RequestResult write(const ElementRange &run, const Values &values);
+
+    // The driver's values, whatever their quality.
+    Values values(const Tag &tag) const;
+
+    // How far they can be trusted.
+    ElementState state(const Tag &tag) const
+    {
+        return m_quality.worst(tag.elements);
+    }
+    ElementState state(const ElementRange &run) const
+    {
+        return m_quality.worst(run);
+    }
+
+    // Makes the elements Unread, so that only a later answer makes them Good.
+    void forget(const ElementRange &run)
+    {
+        m_quality.set(run, {});
+    }
+
+    enum class Transfer { Download, Upload };
+
+    // The recipe transfer of the driver: moves words between the recipe buffer and the controller,
+    // entry by entry. Throws Error (Usage), before anything is sent, for an entry that fits neither
+    // the buffer nor a frame. Blocks until the transfer is over; `finished` receives the number of
+    // entries that were answered.
+    RequestResult transferRecipe(const QVector<_RCP_VAR_PRO> &entries, Transfer direction,
+                                 int &finished);
+
+    // The words of the recipe buffer, two bytes each, low-order byte first.
+    quint8 *recipeBuffer()
+    {
+        return m_recipe.data();
+    }
+
+    // The device number for recipe entries.
+    static constexpr int DEVICE = 1;
+
+    int groupLimit() const
+    {
+        return m_settings.groupLimit;
+    }
+    const Statistics &statistics() const
+    {
+        return m_statistics;
+    }
+    const Echo &echo() const
+    {
+        return m_loop.echo();
+    }
+
+private:
+    struct Request { // a one-shot read or a write of ours on its way through the driver
+        qint32 tag = 0;
+        std::optional<ElementRange> disturbed; // of a write
+        bool wasSent = false;
+        bool wasUnanswered = false; // when it was sent before
+        std::optional<RequestResult> result;
+    };
+
+    struct RecipeTransfer {
+        QVector<_RCP_VAR_PRO> entries;
+        int finished = 0;                    // entries answered
+        bool wasSent = false;                // the entry behind them
+        bool wasUnanswered = false;          // likewise, when it was sent before
+        std::optional<RequestResult> result; // of the entry that failed
+    };
+
+    void configureDriver();
+    static qint32 reportChange(qint32 device, qint32 station, QString area, qint32 address);
+    Turn turnOf(const FRAME_PRO &request) const;
+    void note(const Exchange &exchange);
+    void count(const Exchange &exchange);
+    void noteStation(const Exchange &exchange);
+    void noteQuality(const Exchange &exchange);
+    void noteRequest(const Exchange &exchange);
+    void noteRecipe(const Exchange &exchange);
+    int plan(const std::vector<ElementRange> &runs);
+    void keepPolling(const ElementRange &run);
+    void beginRequest(const std::optional<ElementRange> &disturbed);
+    RequestResult await();
+    void abandonRecipe(int position);
+    void setRequestByte(int position, quint8 value);
+    bool isRequestByteSet(int position);
+
+    const DriverFunctions &m_driver;
+    const SessionSettings m_settings;
+    std::vector<quint8> m_status = std::vector<quint8>(STATUS_BLOCK_BYTES);
+    std::vector<quint8> m_recipe = std::vector<quint8>(2 * RECIPE_WORDS);
+    QMutex m_mutex;
+    const Clock m_clock;
+    PollLoop m_loop;
+    StationPauses m_pauses;
+    PollLoop::Observer m_observer;
+    ChangeObserver m_changeObserver;
+    Statistics m_statistics;
+    QualityMap m_quality;
+    std::optional<Request> m_request;
+    std::optional<RecipeTransfer> m_recipeTransfer;
+    bool m_hasPlan = false;         // there is something to read in turn, whatever is requested
+    bool m_isRetrying = false;      // the driver sends its last request again
+    qint32 m_lastRequestTag = 1000; // above the driver's own tag of read blocks
+};
+
+} // namespace kmr

@@ -1,0 +1,52 @@
+// Runs of elements of the controller's memory, in linear numbers, and what the driver makes of
+// them.
+#pragma once
+
+#include "modbus/areas.h"
+#include "ostrel_kmr.h"
+
+#include <QString>
+
+#include <vector>
+
+namespace kmr {
+
+// `count` elements of an area from number `first` on. Numbers are linear: X17, octal as the panel
+// shows it, is 15. Areas are the driver's, except "TV_bit".
+struct ElementRange {
+    int station = 1;
+    QString area;
+    int first = 0;
+    int count = 1; // bits, words or counters
+
+    int end() const
+    {
+        return first + count;
+    }
+};
+
+bool operator==(const ElementRange &left, const ElementRange &right);
+
+// What the controller's address map knows of areas. The driver knows elements by their shown
+// numbers.
+using modbus::elementName;
+using modbus::isBitArea;
+using modbus::isCounterArea;
+using modbus::linearNumber;
+using modbus::nextBorder;
+using modbus::shownNumber;
+
+// "D100" or "D100..107".
+QString runName(const ElementRange &run);
+
+// The run as the driver takes it for polling and for one-shot reads.
+KEY_ADDRESS toKey(const ElementRange &run);
+
+// The elements whose values the driver takes from a good answer to the read request `frame`. Bits
+// are read in whole blocks of 16.
+ElementRange storedBy(const FRAME_PRO &frame);
+
+// Those of them that the answer truly refreshes: what lies beyond a border is other memory.
+ElementRange refreshedBy(const FRAME_PRO &frame);
+
+} // namespace kmr

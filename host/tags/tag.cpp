@@ -1,0 +1,284 @@
+#include "host/tags/tag.h"
+
+#include "host/error.h"
+#include "host/project/name_table.h"
+#include "modbus/areas.h"
+
+#include <algorithm>
+
+namespace kmr {
+
+namespace {
+
+constexpr int WORD_BITS = 16;
+const char *const WORD_BIT_AREA = "TV_bit"; // the driver's name for bits of TV words
+
+enum CheckResult { VALID = 0, WRONG_KIND = 1, OUT_OF_RANGE = 2, UNKNOWN_AREA = 3, NO_ADDRESS = 4 };
+
+// The area that the driver knows such an address by.
+QString driverArea(const QString &area, const QString &address)
+{
+    return area == "TV" && address.contains('.') ? QString(WORD_BIT_AREA) : area;
+}
+
+QString endFault(const QString &area, const QString &address, const TagText &tag)
+{
+    return QString("\"%1\" is no address in %2 at or behind %3").arg(tag.end, area, address);
+}
+
+bool startsLikeNumber(const QString &text)
+{
+    return !text.isEmpty() && (text[0].isDigit() || text[0] == '-' || text[0] == '+');
+}
+
+// All up to the first digit.
+QString lettersOf(const QString &name)
+{
+    int count = 0;
+    while (count < name.size() && !name[count].isDigit())
+        ++count;
+    return name.left(count);
+}
+
+// The areas that `name` may mean, the longest first.
+QStringList areasThatBegin(const QString &name, const QStringList &areas)
+{
+    QStringList candidates;
+    for (const QString &area : areas) {
+        if (name.startsWith(area) && startsLikeNumber(name.mid(area.size())))
+            candidates.append(area);
+    }
+    std::sort(candidates.begin(), candidates.end(),
+              [](const QString &a, const QString &b) { return a.size() > b.size(); });
+    return candidates;
+}
+
+QString counterNames()
+{
+    const modbus::Window &counters = modbus::counters();
+    return QString("%1 to %2")
+        .arg(elementName(counters.area, counters.first), elementName(counters.area, counters.last));
+}
+
+void checkType(const Tag &tag)
+{
+    const ValueType type = tag.type;
+    if (type == ValueType::Plain)
+        return;
+    if (tag.kind == ElementKind::Bit || tag.kind == ElementKind::WordBit)
+        throw badTag(tag.text, "bits have no type");
+    if (tag.kind == ElementKind::Counter) {
+        if (type == ValueType::Int16 || type == ValueType::UInt16 || type == ValueType::Text)
+            throw badTag(tag.text, "a counter has 32 bits: expected int32, uint32, float32, hex or "
+                                   "bcd");
+        return;
+    }
+    if (!is32Bit(type))
+        return;
+    if (tag.count % 2 != 0)
+        throw badTag(
+            tag.text,
+            QString("values of 32 bits take two words each, but %1 are named").arg(tag.count));
+    for (int first = tag.elements.first; first < tag.elements.end(); first += 2) {
+        if (nextBorder(tag.elements.area, first) == first + 1)
+            throw badTag(tag.text,
+                         QString("the two words of the value at %1 can't be read together, since "
+                                 "the controller keeps the second one elsewhere")
+                             .arg(elementName(tag.elements.area, first)));
+    }
+}
+
+} // namespace
+
+int elementsPerNumber(const Tag &tag)
+{
+    return is32Bit(tag.type) && tag.kind == ElementKind::Word ? 2 : 1;
+}
+
+TagReader::TagReader(const DriverFunctions &driver, int station, WordOrder wordOrder)
+    : m_driver(driver), m_station(station), m_wordOrder(wordOrder)
+{
+    m_driver.getRegListByType(0, m_areas);
+    m_driver.getRegListByType(1, m_areas);
+}
+
+Tag TagReader::read(const QString &text) const
+{
+    if (m_names == nullptr)
+        return readAddressed(text);
+    if (m_names->find(text) != nullptr)
+        return readNamed(text);
+    try {
+        return readAddressed(text);
+    } catch (const Error &error) {
+        throw Error(ErrorKind::Usage,
+                    QString("%1 (and %2 has no such name)").arg(error.text(), m_names->file()));
+    }
+}
+
+Tag TagReader::readNamed(const QString &text) const
+{
+    const Name &name = *m_names->find(text);
+    Tag tag = readAddressed(name.tag);
+    const bool hasNumbers = tag.type != ValueType::Text && tag.type != ValueType::Hex &&
+                            (tag.kind == ElementKind::Word || tag.kind == ElementKind::Counter);
+    if (name.scale != 1 && !hasNumbers)
+        throw badTag(text, QString("%1 has no numbers that could be scaled").arg(name.tag));
+    tag.text = name.name;
+    tag.unit = name.unit;
+    tag.scale = name.scale;
+    return tag;
+}
+
+Tag TagReader::readAddressed(const QString &text) const
+{
+    const TagText parts = splitTag(text);
+    Tag tag;
+    tag.text = text;
+    tag.type = parts.type;
+    tag.wordOrder = m_wordOrder;
+    tag.elements.station = parts.station.value_or(m_station);
+    const QStringList candidates = areasThatBegin(parts.name, m_areas);
+    if (candidates.isEmpty())
+        throw badTag(text, QString("expected an area in capitals (%1) and a number behind it")
+                               .arg(m_areas.join(", ")));
+    QStringList reasons;
+    for (const QString &area : candidates) {
+        const QString address = parts.name.mid(area.size());
+        const int count = countOf(area, address, parts);
+        if (count < 1) {
+            reasons.append(endFault(area, address, parts));
+        } else if (readAddress(area, address, count, tag)) {
+            checkType(tag);
+            return tag;
+        } else {
+            reasons.append(whyInvalid(area, address, count));
+        }
+    }
+    throw badTag(text, reasons.join("; "));
+}
+
+AddressCheck TagReader::check(const QString &text) const
+{
+    const Name *const name = m_names != nullptr ? m_names->find(text) : nullptr;
+    const TagText tag = splitTag(name != nullptr ? name->tag : text);
+    QStringList candidates = areasThatBegin(tag.name, m_areas);
+    if (candidates.isEmpty()) // the driver shall say it
+        candidates.append(lettersOf(tag.name));
+    std::optional<AddressCheck> longest;
+    for (const QString &area : candidates) {
+        AddressCheck found = checkIn(area, tag);
+        if (found.result == VALID)
+            return found;
+        if (!longest)
+            longest = found;
+    }
+    return *longest;
+}
+
+AddressCheck TagReader::checkIn(const QString &area, const TagText &tag) const
+{
+    const QString address = tag.name.mid(area.size());
+    AddressCheck found{driverArea(area, address), address, countOf(area, address, tag), VALID};
+    if (found.count < 1) {
+        found.address = tag.end;
+        found.count = 1;
+    }
+    int number = 0;
+    found.result = ask(found.area, found.address, found.count, number);
+    if (found.result == VALID && found.address != address)
+        throw badTag(tag.name + ".." + tag.end, endFault(area, address, tag));
+    return found;
+}
+
+// 0 or less where the end is no address or lies before the beginning.
+int TagReader::countOf(const QString &area, const QString &address, const TagText &tag) const
+{
+    if (tag.count)
+        return *tag.count;
+    if (tag.end.isEmpty())
+        return is32Bit(tag.type) && !isBitArea(area) && !isCounterArea(area) ? 2 : 1;
+    const QString checked = driverArea(area, address);
+    int first = 0;
+    int last = 0;
+    if (ask(checked, tag.end, 1, last) != VALID)
+        return 0;
+    if (ask(checked, address, 1, first) != VALID)
+        return 1; // the address is what is wrong
+    return linearNumber(checked, last) - linearNumber(checked, first) + 1;
+}
+
+int TagReader::ask(const QString &area, const QString &address, int count, int &number) const
+{
+    const bool isBit = area == WORD_BIT_AREA || isBitArea(area);
+    return m_driver.checkAddrValidity(area, address, &number, count, isBit ? 0 : 1);
+}
+
+// Fills `tag` where the address is valid.
+bool TagReader::readAddress(const QString &area, const QString &address, int count, Tag &tag) const
+{
+    int number = 0;
+    const QString checked = driverArea(area, address);
+    if (ask(checked, address, count, number) != VALID)
+        return false;
+    tag.elements.area = area;
+    if (checked == WORD_BIT_AREA) {
+        tag.kind = ElementKind::WordBit;
+        tag.isWritable = false;
+        tag.firstBit = number % WORD_BITS;
+        tag.elements.first = number / WORD_BITS;
+        tag.elements.count = (tag.firstBit + count + WORD_BITS - 1) / WORD_BITS;
+    } else {
+        tag.kind = isBitArea(area)       ? ElementKind::Bit
+                   : isCounterArea(area) ? ElementKind::Counter
+                                         : ElementKind::Word;
+        tag.elements.first = linearNumber(area, number);
+        tag.elements.count = count;
+    }
+    tag.count = count;
+
+    QStringList description; // mask, lowest, highest, word area, writable
+    m_driver.getRegDiscription(area, description);
+    tag.isWritable = tag.isWritable && description.value(4) == "1";
+    // The driver computes the end of a run of octal numbers in decimal.
+    const int highest = linearNumber(area, description.value(2).toInt());
+    if (tag.elements.end() - 1 > highest)
+        return false;
+    const auto hidden = modbus::hiddenByCounters(area);
+    return !hidden || tag.elements.end() <= hidden->first || tag.elements.first > hidden->last;
+}
+
+QString TagReader::whyInvalid(const QString &area, const QString &address, int count) const
+{
+    const QString checked = driverArea(area, address);
+    QStringList description;
+    m_driver.getRegDiscription(area, description);
+    int number = 0;
+    switch (ask(checked, address, count, number)) {
+    case WRONG_KIND:
+        return QString("%1 has no such elements").arg(area);
+    case UNKNOWN_AREA:
+        return QString("%1 is no area").arg(area);
+    case NO_ADDRESS:
+        return checked == WORD_BIT_AREA
+                   ? QString("\"%1\" is no bit of a word, expected for example 5.3 (bit 0 to "
+                             "15, without leading zero)")
+                         .arg(address)
+                   : QString("\"%1\" is no address in %2").arg(address, area);
+    case VALID:
+        if (const auto hidden = modbus::hiddenByCounters(area))
+            return QString("%1 to %2 lie where the controller keeps its counters: use %3")
+                .arg(elementName(area, hidden->first), elementName(area, hidden->last),
+                     counterNames());
+        break;
+    default:
+        break;
+    }
+    const QString remark = modbus::isOctalArea(area) ? QString(" in octal digits")
+                           : area == "CV" ? QString(" (the counters are %1)").arg(counterNames())
+                                          : QString();
+    return QString("out of range: %1 reaches from %2 to %3%4")
+        .arg(area, description.value(1), description.value(2), remark);
+}
+
+} // namespace kmr

@@ -1,0 +1,97 @@
+// Tags, as a person types them, and the elements of the controller that they name.
+#pragma once
+
+#include "host/driver_library.h"
+#include "host/tags/element_range.h"
+#include "host/tags/tag_text.h"
+#include "host/tags/value_type.h"
+
+#include <QString>
+
+#include <cstdint>
+
+namespace kmr {
+
+enum class ElementKind {
+    Bit,
+    Word,    // 16 bits
+    Counter, // 32 bits
+    WordBit  // one bit of a TV word: read by reading the word, can't be written
+};
+
+struct Tag {
+    QString text; // as typed
+    ElementKind kind = ElementKind::Word;
+    bool isWritable = true;
+    ElementRange elements; // for WordBit the words that hold the bits
+    int firstBit = 0;      // WordBit: the first one's bit in the first word, 0 to 15
+    int count = 1;         // elements or bits of words
+    ValueType type = ValueType::Plain;
+    WordOrder wordOrder = WordOrder::LowFirst; // of 32-bit types in words
+    QString unit;                              // of a name: "°C"
+    double scale = 1; // of a name: what is shown is `scale` times the value
+};
+
+// Elements that each number of the tag takes: 2 where a 32-bit type lies in words, else 1.
+int elementsPerNumber(const Tag &tag);
+
+class NameTable;
+
+// What the driver says of the address in a tag.
+struct AddressCheck {
+    QString area;    // the driver's: "TV_bit" for bits of words
+    QString address; // as typed
+    int count = 1;
+    int result = 0; // of intf_checkAddrValidity()
+};
+
+// Reads tags. The driver decides which addresses are valid. Beyond that the reader refuses what a
+// request could not fetch: words where the controller keeps its counters, and the octal numbers
+// behind an area's end, which the driver computes in decimal.
+class TagReader {
+public:
+    // `station`: for tags that name none, 1 to 99. `driver` must outlive the reader.
+    TagReader(const DriverFunctions &driver, int station,
+              WordOrder wordOrder = WordOrder::LowFirst);
+
+    // Throws Error (Usage) that says what is wrong with the tag. Where an address fits two areas,
+    // the longer name counts: CV2200 is the counter CV2 200, CV21 the word CV 21, since CV2 begins
+    // at 200.
+    //
+    // A name of the table that is set counts before an address.
+    Tag read(const QString &text) const;
+
+    // What the driver says of a tag, or of a name, whose areas read() would try, too. Of a run
+    // whose end is wrong, what it says of the end. Throws Error (Usage) for what has not the form
+    // of a tag, or ends before it begins.
+    AddressCheck check(const QString &text) const;
+
+    // `names` must outlive the reader.
+    void setNames(const NameTable &names)
+    {
+        m_names = &names;
+    }
+
+    // The areas of the driver's catalogue, bit areas first.
+    const QStringList &areas() const
+    {
+        return m_areas;
+    }
+
+private:
+    AddressCheck checkIn(const QString &area, const TagText &tag) const;
+    int ask(const QString &area, const QString &address, int count, int &number) const;
+    Tag readNamed(const QString &text) const;
+    Tag readAddressed(const QString &text) const;
+    int countOf(const QString &area, const QString &address, const TagText &tag) const;
+    bool readAddress(const QString &area, const QString &address, int count, Tag &tag) const;
+    QString whyInvalid(const QString &area, const QString &address, int count) const;
+
+    const DriverFunctions &m_driver;
+    const int m_station;
+    const WordOrder m_wordOrder;
+    const NameTable *m_names = nullptr;
+    QStringList m_areas;
+};
+
+} // namespace kmr

@@ -1,0 +1,41 @@
+#include "kmr/command_line.h"
+
+namespace kmr {
+
+const char *const TAG_HELP =
+    "A TAG is [STATION#]AREA ADDRESS[..END | xCOUNT][/TYPE] written together:\n"
+    "  D100     word D 100                   2#M0x16   bits M 0 to M 15 of station 2\n"
+    "  X17      input X 17 (octal)           TV5.3     bit 3 of the word TV 5, read only\n"
+    "  CV2200   counter CV2 200              CV21      word CV 21 (CV2 begins at 200)\n"
+    "  D100..107  eight words                D100/float32  one value in D 100 and D 101\n"
+    "Types: int16, uint16, int32, uint32, float32, hex, bcd, text.\n"
+    "'kmr areas' lists the areas.";
+
+CLI::Validator aboveZero(double most)
+{
+    const auto check = [most](const std::string &text) {
+        bool isNumber = false;
+        const double number = toQString(text).toDouble(&isNumber);
+        if (isNumber && number > 0 && number <= most)
+            return std::string();
+        return QString("expected a number above 0, at most %1, not \"%2\"")
+            .arg(QString::number(most, 'f', 0), toQString(text))
+            .toStdString();
+    };
+    return CLI::Validator(check, "POSITIVE");
+}
+
+QString toQString(const std::string &text)
+{
+    return QString::fromLocal8Bit(text.c_str());
+}
+
+QStringList toQStrings(const std::vector<std::string> &texts)
+{
+    QStringList list;
+    for (const std::string &text : texts)
+        list.append(toQString(text));
+    return list;
+}
+
+} // namespace kmr

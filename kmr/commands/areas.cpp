@@ -1,0 +1,40 @@
+#include "kmr/commands/commands.h"
+#include "kmr/connection.h"
+
+namespace kmr {
+
+namespace {
+
+QString elementsOf(const QString &area, bool isWord)
+{
+    if (isCounterArea(area))
+        return "counters";
+    return isWord ? "words" : "bits";
+}
+
+} // namespace
+
+ExitCode runAreas(const Options &options)
+{
+    const auto library = loadDriver(options);
+    const DriverFunctions &driver = library->functions();
+    QStringList areas;
+    driver.getRegListByType(0, areas);
+    driver.getRegListByType(1, areas);
+
+    RecordWriter records(options.format == Format::Plain ? Format::Table : options.format, "areas",
+                         {"area", "elements", "lowest", "highest", "digits", "access"}, false,
+                         print);
+    for (const QString &area : areas) {
+        QStringList description; // mask, lowest, highest, word area, writable
+        driver.getRegDiscription(area, description);
+        records.add({}, {area, elementsOf(area, description.value(3) == "1"), description.value(1),
+                         description.value(2),
+                         QString(description.value(0).startsWith('o') ? "octal" : "decimal"),
+                         QString(description.value(4) == "1" ? "read, write" : "read")});
+    }
+    records.end();
+    return ExitCode::Ok;
+}
+
+} // namespace kmr

@@ -1,0 +1,208 @@
+#include "host/line/line_diagnosis.h"
+#include "host/line/link.h"
+#include "kmr/commands/diagnosis.h"
+#include "kmr/connection.h"
+
+namespace kmr {
+
+namespace {
+
+constexpr int PROBES = 3;
+constexpr int PATIENCE = 5; // times the timeout, for a station that stays silent
+constexpr int BAUDS[] = {9600, 19200, 38400, 57600, 115200};
+const char *const FRAMES[] = {"7E1", "7N2", "7O1", "8N1", "8E1", "8O1"};
+
+ExitCode exitCodeOf(Finding finding)
+{
+    switch (finding) {
+    case Finding::Good:
+        return ExitCode::Ok;
+    case Finding::Refused:
+        return ExitCode::Refused;
+    case Finding::Unsteady:
+        return ExitCode::ItemFailed;
+    case Finding::NotOpened:
+        return ExitCode::LinkFailed;
+    default:
+        return ExitCode::NoAnswer;
+    }
+}
+
+bool isAnswered(Finding finding)
+{
+    return finding == Finding::Good || finding == Finding::Refused || finding == Finding::WrongEcho;
+}
+
+// Asks `count` times, each once. Nothing when the user stops it.
+std::optional<Diagnosis> ask(Session &session, const ElementRange &element, int count,
+                             EchoMode echo)
+{
+    std::vector<Probe> probes;
+    session.setObserver([&probes](const Exchange &exchange) {
+        probes.push_back({QByteArray(exchange.request.frame, exchange.request.frameLen),
+                          exchange.received, exchange.fault, exchange.exceptionCode});
+    });
+    session.poll({element});
+    for (int i = 0; i < count; ++i) {
+        switch (session.step()) {
+        case PollLoop::Step::LineLost:
+            return Diagnosis{
+                Finding::Lost, "The other side closed the link, or the adapter was unplugged.",
+                "Check that no other host is connected, since some gateways take only one, and "
+                "that the other side speaks Modbus ASCII."};
+        case PollLoop::Step::Stopped:
+            return std::nullopt;
+        default:
+            break;
+        }
+    }
+    return diagnose(probes, echo);
+}
+
+// Opens the link and asks `count` times. Throws Error for wrong usage and for a driver that does
+// not load.
+std::optional<Diagnosis> examine(Options options, const QString &tag, int count)
+{
+    const EchoMode echo = options.echo;
+    options.echo = EchoMode::Auto; // or a wrong setting would hide the answers
+    options.retries = 0;
+    Connection connection(options);
+    ElementRange element = connection.readTags({tag}).front().elements;
+    element.count = 1;
+    try {
+        return ask(connection.open(), element, count, echo);
+    } catch (const Error &error) {
+        if (error.kind() != ErrorKind::Link)
+            throw;
+        return Diagnosis{Finding::NotOpened, error.text(), {}};
+    }
+}
+
+// Silence may only be slowness: asks once more and waits longer.
+std::optional<Diagnosis> examineSilence(Options options, const QString &tag,
+                                        const Diagnosis &silence)
+{
+    const QString timeout = QString::number(options.timeout.count());
+    options.timeout *= PATIENCE;
+    options.capture.clear(); // its file is written already
+    const QString longer = QString::number(options.timeout.count());
+    printError(QString("no answer within %1 ms: waiting %2 ms for one").arg(timeout, longer));
+    const std::optional<Diagnosis> patient = examine(options, tag, 1);
+    if (!patient || !isAnswered(patient->finding))
+        return patient ? silence : patient;
+    return Diagnosis{
+        Finding::Late,
+        QString("The station answers, but late: not within %1 ms, but within %2 ms.")
+            .arg(timeout, longer),
+        QString("Set --timeout %1, or find what slows down the controller or its gateway.")
+            .arg(longer)};
+}
+
+// With what options and commands the advice is followed.
+QString hintFor(Finding finding)
+{
+    switch (finding) {
+    case Finding::Refused:
+        return " --tag names what is read.";
+    case Finding::Unsteady:
+        return " --timeout sets how long one may take. 'kmr ping' measures the losses.";
+    case Finding::WrongEcho:
+        return " The option is --echo.";
+    case Finding::Silent:
+        return " 'kmr scan' asks other stations, --try other speeds and frames.";
+    case Finding::OtherStation:
+        return " --station names the one that is asked.";
+    case Finding::NoFit:
+        return " --timeout sets how long one may take.";
+    case Finding::WrongParity:
+        return " In --link it is frame=.";
+    case Finding::Garbled:
+        return " On a serial link --try finds them.";
+    default:
+        return {};
+    }
+}
+
+void tell(RecordWriter &records, const QString &link, const Diagnosis &diagnosis)
+{
+    const QString advice =
+        diagnosis.advice.isEmpty() ? QString() : diagnosis.advice + hintFor(diagnosis.finding);
+    records.add(link + ": " + diagnosis.text + (advice.isEmpty() ? advice : '\n' + advice),
+                {now(), link, findingName(diagnosis.finding), diagnosis.text, textField(advice)});
+}
+
+ExitCode stopped()
+{
+    printError("stopped before the line was known");
+    return ExitCode::NoAnswer;
+}
+
+// The links to try: the same device, in each usual frame format at each usual speed.
+QStringList usualLinks(const Options &options)
+{
+    if (linkOf(options).kind != LinkAddress::Kind::Serial) {
+        throw Error(ErrorKind::Usage, "--try needs a serial link: over TCP speed and frame are set "
+                                      "in the gateway");
+    }
+    if (!options.capture.isEmpty())
+        throw Error(ErrorKind::Usage, "--capture tells of one link: leave it out with --try");
+    const QString device = options.link.section('?', 0, 0);
+    QStringList links;
+    for (const char *frame : FRAMES) {
+        for (const int baud : BAUDS)
+            links.append(
+                QString("%1?baud=%2&frame=%3").arg(device, QString::number(baud), QString(frame)));
+    }
+    return links;
+}
+
+// Asks once over each link until one is answered, or can't be opened.
+ExitCode tryFramings(Options options, const QString &tag, RecordWriter &records)
+{
+    const QStringList links = usualLinks(options);
+    for (const QString &link : links) {
+        options.link = link;
+        const std::optional<Diagnosis> diagnosis = examine(options, tag, 1);
+        if (!diagnosis)
+            return stopped();
+        const ExitCode code = exitCodeOf(diagnosis->finding);
+        const bool isFound = code != ExitCode::NoAnswer || diagnosis->finding == Finding::WrongEcho;
+        if (isFound) {
+            tell(records, link, *diagnosis);
+            return code;
+        }
+        const QString name = findingName(diagnosis->finding);
+        printError(link + ": " + name);
+        records.add({}, {now(), link, name, {}, {}}); // advice for each would only confuse
+    }
+    printError(QString("none of %1 usual framings is answered: check that the controller is on, "
+                       "its station number, the cable and its two wires")
+                   .arg(links.size()));
+    return ExitCode::NoAnswer;
+}
+
+ExitCode examineOnce(const Options &options, const QString &tag, RecordWriter &records)
+{
+    std::optional<Diagnosis> diagnosis = examine(options, tag, PROBES);
+    if (diagnosis &&
+        (diagnosis->finding == Finding::Silent || diagnosis->finding == Finding::EchoOnly))
+        diagnosis = examineSilence(options, tag, *diagnosis);
+    if (!diagnosis)
+        return stopped();
+    tell(records, options.link, *diagnosis);
+    return exitCodeOf(diagnosis->finding);
+}
+
+} // namespace
+
+ExitCode runDoctor(const Options &options, const DoctorOptions &doctor)
+{
+    RecordWriter records(options.format, "doctor", {"time", "link", "finding", "text", "advice"},
+                         true, print);
+    const ExitCode code = doctor.tryFramings ? tryFramings(options, doctor.tag, records)
+                                             : examineOnce(options, doctor.tag, records);
+    records.end();
+    return code;
+}
+
+} // namespace kmr

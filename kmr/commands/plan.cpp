@@ -1,0 +1,125 @@
+#include "host/session/poll_cycle.h"
+
+#include "host/line/link.h"
+#include "host/session/request_ranges.h"
+#include "kmr/commands/diagnosis.h"
+#include "kmr/connection.h"
+
+namespace kmr {
+
+namespace {
+
+// The link's settings where it is a serial one, else the driver's default ones.
+std::chrono::nanoseconds characterTimeOf(const Options &options, std::optional<int> baud)
+{
+    LinkAddress address;
+    if (!options.link.isEmpty())
+        address = parseLink(options.link);
+    address.kind = LinkAddress::Kind::Serial;
+    if (baud)
+        address.baud = *baud;
+    return characterTime(address);
+}
+
+QString elementsText(const ElementRange &run)
+{
+    if (run.count == 0)
+        return "nothing of " + run.area;
+    const QString first = elementName(run.area, run.first);
+    return run.count == 1 ? first : first + " to " + elementName(run.area, run.end() - 1);
+}
+
+QString milliseconds(std::chrono::nanoseconds time)
+{
+    return QString::number(static_cast<double>(time.count()) / 1e6, 'f', 1);
+}
+
+void tellRequest(RecordWriter &records, const PlanBlock &block, std::chrono::nanoseconds time,
+                 std::chrono::milliseconds gap)
+{
+    const QString elements = elementsText(block.refreshed);
+    const QString frame = block.frame.trimmed();
+    const int sent = static_cast<int>(block.frame.size());
+    records.add(QString("station %1 %2: %3 sent %4 received %5 characters, %6 ms, %7 not asked for")
+                    .arg(block.refreshed.station)
+                    .arg(elements, frame)
+                    .arg(sent)
+                    .arg(block.replyChars)
+                    .arg(milliseconds(time))
+                    .arg(block.unasked),
+                {"request",
+                 block.refreshed.station,
+                 elements,
+                 frame,
+                 sent,
+                 block.replyChars,
+                 millisecondsField(time),
+                 millisecondsField(gap),
+                 block.unasked,
+                 {}});
+}
+
+void tellCycle(RecordWriter &records, const Plan &plan, std::chrono::nanoseconds characterTime,
+               std::chrono::milliseconds gap)
+{
+    int sent = 0;
+    int received = 0;
+    for (const PlanBlock &block : plan.blocks) {
+        sent += static_cast<int>(block.frame.size());
+        received += block.replyChars;
+    }
+    const std::chrono::nanoseconds time = characterTime * (sent + received);
+    const std::chrono::milliseconds silence = gap * static_cast<int>(plan.blocks.size());
+    QString text = QString("cycle: %1 requests, %2 characters, %3 ms on the wire")
+                       .arg(plan.blocks.size())
+                       .arg(sent + received)
+                       .arg(milliseconds(time));
+    if (silence.count() > 0)
+        text += QString(", %1 ms with the silence of --gap").arg(milliseconds(time + silence));
+    records.add(text, {"cycle",
+                       {},
+                       {},
+                       {},
+                       sent,
+                       received,
+                       millisecondsField(time),
+                       millisecondsField(silence),
+                       {},
+                       {}});
+}
+
+void tellGap(RecordWriter &records, const PlanGap &gap)
+{
+    const int station = gap.elements.station;
+    const QString elements = elementsText(gap.elements);
+    records.add(QString("station %1 %2: %3").arg(station).arg(elements, gap.reason),
+                {"gap", station, elements, {}, {}, {}, {}, {}, {}, gap.reason});
+}
+
+} // namespace
+
+ExitCode runPlan(const Options &options, const PlanOptions &request)
+{
+    const Connection connection(options);
+    const std::vector<Tag> tags = connection.readTags(request.tags);
+    const std::chrono::nanoseconds character = characterTimeOf(options, request.baud);
+    const QList<KEY_ADDRESS> keys =
+        request.isRaw ? toRawKeys(tags) : toKeys(readRanges(tags, options.groupLimit));
+    const Plan plan = makePlan(connection.driver(), keys, tags, options.groupLimit);
+
+    RecordWriter records(options.format, "plan",
+                         {"kind", "station", "elements", "frame", "sent", "received", "wire_ms",
+                          "silence_ms", "not_asked", "error"},
+                         false, print);
+    for (const PlanBlock &block : plan.blocks)
+        tellRequest(records, block,
+                    character * (static_cast<int>(block.frame.size()) + block.replyChars),
+                    options.gap);
+    tellCycle(records, plan, character, options.gap);
+    for (const PlanGap &gap : plan.gaps)
+        tellGap(records, gap);
+    records.end();
+    return plan.gaps.empty() ? ExitCode::Ok : ExitCode::ItemFailed;
+}
+
+} // namespace kmr

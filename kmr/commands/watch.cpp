@@ -1,0 +1,95 @@
+#include "kmr/commands/commands.h"
+#include "kmr/connection.h"
+#include "kmr/stop_signal.h"
+#include "kmr/watch/watcher.h"
+
+#include <algorithm>
+#include <functional>
+#include <thread>
+#include <unistd.h>
+
+namespace kmr {
+
+namespace {
+
+using std::chrono::milliseconds;
+using std::chrono::steady_clock;
+
+// The pauses between attempts to connect again: half a second, doubled up to half a minute.
+constexpr milliseconds FIRST_PAUSE(500);
+constexpr milliseconds LONGEST_PAUSE(30000);
+constexpr milliseconds STOP_CHECK(50);
+
+using IsOver = std::function<bool()>;
+
+// Whether stdout is a terminal on which the cursor can be moved.
+bool isDrawable()
+{
+    return isatty(STDOUT_FILENO) == 1 && qgetenv("TERM") != "dumb";
+}
+
+// False when the end has come before the line. `pause`: before the next attempt.
+bool awaitReconnection(Connection &connection, Watcher &watcher, const IsOver &isOver,
+                       milliseconds &pause)
+{
+    steady_clock::time_point next = steady_clock::now() + pause;
+    while (!isOver()) {
+        watcher.draw();
+        std::this_thread::sleep_for(STOP_CHECK);
+        if (steady_clock::now() < next)
+            continue;
+        pause = std::min(2 * pause, LONGEST_PAUSE);
+        if (connection.reconnect())
+            return true;
+        next = steady_clock::now() + pause;
+    }
+    return false;
+}
+
+// False when the line is lost for good. `pause` grows until something is answered: some gateways
+// accept every connection and close it again.
+bool bringBack(Connection &connection, Watcher &watcher, const IsOver &isOver, milliseconds &pause)
+{
+    const bool canReconnect = connection.canReconnect();
+    if (!watcher.isLost())
+        pause = FIRST_PAUSE;
+    watcher.noteLoss(canReconnect ? ", connecting again" : ": check the cable, then start again");
+    if (!canReconnect || !awaitReconnection(connection, watcher, isOver, pause))
+        return false;
+    watcher.noteReconnection();
+    return true;
+}
+
+} // namespace
+
+ExitCode runWatch(const Options &options, const WatchOptions &watch)
+{
+    Connection connection(options);
+    const std::vector<Tag> tags = connection.readTags(watch.tags);
+    Session &session = connection.open();
+    const bool isLive = !watch.count && !options.isFormatAsked && isDrawable();
+    Watcher watcher(session, tags, options.format, isLive, watch.cycle, watch.count);
+    watcher.beginPolling();
+
+    const steady_clock::time_point begin = steady_clock::now();
+    const IsOver isOver = [&] {
+        return stopFlag() || watcher.isOver() ||
+               (watch.duration && steady_clock::now() - begin >= *watch.duration);
+    };
+    milliseconds pauseToReconnect = FIRST_PAUSE;
+    while (!isOver()) {
+        const std::chrono::nanoseconds pause = watcher.pause();
+        if (pause > std::chrono::nanoseconds::zero()) {
+            std::this_thread::sleep_for(std::min<std::chrono::nanoseconds>(pause, STOP_CHECK));
+        } else if (session.step() == PollLoop::Step::LineLost && !isOver() &&
+                   !bringBack(connection, watcher, isOver, pauseToReconnect)) {
+            break;
+        }
+        watcher.draw();
+    }
+    watcher.end();
+    printError(summary(session.statistics()));
+    return watcher.outcome();
+}
+
+} // namespace kmr

@@ -1,0 +1,241 @@
+#include "host/session/read_once.h"
+#include "host/session/request_ranges.h"
+#include "kmr/commands/commands.h"
+#include "kmr/connection.h"
+#include "kmr/simulation/simulated_line.h"
+
+#include <algorithm>
+
+namespace kmr {
+
+namespace {
+
+struct Assignment {
+    Tag tag;
+    Values values;
+};
+
+Assignment parseAssignment(const QString &text, const TagReader &reader)
+{
+    const int equals = static_cast<int>(text.indexOf('='));
+    if (equals < 0) {
+        throw Error(ErrorKind::Usage, QString("\"%1\" assigns nothing: expected TAG=VALUE, for "
+                                              "example D100=250 or M0x3=1,0,1")
+                                          .arg(text));
+    }
+    Assignment assignment;
+    assignment.tag = reader.read(text.left(equals));
+    const Tag &tag = assignment.tag;
+    if (tag.kind == ElementKind::WordBit) {
+        throw Error(ErrorKind::Usage,
+                    QString("%1 can't be written: the controller offers no write of "
+                            "single bits of TV words; write the whole word")
+                        .arg(tag.text));
+    }
+    if (!tag.isWritable)
+        throw Error(ErrorKind::Usage,
+                    QString("%1 can't be written: %2 are inputs").arg(tag.text, tag.elements.area));
+    assignment.values = parseValues(tag, text.mid(equals + 1));
+    return assignment;
+}
+
+std::vector<Assignment> parseAll(const QStringList &texts, const TagReader &reader)
+{
+    std::vector<Assignment> assignments;
+    QStringList faults;
+    for (const QString &text : texts) {
+        try {
+            assignments.push_back(parseAssignment(text, reader));
+        } catch (const Error &error) {
+            faults.append(error.text());
+        }
+    }
+    if (!faults.isEmpty())
+        throw Error(ErrorKind::Usage, faults.join('\n'));
+    return assignments;
+}
+
+// Writes piece by piece and stops at the first that fails.
+RequestResult write(Session &session, const Assignment &assignment)
+{
+    auto next = assignment.values.begin();
+    for (const ElementRange &run : writeRanges(assignment.tag, session.groupLimit())) {
+        const RequestResult result = session.write(run, Values(next, next + run.count));
+        if (!result.isDone()) {
+            if (assignment.tag.count > 1)
+                printError(QString("%1: stopped at %2")
+                               .arg(assignment.tag.text, elementName(run.area, run.first)));
+            return result;
+        }
+        next += run.count;
+    }
+    return {RequestResult::Outcome::Done, {}};
+}
+
+// One word for records. A write that got no answer may have been carried out all the same.
+QString writeOutcome(const RequestResult &result)
+{
+    if (result.isDone())
+        return "confirmed";
+    return result.outcome == RequestResult::Outcome::NoAnswer ? QString("given up")
+                                                              : outcomeName(result);
+}
+
+RecordWriter makeRecords(Format format)
+{
+    return RecordWriter(format, "write", {"time", "tag", "values", "unit", "outcome", "error"},
+                        false, print);
+}
+
+void addRecord(RecordWriter &records, const Assignment &assignment, const QString &outcome,
+               const QString &error)
+{
+    const Tag &tag = assignment.tag;
+    const QString plain =
+        QString("%1 %2 %3").arg(tag.text, formatValues(tag, assignment.values), outcome);
+    records.add(error.isEmpty() ? plain : QString(),
+                {now(), tag.text, interpret(tag, assignment.values), textField(tag.unit), outcome,
+                 textField(error)});
+    if (!error.isEmpty())
+        printError(QString("%1: %2").arg(tag.text, error));
+}
+
+QString failureText(const RequestResult &result)
+{
+    if (result.isDone())
+        return {};
+    return result.outcome == RequestResult::Outcome::NoAnswer
+               ? "not confirmed (it may have been written all the same): " + toText(result)
+               : toText(result);
+}
+
+// The order of writes matters, so nothing is written behind one that failed.
+void reportUnwritten(RecordWriter &records, const std::vector<Assignment> &assignments,
+                     std::size_t from)
+{
+    for (std::size_t i = from; i < assignments.size(); ++i)
+        addRecord(records, assignments[i], "not sent",
+                  "not written, because of the failure before");
+}
+
+std::vector<Tag> tagsOf(const std::vector<Assignment> &assignments)
+{
+    std::vector<Tag> tags;
+    tags.reserve(assignments.size());
+    for (const Assignment &assignment : assignments)
+        tags.push_back(assignment.tag);
+    return tags;
+}
+
+bool contains(const ElementRange &run, const ElementRange &element)
+{
+    return run.station == element.station && run.area == element.area &&
+           run.first <= element.first && element.end() <= run.end();
+}
+
+// Whether an assignment behind the one at `index` writes its element at `offset` once more.
+bool isWrittenAgain(const std::vector<Assignment> &assignments, std::size_t index, int offset)
+{
+    ElementRange element = assignments[index].tag.elements;
+    element.first += offset;
+    element.count = 1;
+    return std::any_of(
+        assignments.begin() + static_cast<std::ptrdiff_t>(index) + 1, assignments.end(),
+        [&element](const Assignment &later) { return contains(later.tag.elements, element); });
+}
+
+// Whether an element that was not written again holds another value.
+bool differs(const std::vector<Assignment> &assignments, std::size_t index, const Values &values)
+{
+    const Values &wanted = assignments[index].values;
+    for (int i = 0; i < assignments[index].tag.count; ++i) {
+        const std::size_t place = static_cast<std::size_t>(i);
+        if (values[place] != wanted[place] && !isWrittenAgain(assignments, index, i))
+            return true;
+    }
+    return false;
+}
+
+ExitCode verifyAll(Session &session, RecordWriter &records,
+                   const std::vector<Assignment> &assignments)
+{
+    const std::vector<Reading> readings = readNow(session, tagsOf(assignments));
+    ExitCodes codes;
+    for (std::size_t i = 0; i < assignments.size(); ++i) {
+        const Assignment &assignment = assignments[i];
+        const Reading &reading = readings[i];
+        if (!reading.result.isDone()) {
+            codes.add(exitCodeOf(reading.result));
+            addRecord(records, assignment, "confirmed", "not read back: " + toText(reading.result));
+        } else if (differs(assignments, i, reading.values)) {
+            codes.add(ExitCode::Unknown);
+            addRecord(records, assignment, "differs",
+                      QString("wrote %1, read back %2")
+                          .arg(formatValues(assignment.tag, assignment.values),
+                               formatValues(assignment.tag, reading.values)));
+        } else {
+            const bool isThere = reading.values == assignment.values;
+            addRecord(records, assignment, isThere ? "verified" : "confirmed", {});
+        }
+    }
+    return codes.total();
+}
+
+ExitCode writeAll(Session &session, Format format, const std::vector<Assignment> &assignments,
+                  bool verify)
+{
+    RecordWriter records = makeRecords(format);
+    ExitCodes codes;
+    std::size_t confirmed = 0;
+    for (; confirmed < assignments.size(); ++confirmed) {
+        const RequestResult result = write(session, assignments[confirmed]);
+        codes.add(exitCodeOf(result));
+        if (!verify || !result.isDone())
+            addRecord(records, assignments[confirmed], writeOutcome(result), failureText(result));
+        if (!result.isDone()) {
+            reportUnwritten(records, assignments, confirmed + 1);
+            break;
+        }
+    }
+    if (verify && confirmed > 0)
+        codes.add(verifyAll(
+            session, records,
+            {assignments.begin(), assignments.begin() + static_cast<std::ptrdiff_t>(confirmed)}));
+    records.end();
+    return codes.total();
+}
+
+// Shows the frames of the writes; those that only read are no part of it.
+ExitCode showFrames(Session &session, Format format, const std::vector<Assignment> &assignments)
+{
+    RecordWriter records(format, "write --dry-run", {"tag", "frame"}, false, print);
+    QString tag;
+    session.setObserver([&](const Exchange &exchange) {
+        const QByteArray frame =
+            QByteArray(exchange.request.frame, exchange.request.frameLen).trimmed();
+        const QByteArray function = frame.mid(3, 2);
+        if (function == "05" || function == "10")
+            records.add(tag + ' ' + frame, {tag, QString(frame)});
+    });
+    for (const Assignment &assignment : assignments) {
+        tag = assignment.tag.text;
+        write(session, assignment);
+    }
+    records.end();
+    return ExitCode::Ok;
+}
+
+} // namespace
+
+ExitCode runWrite(const Options &options, const QStringList &assignments, const WriteOptions &how)
+{
+    Connection connection(options);
+    const std::vector<Assignment> parsed = parseAll(assignments, connection.tags());
+    Session &session =
+        how.dryRun ? connection.openOn(std::make_unique<DryLine>()) : connection.open();
+    session.poll(readRanges(tagsOf(parsed), session.groupLimit()));
+    return how.dryRun ? showFrames(session, options.format, parsed)
+                      : writeAll(session, options.format, parsed, how.verify);
+}
+
+} // namespace kmr

@@ -1,0 +1,163 @@
+#include "kmr/connection.h"
+
+#include "host/project/text_file.h"
+#include "kmr/stop_signal.h"
+
+#include <QCoreApplication>
+#include <QDateTime>
+
+namespace kmr {
+
+namespace {
+
+// On a serial line somebody may have asked just before us and gone: his answer is on its way for as
+// long as a long exchange lasts and a controller ponders.
+std::chrono::milliseconds quietBeforeUse(std::chrono::nanoseconds characterTime)
+{
+    using std::chrono::milliseconds;
+    const bool isSerial = characterTime > std::chrono::nanoseconds::zero();
+    return isSerial ? std::chrono::ceil<milliseconds>(64 * characterTime) + milliseconds(100)
+                    : milliseconds(0);
+}
+
+} // namespace
+
+std::unique_ptr<DriverLibrary> loadDriver(const Options &options)
+{
+    const QString path = options.driver.isEmpty()
+                             ? findDriver(QCoreApplication::applicationDirPath())
+                             : options.driver;
+    try {
+        return std::make_unique<DriverLibrary>(path);
+    } catch (const Error &error) {
+        throw Error(error.kind(), error.text() + "\nBuild it, or name another one with --driver "
+                                                 "PATH or the environment variable KMR_DRIVER.");
+    }
+}
+
+LinkAddress linkOf(const Options &options)
+{
+    if (options.link.isEmpty()) {
+        throw Error(ErrorKind::Usage, "no link: name it with --link or the environment variable "
+                                      "KMR_LINK, for example --link tcp://192.168.0.10:8888");
+    }
+    return parseLink(options.link);
+}
+
+NameTable loadNames(const QString &path, const TagReader &reader)
+{
+    QStringList faults;
+    NameTable names = NameTable::parse(readTextFile(path), path, faults);
+    faults.append(checkNames(names, path, reader));
+    if (!faults.isEmpty())
+        throw Error(ErrorKind::Usage, faults.join('\n'));
+    return names;
+}
+
+Connection::Connection(const Options &options)
+    : m_options(options), m_library(loadDriver(options)),
+      m_tags(m_library->functions(), options.station, options.wordOrder)
+{
+    if (!options.names.isEmpty()) {
+        m_names = loadNames(options.names, m_tags);
+        m_tags.setNames(m_names);
+    }
+}
+
+std::vector<Tag> Connection::readTags(const QStringList &texts) const
+{
+    const QStringList &wanted = texts.isEmpty() ? m_options.tags : texts;
+    if (wanted.isEmpty())
+        throw Error(ErrorKind::Usage, "no tags: name some, for example D100, or list them in the "
+                                      "project's kmr.toml: tags = [\"D100\"]");
+    std::vector<Tag> tags;
+    QStringList faults;
+    for (const QString &text : wanted) {
+        try {
+            tags.push_back(m_tags.read(text));
+        } catch (const Error &error) {
+            faults.append(texts.isEmpty() ? m_options.tagsSource + ": " + error.text()
+                                          : error.text());
+        }
+    }
+    if (!faults.isEmpty())
+        throw Error(ErrorKind::Usage, faults.join('\n'));
+    return tags;
+}
+
+Session &Connection::open()
+{
+    m_address = linkOf(m_options);
+    m_device = openLink(m_address, m_options.timeout, stopFlag());
+    SessionSettings settings;
+    settings.poll.characterTime = characterTime(m_address);
+    settings.poll.firstQuiet = quietBeforeUse(settings.poll.characterTime);
+    settings.poll.echo = m_options.echo;
+    settings.poll.gap = m_options.gap;
+    settings.retries = m_options.retries;
+    tapLine(settings.poll);
+    return begin(settings);
+}
+
+bool Connection::reconnect()
+{
+    if (!kmr::reconnect(*m_device, m_address, m_options.timeout, stopFlag()))
+        return false;
+    m_session->restart();
+    return true;
+}
+
+bool Connection::canReconnect() const
+{
+    return m_address.kind == LinkAddress::Kind::Tcp;
+}
+
+Session &Connection::openOn(std::unique_ptr<QIODevice> device)
+{
+    if (m_options.trace || !m_options.capture.isEmpty())
+        printError("kmr: no link is opened, so nothing is traced or captured");
+    m_device = std::move(device);
+    SessionSettings settings;
+    settings.poll.echo = EchoMode::Off;
+    settings.retries = 0;
+    return begin(settings);
+}
+
+Session &Connection::begin(SessionSettings settings)
+{
+    settings.poll.timeout = m_options.timeout;
+    settings.groupLimit = m_options.groupLimit;
+    m_session = std::make_unique<Session>(m_library->functions(), *m_device, settings, stopFlag());
+    return *m_session;
+}
+
+void Connection::tapLine(PollSettings &settings)
+{
+    if (m_options.trace)
+        m_trace =
+            std::make_unique<LineTrace>([](const TracedLine &line) { printError(toText(line)); });
+    if (!m_options.capture.isEmpty())
+        m_capture = std::make_unique<CaptureWriter>(m_options.capture, m_options.link);
+    if (!m_trace && !m_capture)
+        return;
+    settings.tap = [this](bool isSent, const QByteArray &characters) {
+        const QDateTime now = QDateTime::currentDateTime();
+        if (m_capture)
+            capture(isSent, characters);
+        if (m_trace)
+            m_trace->add(now, isSent, characters);
+    };
+}
+
+// A full disk ends the capture, not the work.
+void Connection::capture(bool isSent, const QByteArray &characters)
+{
+    try {
+        m_capture->add(isSent, characters);
+    } catch (const Error &error) {
+        m_capture.reset();
+        reportLoss(error.text() + "; what comes from now on is not captured");
+    }
+}
+
+} // namespace kmr

@@ -1,0 +1,80 @@
+// What every command that talks to a controller begins with.
+#pragma once
+
+#include "host/driver_library.h"
+#include "host/line/line_trace.h"
+#include "host/line/link.h"
+#include "host/project/capture.h"
+#include "host/project/name_table.h"
+#include "host/session/session.h"
+#include "host/tags/tag.h"
+#include "kmr/commands/commands.h"
+#include "kmr/outcome.h"
+#include "kmr/output.h"
+
+#include <QIODevice>
+
+#include <memory>
+#include <vector>
+
+namespace kmr {
+
+// Loads the driver that the options name, or the one that is found.
+std::unique_ptr<DriverLibrary> loadDriver(const Options &options);
+
+// The link that the options name. Throws Error (Usage).
+LinkAddress linkOf(const Options &options);
+
+// Reads a file of names. Throws Error (Usage) that names every bad line with its number.
+NameTable loadNames(const QString &path, const TagReader &reader);
+
+// The driver and, once it is opened, the link.
+class Connection {
+public:
+    // Loads the driver and the names, but opens nothing yet. Throws Error.
+    explicit Connection(const Options &options);
+
+    const TagReader &tags() const
+    {
+        return m_tags;
+    }
+
+    const DriverFunctions &driver() const
+    {
+        return m_library->functions();
+    }
+
+    // Reads all tags, or the project's where there are none; one Error names all bad ones.
+    std::vector<Tag> readTags(const QStringList &texts) const;
+
+    // Opens the link. Throws Error.
+    Session &open();
+
+    // Tries once to open a lost TCP connection again; the session then waits to be told what to
+    // poll.
+    bool reconnect();
+
+    // True where open() opened a link that reconnect() can bring back.
+    bool canReconnect() const;
+
+    // Instead: a session on an open device that is no line. It neither echoes nor needs pauses, and
+    // answers at once or never.
+    Session &openOn(std::unique_ptr<QIODevice> device);
+
+private:
+    Session &begin(SessionSettings settings);
+    void tapLine(PollSettings &settings);
+    void capture(bool isSent, const QByteArray &characters);
+
+    const Options m_options;
+    std::unique_ptr<DriverLibrary> m_library;
+    TagReader m_tags;
+    NameTable m_names;
+    std::unique_ptr<CaptureWriter> m_capture;
+    std::unique_ptr<LineTrace> m_trace;
+    LinkAddress m_address; // once it is opened
+    std::unique_ptr<QIODevice> m_device;
+    std::unique_ptr<Session> m_session;
+};
+
+} // namespace kmr

@@ -1,0 +1,110 @@
+#include "kmr/outcome.h"
+
+#include "host/line/line_trace.h"
+#include "kmr/record_writer.h"
+#include "kmr/stop_signal.h"
+
+#include <QDateTime>
+
+namespace kmr {
+
+namespace {
+
+using Outcome = RequestResult::Outcome;
+
+QString hintFor(ReplyFault fault)
+{
+    switch (fault) {
+    case ReplyFault::MissingEcho:
+        return ": if it echoes no more, start again or try --echo off";
+    case ReplyFault::UnexpectedEcho:
+        return " Try --echo on";
+    case ReplyFault::EchoOrAnswer:
+        return ": say --echo on or --echo off";
+    default:
+        return {};
+    }
+}
+
+} // namespace
+
+ExitCode exitCodeOf(const RequestResult &result)
+{
+    switch (result.outcome) {
+    case Outcome::Done:
+        return ExitCode::Ok;
+    case Outcome::Refused:
+        return ExitCode::Refused;
+    case Outcome::Unknown:
+        return ExitCode::Unknown;
+    case Outcome::NoAnswer:
+    case Outcome::NotSent:
+        break;
+    }
+    return result.failure.exceptionCode != 0 ? ExitCode::Refused : ExitCode::NoAnswer;
+}
+
+QString toText(const RequestResult &result)
+{
+    const QString cause = stopFlag() ? QString("stopped") : QString("the line was lost");
+    const bool hasFailure =
+        result.failure.fault != ReplyFault::None || result.failure.exceptionCode != 0;
+    switch (result.outcome) {
+    case Outcome::Done:
+        return "done";
+    case Outcome::Refused:
+        return toTextWithHint(result.failure);
+    case Outcome::NoAnswer:
+        return hasFailure ? toTextWithHint(result.failure) : "no answer: " + cause;
+    case Outcome::NotSent:
+        return "not sent: " + (hasFailure ? toTextWithHint(result.failure) : cause);
+    case Outcome::Unknown:
+        break;
+    }
+    if (result.failure.exceptionCode != 0)
+        return "unknown: an earlier attempt got no answer, the last was " +
+               toTextWithHint(result.failure);
+    return "unknown: " +
+           (hasFailure ? toTextWithHint(result.failure) : cause + " before the answer came");
+}
+
+QString toTextWithHint(ReplyFault fault)
+{
+    return toText(fault) + hintFor(fault);
+}
+
+QString toTextWithHint(const Failure &failure)
+{
+    return failure.exceptionCode != 0 ? toText(failure) : toTextWithHint(failure.fault);
+}
+
+QString outcomeName(const RequestResult &result)
+{
+    switch (result.outcome) {
+    case Outcome::Done:
+        return "done";
+    case Outcome::Refused:
+        return "refused";
+    case Outcome::NoAnswer:
+        return "no answer";
+    case Outcome::NotSent:
+        return "not sent";
+    case Outcome::Unknown:
+        break;
+    }
+    return "unknown";
+}
+
+QString now()
+{
+    return timeText(QDateTime::currentDateTime());
+}
+
+void ExitCodes::add(ExitCode code)
+{
+    if (code == ExitCode::Ok)
+        return;
+    m_total = m_total == ExitCode::Ok || m_total == code ? code : ExitCode::ItemFailed;
+}
+
+} // namespace kmr

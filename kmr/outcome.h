@@ -1,0 +1,38 @@
+// What came of requests, in exit codes and in words.
+#pragma once
+
+#include "host/session/session.h"
+#include "kmr/exit_code.h"
+
+#include <QString>
+
+namespace kmr {
+
+// The exit code for one request, and the words for a person: "no answer".
+ExitCode exitCodeOf(const RequestResult &result);
+QString toText(const RequestResult &result);
+
+// What was wrong with an answer, and the options that may help.
+QString toTextWithHint(ReplyFault fault);
+QString toTextWithHint(const Failure &failure);
+
+// One word for records: "done", "refused", "no answer", "not sent" or "unknown".
+QString outcomeName(const RequestResult &result);
+
+// The time now, as records have it.
+QString now();
+
+// Gathers exit codes: that of the failed items where all failed alike, else ItemFailed.
+class ExitCodes {
+public:
+    void add(ExitCode code);
+    ExitCode total() const
+    {
+        return m_total;
+    }
+
+private:
+    ExitCode m_total = ExitCode::Ok;
+};
+
+} // namespace kmr

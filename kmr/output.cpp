@@ -1,0 +1,63 @@
+#include "kmr/output.h"
+
+#include "kmr/stop_signal.h"
+
+#include <cerrno>
+#include <cstdio>
+#include <system_error>
+#include <utility>
+
+namespace kmr {
+
+namespace {
+
+bool g_isLost = false;         // something could not be written
+bool g_isStdoutBroken = false; // not even the next line is worth a try
+std::function<void()> g_beforeErrors;
+std::function<void()> g_afterErrors;
+
+} // namespace
+
+void print(const QString &line)
+{
+    if (g_isStdoutBroken)
+        return;
+    const QByteArray bytes = line.toLocal8Bit() + '\n';
+    if (std::fputs(bytes.constData(), stdout) >= 0 && std::fflush(stdout) == 0)
+        return;
+    const int cause = errno;
+    g_isStdoutBroken = true;
+    stopFlag() = true;
+    if (cause != EPIPE)
+        reportLoss("cannot write to stdout: " +
+                   QString::fromStdString(std::generic_category().message(cause)));
+}
+
+void printError(const QString &line)
+{
+    if (g_beforeErrors)
+        g_beforeErrors();
+    const int written = std::fputs((line.toLocal8Bit() + '\n').constData(), stderr);
+    static_cast<void>(written); // there is nowhere left to tell it
+    if (g_afterErrors)
+        g_afterErrors();
+}
+
+void setAroundErrors(std::function<void()> before, std::function<void()> after)
+{
+    g_beforeErrors = std::move(before);
+    g_afterErrors = std::move(after);
+}
+
+void reportLoss(const QString &text)
+{
+    g_isLost = true;
+    printError("kmr: " + text);
+}
+
+ExitCode exitCodeAfterLosses(ExitCode code)
+{
+    return g_isLost && code == ExitCode::Ok ? ExitCode::ItemFailed : code;
+}
+
+} // namespace kmr

@@ -1,0 +1,29 @@
+// What a command tells: values and records on stdout, all else on stderr.
+#pragma once
+
+#include "kmr/exit_code.h"
+
+#include <QString>
+
+#include <functional>
+
+namespace kmr {
+
+// Writes a line to stdout at once. When it can't be written, the stop flag is set and further lines
+// are dropped; where the reason is another than a reader that has gone, reportLoss() tells it.
+void print(const QString &line);
+
+// Writes a line to stderr.
+void printError(const QString &line);
+
+// From now on printError() calls these before and after it writes, so that what is drawn on a
+// terminal can make room. Empty ones end it.
+void setAroundErrors(std::function<void()> before, std::function<void()> after);
+
+// Tells on stderr what could not be written. The program goes on.
+void reportLoss(const QString &text);
+
+// The program's exit code: `code`, but ItemFailed instead of Ok once a loss was reported.
+ExitCode exitCodeAfterLosses(ExitCode code);
+
+} // namespace kmr

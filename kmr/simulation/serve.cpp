@@ -1,0 +1,65 @@
+#include "kmr/simulation/serve.h"
+
+#include "kmr/output.h"
+#include "kmr/stop_signal.h"
+#include "simulator/pseudo_terminal.h"
+#include "simulator/tcp_server.h"
+
+#include <QCoreApplication>
+#include <QFileInfo>
+#include <QSocketNotifier>
+#include <QUrl>
+
+namespace kmr {
+
+namespace {
+
+const char *const DEFAULT_LISTEN = "tcp://127.0.0.1:8888";
+
+QUrl parseListen(const QString &text)
+{
+    QUrl url(text, QUrl::StrictMode);
+    if (!url.isValid() || url.scheme() != "tcp" || url.host().isEmpty() || url.port() < 0 ||
+        !url.path().isEmpty()) {
+        throw Error(ErrorKind::Usage, QString("bad address to listen at \"%1\": expected "
+                                              "tcp://HOST:PORT, for example %2 (port 0 for any "
+                                              "free one)")
+                                          .arg(text, DEFAULT_LISTEN));
+    }
+    return url;
+}
+
+} // namespace
+
+void serve(const ServeOptions &where, const simulator::Responder &respond, simulator::Pacing pacing)
+{
+    const QString listen =
+        where.listen.isEmpty() && where.pty.isEmpty() ? DEFAULT_LISTEN : where.listen;
+    simulator::TcpServer server(respond, pacing);
+    simulator::PseudoTerminal terminal(respond, pacing);
+    QStringList ready;
+    if (!listen.isEmpty()) {
+        QUrl url = parseListen(listen);
+        const QString fault = server.listen(url.host(), static_cast<quint16>(url.port()));
+        if (!fault.isEmpty())
+            throw Error(ErrorKind::Link,
+                        QString("cannot listen on %1: %2").arg(url.toString(), fault));
+        url.setPort(server.port());
+        ready.append("ready " + url.toString());
+    }
+    if (!where.pty.isEmpty()) {
+        const QString fault = terminal.open(where.pty);
+        if (!fault.isEmpty())
+            throw Error(ErrorKind::Link, fault);
+        ready.append(QString("ready serial://%1").arg(QFileInfo(where.pty).absoluteFilePath()));
+    }
+
+    QSocketNotifier stop(stopDescriptor(), QSocketNotifier::Read);
+    QObject::connect(&stop, &QSocketNotifier::activated, QCoreApplication::instance(),
+                     &QCoreApplication::quit);
+    for (const QString &line : ready)
+        print(line);
+    QCoreApplication::exec();
+}
+
+} // namespace kmr

@@ -1,0 +1,47 @@
+#include "kmr/stop_signal.h"
+
+#include <csignal>
+#include <fcntl.h>
+#include <unistd.h>
+
+namespace kmr {
+
+namespace {
+
+std::atomic<bool> g_stop{false};
+int g_pipe[2] = {-1, -1};
+
+extern "C" void noteStop(int)
+{
+    g_stop = true;
+    const char byte = 0;
+    const ssize_t written = write(g_pipe[1], &byte, 1);
+    static_cast<void>(written); // a full pipe wakes the reader as well
+}
+
+} // namespace
+
+void catchStopSignals()
+{
+    if (pipe2(g_pipe, O_CLOEXEC | O_NONBLOCK) != 0)
+        return; // the program then ends at the signal, as without us
+    struct sigaction action = {};
+    action.sa_handler = noteStop;
+    action.sa_flags = static_cast<int>(SA_RESETHAND);
+    sigaction(SIGINT, &action, nullptr);
+    sigaction(SIGTERM, &action, nullptr);
+    action.sa_handler = SIG_IGN; // print() notices it
+    sigaction(SIGPIPE, &action, nullptr);
+}
+
+std::atomic<bool> &stopFlag()
+{
+    return g_stop;
+}
+
+int stopDescriptor()
+{
+    return g_pipe[0];
+}
+
+} // namespace kmr

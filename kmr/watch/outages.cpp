@@ -1,0 +1,69 @@
+#include "kmr/watch/outages.h"
+
+#include "kmr/outcome.h"
+
+namespace kmr {
+
+namespace {
+
+QString stationName(const ElementRange &run)
+{
+    return QString("station %1").arg(run.station);
+}
+
+QString elementsName(const ElementRange &run)
+{
+    return stationName(run) + ' ' + runName(run);
+}
+
+} // namespace
+
+void Outages::noteFailure(const ElementRange &run, const Failure &failure, Time now)
+{
+    const bool isRefusal = failure.exceptionCode != 0;
+    if (isRefusal)
+        noteAnswer(stationName(run), run, now);
+    const QString subject = isRefusal ? elementsName(run) : stationName(run);
+    const auto [outage, isNew] = m_outages.try_emplace(subject);
+    outage->second.unanswered.insert(runName(run));
+    if (!isNew)
+        return;
+    const QString request = isRefusal ? QString() : ", asked for " + runName(run);
+    m_tell(QString("%1 %2: %3").arg(m_wallClock(), subject, toTextWithHint(failure)) + request);
+}
+
+void Outages::noteAnswer(const ElementRange &run, Time now)
+{
+    noteAnswer(stationName(run), run, now);
+    noteAnswer(elementsName(run), run, now);
+}
+
+void Outages::noteAnswer(const QString &subject, const ElementRange &run, Time now)
+{
+    const auto found = m_outages.find(subject);
+    if (found == m_outages.end())
+        return;
+    Outage &outage = found->second;
+    if (outage.unanswered.erase(runName(run)) == 0 || !outage.unanswered.empty())
+        return;
+    outage.answered = now;
+    outage.answeredAt = m_wallClock();
+}
+
+void Outages::tellEnds(Time now)
+{
+    for (auto outage = m_outages.begin(); outage != m_outages.end();) {
+        const bool isOver =
+            outage->second.unanswered.empty() && now - outage->second.answered >= CALM;
+        if (isOver)
+            m_tell(outage->second.answeredAt + ' ' + outage->first + " answers again");
+        outage = isOver ? m_outages.erase(outage) : std::next(outage);
+    }
+}
+
+void Outages::tellAllEnds()
+{
+    tellEnds(Time::max());
+}
+
+} // namespace kmr

@@ -1,0 +1,65 @@
+// Tells of outages on stderr: a line when one begins and a line when it ends.
+#pragma once
+
+#include "host/session/quality.h"
+#include "host/tags/element_range.h"
+
+#include <QString>
+
+#include <chrono>
+#include <functional>
+#include <map>
+#include <set>
+
+namespace kmr {
+
+// A station that does not answer is one outage, however many requests it concerns and whatever they
+// fail of; elements that it refuses are one each. An outage has ended when all its requests are
+// answered and none failed for CALM, so that a line that fails every now and then is told once.
+class Outages {
+public:
+    using Time = std::chrono::steady_clock::time_point;
+    using Tell = std::function<void(const QString &line)>;
+    using WallClock = std::function<QString()>;
+
+    static constexpr std::chrono::seconds CALM{3};
+
+    // `tell` is called with each line, which begins with what `wallClock` returned at the time.
+    Outages(Tell tell, WallClock wallClock)
+        : m_tell(std::move(tell)), m_wallClock(std::move(wallClock))
+    {
+    }
+
+    // The request for `run` was given up.
+    void noteFailure(const ElementRange &run, const Failure &failure, Time now);
+
+    // It was answered.
+    void noteAnswer(const ElementRange &run, Time now);
+
+    // Tells the ends of those that have ended by `now`. To be called often.
+    void tellEnds(Time now);
+
+    // Tells the ends of all whose requests are answered by now.
+    void tellAllEnds();
+
+    // Whatever was out, the line has been opened anew.
+    void forget()
+    {
+        m_outages.clear();
+    }
+
+private:
+    struct Outage {
+        std::set<QString> unanswered; // its requests
+        Time answered;                // when the last of them was
+        QString answeredAt;           // likewise, for people
+    };
+
+    void noteAnswer(const QString &subject, const ElementRange &run, Time now);
+
+    const Tell m_tell;
+    const WallClock m_wallClock;
+    std::map<QString, Outage> m_outages; // by what they concern
+};
+
+} // namespace kmr

@@ -1,0 +1,39 @@
+// The cycle of 'kmr watch': all requests that refresh everything once.
+#pragma once
+
+#include "host/line/poll_loop.h"
+
+#include <QString>
+
+#include <chrono>
+
+namespace kmr {
+
+class WatchCycle {
+public:
+    using Time = std::chrono::steady_clock::time_point;
+
+    // `wanted`: from the begin of a cycle to that of the next, 0 for as soon as the line allows.
+    explicit WatchCycle(std::chrono::milliseconds wanted) : m_wanted(wanted) {}
+
+    // The first cycle begins. `requests`: those of each cycle, 1 or more.
+    void begin(int requests, Time now);
+
+    // A request is over, for good or to be sent again.
+    void note(const Exchange &exchange, Time now);
+
+    // Time until the next request may be made: 0, or until the next cycle begins.
+    std::chrono::nanoseconds pause(Time now) const;
+
+    // The time that the last cycle took, "103 ms", and behind it the one wanted: "512/500 ms".
+    QString text() const;
+
+private:
+    const std::chrono::milliseconds m_wanted;
+    int m_requests = 1;
+    int m_done = 0; // of this cycle
+    Time m_begin;   // of this cycle, maybe still to come
+    std::chrono::nanoseconds m_reached{0};
+};
+
+} // namespace kmr

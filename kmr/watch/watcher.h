@@ -1,0 +1,92 @@
+// What 'kmr watch' shows: changes, as records or in a live table, and a line on stderr when an
+// outage begins and when it ends.
+#pragma once
+
+#include "host/session/session.h"
+#include "kmr/exit_code.h"
+#include "kmr/record_writer.h"
+#include "kmr/watch/outages.h"
+#include "kmr/watch/watch_cycle.h"
+#include "kmr/watch/watch_rates.h"
+#include "kmr/watch/watch_table.h"
+
+#include <QString>
+
+#include <chrono>
+#include <cstdint>
+#include <optional>
+#include <vector>
+
+namespace kmr {
+
+class Watcher {
+public:
+    // Observes the session, which must outlive it. `isLive`: in a table, else in records of this
+    // format. `wantedCycle`: see WatchCycle. The watch is over with change number `maxChanges`;
+    // that a value is stale is no change.
+    Watcher(Session &session, std::vector<Tag> tags, Format format, bool isLive,
+            std::chrono::milliseconds wantedCycle, std::optional<std::uint64_t> maxChanges);
+    ~Watcher();
+    Watcher(const Watcher &) = delete;
+    Watcher &operator=(const Watcher &) = delete;
+
+    void beginPolling();
+
+    // The time until the next request is to be made: 0 but between two cycles.
+    std::chrono::nanoseconds pause() const;
+
+    // The line is lost: nothing is fresh any more. `advice` follows the words.
+    void noteLoss(const QString &advice);
+
+    // It is open again. That it is back is told with the first answer.
+    void noteReconnection();
+
+    // Lost, and nothing was answered since.
+    bool isLost() const
+    {
+        return m_isLost;
+    }
+
+    // Draws the table when it is time to. To be called often.
+    void draw();
+
+    // Draws the table for the last time, or completes the records.
+    void end();
+
+    bool isOver() const
+    {
+        return m_maxChanges && m_changes >= *m_maxChanges;
+    }
+
+    // What keeps tags from being up to date.
+    ExitCode outcome() const;
+
+private:
+    using Time = std::chrono::steady_clock::time_point;
+
+    void note(const Exchange &exchange);
+    void noteQuality(std::size_t index);
+    void showGood(std::size_t index);
+    void makeStale(std::size_t index, const QString &cause);
+    void addRecord(std::size_t index, const QString &plain, const Values &values,
+                   const QString &error);
+    void noteOutage(const Exchange &exchange, const ElementRange &run);
+
+    Session &m_session;
+    const std::vector<Tag> m_tags;
+    const std::optional<std::uint64_t> m_maxChanges;
+    std::vector<WatchRow> m_rows; // by tag, as all these
+    std::vector<Values> m_shown;  // empty before the first
+    std::vector<std::optional<Time>> m_lastGood;
+    const std::vector<ElementRange> m_ranges;
+    WatchCycle m_cycle;
+    WatchRates m_rates;
+    std::optional<RecordWriter> m_records; // or
+    std::optional<LiveTable> m_table;
+    Time m_nextDraw;
+    Outages m_outages;
+    bool m_isLost = false;
+    std::uint64_t m_changes = 0;
+};
+
+} // namespace kmr

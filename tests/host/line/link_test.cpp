@@ -1,0 +1,260 @@
+#include "host/line/link.h"
+
+#include "host/error.h"
+
+#include <QBuffer>
+#include <QTemporaryDir>
+#include <QTimer>
+#include <gtest/gtest.h>
+
+#include <cstdlib>
+#include <fcntl.h>
+#include <netinet/in.h>
+#include <sys/socket.h>
+#include <unistd.h>
+
+using namespace kmr;
+
+namespace {
+
+// The text of the error, or an empty one when the link is fine.
+std::string faultOf(const QString &text)
+{
+    try {
+        parseLink(text);
+    } catch (const Error &error) {
+        EXPECT_EQ(error.kind(), ErrorKind::Usage);
+        return error.what();
+    }
+    return {};
+}
+
+const std::atomic<bool> NEVER{false};
+
+std::unique_ptr<QIODevice> openNow(const QString &link)
+{
+    return openLink(parseLink(link), std::chrono::seconds(2), NEVER);
+}
+
+// A listener whose queue is full: attempts to connect hang, as those to a machine that is off.
+class FullServer {
+public:
+    FullServer()
+    {
+        sockaddr_in address = {};
+        socklen_t size = sizeof address;
+        auto *const general = reinterpret_cast<sockaddr *>(&address);
+        address.sin_family = AF_INET;
+        address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
+        EXPECT_EQ(bind(m_listener, general, size), 0);
+        EXPECT_EQ(listen(m_listener, 0), 0);
+        EXPECT_EQ(getsockname(m_listener, general, &size), 0);
+        EXPECT_EQ(connect(m_client, general, size), 0);
+        m_port = ntohs(address.sin_port);
+    }
+    ~FullServer()
+    {
+        close(m_client);
+        close(m_listener);
+    }
+    FullServer(const FullServer &) = delete;
+    FullServer &operator=(const FullServer &) = delete;
+
+    LinkAddress address() const
+    {
+        return parseLink(QString("tcp://127.0.0.1:%1").arg(m_port));
+    }
+
+private:
+    const int m_listener = socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0);
+    const int m_client = socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0);
+    int m_port = 0;
+};
+
+bool names(const std::string &text, const char *part)
+{
+    return text.find(part) != std::string::npos;
+}
+
+} // namespace
+
+TEST(Link, SerialSettingsAreReadFromTheQuery)
+{
+    const LinkAddress address = parseLink("serial:///dev/ttyUSB0?baud=19200&frame=8O2");
+    EXPECT_EQ(address.kind, LinkAddress::Kind::Serial);
+    EXPECT_EQ(address.device, "/dev/ttyUSB0");
+    EXPECT_EQ(address.baud, 19200);
+    EXPECT_EQ(address.dataBits, QSerialPort::Data8);
+    EXPECT_EQ(address.parity, QSerialPort::OddParity);
+    EXPECT_EQ(address.stopBits, QSerialPort::TwoStop);
+}
+
+TEST(Link, SerialDefaultsAreTheDriversOwn)
+{
+    const LinkAddress address = parseLink("serial:///dev/ttyS1");
+    EXPECT_EQ(address.baud, 9600);
+    EXPECT_EQ(address.dataBits, QSerialPort::Data7);
+    EXPECT_EQ(address.parity, QSerialPort::EvenParity);
+    EXPECT_EQ(address.stopBits, QSerialPort::OneStop);
+}
+
+TEST(Link, PortBeyondAllIsToldWithoutTheInsidesOfQt)
+{
+    const std::string fault = faultOf("tcp://127.0.0.1:99999");
+    EXPECT_TRUE(names(fault, "port number out of range\n(a link is ")) << fault;
+}
+
+TEST(Link, TcpTakesHostAndPort)
+{
+    const LinkAddress address = parseLink("tcp://192.168.0.10:502");
+    EXPECT_EQ(address.kind, LinkAddress::Kind::Tcp);
+    EXPECT_EQ(address.host, "192.168.0.10");
+    EXPECT_EQ(address.port, 502);
+    EXPECT_EQ(parseLink("tcp://plc").port, 8888);
+}
+
+TEST(Link, EveryBadPartIsNamed)
+{
+    const std::string fault = faultOf("serial:///dev/ttyS1?baud=fast&frame=9X3&parity=even");
+    EXPECT_TRUE(names(fault, "baud=fast")) << fault;
+    EXPECT_TRUE(names(fault, "frame=9X3")) << fault;
+    EXPECT_TRUE(names(fault, "parity: unknown setting")) << fault;
+}
+
+TEST(Link, OtherMistakesAreNamed)
+{
+    EXPECT_TRUE(names(faultOf("udp://plc:1"), "serial:// or tcp://"));
+    EXPECT_TRUE(names(faultOf("serial://dev/ttyS1"), "three slashes"));
+    EXPECT_TRUE(names(faultOf("serial://"), "device is missing"));
+    EXPECT_TRUE(names(faultOf("tcp://:502"), "host is missing"));
+    EXPECT_TRUE(names(faultOf("tcp://plc:0"), "port 0"));
+    EXPECT_TRUE(names(faultOf("tcp://plc:1/x"), "nothing may follow"));
+    EXPECT_FALSE(faultOf("tcp://plc:99999").empty());
+    EXPECT_FALSE(faultOf("").empty());
+}
+
+TEST(Link, CharacterTakesItsBitsOnASerialLineAndNothingOnTcp)
+{
+    EXPECT_EQ(characterTime(parseLink("serial:///dev/x?baud=10000&frame=7E1")).count(), 1000000);
+    EXPECT_EQ(characterTime(parseLink("serial:///dev/x?baud=10000&frame=8E2")).count(), 1200000);
+    EXPECT_EQ(characterTime(parseLink("serial:///dev/x?baud=10000&frame=7N1")).count(), 900000);
+    EXPECT_EQ(characterTime(parseLink("tcp://plc")).count(), 0);
+}
+
+TEST(Link, MissingDeviceIsNamedWithAdvice)
+{
+    try {
+        openNow("serial:///dev/no-such-port");
+        FAIL() << "it opened";
+    } catch (const Error &error) {
+        EXPECT_EQ(error.kind(), ErrorKind::Link);
+        EXPECT_TRUE(names(error.what(), "/dev/no-such-port")) << error.what();
+        EXPECT_TRUE(names(error.what(), "no such device")) << error.what();
+    }
+}
+
+TEST(Link, FileThatIsNoPortIsRefused)
+{
+    QTemporaryDir directory;
+    QFile file(directory.filePath("port"));
+    ASSERT_TRUE(file.open(QIODevice::WriteOnly));
+    EXPECT_THROW(openNow("serial://" + file.fileName()), Error);
+}
+
+TEST(Link, RefusedConnectionIsNamedWithAdvice)
+{
+    try {
+        openNow("tcp://127.0.0.1:1");
+        FAIL() << "it opened";
+    } catch (const Error &error) {
+        EXPECT_EQ(error.kind(), ErrorKind::Link);
+        EXPECT_TRUE(names(error.what(), "nothing listens there")) << error.what();
+    }
+}
+
+TEST(Link, AddressWithColonsIsNamedInBrackets)
+{
+    try {
+        openNow("tcp://[::1]:1");
+        FAIL() << "it opened";
+    } catch (const Error &error) {
+        EXPECT_TRUE(names(error.what(), "cannot connect to tcp://[::1]:1: ")) << error.what();
+    }
+}
+
+TEST(Link, StopBreaksOffAnAttemptToConnect)
+{
+    const FullServer server;
+    std::atomic<bool> stop{false};
+    QTimer::singleShot(0, [&stop] { stop = true; });
+    try {
+        openLink(server.address(), std::chrono::minutes(10), stop);
+        FAIL() << "it opened";
+    } catch (const Error &error) {
+        EXPECT_TRUE(names(error.what(), ": stopped")) << error.what();
+    }
+}
+
+TEST(Link, AttemptToConnectEndsAfterItsTime)
+{
+    const FullServer server;
+    try {
+        openLink(server.address(), std::chrono::milliseconds(20), NEVER);
+        FAIL() << "it opened";
+    } catch (const Error &error) {
+        EXPECT_TRUE(names(error.what(), ": no answer in time (check the address, "))
+            << error.what();
+    }
+}
+
+TEST(Link, EachPartOfAFrameIsChecked)
+{
+    for (const char *frame : {"7E", "9E1", "7X1", "7E3", "7E12"}) {
+        const std::string fault = faultOf(QString("serial:///dev/ttyS1?frame=%1").arg(frame));
+        EXPECT_TRUE(names(fault, "expected data bits (7, 8)")) << frame << ' ' << fault;
+    }
+    EXPECT_EQ(faultOf("serial:///dev/ttyS1?frame=7n1"), "");
+}
+
+TEST(Link, OtherSmallMistakesAreNamed)
+{
+    EXPECT_TRUE(names(faultOf("serial:///"), "the device is missing"));
+    EXPECT_TRUE(names(faultOf("serial:///dev/ttyS1?baud=0"), "baud=0: expected bits a second"));
+    EXPECT_TRUE(names(faultOf("tcp://plc:1?timeout=5"), "nothing may follow the port"));
+    EXPECT_TRUE(names(faultOf("tcp://plc:65536"), "port number out of range"));
+    EXPECT_EQ(faultOf("tcp://plc:65535"), "");
+}
+
+TEST(Link, NetworkThatCannotBeReachedIsNamedWithAdvice)
+{
+    try {
+        openNow("tcp://255.255.255.255:1");
+        FAIL() << "it opened";
+    } catch (const Error &error) {
+        EXPECT_EQ(error.kind(), ErrorKind::Link);
+        EXPECT_TRUE(names(error.what(), "check the address, the cable and the network"))
+            << error.what();
+    }
+}
+
+TEST(Link, PortThatIsOpenAlreadyIsBusy)
+{
+    const int terminal = posix_openpt(O_RDWR | O_NOCTTY);
+    ASSERT_TRUE(terminal >= 0 && grantpt(terminal) == 0 && unlockpt(terminal) == 0);
+    const QString link = QString("serial://") + ptsname(terminal);
+    const auto port = openNow(link);
+    try {
+        openNow(link);
+        ADD_FAILURE() << "it opened twice";
+    } catch (const Error &error) {
+        EXPECT_TRUE(names(error.what(), "busy: another program has the port open")) << error.what();
+    }
+    close(terminal);
+}
+
+TEST(Link, OnlyAConnectionIsOpenedAgain)
+{
+    QBuffer device;
+    EXPECT_FALSE(
+        reconnect(device, parseLink("serial:///dev/x"), std::chrono::milliseconds(1), NEVER));
+}

@@ -1,0 +1,81 @@
+#include "host/project/text_file.h"
+
+#include "host/error.h"
+#include "tests/kmr/file_size_limit.h"
+
+#include <QDir>
+#include <QFile>
+#include <QFileInfo>
+#include <QTemporaryDir>
+#include <gtest/gtest.h>
+
+#include <optional>
+
+namespace kmr {
+namespace {
+
+// Nothing when the function throws nothing.
+template <typename Function> std::optional<ErrorKind> kindOf(Function function)
+{
+    try {
+        function();
+    } catch (const Error &error) {
+        return error.kind();
+    }
+    return std::nullopt;
+}
+
+} // namespace
+
+TEST(TextFile, WrittenTextReadsBackAndReplacesTheOld)
+{
+    const QTemporaryDir directory;
+    const QString path = directory.filePath("recipe.csv");
+    writeTextFile(path, QString::fromUtf8("D100,250 \u00b0C\n"));
+    writeTextFile(path, QString::fromUtf8("\u00b0C\n"));
+    EXPECT_EQ(readTextFile(path), QString::fromUtf8("\u00b0C\n"));
+    EXPECT_EQ(QDir(directory.path()).entryList(QDir::Files), QStringList("recipe.csv"));
+}
+
+TEST(TextFile, WhatDoesNotFitOnTheDiskLeavesTheOldFileAlone)
+{
+    const QTemporaryDir directory;
+    const QString path = directory.filePath("recipe.csv");
+    writeTextFile(path, "D100,250\n");
+    {
+        const FileSizeLimit limit(100);
+        EXPECT_EQ(kindOf([&path] { writeTextFile(path, QString(101, 'x')); }), ErrorKind::Output);
+    }
+    EXPECT_EQ(readTextFile(path), "D100,250\n");
+    EXPECT_EQ(QDir(directory.path()).entryList(QDir::Files), QStringList("recipe.csv"));
+}
+
+TEST(TextFile, MissingFolderIsAnErrorNotALostText)
+{
+    const QTemporaryDir directory;
+    const QString path = directory.filePath("no-such-folder/recipe.csv");
+    EXPECT_EQ(kindOf([&path] { writeTextFile(path, "D100,250\n"); }), ErrorKind::Output);
+}
+
+TEST(TextFile, DeviceIsWrittenAndNotReplaced)
+{
+    writeTextFile("/dev/null", "D100,250\n");
+    EXPECT_EQ(kindOf([] { writeTextFile("/dev/full", "D100,250\n"); }), ErrorKind::Output);
+    for (const char *device : {"/dev/null", "/dev/full"}) {
+        EXPECT_TRUE(QFileInfo::exists(device)) << device;
+        EXPECT_FALSE(QFileInfo(device).isFile()) << device;
+    }
+}
+
+TEST(TextFile, PlaceThatCannotBeWrittenIsKnownBefore)
+{
+    const QTemporaryDir directory;
+    const QString path = directory.filePath("recipe.csv");
+    EXPECT_EQ(kindOf([] { requireWritable("/no/such/directory/recipe.csv"); }), ErrorKind::Usage);
+    EXPECT_EQ(kindOf([&directory] { requireWritable(directory.path()); }), ErrorKind::Usage);
+    EXPECT_EQ(kindOf([&path] { requireWritable(path); }), std::nullopt);
+    EXPECT_FALSE(QFileInfo::exists(path));
+    EXPECT_EQ(kindOf([] { requireWritable("/dev/full"); }), std::nullopt);
+}
+
+} // namespace kmr
