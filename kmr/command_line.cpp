@@ -1,5 +1,7 @@
 #include "kmr/command_line.h"
 
+#include <CLI/CLI.hpp>
+
 namespace kmr {
 
 const char *const TAG_HELP =

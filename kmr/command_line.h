@@ -3,13 +3,16 @@
 
 #include "kmr/commands/commands.h"
 
-#include <CLI/CLI.hpp>
 #include <QString>
 #include <QStringList>
 
 #include <functional>
 #include <string>
 #include <vector>
+
+namespace CLI {
+class Validator;
+}
 
 namespace kmr {
 

@@ -5,11 +5,15 @@
 #include "host/project/project_file.h"
 #include "kmr/commands/commands.h"
 
-#include <CLI/CLI.hpp>
 #include <QString>
 
 #include <string>
 #include <vector>
+
+namespace CLI {
+class App;
+class Option;
+}
 
 namespace kmr {
 
