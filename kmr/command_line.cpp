@@ -1,5 +1,7 @@
 #include "kmr/command_line.h"
 
+#include <CLI/CLI.hpp>
+
 namespace kmr {
 
 const char *const WANTED_TAGS = "what to look at (default: the tags of kmr.toml)";

@@ -4,7 +4,6 @@
 #include "kmr/exit_code.h"
 #include "kmr/options.h"
 
-#include <CLI/CLI.hpp>
 #include <QString>
 #include <QStringList>
 
@@ -12,6 +11,10 @@
 #include <memory>
 #include <string>
 #include <vector>
+
+namespace CLI {
+class Validator;
+}
 
 namespace kmr {
 

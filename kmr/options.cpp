@@ -5,6 +5,7 @@
 #include "host/tags/tag.h"
 #include "kmr/command_line.h"
 
+#include <CLI/CLI.hpp>
 #include <QDir>
 #include <QFileInfo>
 

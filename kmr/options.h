@@ -7,13 +7,17 @@
 #include "host/tags/tag_syntax.h"
 #include "kmr/record_writer.h"
 
-#include <CLI/CLI.hpp>
 #include <QString>
 #include <QStringList>
 
 #include <chrono>
 #include <string>
 #include <vector>
+
+namespace CLI {
+class App;
+class Option;
+}
 
 namespace kmr {
 
