@@ -69,6 +69,28 @@ long allocationsOfRead(int areas, int words, bool changes)
     return allocationsOf([&] { loop.exchange(); });
 }
 
+// Of one exchange that uploads `words` words of a recipe, to a host that listens or does not.
+long allocationsOfUpload(int words, bool heard)
+{
+    openStore(100, {{1, "D", 0, 8}});
+    intf().setAddrValueChangeCallBack(heard ? countReport : nullptr);
+    _RCP_VAR_PRO entry;
+    entry.devId = entry.station = 1;
+    entry.area = QStringLiteral("D");
+    entry.count = words;
+    const QVector<_RCP_VAR_PRO> list(1000, entry);
+    intf().setRcpAddress(&list);
+    requestUpload(true);
+    ReadLoop loop(1, false);
+    for (int i = 0; i < 10; ++i)
+        loop.exchange();
+    const long made = allocationsOf([&] { loop.exchange(); });
+    requestUpload(false);
+    intf().setRcpAddress(nullptr);
+    intf().setAddrValueChangeCallBack(countReport);
+    return made;
+}
+
 // By how much `operation`, carried out many times, makes the heap grow once it is under way.
 template <typename Operation> long growthOf(Operation operation)
 {
@@ -99,6 +121,13 @@ TEST(Allocations, LargeStoreMakesNoMoreThanSmallOne)
 TEST(Allocations, ChangedValuesMakeNoMoreThanUnchangedOnes)
 {
     EXPECT_EQ(allocationsOfRead(100, 8, true), allocationsOfRead(100, 8, false));
+}
+
+TEST(Allocations, UploadMakesOneMoreThanReadAndOnlyWhereItIsHeard)
+{
+    EXPECT_EQ(allocationsOfUpload(8, false), allocationsOfUpload(1, false));
+    EXPECT_EQ(allocationsOfUpload(8, true), allocationsOfUpload(1, true));
+    EXPECT_EQ(allocationsOfUpload(8, true), allocationsOfUpload(8, false) + 1);
 }
 
 TEST(Allocations, EveryExchangeMakesTheSameFew)

@@ -69,6 +69,11 @@ void openLink()
     ++links;
 }
 
+void requestUpload(bool wanted)
+{
+    status[STATUS_RECIPE_UPLOAD] = wanted ? 1 : 0;
+}
+
 int linksOpened()
 {
     return links;

@@ -30,6 +30,9 @@ QList<KEY_ADDRESS> keysOf(const std::vector<Run> &runs);
 // `countReport`. Store, plan and queues are empty then.
 void openLink();
 
+// Sets or takes back the host's request for an upload of the recipe.
+void requestUpload(bool wanted);
+
 // How often openLink was called.
 int linksOpened();
 

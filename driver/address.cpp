@@ -6,36 +6,36 @@ const qint32 NO_UPPER = 0x7FFFFFFF; // an address too: such a row has the same b
 
 const qint32 LOWEST = -0x7FFFFFFF - 1; // lies outside of every area
 
-// name, kind, watchedAsBits, octal, lowest, highest, mask, writable, base, upperFrom, upperBase
+const ElementKind BIT = BIT_ELEMENTS;
+const ElementKind WORD = WORD_ELEMENTS;
+const ElementKind COUNTER = COUNTER_ELEMENTS;
+const WatchKind BITS = WATCHED_AS_BITS;
+const WatchKind WORDS = WATCHED_AS_WORDS;
+
+// name, kind, watch, pollingOrder, octal, lowest, highest, mask, writable, base, upperFrom,
+// upperBase
 const DeviceArea DEVICE_AREAS[] = {
-    {"TV", WORD_ELEMENTS, false, false, 0, 9999, "dddd", true, 0x0600, NO_UPPER, 0x0600},
-    {"CV", WORD_ELEMENTS, false, false, 0, 199, "ddd", true, 0x0E00, NO_UPPER, 0x0E00},
-    {"CV2", COUNTER_ELEMENTS, false, false, 200, 255, "ddd", true, 0x0E00, NO_UPPER, 0x0E00},
-    {"D", WORD_ELEMENTS, false, false, 0, 11999, "ddddd", true, 0x1000, 4096, 0x8000},
-    {"X", BIT_ELEMENTS, true, true, 0, 23417, "ooooo", false, 0x0400, NO_UPPER, 0x0400},
-    {"Y", BIT_ELEMENTS, true, true, 0, 23417, "ooooo", true, 0x0500, NO_UPPER, 0x0500},
+    {"TV", WORD, WORDS, 0, false, 0, 9999, "dddd", true, 0x0600, NO_UPPER, 0x0600},
+    {"CV", WORD, WORDS, 1, false, 0, 199, "ddd", true, 0x0E00, NO_UPPER, 0x0E00},
+    {"CV2", COUNTER, WORDS, 2, false, 200, 255, "ddd", true, 0x0E00, NO_UPPER, 0x0E00},
+    {"D", WORD, WORDS, 3, false, 0, 11999, "ddddd", true, 0x1000, 4096, 0x8000},
+    {"X", BIT, BITS, 4, true, 0, 23417, "ooooo", false, 0x0400, NO_UPPER, 0x0400},
+    {"Y", BIT, BITS, 5, true, 0, 23417, "ooooo", true, 0x0500, NO_UPPER, 0x0500},
     // 65536 lies one past the 16-bit range; panels rely on being let through there.
-    {"M", BIT_ELEMENTS, true, false, 0, 65536, "ddddd", true, 0x0800, 1536, 0xAA00},
-    {"S", BIT_ELEMENTS, true, false, 0, 9999, "dddd", true, 0x0000, NO_UPPER, 0x0000},
-    {"T", BIT_ELEMENTS, true, false, 0, 9999, "dddd", true, 0x0600, NO_UPPER, 0x0600},
-    {"C", BIT_ELEMENTS, true, false, 0, 9999, "dddd", true, 0x0E00, NO_UPPER, 0x0E00},
+    {"M", BIT, BITS, 6, false, 0, 65536, "ddddd", true, 0x0800, 1536, 0xAA00},
+    {"S", BIT, BITS, 7, false, 0, 9999, "dddd", true, 0x0000, NO_UPPER, 0x0000},
+    {"T", BIT, BITS, 8, false, 0, 9999, "dddd", true, 0x0600, NO_UPPER, 0x0600},
+    {"C", BIT, BITS, 9, false, 0, 9999, "dddd", true, 0x0E00, NO_UPPER, 0x0E00},
     // Bits for values, words for watching: each watched bit has an entry of its own address.
-    {"TV_bit", BIT_ELEMENTS, false, false, 0, 159999, nullptr, true, 0, NO_UPPER, 0},
+    {"TV_bit", BIT, WORDS, 10, false, 0, 159999, nullptr, true, 0, NO_UPPER, 0},
     // Watched as bits, but neither polled nor served.
-    {"SM", NO_ELEMENTS, true, false, 0, 0, nullptr, true, 0, NO_UPPER, 0},
+    {"SM", NO_ELEMENTS, BITS, -1, false, 0, 0, nullptr, true, 0, NO_UPPER, 0},
 };
+
+const DeviceArea &TV_BIT = DEVICE_AREAS[10];
 
 const char *const BIT_AREA_NAMES[] = {"X", "Y", "M", "S", "T", "C"};
 const char *const WORD_AREA_NAMES[] = {"TV", "CV", "CV2", "D"};
-
-enum AddressCheck {
-    VALID = 0,
-    KIND_MISMATCH = 1,
-    OUT_OF_RANGE = 2,
-    UNKNOWN_AREA = 3,
-    SYNTAX_ERROR = 4,
-    DATA_TYPE_MISMATCH = 5
-};
 
 // Decimal digits as an unsigned 32-bit number shows them.
 QString unsignedText(qint64 value)
@@ -65,18 +65,18 @@ AddressCheck checkAddressText(const DeviceArea &area, const QString &text, qint3
 {
     qint32 value = 0;
     if (!parseAddress(area, text, &value))
-        return SYNTAX_ERROR;
+        return ADDRESS_SYNTAX_ERROR;
     if (address)
         *address = value;
     if (value < area.lowest)
-        return OUT_OF_RANGE;
+        return ADDRESS_OUT_OF_RANGE;
     // For octal areas the end is computed in decimal on the digits, and only the start is checked
     // for octal digits: editors rely on both.
     if (qint64(value) + count - 1 > area.highest)
-        return OUT_OF_RANGE;
+        return ADDRESS_OUT_OF_RANGE;
     if (area.octal && !check8Num(value))
-        return OUT_OF_RANGE;
-    return VALID;
+        return ADDRESS_OUT_OF_RANGE;
+    return ADDRESS_VALID;
 }
 
 bool isCounterDataType(qint32 dataType)
@@ -96,7 +96,7 @@ qint32 seriesStep(const DeviceArea &area, qint32 step)
 int octalSeries(qint32 start, qint32 n, qint32 step, QVector<QString> &texts,
                 QVector<qint32> &numbers, qint32 max)
 {
-    int result = 1;
+    int result = SERIES_INSIDE;
     qint64 correction = 0;
     for (qint32 i = 0; i < n; ++i) {
         qint64 value = start + qint64(i) * step + correction;
@@ -108,7 +108,7 @@ int octalSeries(qint32 start, qint32 n, qint32 step, QVector<QString> &texts,
         }
         if (value > max) {
             value = max;
-            result = 2;
+            result = SERIES_CLIPPED;
         }
         texts.append(QString::number(value));
         numbers.append(static_cast<qint32>(value));
@@ -122,13 +122,13 @@ int wordBitSeries(qint32 start, qint32 n, qint32 step, QVector<QString> &texts,
     // The end's text does not match its number; editors show it as it stands.
     const qint32 max = 65535 * 16 + 15;
     const QLatin1String endText("65536.15");
-    int result = 1;
+    int result = SERIES_INSIDE;
     for (qint32 i = 0; i < n; ++i) {
         const qint64 value = start + qint64(i) * step;
         if (value > max) {
             texts.append(endText);
             numbers.append(max);
-            result = 2;
+            result = SERIES_CLIPPED;
         } else {
             texts.append(unsignedText(value / 16) + QLatin1Char('.') + unsignedText(value % 16));
             numbers.append(static_cast<qint32>(value));
@@ -148,14 +148,6 @@ const DeviceArea *findDeviceArea(const QString &name)
     return nullptr;
 }
 
-int pollingOrder(const DeviceArea *area)
-{
-    if (!area)
-        return -1;
-    const int row = static_cast<int>(area - DEVICE_AREAS);
-    return row < POLLED_AREAS ? row : -1;
-}
-
 ElementKind elementKind(const DeviceArea *area)
 {
     return area ? area->kind : NO_ELEMENTS;
@@ -163,7 +155,7 @@ ElementKind elementKind(const DeviceArea *area)
 
 bool isTvBit(const DeviceArea &area)
 {
-    return area.kind == BIT_ELEMENTS && !area.watchedAsBits;
+    return &area == &TV_BIT;
 }
 
 qint32 linearAddress(const DeviceArea &area, qint32 address)
@@ -171,9 +163,14 @@ qint32 linearAddress(const DeviceArea &area, qint32 address)
     return area.octal ? linearFromOctalDigits(address) : address;
 }
 
+qint32 wrapped(qint64 value)
+{
+    return static_cast<qint32>(static_cast<quint32>(value));
+}
+
 qint32 addressPlus(qint32 address, qint64 offset)
 {
-    return static_cast<qint32>(static_cast<quint32>(address) + static_cast<quint32>(offset));
+    return wrapped(address + offset);
 }
 
 qint32 linearFromOctalDigits(qint32 digits)
@@ -239,11 +236,11 @@ qint32 intf_checkAddrValidity(QString area, QString addressText, qint32 *address
     const DeviceArea *const row = findDeviceArea(area);
     const ElementKind kind = elementKind(row);
     if (kind != NO_ELEMENTS && (kind == BIT_ELEMENTS) != (wantWord == 0))
-        return KIND_MISMATCH;
+        return ADDRESS_KIND_MISMATCH;
     if (hasSign(addressText))
-        return SYNTAX_ERROR;
+        return ADDRESS_SYNTAX_ERROR;
     if (kind == NO_ELEMENTS)
-        return UNKNOWN_AREA;
+        return ADDRESS_UNKNOWN_AREA;
     return checkAddressText(*row, addressText, address, count);
 }
 
@@ -253,13 +250,13 @@ qint32 intf_checkAddr(QString area, QString addressText, qint32 *address, qint32
     const DeviceArea *const row = findDeviceArea(area);
     const ElementKind kind = elementKind(row);
     if (kind != NO_ELEMENTS && (kind == BIT_ELEMENTS) != (dataType == -1))
-        return KIND_MISMATCH;
+        return ADDRESS_KIND_MISMATCH;
     if (hasSign(addressText))
-        return SYNTAX_ERROR;
+        return ADDRESS_SYNTAX_ERROR;
     if (kind == NO_ELEMENTS)
-        return UNKNOWN_AREA;
+        return ADDRESS_UNKNOWN_AREA;
     if (kind == COUNTER_ELEMENTS && !isCounterDataType(dataType))
-        return DATA_TYPE_MISMATCH;
+        return ADDRESS_DATA_TYPE_MISMATCH;
     return checkAddressText(*row, addressText, address, count);
 }
 
@@ -295,13 +292,13 @@ qint32 intf_getRegListByType(qint32 type, QStringList &out) noexcept
 int multiCp_dec(qint32 start, qint32 n, qint32 step, QVector<QString> &texts,
                 QVector<qint32> &numbers, qint32 max, QString endText)
 {
-    int result = 1;
+    int result = SERIES_INSIDE;
     for (qint32 i = 0; i < n; ++i) {
         const qint64 value = start + qint64(i) * step;
         if (value > max) {
             texts.append(endText);
             numbers.append(max);
-            result = 2;
+            result = SERIES_CLIPPED;
         } else {
             texts.append(unsignedText(value));
             numbers.append(static_cast<qint32>(value));
@@ -315,7 +312,7 @@ qint32 intf_multiCopy(const QString &area, qint32 start, qint32 n, qint32 step,
 {
     const DeviceArea *const row = findDeviceArea(area);
     if (elementKind(row) == NO_ELEMENTS)
-        return 0;
+        return SERIES_UNKNOWN_AREA;
     QVector<QString> noTexts;
     QVector<qint32> noNumbers;
     QVector<QString> &textsOut = texts ? *texts : noTexts;

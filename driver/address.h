@@ -12,42 +12,48 @@ enum ElementKind {
     COUNTER_ELEMENTS // 32 bits
 };
 
-// One device area. The first POLLED_AREAS rows stand in the order in which areas are polled.
+// How the store keeps an area, and so how changes of it are watched and reported.
+enum WatchKind {
+    WATCHED_AS_BITS, // bit by bit, in entries of 16 bits
+    WATCHED_AS_WORDS // one entry for each address
+};
+
+// One device area.
 struct DeviceArea {
-    const char *name;   // as the host spells it, case included
-    ElementKind kind;   // for reading, writing and checking addresses
-    bool watchedAsBits; // watched, reported and settled bit by bit in blocks of 16, else by address
-    bool octal;         // addresses carry octal digits
-    qint32 lowest;      // first valid address
-    qint32 highest;     // last valid address of the end of a run
-    const char *mask;   // input mask of the catalogue, null when the catalogue does not offer it
-    bool writable;      // as the catalogue has it
-    qint32 base;        // Modbus address of element 0, below `upperFrom`
-    qint32 upperFrom;   // from this element on `upperBase` counts
-    qint32 upperBase;   // Modbus address that element 0 would have there
+    const char *name; // as the host spells it, case included
+    ElementKind kind; // for reading, writing and checking addresses
+    WatchKind watch;  // for polling, replies and reports
+    int pollingOrder; // areas are polled in ascending order, from 0 on; -1: never polled
+    bool octal;       // addresses carry octal digits
+    qint32 lowest;    // first valid address
+    qint32 highest;   // last valid address of the end of a run
+    const char *mask; // input mask of the catalogue, null when the catalogue does not offer it
+    bool writable;    // as the catalogue has it
+    qint32 base;      // Modbus address of element 0, below `upperFrom`
+    qint32 upperFrom; // from this element on `upperBase` counts
+    qint32 upperBase; // Modbus address that element 0 would have there
 };
 
 enum {
-    POLLED_AREAS = 11,
     BLOCK_BITS = 16 // bits that the store keeps in one entry
 };
 
 // Returns the row of `name`, or null.
 const DeviceArea *findDeviceArea(const QString &name);
 
-// Position in the polling order, 0 to POLLED_AREAS - 1, or -1 for an area that is not polled.
-int pollingOrder(const DeviceArea *area);
-
 // What an area counts as for values; an unknown one (null) has NO_ELEMENTS.
 ElementKind elementKind(const DeviceArea *area);
 
-// True for "TV_bit", the one area whose bits are watched and polled as words.
+// True for "TV_bit": bits of "TV" words, watched by address and polled as words.
 bool isTvBit(const DeviceArea &area);
 
 // The linear number of the element that the host calls `address`.
 qint32 linearAddress(const DeviceArea &area, qint32 address);
 
-// `address` + `offset`, wrapping round at 32 bits where the sum leaves them.
+// `value` in 32 bits; one that leaves them wraps round.
+qint32 wrapped(qint64 value);
+
+// `address` + `offset`, wrapping round at 32 bits.
 qint32 addressPlus(qint32 address, qint64 offset);
 
 // The linear number of the octal digits that `digits` shows: 17 gives 15. 0 when a digit is 8 or 9
@@ -70,7 +76,7 @@ int a2i_ddd_DD(QString text, int *result);
 int bCheckSplitter(QByteArray frame);
 
 // The decimal series of intf_multiCopy: `n` addresses from `start` on, those above `max` replaced
-// by `max` and `endText`. Returns 1, or 2 when one was replaced.
+// by `max` and `endText`. Returns SERIES_INSIDE or SERIES_CLIPPED.
 int multiCp_dec(qint32 start, qint32 n, qint32 step, QVector<QString> &texts,
                 QVector<qint32> &numbers, qint32 max, QString endText);
 

@@ -110,6 +110,8 @@ VARIABLE writeRequest(qint32 station, const QString &area, qint32 address, qint3
     return request;
 }
 
+// One request a bit, at the next decimal number: after Y7 comes 8, which is no octal digit and goes
+// out as Y0. Hosts end a run of Y at a digit 7.
 void queueBitWrites(qint32 station, const QString &area, qint32 first, qint32 count,
                     const quint8 *data, qint32 reqTag)
 {
@@ -183,7 +185,7 @@ void reportBlock(const DeviceArea &area, _DATA_ entry, int changedBits)
 {
     for (int bit = 0; bit < BLOCK_BITS; ++bit) {
         if (watchesBit(entry.bitMonitor, bit) && ((changedBits >> bit) & 1)) {
-            const qint32 linear = addressPlus(0, qint64(entry.index) * BLOCK_BITS + bit);
+            const qint32 linear = wrapped(qint64(entry.index) * BLOCK_BITS + bit);
             reportToHost(driver.devId, entry.station, entry.area, hostAddress(area, linear));
         }
     }
@@ -193,7 +195,7 @@ void _OnlyOneDataTypeDataChange(int station, QString area, int address, int oldW
                                 int wholeBlock)
 {
     const DeviceArea *const row = findDeviceArea(area);
-    if (!row || !row->watchedAsBits) {
+    if (!row || row->watch == WATCHED_AS_WORDS) {
         reportElement(dataArea(station, area, address));
     } else if (wholeBlock == 1) {
         reportBlock(*row, dataArea(station, area, address), oldWord ^ newWord);
@@ -214,7 +216,7 @@ void _wordDataChange(int *oldWord, int *newWord, int station, QString area, int 
         for (int bit = 0; bit < BLOCK_BITS; ++bit) {
             if (watchesBit(entry.bitMonitor, bit) && ((changedBits >> bit) & 1))
                 reportToHost(driver.devId, station, area + QLatin1String("_bit"),
-                             addressPlus(0, qint64(address) * BLOCK_BITS + bit));
+                             wrapped(qint64(address) * BLOCK_BITS + bit));
         }
     }
     if (entry.wordMonitor & 1)

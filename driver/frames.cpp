@@ -4,7 +4,6 @@
 
 namespace {
 
-const int BURST_MOST = 3;
 const int REPLY_DATA_POS = 7;           // behind ':', station, function and byte count
 const int READ_REPLY_OVERHEAD = 11;     // ':', station, function, byte count, LRC, CR LF
 const int WRITE_REPLY_OVERHEAD = 13;    // ':', station, function, address, LRC, CR LF
@@ -25,19 +24,17 @@ int hexDigitValue(QChar character)
     return -1;
 }
 
-// The value of the one or two characters from `position` on, 0 where they are no hexadecimal
-// number. A digit behind a minus sign is a negative number: "-2" takes 2 off the LRC's sum.
+// The value of the one or two characters from `position` on: what Qt reads in base 16, 0 when it
+// refuses them. "-2" takes 2 off the LRC's sum, and blanks count for nothing.
 int hexPairValue(const QString &text, int position)
 {
-    const int high = hexDigitValue(text.at(position));
-    if (position + 1 == text.size())
-        return qMax(high, 0);
-    const int low = hexDigitValue(text.at(position + 1));
-    if (low < 0)
-        return 0;
-    if (text.at(position) == QLatin1Char('-'))
-        return -low;
-    return high >= 0 ? high * 16 + low : 0;
+    if (position + 1 < text.size()) {
+        const int high = hexDigitValue(text.at(position));
+        const int low = hexDigitValue(text.at(position + 1));
+        if (high >= 0 && low >= 0)
+            return high * 16 + low;
+    }
+    return text.mid(position, 2).toInt(nullptr, 16);
 }
 
 quint8 lrcOf(const QString &text)
@@ -107,7 +104,7 @@ RequestText requestStart(qint32 station)
 
 bool isFramedAsBits(const DeviceArea &area)
 {
-    return area.kind == BIT_ELEMENTS && area.watchedAsBits;
+    return area.kind == BIT_ELEMENTS && !isTvBit(area);
 }
 
 bool isFramedAsWords(const DeviceArea &area)
@@ -118,12 +115,6 @@ bool isFramedAsWords(const DeviceArea &area)
 qint64 modbusBase(const DeviceArea &area, qint32 element)
 {
     return element < area.upperFrom ? area.base : area.upperBase;
-}
-
-// A product that leaves 32 bits wraps round.
-qint32 times(qint32 count, qint32 factor)
-{
-    return addressPlus(0, qint64(count) * factor);
 }
 
 quint16 wordOf(const VARIABLE &var, qint32 word)
@@ -189,90 +180,6 @@ void appendFrame(const RequestText &text, qint32 replyLen, qint32 replyDataLen, 
     driver.frames.append(frame);
 }
 
-void readRecipeRequests(bool *download, bool *upload)
-{
-    *download = false;
-    *upload = false;
-    if (!driver.hostStatus || !driver.hostMutex)
-        return;
-    driver.hostMutex->lock();
-    *download = driver.hostStatus[STATUS_RECIPE_DOWNLOAD] == 1;
-    *upload = driver.hostStatus[STATUS_RECIPE_UPLOAD] == 1;
-    driver.hostMutex->unlock();
-}
-
-// Between the end of a transfer and the host's seeing its request byte cleared.
-void repeatLastRequest()
-{
-    switch (driver.sendState) {
-    case SEND_WRITE:
-    case SEND_RECIPE_DOWNLOAD:
-        getWriteFrame(driver.curVar);
-        break;
-    case SEND_ONE_SHOT_READ:
-    case SEND_CYCLIC_READ:
-    case SEND_RECIPE_UPLOAD:
-        getReadFrame(driver.curVar);
-        break;
-    default:
-        break;
-    }
-}
-
-void frameRecipeEntry(SendState state)
-{
-    if (driver.recipeCursor >= driver.recipeVars.size()) {
-        repeatLastRequest();
-        return;
-    }
-    const bool download = state == SEND_RECIPE_DOWNLOAD;
-    rcpAddrToVar(driver.recipeVars.at(driver.recipeCursor), driver.curVar, download ? 1 : 0);
-    driver.sendState = state;
-    if (download)
-        getWriteFrame(driver.curVar);
-    else
-        getReadFrame(driver.curVar);
-}
-
-// Writes go first, then one-shot reads, but after three of them in a row a cyclic block must be
-// polled. Without any cyclic block nothing more is sent then, until the next intf_initProperty:
-// hosts keep at least one block in the plan.
-void frameQueuedRequest()
-{
-    const bool mayBurst = driver.burstCount < BURST_MOST;
-    if (mayBurst && !driver.pendingWrites.isEmpty()) {
-        driver.curVar = driver.pendingWrites.at(0);
-        driver.sendState = SEND_WRITE;
-        ++driver.burstCount;
-        getWriteFrame(driver.curVar);
-    } else if (mayBurst && !driver.pendingReads.isEmpty()) {
-        driver.curVar = driver.pendingReads.at(0);
-        driver.sendState = SEND_ONE_SHOT_READ;
-        ++driver.burstCount;
-        getReadFrame(driver.curVar);
-    } else if (driver.cyclicReads.isEmpty()) {
-        driver.sendState = SEND_NOTHING;
-    } else {
-        driver.curVar = driver.cyclicReads.at(0);
-        driver.sendState = SEND_CYCLIC_READ;
-        driver.burstCount = 0;
-        getReadFrame(driver.curVar);
-    }
-}
-
-void frameNextRequest()
-{
-    bool download = false;
-    bool upload = false;
-    readRecipeRequests(&download, &upload);
-    if (download)
-        frameRecipeEntry(SEND_RECIPE_DOWNLOAD);
-    else if (upload)
-        frameRecipeEntry(SEND_RECIPE_UPLOAD);
-    else
-        frameQueuedRequest();
-}
-
 } // namespace
 
 void getFrame(FRAME_PRO &frame, QString text)
@@ -322,7 +229,7 @@ void getReadFrame(VARIABLE &var)
         appendHex(text, modbusBase(*area, var.address) + var.address, 4);
         // In decimal digits; blocks of at most 8 words read the same either way.
         appendDecimal(text, var.count, 4);
-        replyDataLen = times(var.count, counters ? 8 : 4);
+        replyDataLen = wrapped(qint64(var.count) * (counters ? 8 : 4));
     } else if (area && isFramedAsBits(*area)) {
         const qint32 bit = linearAddress(*area, var.address);
         const bool twoWords = readsTwoWords(var, bit);
@@ -331,7 +238,7 @@ void getReadFrame(VARIABLE &var)
         append(text, twoWords ? "0020" : "0010");
         replyDataLen = twoWords ? 8 : 4;
     }
-    appendFrame(text, addressPlus(replyDataLen, READ_REPLY_OVERHEAD), replyDataLen, var);
+    appendFrame(text, wrapped(qint64(replyDataLen) + READ_REPLY_OVERHEAD), replyDataLen, var);
 }
 
 void getWriteFrame(const VARIABLE &var)
@@ -342,16 +249,5 @@ void getWriteFrame(const VARIABLE &var)
         appendWordWrite(text, *area, var);
     else if (area && isFramedAsBits(*area) && area->writable)
         appendBitWrite(text, *area, var);
-    appendFrame(text, addressPlus(times(var.count, 4), WRITE_REPLY_OVERHEAD), 4, var);
-}
-
-qint32 intf_getSendFrame(FRAME_PRO *out) noexcept
-{
-    if (driver.frames.isEmpty())
-        frameNextRequest();
-    if (driver.frames.isEmpty())
-        return 0;
-    if (out)
-        *out = driver.frames.at(0);
-    return 1;
+    appendFrame(text, wrapped(qint64(var.count) * 4 + WRITE_REPLY_OVERHEAD), 4, var);
 }

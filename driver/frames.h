@@ -1,4 +1,4 @@
-// Modbus ASCII request frames, and the choice of the next frame to send.
+// Modbus ASCII request frames.
 //
 //   position  length  content
 //   0         1       ':'
@@ -19,7 +19,7 @@
 #include "ostrel_kmr.h"
 
 enum {
-    FRAME_TEXT_MOST = FRAME_CHARS - 4 // LRC, CR and LF come behind the text
+    FRAME_TEXT_MOST = FRAME_CHARS - 4 // LRC, CR and LF come after the text
 };
 
 // Fills `frame.frame` and `frame.frameLen` with `text` (':' to the last data digit), LRC and line

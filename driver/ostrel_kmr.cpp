@@ -39,6 +39,7 @@ static_assert(sizeof(void *) != 8 || offsetof(_DATA_, area) == 24, "_DATA_");
 static_assert(offsetof(_DATA_, index) == offsetof(_DATA_, area) + TEXT, "_DATA_");
 static_assert(offsetof(_DATA_, readValue) == offsetof(_DATA_, area) + TEXT + 4, "_DATA_");
 static_assert(offsetof(_DATA_, writtenValue) == offsetof(_DATA_, area) + TEXT + 8, "_DATA_");
+static_assert(sizeof(void *) != 8 || sizeof(_DATA_) == 40 + TEXT, "_DATA_");
 
 static_assert(offsetof(KEY_ADDRESS, hostWord1) == TEXT, "KEY_ADDRESS");
 static_assert(offsetof(KEY_ADDRESS, hostWord2) == 4 + TEXT, "KEY_ADDRESS");
@@ -50,12 +51,19 @@ static_assert(offsetof(KEY_ADDRESS, address) == offsetof(KEY_ADDRESS, area) + 2 
 static_assert(offsetof(KEY_ADDRESS, elemKind) == offsetof(KEY_ADDRESS, address) + 4, "KEY_ADDRESS");
 static_assert(offsetof(KEY_ADDRESS, count) == offsetof(KEY_ADDRESS, address) + 8, "KEY_ADDRESS");
 static_assert(offsetof(KEY_ADDRESS, data) == offsetof(KEY_ADDRESS, address) + 12, "KEY_ADDRESS");
+static_assert(sizeof(void *) != 8 || sizeof(KEY_ADDRESS) == 1056 + 3 * TEXT, "KEY_ADDRESS");
 } // namespace layout
 
 namespace {
 
 const qint32 GROUP_LIMIT_MOST = 8;
 const int PROPERTY_PIECES = 5;
+
+// The bits that `words` stand for. A limit far below 0 stays below 0 instead of wrapping round.
+qint32 eightTimes(qint32 words)
+{
+    return qMax(words, -0x10000000) * 8;
+}
 
 } // namespace
 
@@ -122,8 +130,7 @@ qint32 intf_initProperty(quint8 *status, void *second, quint8 *recipe, qint32 *r
     driver.burstCount = 0;
     driver.counterA = 0;
     driver.retryCount = 0;
-    // A limit far below 0 stays below 0.
-    driver.bitGroupLimit = qMax(driver.groupLimit, -0x10000000) * 8;
+    driver.bitGroupLimit = eightTimes(driver.groupLimit);
     driver.wordGroupLimit = driver.groupLimit;
     driver.commError = 0;
     driver.frames.clear();

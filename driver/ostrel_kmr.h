@@ -17,8 +17,8 @@
 ///  4. Ownership. The driver keeps copies of every record that it is handed. The status block, the
 ///     recipe buffer, the mutex and the callback are lent: they must outlive the driver's use of
 ///     them. Nothing that the driver hands out refers to memory of the library.
-///  5. Results. Small integers, never exceptions: all functions are noexcept. Outputs are written
-///     only where the function's comment says so.
+///  5. Results. Small integers with the names below, never exceptions. Outputs are written only
+///     where the function's comment says so.
 ///  6. Null pointers. Nothing is written through a null output, a null input reads as empty.
 ///     Without status block or mutex no recipe request is seen, without callback no change is
 ///     reported.
@@ -245,27 +245,86 @@ enum SendState {
 /// it to 0 when the transfer is over. The block has at least STATUS_BLOCK_BYTES bytes.
 enum { STATUS_RECIPE_DOWNLOAD = 60115, STATUS_RECIPE_UPLOAD = 60116, STATUS_BLOCK_BYTES = 60117 };
 
+/// What the address checks return.
+enum AddressCheck {
+    ADDRESS_VALID = 0,
+    ADDRESS_KIND_MISMATCH = 1,     ///< bits asked of a word area, or words of a bit area
+    ADDRESS_OUT_OF_RANGE = 2,      ///< the run leaves the area, or a digit of "X" or "Y" is 8 or 9
+    ADDRESS_UNKNOWN_AREA = 3,      ///< no area has that name
+    ADDRESS_SYNTAX_ERROR = 4,      ///< the text is not an address
+    ADDRESS_DATA_TYPE_MISMATCH = 5 ///< "CV2" with a data type other than 1, 3, 5, 6 and 9
+};
+
+/// What intf_multiCopy returns.
+enum SeriesResult {
+    SERIES_UNKNOWN_AREA = 0, ///< no area has that name, nothing was appended
+    SERIES_INSIDE = 1,       ///< all addresses lie inside the area
+    SERIES_CLIPPED = 2       ///< at least one was replaced by the area's end
+};
+
+/// What intf_getSendFrame returns.
+enum SendResult { NOTHING_TO_SEND = 0, FRAME_TO_SEND = 1 };
+
+/// What intf_dealRcvFrame returns.
+enum ReplyResult {
+    REPLY_UNEXPECTED = 0, ///< no frame was out, nothing changed
+    REPLY_ACCEPTED = 1,   ///< the request is answered
+    REPLY_GIVEN_UP = 2,   ///< bad for the last time: the request is dropped
+    REPLY_SEND_AGAIN = 8  ///< bad: the same frame is to be sent again
+};
+
 /// Of what the library exports, by its plain C name.
 #define OSTREL_KMR_EXPORT extern "C" __attribute__((visibility("default")))
+
+#if __cplusplus >= 201103L
+#define OSTREL_KMR_NOEXCEPT noexcept
+#else
+#define OSTREL_KMR_NOEXCEPT throw()
+#endif
+
+/// The exported functions in the order of this header, for hosts that look them up by name:
+/// calls `entry(name)` for each intf_`name`.
+// clang-format off
+#define OSTREL_KMR_FUNCTIONS(entry) \
+    entry(getProtocolType) \
+    entry(getDriverParameter) \
+    entry(getDriverPropertyPage) \
+    entry(SetDriverPropertyPage) \
+    entry(setAddrValueChangeCallBack) \
+    entry(initProperty) \
+    entry(setRcpAddress) \
+    entry(checkAddrValidity) \
+    entry(checkAddr) \
+    entry(getRegDiscription) \
+    entry(getRegListByType) \
+    entry(multiCopy) \
+    entry(addrMerge) \
+    entry(addConditionRead) \
+    entry(getSendFrame) \
+    entry(dealRcvFrame) \
+    entry(getData) \
+    entry(setData)
+// clang-format on
 
 // --- Identity and configuration ---
 
 /// Writes the protocol type code, 0, to `*type`.
-OSTREL_KMR_EXPORT void intf_getProtocolType(qint32 *type) noexcept;
+OSTREL_KMR_EXPORT void intf_getProtocolType(qint32 *type) OSTREL_KMR_NOEXCEPT;
 
 /// Sets `parameter` to the default settings of a new link: 20 fields separated by commas, among
 /// them 9600 baud, 7 data bits, even parity, 1 stop bit, the driver's name and its ten device
 /// areas.
-OSTREL_KMR_EXPORT void intf_getDriverParameter(QString &parameter) noexcept;
+OSTREL_KMR_EXPORT void intf_getDriverParameter(QString &parameter) OSTREL_KMR_NOEXCEPT;
 
 /// Sets `page` to "0_0": the driver has no property page.
-OSTREL_KMR_EXPORT void intf_getDriverPropertyPage(QString &page) noexcept;
+OSTREL_KMR_EXPORT void intf_getDriverPropertyPage(QString &page) OSTREL_KMR_NOEXCEPT;
 
 /// Sets `page` to the empty text; the driver takes no settings this way.
-OSTREL_KMR_EXPORT void intf_SetDriverPropertyPage(QString &page) noexcept;
+OSTREL_KMR_EXPORT void intf_SetDriverPropertyPage(QString &page) OSTREL_KMR_NOEXCEPT;
 
 /// Stores the function that is told of changes; null switches reports off.
-OSTREL_KMR_EXPORT void intf_setAddrValueChangeCallBack(ValueChangedCallback callback) noexcept;
+OSTREL_KMR_EXPORT void
+intf_setAddrValueChangeCallBack(ValueChangedCallback callback) OSTREL_KMR_NOEXCEPT;
 
 /// Configures the driver and empties the poll plan, every queue and the store; a recipe list and
 /// its cursor stay, so that a transfer survives.
@@ -281,11 +340,11 @@ OSTREL_KMR_EXPORT void intf_setAddrValueChangeCallBack(ValueChangedCallback call
 /// \return 1, always
 OSTREL_KMR_EXPORT qint32 intf_initProperty(quint8 *status, void *second, quint8 *recipe,
                                            qint32 *result, const char *property,
-                                           QMutex *mutex) noexcept;
+                                           QMutex *mutex) OSTREL_KMR_NOEXCEPT;
 
 /// Replaces the recipe variables by those of `list` that carry this link's device number, in their
 /// order, and returns how many were kept. A transfer in progress goes on at its cursor.
-OSTREL_KMR_EXPORT qint32 intf_setRcpAddress(const QVector<_RCP_VAR_PRO> *list) noexcept;
+OSTREL_KMR_EXPORT qint32 intf_setRcpAddress(const QVector<_RCP_VAR_PRO> *list) OSTREL_KMR_NOEXCEPT;
 
 // --- The editor's address services ---
 
@@ -297,59 +356,60 @@ OSTREL_KMR_EXPORT qint32 intf_setRcpAddress(const QVector<_RCP_VAR_PRO> *list) n
 ///                     untouched
 /// \param count        elements of the run
 /// \param wantWord     0 when the host wants bits, else words
-/// \return 0 valid; 1 bits asked of a word area or the reverse; 2 out of range; 3 unknown area;
-///         4 not an address
+/// \return AddressCheck, never ADDRESS_DATA_TYPE_MISMATCH
 OSTREL_KMR_EXPORT qint32 intf_checkAddrValidity(QString area, QString addressText, qint32 *address,
-                                                qint32 count, qint32 wantWord) noexcept;
+                                                qint32 count, qint32 wantWord) OSTREL_KMR_NOEXCEPT;
 
 /// The same check with a data type: -1 for bits, any other for words. Mind the order of the last
-/// two arguments. Returns 5, besides, for "CV2" with a data type other than 1, 3, 5, 6 and 9.
+/// two arguments. Returns AddressCheck.
 OSTREL_KMR_EXPORT qint32 intf_checkAddr(QString area, QString addressText, qint32 *address,
-                                        qint32 dataType, qint32 count) noexcept;
+                                        qint32 dataType, qint32 count) OSTREL_KMR_NOEXCEPT;
 
 /// Appends five texts about an area to `out`: input mask (one 'd' or 'o' per decimal or octal
 /// digit), lowest address, highest address, "1" for words or "0" for bits, "1" for writable or "0".
 /// Returns 1, or 0 with nothing appended for a name that the catalogue does not hold.
-OSTREL_KMR_EXPORT qint32 intf_getRegDiscription(QString area, QStringList &out) noexcept;
+OSTREL_KMR_EXPORT qint32 intf_getRegDiscription(QString area, QStringList &out) OSTREL_KMR_NOEXCEPT;
 
 /// Appends the names of the bit areas (`type` 0, returns 0) or of the word areas (`type` 1, returns
 /// 1) to `out`. Any other type appends nothing and returns 0.
-OSTREL_KMR_EXPORT qint32 intf_getRegListByType(qint32 type, QStringList &out) noexcept;
+OSTREL_KMR_EXPORT qint32 intf_getRegListByType(qint32 type, QStringList &out) OSTREL_KMR_NOEXCEPT;
 
 /// Appends the `n` addresses start, start + step, ... of an area to `texts` and `numbers`; an
-/// address behind the area's end is replaced by the end. A `step` below 1 counts as 1, except -2,
-/// which is 2 for the areas of 16-bit words and "TV_bit". Returns 1 when all lie inside, 2 when one
-/// was replaced, 0 with nothing appended for an unknown area.
+/// address after the area's end is replaced by the end. A `step` below 1 counts as 1, except -2,
+/// which is 2 for the areas of 16-bit words and "TV_bit". Returns SeriesResult.
 OSTREL_KMR_EXPORT qint32 intf_multiCopy(const QString &area, qint32 start, qint32 n, qint32 step,
-                                        QVector<QString> *texts, QVector<qint32> *numbers) noexcept;
+                                        QVector<QString> *texts,
+                                        QVector<qint32> *numbers) OSTREL_KMR_NOEXCEPT;
 
 // --- Polling ---
 
 /// Replaces the poll plan and the watch marks by the runs of `list` (fields `station`, `area`,
 /// `address`, `count`) and returns the number of read blocks. Values already known stay known.
-/// Unknown areas are watched but not polled.
-OSTREL_KMR_EXPORT qint32 intf_addrMerge(const QList<KEY_ADDRESS> &list) noexcept;
+/// Unknown areas are watched but not polled. A run longer than the group limit (bits: 8 times it)
+/// is cut in decimal steps: a piece of an "X" or "Y" run that begins at a number with a digit 8 or
+/// 9 reads from 0 on.
+OSTREL_KMR_EXPORT qint32 intf_addrMerge(const QList<KEY_ADDRESS> &list) OSTREL_KMR_NOEXCEPT;
 
 /// Queues a one-shot read of a run, cut into pieces that fit a request. Bit areas are queued as
 /// 16-bit words (address / 16), and that number is read as a bit's: a one-shot read from M40 on
-/// reads M0 to M15. Read bits by polling them. A piece already queued behind the front is refreshed
+/// reads M0 to M15. Read bits by polling them. A piece already queued after the front is refreshed
 /// instead; the queue holds 513 pieces and then replaces its last. `reqTag` is carried along.
 /// Returns 1.
-OSTREL_KMR_EXPORT qint32 intf_addConditionRead(KEY_ADDRESS &key, qint32 reqTag) noexcept;
+OSTREL_KMR_EXPORT qint32 intf_addConditionRead(KEY_ADDRESS &key, qint32 reqTag) OSTREL_KMR_NOEXCEPT;
 
 // --- The communication loop ---
 
-/// Copies the frame to send next to `*out` and returns 1, or returns 0 and leaves `*out` alone when
-/// there is nothing to send. The same frame is handed out until its reply has been handed in.
-OSTREL_KMR_EXPORT qint32 intf_getSendFrame(FRAME_PRO *out) noexcept;
+/// Copies the frame to send next to `*out` and returns FRAME_TO_SEND, or returns NOTHING_TO_SEND
+/// and leaves `*out` alone. The same frame is handed out until its reply has been handed in.
+OSTREL_KMR_EXPORT qint32 intf_getSendFrame(FRAME_PRO *out) OSTREL_KMR_NOEXCEPT;
 
 /// Takes `reply`, ':' to CR LF as received or empty for silence, as the answer to the frame that
 /// intf_getSendFrame handed out. Of its form only the function code is checked here, in at least 5
 /// characters: neither LRC nor station nor the length that fits the request. `errorInfo` receives
-/// "station#areaAddress(count)(reply length)", or the empty text when no frame was out. Returns 0
-/// no frame was out; 1 accepted; 8 bad, the frame is to be sent again; 2 bad for the last time, the
-/// request is given up.
-OSTREL_KMR_EXPORT qint32 intf_dealRcvFrame(QByteArray &reply, QString &errorInfo) noexcept;
+/// "station#areaAddress(count)(reply length)", or the empty text when no frame was out. Returns
+/// ReplyResult.
+OSTREL_KMR_EXPORT qint32 intf_dealRcvFrame(QByteArray &reply,
+                                           QString &errorInfo) OSTREL_KMR_NOEXCEPT;
 
 // --- Values ---
 
@@ -358,14 +418,17 @@ OSTREL_KMR_EXPORT qint32 intf_dealRcvFrame(QByteArray &reply, QString &errorInfo
 /// areas and a `count` below 1 write nothing. What was never read nor written reads as 0.
 /// Returns 1.
 OSTREL_KMR_EXPORT qint32 intf_getData(qint32 station, QString area, qint32 address, qint32 count,
-                                      quint8 *out) noexcept;
+                                      quint8 *out) OSTREL_KMR_NOEXCEPT;
 
 /// Queues writes and mirrors the values into the store at once. `data` and `count` as in
 /// intf_getData; a bit is set by 1 and cleared by any other byte. A queued write of the same target
-/// behind the front is superseded; the queue holds 513 requests and then replaces its last.
-/// `reqTag` is carried along. Returns 1.
+/// after the front is superseded; the queue holds 513 requests and then replaces its last. Of a run
+/// of "Y" each bit goes to the next decimal number: 8 after Y7, which is no octal digit and counts
+/// as Y0. When a write of "CV2" counters ends, as many counters again after them take the value
+/// last written to them, or 0, until their next read, and their change is reported. `reqTag` is
+/// carried along. Returns 1.
 OSTREL_KMR_EXPORT qint32 intf_setData(qint32 station, QString area, qint32 address, qint32 count,
-                                      quint8 *data, qint32 reqTag) noexcept;
+                                      quint8 *data, qint32 reqTag) OSTREL_KMR_NOEXCEPT;
 
 // --- Inside the library ---
 // Hidden: a host can't link to these, and other drivers in it also call their object `driver`.

@@ -33,7 +33,8 @@ bool sameTarget(const VARIABLE &left, const VARIABLE &right)
 // Bits are cut at eight times the words' limit, though a read covers no more than 32 of them.
 qint32 chunkLimit(const DeviceArea &area)
 {
-    return qMax(area.watchedAsBits ? driver.bitGroupLimit : driver.wordGroupLimit, 1);
+    const bool bits = area.watch == WATCHED_AS_BITS;
+    return qMax(bits ? driver.bitGroupLimit : driver.wordGroupLimit, 1);
 }
 
 // Whole words that hold `bits` bits, rounded up.
@@ -45,8 +46,7 @@ qint64 wordsOfBits(qint64 bits)
 void cutIntoChunks(const KEY_ADDRESS &key, ChunksByKey &chunks)
 {
     const DeviceArea *const area = findDeviceArea(key.area);
-    const int order = pollingOrder(area);
-    if (order < 0)
+    if (!area || area->pollingOrder < 0)
         return;
     qint32 start = key.address;
     qint64 count = key.count;
@@ -55,8 +55,10 @@ void cutIntoChunks(const KEY_ADDRESS &key, ChunksByKey &chunks)
         count = wordsOfBits(qint64(key.address % BLOCK_BITS) + key.count);
     }
     // Stations of 256 and more share their keys with the next area.
-    const qint32 mapKey = addressPlus(key.station, order * 256);
+    const qint32 mapKey = addressPlus(key.station, area->pollingOrder * 256);
     const qint32 limit = chunkLimit(*area);
+    // Cut in decimal steps: a chunk of an octal run may begin at a number with a digit 8 or 9,
+    // which its read takes for 0. Hosts keep runs of X and Y within one request.
     for (qint64 done = 0; done < count; done += limit) {
         const Chunk chunk = {key.station, key.area, addressPlus(start, done),
                              static_cast<qint32>(qMin<qint64>(limit, count - done))};
@@ -64,7 +66,13 @@ void cutIntoChunks(const KEY_ADDRESS &key, ChunksByKey &chunks)
     }
 }
 
-void openBlock(const Chunk &chunk)
+// The block that chunks are joined to. 64 bits, so that its end never wraps round.
+struct OpenBlock {
+    qint64 start;
+    qint64 length;
+};
+
+OpenBlock openBlock(const Chunk &chunk)
 {
     VARIABLE block;
     block.reqTag = READ_BLOCK_TAG;
@@ -73,55 +81,46 @@ void openBlock(const Chunk &chunk)
     block.address = chunk.address;
     block.count = chunk.count;
     driver.cyclicReads.append(block);
+    const OpenBlock opened = {chunk.address, chunk.count};
+    return opened;
 }
 
 // True when `chunk` may not join a block that starts at `blockStart`: the timers and counters from
 // 255 on are read apart from those below. Only the starts are looked at.
-bool liesBehindGap(const Chunk &chunk, qint64 blockStart)
+bool crosses255(const Chunk &chunk, qint64 blockStart)
 {
-    const bool gapAt255 = chunk.area == QLatin1String("T") || chunk.area == QLatin1String("C");
-    return gapAt255 && chunk.address >= 255 && blockStart < 255;
+    const bool dividedAt255 = chunk.area == QLatin1String("T") || chunk.area == QLatin1String("C");
+    return dividedAt255 && chunk.address >= 255 && blockStart < 255;
 }
 
 // Joins chunks in ascending order into read blocks. X and Y are measured on their octal digits as
-// they stand. A counter chunk behind an open block is a block of its own, and the open one keeps
-// its start and length: where stations of 256 and more share a key, a later chunk that joins that
-// one lengthens the block opened last all the same.
+// they stand. A counter chunk after the first is a block of its own, and the open one keeps its
+// start and length: when stations of 256 and more share a key, a later chunk that joins that one
+// lengthens the block opened last all the same.
 void appendBlocks(const QList<Chunk> &chunks)
 {
-    qint64 start = 0;
-    qint64 length = 0;
-    bool open = false;
-    for (const Chunk &chunk : chunks) {
-        if (open && chunk.area == QLatin1String("CV2")) {
+    OpenBlock open = openBlock(chunks.first());
+    for (int i = 1; i < chunks.size(); ++i) {
+        const Chunk &chunk = chunks.at(i);
+        const qint64 end = qint64(chunk.address) + chunk.count;
+        if (chunk.area == QLatin1String("CV2")) {
             openBlock(chunk);
             continue;
         }
-        const qint64 end = qint64(chunk.address) + chunk.count;
-        if (open && end <= start + length)
+        if (end <= open.start + open.length)
             continue;
         // The word limit counts for bits too: a bit run may be long, joined bit runs may not.
-        if (!open || end - start > driver.wordGroupLimit || liesBehindGap(chunk, start)) {
-            openBlock(chunk);
-            start = chunk.address;
-            length = chunk.count;
-            open = true;
-        } else {
-            length = end - start;
-            driver.cyclicReads.last().count = static_cast<qint32>(length);
+        if (end - open.start > driver.wordGroupLimit) {
+            open = openBlock(chunk);
+            continue;
         }
+        if (crosses255(chunk, open.start)) {
+            open = openBlock(chunk);
+            continue;
+        }
+        open.length = end - open.start;
+        driver.cyclicReads.last().count = static_cast<qint32>(open.length);
     }
-}
-
-// Takes the first elements off `rest`, at most `maxCount` (below 1 counts as 1). A run without
-// elements is a piece of its own.
-KEY_ADDRESS cutFront(KEY_ADDRESS &rest, qint32 maxCount)
-{
-    KEY_ADDRESS piece = rest;
-    piece.count = qMin(rest.count, qMax(maxCount, 1));
-    rest.address = addressPlus(rest.address, piece.count);
-    rest.count -= piece.count;
-    return piece;
 }
 
 VARIABLE oneShotRead(const KEY_ADDRESS &piece, qint32 reqTag)
@@ -171,7 +170,7 @@ int _setDataAreaMonitorFlag(int station, QString area, int address, int count)
 {
     const DeviceArea *const row = findDeviceArea(area);
     int mark = 0;
-    if (row && row->watchedAsBits) {
+    if (row && row->watch == WATCHED_AS_BITS) {
         const qint32 first = linearAddress(*row, address);
         for (int i = 0; i < count; ++i) {
             const qint32 bit = addressPlus(first, i);
@@ -187,6 +186,15 @@ int _setDataAreaMonitorFlag(int station, QString area, int address, int count)
         }
     }
     return mark;
+}
+
+KEY_ADDRESS cutFront(KEY_ADDRESS &rest, qint32 maxCount)
+{
+    KEY_ADDRESS piece = rest;
+    piece.count = qMin(rest.count, qMax(maxCount, 1));
+    rest.address = addressPlus(rest.address, piece.count);
+    rest.count -= piece.count;
+    return piece;
 }
 
 void groupingKey(KEY_ADDRESS &key, qint32 maxCount, QList<KEY_ADDRESS> &out, qint32)
@@ -221,7 +229,6 @@ qint32 intf_addrMerge(const QList<KEY_ADDRESS> &list) noexcept
 qint32 intf_addConditionRead(KEY_ADDRESS &key, qint32 reqTag) noexcept
 {
     const qint32 most = key.elemKind == -1 ? driver.bitGroupLimit : driver.wordGroupLimit;
-    // One piece at a time: all of an absurdly long run would not fit the memory.
     KEY_ADDRESS rest = key;
     do {
         const KEY_ADDRESS piece = cutFront(rest, most);

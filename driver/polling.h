@@ -20,10 +20,15 @@ int _setBitValue(int value, quint8 bit, bool on);
 // Marks `count` elements from `address` on as watched. Returns the last mark word written, or 0.
 int _setDataAreaMonitorFlag(int station, QString area, int address, int count);
 
-// Appends `key` to `out`, cut into pieces of at most `maxCount` elements (below 1 counts as 1), in
-// ascending order. Pieces keep the whole of the key's data; `copyData` 1 asks for a piece's first
-// elements of it, which they hold in any case. Nothing in the driver calls it: one-shot reads are
-// cut piece by piece.
+// The rule for cutting runs: takes the first elements off `rest`, at most `maxCount` (below 1
+// counts as 1), and returns them with the whole of its data. A run without elements is one piece.
+// One-shot reads are cut with it piece by piece, since all pieces of an absurdly long run would not
+// fit the memory.
+KEY_ADDRESS cutFront(KEY_ADDRESS &rest, qint32 maxCount);
+
+// Appends all the pieces that `cutFront` makes of `key` to `out`, in ascending order. `copyData` 1
+// asks for a piece's first elements of the data, which it holds in any case. Nothing in the driver
+// calls it: change the rule in `cutFront`.
 void groupingKey(KEY_ADDRESS &key, qint32 maxCount, QList<KEY_ADDRESS> &out, qint32 copyData);
 
 #endif

@@ -5,12 +5,11 @@
 
 namespace {
 
+const int BYTE_CHARS = 2;
 const int WORD_CHARS = 4;
 const int COUNTER_CHARS = 8;
 
 const int ERROR_INFO_NUMBERS_MOST = 64; // characters of everything but the area in the error text
-
-enum DealResult { NOTHING_PENDING = 0, ACCEPTED = 1, GIVEN_UP = 2, SEND_AGAIN = 8 };
 
 // What decoding needs of the request, copied: a callback may make the driver's lists grow.
 struct Request {
@@ -79,32 +78,44 @@ void storeBlock(const Request &request, const DeviceArea &area, qint32 block, co
     memcpy(reported.readValue, bytes, 2);
 }
 
+// The area text of the reports about an upload: made once a reply, and only for a host that
+// listens.
+QString uploadEvent()
+{
+    const bool heard = driver.sendState == SEND_RECIPE_UPLOAD && driver.valueChangedCallback;
+    return heard ? QString(QLatin1String("RWI")) : QString();
+}
+
 // Hands `size` bytes of an uploaded recipe entry to the host. `word` is where they go and
 // `reportedWord` what the host is told, both counted from the entry's first word.
-void storeInRecipe(qint32 word, qint32 reportedWord, const quint8 *bytes, size_t size)
+void storeInRecipe(const QString &event, qint32 word, qint32 reportedWord, const quint8 *bytes,
+                   size_t size)
 {
-    if (driver.sendState != SEND_RECIPE_UPLOAD || !driver.recipeBuffer ||
-        driver.recipeCursor >= driver.recipeVars.size())
+    // A report about the word before may have replaced the recipe list.
+    if (!driver.recipeBuffer || driver.recipeCursor >= driver.recipeVars.size())
         return;
     const qint32 first = driver.recipeVars.at(driver.recipeCursor).bufWord;
     if (first < 0)
         return;
     memcpy(driver.recipeBuffer + 2 * (qint64(first) + word), bytes, size);
-    reportToHost(0, -1, QLatin1String("RWI"), addressPlus(first, reportedWord));
+    reportToHost(0, -1, event, addressPlus(first, reportedWord));
 }
 
 void decodeWords(const Request &request, const QByteArray &reply)
 {
+    const QString event = uploadEvent();
     for (qint32 i = 0; i < request.dataLen / WORD_CHARS; ++i) {
         const qint64 position = request.dataPos + qint64(i) * WORD_CHARS;
         const quint8 bytes[2] = {byteAt(reply, position + 2), byteAt(reply, position)};
         storeElement(request, addressPlus(request.address, i), bytes, sizeof bytes);
-        storeInRecipe(i, i, bytes, sizeof bytes);
+        if (driver.sendState == SEND_RECIPE_UPLOAD)
+            storeInRecipe(event, i, i, bytes, sizeof bytes);
     }
 }
 
 void decodeCounters(const Request &request, const QByteArray &reply)
 {
+    const QString event = uploadEvent();
     for (qint32 i = 0; i < request.dataLen / COUNTER_CHARS; ++i) {
         const qint64 position = request.dataPos + qint64(i) * COUNTER_CHARS;
         const quint8 bytes[4] = {byteAt(reply, position + 6), byteAt(reply, position + 4),
@@ -112,7 +123,8 @@ void decodeCounters(const Request &request, const QByteArray &reply)
         storeElement(request, addressPlus(request.address, i), bytes, sizeof bytes);
         // The reported index steps by one a counter while the buffer steps by two words: hosts
         // count the reports.
-        storeInRecipe(2 * i, i, bytes, sizeof bytes);
+        if (driver.sendState == SEND_RECIPE_UPLOAD)
+            storeInRecipe(event, 2 * i, i, bytes, sizeof bytes);
     }
 }
 
@@ -135,13 +147,13 @@ void decodeReply(const Request &request, const QByteArray &reply)
         decodeWords(request, reply);
     else if (area->kind == COUNTER_ELEMENTS)
         decodeCounters(request, reply);
-    else if (area->watchedAsBits)
+    else if (area->watch == WATCHED_AS_BITS)
         decodeBlocks(request, *area, reply);
 }
 
 // The elements are counted from the request's address as it stands, bits too: no octal reading, no
-// division by 16, and two entries a counter. Nothing reads the marks yet; entries that this adds to
-// the store count for nothing but its length.
+// division by 16, an entry for each byte of bits and two for each counter. Nothing reads the marks
+// yet; entries that this adds to the store count for nothing but its length.
 void markFailed(const Request &request)
 {
     const DeviceArea *const area = findDeviceArea(request.area);
@@ -149,9 +161,9 @@ void markFailed(const Request &request)
         return;
     qint32 entries = 0;
     if (area->kind == WORD_ELEMENTS || area->kind == COUNTER_ELEMENTS)
-        entries = request.dataLen / 4;
-    else if (area->watchedAsBits)
-        entries = request.dataLen / 2;
+        entries = request.dataLen / WORD_CHARS;
+    else if (area->watch == WATCHED_AS_BITS)
+        entries = request.dataLen / BYTE_CHARS;
     for (qint32 i = 0; i < entries; ++i)
         dataArea(request.station, request.area, addressPlus(request.address, i)).commFailed = 1;
 }
@@ -232,6 +244,9 @@ void appendNumber(QString &text, qint64 number)
         text += QLatin1Char(digits[first]);
 }
 
+// A counter write counts words, two a counter, and settles as many records: the counters after
+// those that it wrote take their own last written value for read, 0 when there was none, and the
+// host is told of a change there. Their real value comes with the next read.
 void settleElement(qint32 station, const QString &area, qint32 address, size_t bytes,
                    qint32 success)
 {
@@ -287,7 +302,7 @@ QString getErrorInfo(QByteArray reply)
 void write_FailOrSuc(qint32 station, QString area, qint32 address, qint32 count, qint32 success)
 {
     const DeviceArea *const row = findDeviceArea(area);
-    if (row && row->watchedAsBits) {
+    if (row && row->watch == WATCHED_AS_BITS) {
         const qint32 first = linearAddress(*row, address);
         for (qint32 i = 0; i < count; ++i)
             settleBit(station, area, addressPlus(first, i), success);
@@ -327,7 +342,7 @@ qint32 intf_dealRcvFrame(QByteArray &reply, QString &errorInfo) noexcept
 {
     errorInfo = QLatin1String("");
     if (driver.frames.isEmpty())
-        return NOTHING_PENDING;
+        return REPLY_UNEXPECTED;
     errorInfo = getErrorInfo(reply);
     const Request request = requestInFlight();
     const quint8 *const text = reinterpret_cast<const quint8 *>(reply.constData());
@@ -336,17 +351,17 @@ qint32 intf_dealRcvFrame(QByteArray &reply, QString &errorInfo) noexcept
         driver.commError = 0;
         decodeReply(request, reply);
         finishFrontFrame();
-        return ACCEPTED;
+        return REPLY_ACCEPTED;
     case REPLY_WRITE_ACKNOWLEDGED:
         settleWrite(request, 1);
         driver.commError = 0;
         finishFrontFrame();
-        return ACCEPTED;
+        return REPLY_ACCEPTED;
     default:
         ++driver.retryCount;
         if (driver.retryCount < driver.retryLimit)
-            return SEND_AGAIN;
+            return REPLY_SEND_AGAIN;
         giveUp(request);
-        return GIVEN_UP;
+        return REPLY_GIVEN_UP;
     }
 }

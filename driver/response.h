@@ -15,7 +15,8 @@ qint32 check_rcv_data(const quint8 *text, qint32 length);
 QString getErrorInfo(QByteArray reply);
 
 // Settles `count` written elements from `address` on: nothing is pending any longer, with `success`
-// 1 the written values become the read ones, and watched elements are reported either way.
+// 1 the written values become the read ones, and watched elements are reported either way. Of a
+// counter write `count` is in words, so as many counters again after the written ones are settled.
 void write_FailOrSuc(qint32 station, QString area, qint32 address, qint32 count, qint32 success);
 
 // Closes the batch of frames that has just ended: removes the finished write or one-shot read,

@@ -31,13 +31,8 @@ TEST(DeviceArea, PollingOrderIsWordsThenBitsThenTvBits)
 {
     const char *const order[] = {"TV", "CV", "CV2", "D", "X", "Y", "M", "S", "T", "C", "TV_bit"};
     for (int code = 0; code < 11; ++code)
-        EXPECT_EQ(pollingOrder(findDeviceArea(order[code])), code) << order[code];
-}
-
-TEST(DeviceArea, AreasWithoutAPollingOrderHaveMinusOne)
-{
-    EXPECT_EQ(pollingOrder(nullptr), -1);
-    EXPECT_EQ(pollingOrder(findDeviceArea("SM")), -1);
+        EXPECT_EQ(areaNamed(order[code]).pollingOrder, code) << order[code];
+    EXPECT_EQ(areaNamed("SM").pollingOrder, -1);
 }
 
 TEST(DeviceArea, OnlyTvBitIsTvBit)

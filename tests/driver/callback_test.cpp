@@ -68,6 +68,17 @@ qint32 dropRecipe(qint32, qint32, QString, qint32)
     return 0;
 }
 
+// Replaces the recipe by a variable elsewhere in the buffer in the middle of an upload.
+qint32 moveRecipe(qint32, qint32, QString, qint32)
+{
+    _RCP_VAR_PRO entry;
+    entry.devId = 1;
+    entry.bufWord = 50;
+    const QVector<_RCP_VAR_PRO> list(1, entry);
+    intf_setRcpAddress(&list);
+    return 0;
+}
+
 // Queues another one-shot read when one has ended.
 qint32 askAgain(qint32, qint32, QString, qint32)
 {
@@ -240,6 +251,19 @@ TEST_F(BusyCallback, RecipeDroppedDuringAnUploadFillsTheStoreOnly)
     EXPECT_EQ(answer(":0103041111222292\r\n"), 1);
     EXPECT_EQ(Bytes(recipe.begin() + 20, recipe.begin() + 24), Bytes({0x11, 0x11, 0, 0}));
     EXPECT_EQ(readValueOf("D", 101), Bytes({0x22, 0x22, 0, 0}));
+}
+
+TEST_F(BusyCallback, RecipeReplacedDuringAnUploadTakesTheWordsThatFollow)
+{
+    _RCP_VAR_PRO entry;
+    entry.bufWord = 10;
+    driver.recipeVars << entry;
+    intf_setAddrValueChangeCallBack(moveRecipe);
+    readInFlight("D", 100, 2);
+    driver.sendState = 6;
+    EXPECT_EQ(answer(":0103041111222292\r\n"), 1);
+    EXPECT_EQ(Bytes(recipe.begin() + 20, recipe.begin() + 24), Bytes({0x11, 0x11, 0, 0}));
+    EXPECT_EQ(Bytes(recipe.begin() + 100, recipe.begin() + 104), Bytes({0, 0, 0x22, 0x22}));
 }
 
 TEST_F(BusyCallback, OneShotReadQueuedAtTheEndOfAnotherStays)

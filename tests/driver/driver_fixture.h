@@ -121,10 +121,13 @@ protected:
         driver.sendState = SEND_WRITE;
     }
 
-    // Hands in the reply to the frame in flight.
-    qint32 answer(QByteArray reply)
+    // Hands in the reply to the frame in flight, which keeps its characters.
+    qint32 answer(const QByteArray &reply)
     {
-        return intf_dealRcvFrame(reply, errorInfo);
+        QByteArray bytes = reply;
+        const qint32 result = intf_dealRcvFrame(bytes, errorInfo);
+        EXPECT_EQ(bytes, reply);
+        return result;
     }
 
     static std::vector<Report> &reports()

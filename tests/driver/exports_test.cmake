@@ -24,26 +24,11 @@ endfunction()
 output_of(text ${NM} -D --defined-only --format=posix ${LIBRARY})
 string(REGEX REPLACE "([^ \n]+) ([A-Za-z])[^\n]*\n" "\\1 \\2;" exported "${text}")
 list(SORT exported)
-set(expected
-    "intf_SetDriverPropertyPage T"
-    "intf_addConditionRead T"
-    "intf_addrMerge T"
-    "intf_checkAddr T"
-    "intf_checkAddrValidity T"
-    "intf_dealRcvFrame T"
-    "intf_getData T"
-    "intf_getDriverParameter T"
-    "intf_getDriverPropertyPage T"
-    "intf_getProtocolType T"
-    "intf_getRegDiscription T"
-    "intf_getRegListByType T"
-    "intf_getSendFrame T"
-    "intf_initProperty T"
-    "intf_multiCopy T"
-    "intf_setAddrValueChangeCallBack T"
-    "intf_setData T"
-    "intf_setRcpAddress T"
-)
+file(READ ${CMAKE_CURRENT_LIST_DIR}/../../driver/ostrel_kmr.h header)
+string(REGEX MATCHALL "    entry\\([a-zA-Z]+" expected "${header}")
+list(TRANSFORM expected REPLACE " *entry\\((.*)" "intf_\\1 T")
+list(LENGTH expected functions)
+expect_same("functions in the header's table" ${functions} 18)
 list(REMOVE_ITEM exported "")
 list(SORT expected)
 expect_same("exported symbols" "${exported}" "${expected}")

@@ -107,6 +107,28 @@ TEST_F(LifecycleFlow, EditorServicesLeaveARunningLinkAlone)
     EXPECT_EQ(answer(":0103021234B4"), 1);
 }
 
+TEST_F(LifecycleFlow, NothingGoesToStandardError)
+{
+    testing::internal::CaptureStderr();
+    configure("no#numbers");
+    configure("1#0#0#2#8");
+    QStringList texts;
+    EXPECT_EQ(kmr->getRegDiscription(QStringLiteral("Q"), texts), 0);
+    EXPECT_EQ(kmr->checkAddr(QStringLiteral("X"), QStringLiteral("a"), nullptr, -1, 1), 4);
+    EXPECT_EQ(kmr->multiCopy(QStringLiteral("D"), 12000, 1, 1, nullptr, nullptr), 2);
+    const QVector<_RCP_VAR_PRO> recipeOfOne(1);
+    kmr->setRcpAddress(&recipeOfOne);
+    watch({{1, "D", 100, 9}, {1, "Q", 0, 1}, {300, "X", 18, 70}});
+    writeWords("D", 0, std::vector<int>(20, 1));
+    readOnce({1, "M", 7, 20}, 0, -1);
+    for (const char *reply : {"", "x", ":0183027A", ":0103021234B4", ":01031064000187"}) {
+        nextFrame();
+        answer(reply);
+    }
+    EXPECT_EQ(words("Q", 0, 1), (std::vector<int>{0xEEEE}));
+    EXPECT_EQ(testing::internal::GetCapturedStderr(), "");
+}
+
 // Whether the library is in memory, loading nothing.
 static bool isLoaded()
 {

@@ -1,46 +1,83 @@
 // The host's mutex around the request bytes of recipe transfers.
 #include "loaded_driver.h"
 
+#include <sys/mman.h>
 #include <unistd.h>
 
-#include <atomic>
-#include <fstream>
-#include <thread>
+#include <csignal>
 
 namespace {
 
-// Whether a thread of this process sleeps, as it does on a locked mutex.
-bool sleeps(pid_t thread)
-{
-    std::ifstream file("/proc/self/task/" + std::to_string(thread) + "/stat");
-    std::string line;
-    std::getline(file, line);
-    const size_t end = line.rfind(") ");
-    return end != std::string::npos && line.at(end + 2) == 'S';
-}
-
-// Runs `call` in another thread; the constructor returns once the call has ended or sleeps.
-class Background {
+// A status block whose two request bytes lie in two pages. Whoever touches a page first after
+// `watch` is noted, and whether the mutex was held then.
+class GuardedStatus {
 public:
-    explicit Background(std::function<void()> call)
-        : thread([this, call] {
-              id = gettid();
-              call();
-              ended = true;
-          })
+    explicit GuardedStatus(QMutex &mutex) : guard(mutex)
     {
-        while (!ended && !(id && sleeps(id)))
-            std::this_thread::yield();
+        const size_t page = static_cast<size_t>(sysconf(_SC_PAGESIZE));
+        length = (STATUS_BLOCK_BYTES / page + 2) * page;
+        memory = static_cast<quint8 *>(
+            mmap(nullptr, length, PROT_READ | PROT_WRITE, MAP_PRIVATE | MAP_ANONYMOUS, -1, 0));
+        block = memory + (page - STATUS_RECIPE_UPLOAD % page);
+        current = this;
+        struct sigaction action = {};
+        action.sa_sigaction = noteAccess;
+        action.sa_flags = SA_SIGINFO;
+        sigaction(SIGSEGV, &action, &before);
     }
-    ~Background()
+    ~GuardedStatus()
     {
-        thread.join();
+        sigaction(SIGSEGV, &before, nullptr);
+        munmap(memory, length);
+    }
+    GuardedStatus(const GuardedStatus &) = delete;
+    GuardedStatus &operator=(const GuardedStatus &) = delete;
+
+    quint8 *data() const
+    {
+        return block;
+    }
+
+    void watch()
+    {
+        accesses.clear();
+        mprotect(memory, length, PROT_NONE);
+    }
+
+    // "held" or "free" for each page touched since `watch`, lowest first.
+    std::string seen()
+    {
+        mprotect(memory, length, PROT_READ | PROT_WRITE);
+        return accesses;
     }
 
 private:
-    std::atomic<pid_t> id{0};
-    std::atomic<bool> ended{false};
-    std::thread thread; // last: it uses the others
+    static void noteAccess(int, siginfo_t *info, void *)
+    {
+        const auto *const place = static_cast<const quint8 *>(info->si_addr);
+        if (place < current->memory || place >= current->memory + current->length) {
+            sigaction(SIGSEGV, &current->before, nullptr); // happens again, unhandled
+            return;
+        }
+        const bool held = !current->guard.tryLock();
+        if (!held)
+            current->guard.unlock();
+        current->accesses +=
+            place < current->block + STATUS_RECIPE_UPLOAD ? "download " : "upload ";
+        current->accesses += held ? "held " : "free ";
+        const size_t page = static_cast<size_t>(sysconf(_SC_PAGESIZE));
+        quint8 *const start = current->memory + (place - current->memory) / page * page;
+        mprotect(start, page, PROT_READ | PROT_WRITE);
+    }
+
+    static inline GuardedStatus *current;
+
+    QMutex &guard;
+    quint8 *memory;
+    size_t length;
+    quint8 *block;
+    std::string accesses;
+    struct sigaction before;
 };
 
 class RecipeMutexFlow : public FlowTest {
@@ -52,47 +89,33 @@ protected:
         entry.area = QStringLiteral("D");
         const QVector<_RCP_VAR_PRO> list{entry};
         kmr->setRcpAddress(&list);
+        kmr->initProperty(guarded.data(), nullptr, recipe.data(), nullptr, "1#0#0#3#8", &mutex);
     }
+
+    GuardedStatus guarded{mutex};
 };
 
 } // namespace
 
 TEST_F(RecipeMutexFlow, RequestBytesAreReadUnderTheMutex)
 {
-    std::string text;
-    mutex.lock();
-    {
-        Background call([&] { text = nextFrame(); });
-        status[STATUS_RECIPE_UPLOAD] = 1; // must be seen, since the driver has to wait for us
-        mutex.unlock();
-    }
-    EXPECT_EQ(text, ":010310000001EB");
+    guarded.watch();
+    EXPECT_EQ(nextFrame(), "");
+    EXPECT_EQ(guarded.seen(), "download held upload held ");
 }
 
-TEST_F(RecipeMutexFlow, DownloadRequestIsClearedUnderTheMutex)
+TEST_F(RecipeMutexFlow, RequestByteIsClearedUnderTheMutex)
 {
-    status[STATUS_RECIPE_DOWNLOAD] = 1;
-    nextFrame();
-    mutex.lock();
-    {
-        Background call([&] { answer(":011010000001DE"); });
-        EXPECT_EQ(status[STATUS_RECIPE_DOWNLOAD], 1);
-        mutex.unlock();
+    for (const auto &[byte, reply, access] :
+         {std::tuple(STATUS_RECIPE_DOWNLOAD, ":011010000001DE", "download held "),
+          std::tuple(STATUS_RECIPE_UPLOAD, ":0103020000FA", "upload held ")}) {
+        guarded.data()[byte] = 1;
+        nextFrame();
+        guarded.watch();
+        EXPECT_EQ(answer(reply), 1);
+        EXPECT_EQ(guarded.seen(), access);
+        EXPECT_EQ(guarded.data()[byte], 0);
     }
-    EXPECT_EQ(status[STATUS_RECIPE_DOWNLOAD], 0);
-}
-
-TEST_F(RecipeMutexFlow, UploadRequestIsClearedUnderTheMutex)
-{
-    status[STATUS_RECIPE_UPLOAD] = 1;
-    nextFrame();
-    mutex.lock();
-    {
-        Background call([&] { answer(":0103020000FA"); });
-        EXPECT_EQ(status[STATUS_RECIPE_UPLOAD], 1);
-        mutex.unlock();
-    }
-    EXPECT_EQ(status[STATUS_RECIPE_UPLOAD], 0);
 }
 
 TEST_F(RecipeMutexFlow, NothingElseIsDoneWhileItIsHeld)
@@ -103,7 +126,7 @@ TEST_F(RecipeMutexFlow, NothingElseIsDoneWhileItIsHeld)
         mutex.unlock();
     };
     watch({{1, "D", 0, 1}});
-    status[STATUS_RECIPE_UPLOAD] = 1;
+    guarded.data()[STATUS_RECIPE_UPLOAD] = 1;
     exchange(":0103020007F3");
     readOnce({1, "D", 60, 1});
     exchange(":0103020000FA");

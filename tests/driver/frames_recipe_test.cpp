@@ -110,9 +110,13 @@ TEST_F(RecipeFrame, RecipeGoesBeforeAllListsAndKeepsTheBurst)
 TEST_F(RecipeFrame, OnlyAByteOfOneRequestsARecipe)
 {
     addRecipeEntry("D", 10, 1, 0);
-    status[60115] = 2;
-    status[60116] = 255;
-    EXPECT_EQ(nextFrame(), "");
+    for (int value = 0; value <= 255; ++value) {
+        for (const size_t request : {60115, 60116}) {
+            status[request] = static_cast<quint8>(value);
+            EXPECT_EQ(nextAnswered().empty(), value != 1) << request << " holds " << value;
+            status[request] = 0;
+        }
+    }
 }
 
 TEST_F(RecipeFrame, NeighbouringStatusBytesRequestNothing)

@@ -39,24 +39,9 @@ public:
     {
         if (!handle)
             throw std::runtime_error(dlerror());
-        getProtocolType = find("intf_getProtocolType");
-        getDriverParameter = find("intf_getDriverParameter");
-        getDriverPropertyPage = find("intf_getDriverPropertyPage");
-        SetDriverPropertyPage = find("intf_SetDriverPropertyPage");
-        setAddrValueChangeCallBack = find("intf_setAddrValueChangeCallBack");
-        initProperty = find("intf_initProperty");
-        setRcpAddress = find("intf_setRcpAddress");
-        checkAddrValidity = find("intf_checkAddrValidity");
-        checkAddr = find("intf_checkAddr");
-        getRegDiscription = find("intf_getRegDiscription");
-        getRegListByType = find("intf_getRegListByType");
-        multiCopy = find("intf_multiCopy");
-        addrMerge = find("intf_addrMerge");
-        addConditionRead = find("intf_addConditionRead");
-        getSendFrame = find("intf_getSendFrame");
-        dealRcvFrame = find("intf_dealRcvFrame");
-        getData = find("intf_getData");
-        setData = find("intf_setData");
+#define OSTREL_KMR_FIND(name) name = find("intf_" #name);
+        OSTREL_KMR_FUNCTIONS(OSTREL_KMR_FIND)
+#undef OSTREL_KMR_FIND
     }
     ~LoadedDriver()
     {
@@ -65,24 +50,9 @@ public:
     LoadedDriver(const LoadedDriver &) = delete;
     LoadedDriver &operator=(const LoadedDriver &) = delete;
 
-    decltype(&intf_getProtocolType) getProtocolType;
-    decltype(&intf_getDriverParameter) getDriverParameter;
-    decltype(&intf_getDriverPropertyPage) getDriverPropertyPage;
-    decltype(&intf_SetDriverPropertyPage) SetDriverPropertyPage;
-    decltype(&intf_setAddrValueChangeCallBack) setAddrValueChangeCallBack;
-    decltype(&intf_initProperty) initProperty;
-    decltype(&intf_setRcpAddress) setRcpAddress;
-    decltype(&intf_checkAddrValidity) checkAddrValidity;
-    decltype(&intf_checkAddr) checkAddr;
-    decltype(&intf_getRegDiscription) getRegDiscription;
-    decltype(&intf_getRegListByType) getRegListByType;
-    decltype(&intf_multiCopy) multiCopy;
-    decltype(&intf_addrMerge) addrMerge;
-    decltype(&intf_addConditionRead) addConditionRead;
-    decltype(&intf_getSendFrame) getSendFrame;
-    decltype(&intf_dealRcvFrame) dealRcvFrame;
-    decltype(&intf_getData) getData;
-    decltype(&intf_setData) setData;
+#define OSTREL_KMR_MEMBER(name) decltype(&intf_##name) name;
+    OSTREL_KMR_FUNCTIONS(OSTREL_KMR_MEMBER)
+#undef OSTREL_KMR_MEMBER
 };
 
 // One report of the value-change callback: devId, station, area, address.
@@ -161,12 +131,14 @@ protected:
         return text.substr(0, text.size() - 2);
     }
 
-    // Hands in a reply, its line end added, or silence when it is empty.
+    // Hands in a reply, its line end added, or silence when it is empty. It keeps its characters.
     int answer(const std::string &reply)
     {
-        QByteArray bytes = QByteArray::fromStdString(reply.empty() ? reply : reply + "\r\n");
+        const QByteArray line = QByteArray::fromStdString(reply.empty() ? reply : reply + "\r\n");
+        QByteArray bytes = line;
         QString text = QStringLiteral("left alone");
         const int result = kmr->dealRcvFrame(bytes, text);
+        EXPECT_EQ(bytes, line);
         errorInfo = text.toStdString();
         return result;
     }

@@ -1,128 +1,13 @@
-// The records and the driver object: layout, construction and copies.
+// The records and the driver object: construction and copies. Their layout is pinned where they are
+// compiled.
 #include "driver/ostrel_kmr.h"
 
 #include "driver_fixture.h"
 
 #include <algorithm>
-#include <cstddef>
-#include <iterator>
 #include <new>
 
 namespace {
-
-// --- Records -------------------------------------------------------------------------------------
-
-// A host reads and writes the records in place: fields in this order, at these offsets. A QString
-// is one pointer in Qt 5 and three words in Qt 6; the offsets are those of a 64-bit system.
-const bool QT5 = QT_VERSION_MAJOR == 5;
-
-constexpr size_t either(size_t inQt5, size_t inQt6)
-{
-    return QT5 ? inQt5 : inQt6;
-}
-
-TEST(RecordLayout, Variable)
-{
-    EXPECT_EQ(offsetof(VARIABLE, reqTag), 0U);
-    EXPECT_EQ(offsetof(VARIABLE, station), 4U);
-    EXPECT_EQ(offsetof(VARIABLE, area), 8U);
-    EXPECT_EQ(offsetof(VARIABLE, address), either(16, 32));
-    EXPECT_EQ(offsetof(VARIABLE, count), either(20, 36));
-    EXPECT_EQ(offsetof(VARIABLE, data), either(24, 40));
-    EXPECT_EQ(sizeof(VARIABLE), either(1048, 1064));
-    EXPECT_EQ(sizeof(VARIABLE::data), 1024U);
-}
-
-TEST(RecordLayout, FramePro)
-{
-    EXPECT_EQ(offsetof(FRAME_PRO, frame), 0U);
-    EXPECT_EQ(offsetof(FRAME_PRO, frameLen), 1024U);
-    EXPECT_EQ(offsetof(FRAME_PRO, replyLen), 1028U);
-    EXPECT_EQ(offsetof(FRAME_PRO, replyDataPos), 1032U);
-    EXPECT_EQ(offsetof(FRAME_PRO, replyDataLen), 1036U);
-    EXPECT_EQ(offsetof(FRAME_PRO, frameSpare), 1040U);
-    EXPECT_EQ(offsetof(FRAME_PRO, var), 1048U);
-    EXPECT_EQ(sizeof(FRAME_PRO), either(2096, 2112));
-}
-
-TEST(RecordLayout, RcpVarPro)
-{
-    EXPECT_EQ(offsetof(_RCP_VAR_PRO, devId), 0U);
-    EXPECT_EQ(offsetof(_RCP_VAR_PRO, station), 4U);
-    EXPECT_EQ(offsetof(_RCP_VAR_PRO, area), 8U);
-    EXPECT_EQ(offsetof(_RCP_VAR_PRO, address), either(16, 32));
-    EXPECT_EQ(offsetof(_RCP_VAR_PRO, count), either(20, 36));
-    EXPECT_EQ(offsetof(_RCP_VAR_PRO, bufWord), either(24, 40));
-    EXPECT_EQ(offsetof(_RCP_VAR_PRO, rcpSpare), either(28, 44));
-    EXPECT_EQ(sizeof(_RCP_VAR_PRO), either(32, 48));
-}
-
-TEST(RecordLayout, Data)
-{
-    EXPECT_EQ(offsetof(_DATA_, commFailed), 0U);
-    EXPECT_EQ(offsetof(_DATA_, writePending), 1U);
-    EXPECT_EQ(offsetof(_DATA_, dataSpare), 4U);
-    EXPECT_EQ(offsetof(_DATA_, wordMonitor), 8U);
-    EXPECT_EQ(offsetof(_DATA_, bitMonitor), 12U);
-    EXPECT_EQ(offsetof(_DATA_, station), 16U);
-    EXPECT_EQ(offsetof(_DATA_, area), 24U);
-    EXPECT_EQ(offsetof(_DATA_, index), either(32, 48));
-    EXPECT_EQ(offsetof(_DATA_, readValue), either(36, 52));
-    EXPECT_EQ(offsetof(_DATA_, writtenValue), either(40, 56));
-    EXPECT_EQ(sizeof(_DATA_), either(48, 64));
-}
-
-TEST(RecordLayout, KeyAddress)
-{
-    EXPECT_EQ(offsetof(KEY_ADDRESS, label), 0U);
-    EXPECT_EQ(offsetof(KEY_ADDRESS, hostWord1), either(8, 24));
-    EXPECT_EQ(offsetof(KEY_ADDRESS, hostWord2), either(12, 28));
-    EXPECT_EQ(offsetof(KEY_ADDRESS, station), either(16, 32));
-    EXPECT_EQ(offsetof(KEY_ADDRESS, area), either(24, 40));
-    EXPECT_EQ(offsetof(KEY_ADDRESS, hostText), either(32, 64));
-    EXPECT_EQ(offsetof(KEY_ADDRESS, address), either(40, 88));
-    EXPECT_EQ(offsetof(KEY_ADDRESS, elemKind), either(44, 92));
-    EXPECT_EQ(offsetof(KEY_ADDRESS, count), either(48, 96));
-    EXPECT_EQ(offsetof(KEY_ADDRESS, data), either(52, 100));
-    EXPECT_EQ(sizeof(KEY_ADDRESS), either(1080, 1128));
-}
-
-TEST(RecordLayout, DriverFieldsStandInTheirOrder)
-{
-    const Ostrel_kmr d;
-    const void *const fields[] = {&d.valueChangedCallback,
-                                  &d.devId,
-                                  &d.writeQueueOff,
-                                  &d.propToken3,
-                                  &d.retryLimit,
-                                  &d.groupLimit,
-                                  &d.hostStatus,
-                                  &d.hostArg2,
-                                  &d.recipeBuffer,
-                                  &d.hostMutex,
-                                  &d.cyclicReads,
-                                  &d.pendingWrites,
-                                  &d.pendingReads,
-                                  &d.dataAreas,
-                                  &d.recipeVars,
-                                  &d.lastVar,
-                                  &d.curVar,
-                                  &d.sendState,
-                                  &d.burstCount,
-                                  &d.counterA,
-                                  &d.retryCount,
-                                  &d.bitGroupLimit,
-                                  &d.wordGroupLimit,
-                                  &d.commError,
-                                  &d.stateC,
-                                  &d.stateD,
-                                  &d.frames,
-                                  &d.recipeCursor,
-                                  &d.spareFlag};
-    EXPECT_EQ(fields[0], static_cast<const void *>(&d));
-    for (size_t i = 1; i < std::size(fields); ++i)
-        EXPECT_LT(fields[i - 1], fields[i]) << "field " << i + 1;
-}
 
 // --- Construction and copies ---------------------------------------------------------------------
 

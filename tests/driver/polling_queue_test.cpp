@@ -3,6 +3,7 @@
 
 #include "driver_fixture.h"
 
+#include <array>
 #include <limits>
 #include <utility>
 
@@ -59,6 +60,25 @@ TEST_F(ConditionRead, QueuesTheRequest)
     EXPECT_EQ(request.area, QString("D"));
     EXPECT_EQ(request.address, 100);
     EXPECT_EQ(request.count, 3);
+}
+
+TEST_F(ConditionRead, LeavesTheHostsRunAsItIs)
+{
+    KEY_ADDRESS key;
+    key.label = "label";
+    key.hostWord1 = 1;
+    key.hostWord2 = 2;
+    key.station = 3;
+    key.area = "M";
+    key.hostText = "text";
+    key.address = 40;
+    key.elemKind = BITS;
+    key.count = 70;
+    key.data[1023] = 4;
+    std::array<char, sizeof key> before;
+    memcpy(before.data(), static_cast<const void *>(&key), sizeof key);
+    intf_addConditionRead(key, 0);
+    EXPECT_EQ(memcmp(before.data(), static_cast<const void *>(&key), sizeof key), 0);
 }
 
 TEST_F(ConditionRead, WordsAreCutByTheGroupLimit)

@@ -49,7 +49,7 @@ class Change:
     start: int
     end: int
     replacement: str
-    before: str  # the lines that it touches, in one line
+    before: str  # the code of the lines that it touches, in one line
     after: str
 
     def apply(self, text):
@@ -76,9 +76,15 @@ def changes_of(file, text):
 def described(file, text, start, end, replacement):
     first = text.rfind("\n", 0, start) + 1
     last = text.find("\n", end)
-    before = " ".join(text[first:last].split())
-    after = " ".join((text[first:start] + replacement + text[end:last]).split())
+    before = code_of(text[first:last])
+    after = code_of(text[first:start] + replacement + text[end:last])
     return Change(file, function_at(text, start), start, end, replacement, before, after)
+
+
+def code_of(lines):
+    """Without comments, in one line."""
+    code = TOKEN.sub(lambda match: "" if match.lastgroup == "comment" else match.group(), lines)
+    return " ".join(code.split())
 
 
 def function_at(text, position):

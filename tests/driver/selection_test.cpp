@@ -3,6 +3,8 @@
 
 #include "driver_fixture.h"
 
+#include <array>
+
 namespace {
 
 class SendFrame : public DriverTest {
@@ -30,10 +32,23 @@ TEST_F(SendFrame, NothingToSendReturns0)
 {
     driver.sendState = 4;
     FRAME_PRO frame;
-    frame.frameLen = 99;
     EXPECT_EQ(intf_getSendFrame(&frame), 0);
-    EXPECT_EQ(frame.frameLen, 99);
     EXPECT_EQ(driver.sendState, 0);
+}
+
+TEST_F(SendFrame, NothingToSendLeavesEveryByteOfTheOutput)
+{
+    FRAME_PRO frame;
+    frame.var.area = "Q";
+    memset(frame.frame, 0xA5, sizeof frame.frame);
+    memset(frame.var.data, 0xA5, sizeof frame.var.data);
+    frame.frameLen = frame.replyLen = frame.replyDataPos = frame.replyDataLen = -1;
+    frame.frameSpare = frame.var.reqTag = frame.var.station = -1;
+    frame.var.address = frame.var.count = -1;
+    std::array<char, sizeof frame> before;
+    memcpy(before.data(), static_cast<const void *>(&frame), sizeof frame);
+    EXPECT_EQ(intf_getSendFrame(&frame), 0);
+    EXPECT_EQ(memcmp(before.data(), static_cast<const void *>(&frame), sizeof frame), 0);
 }
 
 TEST_F(SendFrame, SameFrameIsHandedOutUntilItsReply)
