@@ -1,4 +1,4 @@
-// What script/count-instructions counts: each operation some times over, under callgrind, which
+// What count-instructions counts: each operation some times over, under callgrind, which
 // writes one dump for each, named after it and the number of times. Prints what else the counts
 // depend on, one a line.
 #include "benchmarks/exchanges.h"

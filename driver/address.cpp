@@ -37,6 +37,17 @@ const DeviceArea &TV_BIT = DEVICE_AREAS[10];
 const char *const BIT_AREA_NAMES[] = {"X", "Y", "M", "S", "T", "C"};
 const char *const WORD_AREA_NAMES[] = {"TV", "CV", "CV2", "D"};
 
+// Character by character: nearly every row differs in the first, and each call into Qt costs more.
+bool isNamed(const DeviceArea &area, const QString &name)
+{
+    const int length = static_cast<int>(name.size());
+    for (int i = 0; i < length; ++i) {
+        if (area.name[i] == '\0' || name.at(i) != QLatin1Char(area.name[i]))
+            return false;
+    }
+    return area.name[length] == '\0';
+}
+
 // Decimal digits as an unsigned 32-bit number shows them.
 QString unsignedText(qint64 value)
 {
@@ -142,7 +153,7 @@ int wordBitSeries(qint32 start, qint32 n, qint32 step, QVector<QString> &texts,
 const DeviceArea *findDeviceArea(const QString &name)
 {
     for (const DeviceArea &area : DEVICE_AREAS) {
-        if (name == QLatin1String(area.name))
+        if (isNamed(area, name))
             return &area;
     }
     return nullptr;

@@ -5,27 +5,18 @@
 
 namespace {
 
-// The index tells most entries apart, and text costs most to compare.
 bool hasKey(const _DATA_ &entry, qint32 station, const QString &area, qint32 index)
 {
-    return entry.index == index && entry.station == station && entry.area == area;
+    return entry.station == station && entry.area == area && entry.index == index;
 }
 
-// Takes the name by reference: a copy for each element is counted up and down by locked
-// instructions.
-int findOrCreate(QList<_DATA_> &areas, qint32 station, const QString &area, qint32 index)
+int findFromFront(const QList<_DATA_> &areas, qint32 station, const QString &area, qint32 index)
 {
-    const QList<_DATA_>::const_iterator end = areas.constEnd();
-    for (QList<_DATA_>::const_iterator entry = areas.constBegin(); entry != end; ++entry) {
-        if (hasKey(*entry, station, area, index))
-            return static_cast<int>(entry - areas.constBegin());
+    for (int i = 0; i < areas.size(); ++i) {
+        if (hasKey(areas.at(i), station, area, index))
+            return i;
     }
-    _DATA_ entry;
-    entry.station = station;
-    entry.area = area;
-    entry.index = index;
-    areas.append(entry);
-    return static_cast<int>(areas.size()) - 1;
+    return -1;
 }
 
 bool watchesBit(qint32 bitMonitor, int bit)
@@ -72,12 +63,11 @@ void saveBits(qint32 station, const QString &area, qint32 first, qint32 count, c
         const qint32 bit = addressPlus(first, i);
         const int byte = byteOfBit(bit);
         const quint8 mask = maskOfBit(bit);
-        const int position = positionInStore(station, area, bit / BLOCK_BITS);
-        const quint8 current = currentValue(driver.dataAreas.at(position))[byte];
+        const quint8 current = currentValue(dataArea(station, area, bit / BLOCK_BITS))[byte];
         const quint8 changed = static_cast<quint8>(data[i] == 1 ? current | mask : current & ~mask);
         if (changed != current)
             _OnlyOneDataTypeDataChange(station, area, bit, 0, 0, 0);
-        _DATA_ &entry = dataAreaAt(position, station, area, bit / BLOCK_BITS);
+        _DATA_ &entry = dataAreaToChange(station, area, bit / BLOCK_BITS);
         // The block's other byte keeps what was last written there, not what was last read.
         entry.writtenValue[byte] = changed;
         entry.writePending = 1;
@@ -89,10 +79,9 @@ void saveElements(qint32 station, const QString &area, qint32 first, qint32 coun
 {
     for (qint32 i = 0; i < count; ++i, data += bytes) {
         const qint32 address = addressPlus(first, i);
-        const int position = positionInStore(station, area, address);
-        if (memcmp(currentValue(driver.dataAreas.at(position)), data, bytes) != 0)
+        if (memcmp(currentValue(dataArea(station, area, address)), data, bytes) != 0)
             _OnlyOneDataTypeDataChange(station, area, address, 0, 0, 0);
-        _DATA_ &entry = dataAreaAt(position, station, area, address);
+        _DATA_ &entry = dataAreaToChange(station, area, address);
         memcpy(entry.writtenValue, data, bytes);
         entry.writePending = 1;
     }
@@ -143,25 +132,17 @@ void queueWordWrites(qint32 station, const QString &area, qint32 first, qint32 c
 
 int getIndexOfDataArea(int station, QString area, int index, QList<_DATA_> &areas)
 {
-    return findOrCreate(areas, station, area, index);
-}
-
-int positionInStore(qint32 station, const QString &area, qint32 index)
-{
-    return findOrCreate(driver.dataAreas, station, area, index);
-}
-
-_DATA_ &dataArea(qint32 station, const QString &area, qint32 index)
-{
-    return driver.dataAreas[positionInStore(station, area, index)];
-}
-
-_DATA_ &dataAreaAt(int position, qint32 station, const QString &area, qint32 index)
-{
-    const QList<_DATA_> &entries = driver.dataAreas;
-    if (position < entries.size() && hasKey(entries.at(position), station, area, index))
-        return driver.dataAreas[position];
-    return dataArea(station, area, index);
+    if (&areas == &driver.dataAreas)
+        return positionInStore(station, area, index);
+    const int position = findFromFront(areas, station, area, index);
+    if (position >= 0)
+        return position;
+    _DATA_ entry;
+    entry.station = station;
+    entry.area = area;
+    entry.index = index;
+    areas.append(entry);
+    return static_cast<int>(areas.size()) - 1;
 }
 
 void reportToHost(qint32 devId, qint32 station, const QString &area, qint32 address)

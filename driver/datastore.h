@@ -2,26 +2,16 @@
 // reading and writing of values.
 //
 // A report runs the host's callback, which may read, write and queue and so make any list grow. No
-// reference into a list outlives a report. Positions in the store do, since entries are only added,
-// unless the callback goes as far as to configure the driver anew.
+// reference into a list outlives a report.
 #ifndef DATASTORE_H
 #define DATASTORE_H
 
 #include "address.h"
+#include "store_index.h"
 
 // Position in `areas` of the entry (`station`, `area`, `index`): the first one from the front. An
 // absent one is appended with all values 0.
 int getIndexOfDataArea(int station, QString area, int index, QList<_DATA_> &areas);
-
-// Position in the store of the entry with that key, created when absent.
-int positionInStore(qint32 station, const QString &area, qint32 index);
-
-// The entry of the store with that key, created when absent. Valid until the store grows.
-_DATA_ &dataArea(qint32 station, const QString &area, qint32 index);
-
-// The entry with that key, which was at `position` before a report to the host; looked up anew if
-// it is no longer there. Valid until the store grows.
-_DATA_ &dataAreaAt(int position, qint32 station, const QString &area, qint32 index);
 
 // Calls the host back, if it registered a callback.
 void reportToHost(qint32 devId, qint32 station, const QString &area, qint32 address);

@@ -195,6 +195,16 @@ struct KEY_ADDRESS {
     }
 };
 
+/// How the driver finds an entry of its store without searching it; see store_index.h.
+struct StoreIndex {
+    QVector<qint32> places; ///< hash table of positions in the store, -1 where it is free
+    QList<_DATA_> seen;     ///< shares the memory of the store until someone else changes it
+    bool distinct;          ///< no key stands twice in the store
+    qint32 last;            ///< position of the entry found last
+
+    StoreIndex() : distinct(true), last(0) {}
+};
+
 /// All state of the driver. There is one object, `driver`, built when the library is loaded.
 class Ostrel_kmr {
 public:
@@ -229,6 +239,7 @@ public:
     QList<FRAME_PRO> frames;          ///< frames ready to send; the front one is in flight
     qint32 recipeCursor;              ///< index in `recipeVars` of the next transfer
     quint8 spareFlag;                 ///< always 0
+    StoreIndex storeIndex;            ///< of `dataAreas`
 };
 
 /// Values of Ostrel_kmr::sendState.

@@ -3,25 +3,21 @@
 #include "address.h"
 #include "datastore.h"
 
-#include <QMap>
-
 #include <algorithm>
 
 namespace {
 
 // A piece of a run that one request can read.
 struct Chunk {
-    qint32 station;
-    QString area;
+    qint32 group; // only chunks of the same group are joined
     qint32 address;
     qint32 count;
+    const KEY_ADDRESS *run; // gives station and area
 };
 
-typedef QMultiMap<qint32, Chunk> ChunksByKey;
-
-bool startsBefore(const Chunk &left, const Chunk &right)
+bool comesBefore(const Chunk &left, const Chunk &right)
 {
-    return left.address < right.address;
+    return left.group < right.group || (left.group == right.group && left.address < right.address);
 }
 
 bool sameTarget(const VARIABLE &left, const VARIABLE &right)
@@ -43,7 +39,7 @@ qint64 wordsOfBits(qint64 bits)
     return bits / BLOCK_BITS + (bits % BLOCK_BITS != 0 ? 1 : 0);
 }
 
-void cutIntoChunks(const KEY_ADDRESS &key, ChunksByKey &chunks)
+void cutIntoChunks(const KEY_ADDRESS &key, QVector<Chunk> &chunks)
 {
     const DeviceArea *const area = findDeviceArea(key.area);
     if (!area || area->pollingOrder < 0)
@@ -54,15 +50,15 @@ void cutIntoChunks(const KEY_ADDRESS &key, ChunksByKey &chunks)
         start = key.address / BLOCK_BITS;
         count = wordsOfBits(qint64(key.address % BLOCK_BITS) + key.count);
     }
-    // Stations of 256 and more share their keys with the next area.
-    const qint32 mapKey = addressPlus(key.station, area->pollingOrder * 256);
+    // Stations of 256 and more share their groups with the next area.
+    const qint32 group = addressPlus(key.station, area->pollingOrder * 256);
     const qint32 limit = chunkLimit(*area);
     // Cut in decimal steps: a chunk of an octal run may begin at a number with a digit 8 or 9,
     // which its read takes for 0. Hosts keep runs of X and Y within one request.
     for (qint64 done = 0; done < count; done += limit) {
-        const Chunk chunk = {key.station, key.area, addressPlus(start, done),
-                             static_cast<qint32>(qMin<qint64>(limit, count - done))};
-        chunks.insert(mapKey, chunk);
+        const Chunk chunk = {group, addressPlus(start, done),
+                             static_cast<qint32>(qMin<qint64>(limit, count - done)), &key};
+        chunks.append(chunk);
     }
 }
 
@@ -76,8 +72,8 @@ OpenBlock openBlock(const Chunk &chunk)
 {
     VARIABLE block;
     block.reqTag = READ_BLOCK_TAG;
-    block.station = chunk.station;
-    block.area = chunk.area;
+    block.station = chunk.run->station;
+    block.area = chunk.run->area;
     block.address = chunk.address;
     block.count = chunk.count;
     driver.cyclicReads.append(block);
@@ -89,21 +85,26 @@ OpenBlock openBlock(const Chunk &chunk)
 // 255 on are read apart from those below. Only the starts are looked at.
 bool crosses255(const Chunk &chunk, qint64 blockStart)
 {
-    const bool dividedAt255 = chunk.area == QLatin1String("T") || chunk.area == QLatin1String("C");
+    const QString &area = chunk.run->area;
+    const bool dividedAt255 = area == QLatin1String("T") || area == QLatin1String("C");
     return dividedAt255 && chunk.address >= 255 && blockStart < 255;
 }
 
-// Joins chunks in ascending order into read blocks. X and Y are measured on their octal digits as
-// they stand. A counter chunk after the first is a block of its own, and the open one keeps its
-// start and length: when stations of 256 and more share a key, a later chunk that joins that one
-// lengthens the block opened last all the same.
-void appendBlocks(const QList<Chunk> &chunks)
+// Joins chunks, sorted by group and address, into read blocks. X and Y are measured on their octal
+// digits as they stand. A counter chunk after the first of its group is a block of its own, and the
+// open one keeps its start and length: when stations of 256 and more share a group, a later chunk
+// that joins that one lengthens the block opened last all the same.
+void appendBlocks(const QVector<Chunk> &chunks)
 {
-    OpenBlock open = openBlock(chunks.first());
-    for (int i = 1; i < chunks.size(); ++i) {
+    OpenBlock open = {0, 0};
+    for (int i = 0; i < chunks.size(); ++i) {
         const Chunk &chunk = chunks.at(i);
         const qint64 end = qint64(chunk.address) + chunk.count;
-        if (chunk.area == QLatin1String("CV2")) {
+        if (i == 0 || chunk.group != chunks.at(i - 1).group) {
+            open = openBlock(chunk);
+            continue;
+        }
+        if (chunk.run->area == QLatin1String("CV2")) {
             openBlock(chunk);
             continue;
         }
@@ -174,13 +175,13 @@ int _setDataAreaMonitorFlag(int station, QString area, int address, int count)
         const qint32 first = linearAddress(*row, address);
         for (int i = 0; i < count; ++i) {
             const qint32 bit = addressPlus(first, i);
-            _DATA_ &entry = dataArea(station, area, bit / BLOCK_BITS);
+            _DATA_ &entry = dataAreaToChange(station, area, bit / BLOCK_BITS);
             mark = _setBitValue(entry.bitMonitor, static_cast<quint8>(bit % BLOCK_BITS), true);
             entry.bitMonitor = mark;
         }
     } else {
         for (int i = 0; i < count; ++i) {
-            _DATA_ &entry = dataArea(station, area, addressPlus(address, i));
+            _DATA_ &entry = dataAreaToChange(station, area, addressPlus(address, i));
             mark = _setBitValue(entry.wordMonitor, 0, true);
             entry.wordMonitor = mark;
         }
@@ -207,22 +208,17 @@ void groupingKey(KEY_ADDRESS &key, qint32 maxCount, QList<KEY_ADDRESS> &out, qin
 
 qint32 intf_addrMerge(const QList<KEY_ADDRESS> &list) noexcept
 {
-    for (int i = 0; i < driver.dataAreas.size(); ++i) {
-        driver.dataAreas[i].wordMonitor = 0;
-        driver.dataAreas[i].bitMonitor = 0;
-    }
+    clearWatchMarks();
     for (const KEY_ADDRESS &key : list)
         _setDataAreaMonitorFlag(key.station, key.area, key.address, key.count);
 
     driver.cyclicReads.clear();
-    ChunksByKey chunks;
+    QVector<Chunk> chunks;
     for (const KEY_ADDRESS &key : list)
         cutIntoChunks(key, chunks);
-    for (qint32 mapKey : chunks.uniqueKeys()) {
-        QList<Chunk> ofKey = chunks.values(mapKey); // newest first, and so they stay among equals
-        std::stable_sort(ofKey.begin(), ofKey.end(), startsBefore);
-        appendBlocks(ofKey);
-    }
+    std::reverse(chunks.begin(), chunks.end()); // of equals the newest comes first
+    std::stable_sort(chunks.begin(), chunks.end(), comesBefore);
+    appendBlocks(chunks);
     return static_cast<qint32>(driver.cyclicReads.size());
 }
 

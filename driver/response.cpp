@@ -52,29 +52,34 @@ int blockValue(const quint8 *bytes)
 // Stores `size` bytes read for one word or counter, reporting a change before it is stored.
 void storeElement(const Request &request, qint32 address, const quint8 *bytes, size_t size)
 {
-    const int position = positionInStore(request.station, request.area, address);
-    _DATA_ &entry = driver.dataAreas[position];
+    const _DATA_ &known = dataArea(request.station, request.area, address);
+    const bool changed = memcmp(known.readValue, bytes, size) != 0;
+    if (!changed && !known.commFailed)
+        return;
+    _DATA_ &entry = dataAreaToChange(request.station, request.area, address);
     entry.commFailed = 0;
-    if (memcmp(entry.readValue, bytes, size) == 0)
+    if (!changed)
         return;
     entry.writePending = 0;
     reportElement(entry);
-    _DATA_ &reported = dataAreaAt(position, request.station, request.area, address);
+    _DATA_ &reported = dataAreaToChange(request.station, request.area, address);
     memcpy(reported.readValue, bytes, size);
 }
 
 // Stores the 16 bits read for one block, reporting changes before they are stored.
 void storeBlock(const Request &request, const DeviceArea &area, qint32 block, const quint8 *bytes)
 {
-    const int position = positionInStore(request.station, request.area, block);
-    _DATA_ &entry = driver.dataAreas[position];
+    const _DATA_ &known = dataArea(request.station, request.area, block);
+    const int changedBits = blockValue(known.readValue) ^ blockValue(bytes);
+    if (changedBits == 0 && !known.commFailed)
+        return;
+    _DATA_ &entry = dataAreaToChange(request.station, request.area, block);
     entry.commFailed = 0;
-    const int changedBits = blockValue(entry.readValue) ^ blockValue(bytes);
     if (changedBits == 0)
         return;
     entry.writePending = 0;
     reportBlock(area, entry, changedBits);
-    _DATA_ &reported = dataAreaAt(position, request.station, request.area, block);
+    _DATA_ &reported = dataAreaToChange(request.station, request.area, block);
     memcpy(reported.readValue, bytes, 2);
 }
 
@@ -165,7 +170,8 @@ void markFailed(const Request &request)
     else if (area->watch == WATCHED_AS_BITS)
         entries = request.dataLen / BYTE_CHARS;
     for (qint32 i = 0; i < entries; ++i)
-        dataArea(request.station, request.area, addressPlus(request.address, i)).commFailed = 1;
+        dataAreaToChange(request.station, request.area, addressPlus(request.address, i))
+            .commFailed = 1;
 }
 
 void settleWrite(const Request &request, qint32 success)
@@ -250,7 +256,7 @@ void appendNumber(QString &text, qint64 number)
 void settleElement(qint32 station, const QString &area, qint32 address, size_t bytes,
                    qint32 success)
 {
-    _DATA_ &entry = dataArea(station, area, address);
+    _DATA_ &entry = dataAreaToChange(station, area, address);
     entry.writePending = 0;
     if (success == 1)
         memcpy(entry.readValue, entry.writtenValue, bytes);
@@ -263,7 +269,7 @@ void settleElement(qint32 station, const QString &area, qint32 address, size_t b
 // entry of that block number in the store.
 void settleBit(qint32 station, const QString &area, qint32 bit, qint32 success)
 {
-    _DATA_ &entry = dataArea(station, area, bit / BLOCK_BITS);
+    _DATA_ &entry = dataAreaToChange(station, area, bit / BLOCK_BITS);
     entry.writePending = 0;
     if (success == 1)
         entry.readValue[byteOfBit(bit)] = entry.writtenValue[byteOfBit(bit)];

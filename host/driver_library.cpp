@@ -21,8 +21,8 @@ void checkQtVersion(const QString &path)
     const QString version = qtVersionOf(path);
     if (!version.isEmpty() && version.section('.', 0, 0).toInt() != QT_VERSION_MAJOR) {
         throw Error(
-            ExitCode::Library,
-            QString("%1 is built for Qt %2, this kmr for Qt %3: build both with the same Qt")
+            ErrorKind::Library,
+            QString("%1 is built for Qt %2, this program for Qt %3: build both with the same Qt")
                 .arg(path, version)
                 .arg(QT_VERSION_MAJOR));
     }
@@ -44,11 +44,8 @@ DriverLibrary::DriverLibrary(const QString &path) : m_library(path)
         checkQtVersion(path);
     m_library.setLoadHints(QLibrary::ResolveAllSymbolsHint | QLibrary::PreventUnloadHint);
     if (!m_library.load()) {
-        throw Error(
-            ExitCode::Library,
-            QString("cannot load the driver %1: %2\nBuild it, or name it with --driver PATH "
-                    "or the environment variable KMR_DRIVER.")
-                .arg(path, m_library.errorString()));
+        throw Error(ErrorKind::Library,
+                    QString("cannot load the driver %1: %2").arg(path, m_library.errorString()));
     }
 
     QStringList missing;
@@ -72,10 +69,8 @@ DriverLibrary::DriverLibrary(const QString &path) : m_library(path)
     resolve(m_library, "intf_getData", f.getData, missing);
     resolve(m_library, "intf_setData", f.setData, missing);
     if (!missing.isEmpty()) {
-        throw Error(ExitCode::Library,
-                    QString("%1 is no driver for this host: it lacks %2\nName another one with "
-                            "--driver PATH.")
-                        .arg(m_library.fileName(), missing.join(", ")));
+        throw Error(ErrorKind::Library, QString("%1 is not a driver for this host: it lacks %2")
+                                            .arg(m_library.fileName(), missing.join(", ")));
     }
     checkQtVersion(fileName());
 }
@@ -106,9 +101,6 @@ QString qtVersionOf(const QString &path)
 
 QString findDriver(const QString &directory)
 {
-    QString named = qEnvironmentVariable("KMR_DRIVER");
-    if (!named.isEmpty())
-        return named;
     for (const char *place : {".", "../driver", "../lib"}) {
         const QString path = QDir(directory).filePath(QString("%1/%2").arg(place, LIBRARY_NAME));
         if (QFileInfo::exists(path))

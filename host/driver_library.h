@@ -56,9 +56,9 @@ private:
 // empty where the file can't be read or has nothing to do with Qt.
 QString qtVersionOf(const QString &path);
 
-// The library to load where none is named: the environment's KMR_DRIVER, else the first that exists
-// of `directory`, `directory`/../driver (a build tree) and `directory`/../lib, else the bare name
-// for the system's loader. `directory` is that of the executable.
+// The library to load when none is named: the first that exists of `directory`,
+// `directory`/../driver (a build tree) and `directory`/../lib, else the bare name for the system's
+// loader. `directory` is that of the executable.
 QString findDriver(const QString &directory);
 
 } // namespace kmr

@@ -1,5 +1,4 @@
-// Why something could not be done, in words for a person, and the exit code that says so to a
-// script.
+// Why something could not be done: its kind for a program, and words for a person.
 #pragma once
 
 #include <QString>
@@ -8,28 +7,24 @@
 
 namespace kmr {
 
-enum class ExitCode {
-    Ok = 0,
-    ItemFailed = 1, // some items failed, for different reasons, or output could not be written
-    Usage = 2,      // wrong arguments or a bad input file
-    LinkFailed = 3, // the link could not be opened
-    NoAnswer = 4,   // no answer, or none that could be understood
-    Refused = 5,    // the controller answered with an exception
-    Unknown = 6,    // it is not known whether a write was carried out, or reading back differs
-    Library = 7     // the driver library is missing or does not fit
+enum class ErrorKind {
+    Usage,  // a text, a setting or an input file that can't be used
+    Output, // a file could not be written
+    Link,   // the link could not be opened
+    Library // the driver library is missing or does not fit
 };
 
 // Ends what was asked for. The text says what is wrong, where, and what to do about it.
 class Error : public std::runtime_error {
 public:
-    Error(ExitCode code, const QString &text)
-        : std::runtime_error(text.toStdString()), m_code(code), m_text(text)
+    Error(ErrorKind kind, const QString &text)
+        : std::runtime_error(text.toStdString()), m_kind(kind), m_text(text)
     {
     }
 
-    ExitCode code() const
+    ErrorKind kind() const
     {
-        return m_code;
+        return m_kind;
     }
     const QString &text() const
     {
@@ -37,7 +32,7 @@ public:
     }
 
 private:
-    ExitCode m_code;
+    ErrorKind m_kind;
     QString m_text;
 };
 

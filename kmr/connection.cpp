@@ -27,14 +27,19 @@ std::unique_ptr<DriverLibrary> loadDriver(const Options &options)
     const QString path = options.driver.isEmpty()
                              ? findDriver(QCoreApplication::applicationDirPath())
                              : options.driver;
-    return std::make_unique<DriverLibrary>(path);
+    try {
+        return std::make_unique<DriverLibrary>(path);
+    } catch (const Error &error) {
+        throw Error(error.kind(), error.text() + "\nBuild it, or name another one with --driver "
+                                                 "PATH or the environment variable KMR_DRIVER.");
+    }
 }
 
 LinkAddress linkOf(const Options &options)
 {
     if (options.link.isEmpty()) {
-        throw Error(ExitCode::Usage, "no link: name it with --link or the environment variable "
-                                     "KMR_LINK, for example --link tcp://192.168.0.10:8888");
+        throw Error(ErrorKind::Usage, "no link: name it with --link or the environment variable "
+                                      "KMR_LINK, for example --link tcp://192.168.0.10:8888");
     }
     return parseLink(options.link);
 }
@@ -45,7 +50,7 @@ NameTable loadNames(const QString &path, const TagReader &reader)
     NameTable names = NameTable::parse(readTextFile(path), path, faults);
     faults.append(checkNames(names, path, reader));
     if (!faults.isEmpty())
-        throw Error(ExitCode::Usage, faults.join('\n'));
+        throw Error(ErrorKind::Usage, faults.join('\n'));
     return names;
 }
 
@@ -63,8 +68,8 @@ std::vector<Tag> Connection::readTags(const QStringList &texts) const
 {
     const QStringList &wanted = texts.isEmpty() ? m_options.tags : texts;
     if (wanted.isEmpty())
-        throw Error(ExitCode::Usage, "no tags: name some, for example D100, or list them in the "
-                                     "project's kmr.toml: tags = [\"D100\"]");
+        throw Error(ErrorKind::Usage, "no tags: name some, for example D100, or list them in the "
+                                      "project's kmr.toml: tags = [\"D100\"]");
     std::vector<Tag> tags;
     QStringList faults;
     for (const QString &text : wanted) {
@@ -76,7 +81,7 @@ std::vector<Tag> Connection::readTags(const QStringList &texts) const
         }
     }
     if (!faults.isEmpty())
-        throw Error(ExitCode::Usage, faults.join('\n'));
+        throw Error(ErrorKind::Usage, faults.join('\n'));
     return tags;
 }
 

@@ -286,6 +286,6 @@ int main(int argc, char *argv[])
         kmr::catchStopSignals();
         return static_cast<int>(kmr::exitCodeAfterLosses(chosen(settings.resolve())));
     } catch (const kmr::Error &error) {
-        return static_cast<int>(fail(error.code(), error.text()));
+        return static_cast<int>(fail(kmr::exitCodeOf(error.kind()), error.text()));
     }
 }

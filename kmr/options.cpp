@@ -149,14 +149,14 @@ void Settings::applyFile(const QString &path)
         }
     }
     if (!faults.isEmpty())
-        throw Error(ExitCode::Usage, faults.join('\n'));
+        throw Error(ErrorKind::Usage, faults.join('\n'));
 }
 
 // The file's values pass the same checks as those of the command line.
 void Settings::applyEntry(const ConfigEntry &entry, const QString &path)
 {
     if (!entry.fault.isEmpty())
-        throw Error(ExitCode::Usage, entry.fault);
+        throw Error(ErrorKind::Usage, entry.fault);
     if (entry.key == TAGS) {
         m_tags = entry.values;
         m_tagsSource = placeOf(entry, path);

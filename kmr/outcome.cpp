@@ -12,6 +12,20 @@ namespace {
 
 using Outcome = RequestResult::Outcome;
 
+QString hintFor(ReplyFault fault)
+{
+    switch (fault) {
+    case ReplyFault::MissingEcho:
+        return ": if it echoes no more, start again or try --echo off";
+    case ReplyFault::UnexpectedEcho:
+        return " Try --echo on";
+    case ReplyFault::EchoOrAnswer:
+        return ": say --echo on or --echo off";
+    default:
+        return {};
+    }
+}
+
 } // namespace
 
 ExitCode exitCodeOf(const RequestResult &result)
@@ -39,17 +53,29 @@ QString toText(const RequestResult &result)
     case Outcome::Done:
         return "done";
     case Outcome::Refused:
-        return toText(result.failure);
+        return toTextWithHint(result.failure);
     case Outcome::NoAnswer:
-        return hasFailure ? toText(result.failure) : "no answer: " + cause;
+        return hasFailure ? toTextWithHint(result.failure) : "no answer: " + cause;
     case Outcome::NotSent:
-        return "not sent: " + (hasFailure ? toText(result.failure) : cause);
+        return "not sent: " + (hasFailure ? toTextWithHint(result.failure) : cause);
     case Outcome::Unknown:
         break;
     }
     if (result.failure.exceptionCode != 0)
-        return "unknown: an earlier attempt got no answer, the last was " + toText(result.failure);
-    return "unknown: " + (hasFailure ? toText(result.failure) : cause + " before the answer came");
+        return "unknown: an earlier attempt got no answer, the last was " +
+               toTextWithHint(result.failure);
+    return "unknown: " +
+           (hasFailure ? toTextWithHint(result.failure) : cause + " before the answer came");
+}
+
+QString toTextWithHint(ReplyFault fault)
+{
+    return toText(fault) + hintFor(fault);
+}
+
+QString toTextWithHint(const Failure &failure)
+{
+    return failure.exceptionCode != 0 ? toText(failure) : toTextWithHint(failure.fault);
 }
 
 QString outcomeName(const RequestResult &result)

@@ -1,8 +1,8 @@
 // What came of requests, in exit codes and in words.
 #pragma once
 
-#include "host/error.h"
 #include "host/session/session.h"
+#include "kmr/exit_code.h"
 
 #include <QString>
 
@@ -11,6 +11,10 @@ namespace kmr {
 // The exit code for one request, and the words for a person: "no answer".
 ExitCode exitCodeOf(const RequestResult &result);
 QString toText(const RequestResult &result);
+
+// What was wrong with an answer, and the options that may help.
+QString toTextWithHint(ReplyFault fault);
+QString toTextWithHint(const Failure &failure);
 
 // One word for records: "done", "refused", "no answer", "not sent" or "unknown".
 QString outcomeName(const RequestResult &result);

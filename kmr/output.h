@@ -1,7 +1,7 @@
 // What a command tells: values and records on stdout, all else on stderr.
 #pragma once
 
-#include "host/error.h"
+#include "kmr/exit_code.h"
 
 #include <QString>
 

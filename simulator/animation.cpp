@@ -1,7 +1,5 @@
 #include "simulator/animation.h"
 
-#include "simulator/areas.h"
-
 namespace simulator {
 
 namespace {

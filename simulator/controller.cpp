@@ -55,12 +55,12 @@ QByteArray counted(const QByteArray &bytes)
 // True when all registers from `address` on exist and are of one size.
 bool areAlike(int address, int quantity)
 {
-    const int last = address + quantity - 1;
-    if (address > Memory::LAST_COUNTER)
-        return last < Memory::SIZE;
-    if (address >= Memory::FIRST_COUNTER)
-        return last <= Memory::LAST_COUNTER;
-    return last < Memory::FIRST_COUNTER;
+    const int bytes = modbus::registerBytes(address);
+    for (int other = address; other < address + quantity; ++other) {
+        if (other >= Memory::SIZE || modbus::registerBytes(other) != bytes)
+            return false;
+    }
+    return true;
 }
 
 // The functions check in the order of their state diagrams: structure and quantity first, then the
@@ -95,7 +95,7 @@ Result readRegisters(const Memory &memory, const QByteArray &data)
         return refuse(modbus::ILLEGAL_DATA_VALUE);
     if (!areAlike(address, quantity))
         return refuse(modbus::ILLEGAL_DATA_ADDRESS);
-    const int size = Memory::registerBytes(address);
+    const int size = modbus::registerBytes(address);
     QByteArray bytes;
     for (int i = 0; i < quantity; ++i)
         appendValue(bytes, memory.value(static_cast<std::uint16_t>(address + i)), size);
@@ -120,7 +120,7 @@ Result writeRegisters(Memory &memory, const QByteArray &data)
         return refuse(modbus::ILLEGAL_DATA_VALUE);
     const std::uint16_t address = wordAt(data, 0);
     const int quantity = wordAt(data, 2);
-    const int size = Memory::registerBytes(address);
+    const int size = modbus::registerBytes(address);
     if (quantity < 1 || quantity > modbus::MAX_WRITE_REGISTERS ||
         data.size() != HEAD_BYTES + quantity * size)
         return refuse(modbus::ILLEGAL_DATA_VALUE);

@@ -64,7 +64,7 @@ int main(int argc, char *argv[])
         watch(session, tag, arguments.size() > 4 ? arguments[4].toInt() : 1000000);
     } catch (const kmr::Error &error) {
         std::fprintf(stderr, "own_tool: %s\n", error.what());
-        return static_cast<int>(error.code());
+        return error.kind() == kmr::ErrorKind::Usage ? 2 : 1;
     }
     return 0;
 }

@@ -1,7 +1,7 @@
 #include "host/line/frame_text.h"
 
 #include "host/line/reply_filter.h"
-#include "host/tags/area_map.h"
+#include "modbus/areas.h"
 #include "modbus/ascii.h"
 #include "modbus/protocol.h"
 
@@ -50,15 +50,15 @@ bool isRead(int function)
     return function == modbus::READ_DISCRETE_INPUTS || function == modbus::READ_HOLDING_REGISTERS;
 }
 
-ModbusTable tableOf(int readFunction)
+modbus::Table tableOf(int readFunction)
 {
-    return readFunction == modbus::READ_DISCRETE_INPUTS ? ModbusTable::Bits
-                                                        : ModbusTable::Registers;
+    return readFunction == modbus::READ_DISCRETE_INPUTS ? modbus::Table::Bits
+                                                        : modbus::Table::Registers;
 }
 
-QString counted(int count, ModbusTable table)
+QString counted(int count, modbus::Table table)
 {
-    const QString unit = table == ModbusTable::Bits ? "bit" : "register";
+    const QString unit = table == modbus::Table::Bits ? "bit" : "register";
     return QString::number(count) + ' ' + unit + (count == 1 ? "" : "s");
 }
 
@@ -70,7 +70,8 @@ QString bitsText(const QByteArray &data, int address)
     for (int bit = 0; bit < 8 * data.size(); ++bit) {
         if ((byteAt(data, bit / 8) >> (bit % 8) & 1) == 0)
             continue;
-        const QString name = address < 0 ? QString() : elementAt(ModbusTable::Bits, address + bit);
+        const QString name =
+            address < 0 ? QString() : modbus::elementAt(modbus::Table::Bits, address + bit);
         names.append(name.isEmpty() ? "bit " + QString::number(bit) : name);
     }
     return names.isEmpty() ? QString("all off") : "on: " + names.join(", ");
@@ -88,10 +89,10 @@ QString registersText(const QByteArray &data, int bytesEach)
     return values.isEmpty() ? QString("no value") : values.join(' ');
 }
 
-void tellElements(int address, int count, ModbusTable table, FrameText &text)
+void tellElements(int address, int count, modbus::Table table, FrameText &text)
 {
     text.addressRange = counted(count, table) + " from " + hex(address, 4);
-    text.aliases = elementsAt(table, address, count);
+    text.aliases = modbus::elementsAt(table, address, count);
     if (!text.aliases.isEmpty())
         text.elements = text.aliases.takeFirst();
 }
@@ -99,7 +100,7 @@ void tellElements(int address, int count, ModbusTable table, FrameText &text)
 void explainBitWrite(const QByteArray &message, FrameText &text)
 {
     text.kind = FrameKind::RequestOrAnswer;
-    tellElements(wordAt(message, 2), 1, ModbusTable::Bits, text);
+    tellElements(wordAt(message, 2), 1, modbus::Table::Bits, text);
     const int value = wordAt(message, 4);
     text.values = value == modbus::COIL_ON    ? QString("on")
                   : value == modbus::COIL_OFF ? QString("off")
@@ -109,7 +110,7 @@ void explainBitWrite(const QByteArray &message, FrameText &text)
 void explainRegisterWrite(const QByteArray &message, FrameText &text)
 {
     const int address = wordAt(message, 2);
-    tellElements(address, wordAt(message, 4), ModbusTable::Registers, text);
+    tellElements(address, wordAt(message, 4), modbus::Table::Registers, text);
     if (message.size() == REQUEST_BYTES) {
         text.kind = FrameKind::Answer;
         return;
@@ -120,13 +121,13 @@ void explainRegisterWrite(const QByteArray &message, FrameText &text)
         text.fault = QString("it announces %1 bytes of values and carries %2")
                          .arg(byteAt(message, WRITE_HEAD_BYTES - 1))
                          .arg(data.size());
-    text.values = registersText(data, isCounterRegister(address) ? 4 : 2);
+    text.values = registersText(data, modbus::registerBytes(address));
 }
 
 // `request` is the message of the line before, or empty.
 void explainReadAnswer(const QByteArray &message, const QByteArray &request, FrameText &text)
 {
-    const ModbusTable table = tableOf(byteAt(message, 1));
+    const modbus::Table table = tableOf(byteAt(message, 1));
     const QByteArray data = message.mid(ANSWER_HEAD_BYTES);
     const bool isKnown = request.size() == REQUEST_BYTES && request.left(2) == message.left(2);
     const int address = isKnown ? wordAt(request, 2) : -1;
@@ -137,9 +138,9 @@ void explainReadAnswer(const QByteArray &message, const QByteArray &request, Fra
                          .arg(data.size());
     if (isKnown)
         tellElements(address, wordAt(request, 4), table, text);
-    text.values = table == ModbusTable::Bits
+    text.values = table == modbus::Table::Bits
                       ? bitsText(data, address)
-                      : registersText(data, isCounterRegister(address) ? 4 : 2);
+                      : registersText(data, modbus::registerBytes(address));
 }
 
 void explainMessage(const QByteArray &message, const QByteArray &request, FrameText &text)

@@ -85,7 +85,7 @@ QString shown(const QByteArray &bytes)
     return bytes.size() > MAX_SHOWN_CHARS ? text + "..." : text;
 }
 
-// "2" for "02", as --station takes it; other characters than decimal digits as they are.
+// "2" for "02", as a person writes it; other characters than decimal digits as they are.
 QString stationOf(const QByteArray &line)
 {
     const QByteArray digits = line.mid(1, 2);
@@ -98,7 +98,7 @@ QString refusalAdvice(int exceptionCode)
 {
     switch (exceptionCode) {
     case 2: // illegal data address
-        return "Name an element that this controller has with --tag.";
+        return "Name an element that this controller has.";
     case 6: // server device busy
         return "Ask again later.";
     case 10: // gateway path unavailable
@@ -114,19 +114,19 @@ Diagnosis diagnoseEcho(bool isEchoed, EchoMode echo)
 {
     if (isEchoed && echo == EchoMode::Off) {
         return {Finding::WrongEcho,
-                "The station answers, but the line hands back what is sent (echo), and --echo off "
-                "denies that.",
-                "Set --echo auto or --echo on."};
+                "The station answers, but the line hands back what is sent (echo), and the "
+                "setting denies that.",
+                "Set the echo to auto or on."};
     }
     if (!isEchoed && echo == EchoMode::On) {
         return {Finding::WrongEcho,
                 "The station answers, but the line does not hand back what is sent (echo), and "
-                "--echo on demands that.",
-                "Set --echo auto or --echo off."};
+                "the setting demands that.",
+                "Set the echo to auto or off."};
     }
     QString text = "The station answers, the line is good.";
     if (isEchoed)
-        text += " It hands back what is sent (echo), which kmr leaves out.";
+        text += " It hands back what is sent (echo), which is left out.";
     return {Finding::Good, text, {}};
 }
 
@@ -134,14 +134,14 @@ Diagnosis diagnoseAnswers(const std::vector<Probe> &probes, std::size_t answered
 {
     if (answered < probes.size()) {
         const auto bad = std::find_if_not(probes.begin(), probes.end(), isAnswered);
-        return {Finding::Unsteady,
-                QString("The station answers only %1 of %2 requests; the first failure: %3.")
-                    .arg(answered)
-                    .arg(probes.size())
-                    .arg(toText(bad->fault)),
-                QString(CHECK_WIRES) +
-                    " Check that no second host uses the line. 'kmr ping' measures the losses. "
-                    "Late answers need a longer --timeout."};
+        return {
+            Finding::Unsteady,
+            QString("The station answers only %1 of %2 requests; the first failure: %3.")
+                .arg(answered)
+                .arg(probes.size())
+                .arg(toText(bad->fault)),
+            QString(CHECK_WIRES) +
+                " Check that no second host uses the line. Late answers need a longer timeout."};
     }
     const int exceptionCode = probes.back().exceptionCode;
     if (exceptionCode != 0) {
@@ -166,14 +166,14 @@ Diagnosis diagnoseLine(const QString &asked, const QByteArray &line)
         const bool canBeAsked = other.toInt() >= MIN_STATION; // "0A" can't
         return {Finding::OtherStation,
                 QString("Station %1 answers, though station %2 was asked.").arg(other, asked),
-                canBeAsked ? QString("Ask with --station %1, or ").arg(other) + advice
+                canBeAsked ? QString("Ask station %1, or ").arg(other) + advice
                            : "No host can ask that one: " + advice};
     }
     return {Finding::NoFit,
             QString("The station answers something that was not asked: %1.")
                 .arg(toText(explainLine(line))),
             "Check that no second host uses the line and that the controller is one of this line. "
-            "Late answers need a longer --timeout."};
+            "Late answers need a longer timeout."};
 }
 
 Diagnosis diagnoseCharacters(const std::vector<Probe> &probes, const QByteArray &received)
@@ -183,7 +183,7 @@ Diagnosis diagnoseCharacters(const std::vector<Probe> &probes, const QByteArray 
         return {Finding::WrongParity,
                 "Each character has an eighth bit that does not belong to it: the other side sends "
                 "seven data bits.",
-                QString("Set frame=%1 in --link, or in the gateway's settings.")
+                QString("Set the frame format %1 for the link, or in the gateway's settings.")
                     .arg(frameOfTopBits(received))};
     }
     if (isMostlyFrames(received)) {
@@ -194,8 +194,8 @@ Diagnosis diagnoseCharacters(const std::vector<Probe> &probes, const QByteArray 
     return {Finding::Garbled,
             QString("Characters come, but no answer: %1. Speed or parity is wrong.")
                 .arg(shown(received)),
-            "Set baud and frame as the controller has them, in --link or in the gateway's "
-            "settings; on a serial link --try finds them."};
+            "Set baud and frame as the controller has them, for the link or in the gateway's "
+            "settings."};
 }
 
 } // namespace
@@ -218,8 +218,7 @@ Diagnosis diagnose(const std::vector<Probe> &probes, EchoMode echo)
     if (received.isEmpty()) {
         return {Finding::Silent, "Nothing answers: no character came back.",
                 "Check that the controller is on, its station number, the cable and its two wires, "
-                "and baud and frame in --link. 'kmr scan' asks other stations, --try other speeds "
-                "and frames."};
+                "and the link's baud and frame."};
     }
     if (std::all_of(probes.begin(), probes.end(),
                     [](const Probe &probe) { return probe.received == probe.request; })) {

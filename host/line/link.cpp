@@ -132,7 +132,7 @@ std::unique_ptr<QIODevice> openTcp(const LinkAddress &address, std::chrono::mill
     auto socket = std::make_unique<QTcpSocket>();
     if (!connectSocket(*socket, address, timeout, stop)) {
         throw Error(
-            ExitCode::LinkFailed,
+            ErrorKind::Link,
             QString("cannot connect to %1: %2").arg(tcpText(address), connectFault(*socket, stop)));
     }
     return socket;
@@ -161,7 +161,7 @@ std::unique_ptr<QIODevice> openSerial(const LinkAddress &address)
     port->setStopBits(address.stopBits);
     port->setFlowControl(QSerialPort::NoFlowControl);
     if (!port->open(QIODevice::ReadWrite)) {
-        throw Error(ExitCode::LinkFailed,
+        throw Error(ErrorKind::Link,
                     QString("cannot open %1: %2 (%3)")
                         .arg(address.device, port->errorString(), serialAdvice(*port)));
     }
@@ -185,7 +185,7 @@ LinkAddress parseLink(const QString &text)
         faults.append("it must begin with serial:// or tcp://");
     if (!faults.isEmpty()) {
         throw Error(
-            ExitCode::Usage,
+            ErrorKind::Usage,
             QString("bad link \"%1\": %2\n(%3)").arg(text, faults.join("; "), QString(EXAMPLES)));
     }
     return address;

@@ -30,7 +30,7 @@ struct LinkAddress {
 LinkAddress parseLink(const QString &text);
 
 // Opens the link, for TCP within `timeout` and until `stop` is set; needs a QCoreApplication then.
-// Throws Error (LinkFailed) with the cause and a remedy.
+// Throws Error (Link) with the cause and a remedy.
 std::unique_ptr<QIODevice> openLink(const LinkAddress &address, std::chrono::milliseconds timeout,
                                     const std::atomic<bool> &stop);
 

@@ -1,5 +1,6 @@
 #include "host/line/reply_filter.h"
 
+#include "modbus/areas.h"
 #include "modbus/protocol.h"
 
 #include <algorithm>
@@ -10,10 +11,6 @@ namespace {
 
 constexpr int STATION_POSITION = 1; // in a line
 constexpr int STATION_CHARS = 2;
-
-// The counter registers answer with four bytes each, all others with two.
-constexpr int FIRST_COUNTER = 0x0EC8;
-constexpr int LAST_COUNTER = 0x0EFF;
 
 int byteAt(const QByteArray &message, int position)
 {
@@ -76,13 +73,11 @@ QString toText(ReplyFault fault)
     case ReplyFault::SeveralAnswers:
         return "two different answers at once: answers are out of step";
     case ReplyFault::MissingEcho:
-        return "an answer without the echo that the line gave before: if it echoes no more, start "
-               "again or try --echo off";
+        return "an answer without the echo that the line gave before";
     case ReplyFault::UnexpectedEcho:
-        return "the request itself came back: does the line echo? Try --echo on";
+        return "the request itself came back: does the line echo?";
     case ReplyFault::EchoOrAnswer:
-        return "the request came back once, as its answer or as the line's echo: say --echo on or "
-               "--echo off";
+        return "the request came back once, as its answer or as the line's echo";
     case ReplyFault::NotSendable:
         return "the request fits no frame";
     }
@@ -242,7 +237,7 @@ int ReplyFilter::expectedBytes() const
     const int quantity = wordAt(m_requestMessage, 4);
     if (byteAt(m_requestMessage, 1) == modbus::READ_DISCRETE_INPUTS)
         return (quantity + 7) / 8;
-    return quantity * (address >= FIRST_COUNTER && address <= LAST_COUNTER ? 4 : 2);
+    return quantity * modbus::registerBytes(address);
 }
 
 } // namespace kmr

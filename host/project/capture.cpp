@@ -26,13 +26,13 @@ std::string toUtf8(const QByteArray &characters)
 
 Error badLine(const QString &name, int line, const QString &why)
 {
-    return Error(ExitCode::Usage, QString("%1:%2: %3").arg(name).arg(line).arg(why));
+    return Error(ErrorKind::Usage, QString("%1:%2: %3").arg(name).arg(line).arg(why));
 }
 
 void readHeading(const json &heading, Capture &capture)
 {
     if (heading.at("kmr_capture").get<int>() != VERSION)
-        throw std::runtime_error("a capture of another version, this kmr reads version 1");
+        throw std::runtime_error("a capture of another version, this program reads version 1");
     capture.begin = QDateTime::fromString(
         QString::fromStdString(heading.at("begin").get<std::string>()), Qt::ISODateWithMs);
     if (!capture.begin.isValid())
@@ -52,12 +52,12 @@ CapturedPiece readPiece(const json &piece)
 CaptureWriter::CaptureWriter(const QString &path, const QString &link) : m_file(path)
 {
     if (QFileInfo(path).size() > 0) {
-        throw Error(ExitCode::Usage, QString("%1 holds something already, which a capture would "
-                                             "replace: move it away or name another file")
-                                         .arg(path));
+        throw Error(ErrorKind::Usage, QString("%1 holds something already, which a capture would "
+                                              "replace: move it away or name another file")
+                                          .arg(path));
     }
     if (!m_file.open(QIODevice::WriteOnly | QIODevice::Unbuffered)) {
-        throw Error(ExitCode::Usage,
+        throw Error(ErrorKind::Usage,
                     QString("cannot write the capture %1: %2").arg(path, m_file.errorString()));
     }
     const QDateTime now = QDateTime::currentDateTime();
@@ -65,17 +65,17 @@ CaptureWriter::CaptureWriter(const QString &path, const QString &link) : m_file(
     const json heading{
         {"kmr_capture", VERSION}, {"begin", begin.toStdString()}, {"link", link.toStdString()}};
     m_clock.start();
-    writeLine(QByteArray::fromStdString(heading.dump()), ExitCode::Usage);
+    writeLine(QByteArray::fromStdString(heading.dump()), ErrorKind::Usage);
 }
 
 void CaptureWriter::add(bool isSent, const QByteArray &characters)
 {
     const json piece{{"us", m_clock.nsecsElapsed() / 1000},
                      {isSent ? "sent" : "received", toUtf8(characters)}};
-    writeLine(QByteArray::fromStdString(piece.dump()), ExitCode::ItemFailed);
+    writeLine(QByteArray::fromStdString(piece.dump()), ErrorKind::Output);
 }
 
-void CaptureWriter::writeLine(const QByteArray &line, ExitCode failure)
+void CaptureWriter::writeLine(const QByteArray &line, ErrorKind failure)
 {
     const qint64 begin = m_file.pos();
     if (writeAll(m_file, line + '\n'))
@@ -114,7 +114,7 @@ Capture readCapture(const QString &path)
 {
     QFile file(path);
     if (!file.open(QIODevice::ReadOnly)) {
-        throw Error(ExitCode::Usage,
+        throw Error(ErrorKind::Usage,
                     QString("cannot read the capture %1: %2").arg(path, file.errorString()));
     }
     return parseCapture(file.readAll(), path);

@@ -31,12 +31,12 @@ public:
     // an earlier capture may be the only evidence of a fault.
     CaptureWriter(const QString &path, const QString &link);
 
-    // Throws Error (ItemFailed) when the piece can't be written, on a full disk for example. The
+    // Throws Error (Output) when the piece can't be written, on a full disk for example. The
     // file then ends with the piece before, and nothing more may be added.
     void add(bool isSent, const QByteArray &characters);
 
 private:
-    void writeLine(const QByteArray &line, ExitCode failure);
+    void writeLine(const QByteArray &line, ErrorKind failure);
 
     QFile m_file;
     QElapsedTimer m_clock;

@@ -31,13 +31,13 @@ QStringList splitCsv(const QString &line)
         } else if (!wasQuoted) {
             field += line[i];
         } else if (!line[i].isSpace()) {
-            throw Error(ExitCode::Usage, QString("\"%1\" in quotes is followed by \"%2\": write "
-                                                 "quotes inside a field twice")
-                                             .arg(field, line.mid(i)));
+            throw Error(ErrorKind::Usage, QString("\"%1\" in quotes is followed by \"%2\": write "
+                                                  "quotes inside a field twice")
+                                              .arg(field, line.mid(i)));
         }
     }
     if (isQuoted)
-        throw Error(ExitCode::Usage, QString("the quote before \"%1\" is not closed").arg(field));
+        throw Error(ErrorKind::Usage, QString("the quote before \"%1\" is not closed").arg(field));
     finish();
     return fields;
 }

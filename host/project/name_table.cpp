@@ -20,26 +20,26 @@ Name readLine(const QString &line)
     static const QRegularExpression VALID("^\\p{L}[\\p{L}\\p{Nd}._-]*$");
     const QStringList fields = splitCsv(line);
     if (fields.size() > MAX_FIELDS)
-        throw Error(ExitCode::Usage, QString("has %1 fields, expected name,tag,unit,scale,comment "
-                                             "(a field with commas needs quotes)")
-                                         .arg(fields.size()));
+        throw Error(ErrorKind::Usage, QString("has %1 fields, expected name,tag,unit,scale,comment "
+                                              "(a field with commas needs quotes)")
+                                          .arg(fields.size()));
     Name name;
     name.name = fields.value(0);
     name.tag = fields.value(1);
     name.unit = fields.value(2);
     name.comment = fields.value(4);
     if (!VALID.match(name.name).hasMatch())
-        throw Error(ExitCode::Usage,
+        throw Error(ErrorKind::Usage,
                     QString("bad name \"%1\": expected a letter, then letters, digits and . _ -")
                         .arg(name.name));
     if (name.tag.isEmpty())
-        throw Error(ExitCode::Usage, QString("%1 has no tag").arg(name.name));
+        throw Error(ErrorKind::Usage, QString("%1 has no tag").arg(name.name));
     const QString scale = fields.value(3);
     bool isNumber = true;
     name.scale = scale.isEmpty() ? 1 : scale.toDouble(&isNumber);
     if (!isNumber || name.scale == 0 || !std::isfinite(name.scale))
         throw Error(
-            ExitCode::Usage,
+            ErrorKind::Usage,
             QString("bad scale \"%1\" of %2: expected a number other than 0, for example 0.1")
                 .arg(scale, name.name));
     return name;
@@ -56,7 +56,7 @@ NameTable NameTable::parse(const QString &text, const QString &file, QStringList
         name.line = number;
         const Name *const other = table.find(name.name);
         if (other != nullptr)
-            throw Error(ExitCode::Usage,
+            throw Error(ErrorKind::Usage,
                         QString("%1 is already named in line %2").arg(name.name).arg(other->line));
         table.m_index[name.name] = table.m_names.size();
         table.m_names.push_back(name);

@@ -50,10 +50,10 @@ std::vector<ConfigEntry> parseConfig(const QString &text, const QString &file,
     try {
         table = toml::parse(text.toStdString());
     } catch (const toml::parse_error &error) {
-        throw Error(ExitCode::Usage, QString("%1:%2: %3")
-                                         .arg(file)
-                                         .arg(error.source().begin.line)
-                                         .arg(toQString(error.description())));
+        throw Error(ErrorKind::Usage, QString("%1:%2: %3")
+                                          .arg(file)
+                                          .arg(error.source().begin.line)
+                                          .arg(toQString(error.description())));
     }
     std::vector<ConfigEntry> entries;
     for (const auto &[key, node] : table) {

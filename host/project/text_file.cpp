@@ -23,9 +23,9 @@ bool openAndWrite(QFileDevice &file, const QString &text)
     return file.open(QIODevice::WriteOnly | QIODevice::Unbuffered) && writeAll(file, text.toUtf8());
 }
 
-Error cannotWrite(ExitCode code, const QString &path, const QFileDevice &file)
+Error cannotWrite(ErrorKind kind, const QString &path, const QFileDevice &file)
 {
-    return Error(code, QString("cannot write %1: %2").arg(path, file.errorString()));
+    return Error(kind, QString("cannot write %1: %2").arg(path, file.errorString()));
 }
 
 } // namespace
@@ -34,7 +34,7 @@ QString readTextFile(const QString &path)
 {
     QFile file(path);
     if (!file.open(QIODevice::ReadOnly))
-        throw Error(ExitCode::Usage, QString("cannot read %1: %2").arg(path, file.errorString()));
+        throw Error(ErrorKind::Usage, QString("cannot read %1: %2").arg(path, file.errorString()));
     return QString::fromUtf8(file.readAll());
 }
 
@@ -43,12 +43,12 @@ void writeTextFile(const QString &path, const QString &text)
     if (isStream(path)) {
         QFile file(path);
         if (!openAndWrite(file, text))
-            throw cannotWrite(ExitCode::ItemFailed, path, file);
+            throw cannotWrite(ErrorKind::Output, path, file);
         return;
     }
     QSaveFile file(path);
     if (!openAndWrite(file, text) || !file.commit())
-        throw cannotWrite(ExitCode::ItemFailed, path, file);
+        throw cannotWrite(ErrorKind::Output, path, file);
 }
 
 void requireWritable(const QString &path)
@@ -57,7 +57,7 @@ void requireWritable(const QString &path)
         return; // opening it may already do something
     QSaveFile file(path);
     if (!file.open(QIODevice::WriteOnly))
-        throw cannotWrite(ExitCode::Usage, path, file);
+        throw cannotWrite(ErrorKind::Usage, path, file);
     file.cancelWriting();
 }
 

@@ -9,7 +9,7 @@ namespace kmr {
 QString readTextFile(const QString &path);
 
 // Writes the file whole or not at all: what was there before stays in place until the new text is
-// complete. Throws Error (ItemFailed).
+// complete. Throws Error (Output).
 void writeTextFile(const QString &path, const QString &text);
 
 // Throws Error (Usage) where writeTextFile() could not write, for those who write late.

@@ -32,8 +32,8 @@ bool contains(const ElementRange &run, const Element &element)
 ElementRange believedBy(const FRAME_PRO &frame)
 {
     const VARIABLE &request = frame.var;
-    return {request.station, request.area,
-            std::max(0, fromDriverAddress(request.area, request.address)), request.count};
+    return {request.station, request.area, std::max(0, linearNumber(request.area, request.address)),
+            request.count};
 }
 
 bool isReadRequest(const FRAME_PRO &frame)

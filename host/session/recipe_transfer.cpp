@@ -30,7 +30,7 @@ QVector<_RCP_VAR_PRO> layOut(const std::vector<RecipeItem> &items, int groupLimi
         entry.devId = Session::DEVICE;
         entry.station = run.station;
         entry.area = run.area;
-        entry.address = toDriverAddress(run.area, run.first);
+        entry.address = shownNumber(run.area, run.first);
         entry.count = run.count * wordsEach(run.area);
         entry.bufWord = word;
         entries.append(entry);
@@ -45,10 +45,10 @@ void checkSize(const std::vector<RecipeItem> &items)
     for (const RecipeItem &item : items)
         words += item.tag.count * wordsEach(item.tag.elements.area);
     if (words > Session::RECIPE_WORDS) {
-        throw Error(ExitCode::Usage, QString("the recipe has %1 words, but its buffer holds %2: "
-                                             "divide it into several files")
-                                         .arg(words)
-                                         .arg(Session::RECIPE_WORDS));
+        throw Error(ErrorKind::Usage, QString("the recipe has %1 words, but its buffer holds %2: "
+                                              "divide it into several files")
+                                          .arg(words)
+                                          .arg(Session::RECIPE_WORDS));
     }
 }
 
@@ -95,12 +95,12 @@ TransferResult transfer(Session &session, const std::vector<RecipeItem> &items,
 Values parseFields(const Tag &tag, const QStringList &fields)
 {
     if (fields.isEmpty())
-        throw Error(ExitCode::Usage, QString("%1 has no value").arg(tag.text));
+        throw Error(ErrorKind::Usage, QString("%1 has no value").arg(tag.text));
     if (tag.type == ValueType::Text && fields.size() > 1)
-        throw Error(ExitCode::Usage, QString("%1 has %2 values, expected one text (a field with "
-                                             "commas needs quotes)")
-                                         .arg(tag.text)
-                                         .arg(fields.size()));
+        throw Error(ErrorKind::Usage, QString("%1 has %2 values, expected one text (a field with "
+                                              "commas needs quotes)")
+                                          .arg(tag.text)
+                                          .arg(fields.size()));
     return parseValues(tag, fields.join(','));
 }
 
@@ -112,9 +112,10 @@ QString valueField(const RecipeItem &item)
 void checkKind(const Tag &tag)
 {
     if (tag.kind != ElementKind::Word && tag.kind != ElementKind::Counter) {
-        throw Error(ExitCode::Usage, QString("%1 can't be part of a recipe: recipes hold words and "
-                                             "counters (TV, CV, CV2, D)")
-                                         .arg(tag.text));
+        throw Error(ErrorKind::Usage,
+                    QString("%1 can't be part of a recipe: recipes hold words and "
+                            "counters (TV, CV, CV2, D)")
+                        .arg(tag.text));
     }
 }
 
@@ -130,8 +131,8 @@ void addTag(const Tag &tag, const QString &place, Places &places)
     for (int number = run.first; number < run.end(); ++number) {
         const auto [known, isNew] = places.insert({{run.station, run.area, number}, place});
         if (!isNew) {
-            throw Error(ExitCode::Usage, QString("%1 stands twice, first in %2")
-                                             .arg(elementName(run.area, number), known->second));
+            throw Error(ErrorKind::Usage, QString("%1 stands twice, first in %2")
+                                              .arg(elementName(run.area, number), known->second));
         }
     }
 }
@@ -166,7 +167,7 @@ std::vector<RecipeItem> parseRecipe(const QString &text, const QString &name,
     if (items.empty() && faults.isEmpty())
         faults.append(QString("%1: holds no tags").arg(name));
     if (!faults.isEmpty())
-        throw Error(ExitCode::Usage, faults.join('\n'));
+        throw Error(ErrorKind::Usage, faults.join('\n'));
     return items;
 }
 

@@ -28,7 +28,7 @@ bool isRead(const FRAME_PRO &frame)
 ElementRange writtenBy(const VARIABLE &request)
 {
     const int words = isCounterArea(request.area) ? 2 : 1;
-    return {request.station, request.area, fromDriverAddress(request.area, request.address),
+    return {request.station, request.area, linearNumber(request.area, request.address),
             std::max(1, request.count / words)};
 }
 
@@ -88,10 +88,10 @@ void checkEntries(const QVector<_RCP_VAR_PRO> &entries)
                           entry.bufWord <= Session::RECIPE_WORDS - entry.count;
         if (!fits) {
             throw Error(
-                ExitCode::Usage,
+                ErrorKind::Usage,
                 QString("%1 with %2 words fits no recipe: an entry holds 1 to %3 words, and "
                         "all together %4")
-                    .arg(elementName(entry.area, fromDriverAddress(entry.area, entry.address)))
+                    .arg(elementName(entry.area, linearNumber(entry.area, entry.address)))
                     .arg(entry.count)
                     .arg(MAX_RECIPE_ENTRY_WORDS)
                     .arg(Session::RECIPE_WORDS));
@@ -194,7 +194,7 @@ RequestResult Session::write(const ElementRange &run, const Values &values)
     forget(disturbed);
     std::vector<quint8> bytes = toBytes(run, values);
     const int driverCount = isCounterArea(run.area) ? 2 * run.count : run.count; // in words there
-    m_driver.setData(run.station, run.area, toDriverAddress(run.area, run.first), driverCount,
+    m_driver.setData(run.station, run.area, shownNumber(run.area, run.first), driverCount,
                      bytes.data(), m_request->tag);
     return await();
 }
@@ -207,7 +207,7 @@ Values Session::values(const Tag &tag) const
                                                              : 2;
     const int driverCount = tag.kind == ElementKind::Counter ? 2 * run.count : run.count;
     std::vector<quint8> bytes(static_cast<std::size_t>(run.count * bytesEach));
-    m_driver.getData(run.station, run.area, toDriverAddress(run.area, run.first), driverCount,
+    m_driver.getData(run.station, run.area, shownNumber(run.area, run.first), driverCount,
                      bytes.data());
 
     Values values;

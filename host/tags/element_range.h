@@ -2,6 +2,7 @@
 // them.
 #pragma once
 
+#include "modbus/areas.h"
 #include "ostrel_kmr.h"
 
 #include <QString>
@@ -26,25 +27,17 @@ struct ElementRange {
 
 bool operator==(const ElementRange &left, const ElementRange &right);
 
-bool isBitArea(const QString &area);
-bool isCounterArea(const QString &area);
-
-// The number by which the driver knows element `number`: the octal digits for "X" and "Y", read as
-// a decimal number, else the number itself. And back; digits that are not octal give -1.
-int toDriverAddress(const QString &area, int number);
-int fromDriverAddress(const QString &area, int address);
-
-// "X17" for the area "X" and the number 15.
-QString elementName(const QString &area, int number);
+// What the controller's address map knows of areas. The driver knows elements by their shown
+// numbers.
+using modbus::elementName;
+using modbus::isBitArea;
+using modbus::isCounterArea;
+using modbus::linearNumber;
+using modbus::nextBorder;
+using modbus::shownNumber;
 
 // "D100" or "D100..107".
 QString runName(const ElementRange &run);
-
-// The first element behind `number` whose address in the controller does not follow on that of the
-// element before it: the base of D changes at 4096 and that of M at 1536, and M 22016 leaves the
-// controller's 16-bit addresses. A request from below to beyond such a border reads or writes other
-// memory there. INT_MAX where no border follows.
-int nextBorder(const QString &area, int number);
 
 // The run as the driver takes it for polling and for one-shot reads.
 KEY_ADDRESS toKey(const ElementRange &run);

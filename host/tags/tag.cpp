@@ -2,6 +2,7 @@
 
 #include "host/error.h"
 #include "host/project/name_table.h"
+#include "modbus/areas.h"
 
 #include <algorithm>
 
@@ -11,10 +12,6 @@ namespace {
 
 constexpr int WORD_BITS = 16;
 const char *const WORD_BIT_AREA = "TV_bit"; // the driver's name for bits of TV words
-
-// These words lie where the controller keeps its four-byte counters 200 to 255.
-constexpr int FIRST_COUNTER_WORD = 2248; // in TV
-constexpr int LAST_COUNTER_WORD = 2303;
 
 enum CheckResult { VALID = 0, WRONG_KIND = 1, OUT_OF_RANGE = 2, UNKNOWN_AREA = 3, NO_ADDRESS = 4 };
 
@@ -54,6 +51,13 @@ QStringList areasThatBegin(const QString &name, const QStringList &areas)
     std::sort(candidates.begin(), candidates.end(),
               [](const QString &a, const QString &b) { return a.size() > b.size(); });
     return candidates;
+}
+
+QString counterNames()
+{
+    const modbus::Window &counters = modbus::counters();
+    return QString("%1 to %2")
+        .arg(elementName(counters.area, counters.first), elementName(counters.area, counters.last));
 }
 
 void checkType(const Tag &tag)
@@ -107,7 +111,7 @@ Tag TagReader::read(const QString &text) const
     try {
         return readAddressed(text);
     } catch (const Error &error) {
-        throw Error(ExitCode::Usage,
+        throw Error(ErrorKind::Usage,
                     QString("%1 (and %2 has no such name)").arg(error.text(), m_names->file()));
     }
 }
@@ -201,7 +205,7 @@ int TagReader::countOf(const QString &area, const QString &address, const TagTex
         return 0;
     if (ask(checked, address, 1, first) != VALID)
         return 1; // the address is what is wrong
-    return fromDriverAddress(checked, last) - fromDriverAddress(checked, first) + 1;
+    return linearNumber(checked, last) - linearNumber(checked, first) + 1;
 }
 
 int TagReader::ask(const QString &area, const QString &address, int count, int &number) const
@@ -228,7 +232,7 @@ bool TagReader::readAddress(const QString &area, const QString &address, int cou
         tag.kind = isBitArea(area)       ? ElementKind::Bit
                    : isCounterArea(area) ? ElementKind::Counter
                                          : ElementKind::Word;
-        tag.elements.first = fromDriverAddress(area, number);
+        tag.elements.first = linearNumber(area, number);
         tag.elements.count = count;
     }
     tag.count = count;
@@ -237,11 +241,11 @@ bool TagReader::readAddress(const QString &area, const QString &address, int cou
     m_driver.getRegDiscription(area, description);
     tag.isWritable = tag.isWritable && description.value(4) == "1";
     // The driver computes the end of a run of octal numbers in decimal.
-    const int highest = fromDriverAddress(area, description.value(2).toInt());
+    const int highest = linearNumber(area, description.value(2).toInt());
     if (tag.elements.end() - 1 > highest)
         return false;
-    return area != "TV" || tag.elements.end() <= FIRST_COUNTER_WORD ||
-           tag.elements.first > LAST_COUNTER_WORD;
+    const auto hidden = modbus::hiddenByCounters(area);
+    return !hidden || tag.elements.end() <= hidden->first || tag.elements.first > hidden->last;
 }
 
 QString TagReader::whyInvalid(const QString &area, const QString &address, int count) const
@@ -262,16 +266,17 @@ QString TagReader::whyInvalid(const QString &area, const QString &address, int c
                          .arg(address)
                    : QString("\"%1\" is no address in %2").arg(address, area);
     case VALID:
-        if (area == "TV")
-            return "TV2248 to TV2303 lie where the controller keeps its counters: use CV2200 to "
-                   "CV2255";
+        if (const auto hidden = modbus::hiddenByCounters(area))
+            return QString("%1 to %2 lie where the controller keeps its counters: use %3")
+                .arg(elementName(area, hidden->first), elementName(area, hidden->last),
+                     counterNames());
         break;
     default:
         break;
     }
-    const char *const remark = area == "X" || area == "Y" ? " in octal digits"
-                               : area == "CV"             ? " (the counters are CV2200 to CV2255)"
-                                                          : "";
+    const QString remark = modbus::isOctalArea(area) ? QString(" in octal digits")
+                           : area == "CV" ? QString(" (the counters are %1)").arg(counterNames())
+                                          : QString();
     return QString("out of range: %1 reaches from %2 to %3%4")
         .arg(area, description.value(1), description.value(2), remark);
 }

@@ -47,7 +47,7 @@ TagText splitTag(const QString &text)
 
 Error badTag(const QString &text, const QString &why)
 {
-    return Error(ExitCode::Usage, QString("bad tag \"%1\": %2").arg(text, why));
+    return Error(ErrorKind::Usage, QString("bad tag \"%1\": %2").arg(text, why));
 }
 
 } // namespace kmr

@@ -46,7 +46,7 @@ Limits limitsOf(const Tag &tag)
 
 Error badValue(const Tag &tag, const QString &text, const QString &expected)
 {
-    return Error(ExitCode::Usage,
+    return Error(ErrorKind::Usage,
                  QString("bad value \"%1\" for %2: expected %3").arg(text, tag.text, expected));
 }
 
@@ -283,11 +283,11 @@ Values parseValues(const Tag &tag, const QString &text)
     const QStringList texts = text.split(SEPARATORS, Qt::SkipEmptyParts);
     const int count = tag.count / elementsPerNumber(tag);
     if (texts.size() != count) {
-        throw Error(ExitCode::Usage, QString("%1: expected %2 %3, got %4")
-                                         .arg(tag.text)
-                                         .arg(count)
-                                         .arg(count == 1 ? "value" : "values")
-                                         .arg(texts.size()));
+        throw Error(ErrorKind::Usage, QString("%1: expected %2 %3, got %4")
+                                          .arg(tag.text)
+                                          .arg(count)
+                                          .arg(count == 1 ? "value" : "values")
+                                          .arg(texts.size()));
     }
     Values values;
     for (const QString &one : texts)

@@ -88,9 +88,9 @@ ExitCode runSeries(const Options &options, const SeriesOptions &series)
     const int result = library->functions().multiCopy(series.area, series.start, series.count,
                                                       series.step, &texts, &numbers);
     if (result != 1 && result != 2) {
-        throw Error(ExitCode::Usage, QString("%1 is no area (result %2): 'kmr areas' lists them")
-                                         .arg(series.area)
-                                         .arg(result));
+        throw Error(ErrorKind::Usage, QString("%1 is no area (result %2): 'kmr areas' lists them")
+                                          .arg(series.area)
+                                          .arg(result));
     }
     RecordWriter records(options.format, "series", {"address"}, false, print);
     for (const QString &text : texts)

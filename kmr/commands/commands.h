@@ -2,9 +2,9 @@
 // even be begun is thrown as Error. Values and records go to stdout, all else to stderr.
 #pragma once
 
-#include "host/error.h"
 #include "host/line/reply_filter.h"
 #include "host/tags/value_type.h"
+#include "kmr/exit_code.h"
 #include "kmr/record_writer.h"
 
 #include <QString>

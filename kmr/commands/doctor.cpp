@@ -72,7 +72,7 @@ std::optional<Diagnosis> examine(Options options, const QString &tag, int count)
     try {
         return ask(connection.open(), element, count, echo);
     } catch (const Error &error) {
-        if (error.code() != ExitCode::LinkFailed)
+        if (error.kind() != ErrorKind::Link)
             throw;
         return Diagnosis{Finding::NotOpened, error.text(), {}};
     }
@@ -98,12 +98,37 @@ std::optional<Diagnosis> examineSilence(Options options, const QString &tag,
             .arg(longer)};
 }
 
+// With what options and commands the advice is followed.
+QString hintFor(Finding finding)
+{
+    switch (finding) {
+    case Finding::Refused:
+        return " --tag names what is read.";
+    case Finding::Unsteady:
+        return " --timeout sets how long one may take. 'kmr ping' measures the losses.";
+    case Finding::WrongEcho:
+        return " The option is --echo.";
+    case Finding::Silent:
+        return " 'kmr scan' asks other stations, --try other speeds and frames.";
+    case Finding::OtherStation:
+        return " --station names the one that is asked.";
+    case Finding::NoFit:
+        return " --timeout sets how long one may take.";
+    case Finding::WrongParity:
+        return " In --link it is frame=.";
+    case Finding::Garbled:
+        return " On a serial link --try finds them.";
+    default:
+        return {};
+    }
+}
+
 void tell(RecordWriter &records, const QString &link, const Diagnosis &diagnosis)
 {
-    const QString advice = diagnosis.advice.isEmpty() ? QString() : '\n' + diagnosis.advice;
-    records.add(
-        link + ": " + diagnosis.text + advice,
-        {now(), link, findingName(diagnosis.finding), diagnosis.text, textField(diagnosis.advice)});
+    const QString advice =
+        diagnosis.advice.isEmpty() ? QString() : diagnosis.advice + hintFor(diagnosis.finding);
+    records.add(link + ": " + diagnosis.text + (advice.isEmpty() ? advice : '\n' + advice),
+                {now(), link, findingName(diagnosis.finding), diagnosis.text, textField(advice)});
 }
 
 ExitCode stopped()
@@ -116,11 +141,11 @@ ExitCode stopped()
 QStringList usualLinks(const Options &options)
 {
     if (linkOf(options).kind != LinkAddress::Kind::Serial) {
-        throw Error(ExitCode::Usage, "--try needs a serial link: over TCP speed and frame are set "
-                                     "in the gateway");
+        throw Error(ErrorKind::Usage, "--try needs a serial link: over TCP speed and frame are set "
+                                      "in the gateway");
     }
     if (!options.capture.isEmpty())
-        throw Error(ExitCode::Usage, "--capture tells of one link: leave it out with --try");
+        throw Error(ErrorKind::Usage, "--capture tells of one link: leave it out with --try");
     const QString device = options.link.section('?', 0, 0);
     QStringList links;
     for (const char *frame : FRAMES) {

@@ -31,7 +31,7 @@ QString replyText(const Exchange &exchange)
         return time + ", refused: " + exceptionText(exchange.exceptionCode);
     if (exchange.outcome == Exchange::Outcome::Interrupted)
         return "broken off";
-    return toText(exchange.fault);
+    return toTextWithHint(exchange.fault);
 }
 
 RecordWriter exchangeRecords(const Options &options, const char *command)

@@ -20,7 +20,7 @@ QString readOldText(const QString &path)
 {
     QString text = readTextFile(path);
     if (text.contains(QChar::ReplacementCharacter)) {
-        throw Error(ExitCode::Usage,
+        throw Error(ErrorKind::Usage,
                     QString("%1 is not in UTF-8, so its remarks would be lost: save it as UTF-8")
                         .arg(path));
     }

@@ -26,7 +26,7 @@ simulator::Faults parseFaults(const SimOptions &sim)
         QString error;
         const auto fault = simulator::parseFault(text, error);
         if (!fault)
-            throw Error(ExitCode::Usage, error);
+            throw Error(ErrorKind::Usage, error);
         faults.push_back(*fault);
     }
     return simulator::Faults(std::move(faults), sim.seed);

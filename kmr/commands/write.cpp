@@ -19,21 +19,21 @@ Assignment parseAssignment(const QString &text, const TagReader &reader)
 {
     const int equals = static_cast<int>(text.indexOf('='));
     if (equals < 0) {
-        throw Error(ExitCode::Usage, QString("\"%1\" assigns nothing: expected TAG=VALUE, for "
-                                             "example D100=250 or M0x3=1,0,1")
-                                         .arg(text));
+        throw Error(ErrorKind::Usage, QString("\"%1\" assigns nothing: expected TAG=VALUE, for "
+                                              "example D100=250 or M0x3=1,0,1")
+                                          .arg(text));
     }
     Assignment assignment;
     assignment.tag = reader.read(text.left(equals));
     const Tag &tag = assignment.tag;
     if (tag.kind == ElementKind::WordBit) {
-        throw Error(ExitCode::Usage,
+        throw Error(ErrorKind::Usage,
                     QString("%1 can't be written: the controller offers no write of "
                             "single bits of TV words; write the whole word")
                         .arg(tag.text));
     }
     if (!tag.isWritable)
-        throw Error(ExitCode::Usage,
+        throw Error(ErrorKind::Usage,
                     QString("%1 can't be written: %2 are inputs").arg(tag.text, tag.elements.area));
     assignment.values = parseValues(tag, text.mid(equals + 1));
     return assignment;
@@ -51,7 +51,7 @@ std::vector<Assignment> parseAll(const QStringList &texts, const TagReader &read
         }
     }
     if (!faults.isEmpty())
-        throw Error(ExitCode::Usage, faults.join('\n'));
+        throw Error(ErrorKind::Usage, faults.join('\n'));
     return assignments;
 }
 

@@ -2,8 +2,7 @@
 
 #include "host/error.h"
 #include "host/project/csv.h"
-#include "host/tags/area_map.h"
-#include "simulator/areas.h"
+#include "modbus/areas.h"
 
 #include <QRegularExpression>
 #include <QStringList>
@@ -14,19 +13,19 @@ namespace kmr {
 
 namespace {
 
-using simulator::ElementKind;
+using modbus::Place;
+using modbus::Table;
 using simulator::Memory;
-using simulator::Place;
 
 const char *const HEADING = "tag,value";
 const char *const BIT = "bit"; // by Modbus address
 const char *const REGISTER = "register";
 
-std::optional<Place> placeByAddress(ElementKind kind, int address)
+std::optional<Place> placeByAddress(Table table, int address)
 {
     if (address >= Memory::SIZE)
         return std::nullopt;
-    return Place{kind, static_cast<std::uint16_t>(address)};
+    return Place{table, static_cast<std::uint16_t>(address)};
 }
 
 // CV2200 is the counter CV2 200, CV21 the word CV 21.
@@ -39,12 +38,12 @@ std::optional<Place> placeOfName(const QString &name)
     if (!match.hasMatch())
         return std::nullopt;
     if (area == BIT)
-        return placeByAddress(ElementKind::Bit, digits.toInt());
+        return placeByAddress(Table::Bits, digits.toInt());
     if (area == REGISTER)
-        return placeByAddress(ElementKind::Register, digits.toInt());
+        return placeByAddress(Table::Registers, digits.toInt());
     if (area == "CV" && digits.size() == 4 && digits.startsWith('2'))
-        return simulator::placeOf("CV2", digits.mid(1).toInt());
-    return simulator::placeOf(area, digits.toInt());
+        return modbus::placeOf("CV2", digits.mid(1).toInt());
+    return modbus::placeOf(area, modbus::linearNumber(area, digits.toInt()));
 }
 
 // Throws Error (Usage) that says what is wrong.
@@ -53,27 +52,27 @@ void readLine(const QString &line, Memory &memory)
     const QStringList fields = splitCsv(line);
     const std::optional<Place> place = placeOfName(fields.front());
     if (!place) {
-        throw Error(ExitCode::Usage, QString("\"%1\" is no element of the controller: expected "
-                                             "one, for example D100, X17 (octal) or CV2200")
-                                         .arg(fields.front()));
+        throw Error(ErrorKind::Usage, QString("\"%1\" is no element of the controller: expected "
+                                              "one, for example D100, X17 (octal) or CV2200")
+                                          .arg(fields.front()));
     }
     bool isNumber = false;
     const QString text = fields.mid(1).join(',');
     const qulonglong value = text.toULongLong(&isNumber);
-    if (!isNumber || value > simulator::highestValue(*place)) {
-        throw Error(ExitCode::Usage, QString("bad value \"%1\" for %2: expected 0 to %3")
-                                         .arg(text, fields.front())
-                                         .arg(simulator::highestValue(*place)));
+    if (!isNumber || value > modbus::highestValue(*place)) {
+        throw Error(ErrorKind::Usage, QString("bad value \"%1\" for %2: expected 0 to %3")
+                                          .arg(text, fields.front())
+                                          .arg(modbus::highestValue(*place)));
     }
     simulator::setElement(memory, *place, static_cast<std::uint32_t>(value));
 }
 
-QString nameOf(ModbusTable table, int address)
+QString nameOf(Table table, int address)
 {
-    QString name = elementAt(table, address);
+    QString name = modbus::elementAt(table, address);
     if (!name.isEmpty())
         return name;
-    return (table == ModbusTable::Bits ? BIT : REGISTER) + QString::number(address);
+    return (table == Table::Bits ? BIT : REGISTER) + QString::number(address);
 }
 
 } // namespace
@@ -84,7 +83,7 @@ Memory parseMemory(const QString &text, const QString &name)
     const QStringList faults = readLines(
         text, name, HEADING, [&memory](const QString &line, int) { readLine(line, memory); });
     if (!faults.isEmpty())
-        throw Error(ExitCode::Usage, faults.join('\n'));
+        throw Error(ErrorKind::Usage, faults.join('\n'));
     return memory;
 }
 
@@ -93,12 +92,12 @@ QString formatMemory(const Memory &memory)
     QString text = QString(HEADING) + '\n';
     for (int address = 0; address < Memory::SIZE; ++address) {
         if (memory.bit(static_cast<std::uint16_t>(address)))
-            text += nameOf(ModbusTable::Bits, address) + ",1\n";
+            text += nameOf(Table::Bits, address) + ",1\n";
     }
     for (int address = 0; address < Memory::SIZE; ++address) {
         const std::uint32_t value = memory.value(static_cast<std::uint16_t>(address));
         if (value != 0)
-            text += QString("%1,%2\n").arg(nameOf(ModbusTable::Registers, address)).arg(value);
+            text += QString("%1,%2\n").arg(nameOf(Table::Registers, address)).arg(value);
     }
     return text;
 }

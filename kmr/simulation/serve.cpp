@@ -21,10 +21,10 @@ QUrl parseListen(const QString &text)
     QUrl url(text, QUrl::StrictMode);
     if (!url.isValid() || url.scheme() != "tcp" || url.host().isEmpty() || url.port() < 0 ||
         !url.path().isEmpty()) {
-        throw Error(ExitCode::Usage, QString("bad address to listen at \"%1\": expected "
-                                             "tcp://HOST:PORT, for example %2 (port 0 for any "
-                                             "free one)")
-                                         .arg(text, DEFAULT_LISTEN));
+        throw Error(ErrorKind::Usage, QString("bad address to listen at \"%1\": expected "
+                                              "tcp://HOST:PORT, for example %2 (port 0 for any "
+                                              "free one)")
+                                          .arg(text, DEFAULT_LISTEN));
     }
     return url;
 }
@@ -42,7 +42,7 @@ void serve(const ServeOptions &where, const simulator::Responder &respond, simul
         QUrl url = parseListen(listen);
         const QString fault = server.listen(url.host(), static_cast<quint16>(url.port()));
         if (!fault.isEmpty())
-            throw Error(ExitCode::LinkFailed,
+            throw Error(ErrorKind::Link,
                         QString("cannot listen on %1: %2").arg(url.toString(), fault));
         url.setPort(server.port());
         ready.append("ready " + url.toString());
@@ -50,7 +50,7 @@ void serve(const ServeOptions &where, const simulator::Responder &respond, simul
     if (!where.pty.isEmpty()) {
         const QString fault = terminal.open(where.pty);
         if (!fault.isEmpty())
-            throw Error(ExitCode::LinkFailed, fault);
+            throw Error(ErrorKind::Link, fault);
         ready.append(QString("ready serial://%1").arg(QFileInfo(where.pty).absoluteFilePath()));
     }
 

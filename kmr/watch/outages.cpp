@@ -1,5 +1,7 @@
 #include "kmr/watch/outages.h"
 
+#include "kmr/outcome.h"
+
 namespace kmr {
 
 namespace {
@@ -27,7 +29,7 @@ void Outages::noteFailure(const ElementRange &run, const Failure &failure, Time 
     if (!isNew)
         return;
     const QString request = isRefusal ? QString() : ", asked for " + runName(run);
-    m_tell(QString("%1 %2: %3").arg(m_wallClock(), subject, toText(failure)) + request);
+    m_tell(QString("%1 %2: %3").arg(m_wallClock(), subject, toTextWithHint(failure)) + request);
 }
 
 void Outages::noteAnswer(const ElementRange &run, Time now)

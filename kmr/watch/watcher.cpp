@@ -153,7 +153,7 @@ void Watcher::noteQuality(std::size_t index)
 {
     const ElementState state = m_session.state(m_tags[index]);
     if (state.quality == Quality::Stale)
-        makeStale(index, toText(state.failure));
+        makeStale(index, toTextWithHint(state.failure));
     else if (state.quality == Quality::Unread && m_rows[index].state == WatchRow::State::Good)
         m_rows[index].state = WatchRow::State::Unread;
 }

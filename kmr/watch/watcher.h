@@ -2,8 +2,8 @@
 // outage begins and when it ends.
 #pragma once
 
-#include "host/error.h"
 #include "host/session/session.h"
+#include "kmr/exit_code.h"
 #include "kmr/record_writer.h"
 #include "kmr/watch/outages.h"
 #include "kmr/watch/watch_cycle.h"

@@ -3,7 +3,6 @@
 
 #include "host/session/request_ranges.h"
 #include "host/session/session.h"
-#include "simulator/areas.h"
 #include "simulator/controller.h"
 #include "tests/host/scripted_device.h"
 

@@ -365,7 +365,7 @@ TEST(Command, LibraryForAnotherQtThatTheSystemsLoaderFindsEndsWithSeven)
     const Finished areas = run({"areas", "--driver", library.fileName()});
     qunsetenv("LD_LIBRARY_PATH");
     EXPECT_EQ(areas.exitCode, 7);
-    EXPECT_TRUE(areas.err.contains(library.filePath() + " is built for Qt 4, this kmr for Qt "))
+    EXPECT_TRUE(areas.err.contains(library.filePath() + " is built for Qt 4, this program for Qt "))
         << areas.err.toStdString();
 }
 

@@ -1,5 +1,4 @@
 // The commands of kmr that explain and test, against a simulated controller in this process.
-#include "simulator/areas.h"
 #include "simulator/controller.h"
 #include "simulator/tcp_server.h"
 #include "tests/kmr/kmr_process.h"

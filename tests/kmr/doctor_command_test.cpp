@@ -59,7 +59,8 @@ TEST_P(DoctorOnBothLinks, RefusalEndsWithFive)
     const Finished doctor = examine({"--fault", "exception=2"});
     EXPECT_EQ(doctor.exitCode, 5);
     EXPECT_TRUE(doctor.out.contains("is refused: illegal data address (exception 02).\n"
-                                    "Name an element that this controller has with --tag.\n"))
+                                    "Name an element that this controller has. --tag names what is "
+                                    "read.\n"))
         << doctor.out.toStdString();
 }
 
@@ -70,7 +71,8 @@ TEST_P(DoctorOnBothLinks, EchoIsFoundWhateverTheSetting)
     EXPECT_TRUE(automatic.out.contains("It hands back what is sent (echo)"));
     const Finished off = examine({"--fault", "echo"}, {"--echo", "off"});
     EXPECT_EQ(off.exitCode, 4);
-    EXPECT_TRUE(off.out.endsWith("\nSet --echo auto or --echo on.\n")) << off.out.toStdString();
+    EXPECT_TRUE(off.out.endsWith("\nSet the echo to auto or on. The option is --echo.\n"))
+        << off.out.toStdString();
 }
 
 TEST_P(DoctorOnBothLinks, AnotherStationsAnswerIsTold)

@@ -3,7 +3,6 @@
 // anew and look at the difference:
 //
 //     KMR_WRITE_GOLDEN=1 ctest -R Golden && git diff tests/kmr/golden
-#include "simulator/areas.h"
 #include "simulator/controller.h"
 #include "simulator/tcp_server.h"
 #include "tests/kmr/kmr_process.h"

@@ -1,8 +1,6 @@
 // The moving values of the controller's memory.
 #include "simulator/animation.h"
 
-#include "simulator/areas.h"
-
 #include <gtest/gtest.h>
 
 namespace {

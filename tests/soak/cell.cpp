@@ -1,6 +1,6 @@
 #include "tests/soak/cell.h"
 
-#include "simulator/areas.h"
+#include "modbus/areas.h"
 
 namespace soak {
 
@@ -16,7 +16,7 @@ void add(std::vector<Cell> &cells, CellKind kind, Owner owner, const QString &ar
         const QString tag =
             area + QString::number(number) + (kind == CellKind::Bits ? "x16" : QString());
         const auto index = static_cast<std::uint32_t>(cells.size() + 1);
-        cells.push_back({kind, owner, area, number, tag, simulator::placeOf(area, number)->address,
+        cells.push_back({kind, owner, area, number, tag, modbus::placeOf(area, number)->address,
                          index << (kind == CellKind::Counter ? 24 : 8)});
     }
 }

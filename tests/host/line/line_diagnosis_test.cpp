@@ -39,8 +39,7 @@ TEST(LineDiagnosis, EchoInFrontOfAnswersIsNamed)
     const QByteArray received = QByteArray(REQUEST) + ANSWER;
     const Diagnosis diagnosis = diagnose({answered(received)}, EchoMode::Auto);
     EXPECT_EQ(diagnosis.finding, Finding::Good);
-    EXPECT_TRUE(
-        diagnosis.text.endsWith("It hands back what is sent (echo), which kmr leaves out."));
+    EXPECT_TRUE(diagnosis.text.endsWith("It hands back what is sent (echo), which is left out."));
 }
 
 TEST(LineDiagnosis, EchoThatTheSettingDeniesIsWrong)
@@ -48,14 +47,14 @@ TEST(LineDiagnosis, EchoThatTheSettingDeniesIsWrong)
     const QByteArray received = QByteArray(REQUEST) + ANSWER;
     const Diagnosis diagnosis = diagnose({answered(received)}, EchoMode::Off);
     EXPECT_EQ(diagnosis.finding, Finding::WrongEcho);
-    EXPECT_EQ(diagnosis.advice, "Set --echo auto or --echo on.");
+    EXPECT_EQ(diagnosis.advice, "Set the echo to auto or on.");
 }
 
 TEST(LineDiagnosis, MissingEchoThatTheSettingDemandsIsWrong)
 {
     const Diagnosis diagnosis = diagnose({answered(ANSWER)}, EchoMode::On);
     EXPECT_EQ(diagnosis.finding, Finding::WrongEcho);
-    EXPECT_EQ(diagnosis.advice, "Set --echo auto or --echo off.");
+    EXPECT_EQ(diagnosis.advice, "Set the echo to auto or off.");
 }
 
 TEST(LineDiagnosis, OneUnansweredRequestMakesTheLineUnsteady)
@@ -74,7 +73,7 @@ TEST(LineDiagnosis, RefusalIsToldWithItsReason)
     EXPECT_EQ(diagnosis.finding, Finding::Refused);
     EXPECT_EQ(diagnosis.text, "The line is good, but what was asked is refused: illegal data "
                               "address (exception 02).");
-    EXPECT_EQ(diagnosis.advice, "Name an element that this controller has with --tag.");
+    EXPECT_EQ(diagnosis.advice, "Name an element that this controller has.");
 }
 
 TEST(LineDiagnosis, RefusalOfAGatewayPointsBehindIt)
@@ -118,8 +117,7 @@ TEST(LineDiagnosis, LineOfAnotherStationNamesBoth)
     const Diagnosis diagnosis = diagnoseOne(":0203020007F2\r\n", ReplyFault::WrongStation);
     EXPECT_EQ(diagnosis.finding, Finding::OtherStation);
     EXPECT_EQ(diagnosis.text, "Station 2 answers, though station 1 was asked.");
-    EXPECT_EQ(diagnosis.advice,
-              "Ask with --station 2, or set the controller's station number to 1.");
+    EXPECT_EQ(diagnosis.advice, "Ask station 2, or set the controller's station number to 1.");
 }
 
 TEST(LineDiagnosis, StationThatNoHostCanAskIsToBeRenumbered)
@@ -153,7 +151,8 @@ TEST(LineDiagnosis, EvenEighthBitAsksFor7E1)
                               "3\x8D\n");
     const Diagnosis diagnosis = diagnoseOne(received, ReplyFault::Noise);
     EXPECT_EQ(diagnosis.finding, Finding::WrongParity);
-    EXPECT_EQ(diagnosis.advice, "Set frame=7E1 in --link, or in the gateway's settings.");
+    EXPECT_EQ(diagnosis.advice,
+              "Set the frame format 7E1 for the link, or in the gateway's settings.");
 }
 
 TEST(LineDiagnosis, OddEighthBitAsksFor7O1)
@@ -163,14 +162,16 @@ TEST(LineDiagnosis, OddEighthBitAsksFor7O1)
                               "2\xB0\xB0\xB0"
                               "7F\xB3\r\x8A");
     const Diagnosis diagnosis = diagnoseOne(received, ReplyFault::Noise);
-    EXPECT_EQ(diagnosis.advice, "Set frame=7O1 in --link, or in the gateway's settings.");
+    EXPECT_EQ(diagnosis.advice,
+              "Set the frame format 7O1 for the link, or in the gateway's settings.");
 }
 
 TEST(LineDiagnosis, EighthBitThatIsAlwaysSetAsksFor7N2)
 {
     const QByteArray received("\xBA\xB0\xB1\xB0\xB3\xB0\xB2\xB0\xB0\xB0\xB7\xC6\xB3\x8D\x8A");
     const Diagnosis diagnosis = diagnoseOne(received, ReplyFault::Noise);
-    EXPECT_EQ(diagnosis.advice, "Set frame=7N2 in --link, or in the gateway's settings.");
+    EXPECT_EQ(diagnosis.advice,
+              "Set the frame format 7N2 for the link, or in the gateway's settings.");
 }
 
 TEST(LineDiagnosis, BadLineIsDamagedAndShown)

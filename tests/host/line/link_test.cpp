@@ -23,7 +23,7 @@ std::string faultOf(const QString &text)
     try {
         parseLink(text);
     } catch (const Error &error) {
-        EXPECT_EQ(error.code(), ExitCode::Usage);
+        EXPECT_EQ(error.kind(), ErrorKind::Usage);
         return error.what();
     }
     return {};
@@ -147,7 +147,7 @@ TEST(Link, MissingDeviceIsNamedWithAdvice)
         openNow("serial:///dev/no-such-port");
         FAIL() << "it opened";
     } catch (const Error &error) {
-        EXPECT_EQ(error.code(), ExitCode::LinkFailed);
+        EXPECT_EQ(error.kind(), ErrorKind::Link);
         EXPECT_TRUE(names(error.what(), "/dev/no-such-port")) << error.what();
         EXPECT_TRUE(names(error.what(), "no such device")) << error.what();
     }
@@ -167,7 +167,7 @@ TEST(Link, RefusedConnectionIsNamedWithAdvice)
         openNow("tcp://127.0.0.1:1");
         FAIL() << "it opened";
     } catch (const Error &error) {
-        EXPECT_EQ(error.code(), ExitCode::LinkFailed);
+        EXPECT_EQ(error.kind(), ErrorKind::Link);
         EXPECT_TRUE(names(error.what(), "nothing listens there")) << error.what();
     }
 }
@@ -231,7 +231,7 @@ TEST(Link, NetworkThatCannotBeReachedIsNamedWithAdvice)
         openNow("tcp://255.255.255.255:1");
         FAIL() << "it opened";
     } catch (const Error &error) {
-        EXPECT_EQ(error.code(), ExitCode::LinkFailed);
+        EXPECT_EQ(error.kind(), ErrorKind::Link);
         EXPECT_TRUE(names(error.what(), "check the address, the cable and the network"))
             << error.what();
     }

@@ -17,7 +17,7 @@ QString faultOf(const QByteArray &text)
     try {
         parseCapture(text, "field");
     } catch (const Error &error) {
-        EXPECT_EQ(error.code(), ExitCode::Usage);
+        EXPECT_EQ(error.kind(), ErrorKind::Usage);
         return error.text();
     }
     return "none";

@@ -18,7 +18,7 @@ std::string faultOf(const QString &text)
     try {
         parse(text);
     } catch (const Error &error) {
-        EXPECT_EQ(error.code(), ExitCode::Usage);
+        EXPECT_EQ(error.kind(), ErrorKind::Usage);
         return error.what();
     }
     return {};

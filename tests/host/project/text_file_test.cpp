@@ -9,17 +9,20 @@
 #include <QTemporaryDir>
 #include <gtest/gtest.h>
 
+#include <optional>
+
 namespace kmr {
 namespace {
 
-template <typename Function> ExitCode codeOf(Function function)
+// Nothing when the function throws nothing.
+template <typename Function> std::optional<ErrorKind> kindOf(Function function)
 {
     try {
         function();
     } catch (const Error &error) {
-        return error.code();
+        return error.kind();
     }
-    return ExitCode::Ok;
+    return std::nullopt;
 }
 
 } // namespace
@@ -41,8 +44,7 @@ TEST(TextFile, WhatDoesNotFitOnTheDiskLeavesTheOldFileAlone)
     writeTextFile(path, "D100,250\n");
     {
         const FileSizeLimit limit(100);
-        EXPECT_EQ(codeOf([&path] { writeTextFile(path, QString(101, 'x')); }),
-                  ExitCode::ItemFailed);
+        EXPECT_EQ(kindOf([&path] { writeTextFile(path, QString(101, 'x')); }), ErrorKind::Output);
     }
     EXPECT_EQ(readTextFile(path), "D100,250\n");
     EXPECT_EQ(QDir(directory.path()).entryList(QDir::Files), QStringList("recipe.csv"));
@@ -52,13 +54,13 @@ TEST(TextFile, MissingFolderIsAnErrorNotALostText)
 {
     const QTemporaryDir directory;
     const QString path = directory.filePath("no-such-folder/recipe.csv");
-    EXPECT_EQ(codeOf([&path] { writeTextFile(path, "D100,250\n"); }), ExitCode::ItemFailed);
+    EXPECT_EQ(kindOf([&path] { writeTextFile(path, "D100,250\n"); }), ErrorKind::Output);
 }
 
 TEST(TextFile, DeviceIsWrittenAndNotReplaced)
 {
     writeTextFile("/dev/null", "D100,250\n");
-    EXPECT_EQ(codeOf([] { writeTextFile("/dev/full", "D100,250\n"); }), ExitCode::ItemFailed);
+    EXPECT_EQ(kindOf([] { writeTextFile("/dev/full", "D100,250\n"); }), ErrorKind::Output);
     for (const char *device : {"/dev/null", "/dev/full"}) {
         EXPECT_TRUE(QFileInfo::exists(device)) << device;
         EXPECT_FALSE(QFileInfo(device).isFile()) << device;
@@ -69,11 +71,11 @@ TEST(TextFile, PlaceThatCannotBeWrittenIsKnownBefore)
 {
     const QTemporaryDir directory;
     const QString path = directory.filePath("recipe.csv");
-    EXPECT_EQ(codeOf([] { requireWritable("/no/such/directory/recipe.csv"); }), ExitCode::Usage);
-    EXPECT_EQ(codeOf([&directory] { requireWritable(directory.path()); }), ExitCode::Usage);
-    EXPECT_EQ(codeOf([&path] { requireWritable(path); }), ExitCode::Ok);
+    EXPECT_EQ(kindOf([] { requireWritable("/no/such/directory/recipe.csv"); }), ErrorKind::Usage);
+    EXPECT_EQ(kindOf([&directory] { requireWritable(directory.path()); }), ErrorKind::Usage);
+    EXPECT_EQ(kindOf([&path] { requireWritable(path); }), std::nullopt);
     EXPECT_FALSE(QFileInfo::exists(path));
-    EXPECT_EQ(codeOf([] { requireWritable("/dev/full"); }), ExitCode::Ok);
+    EXPECT_EQ(kindOf([] { requireWritable("/dev/full"); }), std::nullopt);
 }
 
 } // namespace kmr

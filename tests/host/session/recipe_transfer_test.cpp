@@ -206,7 +206,7 @@ TEST_F(RecipeTest, RecipeBeyondTheBufferIsRefusedBeforeAnythingIsSent)
         upload(*m_session, items);
         FAIL() << "it was accepted";
     } catch (const Error &error) {
-        EXPECT_EQ(error.code(), ExitCode::Usage);
+        EXPECT_EQ(error.kind(), ErrorKind::Usage);
         EXPECT_STREQ(error.what(), "the recipe has 40000 words, but its buffer holds 32768: divide "
                                    "it into several files");
     }
@@ -266,7 +266,7 @@ TEST(RecipeFile, EveryBadLineIsNamedWithItsNumber)
         parseRecipe("D100,1\nQ1,2\nD101\nM0,1\n", "mixer.csv", reader, RecipeValues::Needed);
         FAIL() << "it was accepted";
     } catch (const Error &error) {
-        EXPECT_EQ(error.code(), ExitCode::Usage);
+        EXPECT_EQ(error.kind(), ErrorKind::Usage);
         const std::string text = error.what();
         EXPECT_EQ(text.find("mixer.csv:1:"), std::string::npos) << text;
         EXPECT_NE(text.find("mixer.csv:2: bad tag \"Q1\""), std::string::npos) << text;
@@ -295,7 +295,7 @@ TEST(RecipeFile, TagsOfANewRecipeNameEachElementOnce)
         recipeOf({reader.read("D100x3"), reader.read("D102")});
         FAIL() << "it was accepted";
     } catch (const Error &error) {
-        EXPECT_EQ(error.code(), ExitCode::Usage);
+        EXPECT_EQ(error.kind(), ErrorKind::Usage);
         EXPECT_STREQ(error.what(), "D102 stands twice, first in D100x3");
     }
     EXPECT_THROW(recipeOf({reader.read("M0")}), Error);

@@ -122,7 +122,7 @@ protected:
                     ++m_checked;
                     const auto &[station, area, first, count] = element.elements;
                     ASSERT_EQ(m_session->values(element),
-                              Values{this->element(area, toDriverAddress(area, first))})
+                              Values{this->element(area, shownNumber(area, first))})
                         << elementName(area, first).toStdString();
                 }
             }
@@ -407,8 +407,7 @@ TEST_F(RandomTraffic, NeverMakesAWrongValueGood)
     for (const QString &text : polledTags()) {
         const Tag all = tag(text);
         for (int n = all.elements.first; n < all.elements.end(); ++n)
-            setElement(all.elements.area, toDriverAddress(all.elements.area, n),
-                       anyValue(all.kind));
+            setElement(all.elements.area, shownNumber(all.elements.area, n), anyValue(all.kind));
     }
     poll(polledTags());
     spoilSomeAnswers();

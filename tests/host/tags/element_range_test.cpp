@@ -2,30 +2,7 @@
 
 #include <gtest/gtest.h>
 
-#include <climits>
-
 using namespace kmr;
-
-TEST(ElementRange, OctalAreasAreKnownToTheDriverByTheirDigits)
-{
-    EXPECT_EQ(toDriverAddress("X", 15), 17);
-    EXPECT_EQ(toDriverAddress("Y", 9999), 23417);
-    EXPECT_EQ(toDriverAddress("M", 15), 15);
-    EXPECT_EQ(fromDriverAddress("X", 17), 15);
-    EXPECT_EQ(fromDriverAddress("X", 18), -1);
-    EXPECT_EQ(fromDriverAddress("M", 18), 18);
-    EXPECT_EQ(elementName("Y", 8), "Y10");
-}
-
-TEST(ElementRange, BordersLieWhereTheAddressBaseChanges)
-{
-    EXPECT_EQ(nextBorder("D", 4095), 4096);
-    EXPECT_EQ(nextBorder("D", 4096), INT_MAX);
-    EXPECT_EQ(nextBorder("M", 0), 1536);
-    EXPECT_EQ(nextBorder("M", 1536), 22016);
-    EXPECT_EQ(nextBorder("M", 22016), INT_MAX);
-    EXPECT_EQ(nextBorder("TV", 0), INT_MAX);
-}
 
 TEST(ElementRange, KeysTellBitsFromWords)
 {

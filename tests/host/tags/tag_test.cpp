@@ -30,7 +30,7 @@ std::string faultOf(const QString &text)
     try {
         tag(text);
     } catch (const Error &error) {
-        EXPECT_EQ(error.code(), ExitCode::Usage);
+        EXPECT_EQ(error.kind(), ErrorKind::Usage);
         return error.what();
     }
     return {};

@@ -12,7 +12,7 @@ QString faultOf(const QString &text)
     try {
         parseMemory(text, "plant.csv");
     } catch (const Error &error) {
-        EXPECT_EQ(error.code(), ExitCode::Usage);
+        EXPECT_EQ(error.kind(), ErrorKind::Usage);
         return error.text();
     }
     return "none";

@@ -1,0 +1,142 @@
+#include "store_index.h"
+
+namespace {
+
+// The index tells most entries apart, and text costs most to compare: most often it is the very
+// text of the entry.
+bool hasKey(const _DATA_ &entry, qint32 station, const QString &area, qint32 index)
+{
+    return entry.index == index && entry.station == station &&
+           (entry.area.constData() == area.constData() || entry.area == area);
+}
+
+quint32 hashOf(qint32 station, const QString &area, qint32 index)
+{
+    quint32 hash = static_cast<quint32>(station);
+    for (int i = 0; i < area.size(); ++i)
+        hash = hash * 31 + area.at(i).unicode();
+    hash = (hash * 0x9E3779B1u + static_cast<quint32>(index)) * 0x85EBCA6Bu;
+    return hash ^ hash >> 15;
+}
+
+// The place in the hash table where the position of the first entry with that key stands, or the
+// free one where it belongs.
+int placeOf(qint32 station, const QString &area, qint32 index)
+{
+    const QVector<qint32> &places = driver.storeIndex.places;
+    const QList<_DATA_> &store = driver.dataAreas;
+    const quint32 mask = static_cast<quint32>(places.size()) - 1;
+    quint32 place = hashOf(station, area, index) & mask;
+    for (; places.at(static_cast<int>(place)) >= 0; place = (place + 1) & mask) {
+        if (hasKey(store.at(places.at(static_cast<int>(place))), station, area, index))
+            break;
+    }
+    return static_cast<int>(place);
+}
+
+// Makes the index anew for the store as it is, with room for as many entries again.
+void indexStore()
+{
+    StoreIndex &known = driver.storeIndex;
+    const QList<_DATA_> &store = driver.dataAreas;
+    const int size = static_cast<int>(store.size());
+    int room = 16;
+    while (room < 4 * size)
+        room *= 2;
+    known.places.fill(-1, room);
+    known.distinct = true;
+    known.last = 0;
+    for (int position = 0; position < size; ++position) {
+        const _DATA_ &entry = store.at(position);
+        const int place = placeOf(entry.station, entry.area, entry.index);
+        if (known.places.at(place) < 0)
+            known.places[place] = position;
+        else
+            known.distinct = false;
+    }
+    known.seen = store;
+}
+
+void noticeChanges()
+{
+    const StoreIndex &known = driver.storeIndex;
+    if (known.places.isEmpty() || !known.seen.isSharedWith(driver.dataAreas))
+        indexStore();
+}
+
+// Where the entry stands when it is the one found last or one that follows it in a run, else -1.
+// As long as no key stands twice, any entry with the key is the first.
+int positionNearLast(qint32 station, const QString &area, qint32 index)
+{
+    const StoreIndex &known = driver.storeIndex;
+    const QList<_DATA_> &store = driver.dataAreas;
+    if (!known.distinct || known.last >= store.size())
+        return -1;
+    const qint64 position = qint64(known.last) + index - store.at(known.last).index;
+    if (position < 0 || position >= store.size())
+        return -1;
+    return hasKey(store.at(static_cast<int>(position)), station, area, index)
+               ? static_cast<int>(position)
+               : -1;
+}
+
+// Appends an entry whose position belongs in `place`.
+int appendEntry(qint32 station, const QString &area, qint32 index, int place)
+{
+    StoreIndex &known = driver.storeIndex;
+    const int position = static_cast<int>(driver.dataAreas.size());
+    _DATA_ entry;
+    entry.station = station;
+    entry.area = area;
+    entry.index = index;
+    known.places[place] = position;
+    known.seen.clear();
+    driver.dataAreas.append(entry);
+    known.seen = driver.dataAreas;
+    if (2 * (position + 1) > known.places.size())
+        indexStore();
+    return position;
+}
+
+} // namespace
+
+int positionInStore(qint32 station, const QString &area, qint32 index)
+{
+    noticeChanges();
+    StoreIndex &known = driver.storeIndex;
+    int position = positionNearLast(station, area, index);
+    if (position < 0) {
+        const int place = placeOf(station, area, index);
+        position = known.places.at(place);
+        if (position < 0)
+            position = appendEntry(station, area, index, place);
+    }
+    known.last = position;
+    return position;
+}
+
+const _DATA_ &dataArea(qint32 station, const QString &area, qint32 index)
+{
+    const QList<_DATA_> &store = driver.dataAreas;
+    return store.at(positionInStore(station, area, index));
+}
+
+_DATA_ &dataAreaToChange(qint32 station, const QString &area, qint32 index)
+{
+    const int position = positionInStore(station, area, index);
+    driver.storeIndex.seen.clear();
+    _DATA_ &entry = driver.dataAreas[position];
+    driver.storeIndex.seen = driver.dataAreas;
+    return entry;
+}
+
+void clearWatchMarks()
+{
+    noticeChanges();
+    driver.storeIndex.seen.clear();
+    for (int i = 0; i < driver.dataAreas.size(); ++i) {
+        driver.dataAreas[i].wordMonitor = 0;
+        driver.dataAreas[i].bitMonitor = 0;
+    }
+    driver.storeIndex.seen = driver.dataAreas;
+}
