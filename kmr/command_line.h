@@ -1,13 +1,15 @@
 // What the parts of the command line share.
 #pragma once
 
-#include "kmr/commands/commands.h"
+#include "kmr/exit_code.h"
+#include "kmr/options.h"
 
 #include <CLI/CLI.hpp>
 #include <QString>
 #include <QStringList>
 
 #include <functional>
+#include <memory>
 #include <string>
 #include <vector>
 
@@ -15,6 +17,19 @@ namespace kmr {
 
 // What the command line has chosen to do.
 using Command = std::function<ExitCode(const Options &)>;
+
+// Chooses `run` with the command's own options when the command line names `command`.
+template <typename Own>
+void setAction(CLI::App &command, Command &chosen, const std::shared_ptr<Own> &own,
+               ExitCode (*run)(const Options &, const Own &))
+{
+    command.callback([own, run, &chosen] {
+        chosen = [own, run](const Options &options) { return run(options, *own); };
+    });
+}
+
+// The help of an argument TAG that may be left out.
+extern const char *const WANTED_TAGS;
 
 // How tags are typed, for the help of commands that take them.
 extern const char *const TAG_HELP;

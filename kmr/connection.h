@@ -8,7 +8,7 @@
 #include "host/project/name_table.h"
 #include "host/session/session.h"
 #include "host/tags/tag.h"
-#include "kmr/commands/commands.h"
+#include "kmr/options.h"
 #include "kmr/outcome.h"
 #include "kmr/output.h"
 

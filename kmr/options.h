@@ -2,16 +2,40 @@
 // file, in this order of precedence.
 #pragma once
 
+#include "host/line/reply_filter.h"
 #include "host/project/project_file.h"
-#include "kmr/commands/commands.h"
+#include "host/tags/value_type.h"
+#include "kmr/record_writer.h"
 
 #include <CLI/CLI.hpp>
 #include <QString>
+#include <QStringList>
 
+#include <chrono>
 #include <string>
 #include <vector>
 
 namespace kmr {
+
+// What holds for all commands.
+struct Options {
+    QString link;
+    QString driver; // empty: findDriver()
+    int station = 1;
+    std::chrono::milliseconds timeout{1000};
+    int retries = 2;
+    int groupLimit = 8;
+    EchoMode echo = EchoMode::Auto;
+    std::chrono::milliseconds gap{0}; // silence before each request
+    WordOrder wordOrder = WordOrder::LowFirst;
+    Format format = Format::Plain;
+    bool isFormatAsked = false; // else a terminal may get more than plain lines
+    QString names;              // file of names; empty: none
+    QStringList tags;           // of the project's file, for commands that are given none
+    QString tagsSource;         // where they stand: "kmr.toml:3"
+    bool trace = false;         // explain all traffic on stderr
+    QString capture;            // file that receives every character; empty: none
+};
 
 class Settings {
 public:

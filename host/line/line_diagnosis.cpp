@@ -148,7 +148,7 @@ Diagnosis diagnoseAnswers(const std::vector<Probe> &probes, std::size_t answered
         return {Finding::Refused,
                 QString("The line is good, but what was asked is refused: %1.")
                     .arg(exceptionText(exceptionCode)),
-                refusalAdvice(exceptionCode)};
+                refusalAdvice(exceptionCode), exceptionCode};
     }
     return diagnoseEcho(std::any_of(probes.begin(), probes.end(), isEchoed), echo);
 }

@@ -38,8 +38,9 @@ enum class Finding {
 
 struct Diagnosis {
     Finding finding = Finding::Silent;
-    QString text;   // what is wrong, in sentences
-    QString advice; // what to do, in sentences; empty where nothing is to be done
+    QString text;          // what is wrong, in sentences
+    QString advice;        // what to do, in sentences; empty where nothing is to be done
+    int exceptionCode = 0; // of a refusal, else 0
 };
 
 // A word or two for records: "other station".

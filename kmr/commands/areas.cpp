@@ -1,3 +1,5 @@
+// kmr areas: the device areas of the driver's catalogue.
+#include "kmr/command_line.h"
 #include "kmr/commands/commands.h"
 #include "kmr/connection.h"
 
@@ -5,14 +7,16 @@ namespace kmr {
 
 namespace {
 
+const char *const HELP = R"(Examples:
+  kmr areas
+  kmr areas --driver ./libostrel_kmr.so.1)";
+
 QString elementsOf(const QString &area, bool isWord)
 {
     if (isCounterArea(area))
         return "counters";
     return isWord ? "words" : "bits";
 }
-
-} // namespace
 
 ExitCode runAreas(const Options &options)
 {
@@ -35,6 +39,15 @@ ExitCode runAreas(const Options &options)
     }
     records.end();
     return ExitCode::Ok;
+}
+
+} // namespace
+
+void addAreas(CLI::App &app, Command &chosen)
+{
+    CLI::App *command = app.add_subcommand("areas", "List the controller's device areas");
+    command->footer(HELP);
+    command->callback([&chosen] { chosen = runAreas; });
 }
 
 } // namespace kmr

@@ -1,12 +1,23 @@
-// The editor's services: is an address valid, and the addresses of a series.
-#include "kmr/commands/diagnosis.h"
+// kmr check: asks the driver whether addresses are valid.
+#include "kmr/command_line.h"
+#include "kmr/commands/commands.h"
 #include "kmr/connection.h"
-
-#include <QVector>
 
 namespace kmr {
 
 namespace {
+
+const char *const HELP =
+    R"(Results: 0 valid, 1 wrong kind, 2 out of range, 3 unknown area, 4 no address.
+Ends with 1 when one is not valid.
+
+Examples:
+  kmr check D100 X17 TV5.3
+  kmr check D11999x2 2#M0..17)";
+
+struct CheckOptions {
+    std::vector<std::string> tags;
+};
 
 QString resultText(int result)
 {
@@ -37,42 +48,13 @@ bool addCheck(RecordWriter &records, const TagReader &tags, const QString &text)
     }
 }
 
-// Whether the driver takes the text for an address, of bits or of words.
-bool isAddress(const DriverFunctions &driver, const QString &area, const QString &text)
-{
-    qint32 address = 0;
-    return driver.checkAddrValidity(area, text, &address, 1, 0) == 0 ||
-           driver.checkAddrValidity(area, text, &address, 1, 1) == 0;
-}
-
-// A series may hold what is no address: the driver carries only an octal number's last digit over,
-// and shows a start below 0 as a large number. False where it does.
-bool checkSeries(const DriverFunctions &driver, const QString &area, const QVector<QString> &texts)
-{
-    QStringList wrong;
-    for (const QString &text : texts) {
-        if (!isAddress(driver, area, text))
-            wrong.append(area + text);
-    }
-    if (wrong.isEmpty())
-        return true;
-    printError(
-        QString("%1 of %2 are no addresses of %3, the first is %4: take another start or step")
-            .arg(wrong.size())
-            .arg(texts.size())
-            .arg(area, wrong.front()));
-    return false;
-}
-
-} // namespace
-
-ExitCode runCheck(const Options &options, const QStringList &texts)
+ExitCode runCheck(const Options &options, const CheckOptions &check)
 {
     const Connection connection(options);
     RecordWriter records(options.format, "check",
                          {"text", "area", "address", "count", "result", "meaning"}, false, print);
     ExitCode code = ExitCode::Ok;
-    for (const QString &text : texts) {
+    for (const QString &text : toQStrings(check.tags)) {
         if (!addCheck(records, connection.tags(), text))
             code = ExitCode::ItemFailed;
     }
@@ -80,29 +62,15 @@ ExitCode runCheck(const Options &options, const QStringList &texts)
     return code;
 }
 
-ExitCode runSeries(const Options &options, const SeriesOptions &series)
+} // namespace
+
+void addCheck(CLI::App &app, Command &chosen)
 {
-    const auto library = loadDriver(options);
-    QVector<QString> texts;
-    QVector<qint32> numbers;
-    const int result = library->functions().multiCopy(series.area, series.start, series.count,
-                                                      series.step, &texts, &numbers);
-    if (result != 1 && result != 2) {
-        throw Error(ErrorKind::Usage, QString("%1 is no area (result %2): 'kmr areas' lists them")
-                                          .arg(series.area)
-                                          .arg(result));
-    }
-    RecordWriter records(options.format, "series", {"address"}, false, print);
-    for (const QString &text : texts)
-        records.add(series.area + text, {series.area + text});
-    records.end();
-    const bool areAddresses = checkSeries(library->functions(), series.area, texts);
-    if (result == 1)
-        return areAddresses ? ExitCode::Ok : ExitCode::ItemFailed;
-    printError(QString("some addresses lie behind the end of %1 and were replaced by the end "
-                       "(result 2): take fewer or a smaller step")
-                   .arg(series.area));
-    return ExitCode::ItemFailed;
+    const auto check = std::make_shared<CheckOptions>();
+    CLI::App *command = app.add_subcommand("check", "Ask the driver whether addresses are valid");
+    command->add_option("TAG", check->tags, "what to ask about")->required();
+    command->footer(HELP);
+    setAction(*command, chosen, check, runCheck);
 }
 
 } // namespace kmr

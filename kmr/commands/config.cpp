@@ -1,7 +1,20 @@
+// kmr config: the settings in force, and where from.
+#include "kmr/command_line.h"
+#include "kmr/commands/commands.h"
 #include "kmr/options.h"
 #include "kmr/output.h"
 
 namespace kmr {
+
+namespace {
+
+const char *const HELP = R"(The project's kmr.toml may hold each of them, for example
+  link = "tcp://192.168.0.10:8888"
+  tags = ["D100", "X0..17"]
+
+Examples:
+  kmr config
+  kmr config --config mixer/kmr.toml)";
 
 ExitCode runConfig(const Options &options, const Settings &settings)
 {
@@ -11,6 +24,17 @@ ExitCode runConfig(const Options &options, const Settings &settings)
         records.add({}, {row.key, row.value, row.source});
     records.end();
     return ExitCode::Ok;
+}
+
+} // namespace
+
+void addConfig(CLI::App &app, Command &chosen, const Settings &settings)
+{
+    CLI::App *command = app.add_subcommand("config", "List the settings in force and their source");
+    command->footer(HELP);
+    command->callback([&settings, &chosen] {
+        chosen = [&settings](const Options &options) { return runConfig(options, settings); };
+    });
 }
 
 } // namespace kmr

@@ -1,12 +1,25 @@
-// Explains lines of text: those that are typed, and those of a capture.
-#include "host/line/line_trace.h"
-#include "host/project/capture.h"
-#include "kmr/commands/diagnosis.h"
+// kmr decode: explains lines of text that are typed.
+#include "host/line/frame_text.h"
+#include "kmr/command_line.h"
+#include "kmr/commands/commands.h"
+#include "kmr/frame_records.h"
 #include "kmr/output.h"
 
 namespace kmr {
 
 namespace {
+
+const char *const HELP =
+    R"(An answer to a read does not say what it answers: give the request before it.
+Ends with 1 when a line is no good frame.
+
+Examples:
+  kmr decode :01031064000880
+  kmr decode :01031064000286 :01030400FA0001FD)";
+
+struct DecodeOptions {
+    std::vector<std::string> frames;
+};
 
 QString headline(const FrameText &frame)
 {
@@ -42,64 +55,13 @@ QString explanation(const FrameText &frame)
     return text;
 }
 
-QString kindName(FrameKind kind)
-{
-    switch (kind) {
-    case FrameKind::Request:
-        return "request";
-    case FrameKind::Answer:
-        return "answer";
-    case FrameKind::RequestOrAnswer:
-        return "request or answer";
-    case FrameKind::Refusal:
-        return "refusal";
-    case FrameKind::Unreadable:
-        break;
-    }
-    return "unreadable";
-}
-
-// The direction may tell a request from its answer.
-QString kindName(const TracedLine &line)
-{
-    if (line.isSent && line.frame.kind == FrameKind::RequestOrAnswer)
-        return "request";
-    return line.isEcho && line.frame.kind == FrameKind::Request ? "echo"
-                                                                : kindName(line.frame.kind);
-}
-
-const QStringList &frameFieldNames()
-{
-    static const QStringList NAMES = {"frame",     "kind",     "station", "function",
-                                      "address",   "elements", "also",    "values",
-                                      "exception", "lrc",      "error"};
-    return NAMES;
-}
-
-std::vector<Field> frameFields(const QString &characters, const QString &kind,
-                               const FrameText &frame)
-{
-    return {characters,
-            kind,
-            textField(frame.station),
-            textField(frame.function),
-            textField(frame.addressRange),
-            textField(frame.elements),
-            textField(frame.aliases.join(", ")),
-            textField(frame.values),
-            textField(frame.exception),
-            textField(frame.lrc),
-            textField(frame.fault)};
-}
-
-} // namespace
-
-ExitCode runDecode(const Options &options, const QStringList &frames)
+// An answer is explained by the request before it.
+ExitCode runDecode(const Options &options, const DecodeOptions &decode)
 {
     RecordWriter records(options.format, "decode", frameFieldNames(), false, print);
     ExitCode code = ExitCode::Ok;
     QByteArray before;
-    for (const QString &typed : frames) {
+    for (const QString &typed : toQStrings(decode.frames)) {
         const QByteArray line = lineFromText(typed);
         const FrameText frame = explainLine(line, before);
         records.add(explanation(frame), frameFields(typed, kindName(frame.kind), frame));
@@ -113,26 +75,16 @@ ExitCode runDecode(const Options &options, const QStringList &frames)
     return code;
 }
 
-ExitCode runTrace(const Options &options, const QString &file)
+} // namespace
+
+void addDecode(CLI::App &app, Command &chosen)
 {
-    const Capture capture = readCapture(file);
-    RecordWriter records(options.format, "trace",
-                         QStringList{"time", "direction"} + frameFieldNames(), false, print);
-    LineTrace trace([&records](const TracedLine &line) {
-        std::vector<Field> fields =
-            frameFields(visible(line.characters), kindName(line), line.frame);
-        fields.insert(fields.begin(), {timeText(line.time), line.isSent ? "sent" : "received"});
-        records.add(toText(line), fields);
-    });
-    for (const CapturedPiece &piece : capture.pieces)
-        trace.add(capture.begin.addMSecs(piece.microseconds / 1000), piece.isSent,
-                  piece.characters);
-    trace.flush();
-    records.end();
-    if (capture.cut.isEmpty())
-        return ExitCode::Ok;
-    printError(capture.cut);
-    return ExitCode::ItemFailed;
+    const auto decode = std::make_shared<DecodeOptions>();
+    CLI::App *command = app.add_subcommand("decode", "Explain lines of text from the wire");
+    command->add_option("FRAME", decode->frames, "a line, ':' to LRC; the end may be left out")
+        ->required();
+    command->footer(HELP);
+    setAction(*command, chosen, decode, runDecode);
 }
 
 } // namespace kmr

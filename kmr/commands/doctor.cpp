@@ -1,11 +1,29 @@
+// kmr doctor: says in sentences what is wrong with the line and what to do.
 #include "host/line/line_diagnosis.h"
 #include "host/line/link.h"
-#include "kmr/commands/diagnosis.h"
+#include "kmr/command_line.h"
+#include "kmr/commands/commands.h"
 #include "kmr/connection.h"
 
 namespace kmr {
 
 namespace {
+
+const char *const HELP =
+    R"(Opens the link, asks the station three times and says what is wrong and what to do. A silent
+station is asked once more and given five times --timeout. With --try it asks once in each
+usual framing until one is answered, and names that link.
+Ends with 0 when the line is good, 1 when only some requests are answered, 3 when the link
+could not be opened, 4 when nothing answers as it should, 5 when what is asked is refused.
+
+Examples:
+  kmr doctor --link serial:///dev/ttyUSB0?baud=19200
+  kmr doctor --try --timeout 300 --link serial:///dev/ttyUSB0)";
+
+struct DoctorOptions {
+    bool tryFramings = false; // the usual speeds and frame formats of a serial line
+    std::string tag = "D0";   // what is read
+};
 
 constexpr int PROBES = 3;
 constexpr int PATIENCE = 5; // times the timeout, for a station that stays silent
@@ -99,11 +117,11 @@ std::optional<Diagnosis> examineSilence(Options options, const QString &tag,
 }
 
 // With what options and commands the advice is followed.
-QString hintFor(Finding finding)
+QString hintFor(const Diagnosis &diagnosis)
 {
-    switch (finding) {
+    switch (diagnosis.finding) {
     case Finding::Refused:
-        return " --tag names what is read.";
+        return diagnosis.exceptionCode == 2 ? " --tag names what is read." : "";
     case Finding::Unsteady:
         return " --timeout sets how long one may take. 'kmr ping' measures the losses.";
     case Finding::WrongEcho:
@@ -126,7 +144,7 @@ QString hintFor(Finding finding)
 void tell(RecordWriter &records, const QString &link, const Diagnosis &diagnosis)
 {
     const QString advice =
-        diagnosis.advice.isEmpty() ? QString() : diagnosis.advice + hintFor(diagnosis.finding);
+        diagnosis.advice.isEmpty() ? QString() : diagnosis.advice + hintFor(diagnosis);
     records.add(link + ": " + diagnosis.text + (advice.isEmpty() ? advice : '\n' + advice),
                 {now(), link, findingName(diagnosis.finding), diagnosis.text, textField(advice)});
 }
@@ -193,16 +211,28 @@ ExitCode examineOnce(const Options &options, const QString &tag, RecordWriter &r
     return exitCodeOf(diagnosis->finding);
 }
 
-} // namespace
-
 ExitCode runDoctor(const Options &options, const DoctorOptions &doctor)
 {
     RecordWriter records(options.format, "doctor", {"time", "link", "finding", "text", "advice"},
                          true, print);
-    const ExitCode code = doctor.tryFramings ? tryFramings(options, doctor.tag, records)
-                                             : examineOnce(options, doctor.tag, records);
+    const QString tag = toQString(doctor.tag);
+    const ExitCode code = doctor.tryFramings ? tryFramings(options, tag, records)
+                                             : examineOnce(options, tag, records);
     records.end();
     return code;
+}
+
+} // namespace
+
+void addDoctor(CLI::App &app, Command &chosen)
+{
+    const auto doctor = std::make_shared<DoctorOptions>();
+    CLI::App *command = app.add_subcommand("doctor", "Say what is wrong with the line");
+    command->add_flag("--try", doctor->tryFramings,
+                      "try the usual speeds and frame formats of a serial link");
+    command->add_option("--tag", doctor->tag, "what is read")->capture_default_str();
+    command->footer(HELP);
+    setAction(*command, chosen, doctor, runDoctor);
 }
 
 } // namespace kmr

@@ -1,6 +1,8 @@
-// Round trips to one station, and which stations answer at all.
-#include "kmr/commands/diagnosis.h"
+// kmr ping: round trips to one station.
+#include "kmr/command_line.h"
+#include "kmr/commands/commands.h"
 #include "kmr/connection.h"
+#include "kmr/exchange_records.h"
 #include "kmr/stop_signal.h"
 
 #include <thread>
@@ -9,67 +11,26 @@ namespace kmr {
 
 namespace {
 
+const char *const HELP =
+    R"(Nothing is sent again, so each loss is seen. A refusal is an answer, too. Ends with 0 when
+all were answered, 1 when some were lost, 4 when all were.
+
+Examples:
+  kmr ping 10 --link tcp://192.168.0.10:8888
+  kmr ping --interval 0.1 --station 2 --link serial:///dev/ttyUSB0)";
+
+struct PingOptions {
+    std::optional<std::uint64_t> count; // requests; none: until Ctrl-C
+    double interval = 1;                // seconds
+    std::string tag = "D0";             // what is read
+};
+
 constexpr std::chrono::milliseconds STOP_CHECK(50);
-
-QString milliseconds(std::chrono::nanoseconds time)
-{
-    return QString::number(static_cast<double>(time.count()) / 1e6, 'f', 3);
-}
-
-// A refusal is an answer, too: the station is there.
-bool isAnswered(const Exchange &exchange)
-{
-    return exchange.outcome == Exchange::Outcome::Good || exchange.exceptionCode != 0;
-}
-
-QString replyText(const Exchange &exchange)
-{
-    QString time = "answered in " + milliseconds(exchange.roundTrip) + " ms";
-    if (exchange.outcome == Exchange::Outcome::Good)
-        return time;
-    if (exchange.exceptionCode != 0)
-        return time + ", refused: " + exceptionText(exchange.exceptionCode);
-    if (exchange.outcome == Exchange::Outcome::Interrupted)
-        return "broken off";
-    return toTextWithHint(exchange.fault);
-}
-
-RecordWriter exchangeRecords(const Options &options, const char *command)
-{
-    return {options.format,
-            command,
-            {"time", "station", "tag", "outcome", "round_trip_ms", "error"},
-            true,
-            print};
-}
-
-std::vector<Field> exchangeFields(const Exchange &exchange, const QString &tag)
-{
-    const std::int64_t station = exchange.request.var.station;
-    if (exchange.outcome == Exchange::Outcome::Good)
-        return {now(), station, tag, "good", millisecondsField(exchange.roundTrip), {}};
-    if (exchange.exceptionCode != 0) {
-        return {now(),
-                station,
-                tag,
-                "refused",
-                millisecondsField(exchange.roundTrip),
-                exceptionText(exchange.exceptionCode)};
-    }
-    return {now(), station, tag, "no answer", {}, replyText(exchange)};
-}
 
 void pause(std::chrono::milliseconds time)
 {
     for (; time.count() > 0 && !stopFlag(); time -= STOP_CHECK)
         std::this_thread::sleep_for(std::min(time, STOP_CHECK));
-}
-
-// Each request goes out once, so that each loss is seen.
-Options withoutRetries(Options options)
-{
-    options.retries = 0;
-    return options;
 }
 
 QString summary(std::uint64_t sent, std::uint64_t answered, const Statistics &statistics)
@@ -83,14 +44,13 @@ QString summary(std::uint64_t sent, std::uint64_t answered, const Statistics &st
     return answered == 0 ? counts : counts + '\n' + toText(statistics.roundTrips());
 }
 
-} // namespace
-
+// Reads one element again and again, each time once.
 ExitCode runPing(const Options &options, const PingOptions &ping)
 {
     Connection connection(withoutRetries(options));
-    const Tag tag = connection.readTags({ping.tag}).front();
+    const Tag tag = connection.readTags({toQString(ping.tag)}).front();
     Session &session = connection.open();
-    RecordWriter records = exchangeRecords(options, "ping");
+    RecordWriter records = exchangeRecords(options.format, "ping");
     std::uint64_t sent = 0;
     std::uint64_t answered = 0;
     Statistics statistics;
@@ -112,7 +72,7 @@ ExitCode runPing(const Options &options, const PingOptions &ping)
     PollLoop::Step last = PollLoop::Step::Exchanged;
     while (last == PollLoop::Step::Exchanged && !(ping.count && sent >= *ping.count)) {
         if (sent > 0)
-            pause(ping.interval);
+            pause(std::chrono::milliseconds(static_cast<qint64>(ping.interval * 1000)));
         last = session.step();
     }
     records.end();
@@ -128,38 +88,20 @@ ExitCode runPing(const Options &options, const PingOptions &ping)
                                                                 : ExitCode::ItemFailed;
 }
 
-ExitCode runScan(const Options &options, const ScanOptions &scan)
+} // namespace
+
+void addPing(CLI::App &app, Command &chosen)
 {
-    Connection connection(withoutRetries(options));
-    const ElementRange first = connection.readTags({scan.tag}).front().elements;
-    Session &session = connection.open();
-    RecordWriter records = exchangeRecords(options, "scan");
-    int asked = 0;
-    int found = 0;
-    session.setObserver([&](const Exchange &exchange) {
-        const QString line =
-            QString("station %1: %2").arg(exchange.request.var.station).arg(replyText(exchange));
-        if (exchange.outcome != Exchange::Outcome::Interrupted)
-            ++asked;
-        if (isAnswered(exchange))
-            ++found;
-        else if (exchange.fault != ReplyFault::Silence)
-            printError(line);
-        records.add(isAnswered(exchange) ? line : QString(), exchangeFields(exchange, scan.tag));
-    });
-    PollLoop::Step last = PollLoop::Step::Exchanged;
-    for (int station = scan.first; station <= scan.last && last == PollLoop::Step::Exchanged;
-         ++station) {
-        session.poll({{station, first.area, first.first, 1}});
-        last = session.step();
-    }
-    records.end();
-    const int left = scan.last - scan.first + 1 - asked;
-    printError(QString("%1 of %2 stations answer").arg(found).arg(asked) +
-               (left > 0 ? QString(", %1 not asked").arg(left) : QString()));
-    if (last == PollLoop::Step::LineLost)
-        printError("the line was lost: check the cable or the network, then start again");
-    return found > 0 && last != PollLoop::Step::LineLost ? ExitCode::Ok : ExitCode::NoAnswer;
+    const auto ping = std::make_shared<PingOptions>();
+    CLI::App *command = app.add_subcommand("ping", "Measure round trips to a station");
+    command->add_option("COUNT", ping->count, "requests (default: until Ctrl-C)")
+        ->check(aboveZero(1e9));
+    command->add_option("--interval", ping->interval, "seconds between requests")
+        ->check(CLI::Range(0.0, 3600.0))
+        ->capture_default_str();
+    command->add_option("--tag", ping->tag, "what is read")->capture_default_str();
+    command->footer(HELP);
+    setAction(*command, chosen, ping, runPing);
 }
 
 } // namespace kmr

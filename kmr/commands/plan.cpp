@@ -1,13 +1,31 @@
-#include "host/session/poll_cycle.h"
-
+// kmr plan: the requests that polling tags takes.
 #include "host/line/link.h"
+#include "host/session/poll_cycle.h"
 #include "host/session/request_ranges.h"
-#include "kmr/commands/diagnosis.h"
+#include "kmr/command_line.h"
+#include "kmr/commands/commands.h"
 #include "kmr/connection.h"
 
 namespace kmr {
 
 namespace {
+
+const char *const HELP =
+    R"(Opens no link. Times are those of the characters, in the link's frame format or 7E1, and of
+--gap. Ends with 1 when an element would never be refreshed or read wrongly.
+
+)";
+const char *const EXAMPLES = R"(
+
+Examples:
+  kmr plan D100 D103 X0x8
+  kmr plan --raw M0x40 D4095x2 --baud 19200)";
+
+struct PlanOptions {
+    std::vector<std::string> tags;
+    std::optional<int> baud; // bits a second; none: the link's
+    bool isRaw = false;      // the tags as typed, not as kmr polls them
+};
 
 // The link's settings where it is a serial one, else the driver's default ones.
 std::chrono::nanoseconds characterTimeOf(const Options &options, std::optional<int> baud)
@@ -96,12 +114,11 @@ void tellGap(RecordWriter &records, const PlanGap &gap)
                 {"gap", station, elements, {}, {}, {}, {}, {}, {}, gap.reason});
 }
 
-} // namespace
-
+// Shows the read requests that the driver builds.
 ExitCode runPlan(const Options &options, const PlanOptions &request)
 {
     const Connection connection(options);
-    const std::vector<Tag> tags = connection.readTags(request.tags);
+    const std::vector<Tag> tags = connection.readTags(toQStrings(request.tags));
     const std::chrono::nanoseconds character = characterTimeOf(options, request.baud);
     const QList<KEY_ADDRESS> keys =
         request.isRaw ? toRawKeys(tags) : toKeys(readRanges(tags, options.groupLimit));
@@ -120,6 +137,20 @@ ExitCode runPlan(const Options &options, const PlanOptions &request)
         tellGap(records, gap);
     records.end();
     return plan.gaps.empty() ? ExitCode::Ok : ExitCode::ItemFailed;
+}
+
+} // namespace
+
+void addPlan(CLI::App &app, Command &chosen)
+{
+    const auto plan = std::make_shared<PlanOptions>();
+    CLI::App *command = app.add_subcommand("plan", "Show the requests that polling tags takes");
+    command->add_option("TAG", plan->tags, "what to poll (default: the tags of the project file)");
+    command->add_option("--baud", plan->baud, "bits a second (default: the link's, else 9600)")
+        ->check(aboveZero(4e6));
+    command->add_flag("--raw", plan->isRaw, "the list as typed, as another host hands it over");
+    command->footer(std::string(HELP) + TAG_HELP + EXAMPLES);
+    setAction(*command, chosen, plan, runPlan);
 }
 
 } // namespace kmr

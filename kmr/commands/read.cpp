@@ -1,13 +1,30 @@
+// kmr read: reads tags once.
 #include "host/session/read_once.h"
+#include "kmr/command_line.h"
 #include "kmr/commands/commands.h"
 #include "kmr/connection.h"
 
 namespace kmr {
 
-ExitCode runRead(const Options &options, const QStringList &tags)
+namespace {
+
+const char *const HELP = R"(Prints only what the controller has just answered.
+
+)";
+const char *const EXAMPLES = R"(
+
+Examples:
+  kmr read D100 D200x8 --link tcp://192.168.0.10:8888
+  kmr read 2#X0x8 TV5.3 --link serial:///dev/ttyUSB0)";
+
+struct ReadOptions {
+    std::vector<std::string> tags;
+};
+
+ExitCode runRead(const Options &options, const ReadOptions &read)
 {
     Connection connection(options);
-    const std::vector<Tag> wanted = connection.readTags(tags);
+    const std::vector<Tag> wanted = connection.readTags(toQStrings(read.tags));
     const std::vector<Reading> readings = readNow(connection.open(), wanted);
 
     RecordWriter records(options.format, "read",
@@ -29,6 +46,17 @@ ExitCode runRead(const Options &options, const QStringList &tags)
     }
     records.end();
     return codes.total();
+}
+
+} // namespace
+
+void addRead(CLI::App &app, Command &chosen)
+{
+    const auto read = std::make_shared<ReadOptions>();
+    CLI::App *command = app.add_subcommand("read", "Read tags once");
+    command->add_option("TAG", read->tags, WANTED_TAGS);
+    command->footer(std::string(HELP) + TAG_HELP + EXAMPLES);
+    setAction(*command, chosen, read, runRead);
 }
 
 } // namespace kmr

@@ -1,6 +1,7 @@
-#include "host/session/recipe_transfer.h"
-
+// kmr recipe: moves a recipe to or from the controller, or compares the two.
 #include "host/project/text_file.h"
+#include "host/session/recipe_transfer.h"
+#include "kmr/command_line.h"
 #include "kmr/commands/commands.h"
 #include "kmr/connection.h"
 #include "kmr/progress.h"
@@ -8,6 +9,43 @@
 namespace kmr {
 
 namespace {
+
+const char *const HELP = R"(Examples:
+  kmr recipe upload mixer.csv D100 D110x3 --link tcp://192.168.0.10:8888
+  kmr recipe download mixer.csv --verify --link serial:///dev/ttyUSB0)";
+
+const char *const FILE_HELP =
+    R"(A recipe FILE holds a line TAG,VALUE for each tag (words and counters), for example
+  # bread
+  tag,value
+  D100,250
+  D110x3,1 2 3
+A line that begins with # is a remark; a column behind the values is refused.
+)";
+
+const char *const DOWNLOAD_EXAMPLES = R"(
+Examples:
+  kmr recipe download mixer.csv --link tcp://192.168.0.10:8888
+  kmr recipe download mixer.csv --station 2 --link serial:///dev/ttyUSB0)";
+
+const char *const COMPARE_EXAMPLES = R"(
+Examples:
+  kmr recipe compare mixer.csv --link tcp://192.168.0.10:8888
+  kmr recipe compare mixer.csv --format csv)";
+
+const char *const UPLOAD_EXAMPLES =
+    R"(Without a TAG the values in FILE are replaced and all else stays as it is; with TAGs
+FILE is written anew.
+
+Examples:
+  kmr recipe upload mixer.csv --link tcp://192.168.0.10:8888
+  kmr recipe upload new.csv D100 D110x3 --link serial:///dev/ttyUSB0)";
+
+struct RecipeOptions {
+    std::string file;
+    std::vector<std::string> tags; // to upload; none: those that the file has
+    bool verify = false;           // read back after a download and compare
+};
 
 std::vector<RecipeItem> readFile(const QString &path, const TagReader &reader)
 {
@@ -132,10 +170,9 @@ ExitCode compare(Session &session, Format format, const std::vector<RecipeItem> 
     return code;
 }
 
-} // namespace
-
-ExitCode runRecipeDownload(const Options &options, const QString &file, bool verify)
+ExitCode runRecipeDownload(const Options &options, const RecipeOptions &recipe)
 {
+    const QString file = toQString(recipe.file);
     Connection connection(options);
     const std::vector<RecipeItem> items = readFile(file, connection.tags());
     Session &session = connection.open();
@@ -147,23 +184,26 @@ ExitCode runRecipeDownload(const Options &options, const QString &file, bool ver
     const ExitCode code = report(transfer, "downloaded " + file, "download stopped");
     if (code != ExitCode::Ok)
         reportCertainty(transfer, runs);
-    return verify && code == ExitCode::Ok ? compare(session, options.format, items, file) : code;
+    return recipe.verify && code == ExitCode::Ok ? compare(session, options.format, items, file)
+                                                 : code;
 }
 
-ExitCode runRecipeCompare(const Options &options, const QString &file)
+ExitCode runRecipeCompare(const Options &options, const RecipeOptions &recipe)
 {
+    const QString file = toQString(recipe.file);
     Connection connection(options);
     const std::vector<RecipeItem> items = readFile(file, connection.tags());
     return compare(connection.open(), options.format, items, file);
 }
 
-ExitCode runRecipeUpload(const Options &options, const QString &file, const QStringList &tags)
+ExitCode runRecipeUpload(const Options &options, const RecipeOptions &recipe)
 {
+    const QString file = toQString(recipe.file);
     Connection connection(options);
-    const bool isNew = !tags.isEmpty();
+    const bool isNew = !recipe.tags.empty();
     const QString old = isNew ? QString() : readOldText(file);
     std::vector<RecipeItem> items =
-        isNew ? recipeOf(connection.readTags(tags))
+        isNew ? recipeOf(connection.readTags(toQStrings(recipe.tags)))
               : parseRecipe(old, file, connection.tags(), RecipeValues::Ignored);
     requireWritable(file); // else the values would be lost at the end
     Session &session = connection.open();
@@ -174,6 +214,34 @@ ExitCode runRecipeUpload(const Options &options, const QString &file, const QStr
     if (transfer.result.isDone())
         writeTextFile(file, isNew ? formatRecipe(items) : withValues(old, items));
     return report(transfer, "uploaded to " + file, file + " is unchanged, upload stopped");
+}
+
+} // namespace
+
+void addRecipe(CLI::App &app, Command &chosen)
+{
+    CLI::App *recipe = app.add_subcommand("recipe", "Move a recipe to or from the controller");
+    recipe->require_subcommand(1);
+    recipe->footer(HELP);
+    const auto own = std::make_shared<RecipeOptions>();
+
+    CLI::App *download = recipe->add_subcommand("download", "Write a file's values");
+    download->add_option("FILE", own->file, "the recipe file")->required();
+    download->add_flag("--verify", own->verify, "read back and compare");
+    download->footer(std::string(FILE_HELP) + DOWNLOAD_EXAMPLES);
+    setAction(*download, chosen, own, runRecipeDownload);
+
+    CLI::App *compare = recipe->add_subcommand("compare", "Show where values differ from a file's");
+    compare->add_option("FILE", own->file, "the recipe file")->required();
+    compare->footer(std::string(FILE_HELP) + COMPARE_EXAMPLES);
+    setAction(*compare, chosen, own, runRecipeCompare);
+
+    CLI::App *upload = recipe->add_subcommand("upload", "Read values into a file");
+    upload->add_option("FILE", own->file, "the recipe file; written whole or not at all")
+        ->required();
+    upload->add_option("TAG", own->tags, "what to upload (default: the tags that FILE holds)");
+    upload->footer(std::string(FILE_HELP) + UPLOAD_EXAMPLES);
+    setAction(*upload, chosen, own, runRecipeUpload);
 }
 
 } // namespace kmr

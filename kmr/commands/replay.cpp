@@ -1,6 +1,8 @@
+// kmr replay: answers as a captured controller did.
 #include "host/line/frame_text.h"
 #include "host/project/capture.h"
-#include "kmr/commands/simulation.h"
+#include "kmr/command_line.h"
+#include "kmr/commands/commands.h"
 #include "kmr/outcome.h"
 #include "kmr/output.h"
 #include "kmr/simulation/capture_replay.h"
@@ -10,9 +12,27 @@
 
 namespace kmr {
 
-ExitCode runReplay(const ReplayOptions &replay)
+namespace {
+
+const char *const HELP =
+    R"(Each request gets what the capture received after the very same request, in its order
+and with its delays, at the end the last again and again; silence where it received
+nothing. A request that the capture doesn't hold is told on stderr and not answered.
+Prints 'ready' and the link to use when it serves. SIGTERM or Ctrl-C ends it.
+
+Examples:
+  kmr replay field.jsonl
+  kmr replay field.jsonl --pty /tmp/controller)";
+
+struct ReplayOptions {
+    ServeOptions serve;
+    std::string file;
+};
+
+ExitCode runReplay(const Options &, const ReplayOptions &replay)
 {
-    const Capture captured = readCapture(replay.file);
+    const QString file = toQString(replay.file);
+    const Capture captured = readCapture(file);
     if (!captured.cut.isEmpty())
         printError(captured.cut);
     CaptureReplay capture(captured);
@@ -21,11 +41,23 @@ ExitCode runReplay(const ReplayOptions &replay)
         const std::optional<simulator::Plan> plan = capture.answer(line);
         if (!plan && reported.insert(line).second) {
             printError(QString("%1 not in %2, no answer: %3  %4")
-                           .arg(now(), replay.file, visible(line), toText(explainLine(line))));
+                           .arg(now(), file, visible(line), toText(explainLine(line))));
         }
         return plan.value_or(simulator::Plan());
     });
     return ExitCode::Ok;
+}
+
+} // namespace
+
+void addReplay(CLI::App &app, Command &chosen)
+{
+    const auto replay = std::make_shared<ReplayOptions>();
+    CLI::App *command = app.add_subcommand("replay", "Answer as a captured controller did");
+    command->add_option("FILE", replay->file, "what --capture has written")->required();
+    addServeOptions(*command, replay->serve);
+    command->footer(HELP);
+    setAction(*command, chosen, replay, runReplay);
 }
 
 } // namespace kmr

@@ -1,3 +1,4 @@
+// kmr --version.
 #include "kmr/commands/commands.h"
 #include "kmr/connection.h"
 

@@ -1,3 +1,5 @@
+// kmr watch: shows tags as they change.
+#include "kmr/command_line.h"
 #include "kmr/commands/commands.h"
 #include "kmr/connection.h"
 #include "kmr/stop_signal.h"
@@ -21,6 +23,26 @@ constexpr milliseconds LONGEST_PAUSE(30000);
 constexpr milliseconds STOP_CHECK(50);
 
 using IsOver = std::function<bool()>;
+
+const char *const HELP =
+    R"(On a terminal it shows a live table (unless --count or --format is given), else a
+line for each change. A lost TCP connection is opened again.
+A station that stays silent is asked more seldom while others answer.
+Ctrl-C ends it, with a summary on stderr.
+
+)";
+const char *const EXAMPLES = R"(
+
+Examples:
+  kmr watch D100 X0x8 --link tcp://192.168.0.10:8888
+  kmr watch CV2200 --cycle 500 --count 10 --link serial:///dev/ttyUSB0)";
+
+struct WatchOptions {
+    std::vector<std::string> tags;
+    std::optional<std::uint64_t> count; // changes to show
+    std::optional<double> seconds;      // time to watch
+    int cycle = 0;                      // milliseconds to refresh all tags; 0: the shortest
+};
 
 // Whether stdout is a terminal on which the cursor can be moved.
 bool isDrawable()
@@ -60,21 +82,21 @@ bool bringBack(Connection &connection, Watcher &watcher, const IsOver &isOver, m
     return true;
 }
 
-} // namespace
-
+// Shows each change until the end that was asked for, or Ctrl-C.
 ExitCode runWatch(const Options &options, const WatchOptions &watch)
 {
     Connection connection(options);
-    const std::vector<Tag> tags = connection.readTags(watch.tags);
+    const std::vector<Tag> tags = connection.readTags(toQStrings(watch.tags));
     Session &session = connection.open();
     const bool isLive = !watch.count && !options.isFormatAsked && isDrawable();
-    Watcher watcher(session, tags, options.format, isLive, watch.cycle, watch.count);
+    Watcher watcher(session, tags, options.format, isLive, milliseconds(watch.cycle), watch.count);
     watcher.beginPolling();
 
     const steady_clock::time_point begin = steady_clock::now();
     const IsOver isOver = [&] {
         return stopFlag() || watcher.isOver() ||
-               (watch.duration && steady_clock::now() - begin >= *watch.duration);
+               (watch.seconds &&
+                steady_clock::now() - begin >= std::chrono::duration<double>(*watch.seconds));
     };
     milliseconds pauseToReconnect = FIRST_PAUSE;
     while (!isOver()) {
@@ -90,6 +112,25 @@ ExitCode runWatch(const Options &options, const WatchOptions &watch)
     watcher.end();
     printError(summary(session.statistics()));
     return watcher.outcome();
+}
+
+} // namespace
+
+void addWatch(CLI::App &app, Command &chosen)
+{
+    const auto watch = std::make_shared<WatchOptions>();
+    CLI::App *command = app.add_subcommand("watch", "Show tags as they change");
+    command->add_option("TAG", watch->tags, WANTED_TAGS);
+    command->add_option("--count", watch->count, "end after this many lines")
+        ->check(aboveZero(1e9));
+    command->add_option("--for", watch->seconds, "end after this many seconds")
+        ->check(aboveZero(1e9));
+    command
+        ->add_option("--cycle", watch->cycle,
+                     "refresh all tags once in so many milliseconds (default: as fast as the line)")
+        ->check(CLI::Range(1, 3600000));
+    command->footer(std::string(HELP) + TAG_HELP + EXAMPLES);
+    setAction(*command, chosen, watch, runWatch);
 }
 
 } // namespace kmr

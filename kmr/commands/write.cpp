@@ -1,5 +1,7 @@
+// kmr write: writes values, in their order.
 #include "host/session/read_once.h"
 #include "host/session/request_ranges.h"
+#include "kmr/command_line.h"
 #include "kmr/commands/commands.h"
 #include "kmr/connection.h"
 #include "kmr/simulation/simulated_line.h"
@@ -9,6 +11,22 @@
 namespace kmr {
 
 namespace {
+
+const char *const HELP = R"(Several values of one tag are separated by commas or blanks.
+Behind a write that fails nothing more is written.
+
+)";
+const char *const EXAMPLES = R"(
+
+Examples:
+  kmr write D100=250 --link tcp://192.168.0.10:8888
+  kmr write M0x3=1,0,1 CV2200=70000 --verify --link serial:///dev/ttyUSB0)";
+
+struct WriteOptions {
+    std::vector<std::string> assignments; // TAG=VALUE
+    bool verify = false;                  // read back and compare
+    bool dryRun = false;                  // show the frames and send nothing
+};
 
 struct Assignment {
     Tag tag;
@@ -225,17 +243,29 @@ ExitCode showFrames(Session &session, Format format, const std::vector<Assignmen
     return ExitCode::Ok;
 }
 
-} // namespace
-
-ExitCode runWrite(const Options &options, const QStringList &assignments, const WriteOptions &how)
+ExitCode runWrite(const Options &options, const WriteOptions &how)
 {
     Connection connection(options);
-    const std::vector<Assignment> parsed = parseAll(assignments, connection.tags());
+    const std::vector<Assignment> parsed = parseAll(toQStrings(how.assignments), connection.tags());
     Session &session =
-        how.dryRun ? connection.openOn(std::make_unique<DryLine>()) : connection.open();
+        how.dryRun ? connection.openOn(std::make_unique<SimulatedLine>()) : connection.open();
     session.poll(readRanges(tagsOf(parsed), session.groupLimit()));
     return how.dryRun ? showFrames(session, options.format, parsed)
                       : writeAll(session, options.format, parsed, how.verify);
+}
+
+} // namespace
+
+void addWrite(CLI::App &app, Command &chosen)
+{
+    const auto write = std::make_shared<WriteOptions>();
+    CLI::App *command = app.add_subcommand("write", "Write values, each acknowledged in turn");
+    command->add_option("TAG=VALUE", write->assignments, "what to write, in this order")
+        ->required();
+    command->add_flag("--verify", write->verify, "read back and compare");
+    command->add_flag("--dry-run", write->dryRun, "show the frames and send nothing");
+    command->footer(std::string(HELP) + TAG_HELP + EXAMPLES);
+    setAction(*command, chosen, write, runWrite);
 }
 
 } // namespace kmr

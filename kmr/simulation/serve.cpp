@@ -1,5 +1,6 @@
 #include "kmr/simulation/serve.h"
 
+#include "kmr/command_line.h"
 #include "kmr/output.h"
 #include "kmr/stop_signal.h"
 #include "simulator/pseudo_terminal.h"
@@ -31,10 +32,19 @@ QUrl parseListen(const QString &text)
 
 } // namespace
 
+void addServeOptions(CLI::App &command, ServeOptions &options)
+{
+    command.add_option("--listen", options.listen,
+                       "serve TCP there, port 0 for any free one (default without --pty: " +
+                           std::string(DEFAULT_LISTEN) + ')');
+    command.add_option("--pty", options.pty, "make a pseudo-terminal, and this path a link to it");
+}
+
 void serve(const ServeOptions &where, const simulator::Responder &respond, simulator::Pacing pacing)
 {
+    const QString pty = toQString(where.pty);
     const QString listen =
-        where.listen.isEmpty() && where.pty.isEmpty() ? DEFAULT_LISTEN : where.listen;
+        where.listen.empty() && pty.isEmpty() ? DEFAULT_LISTEN : toQString(where.listen);
     simulator::TcpServer server(respond, pacing);
     simulator::PseudoTerminal terminal(respond, pacing);
     QStringList ready;
@@ -47,11 +57,11 @@ void serve(const ServeOptions &where, const simulator::Responder &respond, simul
         url.setPort(server.port());
         ready.append("ready " + url.toString());
     }
-    if (!where.pty.isEmpty()) {
-        const QString fault = terminal.open(where.pty);
+    if (!pty.isEmpty()) {
+        const QString fault = terminal.open(pty);
         if (!fault.isEmpty())
             throw Error(ErrorKind::Link, fault);
-        ready.append(QString("ready serial://%1").arg(QFileInfo(where.pty).absoluteFilePath()));
+        ready.append(QString("ready serial://%1").arg(QFileInfo(pty).absoluteFilePath()));
     }
 
     QSocketNotifier stop(stopDescriptor(), QSocketNotifier::Read);

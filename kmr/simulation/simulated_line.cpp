@@ -5,17 +5,17 @@
 
 namespace kmr {
 
-DryLine::DryLine()
+SimulatedLine::SimulatedLine()
 {
     open(QIODevice::ReadWrite | QIODevice::Unbuffered);
 }
 
-bool DryLine::waitForReadyRead(int)
+bool SimulatedLine::waitForReadyRead(int)
 {
     return !m_answers.isEmpty();
 }
 
-qint64 DryLine::readData(char *data, qint64 size)
+qint64 SimulatedLine::readData(char *data, qint64 size)
 {
     const int count = static_cast<int>(std::min<qint64>(size, m_answers.size()));
     std::memcpy(data, m_answers.constData(), static_cast<std::size_t>(count));
@@ -23,7 +23,7 @@ qint64 DryLine::readData(char *data, qint64 size)
     return count;
 }
 
-qint64 DryLine::writeData(const char *data, qint64 size)
+qint64 SimulatedLine::writeData(const char *data, qint64 size)
 {
     for (const QByteArray &line : m_collector.take(QByteArray(data, static_cast<int>(size)))) {
         const QByteArray station = line.mid(1, 2);

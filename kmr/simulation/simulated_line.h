@@ -11,10 +11,10 @@
 
 namespace kmr {
 
-class DryLine : public QIODevice {
+class SimulatedLine : public QIODevice {
 public:
     // Is open at once.
-    DryLine();
+    SimulatedLine();
 
     bool isSequential() const override
     {

@@ -1,0 +1,94 @@
+// kmr scan: which stations answer at all.
+#include "host/tags/tag.h"
+#include "kmr/command_line.h"
+#include "kmr/commands/commands.h"
+#include "kmr/connection.h"
+#include "kmr/exchange_records.h"
+
+#include <QRegularExpression>
+
+namespace kmr {
+
+namespace {
+
+const char *const HELP =
+    R"(Each is asked once and given --timeout to answer. Ends with 4 when none does.
+
+Examples:
+  kmr scan --link tcp://192.168.0.10:8888
+  kmr scan --stations 1..99 --timeout 200 --link serial:///dev/ttyUSB0)";
+
+const char *const TAG = "D0"; // what is read
+
+struct ScanOptions {
+    int first = 1; // stations
+    int last = 31;
+};
+
+// Asks each station once.
+ExitCode runScan(const Options &options, const ScanOptions &scan)
+{
+    Connection connection(withoutRetries(options));
+    const ElementRange first = connection.readTags({TAG}).front().elements;
+    Session &session = connection.open();
+    RecordWriter records = exchangeRecords(options.format, "scan");
+    int asked = 0;
+    int found = 0;
+    session.setObserver([&](const Exchange &exchange) {
+        const QString line =
+            QString("station %1: %2").arg(exchange.request.var.station).arg(replyText(exchange));
+        if (exchange.outcome != Exchange::Outcome::Interrupted)
+            ++asked;
+        if (isAnswered(exchange))
+            ++found;
+        else if (exchange.fault != ReplyFault::Silence)
+            printError(line);
+        records.add(isAnswered(exchange) ? line : QString(), exchangeFields(exchange, TAG));
+    });
+    PollLoop::Step last = PollLoop::Step::Exchanged;
+    for (int station = scan.first; station <= scan.last && last == PollLoop::Step::Exchanged;
+         ++station) {
+        session.poll({{station, first.area, first.first, 1}});
+        last = session.step();
+    }
+    records.end();
+    const int left = scan.last - scan.first + 1 - asked;
+    printError(QString("%1 of %2 stations answer").arg(found).arg(asked) +
+               (left > 0 ? QString(", %1 not asked").arg(left) : QString()));
+    if (last == PollLoop::Step::LineLost)
+        printError("the line was lost: check the cable or the network, then start again");
+    return found > 0 && last != PollLoop::Step::LineLost ? ExitCode::Ok : ExitCode::NoAnswer;
+}
+
+// Reads "1..31" or "5".
+std::string parseStations(const std::string &text, ScanOptions &scan)
+{
+    static const QRegularExpression RANGE("^([0-9]{1,2})(?:\\.\\.([0-9]{1,2}))?$");
+    const QRegularExpressionMatch match = RANGE.match(toQString(text));
+    scan.first = match.captured(1).toInt();
+    scan.last = match.captured(2).isEmpty() ? scan.first : match.captured(2).toInt();
+    const bool isGood = match.hasMatch() && scan.first >= MIN_STATION && scan.first <= scan.last;
+    return isGood ? std::string() : "expected stations from 1 to 99, for example 1..31";
+}
+
+} // namespace
+
+void addScan(CLI::App &app, Command &chosen)
+{
+    const auto scan = std::make_shared<ScanOptions>();
+    CLI::App *command = app.add_subcommand("scan", "Find the stations that answer");
+    command
+        ->add_option_function<std::string>(
+            "--stations",
+            [scan](const std::string &text) {
+                const std::string fault = parseStations(text, *scan);
+                if (!fault.empty())
+                    throw CLI::ValidationError("--stations", fault);
+            },
+            "which to ask, FIRST..LAST")
+        ->default_str("1..31");
+    command->footer(HELP);
+    setAction(*command, chosen, scan, runScan);
+}
+
+} // namespace kmr

@@ -1,0 +1,96 @@
+// kmr series: the driver's addresses at equal distances.
+#include "kmr/command_line.h"
+#include "kmr/commands/commands.h"
+#include "kmr/connection.h"
+
+#include <QVector>
+
+namespace kmr {
+
+namespace {
+
+const char *const HELP =
+    R"(An address behind the area's end is replaced by the end, and the command ends with 1.
+
+Examples:
+  kmr series D 100 4 2
+  kmr series X 0 10 1)";
+
+struct SeriesOptions {
+    std::string area;
+    int start = 0; // as the driver takes it: for X and Y the octal digits
+    int count = 1;
+    int step = 1;
+};
+
+// Whether the driver takes the text for an address, of bits or of words.
+bool isAddress(const DriverFunctions &driver, const QString &area, const QString &text)
+{
+    qint32 address = 0;
+    return driver.checkAddrValidity(area, text, &address, 1, 0) == 0 ||
+           driver.checkAddrValidity(area, text, &address, 1, 1) == 0;
+}
+
+// A series may hold what is no address: the driver carries only an octal number's last digit over,
+// and shows a start below 0 as a large number. False where it does.
+bool checkSeries(const DriverFunctions &driver, const QString &area, const QVector<QString> &texts)
+{
+    QStringList wrong;
+    for (const QString &text : texts) {
+        if (!isAddress(driver, area, text))
+            wrong.append(area + text);
+    }
+    if (wrong.isEmpty())
+        return true;
+    printError(
+        QString("%1 of %2 are no addresses of %3, the first is %4: take another start or step")
+            .arg(wrong.size())
+            .arg(texts.size())
+            .arg(area, wrong.front()));
+    return false;
+}
+
+ExitCode runSeries(const Options &options, const SeriesOptions &series)
+{
+    const QString area = toQString(series.area);
+    const auto library = loadDriver(options);
+    QVector<QString> texts;
+    QVector<qint32> numbers;
+    const int result = library->functions().multiCopy(area, series.start, series.count, series.step,
+                                                      &texts, &numbers);
+    if (result != 1 && result != 2) {
+        throw Error(
+            ErrorKind::Usage,
+            QString("%1 is no area (result %2): 'kmr areas' lists them").arg(area).arg(result));
+    }
+    RecordWriter records(options.format, "series", {"address"}, false, print);
+    for (const QString &text : texts)
+        records.add(area + text, {area + text});
+    records.end();
+    const bool areAddresses = checkSeries(library->functions(), area, texts);
+    if (result == 1)
+        return areAddresses ? ExitCode::Ok : ExitCode::ItemFailed;
+    printError(QString("some addresses lie behind the end of %1 and were replaced by the end "
+                       "(result 2): take fewer or a smaller step")
+                   .arg(area));
+    return ExitCode::ItemFailed;
+}
+
+} // namespace
+
+void addSeries(CLI::App &app, Command &chosen)
+{
+    const auto series = std::make_shared<SeriesOptions>();
+    CLI::App *command = app.add_subcommand("series", "List addresses at equal distances");
+    command->add_option("AREA", series->area, "device area")->required();
+    command->add_option("START", series->start, "first address (X and Y: its octal digits)")
+        ->required();
+    command->add_option("COUNT", series->count, "how many")
+        ->required()
+        ->check(CLI::Range(1, 65537));
+    command->add_option("STEP", series->step, "distance")->required();
+    command->footer(HELP);
+    setAction(*command, chosen, series, runSeries);
+}
+
+} // namespace kmr

@@ -1,0 +1,59 @@
+// kmr trace: explains a capture's traffic.
+#include "host/line/line_trace.h"
+#include "host/project/capture.h"
+#include "kmr/command_line.h"
+#include "kmr/commands/commands.h"
+#include "kmr/frame_records.h"
+#include "kmr/output.h"
+
+namespace kmr {
+
+namespace {
+
+const char *const HELP =
+    R"(Each line: time, direction (> sent, < received), frame, meaning. With --trace any
+command explains its traffic while it runs. A last line that breaks off is told and left
+out; the command then ends with 1.
+
+Examples:
+  kmr read D100 --capture field.jsonl --link serial:///dev/ttyUSB0
+  kmr trace field.jsonl)";
+
+struct TraceOptions {
+    std::string file;
+};
+
+ExitCode runTrace(const Options &options, const TraceOptions &what)
+{
+    const Capture capture = readCapture(toQString(what.file));
+    RecordWriter records(options.format, "trace",
+                         QStringList{"time", "direction"} + frameFieldNames(), false, print);
+    LineTrace trace([&records](const TracedLine &line) {
+        std::vector<Field> fields =
+            frameFields(visible(line.characters), kindName(line), line.frame);
+        fields.insert(fields.begin(), {timeText(line.time), line.isSent ? "sent" : "received"});
+        records.add(toText(line), fields);
+    });
+    for (const CapturedPiece &piece : capture.pieces)
+        trace.add(capture.begin.addMSecs(piece.microseconds / 1000), piece.isSent,
+                  piece.characters);
+    trace.flush();
+    records.end();
+    if (capture.cut.isEmpty())
+        return ExitCode::Ok;
+    printError(capture.cut);
+    return ExitCode::ItemFailed;
+}
+
+} // namespace
+
+void addTrace(CLI::App &app, Command &chosen)
+{
+    const auto trace = std::make_shared<TraceOptions>();
+    CLI::App *command = app.add_subcommand("trace", "Explain the traffic of a capture");
+    command->add_option("FILE", trace->file, "what --capture has written")->required();
+    command->footer(HELP);
+    setAction(*command, chosen, trace, runTrace);
+}
+
+} // namespace kmr

@@ -1,0 +1,27 @@
+// Single requests in records, as 'kmr ping' and 'kmr scan' write them.
+#pragma once
+
+#include "host/session/session.h"
+#include "kmr/options.h"
+#include "kmr/record_writer.h"
+
+#include <QString>
+
+#include <vector>
+
+namespace kmr {
+
+// The same options, but each request goes out once, so that each loss is seen.
+Options withoutRetries(Options options);
+
+// A refusal is an answer, too: the station is there.
+bool isAnswered(const Exchange &exchange);
+
+// For a person: "answered in 12.345 ms".
+QString replyText(const Exchange &exchange);
+
+// Records of requests for `command`, and the fields of one.
+RecordWriter exchangeRecords(Format format, const char *command);
+std::vector<Field> exchangeFields(const Exchange &exchange, const QString &tag);
+
+} // namespace kmr
