@@ -1,6 +1,6 @@
-# What cmake --install puts where (GNUInstallDirs): the library, the one header, kmr with its man page
-# and completion, and what CMake and pkg-config need to find the library. Components: runtime, dev,
-# kmr.
+# What cmake --install puts where (GNUInstallDirs): the library, the one header, what CMake and
+# pkg-config need to find the library, and, except in a build of the driver alone, kmr with its man
+# page and completion. Components: runtime, dev, kmr.
 include(CMakePackageConfigHelpers)
 
 set(package_dir ${CMAKE_INSTALL_LIBDIR}/cmake/OstrelKmr)
@@ -9,10 +9,6 @@ install(TARGETS ostrel_kmr ostrel_kmr_header EXPORT OstrelKmrTargets
     LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR} COMPONENT runtime NAMELINK_COMPONENT dev
     INCLUDES DESTINATION ${CMAKE_INSTALL_INCLUDEDIR})
 install(FILES driver/ostrel_kmr.h DESTINATION ${CMAKE_INSTALL_INCLUDEDIR} COMPONENT dev)
-install(TARGETS kmr RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR} COMPONENT kmr)
-install(FILES kmr/man/kmr.1 DESTINATION ${CMAKE_INSTALL_MANDIR}/man1 COMPONENT kmr)
-install(FILES kmr/completion/kmr.bash
-    DESTINATION ${CMAKE_INSTALL_DATADIR}/bash-completion/completions RENAME kmr COMPONENT kmr)
 
 install(EXPORT OstrelKmrTargets NAMESPACE OstrelKmr:: DESTINATION ${package_dir} COMPONENT dev)
 configure_package_config_file(cmake/OstrelKmrConfig.cmake.in OstrelKmrConfig.cmake
@@ -28,3 +24,11 @@ file(RELATIVE_PATH pc_to_prefix /${CMAKE_INSTALL_LIBDIR}/pkgconfig /)
 configure_file(cmake/ostrel-kmr.pc.in ostrel-kmr.pc @ONLY)
 install(FILES ${CMAKE_CURRENT_BINARY_DIR}/ostrel-kmr.pc
     DESTINATION ${CMAKE_INSTALL_LIBDIR}/pkgconfig COMPONENT dev)
+
+if(KMR_DRIVER_ONLY)
+    return()
+endif()
+install(TARGETS kmr RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR} COMPONENT kmr)
+install(FILES kmr/man/kmr.1 DESTINATION ${CMAKE_INSTALL_MANDIR}/man1 COMPONENT kmr)
+install(FILES kmr/completion/kmr.bash
+    DESTINATION ${CMAKE_INSTALL_DATADIR}/bash-completion/completions RENAME kmr COMPONENT kmr)

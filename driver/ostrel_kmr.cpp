@@ -2,11 +2,13 @@
 
 #include <cstddef>
 
-// The layout of what crosses the interface, pinned for 64-bit machines. QString is one pointer in
-// Qt 4 and 5 and three words in Qt 6.
+// The layout of what crosses the interface, pinned for 32 and 64 bits. QString is one pointer in
+// Qt 4 and 5 and three words in Qt 6; 64 bits leave a gap before one that follows an odd number of
+// 32-bit fields.
 namespace layout {
 const size_t TEXT = sizeof(QString);
-static_assert(sizeof(void *) != 8 || TEXT == (QT_VERSION < 0x060000 ? 8 : 24), "QString");
+const size_t GAP = sizeof(void *) == 8 ? 4 : 0;
+static_assert(TEXT == (QT_VERSION < 0x060000 ? 1 : 3) * sizeof(void *), "QString");
 
 static_assert(offsetof(VARIABLE, area) == 8, "VARIABLE");
 static_assert(offsetof(VARIABLE, address) == 8 + TEXT, "VARIABLE");
@@ -19,7 +21,7 @@ static_assert(offsetof(FRAME_PRO, replyLen) == 1028, "FRAME_PRO");
 static_assert(offsetof(FRAME_PRO, replyDataPos) == 1032, "FRAME_PRO");
 static_assert(offsetof(FRAME_PRO, replyDataLen) == 1036, "FRAME_PRO");
 static_assert(offsetof(FRAME_PRO, frameSpare) == 1040, "FRAME_PRO");
-static_assert(sizeof(void *) != 8 || offsetof(FRAME_PRO, var) == 1048, "FRAME_PRO");
+static_assert(offsetof(FRAME_PRO, var) == 1044 + GAP, "FRAME_PRO");
 static_assert(sizeof(FRAME_PRO) == offsetof(FRAME_PRO, var) + sizeof(VARIABLE), "FRAME_PRO");
 
 static_assert(offsetof(_RCP_VAR_PRO, station) == 4, "_RCP_VAR_PRO");
@@ -35,23 +37,23 @@ static_assert(offsetof(_DATA_, dataSpare) == 4, "_DATA_");
 static_assert(offsetof(_DATA_, wordMonitor) == 8, "_DATA_");
 static_assert(offsetof(_DATA_, bitMonitor) == 12, "_DATA_");
 static_assert(offsetof(_DATA_, station) == 16, "_DATA_");
-static_assert(sizeof(void *) != 8 || offsetof(_DATA_, area) == 24, "_DATA_");
+static_assert(offsetof(_DATA_, area) == 20 + GAP, "_DATA_");
 static_assert(offsetof(_DATA_, index) == offsetof(_DATA_, area) + TEXT, "_DATA_");
 static_assert(offsetof(_DATA_, readValue) == offsetof(_DATA_, area) + TEXT + 4, "_DATA_");
 static_assert(offsetof(_DATA_, writtenValue) == offsetof(_DATA_, area) + TEXT + 8, "_DATA_");
-static_assert(sizeof(void *) != 8 || sizeof(_DATA_) == 40 + TEXT, "_DATA_");
+static_assert(sizeof(_DATA_) == 32 + TEXT + 2 * GAP, "_DATA_");
 
 static_assert(offsetof(KEY_ADDRESS, hostWord1) == TEXT, "KEY_ADDRESS");
 static_assert(offsetof(KEY_ADDRESS, hostWord2) == 4 + TEXT, "KEY_ADDRESS");
 static_assert(offsetof(KEY_ADDRESS, station) == 8 + TEXT, "KEY_ADDRESS");
-static_assert(sizeof(void *) != 8 || offsetof(KEY_ADDRESS, area) == 16 + TEXT, "KEY_ADDRESS");
+static_assert(offsetof(KEY_ADDRESS, area) == 12 + TEXT + GAP, "KEY_ADDRESS");
 static_assert(offsetof(KEY_ADDRESS, hostText) == offsetof(KEY_ADDRESS, area) + TEXT, "KEY_ADDRESS");
 static_assert(offsetof(KEY_ADDRESS, address) == offsetof(KEY_ADDRESS, area) + 2 * TEXT,
               "KEY_ADDRESS");
 static_assert(offsetof(KEY_ADDRESS, elemKind) == offsetof(KEY_ADDRESS, address) + 4, "KEY_ADDRESS");
 static_assert(offsetof(KEY_ADDRESS, count) == offsetof(KEY_ADDRESS, address) + 8, "KEY_ADDRESS");
 static_assert(offsetof(KEY_ADDRESS, data) == offsetof(KEY_ADDRESS, address) + 12, "KEY_ADDRESS");
-static_assert(sizeof(void *) != 8 || sizeof(KEY_ADDRESS) == 1056 + 3 * TEXT, "KEY_ADDRESS");
+static_assert(sizeof(KEY_ADDRESS) == 1048 + 3 * TEXT + 2 * GAP, "KEY_ADDRESS");
 } // namespace layout
 
 namespace {

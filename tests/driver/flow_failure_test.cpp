@@ -54,7 +54,7 @@ TEST_F(FailureFlow, ExceptionAndFragmentAreBadReplies)
     QByteArray fragment(":010");
     QString text;
     EXPECT_EQ(kmr->dealRcvFrame(fragment, text), 8);
-    EXPECT_EQ(text, QStringLiteral("1#X17(2)(4)"));
+    EXPECT_EQ(text, QString::fromLatin1("1#X17(2)(4)"));
     EXPECT_EQ(answer(":0182027B"), 2);
     EXPECT_EQ(errorInfo, "1#X17(2)(11)");
 }

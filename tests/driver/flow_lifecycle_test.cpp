@@ -93,15 +93,18 @@ TEST_F(LifecycleFlow, EditorServicesLeaveARunningLinkAlone)
     EXPECT_EQ(number, 0);
     QString text;
     kmr->getDriverParameter(text);
-    EXPECT_EQ(text, QStringLiteral("0,9600,7,EVEN,1,0,1,192.168.0.10,8888,Ostrel_kmr,"
-                                   "X,Y,M,S,T,C,TV,CV,CV2,D"));
+    EXPECT_EQ(text, QString::fromLatin1("0,9600,7,EVEN,1,0,1,192.168.0.10,8888,Ostrel_kmr,"
+                                        "X,Y,M,S,T,C,TV,CV,CV2,D"));
     kmr->getDriverPropertyPage(text);
-    EXPECT_EQ(text, QStringLiteral("0_0"));
+    EXPECT_EQ(text, QString::fromLatin1("0_0"));
     kmr->SetDriverPropertyPage(text);
     EXPECT_EQ(text, QString());
-    EXPECT_EQ(kmr->checkAddrValidity(QStringLiteral("X"), QStringLiteral("17"), &number, 1, 0), 0);
+    EXPECT_EQ(
+        kmr->checkAddrValidity(QString::fromLatin1("X"), QString::fromLatin1("17"), &number, 1, 0),
+        0);
     EXPECT_EQ(number, 17);
-    EXPECT_EQ(kmr->checkAddr(QStringLiteral("CV2"), QStringLiteral("200"), &number, 2, 1), 5);
+    EXPECT_EQ(kmr->checkAddr(QString::fromLatin1("CV2"), QString::fromLatin1("200"), &number, 2, 1),
+              5);
 
     EXPECT_EQ(nextFrame(), ":01031064000187");
     EXPECT_EQ(answer(":0103021234B4"), 1);
@@ -113,9 +116,10 @@ TEST_F(LifecycleFlow, NothingGoesToStandardError)
     configure("no#numbers");
     configure("1#0#0#2#8");
     QStringList texts;
-    EXPECT_EQ(kmr->getRegDiscription(QStringLiteral("Q"), texts), 0);
-    EXPECT_EQ(kmr->checkAddr(QStringLiteral("X"), QStringLiteral("a"), nullptr, -1, 1), 4);
-    EXPECT_EQ(kmr->multiCopy(QStringLiteral("D"), 12000, 1, 1, nullptr, nullptr), 2);
+    EXPECT_EQ(kmr->getRegDiscription(QString::fromLatin1("Q"), texts), 0);
+    EXPECT_EQ(kmr->checkAddr(QString::fromLatin1("X"), QString::fromLatin1("a"), nullptr, -1, 1),
+              4);
+    EXPECT_EQ(kmr->multiCopy(QString::fromLatin1("D"), 12000, 1, 1, nullptr, nullptr), 2);
     const QVector<_RCP_VAR_PRO> recipeOfOne(1);
     kmr->setRcpAddress(&recipeOfOne);
     watch({{1, "D", 100, 9}, {1, "Q", 0, 1}, {300, "X", 18, 70}});
@@ -206,24 +210,25 @@ std::vector<std::string> asWritten(const std::vector<QString> &texts)
 
 TEST_F(LifecycleFlow, TextsOfTheEditorOutliveTheLibrary)
 {
-    QString parameter, page, empty = QStringLiteral("something");
+    QString parameter, page, empty = QString::fromLatin1("something");
     kmr->getDriverParameter(parameter);
     kmr->getDriverPropertyPage(page);
     kmr->SetDriverPropertyPage(empty);
     QStringList catalogue;
-    kmr->getRegDiscription(QStringLiteral("CV2"), catalogue);
+    kmr->getRegDiscription(QString::fromLatin1("CV2"), catalogue);
     kmr->getRegListByType(0, catalogue);
     QVector<QString> series;
     QVector<qint32> numbers;
-    EXPECT_EQ(kmr->multiCopy(QStringLiteral("D"), 11999, 2, 1, &series, &numbers), 2);
-    EXPECT_EQ(kmr->multiCopy(QStringLiteral("X"), 23417, 2, 1, &series, &numbers), 2);
-    EXPECT_EQ(kmr->multiCopy(QStringLiteral("TV_bit"), 1048575, 2, 1, &series, &numbers), 2);
+    EXPECT_EQ(kmr->multiCopy(QString::fromLatin1("D"), 11999, 2, 1, &series, &numbers), 2);
+    EXPECT_EQ(kmr->multiCopy(QString::fromLatin1("X"), 23417, 2, 1, &series, &numbers), 2);
+    EXPECT_EQ(kmr->multiCopy(QString::fromLatin1("TV_bit"), 1048575, 2, 1, &series, &numbers), 2);
     kmr.reset();
 
-    EXPECT_TRUE(parameter.startsWith(QStringLiteral("0,9600,7,EVEN,")));
-    EXPECT_EQ((page + QStringLiteral("!")).toStdString(), "0_0!");
+    EXPECT_TRUE(parameter.startsWith(QString::fromLatin1("0,9600,7,EVEN,")));
+    EXPECT_EQ((page + QString::fromLatin1("!")).toStdString(), "0_0!");
     EXPECT_EQ(empty.size(), 0);
-    EXPECT_EQ(catalogue.join(QStringLiteral(" ")).toStdString(), "ddd 200 255 1 1 X Y M S T C");
+    EXPECT_EQ(catalogue.join(QString::fromLatin1(" ")).toStdString(),
+              "ddd 200 255 1 1 X Y M S T C");
     EXPECT_EQ(
         asWritten({series.begin(), series.end()}),
         (std::vector<std::string>{"11999", "11999", "23417", "23417", "65535.15", "65536.15"}));
@@ -236,7 +241,7 @@ TEST_F(LifecycleFlow, TextsOfTheLoopOutliveTheLibrary)
     watch({{1, "D", 0, 1}});
     _RCP_VAR_PRO entry;
     entry.devId = entry.station = entry.count = 1;
-    entry.area = QStringLiteral("TV");
+    entry.area = QString::fromLatin1("TV");
     const QVector<_RCP_VAR_PRO> list{entry};
     kmr->setRcpAddress(&list);
     status[STATUS_RECIPE_UPLOAD] = 1;
@@ -250,7 +255,7 @@ TEST_F(LifecycleFlow, TextsOfTheLoopOutliveTheLibrary)
     kmr.reset();
 
     EXPECT_EQ(asWritten(handedOut), (std::vector<std::string>{"RWI", "-1", "D"}));
-    EXPECT_EQ((description + QStringLiteral("!")).toStdString(), "1#D0(1)(13)!");
+    EXPECT_EQ((description + QString::fromLatin1("!")).toStdString(), "1#D0(1)(13)!");
     EXPECT_EQ(frame.var.area.toStdString(), "D");
     handedOut.clear();
 }

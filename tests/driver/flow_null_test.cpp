@@ -15,7 +15,7 @@ protected:
     {
         _RCP_VAR_PRO entry;
         entry.devId = entry.station = entry.count = 1;
-        entry.area = QStringLiteral("D");
+        entry.area = QString::fromLatin1("D");
         const QVector<_RCP_VAR_PRO> list{entry};
         EXPECT_EQ(kmr->setRcpAddress(&list), 1);
     }
@@ -105,12 +105,14 @@ TEST_F(NullFlow, NullRecipeListEmptiesTheRecipe)
 
 TEST_F(NullFlow, AddressChecksAnswerWithoutAnOutput)
 {
-    const QString area = QStringLiteral("X");
-    EXPECT_EQ(kmr->checkAddrValidity(area, QStringLiteral("17"), nullptr, 1, 0), 0);
-    EXPECT_EQ(kmr->checkAddrValidity(area, QStringLiteral("18"), nullptr, 1, 0), 2);
-    EXPECT_EQ(kmr->checkAddr(area, QStringLiteral("17"), nullptr, -1, 1), 0);
-    EXPECT_EQ(kmr->checkAddr(QStringLiteral("D"), QStringLiteral("5"), nullptr, 1, 1), 0);
-    EXPECT_EQ(kmr->checkAddr(QStringLiteral("TV_bit"), QStringLiteral("1.2"), nullptr, -1, 1), 0);
+    const QString area = QString::fromLatin1("X");
+    EXPECT_EQ(kmr->checkAddrValidity(area, QString::fromLatin1("17"), nullptr, 1, 0), 0);
+    EXPECT_EQ(kmr->checkAddrValidity(area, QString::fromLatin1("18"), nullptr, 1, 0), 2);
+    EXPECT_EQ(kmr->checkAddr(area, QString::fromLatin1("17"), nullptr, -1, 1), 0);
+    EXPECT_EQ(kmr->checkAddr(QString::fromLatin1("D"), QString::fromLatin1("5"), nullptr, 1, 1), 0);
+    EXPECT_EQ(
+        kmr->checkAddr(QString::fromLatin1("TV_bit"), QString::fromLatin1("1.2"), nullptr, -1, 1),
+        0);
 }
 
 TEST_F(NullFlow, SeriesAnswersWithoutItsOutputs)
@@ -123,7 +125,7 @@ TEST_F(NullFlow, SeriesAnswersWithoutItsOutputs)
         EXPECT_EQ(kmr->multiCopy(area, 2000000, 2, 1, nullptr, &numbers), 2) << name;
         EXPECT_EQ(kmr->multiCopy(area, 2000000, 2, 1, &texts, nullptr), 2) << name;
     }
-    EXPECT_EQ(kmr->multiCopy(QStringLiteral("SM"), 0, 1, 1, nullptr, nullptr), 0);
+    EXPECT_EQ(kmr->multiCopy(QString::fromLatin1("SM"), 0, 1, 1, nullptr, nullptr), 0);
 }
 
 TEST_F(NullFlow, FrameIsKeptForTheNextCaller)

@@ -86,7 +86,7 @@ protected:
     {
         _RCP_VAR_PRO entry;
         entry.devId = entry.station = entry.count = 1;
-        entry.area = QStringLiteral("D");
+        entry.area = QString::fromLatin1("D");
         const QVector<_RCP_VAR_PRO> list{entry};
         kmr->setRcpAddress(&list);
         kmr->initProperty(guarded.data(), nullptr, recipe.data(), nullptr, "1#0#0#3#8", &mutex);

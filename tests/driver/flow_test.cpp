@@ -12,7 +12,7 @@ TEST_F(PollFlow, WatchedWordIsPolledStoredAndReported)
     EXPECT_EQ(takeReports(), (Reports{{1, 1, "D", 100}}));
 
     quint8 bytes[] = {0, 0};
-    EXPECT_EQ(kmr->getData(1, QStringLiteral("D"), 100, 1, bytes), 1);
+    EXPECT_EQ(kmr->getData(1, QString::fromLatin1("D"), 100, 1, bytes), 1);
     EXPECT_EQ(bytes[0], 0x34);
     EXPECT_EQ(bytes[1], 0x12);
 }
@@ -28,7 +28,7 @@ TEST_F(PollFlow, FrameRecordDescribesTheRequestAndItsReply)
     EXPECT_EQ(frame.replyDataLen, 8);
     EXPECT_EQ(frame.var.reqTag, 4);
     EXPECT_EQ(frame.var.station, 7);
-    EXPECT_EQ(frame.var.area, QStringLiteral("D"));
+    EXPECT_EQ(frame.var.area, QString::fromLatin1("D"));
     EXPECT_EQ(frame.var.address, 100);
     EXPECT_EQ(frame.var.count, 2);
 }

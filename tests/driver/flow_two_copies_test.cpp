@@ -1,18 +1,13 @@
 // Two copies of the library in one process, as a host with two links loads them.
 #include "loaded_driver.h"
 
-#include <QFile>
-#include <QTemporaryDir>
-
 class TwoCopiesFlow : public FlowTest {
 protected:
     TwoCopiesFlow()
     {
-        const QString copy = directory.filePath(QStringLiteral("libother.so"));
-        EXPECT_TRUE(QFile::copy(QStringLiteral(OSTREL_KMR_LIBRARY), copy));
         kmr.reset();
         kmr = std::make_unique<LoadedDriver>(OSTREL_KMR_LIBRARY, RTLD_GLOBAL);
-        other = std::make_unique<LoadedDriver>(copy.toStdString(), RTLD_GLOBAL);
+        other = std::make_unique<LoadedDriver>(copy.path(), RTLD_GLOBAL);
         for (int link = 0; link < 2; ++link) {
             kmr->setAddrValueChangeCallBack(record);
             configure(link == 0 ? "1#0#0#3#8" : "2#0#0#1#1");
@@ -20,7 +15,7 @@ protected:
         }
     }
 
-    QTemporaryDir directory;
+    LibraryCopy copy;
     std::unique_ptr<LoadedDriver> other; // kmr.swap(other) turns to the other link
 };
 

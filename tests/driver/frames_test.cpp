@@ -104,7 +104,7 @@ TEST(FrameText, PairThatQtRefusesAddsNothing)
         const std::string text = framed(":" + pair);
         ASSERT_EQ(
             text.substr(3),
-            QStringLiteral("%1\r\n").arg(lrc, 2, 16, QLatin1Char('0')).toUpper().toStdString())
+            QString::fromLatin1("%1\r\n").arg(lrc, 2, 16, QLatin1Char('0')).toUpper().toStdString())
             << code;
     }
 }

@@ -6,7 +6,10 @@
 #include <gtest/gtest.h>
 
 #include <dlfcn.h>
+#include <unistd.h>
 
+#include <cstdlib>
+#include <filesystem>
 #include <functional>
 #include <memory>
 #include <stdexcept>
@@ -53,6 +56,30 @@ public:
 #define OSTREL_KMR_MEMBER(name) decltype(&intf_##name) name;
     OSTREL_KMR_FUNCTIONS(OSTREL_KMR_MEMBER)
 #undef OSTREL_KMR_MEMBER
+};
+
+// A copy of the library's file for a second link in the same process, removed at its end.
+class LibraryCopy {
+    std::string name = (std::filesystem::temp_directory_path() / "ostrel_kmr_XXXXXX").string();
+
+public:
+    LibraryCopy()
+    {
+        close(mkstemp(name.data()));
+        std::filesystem::copy_file(OSTREL_KMR_LIBRARY, name,
+                                   std::filesystem::copy_options::overwrite_existing);
+    }
+    ~LibraryCopy()
+    {
+        std::filesystem::remove(name);
+    }
+    LibraryCopy(const LibraryCopy &) = delete;
+    LibraryCopy &operator=(const LibraryCopy &) = delete;
+
+    const std::string &path() const
+    {
+        return name;
+    }
 };
 
 // One report of the value-change callback: devId, station, area, address.
@@ -134,9 +161,9 @@ protected:
     // Hands in a reply, its line end added, or silence when it is empty. It keeps its characters.
     int answer(const std::string &reply)
     {
-        const QByteArray line = QByteArray::fromStdString(reply.empty() ? reply : reply + "\r\n");
+        const QByteArray line = reply.empty() ? QByteArray() : QByteArray(reply.c_str()) + "\r\n";
         QByteArray bytes = line;
-        QString text = QStringLiteral("left alone");
+        QString text = QString::fromLatin1("left alone");
         const int result = kmr->dealRcvFrame(bytes, text);
         EXPECT_EQ(bytes, line);
         errorInfo = text.toStdString();

@@ -55,7 +55,7 @@ bool Generator::chance(int percent)
 
 template <typename T> T Generator::pick(const std::vector<T> &values)
 {
-    return values[random() % values.size()];
+    return values[static_cast<std::size_t>(random() % values.size())];
 }
 
 int Generator::station()
@@ -222,7 +222,7 @@ std::string Generator::addressText(int area)
                (chance(area == TV_BIT ? 90 : 10) ? "." + std::to_string(below(18)) : "");
     std::string text;
     for (int i = below(8); i > 0; --i)
-        text += characters[random() % characters.size()];
+        text += characters[static_cast<std::size_t>(random() % characters.size())];
     return text;
 }
 

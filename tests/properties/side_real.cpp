@@ -21,11 +21,11 @@ QString areaOf(const Call &call)
 KEY_ADDRESS keyOf(const Call &call)
 {
     KEY_ADDRESS key;
-    key.label = QStringLiteral("label");
+    key.label = QString::fromLatin1("label");
     key.hostWord1 = -1;
     key.station = call.station;
     key.area = areaOf(call);
-    key.hostText = QStringLiteral("text");
+    key.hostText = QString::fromLatin1("text");
     key.address = call.address;
     key.elemKind = call.option;
     key.count = call.count;
@@ -89,7 +89,7 @@ Outcome RealSide::exported(const Call &call, const std::string &reply)
         break;
     case Kind::Reply: {
         QByteArray bytes(reply.data(), static_cast<int>(reply.size()));
-        QString info = QStringLiteral("left over");
+        QString info = QString::fromLatin1("left over");
         outcome.result = kmr.dealRcvFrame(bytes, info);
         outcome.text = info.toStdString();
         break;
@@ -186,11 +186,11 @@ Outcome RealSide::editor(const Call &call)
     Outcome outcome;
     qint32 number = -77;
     const QString text = QString::fromStdString(call.text);
-    QStringList list(QStringLiteral("kept"));
+    QStringList list(QString::fromLatin1("kept"));
     if (call.kind == Kind::Identity) {
         QString parameter;
         QString page;
-        QString settings = QStringLiteral("anything");
+        QString settings = QString::fromLatin1("anything");
         kmr.getProtocolType(&number);
         kmr.getDriverParameter(parameter);
         kmr.getDriverPropertyPage(page);
@@ -211,11 +211,11 @@ Outcome RealSide::editor(const Call &call)
         outcome.result = kmr.getRegListByType(call.option, list);
         outcome.texts = plain(list);
     } else {
-        QVector<QString> texts{QStringLiteral("kept")};
+        QVector<QString> texts{QString::fromLatin1("kept")};
         QVector<qint32> numbers{-77};
         outcome.result =
             kmr.multiCopy(areaOf(call), call.address, call.count, call.option, &texts, &numbers);
-        outcome.texts = plain(QStringList(texts.begin(), texts.end()));
+        outcome.texts = plain(texts.toList());
         outcome.numbers.assign(numbers.begin(), numbers.end());
     }
     return outcome;

@@ -62,7 +62,7 @@ QString ByteSource::area()
 
 QString ByteSource::text()
 {
-    const QString typed = QStringLiteral("0123456789.-+ 8X");
+    const QString typed = QString::fromLatin1("0123456789.-+ 8X");
     const int length = below(16);
     const bool anyCharacter = below(4) == 0;
     QString result;

@@ -7,7 +7,6 @@
 
 #include <cstddef>
 #include <cstdint>
-#include <cstring>
 
 class Digest {
 public:
@@ -19,15 +18,15 @@ public:
     void bytes(const void *data, std::size_t size)
     {
         number(static_cast<std::int64_t>(size));
-        const char *next = static_cast<const char *>(data);
+        const auto *next = static_cast<const std::uint8_t *>(data);
         for (; size >= sizeof(std::uint64_t); size -= sizeof(std::uint64_t)) {
-            std::uint64_t word = 0;
-            memcpy(&word, next, sizeof word);
+            std::uint64_t word = 0; // of the same bytes the same word, whatever the byte order
+            for (unsigned i = 0; i < sizeof word; ++i)
+                word |= static_cast<std::uint64_t>(*next++) << (8 * i);
             mix(word);
-            next += sizeof word;
         }
         for (; size > 0; --size)
-            mix(static_cast<std::uint8_t>(*next++));
+            mix(*next++);
     }
 
     void text(const QString &text)

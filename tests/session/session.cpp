@@ -231,7 +231,7 @@ void Session::Host::initialise()
 void Session::Host::identity()
 {
     const int choice = m_bytes.below(8);
-    QString text = QStringLiteral("before");
+    QString text = QString::fromLatin1("before");
     qint32 type = -1;
     if (choice == 0)
         intf_getProtocolType(&type);
@@ -373,7 +373,7 @@ QByteArray Session::Host::reply()
     case 1:
         return QByteArray(":0183027A\r\n");
     case 2:
-        return m_bytes.text().toUtf8();
+        return m_bytes.text().toLatin1();
     case 3:
         return dataReply().left(m_bytes.byte());
     case 4:
@@ -390,7 +390,7 @@ QByteArray Session::Host::reply()
 void Session::Host::takeReply()
 {
     QByteArray line = reply();
-    QString error = QStringLiteral("before");
+    QString error = QString::fromLatin1("before");
     const qint32 result = intf_dealRcvFrame(line, error);
     require(result == 0 || result == 1 || result == 2 || result == 8,
             "result of intf_dealRcvFrame");

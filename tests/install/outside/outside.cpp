@@ -7,6 +7,6 @@ int main()
 {
     QStringList areas;
     intf_getRegListByType(1, areas);
-    std::printf("%s\n", qPrintable(areas.join(QLatin1Char(','))));
+    std::printf("%s\n", qPrintable(areas.join(QLatin1String(","))));
     return 0;
 }
