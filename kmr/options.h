@@ -59,6 +59,7 @@ private:
     int m_groupLimit = 8;
     int m_gap = 0;
     std::string m_echo = "auto";
+    std::string m_inStep = "on";
     std::string m_wordOrder = "low";
     std::string m_format = "plain";
     std::string m_names;

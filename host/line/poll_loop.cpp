@@ -1,5 +1,6 @@
 #include "host/line/poll_loop.h"
 
+#include "host/line/answer_form.h"
 #include "host/line/link.h"
 
 #include <algorithm>
@@ -16,6 +17,9 @@ constexpr milliseconds IDLE_WAIT(10);
 constexpr milliseconds DAMAGED_QUIET(50); // the answer was there, only its rest may follow
 constexpr int SEND_AGAIN = 8;             // intf_dealRcvFrame's result
 constexpr int MAX_QUIET_TIMES = 10;       // a line that never falls silent is used all the same
+constexpr int CHECK_ATTEMPTS = 3;         // of a check question that confirms something
+constexpr milliseconds LONGEST_DOUBT(1000); // what waits longer gets a check question
+constexpr int READ_REPLY_OVERHEAD = 11;   // characters of a read's answer that are not data
 
 // The station's characters of a frame.
 QByteArray stationOf(const QByteArray &frame)
@@ -87,38 +91,137 @@ PollLoop::Step PollLoop::exchange()
         return Step::Exchanged;
     }
     const QByteArray frame(m_frame.frame, m_frame.frameLen);
-    const QByteArray station = stationOf(frame);
-    emptyLine();
-    if (!settle(station, isRetry))
+    const Check check = isRetry || !m_settings.inStep ? Check::Answered : checkBefore(frame);
+    if (check == Check::Broken)
         return broken();
-    if (m_stop || isLost(m_device))
+    if (check == Check::Unanswered) { // so would be the request
+        exchange.fault = ReplyFault::Silence;
+        handIn(exchange, QByteArray());
+        return Step::Exchanged;
+    }
+    const Answer answer = talk(frame, m_frame.replyLen, isRetry);
+    if (answer.end == Answer::End::NotSent)
         return broken();
+    exchange.received = answer.received;
+    exchange.roundTrip = answer.roundTrip;
+    exchange.fault = answer.fault;
+    exchange.exceptionCode = answer.exceptionCode;
+    if (answer.end == Answer::End::BrokenOff) {
+        tell(exchange);
+        return broken();
+    }
+    handIn(exchange, answer.reply);
+    quietAfter(exchange.fault, m_isRetry);
+    return Step::Exchanged;
+}
 
-    exchange.isOutOfStep = std::exchange(m_isOutOfStep, false);
-    noteSent(station, isRetry);
+// Sends a frame once, when the line has settled, and collects the answer.
+PollLoop::Answer PollLoop::talk(const QByteArray &frame, int replyChars, bool isRetry)
+{
+    Answer answer;
+    emptyLine();
+    if (!settle(stationOf(frame), isRetry) || m_stop || isLost(m_device))
+        return answer;
+    noteSent(frame, isRetry);
     const TimePoint begin = m_clock();
     ReplyFilter filter(frame, m_echo);
     ReplyFilter::Verdict verdict = ReplyFilter::Verdict::MoreWanted;
     if (send(frame)) {
-        const auto wireTime = m_settings.characterTime * (m_frame.frameLen + m_frame.replyLen);
-        verdict = collect(filter, m_clock() + m_settings.timeout + wireTime, exchange.received);
+        const auto wireTime = m_settings.characterTime * (frame.size() + replyChars);
+        verdict = collect(filter, m_clock() + m_settings.timeout + wireTime, answer.received);
     }
-    if (verdict == ReplyFilter::Verdict::MoreWanted) {
-        tell(exchange);
-        return broken();
+    answer.end = verdict == ReplyFilter::Verdict::MoreWanted ? Answer::End::BrokenOff
+                                                             : Answer::End::Over;
+    if (answer.end == Answer::End::BrokenOff)
+        return answer;
+    answer.roundTrip = m_clock() - begin;
+    answer.reply = filter.reply();
+    answer.fault = filter.fault();
+    answer.exceptionCode = filter.exceptionCode();
+    takeStraysAround(answer, frame);
+    noteEnd(frame, answer.fault);
+    return answer;
+}
+
+// Asks what must be asked before a new request. Unanswered: its station does not answer.
+PollLoop::Check PollLoop::checkBefore(const QByteArray &frame)
+{
+    const QByteArray request = modbus::decodeLine(frame).message;
+    const QByteArray waiting = m_inStep.waitingSince(m_clock() - LONGEST_DOUBT);
+    if (!waiting.isEmpty() && waiting != request.left(1) &&
+        check(waiting, {}, CHECK_ATTEMPTS) == Check::Broken)
+        return Check::Broken;
+    // A second one when the first is refused like the request before it.
+    for (int i = 0; i < 2 && m_inStep.needsCheck(request); ++i) {
+        const int attempts = m_inStep.hasUnconfirmed(request.left(1)) ? CHECK_ATTEMPTS : 1;
+        const Check result = check(request.left(1), request, attempts);
+        if (result != Check::Answered)
+            return result;
     }
-    exchange.roundTrip = m_clock() - begin;
-    exchange.fault = filter.fault();
-    exchange.exceptionCode = filter.exceptionCode();
-    handIn(exchange, filter.reply());
-    quietAfter(exchange);
-    noteEnd(station, exchange);
-    return Step::Exchanged;
+    return Check::Answered;
+}
+
+// `next`: the request that follows, or empty.
+PollLoop::Check PollLoop::check(const QByteArray &station, const QByteArray &next, int attempts)
+{
+    const QByteArray question = m_inStep.checkQuestion(station, next);
+    const QByteArray frame = modbus::encodeLine(question);
+    m_isRetry = false;
+    for (int attempt = 0; attempt < attempts; ++attempt) {
+        const Answer answer =
+            talk(frame, READ_REPLY_OVERHEAD + 2 * answerBytes(question), attempt > 0);
+        if (answer.end != Answer::End::Over)
+            return Check::Broken;
+        const bool isAnswered = answer.fault == ReplyFault::None;
+        if (m_checkObserver)
+            m_checkObserver(isAnswered ? answer.roundTrip : std::chrono::nanoseconds(0));
+        quietAfter(answer.fault, attempt + 1 < attempts);
+        if (!isAnswered)
+            continue;
+        if (m_inStep.noteCheckAnswer(question, answer.exceptionCode != 0))
+            tell(StepNews{StepNews::Kind::Confirmed, stationNumber(station)});
+        return Check::Answered;
+    }
+    m_inStep.noteCheckGiveUp(station);
+    tell(StepNews{StepNews::Kind::Unanswered, stationNumber(station)});
+    return Check::Unanswered;
+}
+
+PollLoop::Step PollLoop::confirm()
+{
+    // Twice for each station at most: a refused check question may prove nothing.
+    QByteArray last;
+    for (QByteArray station; !(station = m_inStep.waitingSince(TimePoint::max())).isEmpty();) {
+        const bool isSecond = station == last;
+        if (check(station, {}, CHECK_ATTEMPTS) == Check::Broken)
+            return broken();
+        if (isSecond && m_inStep.hasUnconfirmed(station)) {
+            m_inStep.noteGiveUp(station);
+            tell(StepNews{StepNews::Kind::Unanswered, stationNumber(station)});
+        }
+        last = station;
+    }
+    return m_stop ? Step::Stopped : Step::Exchanged;
+}
+
+// What an exchange means for those before it.
+void PollLoop::noteSteps(const QByteArray &frame, const Exchange &exchange, bool isAnswered)
+{
+    const QByteArray request = modbus::decodeLine(frame).message;
+    const int station = stationNumber(request.left(1));
+    if (isAnswered) {
+        if (m_inStep.noteAnswer(request, exchange.exceptionCode != 0, m_clock()))
+            tell(StepNews{StepNews::Kind::Confirmed, station});
+    } else if (exchange.outcome == Exchange::Outcome::GivenUp) {
+        m_inStep.noteGiveUp(request.left(1));
+        tell(StepNews{StepNews::Kind::Unanswered, station});
+    }
 }
 
 // The driver takes an empty reply for silence.
 void PollLoop::handIn(Exchange &exchange, QByteArray reply)
 {
+    const bool isAnswered = !reply.isEmpty();
     switch (m_driver.dealRcvFrame(reply, exchange.driverText)) {
     case 1:
         exchange.outcome = Exchange::Outcome::Good;
@@ -134,11 +237,19 @@ void PollLoop::handIn(Exchange &exchange, QByteArray reply)
         giveUp(m_driver, exchange.driverText);
         exchange.outcome = Exchange::Outcome::GivenUp;
     }
+    m_isRetry = exchange.outcome == Exchange::Outcome::SentAgain;
+    if (m_settings.inStep && exchange.fault != ReplyFault::NotSendable)
+        noteSteps(QByteArray(m_frame.frame, m_frame.frameLen), exchange, isAnswered);
     tell(exchange);
+    if (!m_settings.inStep)
+        tell(StepNews{StepNews::Kind::Confirmed, m_frame.var.station});
 }
 
 PollLoop::Step PollLoop::idle()
 {
+    const Step confirmed = confirm();
+    if (confirmed != Step::Exchanged)
+        return confirmed;
     if (waitUntil(m_clock() + IDLE_WAIT) == Wait::Broken)
         return broken();
     emptyLine();
@@ -169,31 +280,54 @@ bool PollLoop::settle(const QByteArray &station, bool isRetry)
     return true;
 }
 
-// What comes between requests: answers that are owed, or prove that answers are out of step.
+// What comes between requests.
 void PollLoop::takeStrays(const QByteArray &bytes)
 {
-    for (const QByteArray &line : m_strays.take(bytes)) {
-        if (modbus::decodeLine(line).fault != modbus::LineFault::None)
+    for (const QByteArray &line : m_strays.take(bytes))
+        noteStray(line, 0);
+}
+
+// What came along with an answer, or in its place.
+void PollLoop::takeStraysAround(const Answer &answer, const QByteArray &frame)
+{
+    bool isReplySeen = false;
+    for (const QByteArray &line : m_strays.take(answer.received)) {
+        if (line == answer.reply && !std::exchange(isReplySeen, true))
             continue;
-        Owed &owed = m_owed[stationOf(line)];
-        if (owed.answers > 0) {
-            --owed.answers;
-            owed.slowest =
-                std::max<std::chrono::nanoseconds>(owed.slowest, m_clock() - owed.firstSent);
-            owed.until = std::max(owed.until, owed.lastSent + owed.slowest + m_settings.timeout);
-        } else if (stationOf(line) == m_lastStation) {
-            m_isOutOfStep = true;
-            m_quiet = std::max(m_quiet, m_settings.timeout);
-            m_lastHeard = m_clock();
-        }
+        if (line != frame)
+            noteStray(line, stationOf(line) == stationOf(frame) ? 1 : 0);
     }
 }
 
-void PollLoop::noteSent(const QByteArray &station, bool isRetry)
+// `awaited`: answers that its station owes to the request in flight.
+void PollLoop::noteStray(const QByteArray &line, int awaited)
 {
-    m_strays.clear();
-    m_lastStation = station;
-    Owed &owed = m_owed[station];
+    const QByteArray message = modbus::decodeLine(line).message;
+    const auto asked = m_owed.find(stationOf(line));
+    if (message.isEmpty() || asked == m_owed.end())
+        return;
+    Owed &owed = asked->second;
+    StepNews news{StepNews::Kind::Stray, stationNumber(message.left(1)), message};
+    if (owed.answers > awaited || isAnswerTo(message, owed.unanswered))
+        news.late = m_clock() - owed.unansweredSent;
+    owed.unanswered.clear();
+    if (owed.answers > awaited) {
+        --owed.answers;
+        owed.slowest = std::max<std::chrono::nanoseconds>(owed.slowest, m_clock() - owed.firstSent);
+        owed.until = std::max(owed.until, owed.lastSent + owed.slowest + m_settings.timeout);
+    } else if (awaited == 0 && stationOf(line) == m_lastStation) {
+        m_quiet = std::max(m_quiet, m_settings.timeout);
+        m_lastHeard = m_clock();
+    }
+    m_inStep.noteStray(message.left(1), message);
+    tell(news);
+}
+
+void PollLoop::noteSent(const QByteArray &frame, bool isRetry)
+{
+    m_inStep.noteSent(modbus::decodeLine(frame).message);
+    m_lastStation = stationOf(frame);
+    Owed &owed = m_owed[m_lastStation];
     if (!isRetry)
         owed.answers = 0;
     owed.lastSent = m_clock();
@@ -202,24 +336,26 @@ void PollLoop::noteSent(const QByteArray &station, bool isRetry)
     ++owed.answers;
 }
 
-void PollLoop::noteEnd(const QByteArray &station, const Exchange &exchange)
+void PollLoop::noteEnd(const QByteArray &frame, ReplyFault fault)
 {
-    m_isRetry = exchange.outcome == Exchange::Outcome::SentAgain;
-    Owed &owed = m_owed[station];
-    const bool isAnswered = wasAnswered(exchange.fault);
-    if (isAnswered)
+    Owed &owed = m_owed[stationOf(frame)];
+    const bool isAnswered = wasAnswered(fault);
+    if (isAnswered) {
         --owed.answers;
+    } else {
+        owed.unanswered = modbus::decodeLine(frame).message;
+        owed.unansweredSent = owed.lastSent;
+    }
     const TimePoint now = m_clock();
     owed.until = isAnswered ? now + (owed.lastSent - owed.firstSent) + m_settings.timeout
                             : now + 3 * m_settings.timeout;
     owed.until = std::max(owed.until, owed.lastSent + owed.slowest + m_settings.timeout);
 }
 
-void PollLoop::quietAfter(const Exchange &exchange)
+void PollLoop::quietAfter(ReplyFault fault, bool isRetry)
 {
     m_lastHeard = m_clock();
-    const bool isRetry = exchange.outcome == Exchange::Outcome::SentAgain;
-    switch (exchange.fault) {
+    switch (fault) {
     case ReplyFault::None:
     case ReplyFault::NotSendable:
         m_quiet = m_settings.gap;
@@ -228,6 +364,13 @@ void PollLoop::quietAfter(const Exchange &exchange)
     case ReplyFault::NotHex:
     case ReplyFault::WrongLrc:
         m_quiet = std::max(m_settings.gap, std::min(DAMAGED_QUIET, m_settings.timeout));
+        break;
+    case ReplyFault::WrongStation:
+    case ReplyFault::WrongFunction:
+    case ReplyFault::WrongLength:
+    case ReplyFault::WrongAcknowledgement:
+        m_quiet = std::max(m_settings.gap, m_settings.timeout);
+        m_lastHeard = m_heard;
         break;
     case ReplyFault::Silence:
         m_quiet = isRetry ? m_settings.gap : std::max(m_settings.gap, m_settings.timeout);
@@ -249,6 +392,8 @@ void PollLoop::emptyLine()
 QByteArray PollLoop::receive()
 {
     QByteArray bytes = m_device.readAll();
+    if (!bytes.isEmpty())
+        m_heard = m_clock();
     if (m_settings.tap && !bytes.isEmpty())
         m_settings.tap(false, bytes);
     return bytes;
@@ -322,6 +467,12 @@ void PollLoop::tell(const Exchange &exchange) const
 {
     if (m_observer)
         m_observer(exchange);
+}
+
+void PollLoop::tell(const StepNews &news) const
+{
+    if (m_stepObserver)
+        m_stepObserver(news);
 }
 
 } // namespace kmr

@@ -164,11 +164,19 @@ std::vector<ElementRange> writeRanges(const Tag &tag, int groupLimit)
     return runs;
 }
 
+KEY_ADDRESS requestKey(const ElementRange &run)
+{
+    KEY_ADDRESS key = toKey(run);
+    if (isCounterArea(run.area) && run.count > 1)
+        key.count *= 2;
+    return key;
+}
+
 QList<KEY_ADDRESS> toKeys(const std::vector<ElementRange> &runs)
 {
     QList<KEY_ADDRESS> keys;
     for (const ElementRange &run : runs)
-        keys.append(toKey(run));
+        keys.append(requestKey(run));
     return keys;
 }
 

@@ -34,6 +34,9 @@ std::vector<ElementRange> readRanges(const std::vector<Tag> &tags, int groupLimi
 // one. Throws Error (Usage) where the limit is too low for that.
 std::vector<ElementRange> writeRanges(const Tag &tag, int groupLimit);
 
+// A run as the driver takes it for one request: it halves a count of several counters.
+KEY_ADDRESS requestKey(const ElementRange &run);
+
 // The runs as the driver's poll list.
 QList<KEY_ADDRESS> toKeys(const std::vector<ElementRange> &runs);
 

@@ -25,6 +25,7 @@ struct Options {
     int retries = 2;
     int groupLimit = 8;
     EchoMode echo = EchoMode::Auto;
+    bool inStep = true;               // answers count once they are confirmed
     std::chrono::milliseconds gap{0}; // silence before each request
     WordOrder wordOrder = WordOrder::LowFirst;
     Format format = Format::Plain;
