@@ -28,6 +28,7 @@ constexpr Question QUESTIONS[] = {
     {modbus::READ_HOLDING_REGISTERS, 0x1000, 3},
     {modbus::READ_HOLDING_REGISTERS, 0x1000, 4},
 };
+constexpr int LONGEST_LATENESS = 25; // timeouts; what comes later is not known for late
 constexpr int WORDS = static_cast<int>(std::size(QUESTIONS)) - BITS;
 
 QByteArray messageOf(const QByteArray &station, const Question &question)
@@ -66,13 +67,16 @@ bool InStep::needsCheck(const QByteArray &request) const
     if (found == m_stations.end() || found->second.last.isEmpty())
         return false;
     const Station &station = found->second;
-    return station.untilCheck <= 0 || (station.doubtful > 0 && !station.unconfirmed.empty()) ||
+    return station.untilCheck <= 0 || (station.doubtful > 0 && hasUnconfirmed(stationOf(request))) ||
            looksLike(station.last, station.isRefused, request);
 }
 
 QByteArray InStep::checkQuestion(const QByteArray &station, const QByteArray &next)
 {
     Station &asked = m_stations[station];
+    const auto isLateOne = [](const QByteArray &question) {
+        return [&question](const Late &late) { return looksLike(late.request, false, question); };
+    };
     ++asked.question;
     QByteArray question;
     for (int i = 0; i < BITS + WORDS; ++i) {
@@ -80,73 +84,121 @@ QByteArray InStep::checkQuestion(const QByteArray &station, const QByteArray &ne
         const int turn = asked.question + i;
         question = messageOf(station, QUESTIONS[isWords ? BITS + turn % WORDS : turn % BITS]);
         if (!looksLike(asked.last, asked.isRefused, question) &&
-            !(answerForm(question) == answerForm(next)))
+            !(answerForm(question) == answerForm(next)) &&
+            std::none_of(asked.late.begin(), asked.late.end(), isLateOne(question)))
             break;
     }
     return question;
 }
 
-void InStep::noteSent(const QByteArray &request)
+void InStep::noteSent(const QByteArray &request, TimePoint now)
 {
     Station &station = m_stations[stationOf(request)];
     station.last = request;
+    station.lastSent = now;
     station.isRefused = false;
-}
-
-// An answer that could be that to an earlier request proves nothing.
-bool InStep::confirms(const Station &station, const QByteArray &request, bool isRefused)
-{
-    const auto couldAnswer = [&](const Unconfirmed &earlier) {
-        return isRefused ? functionOf(earlier.request) == functionOf(request)
-                         : answerForm(earlier.request) == answerForm(request);
+    const auto isLost = [&](const Late &late) {
+        return late.sent + LONGEST_LATENESS * m_timeout < now;
     };
-    return !station.unconfirmed.empty() &&
-           std::none_of(station.unconfirmed.begin(), station.unconfirmed.end(), couldAnswer);
+    station.late.erase(std::remove_if(station.late.begin(), station.late.end(), isLost),
+                       station.late.end());
 }
 
-bool InStep::noteAnswer(const QByteArray &request, bool isRefused, TimePoint now)
+// What an answer in step confirms. One that could be that to an earlier request proves nothing.
+InStep::Number InStep::confirm(Station &station, const QByteArray &request, bool isRefused,
+                               TimePoint now)
+{
+    std::vector<Unconfirmed> &unconfirmed = station.unconfirmed;
+    const auto couldAnswer = [&](const Unconfirmed &earlier) {
+        return !earlier.isInStep && (isRefused
+                                         ? functionOf(earlier.request) == functionOf(request)
+                                         : answerForm(earlier.request) == answerForm(request));
+    };
+    if (std::any_of(unconfirmed.begin(), unconfirmed.end(), couldAnswer))
+        return 0;
+    for (Unconfirmed &earlier : unconfirmed)
+        earlier.isInStep = true;
+    const auto firstHeld =
+        std::find_if(unconfirmed.begin(), unconfirmed.end(),
+                     [now](const Unconfirmed &earlier) { return earlier.notBefore > now; });
+    const Number confirmed =
+        firstHeld == unconfirmed.begin() ? 0 : std::prev(firstHeld)->number;
+    unconfirmed.erase(unconfirmed.begin(), firstHeld);
+    return confirmed;
+}
+
+// When an answer to another request that may come instead of that to `request` has had its time.
+InStep::TimePoint InStep::timeOfLate(const Station &station, const QByteArray &request,
+                                     bool isRefused) const
+{
+    const auto patience =
+        std::max<std::chrono::nanoseconds>(PATIENCE * m_timeout, station.latest + m_timeout);
+    TimePoint time;
+    for (const Late &late : station.late) {
+        const bool isAlike = isRefused ? functionOf(late.request) == functionOf(request)
+                                       : answerForm(late.request) == answerForm(request);
+        if (late.request != request && isAlike)
+            time = std::max(time, late.sent + patience);
+    }
+    return time;
+}
+
+InStep::Number InStep::noteAnswer(const QByteArray &request, bool isRefused, Number number,
+                                  TimePoint now)
 {
     Station &station = m_stations[stationOf(request)];
     station.isRefused = isRefused;
     --station.untilCheck;
-    const bool isConfirmed = station.doubtful == 0 && confirms(station, request, isRefused);
-    if (isConfirmed)
-        station.unconfirmed.clear();
-    if (station.unconfirmed.empty())
-        station.since = now;
+    const Number confirmed =
+        station.doubtful == 0 ? confirm(station, request, isRefused, now) : 0;
     station.doubtful = std::max(0, station.doubtful - 1);
-    if (!station.unconfirmed.empty() && station.unconfirmed.back().request == request)
-        station.unconfirmed.back().isRefused = isRefused;
-    else
-        station.unconfirmed.push_back({request, isRefused});
-    return isConfirmed;
+    std::vector<Unconfirmed> &unconfirmed = station.unconfirmed;
+    if (!unconfirmed.empty() && !unconfirmed.back().isInStep &&
+        unconfirmed.back().request == request)
+        unconfirmed.pop_back();
+    unconfirmed.push_back(
+        {request, isRefused, number, now, timeOfLate(station, request, isRefused), false});
+    return confirmed;
 }
 
-bool InStep::noteCheckAnswer(const QByteArray &question, bool isRefused)
+InStep::Number InStep::noteCheckAnswer(const QByteArray &question, bool isRefused, TimePoint now)
 {
     Station &station = m_stations[stationOf(question)];
     station.isRefused = isRefused;
     station.untilCheck =
         std::uniform_int_distribution<int>(FEWEST_BETWEEN_CHECKS, MOST_BETWEEN_CHECKS)(m_random);
-    const bool isConfirmed = confirms(station, question, isRefused);
-    if (isConfirmed)
-        station.unconfirmed.clear();
-    return isConfirmed;
+    return confirm(station, question, isRefused, now);
 }
 
-void InStep::noteStray(const QByteArray &station, const QByteArray &message)
+void InStep::noteSilence(const QByteArray &request)
 {
-    const auto found = m_stations.find(station);
+    Station &station = m_stations[stationOf(request)];
+    station.late.push_back({request, station.lastSent});
+}
+
+std::optional<std::chrono::nanoseconds> InStep::noteStray(const QByteArray &message, TimePoint now)
+{
+    const auto found = m_stations.find(stationOf(message));
     if (found == m_stations.end())
-        return;
-    std::vector<Unconfirmed> &unconfirmed = found->second.unconfirmed;
-    unconfirmed.erase(std::remove_if(unconfirmed.begin(), unconfirmed.end(),
-                                     [&message](const Unconfirmed &earlier) {
-                                         return putsInDoubt(message, earlier.request,
-                                                            earlier.isRefused);
-                                     }),
-                      unconfirmed.end());
-    found->second.doubtful = DOUBTFUL_REQUESTS;
+        return std::nullopt;
+    Station &station = found->second;
+    const auto isPutInDoubt = [&message](const Unconfirmed &earlier) {
+        return putsInDoubt(message, earlier.request, earlier.isRefused);
+    };
+    station.unconfirmed.erase(std::remove_if(station.unconfirmed.begin(),
+                                             station.unconfirmed.end(), isPutInDoubt),
+                              station.unconfirmed.end());
+    station.doubtful = DOUBTFUL_REQUESTS;
+    const auto late =
+        std::find_if(station.late.begin(), station.late.end(), [&message](const Late &unanswered) {
+            return isAnswerTo(message, unanswered.request);
+        });
+    if (late == station.late.end())
+        return std::nullopt;
+    const std::chrono::nanoseconds lateness = now - late->sent;
+    station.latest = std::max(station.latest, lateness);
+    station.late.erase(late);
+    return lateness;
 }
 
 void InStep::noteGiveUp(const QByteArray &station)
@@ -166,19 +218,33 @@ void InStep::noteCheckGiveUp(const QByteArray &station)
 bool InStep::hasUnconfirmed(const QByteArray &station) const
 {
     const auto found = m_stations.find(station);
-    return found != m_stations.end() && !found->second.unconfirmed.empty();
+    return found != m_stations.end() && !found->second.unconfirmed.empty() &&
+           !found->second.unconfirmed.back().isInStep;
 }
 
 QByteArray InStep::waitingSince(TimePoint latest) const
 {
     QByteArray longest;
     for (const auto &[name, station] : m_stations) {
-        if (!station.unconfirmed.empty() && station.since <= latest) {
-            latest = station.since;
-            longest = name;
+        for (const Unconfirmed &answer : station.unconfirmed) {
+            const TimePoint since = answer.isInStep ? answer.notBefore : answer.since;
+            if (since <= latest) {
+                latest = since;
+                longest = name;
+            }
         }
     }
     return longest;
+}
+
+InStep::TimePoint InStep::heldUntil() const
+{
+    TimePoint until;
+    for (const auto &[name, station] : m_stations) {
+        for (const Unconfirmed &answer : station.unconfirmed)
+            until = std::max(until, answer.notBefore);
+    }
+    return until;
 }
 
 int stationNumber(const QByteArray &station)

@@ -47,7 +47,8 @@ void giveUp(const DriverFunctions &driver, QString &driverText)
 PollLoop::PollLoop(const DriverFunctions &driver, QIODevice &device, const PollSettings &settings,
                    const std::atomic<bool> &stop, Clock clock)
     : m_driver(driver), m_device(device), m_settings(settings), m_stop(stop),
-      m_clock(std::move(clock)), m_quiet(settings.firstQuiet), m_lastHeard(m_clock())
+      m_clock(std::move(clock)), m_inStep(settings.timeout), m_quiet(settings.firstQuiet),
+      m_lastHeard(m_clock())
 {
     m_echo.mode = settings.echo;
 }
@@ -73,7 +74,7 @@ bool PollLoop::isNextPassedOver()
     if (m_turn != Turn::PassOver)
         return false;
     m_isRetry = false;
-    Exchange exchange{m_frame};
+    Exchange exchange{m_frame, ++m_number};
     exchange.outcome = Exchange::Outcome::PassedOver;
     exchange.fault = ReplyFault::Silence;
     giveUp(m_driver, exchange.driverText);
@@ -83,7 +84,7 @@ bool PollLoop::isNextPassedOver()
 
 PollLoop::Step PollLoop::exchange()
 {
-    Exchange exchange{m_frame};
+    Exchange exchange{m_frame, ++m_number};
     const bool isRetry = std::exchange(m_isRetry, false);
     if (m_frame.frameLen == 0) {
         exchange.fault = ReplyFault::NotSendable;
@@ -178,8 +179,8 @@ PollLoop::Check PollLoop::check(const QByteArray &station, const QByteArray &nex
         quietAfter(answer.fault, attempt + 1 < attempts);
         if (!isAnswered)
             continue;
-        if (m_inStep.noteCheckAnswer(question, answer.exceptionCode != 0))
-            tell(StepNews{StepNews::Kind::Confirmed, stationNumber(station)});
+        tellConfirmed(station, m_inStep.noteCheckAnswer(question, answer.exceptionCode != 0,
+                                                        m_clock()));
         return Check::Answered;
     }
     m_inStep.noteCheckGiveUp(station);
@@ -187,35 +188,73 @@ PollLoop::Check PollLoop::check(const QByteArray &station, const QByteArray &nex
     return Check::Unanswered;
 }
 
-PollLoop::Step PollLoop::confirm()
+PollLoop::Step PollLoop::confirm(bool isToTheLast)
 {
-    // Twice for each station at most: a refused check question may prove nothing.
-    QByteArray last;
-    for (QByteArray station; !(station = m_inStep.waitingSince(TimePoint::max())).isEmpty();) {
-        const bool isSecond = station == last;
-        if (check(station, {}, CHECK_ATTEMPTS) == Check::Broken)
+    for (bool isOver = !m_settings.inStep; !isOver; isOver = !isToTheLast || !isHeld()) {
+        if (!checkAll() || (isToTheLast && !waitForLate()))
             return broken();
-        if (isSecond && m_inStep.hasUnconfirmed(station)) {
-            m_inStep.noteGiveUp(station);
-            tell(StepNews{StepNews::Kind::Unanswered, stationNumber(station)});
-        }
-        last = station;
     }
     return m_stop ? Step::Stopped : Step::Exchanged;
 }
 
-// What an exchange means for those before it.
-void PollLoop::noteSteps(const QByteArray &frame, const Exchange &exchange, bool isAnswered)
+bool PollLoop::isHeld() const
 {
-    const QByteArray request = modbus::decodeLine(frame).message;
-    const int station = stationNumber(request.left(1));
-    if (isAnswered) {
-        if (m_inStep.noteAnswer(request, exchange.exceptionCode != 0, m_clock()))
-            tell(StepNews{StepNews::Kind::Confirmed, station});
-    } else if (exchange.outcome == Exchange::Outcome::GivenUp) {
-        m_inStep.noteGiveUp(request.left(1));
-        tell(StepNews{StepNews::Kind::Unanswered, station});
+    return !m_inStep.waitingSince(TimePoint::max()).isEmpty();
+}
+
+// Twice for each station at most: a refused check question may prove nothing. False when broken off.
+bool PollLoop::checkAll()
+{
+    QByteArray last;
+    for (QByteArray station; !(station = m_inStep.waitingSince(m_clock())).isEmpty();) {
+        const bool isSecond = station == last;
+        if (check(station, {}, CHECK_ATTEMPTS) == Check::Broken)
+            return false;
+        if (isSecond && m_inStep.hasUnconfirmed(station))
+            noteGiveUp(station);
+        last = station;
     }
+    return true;
+}
+
+// Until all that is in step can be confirmed. False when broken off.
+bool PollLoop::waitForLate()
+{
+    for (;;) {
+        switch (waitUntil(m_inStep.heldUntil())) {
+        case Wait::Characters:
+            takeStrays(receive());
+            break;
+        case Wait::TimeOver:
+            return true;
+        case Wait::Broken:
+            return false;
+        }
+    }
+}
+
+void PollLoop::noteGiveUp(const QByteArray &station)
+{
+    m_inStep.noteGiveUp(station);
+    tell(StepNews{StepNews::Kind::Unanswered, stationNumber(station)});
+}
+
+void PollLoop::tellConfirmed(const QByteArray &station, std::uint64_t upTo) const
+{
+    if (upTo > 0)
+        tell(StepNews{StepNews::Kind::Confirmed, stationNumber(station), upTo});
+}
+
+// What an exchange means for those before it.
+void PollLoop::noteSteps(const Exchange &exchange, bool isAnswered)
+{
+    const QByteArray request =
+        modbus::decodeLine(QByteArray(m_frame.frame, m_frame.frameLen)).message;
+    if (isAnswered)
+        tellConfirmed(request.left(1), m_inStep.noteAnswer(request, exchange.exceptionCode != 0,
+                                                           exchange.number, m_clock()));
+    else if (exchange.outcome == Exchange::Outcome::GivenUp)
+        noteGiveUp(request.left(1));
 }
 
 // The driver takes an empty reply for silence.
@@ -239,15 +278,15 @@ void PollLoop::handIn(Exchange &exchange, QByteArray reply)
     }
     m_isRetry = exchange.outcome == Exchange::Outcome::SentAgain;
     if (m_settings.inStep && exchange.fault != ReplyFault::NotSendable)
-        noteSteps(QByteArray(m_frame.frame, m_frame.frameLen), exchange, isAnswered);
+        noteSteps(exchange, isAnswered);
     tell(exchange);
     if (!m_settings.inStep)
-        tell(StepNews{StepNews::Kind::Confirmed, m_frame.var.station});
+        tell(StepNews{StepNews::Kind::Confirmed, m_frame.var.station, exchange.number});
 }
 
 PollLoop::Step PollLoop::idle()
 {
-    const Step confirmed = confirm();
+    const Step confirmed = confirm(false);
     if (confirmed != Step::Exchanged)
         return confirmed;
     if (waitUntil(m_clock() + IDLE_WAIT) == Wait::Broken)
@@ -307,10 +346,9 @@ void PollLoop::noteStray(const QByteArray &line, int awaited)
     if (message.isEmpty() || asked == m_owed.end())
         return;
     Owed &owed = asked->second;
-    StepNews news{StepNews::Kind::Stray, stationNumber(message.left(1)), message};
-    if (owed.answers > awaited || isAnswerTo(message, owed.unanswered))
-        news.late = m_clock() - owed.unansweredSent;
-    owed.unanswered.clear();
+    const auto late = m_inStep.noteStray(message, m_clock());
+    if (late)
+        owed.slowest = std::max(owed.slowest, *late);
     if (owed.answers > awaited) {
         --owed.answers;
         owed.slowest = std::max<std::chrono::nanoseconds>(owed.slowest, m_clock() - owed.firstSent);
@@ -319,13 +357,12 @@ void PollLoop::noteStray(const QByteArray &line, int awaited)
         m_quiet = std::max(m_quiet, m_settings.timeout);
         m_lastHeard = m_clock();
     }
-    m_inStep.noteStray(message.left(1), message);
-    tell(news);
+    tell(StepNews{StepNews::Kind::Stray, stationNumber(message.left(1)), 0, message, late});
 }
 
 void PollLoop::noteSent(const QByteArray &frame, bool isRetry)
 {
-    m_inStep.noteSent(modbus::decodeLine(frame).message);
+    m_inStep.noteSent(modbus::decodeLine(frame).message, m_clock());
     m_lastStation = stationOf(frame);
     Owed &owed = m_owed[m_lastStation];
     if (!isRetry)
@@ -340,12 +377,10 @@ void PollLoop::noteEnd(const QByteArray &frame, ReplyFault fault)
 {
     Owed &owed = m_owed[stationOf(frame)];
     const bool isAnswered = wasAnswered(fault);
-    if (isAnswered) {
+    if (isAnswered)
         --owed.answers;
-    } else {
-        owed.unanswered = modbus::decodeLine(frame).message;
-        owed.unansweredSent = owed.lastSent;
-    }
+    else
+        m_inStep.noteSilence(modbus::decodeLine(frame).message);
     const TimePoint now = m_clock();
     owed.until = isAnswered ? now + (owed.lastSent - owed.firstSent) + m_settings.timeout
                             : now + 3 * m_settings.timeout;

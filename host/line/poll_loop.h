@@ -14,6 +14,7 @@
 
 #include <atomic>
 #include <chrono>
+#include <cstdint>
 #include <functional>
 #include <map>
 #include <optional>
@@ -47,6 +48,7 @@ struct Exchange {
     };
 
     const FRAME_PRO &request; // valid during the observer's call
+    std::uint64_t number = 0; // of the exchanges of a loop, from 1 on
     QByteArray received = {}; // all that arrived, echo and noise included
     Outcome outcome = Outcome::Interrupted;
     ReplyFault fault = ReplyFault::None;   // why it brought no usable line
@@ -58,15 +60,16 @@ struct Exchange {
 // What became of the answers that waited to be confirmed (InStep).
 struct StepNews {
     enum class Kind {
-        Confirmed, // those of the station are true
+        Confirmed, // those of the station up to `upTo` are true
         Stray,     // a line came that no request waited for: it may put them in doubt
         Unanswered // the request after them was given up: they stay in doubt
     };
 
     Kind kind = Kind::Confirmed;
     int station = 0;
-    QByteArray stray = {};                     // its message
-    std::optional<std::chrono::nanoseconds> late = {}; // of a stray that was owed, since its request
+    std::uint64_t upTo = 0; // Exchange::number
+    QByteArray stray = {};  // its message
+    std::optional<std::chrono::nanoseconds> late = {}; // of a late stray: since its request
 };
 
 // Answers that come late or twice could be taken for those of other requests. InStep finds out what
@@ -135,9 +138,9 @@ public:
     // the driver may wait for an answer that never comes: start anew with intf_initProperty.
     Step step();
 
-    // Asks check questions until nothing waits to be confirmed, or no answer comes. Exchanged,
-    // LineLost or Stopped.
-    Step confirm();
+    // Asks check questions until nothing waits for one, or no answer comes. `isToTheLast`: also
+    // waits until no late answer can put anything in doubt. Exchanged, LineLost or Stopped.
+    Step confirm(bool isToTheLast);
 
     // What is known of the line's echo.
     const Echo &echo() const
@@ -157,8 +160,6 @@ private:
         TimePoint lastSent;
         TimePoint until;                     // then what has not come is taken for lost
         std::chrono::nanoseconds slowest{0}; // what came late, came within this time
-        QByteArray unanswered;               // the last request that was not answered in time
-        TimePoint unansweredSent;
     };
 
     // What came of a frame on the line.
@@ -177,7 +178,12 @@ private:
     Step exchange();
     Step idle();
     Answer talk(const QByteArray &frame, int replyChars, bool isRetry);
-    void noteSteps(const QByteArray &frame, const Exchange &exchange, bool isAnswered);
+    void noteSteps(const Exchange &exchange, bool isAnswered);
+    void noteGiveUp(const QByteArray &station);
+    void tellConfirmed(const QByteArray &station, std::uint64_t upTo) const;
+    bool isHeld() const;
+    bool checkAll();
+    bool waitForLate();
     Check checkBefore(const QByteArray &frame);
     Check check(const QByteArray &station, const QByteArray &next, int attempts);
     bool settle(const QByteArray &station, bool isRetry);
@@ -209,6 +215,7 @@ private:
     TurnOf m_turnOf;
     Echo m_echo;
     InStep m_inStep;
+    std::uint64_t m_number = 0; // of the last exchange
     FRAME_PRO m_frame;
     Turn m_turn = Turn::Ask;           // of m_frame
     std::chrono::milliseconds m_quiet; // silence that must pass before the next request

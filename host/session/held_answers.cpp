@@ -1,7 +1,7 @@
 #include "host/session/held_answers.h"
 
 #include <algorithm>
-#include <utility>
+#include <iterator>
 
 namespace kmr {
 
@@ -16,9 +16,16 @@ void HeldAnswers::spoil(const ElementRange &run)
     }
 }
 
-std::vector<HeldAnswer> HeldAnswers::take(int station)
+std::vector<HeldAnswer> HeldAnswers::take(int station, std::uint64_t upTo)
 {
-    return std::exchange(m_answers[station], {});
+    std::vector<HeldAnswer> &held = m_answers[station];
+    const auto end = std::find_if(held.begin(), held.end(), [upTo](const HeldAnswer &answer) {
+        return answer.number > upTo;
+    });
+    std::vector<HeldAnswer> taken(std::make_move_iterator(held.begin()),
+                                  std::make_move_iterator(end));
+    held.erase(held.begin(), end);
+    return taken;
 }
 
 } // namespace kmr

@@ -13,6 +13,7 @@ namespace kmr {
 
 // A good answer or a refusal to one read request.
 struct HeldAnswer {
+    std::uint64_t number = 0; // Exchange::number
     ElementRange run;
     ElementState state;                // that it gives the run
     std::vector<std::uint32_t> values; // one for each element when the state is Good
@@ -29,8 +30,14 @@ public:
     // The elements were written: what was read before says nothing about them.
     void spoil(const ElementRange &run);
 
-    // Removes the answers of a station and returns them, the oldest first.
-    std::vector<HeldAnswer> take(int station);
+    // Removes the answers of a station up to this number and returns them, the oldest first.
+    std::vector<HeldAnswer> take(int station, std::uint64_t upTo);
+
+    // Drops all of a station.
+    void drop(int station)
+    {
+        m_answers.erase(station);
+    }
 
     void clear()
     {

@@ -6,6 +6,7 @@
 
 #include <QMutexLocker>
 
+#include <algorithm>
 #include <utility>
 
 namespace kmr {
@@ -166,9 +167,9 @@ PollLoop::Step Session::step()
     return m_loop.step();
 }
 
-PollLoop::Step Session::confirm()
+PollLoop::Step Session::confirm(bool isToTheLast)
 {
-    return m_loop.confirm();
+    return m_loop.confirm(isToTheLast);
 }
 
 RequestResult Session::readOnce(const ElementRange &run)
@@ -260,14 +261,15 @@ RequestResult Session::transferRecipe(const QVector<_RCP_VAR_PRO> &entries, Tran
             break;
     }
     const RecipeTransfer transfer = *std::exchange(m_recipeTransfer, std::nullopt);
-    progress.finished = transfer.confirmed;
-    progress.unsure = transfer.answered - transfer.confirmed + (transfer.wasSent ? 1 : 0);
-    progress.failed = transfer.result ? transfer.answered : transfer.confirmed;
+    const int answered = static_cast<int>(transfer.answered.size());
+    progress.finished = transfer.confirmed();
+    progress.unsure = answered - progress.finished + (transfer.wasSent ? 1 : 0);
+    progress.failed = transfer.result ? answered : progress.finished;
     if (transfer.result)
         return *transfer.result;
-    if (transfer.confirmed == entries.size())
+    if (progress.finished == entries.size())
         return {Outcome::Done, {}};
-    if (transfer.answered > transfer.confirmed)
+    if (answered > progress.finished && !transfer.wasSent)
         return {Outcome::Unknown, {ReplyFault::NotConfirmed, 0}};
     return {transfer.wasSent ? Outcome::Unknown : Outcome::NotSent, {}};
 }
@@ -364,9 +366,9 @@ void Session::noteQuality(const Exchange &exchange)
     }
     const ElementRange run = refreshedBy(exchange.request);
     if (exchange.outcome == Exchange::Outcome::Good)
-        m_held.add({run, {Quality::Good, {}}, driverValues(run), {}});
+        m_held.add({exchange.number, run, {Quality::Good, {}}, driverValues(run), {}});
     else if (exchange.outcome == Exchange::Outcome::GivenUp && exchange.exceptionCode != 0)
-        m_held.add({run, failed, {}, {}});
+        m_held.add({exchange.number, run, failed, {}, {}});
     else if (exchange.outcome == Exchange::Outcome::GivenUp ||
              exchange.outcome == Exchange::Outcome::PassedOver)
         m_values.set(run, failed);
@@ -379,12 +381,9 @@ void Session::noteStep(const StepNews &news)
     if (news.kind == StepNews::Kind::Stray)
         m_statistics.countStray(news.late);
     if (news.kind == StepNews::Kind::Confirmed) {
-        for (const HeldAnswer &answer : m_held.take(news.station))
+        for (const HeldAnswer &answer : m_held.take(news.station, news.upTo))
             commit(answer);
-        if (m_request && m_request->result)
-            m_request->isConfirmed = !m_request->isInDoubt;
-        if (m_recipeTransfer && !m_recipeTransfer->isInDoubt)
-            m_recipeTransfer->confirmed = m_recipeTransfer->answered;
+        noteConfirmed(news);
     } else if (m_settings.poll.inStep) {
         noteDoubt(news);
     } else if (news.kind == StepNews::Kind::Stray && !news.late) {
@@ -394,9 +393,32 @@ void Session::noteStep(const StepNews &news)
         m_stepObserver(news);
 }
 
+void Session::noteConfirmed(const StepNews &news)
+{
+    const auto isMeant = [&news](const QByteArray &request, std::uint64_t number) {
+        return stationNumber(request.left(1)) == news.station && number <= news.upTo;
+    };
+    if (m_request && m_request->result && isMeant(m_request->message, m_request->number))
+        m_request->isConfirmed = !m_request->isInDoubt;
+    if (!m_recipeTransfer)
+        return;
+    for (AnsweredEntry &entry : m_recipeTransfer->answered)
+        entry.isConfirmed = entry.isConfirmed || (!m_recipeTransfer->isInDoubt &&
+                                                  isMeant(entry.message, entry.number));
+}
+
+int Session::RecipeTransfer::confirmed() const
+{
+    const auto first = std::find_if_not(answered.begin(), answered.end(),
+                                        [](const AnsweredEntry &entry) {
+                                            return entry.isConfirmed;
+                                        });
+    return static_cast<int>(first - answered.begin());
+}
+
 void Session::noteDoubt(const StepNews &news)
 {
-    m_held.take(news.station);
+    m_held.drop(news.station);
     const auto isDoubtful = [&news](const QByteArray &request, bool isRefused) {
         return stationNumber(request.left(1)) == news.station &&
                (news.kind == StepNews::Kind::Unanswered ||
@@ -405,9 +427,12 @@ void Session::noteDoubt(const StepNews &news)
     if (m_request && m_request->result && !m_request->isConfirmed &&
         isDoubtful(m_request->message, !m_request->result->isDone()))
         m_request->isInDoubt = true;
-    if (m_recipeTransfer && m_recipeTransfer->answered > m_recipeTransfer->confirmed &&
-        isDoubtful(m_recipeTransfer->message, false))
-        m_recipeTransfer->isInDoubt = true;
+    if (!m_recipeTransfer)
+        return;
+    for (const AnsweredEntry &entry : m_recipeTransfer->answered) {
+        if (!entry.isConfirmed && isDoubtful(entry.message, false))
+            m_recipeTransfer->isInDoubt = true;
+    }
 }
 
 void Session::commit(const HeldAnswer &answer)
@@ -433,6 +458,7 @@ void Session::noteRequest(const Exchange &exchange)
         return;
     m_request->wasSent = true;
     m_request->message = messageOf(exchange.request);
+    m_request->number = exchange.number;
     if (isFinal(exchange))
         m_request->result = resultOf(exchange, m_request->wasUnanswered);
     else if (exchange.exceptionCode == 0)
@@ -442,17 +468,20 @@ void Session::noteRequest(const Exchange &exchange)
 // Entries go out in their order; other requests may still be on their way when a transfer begins.
 void Session::noteRecipe(const Exchange &exchange)
 {
-    if (!m_recipeTransfer || m_recipeTransfer->answered == m_recipeTransfer->entries.size())
+    if (!m_recipeTransfer)
         return;
-    const _RCP_VAR_PRO &entry = m_recipeTransfer->entries.at(m_recipeTransfer->answered);
+    const int answered = static_cast<int>(m_recipeTransfer->answered.size());
+    if (answered == m_recipeTransfer->entries.size())
+        return;
+    const _RCP_VAR_PRO &entry = m_recipeTransfer->entries.at(answered);
     const VARIABLE &request = exchange.request.var;
     if (request.station != entry.station || request.area != entry.area ||
         request.address != entry.address)
         return;
     m_recipeTransfer->wasSent = true;
     if (exchange.outcome == Exchange::Outcome::Good) {
-        ++m_recipeTransfer->answered;
-        m_recipeTransfer->message = messageOf(exchange.request);
+        m_recipeTransfer->answered.push_back(
+            {messageOf(exchange.request), exchange.number, false});
         m_recipeTransfer->wasSent = false;
         m_recipeTransfer->wasUnanswered = false;
     } else if (isFinal(exchange)) {

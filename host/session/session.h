@@ -118,9 +118,10 @@ public:
     // Makes one exchange. What it brings is shown once the next one to the station confirms it.
     PollLoop::Step step();
 
-    // Has everything confirmed that was answered, if the stations answer. To be called before a
-    // pause and at the end. Exchanged, LineLost or Stopped.
-    PollLoop::Step confirm();
+    // Has confirmed what was answered, if the stations answer. `isToTheLast`: also waits for late
+    // answers that may still put it in doubt. To be called at the end, without waiting before a
+    // pause. Exchanged, LineLost or Stopped.
+    PollLoop::Step confirm(bool isToTheLast = true);
 
     // Reads one run of readRanges(), words or a counter, once and ahead of the polling. Blocks
     // until it is done and confirmed.
@@ -190,20 +191,27 @@ private:
         bool wasSent = false;
         bool wasUnanswered = false; // when it was sent before
         QByteArray message;         // as it was sent last
+        std::uint64_t number = 0;   // likewise, Exchange::number
         bool isConfirmed = false;   // the result
         bool isInDoubt = false;     // the result, for good
         std::optional<RequestResult> result;
     };
 
+    struct AnsweredEntry {
+        QByteArray message; // its request
+        std::uint64_t number = 0; // Exchange::number
+        bool isConfirmed = false;
+    };
+
     struct RecipeTransfer {
         QVector<_RCP_VAR_PRO> entries;
-        int answered = 0;
-        int confirmed = 0;                   // of these
-        QByteArray message;                  // of the last entry answered
+        std::vector<AnsweredEntry> answered; // the first ones of the entries
         bool isInDoubt = false;              // an answered entry, for good
         bool wasSent = false;                // the entry behind those answered
         bool wasUnanswered = false;          // likewise, when it was sent before
         std::optional<RequestResult> result; // of the entry that failed
+
+        int confirmed() const; // those answered before the first that is not confirmed
     };
 
     void configureDriver();
@@ -215,6 +223,7 @@ private:
     void noteRequest(const Exchange &exchange);
     void noteRecipe(const Exchange &exchange);
     void noteStep(const StepNews &news);
+    void noteConfirmed(const StepNews &news);
     void noteDoubt(const StepNews &news);
     void commit(const HeldAnswer &answer);
     Values driverValues(const ElementRange &run) const;
