@@ -190,14 +190,14 @@ std::optional<std::chrono::nanoseconds> InStep::noteStray(const QByteArray &mess
                               station.unconfirmed.end());
     station.doubtful = DOUBTFUL_REQUESTS;
     const auto late =
-        std::find_if(station.late.begin(), station.late.end(), [&message](const Late &unanswered) {
-            return isAnswerTo(message, unanswered.request);
+        std::find_if(station.late.rbegin(), station.late.rend(), [&message](const Late &silent) {
+            return isAnswerTo(message, silent.request);
         });
-    if (late == station.late.end())
+    if (late == station.late.rend())
         return std::nullopt;
     const std::chrono::nanoseconds lateness = now - late->sent;
     station.latest = std::max(station.latest, lateness);
-    station.late.erase(late);
+    station.late.erase(std::next(late).base());
     return lateness;
 }
 

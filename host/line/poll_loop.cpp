@@ -347,8 +347,6 @@ void PollLoop::noteStray(const QByteArray &line, int awaited)
         return;
     Owed &owed = asked->second;
     const auto late = m_inStep.noteStray(message, m_clock());
-    if (late)
-        owed.slowest = std::max(owed.slowest, *late);
     if (owed.answers > awaited) {
         --owed.answers;
         owed.slowest = std::max<std::chrono::nanoseconds>(owed.slowest, m_clock() - owed.firstSent);
