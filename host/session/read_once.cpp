@@ -16,7 +16,7 @@ class Reader {
 public:
     Reader(Session &session, const std::vector<Tag> &tags) : m_session(session)
     {
-        for (const ElementRange &run : readRanges(tags, session.groupLimit())) {
+        for (const ElementRange &run : session.ranges(tags)) {
             (isBitArea(run.area) ? m_bits : m_words).push_back(run);
             session.forget(run);
         }

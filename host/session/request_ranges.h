@@ -26,8 +26,11 @@ namespace kmr {
 
 // All elements of `tags`, without doubles, in runs of one request each, ordered by station, area
 // and number. `groupLimit`: the driver's, 1 to 8. Throws Error (Usage) for 32-bit values that no
-// request of so many words can hold together.
-std::vector<ElementRange> readRanges(const std::vector<Tag> &tags, int groupLimit);
+// request of so many words can hold together. `Unlike`: as UnlikeCut cuts them, with elements that
+// nobody asked for where that keeps neighbours apart.
+enum class Neighbours { Any, Unlike };
+std::vector<ElementRange> readRanges(const std::vector<Tag> &tags, int groupLimit,
+                                     Neighbours neighbours = Neighbours::Any);
 
 // A tag's elements in the order of their numbers, in runs of one write request each: single bits
 // and counters, groups of words up to the limit and the border, both words of a 32-bit value in

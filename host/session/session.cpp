@@ -162,6 +162,12 @@ int Session::plan(const std::vector<ElementRange> &runs)
     return m_driver.addrMerge(toKeys(runs));
 }
 
+std::vector<ElementRange> Session::ranges(const std::vector<Tag> &tags) const
+{
+    return readRanges(tags, m_settings.groupLimit,
+                      m_settings.poll.inStep ? Neighbours::Unlike : Neighbours::Any);
+}
+
 PollLoop::Step Session::step()
 {
     return m_loop.step();

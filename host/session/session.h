@@ -171,6 +171,9 @@ public:
     // The device number for recipe entries.
     static constexpr int DEVICE = 1;
 
+    // As readRanges() for what this session polls and reads.
+    std::vector<ElementRange> ranges(const std::vector<Tag> &tags) const;
+
     int groupLimit() const
     {
         return m_settings.groupLimit;

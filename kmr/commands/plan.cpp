@@ -104,7 +104,7 @@ ExitCode runPlan(const Options &options, const PlanOptions &request)
     const std::vector<Tag> tags = connection.readTags(request.tags);
     const std::chrono::nanoseconds character = characterTimeOf(options, request.baud);
     const QList<KEY_ADDRESS> keys =
-        request.isRaw ? toRawKeys(tags) : toKeys(readRanges(tags, options.groupLimit));
+        request.isRaw ? toRawKeys(tags) : toKeys(readRanges(tags, options.groupLimit, options.inStep ? Neighbours::Unlike : Neighbours::Any));
     const Plan plan = makePlan(connection.driver(), keys, tags, options.groupLimit);
 
     RecordWriter records(options.format, "plan",

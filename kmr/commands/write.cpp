@@ -233,7 +233,7 @@ ExitCode runWrite(const Options &options, const QStringList &assignments, const 
     const std::vector<Assignment> parsed = parseAll(assignments, connection.tags());
     Session &session =
         how.dryRun ? connection.openOn(std::make_unique<DryLine>()) : connection.open();
-    session.poll(readRanges(tagsOf(parsed), session.groupLimit()));
+    session.poll(session.ranges(tagsOf(parsed)));
     return how.dryRun ? showFrames(session, options.format, parsed)
                       : writeAll(session, options.format, parsed, how.verify);
 }
