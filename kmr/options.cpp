@@ -54,6 +54,10 @@ Settings::Settings(CLI::App &app) : m_app(app)
     add("gap", m_gap, "milliseconds of silence before each request")->check(CLI::Range(0, 60000));
     add("echo", m_echo, "does the line hand requests back, as two-wire lines do: on, off or auto")
         ->check(CLI::IsMember({"on", "off", "auto"}));
+    add("in-step", m_inStep,
+        "check that no answer is taken for another request's, and show only what is confirmed: on "
+        "or off")
+        ->check(CLI::IsMember({"on", "off"}));
     add("word-order", m_wordOrder, "word of a 32-bit value that comes first: low or high")
         ->check(CLI::IsMember({"low", "high"}));
     add("format", m_format, "records as plain, table, csv, json or jsonl")
@@ -107,6 +111,7 @@ Options Settings::resolve()
     options.groupLimit = m_groupLimit;
     options.gap = std::chrono::milliseconds(m_gap);
     options.echo = m_echo == "on" ? EchoMode::On : m_echo == "off" ? EchoMode::Off : EchoMode::Auto;
+    options.inStep = m_inStep == "on";
     options.wordOrder = m_wordOrder == "high" ? WordOrder::HighFirst : WordOrder::LowFirst;
     options.format = *formatOf(toQString(m_format));
     options.isFormatAsked = find("format")->option->count() > 0;

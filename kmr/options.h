@@ -17,7 +17,7 @@
 namespace CLI {
 class App;
 class Option;
-}
+} // namespace CLI
 
 namespace kmr {
 
@@ -30,6 +30,7 @@ struct Options {
     int retries = 2;
     int groupLimit = 8;
     EchoMode echo = EchoMode::Auto;
+    bool inStep = true;               // answers count once they are confirmed
     std::chrono::milliseconds gap{0}; // silence before each request
     WordOrder wordOrder = WordOrder::LowFirst;
     Format format = Format::Plain;
@@ -87,6 +88,7 @@ private:
     int m_groupLimit = 8;
     int m_gap = 0;
     std::string m_echo = "auto";
+    std::string m_inStep = "on";
     std::string m_wordOrder = "low";
     std::string m_format = "plain";
     std::string m_names;

@@ -121,7 +121,9 @@ ExitCode runPlan(const Options &options, const PlanOptions &request)
     const std::vector<Tag> tags = connection.readTags(toQStrings(request.tags));
     const std::chrono::nanoseconds character = characterTimeOf(options, request.baud);
     const QList<KEY_ADDRESS> keys =
-        request.isRaw ? toRawKeys(tags) : toKeys(readRanges(tags, options.groupLimit));
+        request.isRaw ? toRawKeys(tags)
+                      : toKeys(readRanges(tags, options.groupLimit,
+                                          options.inStep ? Neighbours::Unlike : Neighbours::Any));
     const PollCycle cycle = pollCycleOf(connection.driver(), keys, tags, options.groupLimit);
 
     RecordWriter records(options.format, "plan",

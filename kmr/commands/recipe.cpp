@@ -98,7 +98,7 @@ void reportCertainty(const TransferResult &transfer, const std::vector<ElementRa
     const RequestResult::Outcome outcome = transfer.result.outcome;
     const bool isUnknown =
         outcome == RequestResult::Outcome::NoAnswer || outcome == RequestResult::Outcome::Unknown;
-    const auto rest = isUnknown ? failed + 1 : failed;
+    const auto rest = isUnknown ? failed + transfer.unsure : failed;
     printError("written for certain: " + namesOf(runs.begin(), failed));
     if (isUnknown)
         printError("unknown whether written: " + namesOf(failed, rest));

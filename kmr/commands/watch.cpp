@@ -102,6 +102,7 @@ ExitCode runWatch(const Options &options, const WatchOptions &watch)
     while (!isOver()) {
         const std::chrono::nanoseconds pause = watcher.pause();
         if (pause > std::chrono::nanoseconds::zero()) {
+            session.confirm(false);
             std::this_thread::sleep_for(std::min<std::chrono::nanoseconds>(pause, STOP_CHECK));
         } else if (session.step() == PollLoop::Step::LineLost && !isOver() &&
                    !bringBack(connection, watcher, isOver, pauseToReconnect)) {

@@ -249,7 +249,7 @@ ExitCode runWrite(const Options &options, const WriteOptions &how)
     const std::vector<Assignment> parsed = parseAll(toQStrings(how.assignments), connection.tags());
     Session &session =
         how.dryRun ? connection.openOn(std::make_unique<SimulatedLine>()) : connection.open();
-    session.poll(readRanges(tagsOf(parsed), session.groupLimit()));
+    session.poll(session.ranges(tagsOf(parsed)));
     return how.dryRun ? showFrames(session, options.format, parsed)
                       : writeAll(session, options.format, parsed, how.verify);
 }

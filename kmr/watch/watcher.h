@@ -65,6 +65,9 @@ private:
     using Time = std::chrono::steady_clock::time_point;
 
     void note(const Exchange &exchange);
+    void noteConfirmed(const ElementRange &run);
+    void noteStep(const StepNews &news);
+    void noteStation(int station);
     void noteQuality(std::size_t index);
     void showGood(std::size_t index);
     void makeStale(std::size_t index, const QString &cause);

@@ -211,9 +211,9 @@ TEST_F(TwoStations, RecipeToASilentStationIsSentWithItsRetries)
     entry.station = 2;
     entry.area = "D";
     entry.count = 1;
-    int finished = 0;
+    RecipeProgress progress;
     const std::size_t before = m_device.sent().size();
-    EXPECT_EQ(m_session->transferRecipe({entry}, Session::Transfer::Upload, finished).outcome,
+    EXPECT_EQ(m_session->transferRecipe({entry}, Session::Transfer::Upload, progress).outcome,
               RequestResult::Outcome::NoAnswer);
     EXPECT_EQ(m_device.sent().size() - before, 3U);
 }

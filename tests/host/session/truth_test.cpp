@@ -53,9 +53,9 @@ protected:
 
     RequestResult transfer(Session::Transfer direction)
     {
-        int finished = 0;
+        RecipeProgress progress;
         return m_session->transferRecipe({entry(0, 0), entry(1, 1), entry(2, 2)}, direction,
-                                         finished);
+                                         progress);
     }
 };
 
