@@ -28,10 +28,10 @@ Examples:
 'kmr COMMAND --help' tells more about a command.)";
 
 // In the order of the help.
-void addCommands(CLI::App &app, const kmr::Settings &settings, kmr::Command &chosen)
+void addCommands(CLI::App &app, const kmr::OptionReader &reader, kmr::Command &chosen)
 {
     kmr::addAreas(app, chosen);
-    kmr::addConfig(app, chosen, settings);
+    kmr::addConfig(app, chosen, reader);
     kmr::addTags(app, chosen);
     kmr::addWatch(app, chosen);
     kmr::addRead(app, chosen);
@@ -99,9 +99,9 @@ int main(int argc, char *argv[])
     app.fallthrough(); // global options may also follow the command
     app.require_subcommand(1);
     app.footer(HELP);
-    kmr::Settings settings(app);
+    kmr::OptionReader reader(app);
     app.set_version_flag("--version", "", "Tell the versions of kmr, Qt and the driver library");
-    addCommands(app, settings, chosen);
+    addCommands(app, reader, chosen);
     nameCommonOptions(app);
 
     try {
@@ -117,7 +117,7 @@ int main(int argc, char *argv[])
     }
     try {
         kmr::catchStopSignals();
-        return static_cast<int>(kmr::exitCodeAfterLosses(chosen(settings.resolve())));
+        return static_cast<int>(kmr::exitCodeAfterLosses(chosen(reader.read())));
     } catch (const kmr::Error &error) {
         return static_cast<int>(fail(kmr::exitCodeOf(error.kind()), error.text()));
     }

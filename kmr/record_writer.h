@@ -17,16 +17,12 @@
 
 #include <chrono>
 #include <functional>
-#include <optional>
 #include <variant>
 #include <vector>
 
 namespace kmr {
 
 enum class Format { Plain, Table, Csv, Json, JsonLines };
-
-// The format called "table", "csv", "json", "jsonl" or "plain".
-std::optional<Format> formatOf(const QString &name);
 
 // No content, a text or number, or a tag's values.
 using Field = std::variant<std::monostate, Value, std::vector<Value>>;
