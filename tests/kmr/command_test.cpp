@@ -97,19 +97,6 @@ TEST_P(CommandOnBothLinks, BadValueKeepsEverythingFromBeingWritten)
     EXPECT_EQ(kmr({"read", "D100"}).out, "D100 0\n");
 }
 
-TEST_P(CommandOnBothLinks, RecordsComeInEveryFormat)
-{
-    const Finished csv = kmr({"write", "D100=7", "--format", "csv"});
-    EXPECT_TRUE(matches(csv.out, "^time,tag,values,unit,outcome,error\n"
-                                 "\\d{4}-\\S+,D100,7,,confirmed,\n$"))
-        << csv.out.toStdString();
-    const Finished lines = kmr({"read", "D100", "--format", "jsonl"});
-    EXPECT_TRUE(matches(lines.out, "^\\{\"schema\":1,\"command\":\"read\",\"time\":\"[^\"]+\","
-                                   "\"tag\":\"D100\",\"values\":\\[7\\],\"unit\":null,"
-                                   "\"outcome\":\"good\",\"error\":null\\}\n$"))
-        << lines.out.toStdString();
-}
-
 TEST_P(CommandOnBothLinks, ProjectsFileNamesLinkTagsAndNames)
 {
     save("names.csv", "boiler.temp,D100/int16,C,0.1,flow\n");
@@ -268,125 +255,6 @@ TEST(Command, StoppedDownloadNamesNeighbouringElementsTogether)
                                          "not written: 1#TV11 1#D12..21 1#D30\n");
 }
 
-TEST(Command, AreasAreTheDriversCatalogue)
-{
-    const Finished areas = run({"areas"});
-    EXPECT_EQ(areas.exitCode, 0);
-    EXPECT_EQ(areas.out.section('\n', 0, 1), "AREA  ELEMENTS  LOWEST  HIGHEST  DIGITS   ACCESS\n"
-                                             "X     bits      0       23417    octal    read");
-    EXPECT_TRUE(areas.out.contains("CV2   counters  200     255      decimal  read, write\n"));
-    EXPECT_EQ(areas.out.count('\n'), 11);
-}
-
-TEST(Command, BadArgumentsEndWithTwo)
-{
-    EXPECT_EQ(run({}).exitCode, 2);
-    EXPECT_EQ(run({"dance"}).exitCode, 2);
-    EXPECT_EQ(run({"read"}).exitCode, 2);
-    EXPECT_EQ(run({"read", "D1", "--station", "100"}).exitCode, 2);
-    EXPECT_EQ(run({"read", "D1", "--echo", "maybe"}).exitCode, 2);
-    EXPECT_EQ(run({"areas", "--group-limit", "9"}).exitCode, 2);
-    EXPECT_EQ(run({"sim", "--listen", "udp://x"}).exitCode, 2);
-}
-
-TEST(Command, NumberThatMustBeAboveZeroIsExplained)
-{
-    EXPECT_TRUE(run({"watch", "D1", "--count", "0"})
-                    .err.contains("kmr: --count: expected a number above 0, at most 1000000000, "
-                                  "not \"0\"\n"));
-    EXPECT_TRUE(run({"watch", "D1", "--for", "-1"}).err.contains("above 0, at most 1000000000, "));
-    EXPECT_TRUE(run({"ping", "0"}).err.contains("COUNT: expected a number above 0"));
-    EXPECT_TRUE(run({"plan", "D1", "--baud", "0"}).err.contains("above 0, at most 4000000, not"));
-}
-
-TEST(Command, UnknownCommandIsNamed)
-{
-    EXPECT_EQ(run({"readd", "D1"}).err,
-              "kmr: unknown command \"readd\"\nkmr: 'kmr --help' tells more\n");
-    EXPECT_EQ(run({"recipe", "foo"}).err,
-              "kmr: unknown command \"foo\"\nkmr: 'kmr recipe --help' tells more\n");
-    EXPECT_EQ(run({"write", "--foo"}).err,
-              "kmr: unknown option --foo\nkmr: 'kmr write --help' tells more\n");
-    EXPECT_EQ(run({}).err, "kmr: A subcommand is required\nkmr: 'kmr --help' tells more\n");
-}
-
-TEST(Command, EachLineOfAFaultNamesTheProgram)
-{
-    for (const QStringList &arguments :
-         {QStringList{"read", "D99999", "Q7"}, QStringList{"read", "D1", "--station", "100"}}) {
-        const Finished read = run(arguments + QStringList{"--link", "tcp://127.0.0.1:1"});
-        EXPECT_TRUE(matches(read.err, "^(kmr: .*\n){2}$")) << read.err.toStdString();
-    }
-}
-
-TEST(Command, MissingLinkIsExplained)
-{
-    const Finished read = run({"read", "D1"});
-    EXPECT_EQ(read.exitCode, 2);
-    EXPECT_TRUE(read.err.contains("--link")) << read.err.toStdString();
-}
-
-TEST(Command, EveryBadTagIsNamed)
-{
-    const Finished read = run({"read", "D99999", "D1", "Q7", "--link", "tcp://127.0.0.1:1"});
-    EXPECT_EQ(read.exitCode, 2);
-    EXPECT_TRUE(read.err.contains("D99999") && read.err.contains("Q7")) << read.err.toStdString();
-}
-
-TEST(Command, WhatCannotBeWrittenIsRefusedWithTheReason)
-{
-    const Finished write =
-        run({"write", "TV5.3=1", "X0=1", "D0", "D1=x", "--link", "tcp://127.0.0.1:1"});
-    EXPECT_EQ(write.exitCode, 2);
-    EXPECT_TRUE(write.err.contains("TV5.3 can't be written: the controller offers no write"));
-    EXPECT_TRUE(write.err.contains("X0 can't be written: X are inputs"));
-    EXPECT_TRUE(write.err.contains("\"D0\" assigns nothing"));
-    EXPECT_TRUE(write.err.contains("bad value \"x\" for D1"));
-}
-
-TEST(Command, LinkThatDoesNotOpenEndsWithThree)
-{
-    EXPECT_EQ(run({"read", "D1", "--link", "tcp://127.0.0.1:1"}).exitCode, 3);
-    EXPECT_EQ(run({"read", "D1", "--link", "serial:///dev/no-such-port"}).exitCode, 3);
-}
-
-TEST(Command, LibraryThatDoesNotFitEndsWithSeven)
-{
-    EXPECT_EQ(run({"areas", "--driver", "/no/such/driver.so"}).exitCode, 7);
-    const Finished stub = run({"areas", "--driver", STUB_LIBRARY});
-    EXPECT_EQ(stub.exitCode, 7);
-    EXPECT_TRUE(stub.err.contains("it lacks intf_getDriverParameter")) << stub.err.toStdString();
-}
-
-TEST(Command, LibraryForAnotherQtThatTheSystemsLoaderFindsEndsWithSeven)
-{
-    const QFileInfo library(OTHER_QT_LIBRARY);
-    qputenv("LD_LIBRARY_PATH", library.path().toLocal8Bit());
-    const Finished areas = run({"areas", "--driver", library.fileName()});
-    qunsetenv("LD_LIBRARY_PATH");
-    EXPECT_EQ(areas.exitCode, 7);
-    EXPECT_TRUE(areas.err.contains(library.filePath() + " is built for Qt 4, this program for Qt "))
-        << areas.err.toStdString();
-}
-
-TEST(Command, HelpTeachesWithExamples)
-{
-    for (const char *command : {"areas", "watch", "read", "write", "sim", "recipe", "tags"}) {
-        const Finished help = run({command, "--help"});
-        EXPECT_EQ(help.exitCode, 0);
-        EXPECT_TRUE(matches(help.out, "Examples:\n  kmr .*\n  kmr ")) << command;
-    }
-    EXPECT_TRUE(run({"recipe", "upload", "--help"}).out.contains("Examples:"));
-    EXPECT_TRUE(matches(run({"--help"}).out, "(?s)Exit codes:.*Examples:\n  kmr [^\n]*\n  kmr "));
-}
-
-TEST(Command, HelpNamesTheOptionsOfAllCommandsAndHowTagsAreTyped)
-{
-    EXPECT_TRUE(run({"ping", "--help"}).out.contains("'kmr --help' lists the options"));
-    EXPECT_TRUE(run({"recipe", "upload", "--help"}).out.contains("'kmr --help' lists the options"));
-    EXPECT_TRUE(run({"plan", "--help"}).out.contains("A TAG is [STATION#]AREA ADDRESS"));
-}
-
 TEST(Command, DryRunShowsTheFramesOfWrites)
 {
     const Finished write = run({"write", "--dry-run", "D100=250", "M0x2=1,0"});
@@ -486,30 +354,6 @@ TEST(Command, RefusalEndsWithFive)
     const Finished write = run({"write", "D1=1", "D2=2", "--link", controller.link()});
     EXPECT_EQ(write.exitCode, 5);
     EXPECT_TRUE(write.err.contains("D2: not written, because of the failure before"));
-}
-
-TEST(Command, ValueThatReadsBackDifferentlyEndsWithSix)
-{
-    FakeController controller([](const QByteArray &line) {
-        return QByteArray(line.mid(3, 2) == "10" ? ":0110106400017A\r\n" : ":0103020001F9\r\n");
-    });
-    const Finished write = run({"write", "--verify", "D100=2", "--link", controller.link()});
-    EXPECT_EQ(write.exitCode, 6);
-    EXPECT_TRUE(write.err.contains("D100: wrote 2, read back 1")) << write.err.toStdString();
-}
-
-TEST(Command, ElementThatIsNotWrittenAgainMustReadBackAsItWasWritten)
-{
-    FakeController controller([](const QByteArray &line) {
-        if (line.mid(3, 2) == "03")
-            return QByteArray(":01030400090005EA\r\n");
-        return QByteArray(line.mid(5, 4) == "1064" ? ":01101064000279\r\n" : ":01101065000179\r\n");
-    });
-    const Finished write =
-        run({"write", "--verify", "D100x2=1,2", "D101=5", "--link", controller.link()});
-    EXPECT_EQ(write.exitCode, 6);
-    EXPECT_TRUE(write.err.contains("D100x2: wrote 1 2, read back 9 5")) << write.err.toStdString();
-    EXPECT_EQ(write.out, "D101 5 verified\n");
 }
 
 TEST(Command, DifferentFailuresEndWithOne)

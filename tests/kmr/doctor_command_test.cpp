@@ -144,19 +144,6 @@ TEST(Doctor, LinkThatDoesNotOpenIsARecordAndEndsWithThree)
         << doctor.out.toStdString();
 }
 
-TEST(Doctor, WrongUsageEndsWithTwoAndPrintsNoRecord)
-{
-    for (const QStringList &arguments :
-         {QStringList{"--format", "json"},
-          QStringList{"--format", "json", "--link", "tcp://127.0.0.1:1", "--tag", "Q1"},
-          QStringList{"--format", "json", "--link", "tcp://127.0.0.1:1", "--try"},
-          QStringList{"--link", "serial:///dev/ttyS0", "--try", "--capture", "/dev/null"}}) {
-        const Finished doctor = run(QStringList{"doctor"} + arguments);
-        EXPECT_EQ(doctor.exitCode, 2) << doctor.err.toStdString();
-        EXPECT_EQ(doctor.out, "");
-    }
-}
-
 // The controller hears only what is sent at 19200 bits a second.
 TEST(Doctor, TryNamesTheFramingThatWorks)
 {

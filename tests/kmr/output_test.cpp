@@ -89,15 +89,6 @@ TEST_F(OutputTest, UploadThatDoesNotFitOnTheDiskLeavesTheOldFile)
     EXPECT_EQ(loadFile(path("mixer.csv")), "D0x500,0\n");
 }
 
-TEST_F(OutputTest, UploadIsNotBegunWhereItsFileCannotBeWritten)
-{
-    const Finished upload =
-        kmr({"recipe", "upload", "/no/such/directory/mixer.csv", "D0", "--station", "2"});
-    EXPECT_EQ(upload.exitCode, 2); // nobody was asked: station 2 would not have answered
-    EXPECT_TRUE(upload.err.contains("cannot write /no/such/directory/mixer.csv"))
-        << qPrintable(upload.err);
-}
-
 TEST_F(OutputTest, UploadToADeviceLeavesTheDevice)
 {
     EXPECT_EQ(kmr({"recipe", "upload", "/dev/stdout", "D0x2"}).out, "tag,value\nD0x2,0 0\n");

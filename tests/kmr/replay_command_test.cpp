@@ -87,10 +87,3 @@ TEST_P(ReplayOnBothLinks, UnknownRequestIsReportedOnceAndNotAnswered)
                              ":01031065000186\\\\r\\\\n  station 01: read D101\n$"))
         << log.toStdString();
 }
-
-TEST(Replay, FileThatIsNoCaptureEndsWithTwo)
-{
-    EXPECT_EQ(run({"replay", "/no/such/file"}).exitCode, 2);
-    EXPECT_TRUE(run({"replay", KMR_EXECUTABLE}).err.contains(":1: no capture of kmr"));
-    EXPECT_EQ(run({"replay"}).exitCode, 2);
-}
