@@ -8,10 +8,10 @@ namespace {
 
 class ReplayOnBothLinks : public testing::TestWithParam<const char *> {
 protected:
-    // The file of a capture of `arguments` against a simulator with these faults.
-    QString capture(const QStringList &arguments, const QStringList &faults = {})
+    // The file of a capture of `arguments` against a simulator.
+    QString capture(const QStringList &arguments)
     {
-        Simulator simulator(QStringList{"--listen", "tcp://127.0.0.1:0"} + faults);
+        const Simulator simulator({"--listen", "tcp://127.0.0.1:0"});
         run({"write", "D100=250", "CV2200=70000", "--link", simulator.link()});
         const QString file = m_directory.filePath("field.jsonl");
         m_captured = run(arguments + QStringList{"--capture", file, "--link", simulator.link()});
@@ -54,25 +54,6 @@ TEST_P(ReplayOnBothLinks, CutCaptureIsReplayedAsFarAsItGoes)
     EXPECT_EQ(run({"read", "D100", "--link", replay.link()}).out, "D100 250\n");
     EXPECT_EQ(replay.terminate(), 0);
     EXPECT_EQ(replay.log(), file + ":4: breaks off, left out\n");
-}
-
-TEST_P(ReplayOnBothLinks, CapturedRefusalIsRepeated)
-{
-    const QStringList read = {"read", "D100", "--retries", "0"};
-    Simulator replay(arguments(capture(read, {"--fault", "exception=6"})), "replay");
-    EXPECT_EQ(m_captured.exitCode, 5);
-    const Finished again = run(read + QStringList{"--link", replay.link()});
-    EXPECT_EQ(again.exitCode, 5);
-    EXPECT_EQ(again.err, m_captured.err);
-}
-
-TEST_P(ReplayOnBothLinks, CapturedSilenceIsRepeated)
-{
-    const QStringList read = {"read", "2#D100", "--retries", "0", "--timeout", "20"};
-    Simulator replay(arguments(capture(read)), "replay");
-    EXPECT_EQ(run(read + QStringList{"--link", replay.link()}).exitCode, 4);
-    EXPECT_EQ(replay.terminate(), 0);
-    EXPECT_EQ(replay.log(), "");
 }
 
 TEST_P(ReplayOnBothLinks, UnknownRequestIsReportedOnceAndNotAnswered)

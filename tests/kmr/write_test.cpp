@@ -54,10 +54,11 @@ TEST(Write, EachElementOfEachStationMustReadBackAsItWasWrittenLast)
 TEST(Write, RunWhoseSecondRequestIsRefusedIsNotConfirmed)
 {
     const Simulator simulator({"--listen", "tcp://127.0.0.1:0", "--fault", "exception=4,every=2"});
-    const Finished write =
-        run({"write", "D0x10=0,1,2,3,4,5,6,7,8,9", "--retries", "0", "--link", simulator.link()});
+    const Finished write = run({"write", "D0x10=0,1,2,3,4,5,6,7,8,9", "D20=1", "--retries", "0",
+                                "--link", simulator.link()});
     EXPECT_EQ(write.exitCode, 5);
     EXPECT_EQ(write.out, "");
     EXPECT_EQ(write.err, "D0x10: stopped at D8\n"
-                         "D0x10: refused: server device failure (exception 04)\n");
+                         "D0x10: refused: server device failure (exception 04)\n"
+                         "D20: not written, because of the failure before\n");
 }
