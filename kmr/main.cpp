@@ -25,7 +25,7 @@ Examples:
   kmr watch D100 X0x8 --link tcp://192.168.0.10:8888
   kmr doctor --link serial:///dev/ttyUSB0?baud=19200
 
-'kmr COMMAND --help' tells more about a command.)";
+'kmr COMMAND --help' explains a command.)";
 
 // In the order of the help.
 void addCommands(CLI::App &app, const kmr::OptionReader &reader, kmr::Command &chosen)
@@ -100,7 +100,7 @@ int main(int argc, char *argv[])
     app.require_subcommand(1);
     app.footer(HELP);
     kmr::OptionReader reader(app);
-    app.set_version_flag("--version", "", "Tell the versions of kmr, Qt and the driver library");
+    app.set_version_flag("--version", "", "Print the versions of kmr, Qt and the driver library");
     addCommands(app, reader, chosen);
     nameCommonOptions(app);
 
@@ -112,8 +112,8 @@ int main(int argc, char *argv[])
         if (error.get_exit_code() == 0)
             return app.exit(error); // help was asked for
         return static_cast<int>(
-            fail(ExitCode::Usage, QString("%1\n'%2 --help' tells more")
-                                      .arg(faultOf(app, error), understoodCommand(app))));
+            fail(ExitCode::Usage,
+                 QString("%1\nsee '%2 --help'").arg(faultOf(app, error), understoodCommand(app))));
     }
     try {
         kmr::catchStopSignals();

@@ -71,12 +71,12 @@ OptionReader::OptionReader(CLI::App &app) : m_app(app)
         "driver library to load; else libostrel_kmr.so.1 beside kmr, else the system's",
         "KMR_DRIVER")
         .fromFile = libraryPath;
-    add("station", o.station, "station of tags that name none", MIN_STATION, MAX_STATION);
+    add("station", o.station, "station of tags that don't name one", MIN_STATION, MAX_STATION);
     add("timeout", o.timeout, "milliseconds to wait for an answer", 1, 600000);
-    add("retries", o.retries, "times a request is sent again before giving up", 0, 1000);
+    add("retries", o.retries, "how often a request is sent again before it is given up", 0, 1000);
     add("group-limit", o.groupLimit, "words that a request may carry", 1, 8);
     add("gap", o.gap, "milliseconds of silence before each request", 0, 60000);
-    add("echo", o.echo, "does the line hand requests back, as two-wire lines do: on, off or auto",
+    add("echo", o.echo, "whether the line echoes requests, as two-wire lines do: on, off or auto",
         ECHO_MODES);
     add("word-order", o.wordOrder, "word of a 32-bit value that comes first: low or high",
         WORD_ORDERS);

@@ -36,7 +36,7 @@ struct Options {
     QString capture;            // file that receives every character; empty: none
     QString names;              // file of names; empty: none
     QStringList tags;           // of the project's file, for commands that are given none
-    QString tagsSource;         // where they stand: "kmr.toml:3"
+    QString tagsSource;         // their place: "kmr.toml:3"
 };
 
 class OptionReader {
@@ -61,7 +61,7 @@ public:
 private:
     // An option that the project's file may hold.
     struct Entry {
-        QString key; // in the file, and behind "--" on the command line
+        QString key; // in the file, and after "--" on the command line
         CLI::Option *option = nullptr;
         const char *variable = nullptr; // of the environment, or null
         // What a value in the file stands for; throws Error for a bad one. Empty: for itself.

@@ -1,4 +1,4 @@
-// kmr config: the settings in force, and where from.
+// kmr config: the settings in force, and their source.
 #include "kmr/command_line.h"
 #include "kmr/commands/commands.h"
 #include "kmr/options.h"

@@ -1,12 +1,11 @@
-// What kmr prints, word for word: its options, and what commands report of a controller with fixed
-// memory, as plain lines, in a table and as typed records. The texts lie in tests/kmr/golden. When
-// one changes on purpose, write them anew and look at the difference:
+// What commands report of a controller with fixed memory, word for word: as plain lines, in a table
+// and as typed records. The texts lie in tests/kmr/golden. When one changes on purpose, write them
+// anew and look at the difference:
 //
 //     KMR_WRITE_GOLDEN=1 ctest -R Golden && git diff tests/kmr/golden
 #include "simulator/areas.h"
 #include "simulator/controller.h"
 #include "simulator/tcp_server.h"
-#include "tests/kmr/help_pages.h"
 #include "tests/kmr/kmr_process.h"
 
 #include <QFile>
@@ -114,23 +113,6 @@ protected:
 };
 
 } // namespace
-
-// Without the texts below, which stand in the source as they are shown.
-TEST_F(Golden, ArgumentsAndOptionsOfEachCommand)
-{
-    static const QRegularExpression LISTS("^(kmr |\\w[^\n]*\nUsage:|Positionals:|Options:)");
-    QString text;
-    for (const HelpPage &page : helpPages()) {
-        text += "$ kmr " + (page.command + QStringList{"--help"}).join(' ') + '\n';
-        for (const QString &part : page.text.split("\n\n")) {
-            if (LISTS.match(part).hasMatch())
-                text += part.trimmed() + '\n';
-        }
-        text += '\n';
-    }
-    compare("help",
-            text.replace("  -h,--help                   Print this help message and exit\n", ""));
-}
 
 TEST_F(Golden, Areas)
 {

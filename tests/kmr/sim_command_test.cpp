@@ -89,15 +89,3 @@ TEST(Sim, KeepsItsMemoryInAFile)
     EXPECT_EQ(simulator.terminate(), 0);
     EXPECT_EQ(loadFile(file), "tag,value\nCV2200,70000\nD100,250\n");
 }
-
-TEST(Sim, NamesEveryBadLineOfItsMemoryFile)
-{
-    const QTemporaryDir directory;
-    const QString file = directory.filePath("plant.csv");
-    saveFile(file, "D100,250\nD100\nQ1,1\n");
-    const Finished bad = run({"sim", "--listen", "tcp://127.0.0.1:0", "--load", file});
-    EXPECT_EQ(bad.exitCode, 2);
-    EXPECT_EQ(bad.out, "");
-    EXPECT_TRUE(bad.err.contains("plant.csv:2: bad value \"\" for D100"));
-    EXPECT_TRUE(bad.err.contains("plant.csv:3: \"Q1\" is no element"));
-}
