@@ -68,7 +68,8 @@ TEST(ManPage, ExplainsEachOptionWithItsCommandItsRangeAndItsDefault)
                                            QRegularExpression::NormalMatch,
                                            QRegularExpression::AnchoredMatchOption);
             if (value.capturedLength(1) > 0) {
-                EXPECT_TRUE(entry.contains(value.captured(1) + " to " + value.captured(2)));
+                EXPECT_TRUE(entry.contains(QRegularExpression("\\b" + value.captured(1) + " to " +
+                                                              value.captured(2) + "\\b")));
             }
             if (value.capturedLength(3) > 0) {
                 EXPECT_TRUE(entry.contains(
