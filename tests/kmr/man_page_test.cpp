@@ -54,7 +54,7 @@ TEST(ManPage, ExplainsEachOptionWithItsCommandItsRangeAndItsDefault)
 {
     // INT:INT in [1 - 9]=1, TEXT:{on,off}=on, TEXT=D0
     static const QRegularExpression VALUE(
-        "[A-Z]+(?::\\w+ in \\[(\\S+) - (\\S+)\\]|:\\{[^}]*\\})?(?:=(\\S+))?");
+        "^[A-Z]+(?::\\w+ in \\[(\\S+) - (\\S+)\\]|:\\{[^}]*\\})?(?:=(\\S+))?");
     for (const HelpPage &page : helpPages()) {
         const QString text = sectionOf(page).replace("\n.BR ", " ");
         for (const QString &option : page.options) {
@@ -64,9 +64,7 @@ TEST(ManPage, ExplainsEachOptionWithItsCommandItsRangeAndItsDefault)
             const QString entry =
                 text.section(QRegularExpression(option + "[\n ]"), 1).section("\n.TP", 0, 0);
             EXPECT_NE(entry, "");
-            const auto value = VALUE.match(page.text.section("  " + option + ' ', 1), 0,
-                                           QRegularExpression::NormalMatch,
-                                           QRegularExpression::AnchoredMatchOption);
+            const auto value = VALUE.match(page.text.section("  " + option + ' ', 1));
             if (value.capturedLength(1) > 0) {
                 EXPECT_TRUE(entry.contains(QRegularExpression("\\b" + value.captured(1) + " to " +
                                                               value.captured(2) + "\\b")));
