@@ -13,7 +13,7 @@ namespace kmr {
 namespace {
 
 const char *const HELP =
-    R"(Nothing is sent again, so each loss is seen. A refusal is an answer, too. Ends with 0 when
+    R"(Nothing is sent again, so every loss counts. A refusal is an answer, too. Ends with 0 when
 all were answered, 1 when some were lost, 4 when all were.
 
 Examples:

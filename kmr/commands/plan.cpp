@@ -27,7 +27,7 @@ struct PlanOptions {
     bool isRaw = false;      // the tags as typed, not as kmr polls them
 };
 
-// The link's settings where it is a serial one, else the driver's default ones.
+// The link's settings if it is a serial one, else the driver's default ones.
 std::chrono::nanoseconds characterTimeOf(const Options &options, std::optional<int> baud)
 {
     LinkAddress address;

@@ -27,7 +27,7 @@ using IsOver = std::function<bool()>;
 const char *const HELP =
     R"(On a terminal it shows a live table (unless --count or --format is given), else a
 line for each change. A lost TCP connection is opened again.
-A station that stays silent is asked more seldom while others answer.
+A station that stays silent is asked less often while others answer.
 Ctrl-C ends it, with a summary on stderr.
 
 )";

@@ -16,7 +16,7 @@ namespace kmr {
 
 // A station that does not answer is one outage, however many requests it concerns and whatever they
 // fail of; elements that it refuses are one each. An outage has ended when all its requests are
-// answered and none failed for CALM, so that a line that fails every now and then is told once.
+// answered and none failed for CALM, so that a line that fails now and then is reported once.
 class Outages {
 public:
     using Time = std::chrono::steady_clock::time_point;

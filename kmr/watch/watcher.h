@@ -23,7 +23,7 @@ class Watcher {
 public:
     // Observes the session, which must outlive it. `isLive`: in a table, else in records of this
     // format. `wantedCycle`: see WatchCycle. The watch is over with change number `maxChanges`;
-    // that a value is stale is no change.
+    // that a value is stale is not a change.
     Watcher(Session &session, std::vector<Tag> tags, Format format, bool isLive,
             std::chrono::milliseconds wantedCycle, std::optional<std::uint64_t> maxChanges);
     ~Watcher();
@@ -38,7 +38,7 @@ public:
     // The line is lost: nothing is fresh any more. `advice` follows the words.
     void noteLoss(const QString &advice);
 
-    // It is open again. That it is back is told with the first answer.
+    // It is open again. That it is back is reported with the first answer.
     void noteReconnection();
 
     // Lost, and nothing was answered since.
