@@ -13,17 +13,20 @@ using simulator::Controller;
 using simulator::isStation;
 using simulator::Memory;
 
-using Bits = std::vector<int>;                                // addresses of those that are on
-using Registers = std::vector<std::pair<int, std::uint32_t>>; // address and value
-
 const char *const SILENCE = "";
 
-Memory memoryOf(const Bits &bits, const Registers &registers)
+Memory bits(const std::vector<int> &addresses)
 {
     Memory memory;
-    for (const int address : bits)
+    for (const int address : addresses)
         memory.setBit(static_cast<std::uint16_t>(address), true);
-    for (const auto &[address, value] : registers)
+    return memory;
+}
+
+Memory registers(const std::vector<std::pair<int, std::uint32_t>> &values)
+{
+    Memory memory;
+    for (const auto &[address, value] : values)
         memory.setValue(static_cast<std::uint16_t>(address), value);
     return memory;
 }
@@ -42,8 +45,7 @@ std::string times(int count, const char *text)
 
 struct Read {
     const char *rule;
-    Bits bits;
-    Registers registers;
+    Memory memory;
     std::string request;
     std::string answer;
 };
@@ -53,8 +55,7 @@ struct Write {
     const char *rule;
     std::string request;
     std::string answer;
-    Bits bits;
-    Registers registers;
+    Memory memory;
 };
 
 struct Refusal {
@@ -67,9 +68,9 @@ void expectAnswers(const std::vector<Read> &rows)
 {
     for (const Read &row : rows) {
         Controller controller("01");
-        controller.memory() = memoryOf(row.bits, row.registers);
+        controller.memory() = row.memory;
         EXPECT_EQ(answerOf(controller, row.request), row.answer) << row.rule;
-        EXPECT_TRUE(controller.memory() == memoryOf(row.bits, row.registers)) << row.rule;
+        EXPECT_TRUE(controller.memory() == row.memory) << row.rule;
     }
 }
 
@@ -78,7 +79,7 @@ void expectWrites(const std::vector<Write> &rows)
     for (const Write &row : rows) {
         Controller controller("01");
         EXPECT_EQ(answerOf(controller, row.request), row.answer) << row.rule;
-        EXPECT_TRUE(controller.memory() == memoryOf(row.bits, row.registers)) << row.rule;
+        EXPECT_TRUE(controller.memory() == row.memory) << row.rule;
     }
 }
 
@@ -87,9 +88,9 @@ void expectRefusals(const std::vector<Refusal> &rows)
 {
     for (const Refusal &row : rows) {
         Controller controller("01");
-        controller.memory() = memoryOf({0x0500}, {});
+        controller.memory() = bits({0x0500});
         EXPECT_EQ(answerOf(controller, row.request), row.answer) << row.rule << row.request;
-        EXPECT_TRUE(controller.memory() == memoryOf({0x0500}, {})) << row.rule << row.request;
+        EXPECT_TRUE(controller.memory() == bits({0x0500})) << row.rule << row.request;
     }
 }
 
@@ -98,77 +99,63 @@ void expectRefusals(const std::vector<Refusal> &rows)
 TEST(Controller, ReadsBits)
 {
     expectAnswers({
-        {"lowest bit first", {0x0400, 0x0402, 0x040F}, {}, ":010204000010E9", ":010202058076"},
-        {"32 bits in four bytes",
-         {0x0400, 0x0409, 0x0412, 0x041F},
-         {},
-         ":010204000020D9",
+        {"lowest bit first", bits({0x0400, 0x0402, 0x040F}), ":010204000010E9", ":010202058076"},
+        {"32 bits in four bytes", bits({0x0400, 0x0409, 0x0412, 0x041F}), ":010204000020D9",
          ":0102040102048072"},
-        {"from any bit", {0x0401, 0x0408}, {}, ":010204010008F0", ":010201817B"},
-        {"zeros behind the last", {0x0400, 0x0401}, {}, ":010204000001F8", ":01020101FB"},
-        {"nine in two bytes", {0x0407, 0x0408, 0x0409}, {}, ":010204000009F0", ":01020280017A"},
-        {"quantity in hexadecimal", {}, {}, ":010204000012E7", ":010203000000FA"},
-        {"one", {}, {}, ":010200000001FC", ":01020100FC"},
-        {"2000", {}, {}, ":0102000007D026", ":0102FA" + times(250, "00") + "03"},
-        {"the last", {0xFFFF}, {}, ":0102FFFF0001FE", ":01020101FB"},
-        {"up to the last", {0xFFFF}, {}, ":0102FFF00010FE", ":01020200807B"},
+        {"from any bit", bits({0x0401, 0x0408}), ":010204010008F0", ":010201817B"},
+        {"zeros behind the last", bits({0x0400, 0x0401}), ":010204000001F8", ":01020101FB"},
+        {"nine in two bytes", bits({0x0407, 0x0408, 0x0409}), ":010204000009F0", ":01020280017A"},
+        {"quantity in hexadecimal", {}, ":010204000012E7", ":010203000000FA"},
+        {"one", {}, ":010200000001FC", ":01020100FC"},
+        {"2000", {}, ":0102000007D026", ":0102FA" + times(250, "00") + "03"},
+        {"the last", bits({0xFFFF}), ":0102FFFF0001FE", ":01020101FB"},
+        {"up to the last", bits({0xFFFF}), ":0102FFF00010FE", ":01020200807B"},
     });
 }
 
 TEST(Controller, ReadsRegisters)
 {
     expectAnswers({
-        {"high byte first",
-         {},
-         {{0x1064, 0x1234}, {0x1065, 0xABCD}},
-         ":01031064000286",
+        {"high byte first", registers({{0x1064, 0x1234}, {0x1065, 0xABCD}}), ":01031064000286",
          ":0103041234ABCD3A"},
         // A panel that wants 12 words writes "0012" and gets 18.
-        {"quantity in hexadecimal", {}, {}, ":010310000012DA", ":010324" + times(36, "00") + "D8"},
-        {"counter", {}, {{0x0EC8, 0x12345678}}, ":01030EC8000125", ":01030412345678E4"},
-        {"two counters",
-         {},
-         {{0x0EC8, 1}, {0x0EC9, 0x80000000}},
-         ":01030EC8000224",
+        {"quantity in hexadecimal", {}, ":010310000012DA", ":010324" + times(36, "00") + "D8"},
+        {"counter", registers({{0x0EC8, 0x12345678}}), ":01030EC8000125", ":01030412345678E4"},
+        {"two counters", registers({{0x0EC8, 1}, {0x0EC9, 0x80000000}}), ":01030EC8000224",
          ":010308000000018000000073"},
-        {"all counters", {}, {}, ":01030EC80038EE", ":0103E0" + times(224, "00") + "1C"},
-        {"before the counters", {}, {{0x0EC7, 0x1111}}, ":01030EC7000126", ":0103021111D8"},
-        {"last counter", {}, {{0x0EFF, 0x22222222}}, ":01030EFF0001EE", ":0103042222222270"},
-        {"behind the counters", {}, {{0x0F00, 0x3333}}, ":01030F000001EC", ":010302333394"},
-        {"125", {}, {}, ":01030000007D7F", ":0103FA" + times(250, "00") + "02"},
-        {"the last", {}, {{0xFFFF, 0x4321}}, ":0103FFFF0001FD", ":010302432196"},
-        {"up to the last", {}, {{0xFFFF, 0x4321}}, ":0103FFFE0002FD", ":0103040000432194"},
+        {"all counters", {}, ":01030EC80038EE", ":0103E0" + times(224, "00") + "1C"},
+        {"before the counters", registers({{0x0EC7, 0x1111}}), ":01030EC7000126", ":0103021111D8"},
+        {"last counter", registers({{0x0EFF, 0x22222222}}), ":01030EFF0001EE", ":0103042222222270"},
+        {"behind the counters", registers({{0x0F00, 0x3333}}), ":01030F000001EC", ":010302333394"},
+        {"125", {}, ":01030000007D7F", ":0103FA" + times(250, "00") + "02"},
+        {"the last", registers({{0xFFFF, 0x4321}}), ":0103FFFF0001FD", ":010302432196"},
+        {"up to the last", registers({{0xFFFF, 0x4321}}), ":0103FFFE0002FD", ":0103040000432194"},
     });
 }
 
 TEST(Controller, WritesABitAndEchoesTheRequest)
 {
     expectWrites({
-        {"on", ":0105B000FF004B", ":0105B000FF004B", {0xB000}, {}},
-        {"first", ":01050000FF00FB", ":01050000FF00FB", {0x0000}, {}},
-        {"last", ":0105FFFFFF00FD", ":0105FFFFFF00FD", {0xFFFF}, {}},
+        {"on", ":0105B000FF004B", ":0105B000FF004B", bits({0xB000})},
+        {"first", ":01050000FF00FB", ":01050000FF00FB", bits({0x0000})},
+        {"last", ":0105FFFFFF00FD", ":0105FFFFFF00FD", bits({0xFFFF})},
     });
     Controller controller("01");
-    controller.memory() = memoryOf({0x050E, 0x050F}, {});
+    controller.memory() = bits({0x050E, 0x050F});
     EXPECT_EQ(answerOf(controller, ":0105050F0000E6"), ":0105050F0000E6");
-    EXPECT_TRUE(controller.memory() == memoryOf({0x050E}, {}));
+    EXPECT_TRUE(controller.memory() == bits({0x050E}));
 }
 
 TEST(Controller, WritesRegistersAndAnswersAddressAndQuantity)
 {
     expectWrites({
-        {"two",
-         ":0110100A00020412345678BB",
-         ":0110100A0002D3",
-         {},
-         {{0x100A, 0x1234}, {0x100B, 0x5678}}},
-        {"a counter", ":01100EC80001045678123400", ":01100EC8000118", {}, {{0x0EC8, 0x56781234}}},
-        {"two counters",
-         ":01100EFE0002080000000189ABCDEFE8",
-         ":01100EFE0002E1",
-         {},
-         {{0x0EFE, 1}, {0x0EFF, 0x89ABCDEF}}},
-        {"the last", ":0110FFFF000102AAAA9A", ":0110FFFF0001F0", {}, {{0xFFFF, 0xAAAA}}},
+        {"two", ":0110100A00020412345678BB", ":0110100A0002D3",
+         registers({{0x100A, 0x1234}, {0x100B, 0x5678}})},
+        {"a counter", ":01100EC80001045678123400", ":01100EC8000118",
+         registers({{0x0EC8, 0x56781234}})},
+        {"two counters", ":01100EFE0002080000000189ABCDEFE8", ":01100EFE0002E1",
+         registers({{0x0EFE, 1}, {0x0EFF, 0x89ABCDEF}})},
+        {"the last", ":0110FFFF000102AAAA9A", ":0110FFFF0001F0", registers({{0xFFFF, 0xAAAA}})},
     });
     Controller controller("01");
     EXPECT_EQ(answerOf(controller, ":01101000007BF6" + times(123, "1234") + "CC"),
@@ -257,8 +244,8 @@ TEST(Controller, IsSilentToBadLinesAndOtherStations)
 TEST(Controller, ObeysABroadcastInSilence)
 {
     expectWrites({
-        {"bit", ":00050500FF00F7", SILENCE, {0x0500}, {}},
-        {"register", ":00101000000102123497", SILENCE, {}, {{0x1000, 0x1234}}},
+        {"bit", ":00050500FF00F7", SILENCE, bits({0x0500})},
+        {"register", ":00101000000102123497", SILENCE, registers({{0x1000, 0x1234}})},
     });
 }
 

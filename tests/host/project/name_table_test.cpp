@@ -2,6 +2,7 @@
 
 #include "host/error.h"
 #include "host/tags/values.h"
+#include "tests/host/library.h"
 
 #include <gtest/gtest.h>
 
@@ -9,18 +10,17 @@ using namespace kmr;
 
 namespace {
 
-const DriverFunctions &library()
-{
-    static const DriverLibrary LOADED(DRIVER_LIBRARY);
-    return LOADED.functions();
-}
-
 NameTable goodNames(const QString &text)
 {
     QStringList faults;
     NameTable names = NameTable::parse(text, "names.csv", faults);
     EXPECT_EQ(faults.join('\n').toStdString(), "");
     return names;
+}
+
+NamedTagReader readerOf(const QString &text)
+{
+    return {TagReader(library(), 1), goodNames(text)};
 }
 
 QStringList faultsOf(const QString &text)
@@ -34,8 +34,8 @@ QStringList faultsOf(const QString &text)
 
 TEST(Names, StandForTheirTag)
 {
-    const NameTable names = goodNames("name,tag,unit,scale,comment\nboiler.temp,2#D100/int16,C\n");
-    const NamedTagReader reader(TagReader(library(), 1), names);
+    const NamedTagReader reader =
+        readerOf("name,tag,unit,scale,comment\nboiler.temp,2#D100/int16,C\n");
     const Tag tag = reader.read("boiler.temp");
     EXPECT_EQ(tag.elements, (ElementRange{2, "D", 100, 1}));
     EXPECT_EQ(tag.text, "boiler.temp");
@@ -45,8 +45,7 @@ TEST(Names, StandForTheirTag)
 
 TEST(Names, ScaleMultipliesWhatIsShownAndDividesWhatIsWritten)
 {
-    const NameTable names = goodNames("t,D100/int16,C,0.1\nf,D0/float32,,10\nc,CV2200,,0.1\n");
-    const NamedTagReader reader(TagReader(library(), 1), names);
+    const NamedTagReader reader = readerOf("t,D100/int16,C,0.1\nf,D0/float32,,10\nc,CV2200,,0.1\n");
     EXPECT_EQ(formatValues(reader.read("t"), {235}), "23.5");
     EXPECT_EQ(parseValues(reader.read("t"), "-0.1"), (Values{0xFFFF}));
     EXPECT_THROW(parseValues(reader.read("t"), "3276.8"), Error);
@@ -64,7 +63,7 @@ TEST(Names, SecondLineOfANameIsRefusedAlsoWithTheSameTag)
 
 TEST(Names, CheckAsksForTheTagOfAName)
 {
-    const NamedTagReader reader(TagReader(library(), 1), goodNames("a,D12000\n"));
+    const NamedTagReader reader = readerOf("a,D12000\n");
     EXPECT_EQ(reader.check("a").address, "12000");
     EXPECT_EQ(reader.check("D7").address, "7");
     try {
@@ -77,8 +76,7 @@ TEST(Names, CheckAsksForTheTagOfAName)
 
 TEST(Names, ScaledNumberThatIsNoneIsRefused)
 {
-    const NameTable names = goodNames("t,D100/int16,C,0.1\n");
-    const NamedTagReader reader(TagReader(library(), 1), names);
+    const NamedTagReader reader = readerOf("t,D100/int16,C,0.1\n");
     try {
         parseValues(reader.read("t"), "warm");
         FAIL() << "it was accepted";
@@ -89,8 +87,7 @@ TEST(Names, ScaledNumberThatIsNoneIsRefused)
 
 TEST(Names, ScaleLeavesABcdNumberWithoutDecimalDigitsAsItIs)
 {
-    const NameTable names = goodNames("b,D0/bcd,,0.1\n");
-    const NamedTagReader reader(TagReader(library(), 1), names);
+    const NamedTagReader reader = readerOf("b,D0/bcd,,0.1\n");
     EXPECT_EQ(formatValues(reader.read("b"), {0x1234}), "123.4");
     EXPECT_EQ(formatValues(reader.read("b"), {0x12A4}), "0x12A4");
 }

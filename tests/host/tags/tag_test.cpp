@@ -1,6 +1,7 @@
 #include "host/tags/tag.h"
 
 #include "host/error.h"
+#include "tests/host/library.h"
 
 #include <gtest/gtest.h>
 
@@ -8,22 +9,11 @@ using namespace kmr;
 
 namespace {
 
-const DriverFunctions &library()
-{
-    static const DriverLibrary LOADED(DRIVER_LIBRARY);
-    return LOADED.functions();
-}
-
-Tag tag(const QString &text)
-{
-    return TagReader(library(), 1).read(text);
-}
-
 // The text of the error, or an empty one when the tag is fine.
 std::string faultOf(const QString &text)
 {
     try {
-        tag(text);
+        tagOf(text);
     } catch (const Error &error) {
         EXPECT_EQ(error.code(), ExitCode::Usage);
         return error.what();
@@ -73,20 +63,20 @@ TEST(Tag, NamesElements)
         {"TV2304", ElementKind::Word, {1, "TV", 2304, 1}},
     };
     for (const auto &row : ROWS) {
-        const Tag found = tag(row.text);
+        const Tag found = tagOf(row.text);
         EXPECT_EQ(found.kind, row.kind) << row.text;
         EXPECT_EQ(found.elements, row.elements) << row.text;
     }
-    EXPECT_EQ(tag("2#M0x16").count, 16);
-    EXPECT_EQ(tag("TV5.14..6.1").count, 4);
-    EXPECT_EQ(tag("TV5.3").firstBit, 3);
+    EXPECT_EQ(tagOf("2#M0x16").count, 16);
+    EXPECT_EQ(tagOf("TV5.14..6.1").count, 4);
+    EXPECT_EQ(tagOf("TV5.3").firstBit, 3);
 }
 
 TEST(Tag, InputsAndBitsOfWordsCannotBeWritten)
 {
-    EXPECT_FALSE(tag("X0").isWritable);
-    EXPECT_FALSE(tag("TV5.3").isWritable);
-    EXPECT_TRUE(tag("Y0").isWritable);
+    EXPECT_FALSE(tagOf("X0").isWritable);
+    EXPECT_FALSE(tagOf("TV5.3").isWritable);
+    EXPECT_TRUE(tagOf("Y0").isWritable);
 }
 
 TEST(Tag, StationIsTheReadersIfNoneIsNamed)

@@ -1,23 +1,13 @@
 #include "host/tags/values.h"
 
 #include "host/error.h"
+#include "tests/host/library.h"
 
 #include <gtest/gtest.h>
 
 using namespace kmr;
 
 namespace {
-
-const DriverFunctions &library()
-{
-    static const DriverLibrary LOADED(DRIVER_LIBRARY);
-    return LOADED.functions();
-}
-
-Tag tag(const QString &text)
-{
-    return TagReader(library(), 1).read(text);
-}
 
 std::string faultOf(const Tag &tag, const QString &text)
 {
@@ -56,7 +46,7 @@ TEST(Values, AreReadByTheirType)
         {"D0/text", "\u00e9", {0x00E9}},
     };
     for (const auto &row : ROWS)
-        EXPECT_EQ(parseValues(tag(row.tag), QString::fromUtf8(row.text)), row.values) << row.text;
+        EXPECT_EQ(parseValues(tagOf(row.tag), QString::fromUtf8(row.text)), row.values) << row.text;
 }
 
 TEST(Values, AreShownByTheirType)
@@ -84,7 +74,7 @@ TEST(Values, AreShownByTheirType)
         {"D0x3/text", {0x1F7E, 0x807F, 0xE99F}, "~\\x1f\\x7f\\x80\\x9f\u00e9"},
     };
     for (const auto &row : ROWS)
-        EXPECT_EQ(formatValues(tag(row.tag), row.values), QString::fromUtf8(row.text)) << row.tag;
+        EXPECT_EQ(formatValues(tagOf(row.tag), row.values), QString::fromUtf8(row.text)) << row.tag;
 }
 
 TEST(Values, OutsideTheRangeOfTheirTypeOrOfAnotherNumberAreRefused)
@@ -117,12 +107,12 @@ TEST(Values, OutsideTheRangeOfTheirTypeOrOfAnotherNumberAreRefused)
         {"D0", "x"},
     };
     for (const auto &[name, text] : ROWS)
-        EXPECT_NE(faultOf(tag(name), text), "none") << name << ' ' << text;
-    EXPECT_EQ(faultOf(tag("CV2200/bcd"), "100000000"),
+        EXPECT_NE(faultOf(tagOf(name), text), "none") << name << ' ' << text;
+    EXPECT_EQ(faultOf(tagOf("CV2200/bcd"), "100000000"),
               "bad value \"100000000\" for CV2200/bcd: expected 0 to 99999999");
-    EXPECT_EQ(faultOf(tag("M0"), "0x2"), "bad value \"0x2\" for M0: expected 0x0 to 0x1");
-    EXPECT_EQ(faultOf(tag("D0"), "0x"), "bad value \"0x\" for D0: expected 0x0 to 0xFFFF");
-    EXPECT_NE(faultOf(tag("D0x2/text"), QString::fromUtf8("\u20ac"))
+    EXPECT_EQ(faultOf(tagOf("M0"), "0x2"), "bad value \"0x2\" for M0: expected 0x0 to 0x1");
+    EXPECT_EQ(faultOf(tagOf("D0"), "0x"), "bad value \"0x\" for D0: expected 0x0 to 0xFFFF");
+    EXPECT_NE(faultOf(tagOf("D0x2/text"), QString::fromUtf8("\u20ac"))
                   .find("expected characters of Latin-1 only"),
               std::string::npos);
 }
@@ -137,12 +127,12 @@ TEST(TypedValues, WordOrderTurnsThemRound)
 TEST(TypedValues, HexadecimalDigitsAreTheBitsOfEveryTypeUpToItsWidth)
 {
     for (const char *type : {"", "/int16", "/uint16", "/hex", "/bcd"}) {
-        EXPECT_EQ(parseValues(tag(QString("D0") + type), "0xFFFA"), (Values{0xFFFA})) << type;
-        EXPECT_THROW(parseValues(tag(QString("D0") + type), "0x10000"), Error) << type;
+        EXPECT_EQ(parseValues(tagOf(QString("D0") + type), "0xFFFA"), (Values{0xFFFA})) << type;
+        EXPECT_THROW(parseValues(tagOf(QString("D0") + type), "0x10000"), Error) << type;
     }
     for (const char *type : {"/int32", "/uint32", "/float32"}) {
-        EXPECT_EQ(parseValues(tag(QString("D0") + type), "0xFFC00001"), (Values{0x0001, 0xFFC0}));
-        EXPECT_THROW(parseValues(tag(QString("D0") + type), "0x100000000"), Error) << type;
+        EXPECT_EQ(parseValues(tagOf(QString("D0") + type), "0xFFC00001"), (Values{0x0001, 0xFFC0}));
+        EXPECT_THROW(parseValues(tagOf(QString("D0") + type), "0x100000000"), Error) << type;
     }
 }
 
@@ -150,22 +140,22 @@ TEST(TypedValues, FloatThatIsNoNumberKeepsItsBits)
 {
     for (const std::uint32_t bits : {0x7FC00000U, 0xFFC00000U, 0xFFFFFFFFU, 0x7F800001U}) {
         const Values values = {bits & 0xFFFF, bits >> 16};
-        const QString text = formatValues(tag("D0/float32"), values);
+        const QString text = formatValues(tagOf("D0/float32"), values);
         EXPECT_EQ(text, QString("0x%1").arg(QString::number(bits, 16).toUpper()));
-        EXPECT_EQ(parseValues(tag("D0/float32"), text), values);
+        EXPECT_EQ(parseValues(tagOf("D0/float32"), text), values);
     }
 }
 
 TEST(ScaledValues, AreRefusedAsTypedWithTheScaledLimits)
 {
-    Tag scaled = tag("D0/int16");
+    Tag scaled = tagOf("D0/int16");
     scaled.scale = 0.1;
     EXPECT_EQ(faultOf(scaled, "5000"),
               "bad value \"5000\" for D0/int16: expected -3276.8 to 3276.7");
     scaled.scale = -2;
     EXPECT_EQ(faultOf(scaled, "70000"),
               "bad value \"70000\" for D0/int16: expected -65534 to 65536");
-    Tag number = tag("D0/float32");
+    Tag number = tagOf("D0/float32");
     number.scale = 10;
     EXPECT_EQ(faultOf(number, "1e40"), "bad value \"1e40\" for D0/float32: expected a number from "
                                        "-3.4e+39 to 3.4e+39, for example 21.5");
@@ -173,7 +163,7 @@ TEST(ScaledValues, AreRefusedAsTypedWithTheScaledLimits)
 
 TEST(ScaledValues, BitsAreNotScaled)
 {
-    Tag scaled = tag("D0/float32");
+    Tag scaled = tagOf("D0/float32");
     scaled.scale = 0.1;
     EXPECT_EQ(formatValues(scaled, {0, 0xFFC0}), "0xFFC00000");
     EXPECT_EQ(parseValues(scaled, "0xFFC00000"), (Values{0, 0xFFC0}));
@@ -183,7 +173,8 @@ TEST(ScaledValues, BitsAreNotScaled)
 
 TEST(TypedValues, BcdWithOtherDigitsIsWrittenAsItIsShown)
 {
-    EXPECT_EQ(parseValues(tag("D0/bcd"), formatValues(tag("D0/bcd"), {0x000A})), (Values{0x000A}));
+    EXPECT_EQ(parseValues(tagOf("D0/bcd"), formatValues(tagOf("D0/bcd"), {0x000A})),
+              (Values{0x000A}));
 }
 
 TEST(ScaledValues, AreTheNearestThatTheElementsHold)
@@ -205,11 +196,11 @@ TEST(ScaledValues, AreTheNearestThatTheElementsHold)
         {"CV2200/bcd", 0.01, "123.45", {0x12345}},
     };
     for (const auto &row : ROWS) {
-        Tag scaled = tag(row.tag);
+        Tag scaled = tagOf(row.tag);
         scaled.scale = row.scale;
         EXPECT_EQ(parseValues(scaled, row.text), row.values) << row.tag << ' ' << row.text;
     }
-    Tag counter = tag("CV2200");
+    Tag counter = tagOf("CV2200");
     counter.scale = 0.1;
     EXPECT_EQ(formatValues(counter, {0xFFFFFFFF}), "429496729.5");
 }
