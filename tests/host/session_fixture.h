@@ -4,6 +4,7 @@
 #include "host/session/request_ranges.h"
 #include "host/session/session.h"
 #include "simulator/controller.h"
+#include "tests/host/library.h"
 #include "tests/host/scripted_device.h"
 
 #include <gtest/gtest.h>
@@ -11,12 +12,6 @@
 #include <memory>
 
 namespace kmr {
-
-inline const DriverFunctions &library()
-{
-    static const DriverLibrary LOADED(DRIVER_LIBRARY);
-    return LOADED.functions();
-}
 
 // An answer that never comes.
 inline QByteArray silence(const QByteArray &, const QByteArray &)
@@ -46,7 +41,7 @@ protected:
 
     static Tag tag(const QString &text)
     {
-        return TagReader(library(), 1).read(text);
+        return tagOf(text);
     }
 
     static std::vector<Tag> tags(const QStringList &texts)

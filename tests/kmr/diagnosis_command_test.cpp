@@ -1,5 +1,6 @@
 // The commands of kmr that explain and test, against a simulated controller in this process.
 #include "simulator/controller.h"
+#include "simulator/faults.h"
 #include "simulator/tcp_server.h"
 #include "tests/kmr/kmr_process.h"
 
@@ -24,7 +25,7 @@ protected:
     }
 
     simulator::Controller m_controller{"01"};
-    simulator::TcpServer m_server{m_controller};
+    simulator::TcpServer m_server{simulator::respondAs(m_controller)};
     QTemporaryDir m_directory;
 };
 

@@ -1,4 +1,6 @@
 // kmr doctor against simulated controllers, good and bad ones.
+#include "simulator/controller.h"
+#include "simulator/faults.h"
 #include "simulator/pseudo_terminal.h"
 #include "tests/kmr/kmr_process.h"
 

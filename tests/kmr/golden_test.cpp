@@ -4,6 +4,7 @@
 //
 //     KMR_WRITE_GOLDEN=1 ctest -R Golden && git diff tests/kmr/golden
 #include "simulator/controller.h"
+#include "simulator/faults.h"
 #include "simulator/tcp_server.h"
 #include "tests/kmr/kmr_process.h"
 
@@ -107,7 +108,7 @@ protected:
     }
 
     simulator::Controller m_controller{"01"};
-    simulator::TcpServer m_server{m_controller};
+    simulator::TcpServer m_server{simulator::respondAs(m_controller)};
     QTemporaryDir m_directory;
 };
 
