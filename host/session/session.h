@@ -92,7 +92,8 @@ public:
         m_confirmObserver = std::move(observer);
     }
 
-    // Is called for each element whose confirmed value is a new one, with the driver's address.
+    // Is called for each element whose confirmed value is another than before, 0 at first, with the
+    // driver's address.
     using ChangeObserver = std::function<void(qint32 station, const QString &area, qint32 address)>;
     void setChangeObserver(ChangeObserver observer)
     {

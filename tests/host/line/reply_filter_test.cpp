@@ -24,7 +24,9 @@ ReplyFault faultOf(const QByteArray &request, const QByteArray &line)
 {
     Echo echo;
     ReplyFilter filter(request, echo);
-    const Verdict verdict = filter.take(line);
+    Verdict verdict = filter.take(line);
+    if (verdict == Verdict::MoreWanted)
+        verdict = filter.end();
     return verdict == Verdict::Bad ? filter.fault() : ReplyFault::None;
 }
 
@@ -92,6 +94,15 @@ TEST(ReplyFilter, CharactersThatAreNoDigitsAreBad)
 TEST(ReplyFilter, AnotherStationsAnswerIsBad)
 {
     EXPECT_EQ(faultOf(READ_D100, ":0203021234B3\r\n"), ReplyFault::WrongStation);
+}
+
+TEST(ReplyFilter, AnswerAfterALineThatAnswersSomethingElseIsGood)
+{
+    Echo echo;
+    ReplyFilter filter(READ_D100, echo);
+    EXPECT_EQ(filter.take(":01030412345678E4\r\n"), Verdict::MoreWanted);
+    EXPECT_EQ(filter.take(D100_IS_1234), Verdict::Good);
+    EXPECT_EQ(filter.reply(), D100_IS_1234);
 }
 
 TEST(ReplyFilter, StationIsComparedByItsCharacters)
