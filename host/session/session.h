@@ -231,7 +231,7 @@ private:
     void noteDoubt(const StepNews &news);
     void commit(const HeldAnswer &answer);
     Values driverValues(const ElementRange &run) const;
-    void runTransfer(Transfer direction);
+    void runTransfer(const QVector<_RCP_VAR_PRO> &entries, Transfer direction);
     int plan(const std::vector<ElementRange> &runs);
     void keepPolling(const ElementRange &run);
     void beginRead(const ElementRange &run);
