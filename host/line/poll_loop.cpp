@@ -297,9 +297,9 @@ bool PollLoop::settle(const QByteArray &station, bool isRetry)
     const TimePoint begin = m_clock();
     for (;;) {
         TimePoint end = std::min(m_lastHeard + m_quiet, begin + MAX_QUIET_TIMES * m_quiet);
-        const Owed &owed = m_owed[station];
-        if (owed.answers > 0 && !isRetry)
-            end = std::max(end, owed.until);
+        const auto owed = m_owed.find(station);
+        if (owed != m_owed.end() && owed->second.answers > 0 && !isRetry)
+            end = std::max(end, owed->second.until);
         if (m_clock() >= end)
             break;
         const Wait wait = waitUntil(end);

@@ -7,8 +7,8 @@ namespace kmr {
 bool ConfirmedValues::confirm(int station, const QString &area, int number, std::uint32_t value)
 {
     Element &element = m_elements[{station, area}][number];
-    const bool isNew = !element.isKnown || element.value != value;
-    element = {{Quality::Good, {}}, value, true};
+    const bool isNew = element.value != value;
+    element = {{Quality::Good, {}}, value};
     return isNew;
 }
 

@@ -15,7 +15,7 @@ namespace kmr {
 
 class ConfirmedValues {
 public:
-    // One element is good and holds `value`. True when that is new.
+    // One element is good and holds `value`. True when it held another before, or was not 0 at first.
     bool confirm(int station, const QString &area, int number, std::uint32_t value);
 
     // Sets the state of all elements of a run; their values stay.
@@ -34,7 +34,6 @@ private:
     struct Element {
         ElementState state;
         std::uint32_t value = 0;
-        bool isKnown = false; // `value` was confirmed once
     };
     using Elements = std::map<int, Element>; // by number
 

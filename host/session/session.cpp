@@ -256,9 +256,7 @@ RequestResult Session::transferRecipe(const QVector<_RCP_VAR_PRO> &entries, Tran
 
     const int most = direction == Transfer::Upload ? MOST_UPLOADS : 1;
     for (int i = 0; i < most; ++i) {
-        m_recipeTransfer = RecipeTransfer{};
-        m_recipeTransfer->entries = entries;
-        runTransfer(direction);
+        runTransfer(entries, direction);
         if (m_recipeTransfer->result || !m_recipeTransfer->isInDoubt)
             break;
     }
@@ -276,11 +274,13 @@ RequestResult Session::transferRecipe(const QVector<_RCP_VAR_PRO> &entries, Tran
     return {transfer.wasSent ? Outcome::Unknown : Outcome::NotSent, {}};
 }
 
-void Session::runTransfer(Transfer direction)
+void Session::runTransfer(const QVector<_RCP_VAR_PRO> &entries, Transfer direction)
 {
     PollLoop::Step last = PollLoop::Step::Exchanged;
     while (last == PollLoop::Step::Exchanged && m_isRetrying) // not an entry's exchange
         last = step();
+    m_recipeTransfer = RecipeTransfer{};
+    m_recipeTransfer->entries = entries;
     m_driver.setRcpAddress(&m_recipeTransfer->entries);
     const int position =
         direction == Transfer::Download ? STATUS_RECIPE_DOWNLOAD : STATUS_RECIPE_UPLOAD;

@@ -92,7 +92,8 @@ public:
         m_confirmObserver = std::move(observer);
     }
 
-    // Is called for each element whose confirmed value is a new one, with the driver's address.
+    // Is called for each element whose confirmed value is another than before, 0 at first, with the
+    // driver's address.
     using ChangeObserver = std::function<void(qint32 station, const QString &area, qint32 address)>;
     void setChangeObserver(ChangeObserver observer)
     {
@@ -230,7 +231,7 @@ private:
     void noteDoubt(const StepNews &news);
     void commit(const HeldAnswer &answer);
     Values driverValues(const ElementRange &run) const;
-    void runTransfer(Transfer direction);
+    void runTransfer(const QVector<_RCP_VAR_PRO> &entries, Transfer direction);
     int plan(const std::vector<ElementRange> &runs);
     void keepPolling(const ElementRange &run);
     void beginRead(const ElementRange &run);

@@ -33,6 +33,7 @@ protected:
         SessionSettings settings;
         settings.poll.timeout = std::chrono::milliseconds(100);
         settings.poll.echo = echo;
+        settings.poll.inStep = m_inStep;
         settings.groupLimit = groupLimit;
         m_session =
             std::make_unique<Session>(library(), m_device, settings, m_stop, m_device.clock());
@@ -81,6 +82,7 @@ protected:
         return result;
     }
 
+    bool m_inStep = false; // for confirmation_test.cpp; the other rules hold with it or without
     simulator::Controller m_controller{"01"};
     std::function<QByteArray(const QByteArray &request, const QByteArray &answer)> m_spoil;
     ScriptedDevice m_device{[this](const QByteArray &request) {

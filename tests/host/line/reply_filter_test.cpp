@@ -59,6 +59,15 @@ TEST(ReplyFilter, AnswerIsGoodOnlyWithItsLastCharacter)
     EXPECT_EQ(filter.exceptionCode(), 0);
 }
 
+TEST(ReplyFilter, AnswerAfterALineThatAnswersSomethingElseIsGood)
+{
+    Echo echo;
+    ReplyFilter filter(READ_D100, echo);
+    EXPECT_EQ(filter.take(":01030412345678E4\r\n"), Verdict::MoreWanted);
+    EXPECT_EQ(filter.take(D100_IS_1234), Verdict::Good);
+    EXPECT_EQ(filter.reply(), D100_IS_1234);
+}
+
 TEST(ReplyFilter, OnlyAWholeLineOfTheStationAboutTheRequestIsAnAnswer)
 {
     const QByteArray toStation12 = ":12031064000176\r\n";

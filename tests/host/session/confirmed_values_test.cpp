@@ -29,10 +29,9 @@ TEST(ConfirmedValues, StationsAndAreasStayApart)
     EXPECT_EQ(map.worst({1, "TV", 0, 1}).quality, Quality::Unread);
 }
 
-TEST(ConfirmedValues, ValueIsNewWhenItIsTheFirstOrAnother)
+TEST(ConfirmedValues, ValueIsNewWhenItIsAnotherThanBefore)
 {
     ConfirmedValues map;
-    EXPECT_TRUE(map.confirm(1, "D", 0, 0));
     EXPECT_FALSE(map.confirm(1, "D", 0, 0));
     EXPECT_TRUE(map.confirm(1, "D", 0, 7));
     EXPECT_EQ(map.values({1, "D", 0, 2}), (std::vector<std::uint32_t>{7, 0}));
