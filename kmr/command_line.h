@@ -4,6 +4,7 @@
 #include "kmr/exit_code.h"
 #include "kmr/options.h"
 
+#include <CLI/CLI.hpp>
 #include <QString>
 #include <QStringList>
 
@@ -11,10 +12,6 @@
 #include <memory>
 #include <string>
 #include <vector>
-
-namespace CLI {
-class Validator;
-}
 
 namespace kmr {
 
