@@ -54,9 +54,8 @@ namespace {
 
 const int MANY = 5000;
 
-// Two texts, and in Qt 5, whose lists keep each record in a block of its own, a frame and a
-// request.
-const long IN_EXCHANGE = QT_VERSION_MAJOR == 5 ? 4 : 2;
+// In Qt 5, whose lists keep each record in a block of its own, a frame and a request.
+const long IN_EXCHANGE = QT_VERSION_MAJOR == 5 ? 2 : 0;
 
 // Of one exchange that reads `words` words in a store of `areas`. The first exchanges, which may
 // grow lists, are not counted.

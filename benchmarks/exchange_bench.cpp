@@ -1,5 +1,5 @@
 // Reading words: a request is built, its reply checked and decoded into the store. By the size of
-// the store, because the driver searches it from its front for every word.
+// the store, which must not matter much.
 #include "benchmarks/exchanges.h"
 
 #include <benchmark/benchmark.h>

@@ -10,12 +10,12 @@ using namespace bench;
 
 namespace {
 
-// `count` runs of `length` words, `step` words apart.
+// `count` runs of `length` words, `step` words apart, 10,000 words of each station.
 std::vector<Run> runsOf(int count, int length, int step)
 {
     std::vector<Run> runs;
     for (int i = 0; i < count; ++i)
-        runs.push_back({1, "D", i * step, length});
+        runs.push_back({1 + i * step / 10000, "D", i * step % 10000, length});
     return runs;
 }
 
@@ -40,6 +40,8 @@ BENCHMARK_CAPTURE(merge, shuffled_1000, shuffled(runsOf(1000, 1, 1)), 125);
 BENCHMARK_CAPTURE(merge, sparse_1000, runsOf(1000, 1, 10), 1000);
 BENCHMARK_CAPTURE(merge, overlapping_1000, runsOf(1000, 4, 2), 334);
 BENCHMARK_CAPTURE(merge, ordered_10000, runsOf(10000, 1, 1), 1250)->Unit(benchmark::kMillisecond);
+BENCHMARK_CAPTURE(merge, ordered_100000, runsOf(100000, 1, 1), 12500)
+    ->Unit(benchmark::kMillisecond);
 
 // The store knows every address already.
 void mergeAgain(benchmark::State &state)

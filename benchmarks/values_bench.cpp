@@ -1,4 +1,4 @@
-// The host's reading and writing of values, in a store of 100 areas.
+// The host's reading and writing of values.
 #include "benchmarks/panel.h"
 
 #include <benchmark/benchmark.h>
@@ -18,19 +18,19 @@ std::vector<quint8> countingBytes(int size)
     return bytes;
 }
 
-void openStore()
+void openStore(int words = 96)
 {
     openLink();
-    intf().addrMerge(keysOf({{1, "D", 0, 96}, {1, "M", 0, 64}}));
+    intf().addrMerge(keysOf({{1, "D", 0, words}, {1, "M", 0, 64}}));
 }
 
 // Writes `bytes`, so that there is something to read, and requires that they are read back.
-void getValues(benchmark::State &state, const char *area, int address, int count,
+void getValues(benchmark::State &state, int storedWords, const char *area, int address, int count,
                std::vector<quint8> bytes)
 {
     const kmr::DriverFunctions &functions = intf();
     const QString name = QString::fromLatin1(area);
-    openStore();
+    openStore(storedWords);
     functions.setData(1, name, address, count, bytes.data(), 0);
     std::vector<quint8> out(bytes.size(), 0xEE);
     functions.getData(1, name, address, count, out.data());
@@ -38,10 +38,12 @@ void getValues(benchmark::State &state, const char *area, int address, int count
     for (auto _ : state)
         functions.getData(1, name, address, count, out.data());
 }
-BENCHMARK_CAPTURE(getValues, first_8_words, "D", 0, 8, countingBytes(16))
-    ->Name("get/first_8_words");
-BENCHMARK_CAPTURE(getValues, last_8_words, "D", 88, 8, countingBytes(16))->Name("get/last_8_words");
-BENCHMARK_CAPTURE(getValues, 16_bits, "M", 48, 16, std::vector<quint8>(16, 1))->Name("get/16_bits");
+BENCHMARK_CAPTURE(getValues, first_8_words, 8, "D", 0, 8, countingBytes(16))
+    ->Name("get/first_8_words_of_8");
+BENCHMARK_CAPTURE(getValues, last_8_words, 10000, "D", 9992, 8, countingBytes(16))
+    ->Name("get/last_8_words_of_10000");
+BENCHMARK_CAPTURE(getValues, 16_bits, 96, "M", 48, 16, std::vector<quint8>(16, 1))
+    ->Name("get/16_bits");
 
 // The queue is full of other writes, so each call compares its target with all of them before it
 // replaces the last.

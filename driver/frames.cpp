@@ -178,9 +178,9 @@ void finishFrame(FRAME_PRO &frame, const ushort *text, int length)
         frame.frameLen = 0;
         return;
     }
+    const quint8 lrc = lrcOf(text, length);
     for (int i = 0; i < length; ++i)
         frame.frame[i] = static_cast<char>(text[i] & 0xFF);
-    const quint8 lrc = lrcOf(text, length);
     frame.frame[length] = hexDigit(lrc >> 4);
     frame.frame[length + 1] = hexDigit(lrc & 0x0F);
     frame.frame[length + 2] = '\r';

@@ -291,6 +291,7 @@ void describeRequest(QString &text, qint64 replyLength)
 {
     const VARIABLE &var = driver.frames.at(0).var;
     const int areaLength = static_cast<int>(var.area.size());
+    text.reserve(areaLength + ERROR_INFO_NUMBERS_MOST);
     text.resize(areaLength + ERROR_INFO_NUMBERS_MOST);
     QChar *const begin = text.data();
     QChar *out = putNumber(begin, var.station);

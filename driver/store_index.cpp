@@ -97,7 +97,7 @@ int appendEntry(qint32 station, const QString &area, qint32 index, int place)
     entry.area = area;
     entry.index = index;
     known.places[place] = position;
-    known.seen.clear();
+    known.seen = QList<_DATA_>();
     driver.dataAreas.append(entry);
     known.seen = driver.dataAreas;
     if (2 * (position + 1) > known.places.size())
@@ -134,7 +134,7 @@ const _DATA_ &dataArea(qint32 station, const QString &area, qint32 index)
 _DATA_ &dataAreaToChange(qint32 station, const QString &area, qint32 index)
 {
     const int position = positionInStore(station, area, index);
-    driver.storeIndex.seen.clear();
+    driver.storeIndex.seen = QList<_DATA_>();
     _DATA_ &entry = driver.dataAreas[position];
     driver.storeIndex.seen = driver.dataAreas;
     return entry;
@@ -143,7 +143,7 @@ _DATA_ &dataAreaToChange(qint32 station, const QString &area, qint32 index)
 void clearWatchMarks()
 {
     noticeChanges();
-    driver.storeIndex.seen.clear();
+    driver.storeIndex.seen = QList<_DATA_>();
     for (int i = 0; i < driver.dataAreas.size(); ++i) {
         driver.dataAreas[i].wordMonitor = 0;
         driver.dataAreas[i].bitMonitor = 0;

@@ -91,6 +91,7 @@ Session &Connection::open()
     settings.poll.characterTime = characterTime(m_address);
     settings.poll.firstQuiet = quietBeforeUse(settings.poll.characterTime);
     settings.poll.echo = m_options.echo;
+    settings.poll.inStep = m_options.inStep;
     settings.poll.gap = m_options.gap;
     settings.retries = m_options.retries;
     tapLine(settings.poll);
@@ -117,6 +118,7 @@ Session &Connection::openOn(std::unique_ptr<QIODevice> device)
     m_device = std::move(device);
     SessionSettings settings;
     settings.poll.echo = EchoMode::Off;
+    settings.poll.inStep = false;
     settings.retries = 0;
     return begin(settings);
 }

@@ -44,21 +44,21 @@ public:
         return m_library->functions();
     }
 
-    // Reads all tags, or the project's where there are none; one Error names all bad ones.
+    // Reads all tags, or the project's if there are none; one Error names all bad ones.
     std::vector<Tag> readTags(const QStringList &texts) const;
 
     // Opens the link. Throws Error.
     Session &open();
 
-    // Tries once to open a lost TCP connection again; the session then waits to be told what to
+    // Tries once to open a lost TCP connection again; the session then has to be told what to
     // poll.
     bool reconnect();
 
-    // True where open() opened a link that reconnect() can bring back.
+    // True if open() opened a link that reconnect() can bring back.
     bool canReconnect() const;
 
-    // Instead: a session on an open device that is no line. It neither echoes nor needs pauses, and
-    // answers at once or never.
+    // Instead: a session on an open device that is not a line. It neither echoes nor needs pauses,
+    // and answers at once or never.
     Session &openOn(std::unique_ptr<QIODevice> device);
 
 private:

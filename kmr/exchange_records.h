@@ -11,7 +11,7 @@
 
 namespace kmr {
 
-// The same options, but each request goes out once, so that each loss is seen.
+// The same options, but each request is sent once, so that every loss counts.
 Options withoutRetries(Options options);
 
 // A refusal is an answer, too: the station is there.

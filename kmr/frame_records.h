@@ -11,7 +11,7 @@
 
 namespace kmr {
 
-// One word or two: "request or answer". The direction may tell one from the other.
+// One word or two: "request or answer". The direction may decide which.
 QString kindName(FrameKind kind);
 QString kindName(const TracedLine &line);
 

@@ -25,13 +25,13 @@ Examples:
   kmr watch D100 X0x8 --link tcp://192.168.0.10:8888
   kmr doctor --link serial:///dev/ttyUSB0?baud=19200
 
-'kmr COMMAND --help' tells more about a command.)";
+'kmr COMMAND --help' explains a command.)";
 
 // In the order of the help.
-void addCommands(CLI::App &app, const kmr::Settings &settings, kmr::Command &chosen)
+void addCommands(CLI::App &app, const kmr::OptionReader &reader, kmr::Command &chosen)
 {
     kmr::addAreas(app, chosen);
-    kmr::addConfig(app, chosen, settings);
+    kmr::addConfig(app, chosen, reader);
     kmr::addTags(app, chosen);
     kmr::addWatch(app, chosen);
     kmr::addRead(app, chosen);
@@ -99,9 +99,9 @@ int main(int argc, char *argv[])
     app.fallthrough(); // global options may also follow the command
     app.require_subcommand(1);
     app.footer(HELP);
-    kmr::Settings settings(app);
-    app.set_version_flag("--version", "", "Tell the versions of kmr, Qt and the driver library");
-    addCommands(app, settings, chosen);
+    kmr::OptionReader reader(app);
+    app.set_version_flag("--version", "", "Print the versions of kmr, Qt and the driver library");
+    addCommands(app, reader, chosen);
     nameCommonOptions(app);
 
     try {
@@ -112,12 +112,12 @@ int main(int argc, char *argv[])
         if (error.get_exit_code() == 0)
             return app.exit(error); // help was asked for
         return static_cast<int>(
-            fail(ExitCode::Usage, QString("%1\n'%2 --help' tells more")
-                                      .arg(faultOf(app, error), understoodCommand(app))));
+            fail(ExitCode::Usage,
+                 QString("%1\nsee '%2 --help'").arg(faultOf(app, error), understoodCommand(app))));
     }
     try {
         kmr::catchStopSignals();
-        return static_cast<int>(kmr::exitCodeAfterLosses(chosen(settings.resolve())));
+        return static_cast<int>(kmr::exitCodeAfterLosses(chosen(reader.read())));
     } catch (const kmr::Error &error) {
         return static_cast<int>(fail(kmr::exitCodeOf(error.kind()), error.text()));
     }

@@ -9,22 +9,49 @@
 #include <QDir>
 #include <QFileInfo>
 
+#include <algorithm>
+
 namespace kmr {
 
 namespace {
 
 const char *const DEFAULT_FILE = "kmr.toml";
-const char *const TAGS = "tags";
+const char *const TAGS = "tags"; // stands in the file only
 
-std::string toStd(const QString &text)
+const std::vector<std::pair<std::string, EchoMode>> ECHO_MODES = {
+    {"on", EchoMode::On}, {"off", EchoMode::Off}, {"auto", EchoMode::Auto}};
+const std::vector<std::pair<std::string, bool>> ON_OFF = {{"on", true}, {"off", false}};
+const std::vector<std::pair<std::string, WordOrder>> WORD_ORDERS = {{"low", WordOrder::LowFirst},
+                                                                    {"high", WordOrder::HighFirst}};
+const std::vector<std::pair<std::string, Format>> FORMATS = {{"plain", Format::Plain},
+                                                             {"table", Format::Table},
+                                                             {"csv", Format::Csv},
+                                                             {"json", Format::Json},
+                                                             {"jsonl", Format::JsonLines}};
+
+QString checkedLink(const QString &value, const QString &)
 {
-    return text.toLocal8Bit().toStdString();
+    parseLink(value);
+    return value;
 }
 
-// A path that the file names, as seen from where kmr runs.
+// A path in the file, as seen from where kmr runs.
 QString besideFile(const QString &value, const QString &file)
 {
     return QDir::cleanPath(QDir(QFileInfo(file).path()).filePath(value));
+}
+
+QString readableFile(const QString &value, const QString &file)
+{
+    const QString path = besideFile(value, file);
+    readTextFile(path);
+    return path;
+}
+
+// A bare name is for the system's loader.
+QString libraryPath(const QString &value, const QString &file)
+{
+    return value.contains('/') ? besideFile(value, file) : value;
 }
 
 QString placeOf(const ConfigEntry &entry, const QString &file)
@@ -34,114 +61,148 @@ QString placeOf(const ConfigEntry &entry, const QString &file)
 
 } // namespace
 
-Settings::Settings(CLI::App &app) : m_app(app)
+OptionReader::OptionReader(CLI::App &app) : m_app(app)
 {
-    m_configOption = app.add_option("--config", m_config,
-                                    "project file (default: kmr.toml in the current folder)");
-    add("link", m_link,
-        "serial:///dev/ttyUSB0?baud=9600&frame=7E1 or tcp://host:port (environment: KMR_LINK)",
-        "KMR_LINK");
-    add("driver", m_driver,
-        "driver library to load (default: KMR_DRIVER, else libostrel_kmr.so.1 beside kmr, else "
-        "the system's)",
-        "KMR_DRIVER");
-    add("station", m_station, "station of tags that name none")
-        ->check(CLI::Range(MIN_STATION, MAX_STATION));
-    add("timeout", m_timeout, "milliseconds to wait for an answer")->check(CLI::Range(1, 600000));
-    add("retries", m_retries, "times a request is sent again before giving up")
-        ->check(CLI::Range(0, 1000));
-    add("group-limit", m_groupLimit, "words that a request may carry")->check(CLI::Range(1, 8));
-    add("gap", m_gap, "milliseconds of silence before each request")->check(CLI::Range(0, 60000));
-    add("echo", m_echo, "does the line hand requests back, as two-wire lines do: on, off or auto")
-        ->check(CLI::IsMember({"on", "off", "auto"}));
-    add("word-order", m_wordOrder, "word of a 32-bit value that comes first: low or high")
-        ->check(CLI::IsMember({"low", "high"}));
-    add("format", m_format, "records as plain, table, csv, json or jsonl")
-        ->check(CLI::IsMember({"plain", "table", "csv", "json", "jsonl"}));
-    app.add_flag("--trace", m_trace, "explain all traffic on stderr");
-    app.add_option("--capture", m_capture,
-                   "write every character with its time to this new file, for 'kmr trace FILE'");
-    add("names", m_names, "file of names for tags: name,tag,unit,scale,comment");
+    Options &o = m_options;
+    app.add_option("--config", m_file,
+                   std::string("project file (default: ") + DEFAULT_FILE +
+                       " in the current folder)");
+    add("link", o.link, "serial:///dev/ttyUSB0?baud=9600&frame=7E1 or tcp://host:port", "KMR_LINK")
+        .fromFile = checkedLink;
+    add("driver", o.driver,
+        "driver library to load; else libostrel_kmr.so.1 beside kmr, else the system's",
+        "KMR_DRIVER")
+        .fromFile = libraryPath;
+    add("station", o.station, "station of tags that don't name one", MIN_STATION, MAX_STATION);
+    add("timeout", o.timeout, "milliseconds to wait for an answer", 1, 600000);
+    add("retries", o.retries, "how often a request is sent again before it is given up", 0, 1000);
+    add("group-limit", o.groupLimit, "words that a request may carry", 1, 8);
+    add("gap", o.gap, "milliseconds of silence before each request", 0, 60000);
+    add("echo", o.echo, "whether the line echoes requests, as two-wire lines do: on, off or auto",
+        ECHO_MODES);
+    add("in-step", o.inStep,
+        "whether answers are checked against strays and counted only once confirmed: on or off",
+        ON_OFF);
+    add("word-order", o.wordOrder, "word of a 32-bit value that comes first: low or high",
+        WORD_ORDERS);
+    add("format", o.format, "records as plain, table, csv, json or jsonl", FORMATS);
+    app.add_flag("--trace", o.trace, "explain all traffic on stderr");
+    app.add_option_function<std::string>(
+        "--capture", [&o](const std::string &path) { o.capture = toQString(path); },
+        "write every character with its time to this new file, for 'kmr trace FILE'");
+    add("names", o.names, "file of names for tags: name,tag,unit,scale,comment").fromFile =
+        readableFile;
 }
 
-CLI::Option *Settings::add(const char *key, std::string &value, const char *help,
-                           const char *variable)
+OptionReader::Entry &OptionReader::add(const char *key, QString &value, std::string help,
+                                       const char *variable)
 {
-    CLI::Option *option = m_app.add_option(std::string("--") + key, value, help);
-    if (!value.empty())
-        option->capture_default_str();
-    m_settings.push_back({key, option, variable, "default"});
-    return option;
+    if (variable != nullptr)
+        help += std::string(" (environment: ") + variable + ')';
+    CLI::Option *option = m_app.add_option_function<std::string>(
+        std::string("--") + key, [&value](const std::string &text) { value = toQString(text); },
+        help);
+    m_entries.push_back({key, option, variable});
+    return m_entries.back();
 }
 
-CLI::Option *Settings::add(const char *key, int &value, const char *help)
+void OptionReader::add(const char *key, int &value, const char *help, int least, int most)
+{
+    CLI::Option *option = m_app.add_option(std::string("--") + key, value, help)
+                              ->capture_default_str()
+                              ->check(CLI::Range(least, most));
+    m_entries.push_back({key, option});
+}
+
+void OptionReader::add(const char *key, std::chrono::milliseconds &value, const char *help,
+                       int least, int most)
 {
     CLI::Option *option =
-        m_app.add_option(std::string("--") + key, value, help)->capture_default_str();
-    m_settings.push_back({key, option, nullptr, "default"});
-    return option;
+        m_app
+            .add_option_function<int>(
+                std::string("--") + key,
+                [&value](int number) { value = std::chrono::milliseconds(number); }, help)
+            ->default_str(std::to_string(value.count()))
+            ->check(CLI::Range(least, most));
+    m_entries.push_back({key, option});
 }
 
-Options Settings::resolve()
+template <typename Choice>
+void OptionReader::add(const char *key, Choice &value, const char *help,
+                       const std::vector<std::pair<std::string, Choice>> &choices)
 {
-    for (Setting &setting : m_settings) {
-        if (setting.option->count() > 0) {
-            setting.source = "command line";
-        } else if (setting.variable != nullptr && !qEnvironmentVariableIsEmpty(setting.variable)) {
-            setting.option->add_result(qgetenv(setting.variable).toStdString());
-            setting.option->run_callback();
-            setting.source = QString("environment variable %1").arg(setting.variable);
-        }
+    std::vector<std::string> names;
+    std::string usual;
+    for (const auto &[name, choice] : choices) {
+        names.push_back(name);
+        if (choice == value)
+            usual = name;
     }
-    if (m_configOption->count() > 0)
-        applyFile(toQString(m_config));
-    else if (QFileInfo::exists(DEFAULT_FILE))
-        applyFile(DEFAULT_FILE);
-
-    Options options;
-    options.link = toQString(m_link);
-    options.driver = toQString(m_driver);
-    options.station = m_station;
-    options.timeout = std::chrono::milliseconds(m_timeout);
-    options.retries = m_retries;
-    options.groupLimit = m_groupLimit;
-    options.gap = std::chrono::milliseconds(m_gap);
-    options.echo = m_echo == "on" ? EchoMode::On : m_echo == "off" ? EchoMode::Off : EchoMode::Auto;
-    options.wordOrder = m_wordOrder == "high" ? WordOrder::HighFirst : WordOrder::LowFirst;
-    options.format = *formatOf(toQString(m_format));
-    options.isFormatAsked = find("format")->option->count() > 0;
-    options.names = toQString(m_names);
-    options.tags = m_tags;
-    options.tagsSource = m_tagsSource;
-    options.trace = m_trace;
-    options.capture = toQString(m_capture);
-    return options;
+    const auto choose = [&value, &choices](const std::string &typed) {
+        for (const auto &[name, choice] : choices) {
+            if (name == typed)
+                value = choice;
+        }
+    };
+    CLI::Option *option =
+        m_app.add_option_function<std::string>(std::string("--") + key, choose, help)
+            ->default_str(usual)
+            ->check(CLI::IsMember(names));
+    m_entries.push_back({key, option});
 }
 
-std::vector<Settings::Row> Settings::rows() const
+Options OptionReader::read()
+{
+    for (Entry &entry : m_entries) {
+        if (entry.option->count() > 0)
+            entry.source = "command line";
+    }
+    readEnvironment();
+    if (m_app.get_option("--config")->count() > 0)
+        readFile(toQString(m_file));
+    else if (QFileInfo::exists(DEFAULT_FILE))
+        readFile(DEFAULT_FILE);
+    m_options.isFormatAsked = m_app.get_option("--format")->count() > 0;
+    return m_options;
+}
+
+std::vector<OptionReader::Row> OptionReader::rows() const
 {
     std::vector<Row> rows;
-    for (const Setting &setting : m_settings) {
-        const QString value = setting.option->count() > 0
-                                  ? toQString(setting.option->results().back())
-                                  : toQString(setting.option->get_default_str());
-        rows.push_back({setting.key, value, setting.source});
+    for (const Entry &entry : m_entries) {
+        const QString value = entry.option->count() > 0
+                                  ? toQString(entry.option->results().back())
+                                  : toQString(entry.option->get_default_str());
+        rows.push_back({entry.key, value, entry.source});
     }
-    rows.push_back({TAGS, m_tags.join(' '), m_tags.isEmpty() ? QString("default") : m_tagsSource});
+    const QStringList &tags = m_options.tags;
+    rows.push_back({TAGS, tags.join(' '), tags.isEmpty() ? "default" : m_options.tagsSource});
     return rows;
 }
 
-void Settings::applyFile(const QString &path)
+void OptionReader::readEnvironment()
+{
+    for (Entry &entry : m_entries) {
+        if (entry.option->count() > 0 || entry.variable == nullptr ||
+            qEnvironmentVariableIsEmpty(entry.variable))
+            continue;
+        entry.option->add_result(qgetenv(entry.variable).toStdString());
+        entry.option->run_callback();
+        entry.source = QString("environment variable %1").arg(entry.variable);
+    }
+}
+
+void OptionReader::readFile(const QString &path)
 {
     QStringList known;
-    for (const Setting &setting : m_settings)
-        known.append(setting.key);
+    for (const Entry &entry : m_entries)
+        known.append(entry.key);
     known.append(TAGS);
     QStringList faults;
     for (const ConfigEntry &entry : parseConfig(readTextFile(path), path, known, {TAGS})) {
         const QString place = placeOf(entry, path);
         try {
-            applyEntry(entry, path);
+            readEntry(entry, path);
         } catch (const Error &error) {
             faults.append(QString("%1: %2").arg(place, error.text()));
         } catch (const CLI::Error &error) {
@@ -154,37 +215,24 @@ void Settings::applyFile(const QString &path)
 }
 
 // The file's values pass the same checks as those of the command line.
-void Settings::applyEntry(const ConfigEntry &entry, const QString &path)
+void OptionReader::readEntry(const ConfigEntry &found, const QString &path)
 {
-    if (!entry.fault.isEmpty())
-        throw Error(ErrorKind::Usage, entry.fault);
-    if (entry.key == TAGS) {
-        m_tags = entry.values;
-        m_tagsSource = placeOf(entry, path);
+    if (!found.fault.isEmpty())
+        throw Error(ErrorKind::Usage, found.fault);
+    if (found.key == TAGS) {
+        m_options.tags = found.values;
+        m_options.tagsSource = placeOf(found, path);
         return;
     }
-    Setting &setting = *find(entry.key);
-    if (setting.option->count() > 0)
+    const auto entry = std::find_if(m_entries.begin(), m_entries.end(),
+                                    [&found](const Entry &own) { return own.key == found.key; });
+    if (entry->option->count() > 0)
         return;
-    QString value = entry.values.front();
-    if (entry.key == "names" || (entry.key == "driver" && value.contains('/')))
-        value = besideFile(value, path);
-    if (entry.key == "link")
-        parseLink(value);
-    if (entry.key == "names")
-        readTextFile(value);
-    setting.option->add_result(toStd(value));
-    setting.option->run_callback();
-    setting.source = placeOf(entry, path);
-}
-
-Settings::Setting *Settings::find(const QString &key)
-{
-    for (Setting &setting : m_settings) {
-        if (setting.key == key)
-            return &setting;
-    }
-    return nullptr;
+    const QString value = found.values.front();
+    const QString meant = entry->fromFile ? entry->fromFile(value, path) : value;
+    entry->option->add_result(meant.toLocal8Bit().toStdString());
+    entry->option->run_callback();
+    entry->source = placeOf(found, path);
 }
 
 } // namespace kmr

@@ -1,5 +1,5 @@
-// The options that hold for all commands, from the command line, the environment and the project's
-// file, in this order of precedence.
+// The options that hold for all commands: from the command line, else from the environment, else
+// from the project's file.
 #pragma once
 
 #include "host/line/reply_filter.h"
@@ -7,21 +7,19 @@
 #include "host/tags/tag_syntax.h"
 #include "kmr/record_writer.h"
 
+#include <CLI/CLI.hpp>
 #include <QString>
 #include <QStringList>
 
 #include <chrono>
+#include <functional>
 #include <string>
+#include <utility>
 #include <vector>
-
-namespace CLI {
-class App;
-class Option;
-}
 
 namespace kmr {
 
-// What holds for all commands.
+// Their values; here those that hold when nothing else is said.
 struct Options {
     QString link;
     QString driver; // empty: findDriver()
@@ -29,30 +27,31 @@ struct Options {
     std::chrono::milliseconds timeout{1000};
     int retries = 2;
     int groupLimit = 8;
-    EchoMode echo = EchoMode::Auto;
     std::chrono::milliseconds gap{0}; // silence before each request
+    EchoMode echo = EchoMode::Auto;
+    bool inStep = true; // answers count once they are confirmed
     WordOrder wordOrder = WordOrder::LowFirst;
     Format format = Format::Plain;
-    bool isFormatAsked = false; // else a terminal may get more than plain lines
-    QString names;              // file of names; empty: none
-    QStringList tags;           // of the project's file, for commands that are given none
-    QString tagsSource;         // where they stand: "kmr.toml:3"
+    bool isFormatAsked = false; // on the command line or in the file
     bool trace = false;         // explain all traffic on stderr
     QString capture;            // file that receives every character; empty: none
+    QString names;              // file of names; empty: none
+    QStringList tags;           // of the project's file, for commands that are given none
+    QString tagsSource;         // their place: "kmr.toml:3"
 };
 
-class Settings {
+class OptionReader {
 public:
     // Adds the options to the command line.
-    explicit Settings(CLI::App &app);
-    Settings(const Settings &) = delete;
-    Settings &operator=(const Settings &) = delete;
+    explicit OptionReader(CLI::App &app);
+    OptionReader(const OptionReader &) = delete;
+    OptionReader &operator=(const OptionReader &) = delete;
 
     // After the command line is parsed: adds what it leaves out. Throws Error (Usage) that names
     // every bad key of the file with its line.
-    Options resolve();
+    Options read();
 
-    // What is in force, a line for each setting: key, value and where it comes from.
+    // After read(): a line for each option that the project's file may hold.
     struct Row {
         QString key;
         QString value;
@@ -61,39 +60,33 @@ public:
     std::vector<Row> rows() const;
 
 private:
-    struct Setting {
-        QString key;
-        CLI::Option *option;
-        const char *variable; // of the environment, or null
-        QString source;
+    // An option that the project's file may hold.
+    struct Entry {
+        QString key; // in the file, and after "--" on the command line
+        CLI::Option *option = nullptr;
+        const char *variable = nullptr; // of the environment, or null
+        // What a value in the file stands for; throws Error for a bad one. Empty: for itself.
+        std::function<QString(const QString &value, const QString &file)> fromFile = nullptr;
+        QString source = "default";
     };
 
-    CLI::Option *add(const char *key, std::string &value, const char *help,
-                     const char *variable = nullptr);
-    CLI::Option *add(const char *key, int &value, const char *help);
-    void applyFile(const QString &path);
-    void applyEntry(const ConfigEntry &entry, const QString &path);
-    Setting *find(const QString &key);
+    // Each adds an option that sets `value`, which holds its default.
+    Entry &add(const char *key, QString &value, std::string help, const char *variable = nullptr);
+    void add(const char *key, int &value, const char *help, int least, int most);
+    void add(const char *key, std::chrono::milliseconds &value, const char *help, int least,
+             int most);
+    template <typename Choice> // of named ones, which must outlive this
+    void add(const char *key, Choice &value, const char *help,
+             const std::vector<std::pair<std::string, Choice>> &choices);
+
+    void readEnvironment();
+    void readFile(const QString &path);
+    void readEntry(const ConfigEntry &entry, const QString &path);
 
     CLI::App &m_app;
-    std::vector<Setting> m_settings;
-    CLI::Option *m_configOption = nullptr;
-    std::string m_config;
-    std::string m_link;
-    std::string m_driver;
-    int m_station = 1;
-    int m_timeout = 1000;
-    int m_retries = 2;
-    int m_groupLimit = 8;
-    int m_gap = 0;
-    std::string m_echo = "auto";
-    std::string m_wordOrder = "low";
-    std::string m_format = "plain";
-    std::string m_names;
-    bool m_trace = false;
-    std::string m_capture;
-    QStringList m_tags; // the file's
-    QString m_tagsSource;
+    std::vector<Entry> m_entries;
+    std::string m_file; // as --config names it
+    Options m_options;
 };
 
 } // namespace kmr

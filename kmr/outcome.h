@@ -22,7 +22,7 @@ QString outcomeName(const RequestResult &result);
 // The time now, as records have it.
 QString now();
 
-// Gathers exit codes: that of the failed items where all failed alike, else ItemFailed.
+// Gathers exit codes: that of the failed items if all failed alike, else ItemFailed.
 class ExitCodes {
 public:
     void add(ExitCode code);

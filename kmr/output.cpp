@@ -38,7 +38,7 @@ void printError(const QString &line)
     if (g_beforeErrors)
         g_beforeErrors();
     const int written = std::fputs((line.toLocal8Bit() + '\n').constData(), stderr);
-    static_cast<void>(written); // there is nowhere left to tell it
+    static_cast<void>(written); // there is nowhere left to report it
     if (g_afterErrors)
         g_afterErrors();
 }

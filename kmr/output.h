@@ -1,4 +1,4 @@
-// What a command tells: values and records on stdout, all else on stderr.
+// What a command reports: values and records on stdout, all else on stderr.
 #pragma once
 
 #include "kmr/exit_code.h"
@@ -10,7 +10,7 @@
 namespace kmr {
 
 // Writes a line to stdout at once. When it can't be written, the stop flag is set and further lines
-// are dropped; where the reason is another than a reader that has gone, reportLoss() tells it.
+// are dropped; unless the reader has gone, reportLoss() says why.
 void print(const QString &line);
 
 // Writes a line to stderr.
@@ -20,7 +20,7 @@ void printError(const QString &line);
 // terminal can make room. Empty ones end it.
 void setAroundErrors(std::function<void()> before, std::function<void()> after);
 
-// Tells on stderr what could not be written. The program goes on.
+// Says on stderr what could not be written. The program goes on.
 void reportLoss(const QString &text);
 
 // The program's exit code: `code`, but ItemFailed instead of Ok once a loss was reported.

@@ -19,7 +19,7 @@ void erase()
     static_cast<void>(written); // only a drawing
 }
 
-// Characters of a line of the terminal, but one: the cursor stands behind what is shown.
+// Characters of a line of the terminal, but one: the cursor stands after what is shown.
 int roomOnLine()
 {
     winsize size = {};

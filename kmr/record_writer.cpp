@@ -76,20 +76,6 @@ QStringList inCapitals(const QStringList &names)
 
 } // namespace
 
-std::optional<Format> formatOf(const QString &name)
-{
-    static const std::pair<const char *, Format> NAMES[] = {{"plain", Format::Plain},
-                                                            {"table", Format::Table},
-                                                            {"csv", Format::Csv},
-                                                            {"json", Format::Json},
-                                                            {"jsonl", Format::JsonLines}};
-    for (const auto &[known, format] : NAMES) {
-        if (name == known)
-            return format;
-    }
-    return std::nullopt;
-}
-
 Field textField(const QString &text)
 {
     return text.isEmpty() ? Field() : Field(text);

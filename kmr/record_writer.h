@@ -1,4 +1,4 @@
-// What a command tells, one record at a time, in the format that the user wants.
+// What a command reports, one record at a time, in the format that the user wants.
 //
 //   plain  the command's own lines
 //   table  columns under a heading
@@ -17,7 +17,6 @@
 
 #include <chrono>
 #include <functional>
-#include <optional>
 #include <variant>
 #include <vector>
 
@@ -25,13 +24,10 @@ namespace kmr {
 
 enum class Format { Plain, Table, Csv, Json, JsonLines };
 
-// The format called "table", "csv", "json", "jsonl" or "plain".
-std::optional<Format> formatOf(const QString &name);
-
 // No content, a text or number, or a tag's values.
 using Field = std::variant<std::monostate, Value, std::vector<Value>>;
 
-// Text, or no content where it is empty.
+// Text, or no content if it is empty.
 Field textField(const QString &text);
 
 // A time in milliseconds, with three decimals.

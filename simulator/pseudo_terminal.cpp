@@ -52,11 +52,6 @@ void send(int master, const QByteArray &bytes)
 
 } // namespace
 
-PseudoTerminal::PseudoTerminal(Controller &controller, Faults *faults, Pacing pacing)
-    : PseudoTerminal(respondAs(controller, faults), pacing)
-{
-}
-
 PseudoTerminal::PseudoTerminal(Responder respond, Pacing pacing)
     : m_respond(std::move(respond)), m_pacing(pacing)
 {

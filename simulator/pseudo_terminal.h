@@ -3,9 +3,8 @@
 #pragma once
 
 #include "modbus/ascii.h"
-#include "simulator/controller.h"
-#include "simulator/faults.h"
 #include "simulator/pacing.h"
+#include "simulator/responder.h"
 
 #include <QSocketNotifier>
 #include <QString>
@@ -19,13 +18,10 @@ namespace simulator {
 // Qt event loop. What it is handed by reference must outlive it.
 class PseudoTerminal {
 public:
-    // A plan that closes the link makes the terminal vanish, with the link to it, and a new one
-    // takes its place. `pacing`: the pace of the line, whatever rate the programs set.
+    // `respond`: what answers, for a controller respondAs(). A plan that closes the link makes the
+    // terminal vanish, with the link to it, and a new one takes its place. `pacing`: the pace of
+    // the line, whatever rate the programs set.
     explicit PseudoTerminal(Responder respond, Pacing pacing = Pacing());
-
-    // `faults`: those of the line, or null for none.
-    explicit PseudoTerminal(Controller &controller, Faults *faults = nullptr,
-                            Pacing pacing = Pacing());
     ~PseudoTerminal();
     PseudoTerminal(const PseudoTerminal &) = delete;
     PseudoTerminal &operator=(const PseudoTerminal &) = delete;

@@ -21,11 +21,6 @@ QHostAddress addressOf(const QString &host)
 
 } // namespace
 
-TcpServer::TcpServer(Controller &controller, Faults *faults, Pacing pacing)
-    : TcpServer(respondAs(controller, faults), pacing)
-{
-}
-
 TcpServer::TcpServer(Responder respond, Pacing pacing)
     : m_respond(std::move(respond)), m_pacing(pacing)
 {

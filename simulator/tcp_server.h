@@ -2,9 +2,8 @@
 #pragma once
 
 #include "modbus/ascii.h"
-#include "simulator/controller.h"
-#include "simulator/faults.h"
 #include "simulator/pacing.h"
+#include "simulator/responder.h"
 
 #include <QHostAddress>
 #include <QString>
@@ -18,11 +17,8 @@ namespace simulator {
 // Needs a running Qt event loop. What it is handed by reference must outlive the server.
 class TcpServer {
 public:
-    // `pacing`: the pace of each line.
+    // `respond`: what answers, for a controller respondAs(). `pacing`: the pace of each line.
     explicit TcpServer(Responder respond, Pacing pacing = Pacing());
-
-    // `faults`: those of the line, or null for none.
-    explicit TcpServer(Controller &controller, Faults *faults = nullptr, Pacing pacing = Pacing());
 
     // Starts to listen at `host` (an address or a name) and `port` (0 for any free one). Returns an
     // empty text, or else what went wrong and what to do about it.

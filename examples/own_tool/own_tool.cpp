@@ -26,7 +26,7 @@ std::atomic<bool> g_stop{false};
 
 void watch(kmr::Session &session, const kmr::Tag &tag, int count)
 {
-    session.poll(kmr::readRanges({tag}, session.groupLimit()));
+    session.poll(session.ranges({tag}));
     kmr::Values shown;
     while (count > 0 && session.step() == kmr::PollLoop::Step::Exchanged) {
         // The driver shows written and old values as well: only a good one was just read.

@@ -1,5 +1,6 @@
 #include "host/line/poll_loop.h"
 
+#include "host/line/answer_form.h"
 #include "host/line/link.h"
 
 #include <algorithm>
@@ -13,9 +14,12 @@ using std::chrono::milliseconds;
 
 constexpr milliseconds STOP_CHECK(50); // longest wait without a look at the stop flag
 constexpr milliseconds IDLE_WAIT(10);
-constexpr milliseconds DAMAGED_QUIET(50); // the answer was there, only its rest may follow
-constexpr int SEND_AGAIN = 8;             // intf_dealRcvFrame's result
-constexpr int MAX_QUIET_TIMES = 10;       // a line that never falls silent is used all the same
+constexpr milliseconds DAMAGED_QUIET(50);   // the answer was there, only its rest may follow
+constexpr int SEND_AGAIN = 8;               // intf_dealRcvFrame's result
+constexpr int MAX_QUIET_TIMES = 10;         // a line that never falls silent is used all the same
+constexpr int CHECK_ATTEMPTS = 3;           // of a check question that confirms something
+constexpr milliseconds LONGEST_DOUBT(1000); // what waits longer gets a check question
+constexpr int READ_REPLY_OVERHEAD = 11;     // characters of a read's answer that are not data
 
 // Whether the line that ended an exchange was the answer, if maybe a damaged one.
 bool wasAnswered(ReplyFault fault)
@@ -37,7 +41,8 @@ void giveUp(const DriverFunctions &driver, QString &driverText)
 PollLoop::PollLoop(const DriverFunctions &driver, QIODevice &device, const PollSettings &settings,
                    const std::atomic<bool> &stop, Clock clock)
     : m_driver(driver), m_device(device), m_settings(settings), m_stop(stop),
-      m_clock(std::move(clock)), m_quiet(settings.firstQuiet), m_lastHeard(m_clock())
+      m_clock(std::move(clock)), m_inStep(settings.timeout), m_quiet(settings.firstQuiet),
+      m_lastHeard(m_clock())
 {
     m_echo.mode = settings.echo;
 }
@@ -63,7 +68,7 @@ bool PollLoop::isNextPassedOver()
     if (m_turn != Turn::PassOver)
         return false;
     m_isRetry = false;
-    Exchange exchange{m_frame};
+    Exchange exchange{m_frame, ++m_number};
     exchange.outcome = Exchange::Outcome::PassedOver;
     exchange.fault = ReplyFault::Silence;
     giveUp(m_driver, exchange.driverText);
@@ -73,7 +78,7 @@ bool PollLoop::isNextPassedOver()
 
 PollLoop::Step PollLoop::exchange()
 {
-    Exchange exchange{m_frame};
+    Exchange exchange{m_frame, ++m_number};
     const bool isRetry = std::exchange(m_isRetry, false);
     if (m_frame.frameLen == 0) {
         exchange.fault = ReplyFault::NotSendable;
@@ -81,38 +86,176 @@ PollLoop::Step PollLoop::exchange()
         return Step::Exchanged;
     }
     const QByteArray frame(m_frame.frame, m_frame.frameLen);
-    const QByteArray station = modbus::stationOf(frame);
-    emptyLine();
-    if (!settle(station, isRetry))
+    const Check check = isRetry || !m_settings.inStep ? Check::Answered : checkBefore(frame);
+    if (check == Check::Broken)
         return broken();
-    if (m_stop || isLost(m_device))
+    if (check == Check::Unanswered) { // so would be the request
+        exchange.fault = ReplyFault::Silence;
+        handIn(exchange, QByteArray());
+        return Step::Exchanged;
+    }
+    const Answer answer = talk(frame, m_frame.replyLen, isRetry);
+    if (answer.end == Answer::End::NotSent)
         return broken();
+    exchange.received = answer.received;
+    exchange.roundTrip = answer.roundTrip;
+    exchange.fault = answer.fault;
+    exchange.exceptionCode = answer.exceptionCode;
+    if (answer.end == Answer::End::BrokenOff) {
+        tell(exchange);
+        return broken();
+    }
+    handIn(exchange, answer.reply);
+    quietAfter(exchange.fault, m_isRetry);
+    return Step::Exchanged;
+}
 
-    exchange.isOutOfStep = std::exchange(m_isOutOfStep, false);
-    noteSent(station, isRetry);
+// Sends a frame once, when the line has settled, and collects the answer.
+PollLoop::Answer PollLoop::talk(const QByteArray &frame, int replyChars, bool isRetry)
+{
+    Answer answer;
+    emptyLine();
+    if (!settle(modbus::stationOf(frame), isRetry) || m_stop || isLost(m_device))
+        return answer;
+    noteSent(frame, isRetry);
     const TimePoint begin = m_clock();
     ReplyFilter filter(frame, m_echo);
     ReplyFilter::Verdict verdict = ReplyFilter::Verdict::MoreWanted;
     if (send(frame)) {
-        const auto wireTime = m_settings.characterTime * (m_frame.frameLen + m_frame.replyLen);
-        verdict = collect(filter, m_clock() + m_settings.timeout + wireTime, exchange.received);
+        const auto wireTime = m_settings.characterTime * (frame.size() + replyChars);
+        verdict = collect(filter, m_clock() + m_settings.timeout + wireTime, answer.received);
     }
-    if (verdict == ReplyFilter::Verdict::MoreWanted) {
-        tell(exchange);
-        return broken();
+    answer.end =
+        verdict == ReplyFilter::Verdict::MoreWanted ? Answer::End::BrokenOff : Answer::End::Over;
+    if (answer.end == Answer::End::BrokenOff)
+        return answer;
+    answer.roundTrip = m_clock() - begin;
+    answer.reply = filter.reply();
+    answer.fault = filter.fault();
+    answer.exceptionCode = filter.exceptionCode();
+    takeStraysAround(answer, frame);
+    noteEnd(frame, answer.fault);
+    return answer;
+}
+
+// Asks what must be asked before a new request. Unanswered: its station does not answer.
+PollLoop::Check PollLoop::checkBefore(const QByteArray &frame)
+{
+    const QByteArray request = modbus::decodeLine(frame).message;
+    const QByteArray waiting = m_inStep.waitingSince(m_clock() - LONGEST_DOUBT);
+    if (!waiting.isEmpty() && waiting != request.left(1) &&
+        check(waiting, {}, CHECK_ATTEMPTS) == Check::Broken)
+        return Check::Broken;
+    // A second one when the first is refused like the request before it.
+    for (int i = 0; i < 2 && m_inStep.needsCheck(request); ++i) {
+        const int attempts = m_inStep.hasUnconfirmed(request.left(1)) ? CHECK_ATTEMPTS : 1;
+        const Check result = check(request.left(1), request, attempts);
+        if (result != Check::Answered)
+            return result;
     }
-    exchange.roundTrip = m_clock() - begin;
-    exchange.fault = filter.fault();
-    exchange.exceptionCode = filter.exceptionCode();
-    handIn(exchange, filter.reply());
-    quietAfter(exchange);
-    noteEnd(station, exchange);
-    return Step::Exchanged;
+    return Check::Answered;
+}
+
+// `next`: the request that follows, or empty.
+PollLoop::Check PollLoop::check(const QByteArray &station, const QByteArray &next, int attempts)
+{
+    const QByteArray question = m_inStep.checkQuestion(station, next);
+    const QByteArray frame = modbus::encodeLine(question);
+    m_isRetry = false;
+    for (int attempt = 0; attempt < attempts; ++attempt) {
+        const Answer answer =
+            talk(frame, READ_REPLY_OVERHEAD + 2 * answerBytes(question), attempt > 0);
+        if (answer.end != Answer::End::Over)
+            return Check::Broken;
+        const bool isAnswered = answer.fault == ReplyFault::None;
+        if (m_checkObserver)
+            m_checkObserver(isAnswered ? answer.roundTrip : std::chrono::nanoseconds(0));
+        quietAfter(answer.fault, attempt + 1 < attempts);
+        if (!isAnswered)
+            continue;
+        tellConfirmed(station,
+                      m_inStep.noteCheckAnswer(question, answer.exceptionCode != 0, m_clock()));
+        return Check::Answered;
+    }
+    m_inStep.noteCheckGiveUp(station);
+    tell(StepNews{StepNews::Kind::Unanswered, stationNumber(station)});
+    return Check::Unanswered;
+}
+
+PollLoop::Step PollLoop::confirm(bool isToTheLast)
+{
+    for (bool isOver = !m_settings.inStep; !isOver; isOver = !isToTheLast || !isHeld()) {
+        if (!checkAll() || (isToTheLast && !waitForLate()))
+            return broken();
+    }
+    return m_stop ? Step::Stopped : Step::Exchanged;
+}
+
+bool PollLoop::isHeld() const
+{
+    return !m_inStep.waitingSince(TimePoint::max()).isEmpty();
+}
+
+// Twice for each station at most: a refused check question may prove nothing. False when broken
+// off.
+bool PollLoop::checkAll()
+{
+    QByteArray last;
+    for (QByteArray station; !(station = m_inStep.waitingSince(m_clock())).isEmpty();) {
+        const bool isSecond = station == last;
+        if (check(station, {}, CHECK_ATTEMPTS) == Check::Broken)
+            return false;
+        if (isSecond && m_inStep.hasUnconfirmed(station))
+            noteGiveUp(station);
+        last = station;
+    }
+    return true;
+}
+
+// Until all that is in step can be confirmed. False when broken off.
+bool PollLoop::waitForLate()
+{
+    for (;;) {
+        switch (waitUntil(m_inStep.heldUntil())) {
+        case Wait::Characters:
+            takeStrays(receive());
+            break;
+        case Wait::TimeOver:
+            return true;
+        case Wait::Broken:
+            return false;
+        }
+    }
+}
+
+void PollLoop::noteGiveUp(const QByteArray &station)
+{
+    m_inStep.noteGiveUp(station);
+    tell(StepNews{StepNews::Kind::Unanswered, stationNumber(station)});
+}
+
+void PollLoop::tellConfirmed(const QByteArray &station, std::uint64_t upTo) const
+{
+    if (upTo > 0)
+        tell(StepNews{StepNews::Kind::Confirmed, stationNumber(station), upTo});
+}
+
+// What an exchange means for those before it.
+void PollLoop::noteSteps(const Exchange &exchange, bool isAnswered)
+{
+    const QByteArray request =
+        modbus::decodeLine(QByteArray(m_frame.frame, m_frame.frameLen)).message;
+    if (isAnswered)
+        tellConfirmed(request.left(1), m_inStep.noteAnswer(request, exchange.exceptionCode != 0,
+                                                           exchange.number, m_clock()));
+    else if (exchange.outcome == Exchange::Outcome::GivenUp)
+        noteGiveUp(request.left(1));
 }
 
 // The driver takes an empty reply for silence.
 void PollLoop::handIn(Exchange &exchange, QByteArray reply)
 {
+    const bool isAnswered = !reply.isEmpty();
     switch (m_driver.dealRcvFrame(reply, exchange.driverText)) {
     case 1:
         exchange.outcome = Exchange::Outcome::Good;
@@ -128,11 +271,19 @@ void PollLoop::handIn(Exchange &exchange, QByteArray reply)
         giveUp(m_driver, exchange.driverText);
         exchange.outcome = Exchange::Outcome::GivenUp;
     }
+    m_isRetry = exchange.outcome == Exchange::Outcome::SentAgain;
+    if (m_settings.inStep && exchange.fault != ReplyFault::NotSendable)
+        noteSteps(exchange, isAnswered);
     tell(exchange);
+    if (!m_settings.inStep)
+        tell(StepNews{StepNews::Kind::Confirmed, m_frame.var.station, exchange.number});
 }
 
 PollLoop::Step PollLoop::idle()
 {
+    const Step confirmed = confirm(false);
+    if (confirmed != Step::Exchanged)
+        return confirmed;
     if (waitUntil(m_clock() + IDLE_WAIT) == Wait::Broken)
         return broken();
     emptyLine();
@@ -146,9 +297,9 @@ bool PollLoop::settle(const QByteArray &station, bool isRetry)
     const TimePoint begin = m_clock();
     for (;;) {
         TimePoint end = std::min(m_lastHeard + m_quiet, begin + MAX_QUIET_TIMES * m_quiet);
-        const Owed &owed = m_owed[station];
-        if (owed.answers > 0 && !isRetry)
-            end = std::max(end, owed.until);
+        const auto owed = m_owed.find(station);
+        if (owed != m_owed.end() && owed->second.answers > 0 && !isRetry)
+            end = std::max(end, owed->second.until);
         if (m_clock() >= end)
             break;
         const Wait wait = waitUntil(end);
@@ -163,31 +314,50 @@ bool PollLoop::settle(const QByteArray &station, bool isRetry)
     return true;
 }
 
-// What comes between requests: answers that are owed, or prove that answers are out of step.
+// What comes between requests.
 void PollLoop::takeStrays(const QByteArray &bytes)
 {
-    for (const QByteArray &line : m_strays.take(bytes)) {
-        if (modbus::decodeLine(line).fault != modbus::LineFault::None)
+    for (const QByteArray &line : m_strays.take(bytes))
+        noteStray(line, 0);
+}
+
+// What came along with an answer, or in its place.
+void PollLoop::takeStraysAround(const Answer &answer, const QByteArray &frame)
+{
+    bool isReplySeen = false;
+    for (const QByteArray &line : m_strays.take(answer.received)) {
+        if (line == answer.reply && !std::exchange(isReplySeen, true))
             continue;
-        Owed &owed = m_owed[modbus::stationOf(line)];
-        if (owed.answers > 0) {
-            --owed.answers;
-            owed.slowest =
-                std::max<std::chrono::nanoseconds>(owed.slowest, m_clock() - owed.firstSent);
-            owed.until = std::max(owed.until, owed.lastSent + owed.slowest + m_settings.timeout);
-        } else if (modbus::stationOf(line) == m_lastStation) {
-            m_isOutOfStep = true;
-            m_quiet = std::max(m_quiet, m_settings.timeout);
-            m_lastHeard = m_clock();
-        }
+        if (line != frame)
+            noteStray(line, modbus::stationOf(line) == modbus::stationOf(frame) ? 1 : 0);
     }
 }
 
-void PollLoop::noteSent(const QByteArray &station, bool isRetry)
+// `awaited`: answers that its station owes to the request in flight.
+void PollLoop::noteStray(const QByteArray &line, int awaited)
 {
-    m_strays.clear();
-    m_lastStation = station;
-    Owed &owed = m_owed[station];
+    const QByteArray message = modbus::decodeLine(line).message;
+    const auto asked = m_owed.find(modbus::stationOf(line));
+    if (message.isEmpty() || asked == m_owed.end())
+        return;
+    Owed &owed = asked->second;
+    const auto late = m_inStep.noteStray(message, m_clock());
+    if (owed.answers > awaited) {
+        --owed.answers;
+        owed.slowest = std::max<std::chrono::nanoseconds>(owed.slowest, m_clock() - owed.firstSent);
+        owed.until = std::max(owed.until, owed.lastSent + owed.slowest + m_settings.timeout);
+    } else if (awaited == 0 && modbus::stationOf(line) == m_lastStation) {
+        m_quiet = std::max(m_quiet, m_settings.timeout);
+        m_lastHeard = m_clock();
+    }
+    tell(StepNews{StepNews::Kind::Stray, stationNumber(message.left(1)), 0, message, late});
+}
+
+void PollLoop::noteSent(const QByteArray &frame, bool isRetry)
+{
+    m_inStep.noteSent(modbus::decodeLine(frame).message, m_clock());
+    m_lastStation = modbus::stationOf(frame);
+    Owed &owed = m_owed[m_lastStation];
     if (!isRetry)
         owed.answers = 0;
     owed.lastSent = m_clock();
@@ -196,24 +366,24 @@ void PollLoop::noteSent(const QByteArray &station, bool isRetry)
     ++owed.answers;
 }
 
-void PollLoop::noteEnd(const QByteArray &station, const Exchange &exchange)
+void PollLoop::noteEnd(const QByteArray &frame, ReplyFault fault)
 {
-    m_isRetry = exchange.outcome == Exchange::Outcome::SentAgain;
-    Owed &owed = m_owed[station];
-    const bool isAnswered = wasAnswered(exchange.fault);
+    Owed &owed = m_owed[modbus::stationOf(frame)];
+    const bool isAnswered = wasAnswered(fault);
     if (isAnswered)
         --owed.answers;
+    else
+        m_inStep.noteSilence(modbus::decodeLine(frame).message);
     const TimePoint now = m_clock();
     owed.until = isAnswered ? now + (owed.lastSent - owed.firstSent) + m_settings.timeout
                             : now + 3 * m_settings.timeout;
     owed.until = std::max(owed.until, owed.lastSent + owed.slowest + m_settings.timeout);
 }
 
-void PollLoop::quietAfter(const Exchange &exchange)
+void PollLoop::quietAfter(ReplyFault fault, bool isRetry)
 {
     m_lastHeard = m_clock();
-    const bool isRetry = exchange.outcome == Exchange::Outcome::SentAgain;
-    switch (exchange.fault) {
+    switch (fault) {
     case ReplyFault::None:
     case ReplyFault::NotSendable:
         m_quiet = m_settings.gap;
@@ -222,6 +392,13 @@ void PollLoop::quietAfter(const Exchange &exchange)
     case ReplyFault::NotHex:
     case ReplyFault::WrongLrc:
         m_quiet = std::max(m_settings.gap, std::min(DAMAGED_QUIET, m_settings.timeout));
+        break;
+    case ReplyFault::WrongStation:
+    case ReplyFault::WrongFunction:
+    case ReplyFault::WrongLength:
+    case ReplyFault::WrongAcknowledgement:
+        m_quiet = std::max(m_settings.gap, m_settings.timeout);
+        m_lastHeard = m_heard;
         break;
     case ReplyFault::Silence:
         m_quiet = isRetry ? m_settings.gap : std::max(m_settings.gap, m_settings.timeout);
@@ -243,6 +420,8 @@ void PollLoop::emptyLine()
 QByteArray PollLoop::receive()
 {
     QByteArray bytes = m_device.readAll();
+    if (!bytes.isEmpty())
+        m_heard = m_clock();
     if (m_settings.tap && !bytes.isEmpty())
         m_settings.tap(false, bytes);
     return bytes;
@@ -316,6 +495,12 @@ void PollLoop::tell(const Exchange &exchange) const
 {
     if (m_observer)
         m_observer(exchange);
+}
+
+void PollLoop::tell(const StepNews &news) const
+{
+    if (m_stepObserver)
+        m_stepObserver(news);
 }
 
 } // namespace kmr

@@ -3,6 +3,7 @@
 #pragma once
 
 #include "host/driver_library.h"
+#include "host/line/in_step.h"
 #include "host/line/reply_filter.h"
 #include "host/line/station_pauses.h"
 #include "modbus/ascii.h"
@@ -13,8 +14,10 @@
 
 #include <atomic>
 #include <chrono>
+#include <cstdint>
 #include <functional>
 #include <map>
+#include <optional>
 
 namespace kmr {
 
@@ -26,6 +29,7 @@ struct PollSettings {
     std::chrono::milliseconds timeout{1000};
     std::chrono::nanoseconds characterTime{0};
     EchoMode echo = EchoMode::Auto;
+    bool inStep = true;               // InStep guards the answers; else each counts at once
     std::chrono::milliseconds gap{0}; // silence on the line before each request
     // Silence before the first request: what somebody else asked before may still be answered.
     std::chrono::milliseconds firstQuiet{0};
@@ -44,27 +48,40 @@ struct Exchange {
     };
 
     const FRAME_PRO &request; // valid during the observer's call
+    std::uint64_t number = 0; // of the exchanges of a loop, from 1 on
     QByteArray received = {}; // all that arrived, echo and noise included
     Outcome outcome = Outcome::Interrupted;
     ReplyFault fault = ReplyFault::None;   // why it brought no usable line
     int exceptionCode = 0;                 // of a refusal, else 0
     QString driverText = {};               // the driver's own description of the request
     std::chrono::nanoseconds roundTrip{0}; // from the first character sent to the answer's last
-    // Before it came an answer that no request waited for: those taken for the answers to earlier
-    // requests to this station may have been others'.
-    bool isOutOfStep = false;
 };
 
-// Answers carry no mark of their request, so one that comes late or twice could be taken for that
-// of the next request. The loop counts the answers that each station owes:
+// What became of the answers that waited to be confirmed (InStep).
+struct StepNews {
+    enum class Kind {
+        Confirmed, // those of the station up to `upTo` are true
+        Stray,     // a line came that no request waited for: it may put them in doubt
+        Unanswered // the request after them was given up: they stay in doubt
+    };
+
+    Kind kind = Kind::Confirmed;
+    int station = 0;
+    std::uint64_t upTo = 0;                            // Exchange::number
+    QByteArray stray = {};                             // its message
+    std::optional<std::chrono::nanoseconds> late = {}; // of a late stray: since its request
+};
+
+// Answers that come late or twice could be taken for those of other requests. InStep finds out what
+// such answers did. So that there is little to find out, the loop counts the answers that each
+// station owes:
 //
 //  - The same request is sent again at once: whichever of its answers comes is one to it.
 //  - Before another request to the station it waits until all owed answers have come, or can be
 //    taken for lost: behind a good answer a timeout after the time that it could have taken, from
 //    the first attempt on, behind a request that was given up three timeouts, and a timeout after
 //    the time that the station's late answers took so far.
-//  - An answer that comes although none is owed shows that answers are out of step: the loop waits
-//    for a quiet line, and tells the observer.
+//  - When an answer comes although none is owed, it waits for a quiet line.
 //
 // Blocks in the device's waits and needs no Qt event loop. Nothing here is safe to call from two
 // threads, the stop flag excepted.
@@ -97,6 +114,20 @@ public:
         m_turnOf = std::move(turnOf);
     }
 
+    // Is called when an exchange confirms earlier ones, before the observer is told of it; without
+    // PollSettings::inStep after each exchange. And when a line comes that no request waited for.
+    using StepObserver = std::function<void(const StepNews &)>;
+    void setStepObserver(StepObserver observer)
+    {
+        m_stepObserver = std::move(observer);
+    }
+
+    // Is called after each check question with the time to its answer, or 0 when none came.
+    void setCheckObserver(std::function<void(std::chrono::nanoseconds roundTrip)> observer)
+    {
+        m_checkObserver = std::move(observer);
+    }
+
     // Is called every 50 ms while the loop waits.
     void setWaitObserver(std::function<void()> observer)
     {
@@ -107,6 +138,10 @@ public:
     // the driver may wait for an answer that never comes: start anew with intf_initProperty.
     Step step();
 
+    // Asks check questions until nothing waits for one, or no answer comes. `isToTheLast`: also
+    // waits until no late answer can put anything in doubt. Exchanged, LineLost or Stopped.
+    Step confirm(bool isToTheLast);
+
     // What is known of the line's echo.
     const Echo &echo() const
     {
@@ -115,6 +150,7 @@ public:
 
 private:
     enum class Wait { Characters, TimeOver, Broken };
+    enum class Check { Answered, Unanswered, Broken };
     using TimePoint = std::chrono::steady_clock::time_point;
 
     // What a station has not answered yet.
@@ -126,22 +162,46 @@ private:
         std::chrono::nanoseconds slowest{0}; // what came late, came within this time
     };
 
+    // What came of a frame on the line.
+    struct Answer {
+        enum class End { NotSent, BrokenOff, Over };
+
+        End end = End::NotSent;
+        QByteArray received;
+        QByteArray reply;
+        ReplyFault fault = ReplyFault::None;
+        int exceptionCode = 0;
+        std::chrono::nanoseconds roundTrip{0};
+    };
+
     bool isNextPassedOver();
     Step exchange();
     Step idle();
+    Answer talk(const QByteArray &frame, int replyChars, bool isRetry);
+    void noteSteps(const Exchange &exchange, bool isAnswered);
+    void noteGiveUp(const QByteArray &station);
+    void tellConfirmed(const QByteArray &station, std::uint64_t upTo) const;
+    bool isHeld() const;
+    bool checkAll();
+    bool waitForLate();
+    Check checkBefore(const QByteArray &frame);
+    Check check(const QByteArray &station, const QByteArray &next, int attempts);
     bool settle(const QByteArray &station, bool isRetry);
     void emptyLine();
     QByteArray receive();
     void takeStrays(const QByteArray &bytes);
-    void noteSent(const QByteArray &station, bool isRetry);
-    void noteEnd(const QByteArray &station, const Exchange &exchange);
+    void takeStraysAround(const Answer &answer, const QByteArray &frame);
+    void noteStray(const QByteArray &line, int awaited);
+    void noteSent(const QByteArray &frame, bool isRetry);
+    void noteEnd(const QByteArray &frame, ReplyFault fault);
     bool send(const QByteArray &frame);
     ReplyFilter::Verdict collect(ReplyFilter &filter, TimePoint deadline, QByteArray &received);
     void handIn(Exchange &exchange, QByteArray reply);
     Wait waitUntil(TimePoint deadline);
-    void quietAfter(const Exchange &exchange);
+    void quietAfter(ReplyFault fault, bool isRetry);
     Step broken() const;
     void tell(const Exchange &exchange) const;
+    void tell(const StepNews &news) const;
 
     const DriverFunctions &m_driver;
     QIODevice &m_device;
@@ -150,17 +210,21 @@ private:
     const Clock m_clock;
     Observer m_observer;
     std::function<void()> m_waitObserver;
+    StepObserver m_stepObserver;
+    std::function<void(std::chrono::nanoseconds)> m_checkObserver;
     TurnOf m_turnOf;
     Echo m_echo;
+    InStep m_inStep;
+    std::uint64_t m_number = 0; // of the last exchange
     FRAME_PRO m_frame;
     Turn m_turn = Turn::Ask;           // of m_frame
     std::chrono::milliseconds m_quiet; // silence that must pass before the next request
     TimePoint m_lastHeard;             // when it began
+    TimePoint m_heard;                 // the last characters
     std::map<QByteArray, Owed> m_owed; // by the station's characters
     QByteArray m_lastStation;          // that of the last request
     bool m_isRetry = false;            // the next request is the last one once more
-    modbus::LineCollector m_strays;    // what comes between requests
-    bool m_isOutOfStep = false;
+    modbus::LineCollector m_strays;    // finds lines too much in all that comes
 };
 
 } // namespace kmr

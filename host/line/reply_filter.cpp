@@ -1,6 +1,6 @@
 #include "host/line/reply_filter.h"
 
-#include "modbus/areas.h"
+#include "host/line/answer_form.h"
 #include "modbus/protocol.h"
 
 #include <algorithm>
@@ -67,6 +67,8 @@ QString toText(ReplyFault fault)
         return "the request came back once, as its answer or as the line's echo";
     case ReplyFault::NotSendable:
         return "the request fits no frame";
+    case ReplyFault::NotConfirmed:
+        return "the answer is not confirmed: after it, answers came out of step or none came";
     }
     return "unknown fault";
 }
@@ -101,6 +103,8 @@ bool ReplyFilter::isRival(const QByteArray &line) const
 
 ReplyFilter::Verdict ReplyFilter::end()
 {
+    if (m_passedOver != ReplyFault::None)
+        return bad(m_passedOver);
     if (!m_collector.partial().isEmpty())
         return bad(ReplyFault::Incomplete);
     if (m_ownTexts > 0 && isBitWrite() && m_echo.isUnknown())
@@ -134,7 +138,7 @@ ReplyFilter::Verdict ReplyFilter::judge(const QByteArray &line)
         return bad(toReplyFault(decoded.fault));
     // Characters, not numbers: that is what the controller was called by.
     if (modbus::stationOf(line) != modbus::stationOf(m_request))
-        return bad(ReplyFault::WrongStation);
+        return passOver(ReplyFault::WrongStation);
     return judgeMessage(line, decoded.message);
 }
 
@@ -147,24 +151,25 @@ ReplyFilter::Verdict ReplyFilter::judgeMessage(const QByteArray &line, const QBy
     const int answered = modbus::byteAt(message, 1);
     if (answered == (asked | modbus::EXCEPTION_BIT)) {
         if (message.size() != 3)
-            return bad(ReplyFault::WrongLength);
+            return passOver(ReplyFault::WrongLength);
         // Codes begin with 1 (MODBUS Application Protocol V1.1b3, section 7); 0 would pass for no
         // exception, and what was refused for done.
         m_exceptionCode = modbus::byteAt(message, 2);
         return m_exceptionCode != 0 ? good(line) : bad(ReplyFault::NoExceptionCode);
     }
     if (answered != asked)
-        return bad(ReplyFault::WrongFunction);
+        return passOver(ReplyFault::WrongFunction);
 
     if (modbus::isRead(asked)) {
-        const int bytes = expectedBytes();
+        const int bytes = answerBytes(m_requestMessage);
         const bool fits = message.size() == 3 + bytes && modbus::byteAt(message, 2) == bytes;
-        return fits ? good(line) : bad(ReplyFault::WrongLength);
+        return fits ? good(line) : passOver(ReplyFault::WrongLength);
     }
     if (message.size() != 6)
-        return bad(ReplyFault::WrongLength);
+        return passOver(ReplyFault::WrongLength);
     // A write's answer repeats its address and its value or quantity.
-    return message == m_requestMessage.left(6) ? good(line) : bad(ReplyFault::WrongAcknowledgement);
+    return message == m_requestMessage.left(6) ? good(line)
+                                               : passOver(ReplyFault::WrongAcknowledgement);
 }
 
 ReplyFilter::Verdict ReplyFilter::good(const QByteArray &line)
@@ -187,21 +192,18 @@ ReplyFilter::Verdict ReplyFilter::bad(ReplyFault fault)
     return Verdict::Bad;
 }
 
+// A good line that is no answer to the request: the answer may follow.
+ReplyFilter::Verdict ReplyFilter::passOver(ReplyFault fault)
+{
+    if (m_passedOver == ReplyFault::None)
+        m_passedOver = fault;
+    return Verdict::MoreWanted;
+}
+
 bool ReplyFilter::isBitWrite() const
 {
     return m_requestMessage.size() > 1 &&
            modbus::byteAt(m_requestMessage, 1) == modbus::WRITE_SINGLE_COIL;
-}
-
-// What a controller makes of a read request: it takes the quantity's digits for hexadecimal ones,
-// though the driver writes them in decimal.
-int ReplyFilter::expectedBytes() const
-{
-    const int address = modbus::wordAt(m_requestMessage, 2);
-    const int quantity = modbus::wordAt(m_requestMessage, 4);
-    if (modbus::byteAt(m_requestMessage, 1) == modbus::READ_DISCRETE_INPUTS)
-        return (quantity + 7) / 8;
-    return quantity * modbus::registerBytes(address);
 }
 
 } // namespace kmr

@@ -49,13 +49,18 @@ enum class ReplyFault {
     MissingEcho,          // an answer came, but not the echo that was certain to precede it
     UnexpectedEcho,       // the request came back although EchoMode::Off rules that out
     EchoOrAnswer, // a bit write came back once, and no one knows yet whether the line echoes
-    NotSendable   // the request fits no frame and was not sent
+    NotSendable,  // the request fits no frame and was not sent
+    NotConfirmed  // an answer came, but what came after it leaves in doubt whether it was the true
+                  // one
 };
 
 // The fault in words: "wrong LRC".
 QString toText(ReplyFault fault);
 
 // Judges what arrives after one request. Has no device and no clock.
+//
+// A line that answers something else is passed over, since the answer may follow it. When none
+// does, the fault is that of the first such line.
 //
 // The answer to a bit write equals the request, so there an echo can only be told by counting.
 // While nothing is known about the echo, one equal line proves nothing: only a second one makes the
@@ -101,8 +106,8 @@ private:
     Verdict judgeMessage(const QByteArray &line, const QByteArray &message);
     Verdict good(const QByteArray &line);
     Verdict bad(ReplyFault fault);
+    Verdict passOver(ReplyFault fault);
     bool isBitWrite() const;
-    int expectedBytes() const;
 
     const QByteArray m_request;
     const QByteArray m_requestMessage; // its station, function and data; empty if it can't be read
@@ -113,6 +118,7 @@ private:
     QByteArray m_reply;
     int m_exceptionCode = 0;
     ReplyFault m_fault = ReplyFault::None;
+    ReplyFault m_passedOver = ReplyFault::None; // of the first line that answers something else
 };
 
 } // namespace kmr

@@ -47,6 +47,20 @@ void Statistics::countInterrupted()
     ++m_interrupted;
 }
 
+void Statistics::countCheck(std::chrono::nanoseconds)
+{
+    ++m_checks;
+}
+
+void Statistics::countStray(std::optional<std::chrono::nanoseconds> late)
+{
+    ++m_strays;
+    if (!late)
+        return;
+    ++m_late;
+    m_latest = std::max(m_latest, *late);
+}
+
 RoundTrips Statistics::roundTrips() const
 {
     if (m_roundTrips.empty())
@@ -65,11 +79,13 @@ QString toText(const RoundTrips &trips)
 
 QString summary(const Statistics &statistics)
 {
-    const QString counts = QString("%1 requests sent, %2 good, %3 sent again, %4 given up")
-                               .arg(statistics.sent())
-                               .arg(statistics.good())
-                               .arg(statistics.retries())
-                               .arg(statistics.giveUps());
+    QString counts = QString("%1 requests sent, %2 good, %3 sent again, %4 given up")
+                         .arg(statistics.sent())
+                         .arg(statistics.good())
+                         .arg(statistics.retries())
+                         .arg(statistics.giveUps());
+    if (statistics.strays() > 0)
+        counts += QString(", %1 answers out of step").arg(statistics.strays());
     return statistics.good() == 0 ? counts : counts + '\n' + toText(statistics.roundTrips());
 }
 

@@ -6,6 +6,7 @@
 #include <chrono>
 #include <cstddef>
 #include <cstdint>
+#include <optional>
 #include <vector>
 
 namespace kmr {
@@ -27,6 +28,8 @@ public:
     void countGood(std::chrono::nanoseconds roundTrip);
     void countRetry();
     void countGiveUp();
+    void countCheck(std::chrono::nanoseconds roundTrip); // 0 when no answer came
+    void countStray(std::optional<std::chrono::nanoseconds> late);
     void countInterrupted(); // sent, but the line was lost or the user ended it before the answer
 
     std::uint64_t sent() const
@@ -47,6 +50,26 @@ public:
         return m_giveUps;
     }
 
+    // Check questions (InStep), which are none of the requests.
+    std::uint64_t checks() const
+    {
+        return m_checks;
+    }
+    // Answers that no request waited for, and those of them that came late.
+    std::uint64_t strays() const
+    {
+        return m_strays;
+    }
+    std::uint64_t late() const
+    {
+        return m_late;
+    }
+    // From its request to the latest of these.
+    std::chrono::nanoseconds latest() const
+    {
+        return m_latest;
+    }
+
     // All zero before the first good exchange.
     RoundTrips roundTrips() const;
 
@@ -55,6 +78,10 @@ private:
     std::uint64_t m_retries = 0;
     std::uint64_t m_giveUps = 0;
     std::uint64_t m_interrupted = 0;
+    std::uint64_t m_checks = 0;
+    std::uint64_t m_strays = 0;
+    std::uint64_t m_late = 0;
+    std::chrono::nanoseconds m_latest{0};
     std::vector<std::chrono::nanoseconds> m_roundTrips; // a ring once it is full
     std::chrono::nanoseconds m_min{0};
     std::chrono::nanoseconds m_max{0};
@@ -64,6 +91,7 @@ private:
 QString toText(const RoundTrips &trips);
 
 // For the end of a run, like ping's: a line of counts, and one of round trips where there were any.
+// Answers out of step are named when there were any.
 QString summary(const Statistics &statistics);
 
 } // namespace kmr

@@ -11,32 +11,6 @@ QString toText(const Failure &failure)
     return toText(failure.fault);
 }
 
-void QualityMap::set(const ElementRange &run, const ElementState &state)
-{
-    for (int number = run.first; number < run.end(); ++number)
-        m_states[{run.station, run.area, number}] = state;
-}
-
-void QualityMap::setStation(int station, const ElementState &state)
-{
-    for (auto &entry : m_states) {
-        if (std::get<0>(entry.first) == station)
-            entry.second = state;
-    }
-}
-
-ElementState QualityMap::worst(const ElementRange &run) const
-{
-    for (int number = run.first; number < run.end(); ++number) {
-        const auto found = m_states.find({run.station, run.area, number});
-        if (found == m_states.end())
-            return {};
-        if (found->second.quality != Quality::Good)
-            return found->second;
-    }
-    return {Quality::Good, {}};
-}
-
 ElementRange disturbedBy(const ElementRange &written)
 {
     ElementRange run = written;

@@ -1,5 +1,4 @@
-// How far the driver's value of an element can be trusted. The driver shows a written value at once
-// and keeps showing old ones when nobody answers; this is where the host knows better.
+// How far an element's value can be trusted.
 #pragma once
 
 #include "host/line/reply_filter.h"
@@ -7,14 +6,11 @@
 
 #include <QString>
 
-#include <map>
-#include <tuple>
-
 namespace kmr {
 
 enum class Quality {
     Unread, // never read since the run began, or since the last write near it
-    Good,   // the controller held this value when it was last read
+    Good,   // the controller held this value when it was last read, and that is confirmed
     Stale,  // the last read was given up: the value is an old one, or none
 };
 
@@ -30,21 +26,6 @@ QString toText(const Failure &failure);
 struct ElementState {
     Quality quality = Quality::Unread;
     Failure failure; // with Stale
-};
-
-class QualityMap {
-public:
-    // Sets the state of all elements of a run.
-    void set(const ElementRange &run, const ElementState &state);
-
-    // Sets that of all elements of a station that have one.
-    void setStation(int station, const ElementState &state);
-
-    // The state of the first element that isn't Good, or Good.
-    ElementState worst(const ElementRange &run) const;
-
-private:
-    std::map<std::tuple<int, QString, int>, ElementState> m_states; // station, area, number
 };
 
 // The elements whose value the driver no longer shows as read once `written` is queued: all of a

@@ -16,18 +16,18 @@ class Reader {
 public:
     Reader(Session &session, const std::vector<Tag> &tags) : m_session(session)
     {
-        for (const ElementRange &run : readRanges(tags, session.groupLimit())) {
+        for (const ElementRange &run : session.ranges(tags)) {
             (isBitArea(run.area) ? m_bits : m_words).push_back(run);
             session.forget(run);
         }
-        session.poll(m_bits);
+        m_bitRequests = session.poll(m_bits);
     }
 
-    // Again where answers turned out to be out of step.
+    // Again when answers turned out to be out of step.
     void run()
     {
         for (int pass = 0; pass < MOST_PASSES; ++pass) {
-            if (!readWords() || !readBits())
+            if (!readWords() || !readBits() || m_session.confirm() != PollLoop::Step::Exchanged)
                 return;
         }
         for (const ElementRange &run : m_words)
@@ -72,7 +72,7 @@ private:
         for (const ElementRange &run : m_words) {
             if (!isUndecided(run))
                 continue;
-            const RequestResult result = m_session.readOnce(run);
+            const RequestResult result = m_session.ask(run);
             if (result.outcome == Outcome::NotSent || result.outcome == Outcome::Unknown)
                 return false;
             if (!result.isDone())
@@ -84,7 +84,7 @@ private:
     void giveUpIfUndecided(const ElementRange &run)
     {
         if (isUndecided(run))
-            noteFailure(run, {ReplyFault::SeveralAnswers, 0});
+            noteFailure(run, {ReplyFault::NotConfirmed, 0});
     }
 
     bool isUndecided(const ElementRange &run) const
@@ -92,18 +92,23 @@ private:
         return !isSilent(run) && m_session.state(run).quality == Quality::Unread;
     }
 
-    // Looks at all runs only when something failed: there may be thousands. False as readWords().
+    // One round of polling. Looks at all runs only when something failed: there may be thousands.
+    // False as readWords().
     bool readBits()
     {
         auto first = m_bits.begin(); // those before it are decided
-        while (first != m_bits.end()) {
-            const std::uint64_t giveUps = m_session.statistics().giveUps();
-            if (!isUndecided(*first))
+        for (int asked = 0; first != m_bits.end() && asked < m_bitRequests;) {
+            if (!isUndecided(*first)) {
                 ++first;
-            else if (m_session.step() != PollLoop::Step::Exchanged)
+                continue;
+            }
+            const std::uint64_t retries = m_session.statistics().retries();
+            const std::uint64_t giveUps = m_session.statistics().giveUps();
+            if (m_session.step() != PollLoop::Step::Exchanged)
                 return false;
             if (m_session.statistics().giveUps() != giveUps)
                 noteFailures();
+            asked += m_session.statistics().retries() == retries ? 1 : 0;
         }
         return true;
     }
@@ -119,6 +124,7 @@ private:
 
     Session &m_session;
     std::vector<ElementRange> m_bits;
+    int m_bitRequests = 0; // of one round
     std::vector<ElementRange> m_words;
     std::map<int, Failure> m_silentStations;
 };

@@ -75,9 +75,12 @@ TransferResult transfer(Session &session, const std::vector<RecipeItem> &items,
     const QVector<_RCP_VAR_PRO> entries = layOut(items, session.groupLimit());
     TransferResult result;
     result.requests = static_cast<int>(entries.size());
-    result.result = session.transferRecipe(entries, direction, result.finished);
-    if (!result.result.isDone() && result.finished < result.requests) {
-        const _RCP_VAR_PRO &entry = entries.at(result.finished);
+    RecipeProgress progress;
+    result.result = session.transferRecipe(entries, direction, progress);
+    result.finished = progress.finished;
+    result.unsure = progress.unsure;
+    if (!result.result.isDone() && progress.failed < result.requests) {
+        const _RCP_VAR_PRO &entry = entries.at(progress.failed);
         result.failedName = entry.area + QString::number(entry.address);
     }
     return result;

@@ -23,7 +23,8 @@ std::vector<ElementRange> recipeRanges(const std::vector<RecipeItem> &items, int
 
 struct TransferResult {
     RequestResult result;
-    int finished = 0;   // requests answered
+    int finished = 0;   // requests answered for certain
+    int unsure = 0;     // requests after these that were sent
     int requests = 0;   // requests of the whole transfer
     QString failedName; // first element of the request that failed: "D108"
 };

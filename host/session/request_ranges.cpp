@@ -1,6 +1,7 @@
 #include "host/session/request_ranges.h"
 
 #include "host/error.h"
+#include "host/session/unlike_cut.h"
 
 #include <algorithm>
 #include <climits>
@@ -113,11 +114,36 @@ void cutWords(const ElementRange &kind, const Elements &words, int groupLimit,
     }
 }
 
+using Asked = std::map<std::pair<int, QString>, Elements>; // by station and area
+
+// With neighbours that don't look alike. The driver polls the areas of a station in this order.
+std::vector<ElementRange> cutUnlike(const Asked &asked, int groupLimit)
+{
+    std::map<int, UnlikeCut> stations;
+    std::vector<ElementRange> runs;
+    for (const char *area : {"TV", "CV", "CV2", "D", "X", "Y", "M", "S", "T", "C"}) {
+        for (const auto &[key, elements] : asked) {
+            if (key.second != area)
+                continue;
+            const ElementRange kind{key.first, key.second, 0, 1};
+            UnlikeCut &cut = stations.try_emplace(key.first, groupLimit).first->second;
+            if (isBitArea(kind.area))
+                cut.cutBits(kind, elements.numbers, runs);
+            else if (isCounterArea(kind.area))
+                cut.cutCounters(kind, elements.numbers, runs);
+            else
+                cut.cutWords(kind, elements.numbers, elements.tied, runs);
+        }
+    }
+    return runs;
+}
+
 } // namespace
 
-std::vector<ElementRange> readRanges(const std::vector<Tag> &tags, int groupLimit)
+std::vector<ElementRange> readRanges(const std::vector<Tag> &tags, int groupLimit,
+                                     Neighbours neighbours)
 {
-    std::map<std::pair<int, QString>, Elements> asked;
+    Asked asked;
     for (const Tag &tag : tags) {
         Elements &elements = asked[{tag.elements.station, tag.elements.area}];
         const int step = elementsPerNumber(tag);
@@ -125,23 +151,26 @@ std::vector<ElementRange> readRanges(const std::vector<Tag> &tags, int groupLimi
             addTied(first, first + step, elements);
     }
 
-    std::vector<ElementRange> runs;
+    const int chunkBits = 8 * groupLimit; // the driver cuts longer runs itself
+    const int runBits =
+        chunkBits >= 2 * BLOCK_BITS ? 2 * BLOCK_BITS : std::min(chunkBits, BLOCK_BITS);
     for (auto &[key, elements] : asked) {
-        const ElementRange run{key.first, key.second, 0, 1};
-        if (isBitArea(run.area)) {
-            const int chunkBits = 8 * groupLimit; // the driver cuts longer runs itself
-            const int runBits =
-                chunkBits >= 2 * BLOCK_BITS ? 2 * BLOCK_BITS : std::min(chunkBits, BLOCK_BITS);
-            widenBelowBorders(run.area, std::min(runBits, BLOCK_BITS), elements.numbers);
-            cutBits(run, elements.numbers, runBits, runs);
-        } else if (isCounterArea(run.area)) {
-            cutWords(run, elements, 1, runs);
-        } else {
-            keepApartAtBorders(run.area, groupLimit, elements);
-            cutWords(run, elements, groupLimit, runs);
-        }
+        if (isBitArea(key.second))
+            widenBelowBorders(key.second, std::min(runBits, BLOCK_BITS), elements.numbers);
+        else if (!isCounterArea(key.second))
+            keepApartAtBorders(key.second, groupLimit, elements);
     }
-    return runs;
+    std::vector<ElementRange> runs;
+    for (const auto &[key, elements] : asked) {
+        const ElementRange run{key.first, key.second, 0, 1};
+        if (isBitArea(run.area))
+            cutBits(run, elements.numbers, runBits, runs);
+        else
+            cutWords(run, elements, isCounterArea(run.area) ? 1 : groupLimit, runs);
+    }
+    return neighbours == Neighbours::Unlike && runBits == 2 * BLOCK_BITS
+               ? cutUnlike(asked, groupLimit)
+               : runs;
 }
 
 std::vector<ElementRange> writeRanges(const Tag &tag, int groupLimit)
@@ -163,11 +192,19 @@ std::vector<ElementRange> writeRanges(const Tag &tag, int groupLimit)
     return runs;
 }
 
+KEY_ADDRESS requestKey(const ElementRange &run)
+{
+    KEY_ADDRESS key = toKey(run);
+    if (isCounterArea(run.area) && run.count > 1)
+        key.count *= 2;
+    return key;
+}
+
 QList<KEY_ADDRESS> toKeys(const std::vector<ElementRange> &runs)
 {
     QList<KEY_ADDRESS> keys;
     for (const ElementRange &run : runs)
-        keys.append(toKey(run));
+        keys.append(requestKey(run));
     return keys;
 }
 

@@ -26,13 +26,19 @@ namespace kmr {
 
 // All elements of `tags`, without doubles, in runs of one request each, ordered by station, area
 // and number. `groupLimit`: the driver's, 1 to 8. Throws Error (Usage) for 32-bit values that no
-// request of so many words can hold together.
-std::vector<ElementRange> readRanges(const std::vector<Tag> &tags, int groupLimit);
+// request of so many words can hold together. `Unlike`: as UnlikeCut cuts them, with elements that
+// nobody asked for where that keeps neighbours apart.
+enum class Neighbours { Any, Unlike };
+std::vector<ElementRange> readRanges(const std::vector<Tag> &tags, int groupLimit,
+                                     Neighbours neighbours = Neighbours::Any);
 
 // A tag's elements in the order of their numbers, in runs of one write request each: single bits
 // and counters, groups of words up to the limit and the border, both words of a 32-bit value in
 // one. Throws Error (Usage) where the limit is too low for that.
 std::vector<ElementRange> writeRanges(const Tag &tag, int groupLimit);
+
+// A run as the driver takes it for one request: it halves a count of several counters.
+KEY_ADDRESS requestKey(const ElementRange &run);
 
 // The runs as the driver's poll list.
 QList<KEY_ADDRESS> toKeys(const std::vector<ElementRange> &runs);

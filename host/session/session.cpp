@@ -1,10 +1,14 @@
 #include "host/session/session.h"
 
 #include "host/error.h"
+#include "host/line/answer_form.h"
 #include "host/session/request_ranges.h"
+#include "modbus/ascii.h"
+#include "modbus/protocol.h"
 
 #include <QMutexLocker>
 
+#include <algorithm>
 #include <utility>
 
 namespace kmr {
@@ -17,7 +21,7 @@ constexpr int READ_BLOCK_TAG = 4; // the driver's tag of what it polls
 // controller takes them for hexadecimal ones.
 constexpr int MAX_RECIPE_ENTRY_WORDS = 9;
 
-Session *g_session = nullptr; // whom the driver's callback is for
+constexpr int MOST_UPLOADS = 3; // of a recipe whose answers are not confirmed
 
 ElementRange writtenBy(const VARIABLE &request)
 {
@@ -44,18 +48,9 @@ RequestResult resultOf(const Exchange &exchange, bool wasUnanswered)
             failure};
 }
 
-// Whether the station's answers may have been taken for those to other requests.
-bool isOutOfStep(const Exchange &exchange)
+QByteArray messageOf(const FRAME_PRO &request)
 {
-    switch (exchange.fault) {
-    case ReplyFault::WrongFunction:
-    case ReplyFault::WrongLength:
-    case ReplyFault::WrongAcknowledgement:
-    case ReplyFault::SeveralAnswers:
-        return true;
-    default:
-        return exchange.isOutOfStep;
-    }
+    return modbus::decodeLine(QByteArray(request.frame, request.frameLen)).message;
 }
 
 bool isFinal(const Exchange &exchange)
@@ -63,12 +58,22 @@ bool isFinal(const Exchange &exchange)
     return exchange.outcome != Exchange::Outcome::SentAgain;
 }
 
+int bytesEach(const QString &area)
+{
+    return isBitArea(area) ? 1 : isCounterArea(area) ? 4 : 2;
+}
+
+// The driver counts counters in words.
+int driverCount(const ElementRange &run)
+{
+    return isCounterArea(run.area) ? 2 * run.count : run.count;
+}
+
 std::vector<quint8> toBytes(const ElementRange &run, const Values &values)
 {
-    const int bytesEach = isBitArea(run.area) ? 1 : isCounterArea(run.area) ? 4 : 2;
     std::vector<quint8> bytes;
     for (const std::uint32_t value : values) {
-        for (int i = 0; i < bytesEach; ++i)
+        for (int i = 0; i < bytesEach(run.area); ++i)
             bytes.push_back(static_cast<quint8>(value >> (8 * i)));
     }
     return bytes;
@@ -100,16 +105,18 @@ Session::Session(const DriverFunctions &driver, QIODevice &device, const Session
     : m_driver(driver), m_settings(settings), m_clock(std::move(clock)),
       m_loop(driver, device, settings.poll, stop, m_clock), m_pauses(settings.poll.timeout)
 {
-    g_session = this;
     m_loop.setObserver([this](const Exchange &exchange) { note(exchange); });
+    m_loop.setStepObserver([this](const StepNews &news) { noteStep(news); });
+    m_loop.setCheckObserver([this](auto roundTrip) { m_statistics.countCheck(roundTrip); });
     m_loop.setTurnOf([this](const FRAME_PRO &request) { return turnOf(request); });
-    m_driver.setAddrValueChangeCallBack(&Session::reportChange);
+    m_driver.setAddrValueChangeCallBack(nullptr);
     configureDriver();
 }
 
 void Session::restart()
 {
-    m_quality = {};
+    m_values = {};
+    m_held.clear();
     m_pauses.forgetAll();
     configureDriver();
 }
@@ -131,18 +138,9 @@ void Session::configureDriver()
 
 Session::~Session()
 {
-    m_driver.setAddrValueChangeCallBack(nullptr);
     // The driver forgets what it has borrowed.
     qint32 result = 0;
     m_driver.initProperty(nullptr, nullptr, nullptr, &result, "", nullptr);
-    g_session = nullptr;
-}
-
-qint32 Session::reportChange(qint32, qint32 station, QString area, qint32 address)
-{
-    if (g_session != nullptr && g_session->m_changeObserver)
-        g_session->m_changeObserver(station, area, address);
-    return 0;
 }
 
 int Session::poll(const std::vector<ElementRange> &runs)
@@ -160,18 +158,40 @@ int Session::plan(const std::vector<ElementRange> &runs)
     return m_driver.addrMerge(toKeys(runs));
 }
 
+std::vector<ElementRange> Session::ranges(const std::vector<Tag> &tags) const
+{
+    return readRanges(tags, m_settings.groupLimit,
+                      m_settings.poll.inStep ? Neighbours::Unlike : Neighbours::Any);
+}
+
 PollLoop::Step Session::step()
 {
     return m_loop.step();
 }
 
+PollLoop::Step Session::confirm(bool isToTheLast)
+{
+    return m_loop.confirm(isToTheLast);
+}
+
 RequestResult Session::readOnce(const ElementRange &run)
+{
+    beginRead(run);
+    return await(true);
+}
+
+RequestResult Session::ask(const ElementRange &run)
+{
+    beginRead(run);
+    return await(false);
+}
+
+void Session::beginRead(const ElementRange &run)
 {
     keepPolling(run);
     beginRequest(std::nullopt);
-    KEY_ADDRESS key = toKey(run);
+    KEY_ADDRESS key = requestKey(run);
     m_driver.addConditionRead(key, m_request->tag);
-    return await();
 }
 
 RequestResult Session::write(const ElementRange &run, const Values &values)
@@ -179,7 +199,7 @@ RequestResult Session::write(const ElementRange &run, const Values &values)
     keepPolling(run);
     // Only what can be told from an echo counts as confirmed, and reading teaches the difference.
     if (isBitArea(run.area) && echo().isUnknown()) {
-        const RequestResult lesson = readOnce({run.station, "D", 0, 1});
+        const RequestResult lesson = ask({run.station, "D", 0, 1});
         if (!lesson.isDone() && lesson.outcome != RequestResult::Outcome::Refused)
             return {RequestResult::Outcome::NotSent, lesson.failure};
     }
@@ -187,68 +207,90 @@ RequestResult Session::write(const ElementRange &run, const Values &values)
     beginRequest(disturbed);
     forget(disturbed);
     std::vector<quint8> bytes = toBytes(run, values);
-    const int driverCount = isCounterArea(run.area) ? 2 * run.count : run.count; // in words there
-    m_driver.setData(run.station, run.area, shownNumber(run.area, run.first), driverCount,
+    m_driver.setData(run.station, run.area, shownNumber(run.area, run.first), driverCount(run),
                      bytes.data(), m_request->tag);
-    return await();
+    return await(true);
+}
+
+void Session::forget(const ElementRange &run)
+{
+    m_values.set(run, {});
+    m_held.spoil(run);
 }
 
 Values Session::values(const Tag &tag) const
 {
-    const ElementRange &run = tag.elements;
-    const int bytesEach = tag.kind == ElementKind::Bit       ? 1
-                          : tag.kind == ElementKind::Counter ? 4
-                                                             : 2;
-    const int driverCount = tag.kind == ElementKind::Counter ? 2 * run.count : run.count;
-    std::vector<quint8> bytes(static_cast<std::size_t>(run.count * bytesEach));
-    m_driver.getData(run.station, run.area, shownNumber(run.area, run.first), driverCount,
-                     bytes.data());
+    const Values elements = m_values.values(tag.elements);
+    if (tag.kind != ElementKind::WordBit)
+        return elements;
+    Values bits;
+    for (int bit = tag.firstBit; bit < tag.firstBit + tag.count; ++bit)
+        bits.push_back(elements[static_cast<std::size_t>(bit / 16)] >> (bit % 16) & 1U);
+    return bits;
+}
 
+Values Session::driverValues(const ElementRange &run) const
+{
+    const int each = bytesEach(run.area);
+    std::vector<quint8> bytes(static_cast<std::size_t>(run.count * each));
+    m_driver.getData(run.station, run.area, shownNumber(run.area, run.first), driverCount(run),
+                     bytes.data());
     Values values;
-    for (int i = 0; i < tag.count; ++i) {
-        if (tag.kind == ElementKind::WordBit) {
-            const int bit = tag.firstBit + i;
-            values.push_back(bytes[static_cast<std::size_t>(bit / 8)] >> (bit % 8) & 1U);
-            continue;
-        }
-        const quint8 *element = bytes.data() + i * bytesEach;
+    for (auto element = bytes.begin(); element != bytes.end(); element += each) {
         std::uint32_t value = 0;
-        for (int k = bytesEach - 1; k >= 0; --k)
-            value = value << 8 | element[k];
+        for (int i = each - 1; i >= 0; --i)
+            value = value << 8 | element[i];
         values.push_back(value);
     }
     return values;
 }
 
 RequestResult Session::transferRecipe(const QVector<_RCP_VAR_PRO> &entries, Transfer direction,
-                                      int &finished)
+                                      RecipeProgress &progress)
 {
     using Outcome = RequestResult::Outcome;
     checkEntries(entries);
-    finished = 0;
+    progress = {};
     if (entries.isEmpty()) // the driver would repeat its last request for ever
         return {Outcome::Done, {}};
 
+    const int most = direction == Transfer::Upload ? MOST_UPLOADS : 1;
+    for (int i = 0; i < most; ++i) {
+        runTransfer(entries, direction);
+        if (m_recipeTransfer->result || !m_recipeTransfer->isInDoubt)
+            break;
+    }
+    const RecipeTransfer transfer = *std::exchange(m_recipeTransfer, std::nullopt);
+    const int answered = static_cast<int>(transfer.answered.size());
+    progress.finished = transfer.confirmed();
+    progress.unsure = answered - progress.finished + (transfer.wasSent ? 1 : 0);
+    progress.failed = transfer.result ? answered : progress.finished;
+    if (transfer.result)
+        return *transfer.result;
+    if (progress.finished == entries.size())
+        return {Outcome::Done, {}};
+    if (answered > progress.finished && !transfer.wasSent)
+        return {Outcome::Unknown, {ReplyFault::NotConfirmed, 0}};
+    return {transfer.wasSent ? Outcome::Unknown : Outcome::NotSent, {}};
+}
+
+void Session::runTransfer(const QVector<_RCP_VAR_PRO> &entries, Transfer direction)
+{
     PollLoop::Step last = PollLoop::Step::Exchanged;
     while (last == PollLoop::Step::Exchanged && m_isRetrying) // not an entry's exchange
         last = step();
-    m_driver.setRcpAddress(&entries);
-    m_recipeTransfer = RecipeTransfer{entries, 0, false, false, std::nullopt};
+    m_recipeTransfer = RecipeTransfer{};
+    m_recipeTransfer->entries = entries;
+    m_driver.setRcpAddress(&m_recipeTransfer->entries);
     const int position =
         direction == Transfer::Download ? STATUS_RECIPE_DOWNLOAD : STATUS_RECIPE_UPLOAD;
     setRequestByte(position, 1);
     while (last == PollLoop::Step::Exchanged && isRequestByteSet(position))
         last = step();
-    if (last != PollLoop::Step::Exchanged)
+    if (last == PollLoop::Step::Exchanged)
+        confirm();
+    else
         abandonRecipe(position);
-
-    const RecipeTransfer transfer = *std::exchange(m_recipeTransfer, std::nullopt);
-    finished = transfer.finished;
-    if (transfer.result)
-        return *transfer.result;
-    if (finished == entries.size())
-        return {Outcome::Done, {}};
-    return {transfer.wasSent ? Outcome::Unknown : Outcome::NotSent, {}};
 }
 
 // The driver's place in the recipe outlives even intf_initProperty. Only a request that it gives up
@@ -317,24 +359,98 @@ void Session::noteStation(const Exchange &exchange)
 void Session::noteQuality(const Exchange &exchange)
 {
     const int station = exchange.request.var.station;
-    if (isOutOfStep(exchange))
-        m_quality.setStation(station, {});
+    const ElementState failed{Quality::Stale, {exchange.fault, exchange.exceptionCode}};
     if (exchange.outcome == Exchange::Outcome::GivenUp && m_pauses.isSilent(station))
-        m_quality.setStation(station, {Quality::Stale, {exchange.fault, exchange.exceptionCode}});
+        m_values.setStation(station, failed);
     if (!isRead(exchange.request)) {
         forget(disturbedBy(writtenBy(exchange.request.var)));
         return;
     }
     const ElementRange run = refreshedBy(exchange.request);
-    if (exchange.outcome == Exchange::Outcome::Good) {
-        forget(storedBy(exchange.request)); // beyond a border the driver now shows other memory
-        m_quality.set(run, {Quality::Good, {}});
-    } else if (exchange.outcome == Exchange::Outcome::GivenUp ||
-               exchange.outcome == Exchange::Outcome::PassedOver) {
-        m_quality.set(run, {Quality::Stale, {exchange.fault, exchange.exceptionCode}});
-    }
+    if (exchange.outcome == Exchange::Outcome::Good)
+        m_held.add({exchange.number, run, {Quality::Good, {}}, driverValues(run), {}});
+    else if (exchange.outcome == Exchange::Outcome::GivenUp && exchange.exceptionCode != 0)
+        m_held.add({exchange.number, run, failed, {}, {}});
+    else if (exchange.outcome == Exchange::Outcome::GivenUp ||
+             exchange.outcome == Exchange::Outcome::PassedOver)
+        m_values.set(run, failed);
     if (m_request && m_request->disturbed)
         forget(*m_request->disturbed); // the driver still shows the written value there
+}
+
+void Session::noteStep(const StepNews &news)
+{
+    if (news.kind == StepNews::Kind::Stray)
+        m_statistics.countStray(news.late);
+    if (news.kind == StepNews::Kind::Confirmed) {
+        for (const HeldAnswer &answer : m_held.take(news.station, news.upTo))
+            commit(answer);
+        noteConfirmed(news);
+    } else if (m_settings.poll.inStep) {
+        noteDoubt(news);
+    } else if (news.kind == StepNews::Kind::Stray && !news.late) {
+        m_values.setStation(news.station, {});
+    }
+    if (m_stepObserver)
+        m_stepObserver(news);
+}
+
+void Session::noteConfirmed(const StepNews &news)
+{
+    const auto isMeant = [&news](const QByteArray &request, std::uint64_t number) {
+        return stationNumber(request.left(1)) == news.station && number <= news.upTo;
+    };
+    if (m_request && m_request->result && isMeant(m_request->message, m_request->number))
+        m_request->isConfirmed = !m_request->isInDoubt;
+    if (!m_recipeTransfer)
+        return;
+    for (AnsweredEntry &entry : m_recipeTransfer->answered)
+        entry.isConfirmed = entry.isConfirmed ||
+                            (!m_recipeTransfer->isInDoubt && isMeant(entry.message, entry.number));
+}
+
+int Session::RecipeTransfer::confirmed() const
+{
+    const auto first =
+        std::find_if_not(answered.begin(), answered.end(),
+                         [](const AnsweredEntry &entry) { return entry.isConfirmed; });
+    return static_cast<int>(first - answered.begin());
+}
+
+void Session::noteDoubt(const StepNews &news)
+{
+    m_held.drop(news.station);
+    const auto isDoubtful = [&news](const QByteArray &request, bool isRefused) {
+        return stationNumber(request.left(1)) == news.station &&
+               (news.kind == StepNews::Kind::Unanswered ||
+                putsInDoubt(news.stray, request, isRefused));
+    };
+    if (m_request && m_request->result && !m_request->isConfirmed &&
+        isDoubtful(m_request->message, !m_request->result->isDone()))
+        m_request->isInDoubt = true;
+    if (!m_recipeTransfer)
+        return;
+    for (const AnsweredEntry &entry : m_recipeTransfer->answered) {
+        if (!entry.isConfirmed && isDoubtful(entry.message, false))
+            m_recipeTransfer->isInDoubt = true;
+    }
+}
+
+void Session::commit(const HeldAnswer &answer)
+{
+    for (int number = answer.run.first; number < answer.run.end(); ++number) {
+        const auto &[station, area, first, count] = answer.run;
+        if (answer.spoilt.count(number) > 0)
+            continue;
+        if (answer.state.quality != Quality::Good)
+            m_values.set({station, area, number, 1}, answer.state);
+        else if (m_values.confirm(station, area, number,
+                                  answer.values[static_cast<std::size_t>(number - first)]) &&
+                 m_changeObserver)
+            m_changeObserver(station, area, shownNumber(area, number));
+    }
+    if (m_confirmObserver)
+        m_confirmObserver(answer.run);
 }
 
 void Session::noteRequest(const Exchange &exchange)
@@ -342,6 +458,8 @@ void Session::noteRequest(const Exchange &exchange)
     if (!m_request || exchange.request.var.reqTag != m_request->tag)
         return;
     m_request->wasSent = true;
+    m_request->message = messageOf(exchange.request);
+    m_request->number = exchange.number;
     if (isFinal(exchange))
         m_request->result = resultOf(exchange, m_request->wasUnanswered);
     else if (exchange.exceptionCode == 0)
@@ -351,16 +469,19 @@ void Session::noteRequest(const Exchange &exchange)
 // Entries go out in their order; other requests may still be on their way when a transfer begins.
 void Session::noteRecipe(const Exchange &exchange)
 {
-    if (!m_recipeTransfer || m_recipeTransfer->finished == m_recipeTransfer->entries.size())
+    if (!m_recipeTransfer)
         return;
-    const _RCP_VAR_PRO &entry = m_recipeTransfer->entries.at(m_recipeTransfer->finished);
+    const int answered = static_cast<int>(m_recipeTransfer->answered.size());
+    if (answered == m_recipeTransfer->entries.size())
+        return;
+    const _RCP_VAR_PRO &entry = m_recipeTransfer->entries.at(answered);
     const VARIABLE &request = exchange.request.var;
     if (request.station != entry.station || request.area != entry.area ||
         request.address != entry.address)
         return;
     m_recipeTransfer->wasSent = true;
     if (exchange.outcome == Exchange::Outcome::Good) {
-        ++m_recipeTransfer->finished;
+        m_recipeTransfer->answered.push_back({messageOf(exchange.request), exchange.number, false});
         m_recipeTransfer->wasSent = false;
         m_recipeTransfer->wasUnanswered = false;
     } else if (isFinal(exchange)) {
@@ -378,19 +499,29 @@ void Session::keepPolling(const ElementRange &run)
 
 void Session::beginRequest(const std::optional<ElementRange> &disturbed)
 {
-    m_request = Request{++m_lastRequestTag, disturbed, false, false, std::nullopt};
+    m_request = Request{};
+    m_request->tag = ++m_lastRequestTag;
+    m_request->disturbed = disturbed;
 }
 
-RequestResult Session::await()
+RequestResult Session::await(bool isToBeConfirmed)
 {
+    using Outcome = RequestResult::Outcome;
     PollLoop::Step last = PollLoop::Step::Exchanged;
     while (!m_request->result && last == PollLoop::Step::Exchanged)
         last = step();
+    const bool isAnswered = m_request->result && (m_request->result->isDone() ||
+                                                  m_request->result->failure.exceptionCode != 0);
+    if (isAnswered && isToBeConfirmed)
+        confirm();
     const Request request = *std::exchange(m_request, std::nullopt);
-    if (request.result)
-        return *request.result;
-    using Outcome = RequestResult::Outcome;
-    return {request.wasSent ? Outcome::Unknown : Outcome::NotSent, {}};
+    if (!request.result)
+        return {request.wasSent ? Outcome::Unknown : Outcome::NotSent, {}};
+    if (isAnswered && isToBeConfirmed && !request.isConfirmed)
+        return {modbus::isRead(modbus::byteAt(request.message, 1)) ? Outcome::NoAnswer
+                                                                   : Outcome::Unknown,
+                {ReplyFault::NotConfirmed, 0}};
+    return *request.result;
 }
 
 void Session::setRequestByte(int position, quint8 value)

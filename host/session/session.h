@@ -6,6 +6,8 @@
 #include "host/line/poll_loop.h"
 #include "host/line/station_pauses.h"
 #include "host/line/statistics.h"
+#include "host/session/confirmed_values.h"
+#include "host/session/held_answers.h"
 #include "host/session/quality.h"
 #include "host/tags/element_range.h"
 #include "host/tags/tag.h"
@@ -48,6 +50,13 @@ struct RequestResult {
     }
 };
 
+// How far a recipe transfer came.
+struct RecipeProgress {
+    int finished = 0; // entries answered for certain
+    int unsure = 0;   // entries behind these that were sent
+    int failed = 0;   // index of the entry that ended the transfer, when it failed
+};
+
 // The driver has one object for the whole program, so only one Session may exist at a time. Not for
 // several threads.
 class Session {
@@ -76,13 +85,26 @@ public:
         m_loop.setWaitObserver(std::move(observer));
     }
 
-    // Is called with the driver's own reports (ValueChangedCallback), during an exchange or a
-    // write: of polled elements whose shown value changed, good or only written, and of its two
-    // events.
+    // Is called when an answer to a read is confirmed: the run's values or states are the new ones.
+    using ConfirmObserver = std::function<void(const ElementRange &run)>;
+    void setConfirmObserver(ConfirmObserver observer)
+    {
+        m_confirmObserver = std::move(observer);
+    }
+
+    // Is called for each element whose confirmed value is another than before, 0 at first, with the
+    // driver's address.
     using ChangeObserver = std::function<void(qint32 station, const QString &area, qint32 address)>;
     void setChangeObserver(ChangeObserver observer)
     {
         m_changeObserver = std::move(observer);
+    }
+
+    // Is called when answers are confirmed or turn out to be out of step, once the session has
+    // taken note of it.
+    void setStepObserver(PollLoop::StepObserver observer)
+    {
+        m_stepObserver = std::move(observer);
     }
 
     // After the line was lost and is open again: configures the driver anew and forgets all values.
@@ -94,46 +116,52 @@ public:
     // Returns the number of requests that the driver makes of them.
     int poll(const std::vector<ElementRange> &runs);
 
-    // Makes one exchange.
+    // Makes one exchange. What it brings is shown once the next one to the station confirms it.
     PollLoop::Step step();
 
+    // Has confirmed what was answered, if the stations answer. `isToTheLast`: also waits for late
+    // answers that may still put it in doubt. To be called at the end, without waiting before a
+    // pause. Exchanged, LineLost or Stopped.
+    PollLoop::Step confirm(bool isToTheLast = true);
+
     // Reads one run of readRanges(), words or a counter, once and ahead of the polling. Blocks
-    // until it is done.
+    // until it is done and confirmed.
     RequestResult readOnce(const ElementRange &run);
 
-    // Writes one run of writeRanges(), `values` one for each element. Blocks until it is settled.
+    // The same, but what it brings is confirmed by the next exchange or confirm().
+    RequestResult ask(const ElementRange &run);
+
+    // Writes one run of writeRanges(), `values` one for each element. Blocks until it is settled and
+    // confirmed; Unknown when it was answered, but that is not confirmed.
     // The first write of bits is preceded by a read of D0 of their station, which shows whether the
     // line echoes; where it gets no answer, the write isn't sent. Afterwards the elements around it
     // count as Unread until they are read again.
     RequestResult write(const ElementRange &run, const Values &values);
 
-    // The driver's values, whatever their quality.
+    // The last confirmed values, whatever their quality now; 0 before the first.
     Values values(const Tag &tag) const;
 
     // How far they can be trusted.
     ElementState state(const Tag &tag) const
     {
-        return m_quality.worst(tag.elements);
+        return m_values.worst(tag.elements);
     }
     ElementState state(const ElementRange &run) const
     {
-        return m_quality.worst(run);
+        return m_values.worst(run);
     }
 
     // Makes the elements Unread, so that only a later answer makes them Good.
-    void forget(const ElementRange &run)
-    {
-        m_quality.set(run, {});
-    }
+    void forget(const ElementRange &run);
 
     enum class Transfer { Download, Upload };
 
     // The recipe transfer of the driver: moves words between the recipe buffer and the controller,
     // entry by entry. Throws Error (Usage), before anything is sent, for an entry that fits neither
-    // the buffer nor a frame. Blocks until the transfer is over; `finished` receives the number of
-    // entries that were answered.
+    // the buffer nor a frame. Blocks until the transfer is over. An upload that is not confirmed
+    // begins again, up to three times.
     RequestResult transferRecipe(const QVector<_RCP_VAR_PRO> &entries, Transfer direction,
-                                 int &finished);
+                                 RecipeProgress &progress);
 
     // The words of the recipe buffer, two bytes each, low-order byte first.
     quint8 *recipeBuffer()
@@ -143,6 +171,9 @@ public:
 
     // The device number for recipe entries.
     static constexpr int DEVICE = 1;
+
+    // As readRanges() for what this session polls and reads.
+    std::vector<ElementRange> ranges(const std::vector<Tag> &tags) const;
 
     int groupLimit() const
     {
@@ -163,19 +194,31 @@ private:
         std::optional<ElementRange> disturbed; // of a write
         bool wasSent = false;
         bool wasUnanswered = false; // when it was sent before
+        QByteArray message;         // as it was sent last
+        std::uint64_t number = 0;   // likewise, Exchange::number
+        bool isConfirmed = false;   // the result
+        bool isInDoubt = false;     // the result, for good
         std::optional<RequestResult> result;
+    };
+
+    struct AnsweredEntry {
+        QByteArray message; // its request
+        std::uint64_t number = 0; // Exchange::number
+        bool isConfirmed = false;
     };
 
     struct RecipeTransfer {
         QVector<_RCP_VAR_PRO> entries;
-        int finished = 0;                    // entries answered
-        bool wasSent = false;                // the entry behind them
+        std::vector<AnsweredEntry> answered; // the first ones of the entries
+        bool isInDoubt = false;              // an answered entry, for good
+        bool wasSent = false;                // the entry behind those answered
         bool wasUnanswered = false;          // likewise, when it was sent before
         std::optional<RequestResult> result; // of the entry that failed
+
+        int confirmed() const; // those answered before the first that is not confirmed
     };
 
     void configureDriver();
-    static qint32 reportChange(qint32 device, qint32 station, QString area, qint32 address);
     Turn turnOf(const FRAME_PRO &request) const;
     void note(const Exchange &exchange);
     void count(const Exchange &exchange);
@@ -183,10 +226,17 @@ private:
     void noteQuality(const Exchange &exchange);
     void noteRequest(const Exchange &exchange);
     void noteRecipe(const Exchange &exchange);
+    void noteStep(const StepNews &news);
+    void noteConfirmed(const StepNews &news);
+    void noteDoubt(const StepNews &news);
+    void commit(const HeldAnswer &answer);
+    Values driverValues(const ElementRange &run) const;
+    void runTransfer(const QVector<_RCP_VAR_PRO> &entries, Transfer direction);
     int plan(const std::vector<ElementRange> &runs);
     void keepPolling(const ElementRange &run);
+    void beginRead(const ElementRange &run);
     void beginRequest(const std::optional<ElementRange> &disturbed);
-    RequestResult await();
+    RequestResult await(bool isToBeConfirmed);
     void abandonRecipe(int position);
     void setRequestByte(int position, quint8 value);
     bool isRequestByteSet(int position);
@@ -200,9 +250,12 @@ private:
     PollLoop m_loop;
     StationPauses m_pauses;
     PollLoop::Observer m_observer;
+    ConfirmObserver m_confirmObserver;
     ChangeObserver m_changeObserver;
+    PollLoop::StepObserver m_stepObserver;
     Statistics m_statistics;
-    QualityMap m_quality;
+    HeldAnswers m_held;
+    ConfirmedValues m_values;
     std::optional<Request> m_request;
     std::optional<RecipeTransfer> m_recipeTransfer;
     bool m_hasPlan = false;         // there is something to read in turn, whatever is requested

@@ -29,7 +29,7 @@ QString resultText(int result)
                                                                       : "unknown result";
 }
 
-// False where the tag is not valid.
+// False if the tag is not valid.
 bool addCheck(RecordWriter &records, const NamedTagReader &tags, const QString &text)
 {
     try {

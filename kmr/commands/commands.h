@@ -7,11 +7,11 @@
 
 namespace kmr {
 
-class Settings;
+class OptionReader;
 
 void addAreas(CLI::App &app, Command &chosen);
 void addCheck(CLI::App &app, Command &chosen);
-void addConfig(CLI::App &app, Command &chosen, const Settings &settings);
+void addConfig(CLI::App &app, Command &chosen, const OptionReader &reader);
 void addDecode(CLI::App &app, Command &chosen);
 void addDoctor(CLI::App &app, Command &chosen);
 void addPing(CLI::App &app, Command &chosen);

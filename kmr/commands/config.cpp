@@ -1,4 +1,4 @@
-// kmr config: the settings in force, and where from.
+// kmr config: the settings in force, and their source.
 #include "kmr/command_line.h"
 #include "kmr/commands/commands.h"
 #include "kmr/options.h"
@@ -16,11 +16,11 @@ Examples:
   kmr config
   kmr config --config mixer/kmr.toml)";
 
-ExitCode runConfig(const Options &options, const Settings &settings)
+ExitCode runConfig(const Options &options, const OptionReader &reader)
 {
     RecordWriter records(options.format == Format::Plain ? Format::Table : options.format, "config",
                          {"key", "value", "source"}, false, print);
-    for (const Settings::Row &row : settings.rows())
+    for (const OptionReader::Row &row : reader.rows())
         records.add({}, {row.key, row.value, row.source});
     records.end();
     return ExitCode::Ok;
@@ -28,12 +28,12 @@ ExitCode runConfig(const Options &options, const Settings &settings)
 
 } // namespace
 
-void addConfig(CLI::App &app, Command &chosen, const Settings &settings)
+void addConfig(CLI::App &app, Command &chosen, const OptionReader &reader)
 {
     CLI::App *command = app.add_subcommand("config", "List the settings in force and their source");
     command->footer(HELP);
-    command->callback([&settings, &chosen] {
-        chosen = [&settings](const Options &options) { return runConfig(options, settings); };
+    command->callback([&reader, &chosen] {
+        chosen = [&reader](const Options &options) { return runConfig(options, reader); };
     });
 }
 

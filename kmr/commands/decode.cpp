@@ -11,7 +11,7 @@ namespace {
 
 const char *const HELP =
     R"(An answer to a read does not say what it answers: give the request before it.
-Ends with 1 when a line is no good frame.
+Ends with 1 when a line is not a good frame.
 
 Examples:
   kmr decode :01031064000880
@@ -37,7 +37,7 @@ QString headline(const FrameText &frame)
     case FrameKind::Unreadable:
         break;
     }
-    return "no frame of this line";
+    return "not a frame of this line";
 }
 
 QString explanation(const FrameText &frame)

@@ -163,7 +163,8 @@ QStringList usualLinks(const Options &options)
                                       "in the gateway");
     }
     if (!options.capture.isEmpty())
-        throw Error(ErrorKind::Usage, "--capture tells of one link: leave it out with --try");
+        throw Error(ErrorKind::Usage,
+                    "--capture holds the traffic of one link: leave it out with --try");
     const QString device = options.link.section('?', 0, 0);
     QStringList links;
     for (const char *frame : FRAMES) {

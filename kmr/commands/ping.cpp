@@ -5,6 +5,7 @@
 #include "kmr/exchange_records.h"
 #include "kmr/stop_signal.h"
 
+#include <optional>
 #include <thread>
 
 namespace kmr {
@@ -12,7 +13,7 @@ namespace kmr {
 namespace {
 
 const char *const HELP =
-    R"(Nothing is sent again, so each loss is seen. A refusal is an answer, too. Ends with 0 when
+    R"(Nothing is sent again, so every loss counts. A refusal is an answer, too. Ends with 0 when
 all were answered, 1 when some were lost, 4 when all were.
 
 Examples:
@@ -26,6 +27,24 @@ struct PingOptions {
 };
 
 constexpr std::chrono::milliseconds STOP_CHECK(50);
+
+// One request's record, held back until its answer is confirmed.
+struct Held {
+    QString line;
+    std::vector<Field> fields;
+    std::optional<std::chrono::nanoseconds> roundTrip; // when it was answered
+    bool isInDoubt = false;
+};
+
+// What is said of an answer that came out of step instead.
+Held inDoubt(const Held &held, const QString &station, const QString &tag)
+{
+    const QString fault = toText(ReplyFault::NotConfirmed);
+    return {QString("station %1 %2: %3").arg(station, tag, fault),
+            {held.fields[0], held.fields[1], tag, "out of step", {}, fault},
+            {},
+            true};
+}
 
 void pause(std::chrono::milliseconds time)
 {
@@ -54,17 +73,33 @@ ExitCode runPing(const Options &options, const PingOptions &ping)
     std::uint64_t sent = 0;
     std::uint64_t answered = 0;
     Statistics statistics;
+    Held held;
     session.setObserver([&](const Exchange &exchange) {
         ++sent;
-        if (isAnswered(exchange)) {
-            ++answered;
-            statistics.countGood(exchange.roundTrip);
-        }
-        records.add(QString("station %1 %2: %3")
-                        .arg(tag.elements.station)
-                        .arg(tag.text, replyText(exchange)),
-                    exchangeFields(exchange, tag.text));
+        held = {QString("station %1 %2: %3")
+                    .arg(tag.elements.station)
+                    .arg(tag.text, replyText(exchange)),
+                exchangeFields(exchange, tag.text),
+                {},
+                false};
+        if (isAnswered(exchange))
+            held.roundTrip = exchange.roundTrip;
     });
+    session.setStepObserver([&](const StepNews &news) {
+        held.isInDoubt = held.isInDoubt || news.kind == StepNews::Kind::Stray;
+    });
+    const auto tell = [&] {
+        if (held.fields.empty())
+            return;
+        if (held.isInDoubt && held.roundTrip && options.inStep)
+            held = inDoubt(held, QString::number(tag.elements.station), tag.text);
+        if (held.roundTrip) {
+            ++answered;
+            statistics.countGood(*held.roundTrip);
+        }
+        records.add(held.line, held.fields);
+        held = {};
+    };
     ElementRange one = tag.elements;
     one.count = 1;
     session.poll({one});
@@ -74,6 +109,9 @@ ExitCode runPing(const Options &options, const PingOptions &ping)
         if (sent > 0)
             pause(std::chrono::milliseconds(static_cast<qint64>(ping.interval * 1000)));
         last = session.step();
+        if (last == PollLoop::Step::Exchanged)
+            last = session.confirm();
+        tell();
     }
     records.end();
     printError(summary(sent, answered, statistics));

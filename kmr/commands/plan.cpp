@@ -27,7 +27,7 @@ struct PlanOptions {
     bool isRaw = false;      // the tags as typed, not as kmr polls them
 };
 
-// The link's settings where it is a serial one, else the driver's default ones.
+// The link's settings if it is a serial one, else the driver's default ones.
 std::chrono::nanoseconds characterTimeOf(const Options &options, std::optional<int> baud)
 {
     LinkAddress address;
@@ -121,7 +121,9 @@ ExitCode runPlan(const Options &options, const PlanOptions &request)
     const std::vector<Tag> tags = connection.readTags(toQStrings(request.tags));
     const std::chrono::nanoseconds character = characterTimeOf(options, request.baud);
     const QList<KEY_ADDRESS> keys =
-        request.isRaw ? toRawKeys(tags) : toKeys(readRanges(tags, options.groupLimit));
+        request.isRaw ? toRawKeys(tags)
+                      : toKeys(readRanges(tags, options.groupLimit,
+                                          options.inStep ? Neighbours::Unlike : Neighbours::Any));
     const PollCycle cycle = pollCycleOf(connection.driver(), keys, tags, options.groupLimit);
 
     RecordWriter records(options.format, "plan",

@@ -21,7 +21,7 @@ const char *const FILE_HELP =
   tag,value
   D100,250
   D110x3,1 2 3
-A line that begins with # is a remark; a column behind the values is refused.
+A line that begins with # is a comment; a column after the values is refused.
 )";
 
 const char *const DOWNLOAD_EXAMPLES = R"(
@@ -35,8 +35,8 @@ Examples:
   kmr recipe compare mixer.csv --format csv)";
 
 const char *const UPLOAD_EXAMPLES =
-    R"(Without a TAG the values in FILE are replaced and all else stays as it is; with TAGs
-FILE is written anew.
+    R"(Without a TAG the values in FILE are replaced and everything else stays as it is;
+with TAGs FILE is written anew.
 
 Examples:
   kmr recipe upload mixer.csv --link tcp://192.168.0.10:8888
@@ -60,7 +60,7 @@ QString readOldText(const QString &path)
     QString text = readTextFile(path);
     if (text.contains(QChar::ReplacementCharacter)) {
         throw Error(ErrorKind::Usage,
-                    QString("%1 is not in UTF-8, so its remarks would be lost: save it as UTF-8")
+                    QString("%1 is not in UTF-8, so its comments would be lost: save it as UTF-8")
                         .arg(path));
     }
     return text;
@@ -98,7 +98,7 @@ void reportCertainty(const TransferResult &transfer, const std::vector<ElementRa
     const RequestResult::Outcome outcome = transfer.result.outcome;
     const bool isUnknown =
         outcome == RequestResult::Outcome::NoAnswer || outcome == RequestResult::Outcome::Unknown;
-    const auto rest = isUnknown ? failed + 1 : failed;
+    const auto rest = isUnknown ? failed + transfer.unsure : failed;
     printError("written for certain: " + namesOf(runs.begin(), failed));
     if (isUnknown)
         printError("unknown whether written: " + namesOf(failed, rest));

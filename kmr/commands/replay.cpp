@@ -15,9 +15,9 @@ namespace kmr {
 namespace {
 
 const char *const HELP =
-    R"(Each request gets what the capture received after the very same request, in its order
-and with its delays, at the end the last again and again; silence where it received
-nothing. A request that the capture doesn't hold is told on stderr and not answered.
+    R"(Each request is answered as the same request was in the capture: with the same delays,
+or not at all. A repeated request gets the next captured answer, and the last one from then on.
+A request that the capture doesn't hold is reported on stderr and not answered.
 Prints 'ready' and the link to use when it serves. SIGTERM or Ctrl-C ends it.
 
 Examples:

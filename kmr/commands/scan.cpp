@@ -50,6 +50,8 @@ ExitCode runScan(const Options &options, const ScanOptions &scan)
          ++station) {
         session.poll({{station, first.area, first.first, 1}});
         last = session.step();
+        if (last == PollLoop::Step::Exchanged)
+            last = session.confirm();
     }
     records.end();
     const int left = scan.last - scan.first + 1 - asked;

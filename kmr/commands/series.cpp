@@ -10,7 +10,7 @@ namespace kmr {
 namespace {
 
 const char *const HELP =
-    R"(An address behind the area's end is replaced by the end, and the command ends with 1.
+    R"(An address after the area's end is replaced by the end, and the command ends with 1.
 
 Examples:
   kmr series D 100 4 2
@@ -31,8 +31,8 @@ bool isAddress(const DriverFunctions &driver, const QString &area, const QString
            driver.checkAddrValidity(area, text, &address, 1, 1) == 0;
 }
 
-// A series may hold what is no address: the driver carries only an octal number's last digit over,
-// and shows a start below 0 as a large number. False where it does.
+// A series may hold what is not an address: the driver carries only an octal number's last digit
+// over, and shows a start below 0 as a large number. False if it does.
 bool checkSeries(const DriverFunctions &driver, const QString &area, const QVector<QString> &texts)
 {
     QStringList wrong;
@@ -43,7 +43,7 @@ bool checkSeries(const DriverFunctions &driver, const QString &area, const QVect
     if (wrong.isEmpty())
         return true;
     printError(
-        QString("%1 of %2 are no addresses of %3, the first is %4: take another start or step")
+        QString("%1 of %2 are not addresses of %3, the first is %4: take another start or step")
             .arg(wrong.size())
             .arg(texts.size())
             .arg(area, wrong.front()));
@@ -61,7 +61,7 @@ ExitCode runSeries(const Options &options, const SeriesOptions &series)
     if (result != 1 && result != 2) {
         throw Error(
             ErrorKind::Usage,
-            QString("%1 is no area (result %2): 'kmr areas' lists them").arg(area).arg(result));
+            QString("%1 is not an area (result %2): 'kmr areas' lists them").arg(area).arg(result));
     }
     RecordWriter records(options.format, "series", {"address"}, false, print);
     for (const QString &text : texts)
@@ -70,7 +70,7 @@ ExitCode runSeries(const Options &options, const SeriesOptions &series)
     const bool areAddresses = checkSeries(library->functions(), area, texts);
     if (result == 1)
         return areAddresses ? ExitCode::Ok : ExitCode::ItemFailed;
-    printError(QString("some addresses lie behind the end of %1 and were replaced by the end "
+    printError(QString("some addresses lie after the end of %1 and were replaced by the end "
                        "(result 2): take fewer or a smaller step")
                    .arg(area));
     return ExitCode::ItemFailed;

@@ -39,12 +39,12 @@ ExitCode runTagsCheck(const Options &options, const TagsCheckOptions &check)
 
 void addTags(CLI::App &app, Command &chosen)
 {
-    CLI::App *tags = app.add_subcommand("tags", "Look after files of names");
+    CLI::App *tags = app.add_subcommand("tags", "Check files of names");
     tags->require_subcommand(1);
     tags->footer(HELP);
 
     const auto own = std::make_shared<TagsCheckOptions>();
-    CLI::App *check = tags->add_subcommand("check", "Name every bad line of a file of names");
+    CLI::App *check = tags->add_subcommand("check", "Report every bad line of a file of names");
     check->add_option("FILE", own->file, "the file")->required();
     check->footer(CHECK_HELP);
     setAction(*check, chosen, own, runTagsCheck);

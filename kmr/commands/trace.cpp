@@ -12,8 +12,8 @@ namespace {
 
 const char *const HELP =
     R"(Each line: time, direction (> sent, < received), frame, meaning. With --trace any
-command explains its traffic while it runs. A last line that breaks off is told and left
-out; the command then ends with 1.
+command explains its traffic while it runs. A last line that breaks off is reported and
+left out; the command then ends with 1.
 
 Examples:
   kmr read D100 --capture field.jsonl --link serial:///dev/ttyUSB0

@@ -27,7 +27,7 @@ using IsOver = std::function<bool()>;
 const char *const HELP =
     R"(On a terminal it shows a live table (unless --count or --format is given), else a
 line for each change. A lost TCP connection is opened again.
-A station that stays silent is asked more seldom while others answer.
+A station that stays silent is asked less often while others answer.
 Ctrl-C ends it, with a summary on stderr.
 
 )";
@@ -102,6 +102,7 @@ ExitCode runWatch(const Options &options, const WatchOptions &watch)
     while (!isOver()) {
         const std::chrono::nanoseconds pause = watcher.pause();
         if (pause > std::chrono::nanoseconds::zero()) {
+            session.confirm(false);
             std::this_thread::sleep_for(std::min<std::chrono::nanoseconds>(pause, STOP_CHECK));
         } else if (session.step() == PollLoop::Step::LineLost && !isOver() &&
                    !bringBack(connection, watcher, isOver, pauseToReconnect)) {

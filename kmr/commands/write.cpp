@@ -13,7 +13,7 @@ namespace kmr {
 namespace {
 
 const char *const HELP = R"(Several values of one tag are separated by commas or blanks.
-Behind a write that fails nothing more is written.
+After a write that fails, nothing more is written.
 
 )";
 const char *const EXAMPLES = R"(
@@ -127,7 +127,7 @@ QString failureText(const RequestResult &result)
                : toText(result);
 }
 
-// The order of writes matters, so nothing is written behind one that failed.
+// The order of writes matters, so nothing is written after one that failed.
 void reportUnwritten(RecordWriter &records, const std::vector<Assignment> &assignments,
                      std::size_t from)
 {
@@ -151,7 +151,7 @@ bool contains(const ElementRange &run, const ElementRange &element)
            run.first <= element.first && element.end() <= run.end();
 }
 
-// Whether an assignment behind the one at `index` writes its element at `offset` once more.
+// Whether an assignment after the one at `index` writes its element at `offset` once more.
 bool isWrittenAgain(const std::vector<Assignment> &assignments, std::size_t index, int offset)
 {
     ElementRange element = assignments[index].tag.elements;
@@ -223,7 +223,7 @@ ExitCode writeAll(Session &session, Format format, const std::vector<Assignment>
     return codes.total();
 }
 
-// Shows the frames of the writes; those that only read are no part of it.
+// Shows the frames of the writes; those that only read are left out.
 ExitCode showFrames(Session &session, Format format, const std::vector<Assignment> &assignments)
 {
     RecordWriter records(format, "write --dry-run", {"tag", "frame"}, false, print);
@@ -249,7 +249,7 @@ ExitCode runWrite(const Options &options, const WriteOptions &how)
     const std::vector<Assignment> parsed = parseAll(toQStrings(how.assignments), connection.tags());
     Session &session =
         how.dryRun ? connection.openOn(std::make_unique<SimulatedLine>()) : connection.open();
-    session.poll(readRanges(tagsOf(parsed), session.groupLimit()));
+    session.poll(session.ranges(tagsOf(parsed)));
     return how.dryRun ? showFrames(session, options.format, parsed)
                       : writeAll(session, options.format, parsed, how.verify);
 }

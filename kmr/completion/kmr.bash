@@ -23,7 +23,7 @@ _kmr_complete_files()
     compopt -o filenames 2>/dev/null
 }
 
-# An area, behind which the address follows.
+# An area; the address follows it.
 _kmr_complete_tags()
 {
     _kmr_complete_words "$("$kmr" areas --format csv 2>/dev/null | sed '1d; s/,.*//')"

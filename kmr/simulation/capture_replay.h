@@ -18,7 +18,7 @@ public:
 
     // What the capture received after it sent `request`, ':' to LF, with the same delays: the first
     // time after the first such request, then after the next, after the last of them again and
-    // again. Without pieces where nothing was received. Nothing where the capture never sent it.
+    // again. Without pieces if nothing was received. Nothing if the capture never sent it.
     std::optional<simulator::Plan> answer(const QByteArray &request);
 
 private:

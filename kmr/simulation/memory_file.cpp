@@ -52,9 +52,10 @@ void readLine(const QString &line, Memory &memory)
     const QStringList fields = splitCsv(line);
     const std::optional<Place> place = placeOfName(fields.front());
     if (!place) {
-        throw Error(ErrorKind::Usage, QString("\"%1\" is no element of the controller: expected "
-                                              "one, for example D100, X17 (octal) or CV2200")
-                                          .arg(fields.front()));
+        throw Error(ErrorKind::Usage,
+                    QString("\"%1\" is not an element of the controller: expected "
+                            "one, for example D100, X17 (octal) or CV2200")
+                        .arg(fields.front()));
     }
     bool isNumber = false;
     const QString text = fields.mid(1).join(',');

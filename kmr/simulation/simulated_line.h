@@ -1,5 +1,5 @@
-// A line with no controller behind it: simulated ones of all stations take every request, so that
-// the driver's frames can be seen without sending them.
+// A line without a controller: simulated ones of all stations take every request, so that the
+// driver's frames can be shown without sending them.
 #pragma once
 
 #include "modbus/ascii.h"

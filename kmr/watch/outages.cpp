@@ -50,8 +50,32 @@ void Outages::noteAnswer(const QString &subject, const ElementRange &run, Time n
     outage.answeredAt = m_wallClock();
 }
 
+void Outages::noteStray(int station, std::optional<std::chrono::nanoseconds> late, Time now)
+{
+    Strays &strays = m_strays[station];
+    strays.last = now;
+    if (++strays.count > 1)
+        return;
+    const QString how = late ? QString("late, by %1 s: raise --timeout")
+                                   .arg(std::chrono::duration<double>(*late).count(), 0, 'f', 1)
+                             : QString("that no request waits for, as if they came twice");
+    m_tell(QString("%1 station %2: answers come %3; what they put in doubt is asked again")
+               .arg(m_wallClock())
+               .arg(station)
+               .arg(how));
+}
+
 void Outages::tellEnds(Time now)
 {
+    for (auto strays = m_strays.begin(); strays != m_strays.end();) {
+        const bool isOver = now - strays->second.last >= STEADY;
+        if (isOver)
+            m_tell(QString("%1 station %2: answers are in step again, after %3 out of step")
+                       .arg(m_wallClock())
+                       .arg(strays->first)
+                       .arg(strays->second.count));
+        strays = isOver ? m_strays.erase(strays) : std::next(strays);
+    }
     for (auto outage = m_outages.begin(); outage != m_outages.end();) {
         const bool isOver =
             outage->second.unanswered.empty() && now - outage->second.answered >= CALM;

@@ -9,13 +9,14 @@
 #include <chrono>
 #include <functional>
 #include <map>
+#include <optional>
 #include <set>
 
 namespace kmr {
 
 // A station that does not answer is one outage, however many requests it concerns and whatever they
 // fail of; elements that it refuses are one each. An outage has ended when all its requests are
-// answered and none failed for CALM, so that a line that fails every now and then is told once.
+// answered and none failed for CALM, so that a line that fails now and then is reported once.
 class Outages {
 public:
     using Time = std::chrono::steady_clock::time_point;
@@ -23,6 +24,9 @@ public:
     using WallClock = std::function<QString()>;
 
     static constexpr std::chrono::seconds CALM{3};
+
+    // Answers of a station that come twice or late are one outage until none did so for this long.
+    static constexpr std::chrono::seconds STEADY{60};
 
     // `tell` is called with each line, which begins with what `wallClock` returned at the time.
     Outages(Tell tell, WallClock wallClock)
@@ -36,6 +40,9 @@ public:
     // It was answered.
     void noteAnswer(const ElementRange &run, Time now);
 
+    // An answer came that no request waited for, `late` after its request if it was owed.
+    void noteStray(int station, std::optional<std::chrono::nanoseconds> late, Time now);
+
     // Tells the ends of those that have ended by `now`. To be called often.
     void tellEnds(Time now);
 
@@ -46,6 +53,7 @@ public:
     void forget()
     {
         m_outages.clear();
+        m_strays.clear();
     }
 
 private:
@@ -55,11 +63,17 @@ private:
         QString answeredAt;           // likewise, for people
     };
 
+    struct Strays {
+        int count = 0;
+        Time last;
+    };
+
     void noteAnswer(const QString &subject, const ElementRange &run, Time now);
 
     const Tell m_tell;
     const WallClock m_wallClock;
     std::map<QString, Outage> m_outages; // by what they concern
+    std::map<int, Strays> m_strays;      // by station
 };
 
 } // namespace kmr

@@ -25,7 +25,7 @@ public:
     // Time until the next request may be made: 0, or until the next cycle begins.
     std::chrono::nanoseconds pause(Time now) const;
 
-    // The time that the last cycle took, "103 ms", and behind it the one wanted: "512/500 ms".
+    // The time that the last cycle took, "103 ms", and after it the one wanted: "512/500 ms".
     QString text() const;
 
 private:

@@ -15,7 +15,7 @@ public:
     void note(const Exchange &exchange);
 
     // "20.0 exchanges/s  cycle 512/500 ms  retries 0  given up 0  line used 13 %", with `cycle`
-    // as WatchCycle tells it. The rates are those of the last whole second.
+    // as WatchCycle gives it. The rates are those of the last whole second.
     QString text(const QString &cycle, const Statistics &statistics);
 
 private:

@@ -46,7 +46,7 @@ QStringList cellsOf(const WatchRow &row)
 void show(const QByteArray &text)
 {
     const bool isShown = std::fputs(text.constData(), stdout) >= 0 && std::fflush(stdout) == 0;
-    static_cast<void>(isShown); // print() tells when stdout is lost
+    static_cast<void>(isShown); // print() reports it when stdout is lost
 }
 
 } // namespace
@@ -121,7 +121,7 @@ void LiveTable::draw(const std::vector<WatchRow> &rows, const QString &status)
                    qEnvironmentVariableIsEmpty("NO_COLOR"));
     QString text;
     for (const QString &line : lines)
-        text += CLEAR_LINE + line + '\n'; // behind a full line it would take a character
+        text += CLEAR_LINE + line + '\n'; // after a full line it would take a character
     const QByteArray above = wayUp();
     m_text = (text + "\x1b[J").toLocal8Bit();
     m_height = static_cast<int>(lines.size());

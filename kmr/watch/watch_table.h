@@ -36,7 +36,7 @@ struct WatchRow {
 // "good", "stale" or "pending"; the table adds to "stale" since when.
 QString toText(WatchRow::State state);
 
-// Eight heights of blocks from the least to the greatest; flat in the middle where all are equal.
+// Eight heights of blocks from the least to the greatest; flat in the middle if all are equal.
 // Numbers that aren't finite are left out.
 QString trendLine(const std::deque<double> &trend);
 

@@ -43,7 +43,7 @@ Watcher::Watcher(Session &session, std::vector<Tag> tags, Format format, bool is
                  std::chrono::milliseconds wantedCycle, std::optional<std::uint64_t> maxChanges)
     : m_session(session), m_tags(std::move(tags)), m_maxChanges(maxChanges), m_rows(m_tags.size()),
       m_shown(m_tags.size()), m_lastGood(m_tags.size()),
-      m_ranges(readRanges(m_tags, session.groupLimit())), m_cycle(wantedCycle),
+      m_ranges(session.ranges(m_tags)), m_cycle(wantedCycle),
       m_nextDraw(clockNow()), m_outages(printError, now)
 {
     for (std::size_t i = 0; i < m_tags.size(); ++i) {
@@ -59,6 +59,8 @@ Watcher::Watcher(Session &session, std::vector<Tag> tags, Format format, bool is
                           print);
     }
     m_session.setObserver([this](const Exchange &exchange) { note(exchange); });
+    m_session.setConfirmObserver([this](const ElementRange &run) { noteConfirmed(run); });
+    m_session.setStepObserver([this](const StepNews &news) { noteStep(news); });
     m_session.setWaitObserver([this] { draw(); });
 }
 
@@ -66,6 +68,8 @@ Watcher::~Watcher()
 {
     setAroundErrors({}, {});
     m_session.setObserver({});
+    m_session.setConfirmObserver({});
+    m_session.setStepObserver({});
     m_session.setWaitObserver({});
 }
 
@@ -83,16 +87,33 @@ void Watcher::note(const Exchange &exchange)
 {
     m_rates.note(exchange);
     m_cycle.note(exchange, clockNow());
-    const ElementRange run = refreshedBy(exchange.request);
-    const bool isGood = exchange.outcome == Exchange::Outcome::Good;
-    const bool isDoubtful = exchange.fault != ReplyFault::None || exchange.isOutOfStep;
-    noteOutage(exchange, run);
+    noteOutage(exchange, refreshedBy(exchange.request));
+    if (exchange.outcome != Exchange::Outcome::Good)
+        noteStation(exchange.request.var.station);
+}
+
+void Watcher::noteConfirmed(const ElementRange &run)
+{
     for (std::size_t i = 0; i < m_tags.size() && !isOver(); ++i) {
-        const ElementRange &elements = m_tags[i].elements;
-        const bool isAskedFor = overlap(elements, run);
-        if (isAskedFor && isGood)
-            showGood(i);
-        if (isAskedFor || (isDoubtful && elements.station == run.station))
+        if (!overlap(m_tags[i].elements, run))
+            continue;
+        showGood(i);
+        noteQuality(i);
+    }
+}
+
+void Watcher::noteStep(const StepNews &news)
+{
+    if (news.kind != StepNews::Kind::Stray)
+        return;
+    m_outages.noteStray(news.station, news.late, clockNow());
+    noteStation(news.station);
+}
+
+void Watcher::noteStation(int station)
+{
+    for (std::size_t i = 0; i < m_tags.size() && !isOver(); ++i) {
+        if (m_tags[i].elements.station == station)
             noteQuality(i);
     }
 }

@@ -23,7 +23,7 @@ class Watcher {
 public:
     // Observes the session, which must outlive it. `isLive`: in a table, else in records of this
     // format. `wantedCycle`: see WatchCycle. The watch is over with change number `maxChanges`;
-    // that a value is stale is no change.
+    // that a value is stale is not a change.
     Watcher(Session &session, std::vector<Tag> tags, Format format, bool isLive,
             std::chrono::milliseconds wantedCycle, std::optional<std::uint64_t> maxChanges);
     ~Watcher();
@@ -38,7 +38,7 @@ public:
     // The line is lost: nothing is fresh any more. `advice` follows the words.
     void noteLoss(const QString &advice);
 
-    // It is open again. That it is back is told with the first answer.
+    // It is open again. That it is back is reported with the first answer.
     void noteReconnection();
 
     // Lost, and nothing was answered since.
@@ -65,6 +65,9 @@ private:
     using Time = std::chrono::steady_clock::time_point;
 
     void note(const Exchange &exchange);
+    void noteConfirmed(const ElementRange &run);
+    void noteStep(const StepNews &news);
+    void noteStation(int station);
     void noteQuality(std::size_t index);
     void showGood(std::size_t index);
     void makeStale(std::size_t index, const QString &cause);

@@ -4,6 +4,7 @@
 #include "host/session/request_ranges.h"
 #include "host/session/session.h"
 #include "simulator/controller.h"
+#include "tests/host/library.h"
 #include "tests/host/scripted_device.h"
 
 #include <gtest/gtest.h>
@@ -11,12 +12,6 @@
 #include <memory>
 
 namespace kmr {
-
-inline const DriverFunctions &library()
-{
-    static const DriverLibrary LOADED(DRIVER_LIBRARY);
-    return LOADED.functions();
-}
 
 // An answer that never comes.
 inline QByteArray silence(const QByteArray &, const QByteArray &)
@@ -38,6 +33,7 @@ protected:
         SessionSettings settings;
         settings.poll.timeout = std::chrono::milliseconds(100);
         settings.poll.echo = echo;
+        settings.poll.inStep = m_inStep;
         settings.groupLimit = groupLimit;
         m_session =
             std::make_unique<Session>(library(), m_device, settings, m_stop, m_device.clock());
@@ -46,7 +42,7 @@ protected:
 
     static Tag tag(const QString &text)
     {
-        return TagReader(library(), 1).read(text);
+        return tagOf(text);
     }
 
     static std::vector<Tag> tags(const QStringList &texts)
@@ -86,6 +82,7 @@ protected:
         return result;
     }
 
+    bool m_inStep = false; // for confirmation_test.cpp; the other rules hold with it or without
     simulator::Controller m_controller{"01"};
     std::function<QByteArray(const QByteArray &request, const QByteArray &answer)> m_spoil;
     ScriptedDevice m_device{[this](const QByteArray &request) {

@@ -23,10 +23,17 @@ protected:
     QTemporaryDir m_directory;
 };
 
-// An answer with the right values and a wrong LRC.
-QByteArray wrongLrc(const QByteArray &)
+// Stops the command, which a controller sees asking, and waits for the answer in vain.
+Finished stopped(const QString &command, const QString &format)
 {
-    return ":0103020000FB\r\n";
+    pid_t process = 0;
+    const FakeController controller([&process](const QByteArray &) {
+        kill(process, SIGINT);
+        return QByteArray("");
+    });
+    return run(
+        {command, "--format", format, "--link", controller.link()},
+        [&process](const QProcess &started) { process = static_cast<pid_t>(started.processId()); });
 }
 
 } // namespace
@@ -34,73 +41,40 @@ QByteArray wrongLrc(const QByteArray &)
 INSTANTIATE_TEST_SUITE_P(Links, DiagnosisOnBothLinks, testing::Values("tcp", "pty"),
                          [](const auto &info) { return std::string(info.param); });
 
-TEST_P(DiagnosisOnBothLinks, PingTakesARefusalForAnAnswer)
+TEST_P(DiagnosisOnBothLinks, PingAndScanTellAnswersFromLosses)
 {
-    const Finished ping = kmr({"ping", "2", "--interval", "0"}, "exception=4");
-    EXPECT_EQ(ping.exitCode, 0);
-    EXPECT_TRUE(matches(ping.out, "^(station 1 D0: answered in [\\d.]+ ms, refused: server device "
-                                  "failure \\(exception 04\\)\n){2}$"))
-        << ping.out.toStdString();
-    EXPECT_TRUE(ping.err.startsWith("2 requests sent, 2 answered, 0.0% lost\n"));
-}
-
-TEST_P(DiagnosisOnBothLinks, PingThatLosesSomeEndsWithOne)
-{
-    const Finished ping =
-        kmr({"ping", "4", "--interval", "0", "--timeout", "100"}, "silence,every=2");
-    EXPECT_EQ(ping.exitCode, 1);
-    EXPECT_EQ(ping.out.count("station 1 D0: no answer\n"), 2);
-    EXPECT_TRUE(ping.err.startsWith("4 requests sent, 2 answered, 50.0% lost\n"));
-}
-
-TEST_P(DiagnosisOnBothLinks, PingOfADeafControllerEndsWithFour)
-{
-    const Finished ping = kmr({"ping", "1", "--timeout", "30", "--format", "csv"}, "deaf");
-    EXPECT_EQ(ping.exitCode, 4);
-    EXPECT_TRUE(ping.out.endsWith(",1,D0,no answer,,no answer\n")) << ping.out.toStdString();
-}
-
-TEST_P(DiagnosisOnBothLinks, AnotherStationsAnswerIsNoAnswer)
-{
-    const Finished ping = kmr({"ping", "1", "--timeout", "100"}, "station");
-    EXPECT_EQ(ping.exitCode, 4);
-    EXPECT_EQ(ping.out, "station 1 D0: another station's answer\n");
-}
-
-TEST_P(DiagnosisOnBothLinks, EchoIsNoAnswer)
-{
-    EXPECT_EQ(kmr({"ping", "1"}, "echo").exitCode, 0);
-    const Finished ping = kmr({"ping", "1", "--timeout", "100", "--echo", "off"}, "echo");
-    EXPECT_EQ(ping.exitCode, 4);
-    EXPECT_TRUE(ping.out.endsWith("does the line echo? Try --echo on\n")) << ping.out.toStdString();
-}
-
-TEST_P(DiagnosisOnBothLinks, ScanFindsAStationThatRefuses)
-{
-    const Finished scan = kmr({"scan", "--stations", "1..2", "--timeout", "100"}, "exception=2");
-    EXPECT_EQ(scan.exitCode, 0);
-    EXPECT_TRUE(matches(scan.out, "^station 1: answered in [\\d.]+ ms, refused: illegal data "
-                                  "address \\(exception 02\\)\n$"))
-        << scan.out.toStdString();
-}
-
-TEST_P(DiagnosisOnBothLinks, ScanTellsOfAnotherStationsAnswerOnStderr)
-{
-    const Finished scan = kmr({"scan", "--stations", "1", "--timeout", "100"}, "station");
-    EXPECT_EQ(scan.exitCode, 4);
-    EXPECT_EQ(scan.out, "");
-    EXPECT_EQ(scan.err, "station 1: another station's answer\n0 of 1 stations answer\n");
-}
-
-TEST(DiagnosisFaults, WrongLrcIsNoAnswer)
-{
-    const FakeController controller(wrongLrc);
-    const Finished ping = run({"ping", "1", "--link", controller.link()});
-    EXPECT_EQ(ping.exitCode, 4);
-    EXPECT_EQ(ping.out, "station 1 D0: an answer with a wrong LRC\n");
-    const Finished scan = run({"scan", "--stations", "1", "--link", controller.link()});
-    EXPECT_EQ(scan.exitCode, 4);
-    EXPECT_EQ(scan.err, "station 1: an answer with a wrong LRC\n0 of 1 stations answer\n");
+    struct Row {
+        const char *typed;
+        const char *fault;
+        int exitCode;
+        const char *out; // patterns
+        const char *err;
+    };
+    const Row rows[] = {
+        // A refusal is an answer, too.
+        {"ping 2 --interval 0", "exception=4", 0,
+         "^(station 1 D0: answered in [\\d.]+ ms, refused: server device failure \\(exception "
+         "04\\)\n){2}$",
+         "^2 requests sent, 2 answered, 0.0% lost\n"},
+        {"scan --stations 1..2", "exception=2", 0,
+         "^station 1: answered in [\\d.]+ ms, refused: illegal data address \\(exception 02\\)\n$",
+         "^1 of 2 stations answer\n$"},
+        {"ping 4 --interval 0", "silence,every=2", 1, "(?s)(station 1 D0: no answer\n.*){2}",
+         "^4 requests sent, 2 answered, 50.0% lost\n"},
+        {"ping 1", "station", 4, "^station 1 D0: another station's answer\n$", "100.0% lost\n"},
+        {"scan --stations 1", "station", 4, "^$",
+         "^station 1: another station's answer\n0 of 1 stations answer\n$"},
+        {"ping 1", "echo", 0, "answered in ", " 0.0% lost\n"},
+        {"ping 1 --echo off", "echo", 4, "does the line echo\\? Try --echo on\n$", "100.0% lost\n"},
+    };
+    for (const Row &row : rows) {
+        SCOPED_TRACE(std::string(row.typed) + ", " + row.fault);
+        const Finished ended =
+            kmr(QString(row.typed).split(' ') + QStringList{"--timeout", "100"}, row.fault);
+        EXPECT_EQ(ended.exitCode, row.exitCode);
+        EXPECT_TRUE(matches(ended.out, row.out)) << ended.out.toStdString();
+        EXPECT_TRUE(matches(ended.err, row.err)) << ended.err.toStdString();
+    }
 }
 
 TEST(DiagnosisFaults, LostLineEndsPingAndScanWithFour)
@@ -115,53 +89,9 @@ TEST(DiagnosisFaults, LostLineEndsPingAndScanWithFour)
     }
 }
 
-TEST(DiagnosisFaults, LinkThatDoesNotOpenEndsWithThreeAndHasNoRecords)
-{
-    for (const QStringList &command : {QStringList{"ping", "1"}, QStringList{"scan"}}) {
-        const Finished closed =
-            run(command + QStringList{"--link", "serial:///dev/no-such-port", "--format", "json"});
-        EXPECT_EQ(closed.exitCode, 3);
-        EXPECT_EQ(closed.out, "");
-        EXPECT_TRUE(closed.err.startsWith("kmr: cannot open /dev/no-such-port: "));
-    }
-}
-
-TEST(DiagnosisFaults, MissingDriverEndsWithSevenAndHasNoRecords)
-{
-    for (const QStringList &command :
-         {QStringList{"areas"}, QStringList{"check", "D100"},
-          QStringList{"series", "D", "0", "1", "1"}, QStringList{"plan", "D100"},
-          QStringList{"ping", "1"}, QStringList{"scan"}, QStringList{"doctor"}}) {
-        const Finished missing =
-            run(command + QStringList{"--driver", "/no/such/driver.so", "--link",
-                                      "tcp://127.0.0.1:1", "--format", "json"});
-        EXPECT_EQ(missing.exitCode, 7) << command.first().toStdString();
-        EXPECT_EQ(missing.out, "");
-    }
-}
-
-TEST(DiagnosisFaults, BadTagEndsWithTwo)
-{
-    for (const QStringList &command :
-         {QStringList{"plan", "Q1"}, QStringList{"ping", "--tag", "Q1"},
-          QStringList{"scan", "--tag", "Q1"}}) {
-        const Finished bad = run(command + QStringList{"--link", "tcp://127.0.0.1:1"});
-        EXPECT_EQ(bad.exitCode, 2) << command.first().toStdString();
-        EXPECT_TRUE(bad.err.contains("Q1")) << bad.err.toStdString();
-    }
-}
-
-// The signal comes while the answer is awaited.
 TEST(DiagnosisFaults, CtrlCCompletesTheDocumentAndTheSummary)
 {
-    pid_t process = 0;
-    const FakeController controller([&process](const QByteArray &) {
-        kill(process, SIGINT);
-        return QByteArray("");
-    });
-    const Finished ping = run(
-        {"ping", "--format", "json", "--link", controller.link()},
-        [&process](const QProcess &started) { process = static_cast<pid_t>(started.processId()); });
+    const Finished ping = stopped("ping", "json");
     EXPECT_EQ(ping.exitCode, 4);
     EXPECT_TRUE(ping.out.endsWith("\"error\":\"broken off\"}\n]}\n")) << ping.out.toStdString();
     EXPECT_EQ(ping.err, "1 requests sent, 0 answered, 100.0% lost\n");
@@ -169,14 +99,7 @@ TEST(DiagnosisFaults, CtrlCCompletesTheDocumentAndTheSummary)
 
 TEST(DiagnosisFaults, CtrlCEndsTheDoctorWithoutARecord)
 {
-    pid_t process = 0;
-    const FakeController controller([&process](const QByteArray &) {
-        kill(process, SIGINT);
-        return QByteArray("");
-    });
-    const Finished doctor = run(
-        {"doctor", "--format", "csv", "--link", controller.link()},
-        [&process](const QProcess &started) { process = static_cast<pid_t>(started.processId()); });
+    const Finished doctor = stopped("doctor", "csv");
     EXPECT_EQ(doctor.exitCode, 4);
     EXPECT_EQ(doctor.out, "time,link,finding,text,advice\n");
     EXPECT_EQ(doctor.err, "stopped before the line was known\n");

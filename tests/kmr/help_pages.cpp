@@ -26,7 +26,7 @@ void addPages(const QStringList &command, std::vector<HelpPage> &pages)
 {
     const QString help = run(command + QStringList("--help")).out;
     const QStringList commands = listed(help, "Subcommands");
-    pages.push_back({command, commands, listed(help, "Options")});
+    pages.push_back({command, commands, listed(help, "Options"), help});
     for (const QString &name : commands)
         addPages(command + QStringList(name), pages);
 }

@@ -1,6 +1,7 @@
 // What 'kmr --help' and 'kmr COMMAND --help' show.
 #pragma once
 
+#include <QString>
 #include <QStringList>
 
 #include <vector>
@@ -9,7 +10,8 @@ struct HelpPage {
     QStringList command;  // {"recipe", "upload"}, or empty for kmr itself
     QStringList commands; // below it: {"read", "write"}
     QStringList options;  // {"--help", "--count"}
+    QString text;
 };
 
-// All of them, each command behind that which it belongs to.
+// All of them, each command after that which it belongs to.
 const std::vector<HelpPage> &helpPages();

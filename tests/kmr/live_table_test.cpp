@@ -83,6 +83,15 @@ TEST_F(LiveTableTest, OutageIsShownAsStaleSinceWhenAndComesBackGood)
     EXPECT_EQ(screen.count("TAG "), 1);
 }
 
+TEST_F(LiveTableTest, AgeOfAValueThatNeverChangesStaysSmall)
+{
+    const Simulator simulator({"--listen", "tcp://127.0.0.1:0", "--animate"});
+    Terminal terminal(watch("D100 CV2200 --gap 10 --link ") + simulator.link(), 80, 24);
+    // CV2200 moves every 200 ms: eight changes take more than a second.
+    terminal.waitFor("\nD100 +0 +good +0\\.[0-9] s +0 [^\n]*\n"
+                     "CV2200 +[0-9]+ +good +[0-9.]+ s +([89]|[1-9][0-9]) ");
+}
+
 TEST_F(LiveTableTest, AgeGoesOnWhileAnAnswerIsWaitedFor)
 {
     Terminal terminal(watch("D100 --timeout 10000 --link ") + m_controller.link(), 80, 24);

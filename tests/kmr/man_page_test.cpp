@@ -36,25 +36,43 @@ QString sectionOf(const HelpPage &page)
 
 } // namespace
 
-TEST(ManPage, HasASectionWithTwoExamplesForEachCommand)
+TEST(ManPage, HasASectionForEachCommandWithTheExamplesOfItsHelp)
 {
-    ASSERT_GT(helpPages().size(), 18U);
+    static const QRegularExpression EXAMPLE("\n  (kmr [^\n]*)");
     for (const HelpPage &page : helpPages()) {
         if (!page.commands.isEmpty())
             continue;
-        const QString text = sectionOf(page);
-        EXPECT_GE(text.section(".EX", 1).count("\nkmr "), 2) << qPrintable(page.command.join(' '));
+        auto examples = EXAMPLE.globalMatch(page.text.section("\nExamples:", 1));
+        while (examples.hasNext()) {
+            const QString example = examples.next().captured(1);
+            EXPECT_TRUE(sectionOf(page).contains('\n' + example + '\n')) << qPrintable(example);
+        }
     }
 }
 
-TEST(ManPage, ExplainsEachOptionWithItsCommand)
+TEST(ManPage, ExplainsEachOptionWithItsCommandItsRangeAndItsDefault)
 {
+    // INT:INT in [1 - 9]=1, TEXT:{on,off}=on, TEXT=D0
+    static const QRegularExpression VALUE(
+        "^[A-Z]+(?::\\w+ in \\[(\\S+) - (\\S+)\\]|:\\{[^}]*\\})?(?:=(\\S+))?");
     for (const HelpPage &page : helpPages()) {
+        const QString text = sectionOf(page).replace("\n.BR ", " ");
         for (const QString &option : page.options) {
-            const bool isGeneral = option == "--help" && !page.command.isEmpty();
-            EXPECT_TRUE(isGeneral || sectionOf(page).contains(option + '\n') ||
-                        sectionOf(page).contains(option + ' '))
-                << qPrintable(page.command.join(' ') + ' ' + option);
+            SCOPED_TRACE(qPrintable(page.command.join(' ') + ' ' + option));
+            if (option == "--help" && !page.command.isEmpty())
+                continue; // explained once
+            const QString entry =
+                text.section(QRegularExpression(option + "[\n ]"), 1).section("\n.TP", 0, 0);
+            EXPECT_NE(entry, "");
+            const auto value = VALUE.match(page.text.section("  " + option + ' ', 1));
+            if (value.capturedLength(1) > 0) {
+                EXPECT_TRUE(entry.contains(QRegularExpression("\\b" + value.captured(1) + " to " +
+                                                              value.captured(2) + "\\b")));
+            }
+            if (value.capturedLength(3) > 0) {
+                EXPECT_TRUE(entry.contains(
+                    QRegularExpression("\\(default: " + value.captured(3) + "[ ),]")));
+            }
         }
     }
 }

@@ -24,17 +24,23 @@ TEST(Progress, FirstEntryTellsTheRate)
     EXPECT_EQ(progressText(0, 0, milliseconds(0), 4), "[####] 0 of 0 entries");
 }
 
-TEST(Progress, NarrowTerminalCutsTheLineAndWrapsNone)
+TEST(Progress, NarrowTerminalCutsTheLineWrapsNoneAndKeepsNothingOfIt)
 {
     const QTemporaryDir directory;
-    saveFile(directory.filePath("mixer.csv"), "D0x400,0\n");
-    Simulator simulator({"--listen", "tcp://127.0.0.1:0", "--baud", "19200"});
-    Terminal terminal("\"$KMR\" recipe upload " + directory.filePath("mixer.csv") + " --link " +
-                          simulator.link(),
-                      30, 10);
-    terminal.waitFor("\\[#+\\.+\\] \\d+ of( 5)?\n\n");
-    const QString screen = terminal.waitFor("exit code 0\n");
-    EXPECT_FALSE(screen.contains('#')) << qPrintable(screen); // nothing stays behind
+    QString text; // 50 requests, whose last tag differs from the controller's
+    for (int number = 0; number < 400; number += 8)
+        text += QString("D%1x8,0 0 0 0 0 0 0 %2\n").arg(number).arg(number == 392 ? 1 : 0);
+    saveFile(directory.filePath("mixer.csv"), text.toUtf8());
+    const Simulator simulator({"--listen", "tcp://127.0.0.1:0", "--baud", "38400"});
+    for (const char *command : {"compare", "download --verify", "upload"}) {
+        SCOPED_TRACE(command);
+        Terminal terminal(QString("\"$KMR\" recipe %1 %2 --link %3")
+                              .arg(command, directory.filePath("mixer.csv"), simulator.link()),
+                          30, 10);
+        terminal.waitFor("\\[#+\\.+\\] \\d+ of( 5)?\n\n");
+        const QString screen = terminal.waitFor("exit code [06]\n");
+        EXPECT_FALSE(screen.contains('#')) << qPrintable(screen);
+    }
 }
 
 TEST(Progress, StaysBelowTracedLinesOnATerminal)

@@ -97,13 +97,6 @@ TEST(Records, NothingIsWrittenBeforeTheFirstRecord)
     EXPECT_EQ(lines, QStringList{"tag"});
 }
 
-TEST(Records, FormatsAreKnownByTheirNames)
-{
-    EXPECT_EQ(formatOf("jsonl"), Format::JsonLines);
-    EXPECT_EQ(formatOf("plain"), Format::Plain);
-    EXPECT_EQ(formatOf("xml"), std::nullopt);
-}
-
 TEST(Records, NumberThatJsonDoesNotKnowIsNull)
 {
     QStringList lines;

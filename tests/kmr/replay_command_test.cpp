@@ -8,10 +8,10 @@ namespace {
 
 class ReplayOnBothLinks : public testing::TestWithParam<const char *> {
 protected:
-    // The file of a capture of `arguments` against a simulator with these faults.
-    QString capture(const QStringList &arguments, const QStringList &faults = {})
+    // The file of a capture of `arguments` against a simulator.
+    QString capture(const QStringList &arguments)
     {
-        Simulator simulator(QStringList{"--listen", "tcp://127.0.0.1:0"} + faults);
+        const Simulator simulator({"--listen", "tcp://127.0.0.1:0"});
         run({"write", "D100=250", "CV2200=70000", "--link", simulator.link()});
         const QString file = m_directory.filePath("field.jsonl");
         m_captured = run(arguments + QStringList{"--capture", file, "--link", simulator.link()});
@@ -56,25 +56,6 @@ TEST_P(ReplayOnBothLinks, CutCaptureIsReplayedAsFarAsItGoes)
     EXPECT_EQ(replay.log(), file + ":4: breaks off, left out\n");
 }
 
-TEST_P(ReplayOnBothLinks, CapturedRefusalIsRepeated)
-{
-    const QStringList read = {"read", "D100", "--retries", "0"};
-    Simulator replay(arguments(capture(read, {"--fault", "exception=6"})), "replay");
-    EXPECT_EQ(m_captured.exitCode, 5);
-    const Finished again = run(read + QStringList{"--link", replay.link()});
-    EXPECT_EQ(again.exitCode, 5);
-    EXPECT_EQ(again.err, m_captured.err);
-}
-
-TEST_P(ReplayOnBothLinks, CapturedSilenceIsRepeated)
-{
-    const QStringList read = {"read", "2#D100", "--retries", "0", "--timeout", "20"};
-    Simulator replay(arguments(capture(read)), "replay");
-    EXPECT_EQ(run(read + QStringList{"--link", replay.link()}).exitCode, 4);
-    EXPECT_EQ(replay.terminate(), 0);
-    EXPECT_EQ(replay.log(), "");
-}
-
 TEST_P(ReplayOnBothLinks, UnknownRequestIsReportedOnceAndNotAnswered)
 {
     Simulator replay(arguments(capture({"read", "D100"})), "replay");
@@ -86,11 +67,4 @@ TEST_P(ReplayOnBothLinks, UnknownRequestIsReportedOnceAndNotAnswered)
     EXPECT_TRUE(matches(log, "^\\d{4}-\\S+ not in \\S+/field.jsonl, no answer: "
                              ":01031065000186\\\\r\\\\n  station 01: read D101\n$"))
         << log.toStdString();
-}
-
-TEST(Replay, FileThatIsNoCaptureEndsWithTwo)
-{
-    EXPECT_EQ(run({"replay", "/no/such/file"}).exitCode, 2);
-    EXPECT_TRUE(run({"replay", KMR_EXECUTABLE}).err.contains(":1: no capture of kmr"));
-    EXPECT_EQ(run({"replay"}).exitCode, 2);
 }

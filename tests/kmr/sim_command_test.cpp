@@ -24,14 +24,6 @@ TEST(Sim, LinkOfAnAddressWithColonsKeepsItsBrackets)
     EXPECT_EQ(run({"read", "D100", "--link", simulator.link()}).out, "D100 0\n");
 }
 
-TEST(Sim, AddressThatIsNotOfThisMachineIsNamed)
-{
-    const Finished sim = run({"sim", "--listen", "tcp://[2001:db8::1]:8888"});
-    EXPECT_EQ(sim.exitCode, 3);
-    EXPECT_TRUE(sim.err.startsWith("kmr: cannot listen on tcp://[2001:db8::1]:8888: "))
-        << sim.err.toStdString();
-}
-
 TEST(Sim, LogsRequestsInWords)
 {
     Simulator simulator({"--listen", "tcp://127.0.0.1:0", "--log"});
@@ -72,14 +64,6 @@ TEST(Sim, FaultsHitTheRequestsThatTheyAreTypedFor)
     EXPECT_EQ(run(read + QStringList{"--echo", "off"}).exitCode, 4);
 }
 
-TEST(Sim, NamesABadFault)
-{
-    const Finished bad = run({"sim", "--fault", "late=soon"});
-    EXPECT_EQ(bad.exitCode, 2);
-    EXPECT_TRUE(bad.err.contains("bad fault \"late=soon\": late=soon: expected a time"));
-    EXPECT_TRUE(bad.err.contains("kinds: deaf, close, silence"));
-}
-
 TEST(Sim, AnimatesWhatAWatcherSees)
 {
     Simulator simulator({"--listen", "tcp://127.0.0.1:0", "--animate"});
@@ -104,27 +88,4 @@ TEST(Sim, KeepsItsMemoryInAFile)
     EXPECT_EQ(run({"write", "CV2200=70000", "M5=0", "--link", simulator.link()}).exitCode, 0);
     EXPECT_EQ(simulator.terminate(), 0);
     EXPECT_EQ(loadFile(file), "tag,value\nCV2200,70000\nD100,250\n");
-}
-
-TEST(Sim, NamesEveryBadLineOfItsMemoryFile)
-{
-    const QTemporaryDir directory;
-    const QString file = directory.filePath("plant.csv");
-    saveFile(file, "D100,250\nD100\nQ1,1\n");
-    const Finished bad = run({"sim", "--listen", "tcp://127.0.0.1:0", "--load", file});
-    EXPECT_EQ(bad.exitCode, 2);
-    EXPECT_EQ(bad.out, "");
-    EXPECT_TRUE(bad.err.contains("plant.csv:2: bad value \"\" for D100"));
-    EXPECT_TRUE(bad.err.contains("plant.csv:3: \"Q1\" is no element"));
-    EXPECT_EQ(run({"sim", "--load", "/no/such/file"}).exitCode, 2);
-}
-
-TEST(Sim, DoesNotBeginWhereItCouldNotSaveAtTheEnd)
-{
-    const Finished bad =
-        run({"sim", "--listen", "tcp://127.0.0.1:0", "--save", "/no/such/directory/plant.csv"});
-    EXPECT_EQ(bad.exitCode, 2);
-    EXPECT_EQ(bad.out, "");
-    EXPECT_TRUE(bad.err.contains("cannot write /no/such/directory/plant.csv"))
-        << qPrintable(bad.err);
 }

@@ -4,42 +4,64 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <climits>
 
 using namespace modbus;
 
 namespace {
 
-struct Element {
+// Elements whose addresses follow one another.
+struct Row {
     const char *area;
-    int number; // linear
     Table table;
-    int address; // -1: there is no such element
+    int first; // linear
+    int last;
+    int firstAddress;
+    int lastAddress;
 };
 
-class AreaElement : public testing::TestWithParam<Element> {};
+constexpr Row ROWS[] = {
+    {"X", Table::Bits, 0, 9999, 0x0400, 0x2B0F},
+    {"Y", Table::Bits, 0, 9999, 0x0500, 0x2C0F},
+    {"M", Table::Bits, 0, 1535, 0x0800, 0x0DFF},
+    {"M", Table::Bits, 1536, 22015, 0xB000, 0xFFFF},
+    {"M", Table::Bits, 22016, 65536, 0x0000, 0xAA00},
+    {"S", Table::Bits, 0, 9999, 0x0000, 0x270F},
+    {"T", Table::Bits, 0, 9999, 0x0600, 0x2D0F},
+    {"C", Table::Bits, 0, 9999, 0x0E00, 0x350F},
+    {"TV", Table::Registers, 0, 9999, 0x0600, 0x2D0F},
+    {"CV", Table::Registers, 0, 199, 0x0E00, 0x0EC7},
+    {"CV2", Table::Registers, 200, 255, 0x0EC8, 0x0EFF},
+    {"D", Table::Registers, 0, 4095, 0x1000, 0x1FFF},
+    {"D", Table::Registers, 4096, 11999, 0x9000, 0xAEDF},
+};
 
-std::string nameOf(const testing::TestParamInfo<Element> &info)
+bool exists(const QString &area, int number)
 {
-    return info.param.area + std::string(info.param.number < 0 ? "Below" : "") +
-           std::to_string(std::abs(info.param.number));
+    return std::any_of(std::begin(ROWS), std::end(ROWS), [&](const Row &row) {
+        return area == row.area && number >= row.first && number <= row.last;
+    });
 }
 
-bool isWordArea(const QString &area)
+bool isValidToDriver(const Row &row, int number)
 {
-    return !isBitArea(area);
+    qint32 parsed = 0;
+    const QString digits = QString::number(number < 0 ? number : shownNumber(row.area, number));
+    return intf_checkAddrValidity(row.area, digits, &parsed, 1, row.table == Table::Bits ? 0 : 1) ==
+           0;
 }
 
 // What the driver polls to see one element.
-FRAME_PRO driversRequest(const Element &element)
+FRAME_PRO driversRequest(const Row &row, int number)
 {
     qint32 result = 0;
     intf_initProperty(nullptr, nullptr, nullptr, &result, "1#0#0#1#8", nullptr);
     KEY_ADDRESS key;
     key.station = 1;
-    key.area = element.area;
-    key.address = shownNumber(element.area, element.number);
-    key.elemKind = element.table == Table::Bits ? -1 : 0;
+    key.area = row.area;
+    key.address = shownNumber(row.area, number);
+    key.elemKind = row.table == Table::Bits ? -1 : 0;
     key.count = 1;
     FRAME_PRO frame;
     EXPECT_EQ(intf_addrMerge({key}), 1);
@@ -50,68 +72,42 @@ FRAME_PRO driversRequest(const Element &element)
 
 } // namespace
 
-TEST_P(AreaElement, LiesAtItsAddress)
+TEST(Areas, ElementsLieAtTheirAddress)
 {
-    const auto [area, number, table, address] = GetParam();
-    const std::optional<Place> place = placeOf(area, number);
-    ASSERT_EQ(place.has_value(), address >= 0);
-    if (!place)
-        return;
-    EXPECT_EQ(place->table, table);
-    EXPECT_EQ(place->address, address);
-    EXPECT_EQ(isBitArea(area), table == Table::Bits);
+    for (const Row &row : ROWS) {
+        for (const auto &[number, address] :
+             {std::pair(row.first, row.firstAddress), std::pair(row.last, row.lastAddress)}) {
+            const std::optional<Place> place = placeOf(row.area, number);
+            ASSERT_TRUE(place) << row.area << number;
+            EXPECT_EQ(place->address, address) << row.area << number;
+            EXPECT_EQ(place->table, row.table) << row.area;
+        }
+        for (const int number : {row.first - 1, row.last + 1})
+            EXPECT_EQ(placeOf(row.area, number).has_value(), exists(row.area, number)) << row.area;
+        EXPECT_EQ(isBitArea(row.area), row.table == Table::Bits) << row.area;
+    }
+    EXPECT_FALSE(placeOf("SM", 0));
+    EXPECT_FALSE(placeOf("d", 0));
 }
 
-TEST_P(AreaElement, IsWhereTheDriverAsksForIt)
+TEST(Areas, ElementsAreWhereTheDriverAsksForThem)
 {
-    const auto [area, number, table, address] = GetParam();
-    qint32 parsed = 0;
-    const QString digits = QString::number(number < 0 ? number : shownNumber(area, number));
-    const bool isValid =
-        intf_checkAddrValidity(area, digits, &parsed, 1, isWordArea(area) ? 1 : 0) == 0;
-    ASSERT_EQ(isValid, address >= 0);
-    if (!isValid)
-        return;
-    const FRAME_PRO frame = driversRequest(GetParam());
-    // Bits are asked for in whole blocks.
-    const int offset = table == Table::Bits ? number % 16 : 0;
-    EXPECT_EQ(QByteArray(frame.frame + 3, 2), table == Table::Bits ? "02" : "03");
-    EXPECT_EQ(QByteArray(frame.frame + 5, 4).toInt(nullptr, 16) + offset, address);
-    if (table == Table::Registers) {
-        EXPECT_EQ(frame.replyDataLen, 2 * (isCounterArea(area) ? 4 : 2));
+    for (const Row &row : ROWS) {
+        for (const int number : {row.first - 1, row.last + 1})
+            EXPECT_EQ(isValidToDriver(row, number), exists(row.area, number)) << row.area;
+        for (const auto &[number, address] :
+             {std::pair(row.first, row.firstAddress), std::pair(row.last, row.lastAddress)}) {
+            ASSERT_TRUE(isValidToDriver(row, number)) << row.area << number;
+            const bool isBit = row.table == Table::Bits;
+            const int offset = isBit ? number % 16 : 0; // bits are asked for in whole blocks
+            const FRAME_PRO frame = driversRequest(row, number);
+            EXPECT_EQ(QByteArray(frame.frame + 3, 2), isBit ? "02" : "03") << row.area;
+            EXPECT_EQ(QByteArray(frame.frame + 5, 4).toInt(nullptr, 16) + offset, address)
+                << row.area << number;
+            EXPECT_EQ(frame.replyDataLen, isCounterArea(row.area) ? 8 : 4) << row.area;
+        }
     }
 }
-
-// The first and the last element of each window, and those beside them.
-INSTANTIATE_TEST_SUITE_P(
-    Modbus, AreaElement,
-    testing::Values(
-        Element{"X", -1, Table::Bits, -1}, Element{"X", 0, Table::Bits, 0x0400},
-        Element{"X", 15, Table::Bits, 0x040F}, Element{"X", 9999, Table::Bits, 0x2B0F},
-        Element{"X", 10000, Table::Bits, -1}, Element{"Y", -1, Table::Bits, -1},
-        Element{"Y", 0, Table::Bits, 0x0500}, Element{"Y", 9999, Table::Bits, 0x2C0F},
-        Element{"Y", 10000, Table::Bits, -1}, Element{"M", -1, Table::Bits, -1},
-        Element{"M", 0, Table::Bits, 0x0800}, Element{"M", 1535, Table::Bits, 0x0DFF},
-        Element{"M", 1536, Table::Bits, 0xB000}, Element{"M", 22015, Table::Bits, 0xFFFF},
-        Element{"M", 22016, Table::Bits, 0x0000}, Element{"M", 65536, Table::Bits, 0xAA00},
-        Element{"M", 65537, Table::Bits, -1}, Element{"S", -1, Table::Bits, -1},
-        Element{"S", 0, Table::Bits, 0x0000}, Element{"S", 9999, Table::Bits, 0x270F},
-        Element{"S", 10000, Table::Bits, -1}, Element{"T", -1, Table::Bits, -1},
-        Element{"T", 0, Table::Bits, 0x0600}, Element{"T", 9999, Table::Bits, 0x2D0F},
-        Element{"T", 10000, Table::Bits, -1}, Element{"C", -1, Table::Bits, -1},
-        Element{"C", 0, Table::Bits, 0x0E00}, Element{"C", 9999, Table::Bits, 0x350F},
-        Element{"C", 10000, Table::Bits, -1}, Element{"TV", -1, Table::Registers, -1},
-        Element{"TV", 0, Table::Registers, 0x0600}, Element{"TV", 2248, Table::Registers, 0x0EC8},
-        Element{"TV", 9999, Table::Registers, 0x2D0F}, Element{"TV", 10000, Table::Registers, -1},
-        Element{"CV", -1, Table::Registers, -1}, Element{"CV", 0, Table::Registers, 0x0E00},
-        Element{"CV", 199, Table::Registers, 0x0EC7}, Element{"CV", 200, Table::Registers, -1},
-        Element{"CV2", 199, Table::Registers, -1}, Element{"CV2", 200, Table::Registers, 0x0EC8},
-        Element{"CV2", 255, Table::Registers, 0x0EFF}, Element{"CV2", 256, Table::Registers, -1},
-        Element{"D", -1, Table::Registers, -1}, Element{"D", 0, Table::Registers, 0x1000},
-        Element{"D", 4095, Table::Registers, 0x1FFF}, Element{"D", 4096, Table::Registers, 0x9000},
-        Element{"D", 11999, Table::Registers, 0xAEDF}, Element{"D", 12000, Table::Registers, -1},
-        Element{"SM", 0, Table::Registers, -1}, Element{"d", 0, Table::Registers, -1}),
-    nameOf);
 
 TEST(Areas, BordersLieWhereTheNextAddressDoesNotFollow)
 {

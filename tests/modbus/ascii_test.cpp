@@ -25,19 +25,11 @@ QByteArray zeros(int digits)
     return ':' + QByteArray(digits, '0') + "\r\n";
 }
 
-TEST(Lrc, IsTheTwosComplementOfTheSum)
+TEST(Lrc, IsTheTwosComplementOfTheSumOfUnsignedBytes)
 {
     EXPECT_EQ(modbus::lrc(bytes("010300000001")), 0xFB);
-}
-
-TEST(Lrc, OfASumOf256IsZero)
-{
-    EXPECT_EQ(modbus::lrc(bytes("F00F01")), 0x00);
+    EXPECT_EQ(modbus::lrc(bytes("F00F01")), 0x00); // a sum of 256
     EXPECT_EQ(modbus::lrc(QByteArray()), 0x00);
-}
-
-TEST(Lrc, TakesBytesAsUnsigned)
-{
     EXPECT_EQ(modbus::lrc(bytes("80")), 0x80);
     EXPECT_EQ(modbus::lrc(bytes("FFFFFF")), 0x03);
 }
@@ -45,16 +37,20 @@ TEST(Lrc, TakesBytesAsUnsigned)
 TEST(EncodeLine, WritesUpperCaseDigitsLrcAndLineEnd)
 {
     EXPECT_EQ(modbus::encodeLine(bytes("01030ab000cd")), QByteArray(":01030AB000CD75\r\n"));
-}
-
-TEST(EncodeLine, KeepsTheStationDigits)
-{
     EXPECT_EQ(modbus::encodeLine(bytes("120500000000")), QByteArray(":120500000000E9\r\n"));
+    EXPECT_EQ(modbus::encodeLine(QByteArray()), QByteArray(":00\r\n"));
 }
 
-TEST(EncodeLine, OfNothingHoldsTheLrcAlone)
+TEST(Bytes, AreReadWithTheHighOneFirst)
 {
-    EXPECT_EQ(modbus::encodeLine(QByteArray()), QByteArray(":00\r\n"));
+    const QByteArray message = bytes("01ff8003");
+    EXPECT_EQ(modbus::byteAt(message, 1), 0xFF);
+    EXPECT_EQ(modbus::wordAt(message, 1), 0xFF80);
+    EXPECT_EQ(modbus::valueAt(message, 0, 4), 0x01FF8003U);
+    EXPECT_EQ(modbus::valueAt(message, 0, 0), 0U);
+    EXPECT_EQ(modbus::hex(0xAB, 4), "00AB");
+    EXPECT_EQ(modbus::stationOf(":1203"), "12");
+    EXPECT_EQ(modbus::stationOf(":"), "");
 }
 
 TEST(DecodeLine, GivesTheMessageWithoutLrc)
@@ -62,13 +58,7 @@ TEST(DecodeLine, GivesTheMessageWithoutLrc)
     const modbus::DecodedLine decoded = modbus::decodeLine(":010300000001FB\r\n");
     EXPECT_EQ(decoded.fault, LineFault::None);
     EXPECT_EQ(decoded.message, bytes("010300000001"));
-}
-
-TEST(DecodeLine, TakesLowerCaseDigits)
-{
-    const modbus::DecodedLine decoded = modbus::decodeLine(":01030ab000cd75\r\n");
-    EXPECT_EQ(decoded.fault, LineFault::None);
-    EXPECT_EQ(decoded.message, bytes("01030AB000CD"));
+    EXPECT_EQ(modbus::decodeLine(":01030ab000cd75\r\n").message, bytes("01030AB000CD"));
 }
 
 TEST(DecodeLine, TakesEveryByteValue)
@@ -98,33 +88,28 @@ TEST(DecodeLine, NoticesAnySingleWrongDigit)
     }
 }
 
-TEST(DecodeLine, WantsAColonFirst)
+TEST(DecodeLine, NamesTheFirstFault)
 {
-    EXPECT_EQ(faultOf(""), LineFault::NoStart);
-    EXPECT_EQ(faultOf("010300000001FB\r\n"), LineFault::NoStart);
-    EXPECT_EQ(faultOf(" :010300000001FB\r\n"), LineFault::NoStart);
-}
-
-TEST(DecodeLine, WantsCarriageReturnAndLineFeedLast)
-{
-    EXPECT_EQ(faultOf(":010300000001FB"), LineFault::NoLineEnd);
-    EXPECT_EQ(faultOf(":010300000001FB\r"), LineFault::NoLineEnd);
-    EXPECT_EQ(faultOf(":010300000001FB\n"), LineFault::NoLineEnd);
-    EXPECT_EQ(faultOf(":010300000001FB\n\r"), LineFault::NoLineEnd);
-    EXPECT_EQ(faultOf(":"), LineFault::NoLineEnd);
-}
-
-TEST(DecodeLine, WantsStationFunctionAndLrc)
-{
-    EXPECT_EQ(faultOf(":\r\n"), LineFault::TooShort);
-    EXPECT_EQ(faultOf(":01FF\r\n"), LineFault::TooShort);
-    EXPECT_EQ(faultOf(":0103F\r\n"), LineFault::TooShort);
-    EXPECT_EQ(faultOf(":0103FC\r\n"), LineFault::None);
-}
-
-TEST(DecodeLine, WantsDigitsInPairs)
-{
-    EXPECT_EQ(faultOf(":01030FC\r\n"), LineFault::NotHex);
+    const std::pair<QByteArray, LineFault> ROWS[] = {
+        {"", LineFault::NoStart},
+        {"010300000001FB\r\n", LineFault::NoStart},
+        {" :010300000001FB\r\n", LineFault::NoStart},
+        {":010300000001FB", LineFault::NoLineEnd},
+        {":010300000001FB\r", LineFault::NoLineEnd},
+        {":010300000001FB\n", LineFault::NoLineEnd},
+        {":010300000001FB\n\r", LineFault::NoLineEnd},
+        {":", LineFault::NoLineEnd},
+        {":\r\n", LineFault::TooShort},
+        {":01FF\r\n", LineFault::TooShort},
+        {":0103F\r\n", LineFault::TooShort},
+        {":0103FC\r\n", LineFault::None},
+        {":01030FC\r\n", LineFault::NotHex},
+        {zeros(1020), LineFault::None}, // 1023 characters
+        {zeros(1021), LineFault::NotHex},
+        {zeros(1022), LineFault::TooLong},
+    };
+    for (const auto &[line, fault] : ROWS)
+        EXPECT_EQ(faultOf(line), fault) << line.left(20).toStdString();
 }
 
 TEST(DecodeLine, WantsHexadecimalDigitsOnly)
@@ -134,13 +119,6 @@ TEST(DecodeLine, WantsHexadecimalDigitsOnly)
         line[4] = wrong;
         EXPECT_EQ(faultOf(line), LineFault::NotHex) << static_cast<int>(wrong);
     }
-}
-
-TEST(DecodeLine, TakesTheLongestLineAndNoneLonger)
-{
-    EXPECT_EQ(faultOf(zeros(1020)), LineFault::None); // 1023 characters
-    EXPECT_EQ(faultOf(zeros(1021)), LineFault::NotHex);
-    EXPECT_EQ(faultOf(zeros(1022)), LineFault::TooLong);
 }
 
 TEST(LineFaultText, SaysWhatIsWrong)
@@ -161,12 +139,6 @@ protected:
 
 using Lines = QList<QByteArray>;
 
-TEST_F(LineCollection, HandsOutAWholeLine)
-{
-    EXPECT_EQ(collector.take(":0103FC\r\n"), Lines{":0103FC\r\n"});
-    EXPECT_TRUE(collector.partial().isEmpty());
-}
-
 TEST_F(LineCollection, PutsALineTogetherFromSingleCharacters)
 {
     const QByteArray line(":0103FC\r\n");
@@ -177,16 +149,13 @@ TEST_F(LineCollection, PutsALineTogetherFromSingleCharacters)
     EXPECT_EQ(collector.take("\n"), Lines{line});
 }
 
-TEST_F(LineCollection, HandsOutTwoLinesOfOneBuffer)
+TEST_F(LineCollection, HandsOutTheLinesOfOneBufferAndKeepsTheBeginningOfTheNext)
 {
     const Lines expected{":0103FC\r\n", ":0202FC\r\n"};
-    EXPECT_EQ(collector.take(":0103FC\r\n:0202FC\r\n"), expected);
-}
-
-TEST_F(LineCollection, KeepsTheBeginningOfTheNextLine)
-{
-    EXPECT_EQ(collector.take(":0103FC\r\n:02"), Lines{":0103FC\r\n"});
+    EXPECT_EQ(collector.take(":0103FC\r\n:0202FC\r\n:02"), expected);
     EXPECT_EQ(collector.take("02FC\r\n"), Lines{":0202FC\r\n"});
+    EXPECT_TRUE(collector.partial().isEmpty());
+    EXPECT_TRUE(collector.take(QByteArray()).isEmpty());
 }
 
 TEST_F(LineCollection, StartsAnewAtAColonInTheMiddle)
@@ -248,12 +217,6 @@ TEST_F(LineCollection, ForgetsTheLineInProgressWhenCleared)
     EXPECT_TRUE(collector.partial().isEmpty());
     EXPECT_EQ(collector.dropped(), 0U);
     EXPECT_TRUE(collector.take("FC\r\n").isEmpty());
-}
-
-TEST_F(LineCollection, OfNothingGivesNothing)
-{
-    EXPECT_TRUE(collector.take(QByteArray()).isEmpty());
-    EXPECT_TRUE(collector.partial().isEmpty());
 }
 
 } // namespace

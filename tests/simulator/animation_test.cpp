@@ -10,62 +10,17 @@ using simulator::element;
 using simulator::Memory;
 using simulator::setElement;
 
-// X 0 to X 7 as text, X 0 first: "10000000".
-std::string inputs(const Memory &memory)
-{
-    std::string text;
-    for (int number = 0; number < 8; ++number)
-        text += element(memory, "X", number) == 1U ? '1' : '0';
-    return text;
-}
+// An area's element before and after one step.
+struct Step {
+    const char *area;
+    int number;
+    std::uint32_t before;
+    std::uint32_t after;
+};
 
-TEST(Animation, LightsOneInputAfterTheOther)
-{
-    Memory memory;
-    advance(memory);
-    EXPECT_EQ(inputs(memory), "10000000");
-    advance(memory);
-    EXPECT_EQ(inputs(memory), "01000000");
-}
+} // namespace
 
-TEST(Animation, LightsTheFirstInputAfterTheLast)
-{
-    Memory memory;
-    setElement(memory, "X", 7, 1);
-    advance(memory);
-    EXPECT_EQ(inputs(memory), "10000000");
-}
-
-TEST(Animation, CountsTheCounterUp)
-{
-    Memory memory;
-    advance(memory);
-    EXPECT_EQ(element(memory, "CV2", 200), 1U);
-    advance(memory);
-    EXPECT_EQ(element(memory, "CV2", 200), 2U);
-}
-
-TEST(Animation, LetsTheCounterOverflow)
-{
-    Memory memory;
-    setElement(memory, "CV2", 200, 0xFFFFFFFF);
-    advance(memory);
-    EXPECT_EQ(element(memory, "CV2", 200), 0U);
-}
-
-TEST(Animation, RaisesTheWordAndFallsBackBelow1000)
-{
-    Memory memory;
-    advance(memory);
-    EXPECT_EQ(element(memory, "D", 0), 7U);
-    setElement(memory, "D", 0, 992);
-    advance(memory);
-    EXPECT_EQ(element(memory, "D", 0), 999U);
-    advance(memory);
-    EXPECT_EQ(element(memory, "D", 0), 6U);
-}
-
-TEST(Animation, TouchesNothingElse)
+TEST(Animation, MovesOneCounterOneWordAndEightInputsAndNothingElse)
 {
     Memory memory;
     Memory expected;
@@ -74,6 +29,22 @@ TEST(Animation, TouchesNothingElse)
     setElement(expected, "CV2", 200, 1);
     setElement(expected, "D", 0, 7);
     EXPECT_TRUE(memory == expected);
+    advance(memory);
+    setElement(expected, "X", 0, 0);
+    setElement(expected, "X", 1, 1);
+    setElement(expected, "CV2", 200, 2);
+    setElement(expected, "D", 0, 14);
+    EXPECT_TRUE(memory == expected);
 }
 
-} // namespace
+TEST(Animation, BeginsAnewBehindTheEnd)
+{
+    for (const Step &step : {Step{"CV2", 200, 0xFFFFFFFF, 0}, Step{"D", 0, 992, 999},
+                             Step{"D", 0, 993, 0}, Step{"D", 0, 999, 6}, Step{"X", 7, 1, 0}}) {
+        Memory memory;
+        setElement(memory, step.area, step.number, step.before);
+        advance(memory);
+        EXPECT_EQ(element(memory, step.area, step.number), step.after) << step.area << step.before;
+        EXPECT_EQ(element(memory, "X", 0), 1U);
+    }
+}

@@ -27,14 +27,11 @@ protected:
         return exchanges.empty() ? Exchange() : exchanges.back();
     }
 
-    std::string wordsFor(const char *line)
-    {
-        return describe(exchangeOf(line)).toStdString();
-    }
-
     simulator::Controller controller{"12"};
     std::vector<Exchange> exchanges;
 };
+
+} // namespace
 
 TEST_F(Observed, ReadHoldsRequestAndAnswer)
 {
@@ -69,7 +66,7 @@ TEST_F(Observed, BadLineHoldsItsFaultAndNothingElse)
     EXPECT_TRUE(exchange.answer.isEmpty());
 }
 
-TEST_F(Observed, OtherStationsLineIsDecoded)
+TEST_F(Observed, OtherStationsLineIsDecodedAndUnanswered)
 {
     const Exchange exchange = exchangeOf(":01050500FF00F6");
     EXPECT_EQ(exchange.outcome, Outcome::OtherStation);
@@ -80,15 +77,13 @@ TEST_F(Observed, OtherStationsLineIsDecoded)
 
 TEST_F(Observed, FieldsThatTheLineIsTooShortForAreZero)
 {
-    const Exchange withoutData = exchangeOf(":1203EB");
-    EXPECT_EQ(withoutData.address, 0);
-    EXPECT_EQ(withoutData.quantity, 0);
-    const Exchange withAddress = exchangeOf(":1203106477");
-    EXPECT_EQ(withAddress.address, 0x1064);
-    EXPECT_EQ(withAddress.quantity, 0);
+    EXPECT_EQ(exchangeOf(":1203EB").address, 0);
+    EXPECT_EQ(exchangeOf(":1203EB").quantity, 0);
+    EXPECT_EQ(exchangeOf(":1203106477").address, 0x1064);
+    EXPECT_EQ(exchangeOf(":1203106477").quantity, 0);
 }
 
-TEST_F(Observed, IsToldBeforeTheAnswerIsHandedOut)
+TEST_F(Observed, IsToldWhenItIsDoneAndBeforeTheAnswerIsHandedOut)
 {
     bool told = false;
     controller.setObserver([&](const Exchange &exchange) {
@@ -98,48 +93,30 @@ TEST_F(Observed, IsToldBeforeTheAnswerIsHandedOut)
     });
     controller.answer(":12050500FF00E5\r\n");
     EXPECT_TRUE(told);
+    controller.setObserver(nullptr); // and no more
+    controller.answer(":12050500FF00E5\r\n");
 }
 
-TEST_F(Observed, IsToldNoMoreOnceReplacedByNone)
+TEST_F(Observed, HasWordsForEveryExchange)
 {
-    controller.setObserver(nullptr);
-    controller.answer(":12031064000275\r\n");
-    EXPECT_TRUE(exchanges.empty());
+    static const struct {
+        const char *line;
+        const char *words;
+    } ROWS[] = {
+        {":1203106400086F", "station 12: read 8 registers from 1064, answered"},
+        {":120204000010D8", "station 12: read 16 bits from 0400, answered"},
+        {":12050500FF00E5", "station 12: write bit 0500 on, answered"},
+        {":1205050F0000D5", "station 12: write bit 050F off, answered"},
+        {":1210100000010200FFCC", "station 12: write 1 register from 1000, answered"},
+        {":1207E7", "station 12: function 07, refused: illegal function"},
+        {":1203FFFF0002EB",
+         "station 12: read 2 registers from FFFF, refused: illegal data address"},
+        {":1205050012349E", "station 12: write bit 0500 1234, refused: illegal data value"},
+        {":120310640002FF", "bad line ignored: wrong LRC"},
+        {":01031064000286", "station 01: read 2 registers from 1064, ignored"},
+        {":00050500FF00F7", "all stations: write bit 0500 on, obeyed"},
+        {":0007F9", "all stations: function 07, refused: illegal function"},
+    };
+    for (const auto &row : ROWS)
+        EXPECT_EQ(describe(exchangeOf(row.line)).toStdString(), row.words);
 }
-
-TEST_F(Observed, ReadsInWords)
-{
-    EXPECT_EQ(wordsFor(":1203106400086F"), "station 12: read 8 registers from 1064, answered");
-    EXPECT_EQ(wordsFor(":120204000010D8"), "station 12: read 16 bits from 0400, answered");
-}
-
-TEST_F(Observed, WritesInWords)
-{
-    EXPECT_EQ(wordsFor(":12050500FF00E5"), "station 12: write bit 0500 on, answered");
-    EXPECT_EQ(wordsFor(":1205050F0000D5"), "station 12: write bit 050F off, answered");
-    EXPECT_EQ(wordsFor(":1210100000010200FFCC"),
-              "station 12: write 1 register from 1000, answered");
-}
-
-TEST_F(Observed, RefusalsInWords)
-{
-    EXPECT_EQ(wordsFor(":1207E7"), "station 12: function 07, refused: illegal function");
-    EXPECT_EQ(wordsFor(":1203FFFF0002EB"),
-              "station 12: read 2 registers from FFFF, refused: illegal data address");
-    EXPECT_EQ(wordsFor(":1205050012349E"),
-              "station 12: write bit 0500 1234, refused: illegal data value");
-}
-
-TEST_F(Observed, IgnoredLinesInWords)
-{
-    EXPECT_EQ(wordsFor(":120310640002FF"), "bad line ignored: wrong LRC");
-    EXPECT_EQ(wordsFor(":01031064000286"), "station 01: read 2 registers from 1064, ignored");
-}
-
-TEST_F(Observed, BroadcastsInWords)
-{
-    EXPECT_EQ(wordsFor(":00050500FF00F7"), "all stations: write bit 0500 on, obeyed");
-    EXPECT_EQ(wordsFor(":0007F9"), "all stations: function 07, refused: illegal function");
-}
-
-} // namespace

@@ -4,6 +4,8 @@
 
 #include <gtest/gtest.h>
 
+#include <QDir>
+
 #include <memory>
 
 using namespace std::chrono_literals;
@@ -25,26 +27,12 @@ TEST(Pacing, LineWithoutBaudRateTakesNoTime)
     EXPECT_EQ(plan.pieces[0].after, 3ms);
 }
 
-TEST(Pacing, AnswerComesWhenItsLastCharacterIsThroughBehindTheRequest)
-{
-    Plan plan{{{0ms, QByteArray(43, 'a')}}, {}};
-    Pacing(115200).slowDown(plan, 17);
-    EXPECT_EQ(plan.pieces[0].after, 5208333ns);
-}
-
-TEST(Pacing, PiecesTakeTheirOwnTimeOnTopOfTheirPauses)
+TEST(Pacing, PiecesTakeTheirOwnTimeOnTopOfTheirPausesAndTheFirstThatOfTheRequest)
 {
     Plan plan{{{800ms, "abc"}, {20ms, "d"}}, {}};
     Pacing(1000).slowDown(plan, 7);
     EXPECT_EQ(plan.pieces[0].after, 900ms);
     EXPECT_EQ(plan.pieces[1].after, 30ms);
-}
-
-TEST(Pacing, SilenceStaysSilence)
-{
-    Plan plan;
-    Pacing(9600).slowDown(plan, 17);
-    EXPECT_TRUE(plan.pieces.empty());
 }
 
 TEST(CallAfter, CallsNotBeforeItsTime)
@@ -67,6 +55,22 @@ TEST(CallAfter, CallsNobodyWhoseOwnerIsDeleted)
     simulator::callAfter(2ns, other, [&order] { order += 'b'; });
     ASSERT_TRUE(waitUntil([&order] { return !order.isEmpty(); }));
     EXPECT_EQ(order, "b");
+}
+
+TEST(SendPieces, PausesFollowOneAnotherAndLeaveNoFileOpen)
+{
+    const auto openFiles = [] { return QDir("/proc/self/fd").count(); };
+    QObject owner;
+    int sent = 0;
+    const auto send = [&sent](const QByteArray &) { ++sent; };
+    simulator::sendPieces({{{1us, "a"}}, {}}, owner, send); // what the event loop itself opens
+    ASSERT_TRUE(waitUntil([&sent] { return sent == 1; }));
+    const auto before = openFiles();
+    const auto begin = std::chrono::steady_clock::now();
+    simulator::sendPieces({std::vector<Plan::Piece>(100, {100us, "a"}), {}}, owner, send);
+    ASSERT_TRUE(waitUntil([&sent] { return sent == 101; }));
+    EXPECT_GE(std::chrono::steady_clock::now() - begin, 10ms);
+    EXPECT_TRUE(waitUntil([&] { return openFiles() <= before; })) << openFiles() << ' ' << before;
 }
 
 TEST(SendPieces, KeepsTheirOrderInALateEventLoop)

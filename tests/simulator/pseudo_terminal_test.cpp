@@ -2,6 +2,8 @@
 #include "simulator/pseudo_terminal.h"
 
 #include "event_loop.h"
+#include "simulator/controller.h"
+#include "simulator/faults.h"
 
 #include <QFile>
 #include <QFileInfo>
@@ -83,44 +85,20 @@ protected:
 
     QTemporaryDir directory;
     simulator::Controller controller{"01"};
-    std::unique_ptr<PseudoTerminal> terminal = std::make_unique<PseudoTerminal>(controller);
+    std::unique_ptr<PseudoTerminal> terminal =
+        std::make_unique<PseudoTerminal>(simulator::respondAs(controller));
     const QString link = pathOf("plc");
 };
 
-TEST_F(SerialLink, AnswersARequest)
+TEST_F(SerialLink, AnswersRequestsInPiecesAndTwoAtOnceAndNothingElse)
 {
     controller.memory().setValue(0x1000, 0x1234);
     ASSERT_EQ(terminal->open(link), QString());
     Client client(link);
-    client.write(":010310000001EB\r\n");
-    EXPECT_EQ(client.receive(), ":0103021234B4\r\n");
-}
-
-TEST_F(SerialLink, AnswersARequestThatComesInSingleCharacters)
-{
-    ASSERT_EQ(terminal->open(link), QString());
-    Client client(link);
-    for (const char character : QByteArray(":010310000001EB\r\n")) {
-        client.write(QByteArray(1, character));
-        QCoreApplication::processEvents();
-    }
-    EXPECT_EQ(client.receive(), ":0103020000FA\r\n");
-}
-
-TEST_F(SerialLink, AnswersTwoRequestsOfOnePiece)
-{
-    ASSERT_EQ(terminal->open(link), QString());
-    Client client(link);
-    client.write(":01050500FF00F6\r\n:010205000010E8\r\n");
-    EXPECT_EQ(client.receive(2), ":01050500FF00F6\r\n:0102020100FA\r\n");
-}
-
-TEST_F(SerialLink, AnswersNothingButItsOwnRequests)
-{
-    ASSERT_EQ(terminal->open(link), QString());
-    Client client(link);
-    client.write("noise:020310000001EA\r\n:010310000001FF\r\n:0103:010310000001EB\r\n");
-    EXPECT_EQ(client.receive(), ":0103020000FA\r\n");
+    client.write("noise:020310000001EA\r\n:010310000001FF\r\n:0103:01031000");
+    QCoreApplication::processEvents();
+    client.write("0001EB\r\n:01050500FF00F6\r\n");
+    EXPECT_EQ(client.receive(2), ":0103021234B4\r\n:01050500FF00F6\r\n");
 }
 
 TEST_F(SerialLink, PassesLongAnswersWhole)
@@ -168,43 +146,46 @@ TEST_F(SerialLink, LosesAnswersThatNobodyReadsAndGoesOn)
     }
 }
 
-TEST_F(SerialLink, SendsPiecesLater)
+TEST_F(SerialLink, VanishesAndComesBackAtTheSamePathWithoutTheHalfLineFromBefore)
 {
-    simulator::Faults faults({{simulator::FaultKind::Pieces, 1}});
-    PseudoTerminal faulty(controller, &faults);
-    ASSERT_EQ(faulty.open(link), QString());
-    Client client(link);
-    client.write(":010310000001EB\r\n");
-    EXPECT_EQ(client.receive(), ":0103020000FA\r\n");
-}
-
-TEST_F(SerialLink, VanishesAndComesBackAtTheSamePath)
-{
-    simulator::Faults faults({{simulator::FaultKind::Close, 1, 2}}); // every second request
-    PseudoTerminal faulty(controller, &faults);
+    simulator::Faults faults({{simulator::FaultKind::Close, 50, 2}}); // every second request
+    PseudoTerminal faulty(simulator::respondAs(controller, &faults));
+    controller.memory().setValue(0x1000, 0x1234);
     ASSERT_EQ(faulty.open(link), QString());
     {
         const Client first(link);
         first.write(":010310000001EB\r\n:010310000001EB\r\n");
+        first.write(":01031000");
         ASSERT_TRUE(waitUntil([&] { return !QFileInfo(link).isSymLink(); }));
     }
     ASSERT_TRUE(waitUntil([&] { return QFileInfo(link).exists(); }));
     Client second(link);
-    second.write(":010310000001EB\r\n");
+    second.write("0001EB\r\n:010310010001EA\r\n");
     EXPECT_EQ(second.receive(), ":0103020000FA\r\n");
 }
 
-TEST_F(SerialLink, IsLinkedToItsDevice)
+TEST_F(SerialLink, ComesBackWhenItsPathIsFreeAgainHoweverLateThatIs)
+{
+    QFile squatter(link);
+    PseudoTerminal closing([&](const QByteArray &) {
+        QTimer::singleShot(0, &squatter, [&] { squatter.open(QIODevice::WriteOnly); });
+        return simulator::Plan{{}, std::chrono::milliseconds(1)};
+    });
+    ASSERT_EQ(closing.open(link), QString());
+    const Client client(link);
+    client.write(":010310000001EB\r\n");
+    ASSERT_TRUE(waitUntil([&] { return squatter.isOpen(); }));
+    QTimer::singleShot(350, &squatter, [&] { squatter.remove(); }); // after several attempts
+    EXPECT_TRUE(waitUntil([&] { return QFileInfo(link).isSymLink(); }));
+    EXPECT_FALSE(squatter.isOpen());
+}
+
+TEST_F(SerialLink, IsLinkedToItsDeviceUntilTheEnd)
 {
     EXPECT_EQ(terminal->devicePath(), QString());
     ASSERT_EQ(terminal->open(link), QString());
     EXPECT_TRUE(terminal->devicePath().startsWith("/dev/pts/"));
     EXPECT_EQ(QFileInfo(link).symLinkTarget(), terminal->devicePath());
-}
-
-TEST_F(SerialLink, RemovesItsLinkAtTheEnd)
-{
-    ASSERT_EQ(terminal->open(link), QString());
     terminal.reset();
     EXPECT_FALSE(QFileInfo(link).isSymLink());
 }
@@ -231,12 +212,12 @@ bool reopenAtOldNumber(simulator::Controller &controller, const QString &link)
 {
     QString oldDevice;
     {
-        PseudoTerminal old(controller);
+        PseudoTerminal old(simulator::respondAs(controller));
         EXPECT_EQ(old.open(link), QString());
         oldDevice = old.devicePath();
     }
     QFile::link(oldDevice, link);
-    PseudoTerminal terminal(controller);
+    PseudoTerminal terminal(simulator::respondAs(controller));
     const QString error = terminal.open(link);
     QFile::remove(link);
     if (terminal.devicePath() != oldDevice)
@@ -270,7 +251,7 @@ TEST_F(SerialLink, RefusesThePathOfAFile)
 TEST_F(SerialLink, RefusesThePathOfARunningTerminal)
 {
     ASSERT_EQ(terminal->open(link), QString());
-    PseudoTerminal second(controller);
+    PseudoTerminal second(simulator::respondAs(controller));
     EXPECT_TRUE(second.open(link).contains("it exists already"));
     EXPECT_EQ(QFileInfo(link).symLinkTarget(), terminal->devicePath());
 }

@@ -26,7 +26,8 @@ bool isWrite(std::uint8_t function)
 } // namespace
 
 Plant::Server::Server(simulator::Controller &controller, simulator::Faults *faults)
-    : tcp(controller, faults), terminal(controller, faults)
+    : tcp(simulator::respondAs(controller, faults)),
+      terminal(simulator::respondAs(controller, faults))
 {
 }
 

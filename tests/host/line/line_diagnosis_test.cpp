@@ -34,27 +34,18 @@ TEST(LineDiagnosis, AnswersAreAGoodLine)
     EXPECT_EQ(diagnosis.advice, "");
 }
 
-TEST(LineDiagnosis, EchoInFrontOfAnswersIsNamed)
+TEST(LineDiagnosis, EchoIsNamedAndWrongIfTheSettingContradictsIt)
 {
-    const QByteArray received = QByteArray(REQUEST) + ANSWER;
-    const Diagnosis diagnosis = diagnose({answered(received)}, EchoMode::Auto);
-    EXPECT_EQ(diagnosis.finding, Finding::Good);
-    EXPECT_TRUE(diagnosis.text.endsWith("It hands back what is sent (echo), which is left out."));
-}
-
-TEST(LineDiagnosis, EchoThatTheSettingDeniesIsWrong)
-{
-    const QByteArray received = QByteArray(REQUEST) + ANSWER;
-    const Diagnosis diagnosis = diagnose({answered(received)}, EchoMode::Off);
-    EXPECT_EQ(diagnosis.finding, Finding::WrongEcho);
-    EXPECT_EQ(diagnosis.advice, "Set the echo to auto or on.");
-}
-
-TEST(LineDiagnosis, MissingEchoThatTheSettingDemandsIsWrong)
-{
-    const Diagnosis diagnosis = diagnose({answered(ANSWER)}, EchoMode::On);
-    EXPECT_EQ(diagnosis.finding, Finding::WrongEcho);
-    EXPECT_EQ(diagnosis.advice, "Set the echo to auto or off.");
+    const QByteArray echoed = QByteArray(REQUEST) + ANSWER;
+    const Diagnosis fits = diagnose({answered(echoed)}, EchoMode::Auto);
+    EXPECT_EQ(fits.finding, Finding::Good);
+    EXPECT_TRUE(fits.text.endsWith("It hands back what is sent (echo), which is left out."));
+    const Diagnosis denied = diagnose({answered(echoed)}, EchoMode::Off);
+    EXPECT_EQ(denied.finding, Finding::WrongEcho);
+    EXPECT_EQ(denied.advice, "Set the echo to auto or on.");
+    const Diagnosis missing = diagnose({answered(ANSWER)}, EchoMode::On);
+    EXPECT_EQ(missing.finding, Finding::WrongEcho);
+    EXPECT_EQ(missing.advice, "Set the echo to auto or off.");
 }
 
 TEST(LineDiagnosis, OneUnansweredRequestMakesTheLineUnsteady)
@@ -66,147 +57,80 @@ TEST(LineDiagnosis, OneUnansweredRequestMakesTheLineUnsteady)
               "The station answers only 2 of 3 requests; the first failure: no answer.");
 }
 
-TEST(LineDiagnosis, RefusalIsToldWithItsReason)
+TEST(LineDiagnosis, AdviceForARefusalFollowsItsReason)
 {
-    const Diagnosis diagnosis =
-        diagnose({probe(":0183027A\r\n", ReplyFault::None, 2)}, EchoMode::Auto);
-    EXPECT_EQ(diagnosis.finding, Finding::Refused);
-    EXPECT_EQ(diagnosis.text, "The line is good, but what was asked is refused: illegal data "
-                              "address (exception 02).");
-    EXPECT_EQ(diagnosis.advice, "Name an element that this controller has.");
-}
-
-TEST(LineDiagnosis, RefusalOfAGatewayPointsBehindIt)
-{
-    const Diagnosis diagnosis =
-        diagnose({probe(":01830B71\r\n", ReplyFault::None, 11)}, EchoMode::Auto);
-    EXPECT_EQ(diagnosis.finding, Finding::Refused);
-    EXPECT_TRUE(diagnosis.advice.startsWith("This is the gateway's answer"));
-}
-
-TEST(LineDiagnosis, AdviceForOtherRefusalsFollowsTheirReason)
-{
-    const auto advice = [](int code) {
-        return diagnose({probe({}, ReplyFault::None, code)}, EchoMode::Auto).advice;
+    const auto refused = [](int code) {
+        return diagnose({probe({}, ReplyFault::None, code)}, EchoMode::Auto);
     };
-    EXPECT_EQ(advice(6), "Ask again later.");
-    EXPECT_TRUE(advice(10).startsWith("This is the gateway's answer"));
-    EXPECT_EQ(advice(4), "Look at the controller's own diagnosis for the cause.");
+    EXPECT_EQ(refused(2).finding, Finding::Refused);
+    EXPECT_EQ(refused(2).text, "The line is good, but what was asked is refused: illegal data "
+                               "address (exception 02).");
+    EXPECT_EQ(refused(2).advice, "Name an element that this controller has with --tag.");
+    EXPECT_EQ(refused(6).advice, "Ask again later.");
+    EXPECT_TRUE(refused(10).advice.startsWith("This is the gateway's answer"));
+    EXPECT_TRUE(refused(11).advice.startsWith("This is the gateway's answer"));
+    EXPECT_EQ(refused(4).advice, "Look at the controller's own diagnosis for the cause.");
 }
 
-TEST(LineDiagnosis, NoCharacterIsSilence)
+TEST(LineDiagnosis, WhatComesInPlaceOfAnAnswerPointsToTheCause)
 {
-    EXPECT_EQ(diagnoseOne({}, ReplyFault::Silence).finding, Finding::Silent);
-}
-
-TEST(LineDiagnosis, RequestAloneIsAnEchoWithoutAnswer)
-{
-    EXPECT_EQ(diagnoseOne(REQUEST, ReplyFault::Silence).finding, Finding::EchoOnly);
-}
-
-TEST(LineDiagnosis, EchoInFrontOfAnotherStationsAnswerIsNoOtherHost)
-{
-    const QByteArray received = QByteArray(REQUEST) + ":0203020007F2\r\n";
-    const Diagnosis diagnosis = diagnoseOne(received, ReplyFault::WrongStation);
-    EXPECT_EQ(diagnosis.finding, Finding::OtherStation);
-    EXPECT_EQ(diagnosis.text, "Station 2 answers, though station 1 was asked.");
-}
-
-TEST(LineDiagnosis, LineOfAnotherStationNamesBoth)
-{
-    const Diagnosis diagnosis = diagnoseOne(":0203020007F2\r\n", ReplyFault::WrongStation);
-    EXPECT_EQ(diagnosis.finding, Finding::OtherStation);
-    EXPECT_EQ(diagnosis.text, "Station 2 answers, though station 1 was asked.");
-    EXPECT_EQ(diagnosis.advice, "Ask station 2, or set the controller's station number to 1.");
+    const QByteArray otherStation = ":0203020007F2\r\n";
+    const QByteArray zeros(61, '0');
+    const struct {
+        QByteArray received;
+        ReplyFault fault;
+        Finding finding;
+        QString text; // its end
+    } ROWS[] = {
+        {"", ReplyFault::Silence, Finding::Silent, "no character came back."},
+        {REQUEST, ReplyFault::Silence, Finding::EchoOnly, "but nothing answers."},
+        {REQUEST + otherStation, ReplyFault::WrongStation, Finding::OtherStation,
+         "Station 2 answers, though station 1 was asked."},
+        {otherStation, ReplyFault::WrongStation, Finding::OtherStation,
+         "Station 2 answers, though station 1 was asked."},
+        {":020310000001EA\r\n", ReplyFault::WrongStation, Finding::OtherHost,
+         "Requests of another host come: station 02: read D0."},
+        {":01030400070000F1\r\n", ReplyFault::WrongLength, Finding::NoFit,
+         "station 01 answers 7 0."},
+        {":0103020007F4\r\n", ReplyFault::WrongLrc, Finding::Damaged,
+         "Answers come, but damaged, such as :0103020007F4\\r\\n."},
+        {"0103020007F3\r\n", ReplyFault::Noise, Finding::Damaged, "0103020007F3\\r\\n."},
+        {"01?\n", ReplyFault::Noise, Finding::Damaged, "01?\\n."}, // one in four
+        {"0??\n", ReplyFault::Noise, Finding::Garbled, "Speed or parity is wrong."},
+        {"\xE0\x1C:", ReplyFault::Noise, Finding::Garbled,
+         "Characters come, but no answer: \\xE0\\x1C:. Speed or parity is wrong."},
+        {zeros, ReplyFault::Noise, Finding::Damaged, "such as " + zeros.left(60) + "...."},
+    };
+    for (const auto &row : ROWS) {
+        const Diagnosis diagnosis = diagnoseOne(row.received, row.fault);
+        EXPECT_EQ(diagnosis.finding, row.finding) << diagnosis.text.toStdString();
+        EXPECT_TRUE(diagnosis.text.endsWith(row.text)) << diagnosis.text.toStdString();
+    }
 }
 
 TEST(LineDiagnosis, StationThatNoHostCanAskIsToBeRenumbered)
 {
+    EXPECT_EQ(diagnoseOne(":0203020007F2\r\n", ReplyFault::WrongStation).advice,
+              "Ask with --station 2, or set the controller's station number to 1.");
     const Diagnosis diagnosis = diagnoseOne(":0A03020007EA\r\n", ReplyFault::WrongStation);
     EXPECT_EQ(diagnosis.text, "Station 0A answers, though station 1 was asked.");
     EXPECT_EQ(diagnosis.advice,
               "No host can ask that one: set the controller's station number to 1.");
 }
 
-TEST(LineDiagnosis, RequestThatIsNotOursBetraysAnotherHost)
+// Seven data bits, seen as eight: the eighth is the parity's or the second stop bit.
+TEST(LineDiagnosis, EighthBitNamesTheFrame)
 {
-    const Diagnosis diagnosis = diagnoseOne(":020310000001EA\r\n", ReplyFault::WrongStation);
-    EXPECT_EQ(diagnosis.finding, Finding::OtherHost);
-    EXPECT_EQ(diagnosis.text, "Requests of another host come: station 02: read D0.");
-}
-
-TEST(LineDiagnosis, AnswerOfTheWrongLengthDoesNotFit)
-{
-    const Diagnosis diagnosis = diagnoseOne(":01030400070000F1\r\n", ReplyFault::WrongLength);
-    EXPECT_EQ(diagnosis.finding, Finding::NoFit);
-    EXPECT_TRUE(diagnosis.text.endsWith("station 01 answers 7 0."));
-}
-
-// Seven data bits and even parity, seen as eight data bits.
-TEST(LineDiagnosis, EvenEighthBitAsksFor7E1)
-{
-    const QByteArray received(":0\xB1"
-                              "030\xB2"
-                              "000\xB7\xC6"
-                              "3\x8D\n");
-    const Diagnosis diagnosis = diagnoseOne(received, ReplyFault::Noise);
-    EXPECT_EQ(diagnosis.finding, Finding::WrongParity);
-    EXPECT_EQ(diagnosis.advice,
-              "Set the frame format 7E1 for the link, or in the gateway's settings.");
-}
-
-TEST(LineDiagnosis, OddEighthBitAsksFor7O1)
-{
-    const QByteArray received("\xBA\xB0"
-                              "1\xB0\xB3\xB0"
-                              "2\xB0\xB0\xB0"
-                              "7F\xB3\r\x8A");
-    const Diagnosis diagnosis = diagnoseOne(received, ReplyFault::Noise);
-    EXPECT_EQ(diagnosis.advice,
-              "Set the frame format 7O1 for the link, or in the gateway's settings.");
-}
-
-TEST(LineDiagnosis, EighthBitThatIsAlwaysSetAsksFor7N2)
-{
-    const QByteArray received("\xBA\xB0\xB1\xB0\xB3\xB0\xB2\xB0\xB0\xB0\xB7\xC6\xB3\x8D\x8A");
-    const Diagnosis diagnosis = diagnoseOne(received, ReplyFault::Noise);
-    EXPECT_EQ(diagnosis.advice,
-              "Set the frame format 7N2 for the link, or in the gateway's settings.");
-}
-
-TEST(LineDiagnosis, BadLineIsDamagedAndShown)
-{
-    const Diagnosis diagnosis = diagnoseOne(":0103020007F4\r\n", ReplyFault::WrongLrc);
-    EXPECT_EQ(diagnosis.finding, Finding::Damaged);
-    EXPECT_EQ(diagnosis.text, "Answers come, but damaged, such as :0103020007F4\\r\\n.");
-}
-
-TEST(LineDiagnosis, LostColonIsDamageAndNoWrongSpeed)
-{
-    EXPECT_EQ(diagnoseOne("0103020007F3\r\n", ReplyFault::Noise).finding, Finding::Damaged);
-}
-
-TEST(LineDiagnosis, OneCharacterInFourMayBeNoFramesOwn)
-{
-    EXPECT_EQ(diagnoseOne("01?\n", ReplyFault::Noise).finding, Finding::Damaged);
-    EXPECT_EQ(diagnoseOne("0??\n", ReplyFault::Noise).finding, Finding::Garbled);
-}
-
-TEST(LineDiagnosis, LongGarbageIsCutOff)
-{
-    const Diagnosis diagnosis = diagnoseOne(QByteArray(61, '0'), ReplyFault::Noise);
-    EXPECT_EQ(diagnosis.text, "Answers come, but damaged, such as "
-                              "000000000000000000000000000000000000000000000000000000000000....");
-}
-
-TEST(LineDiagnosis, OtherCharactersPointToSpeedAndParity)
-{
-    const Diagnosis diagnosis = diagnoseOne("\xE0\x1C"
-                                            "0",
-                                            ReplyFault::Noise);
-    EXPECT_EQ(diagnosis.finding, Finding::Garbled);
-    EXPECT_EQ(diagnosis.text,
-              "Characters come, but no answer: \\xE0\\x1C0. Speed or parity is wrong.");
+    const std::pair<QByteArray, QString> ROWS[] = {
+        {":0\xB1\60\63\60\xB2\60\60\60\xB7\xC6\63\x8D\n", "7E1"},
+        {"\xBA\xB0\61\xB0\xB3\xB0\62\xB0\xB0\xB0\67F\xB3\r\x8A", "7O1"},
+        {"\xBA\xB0\xB1\xB0\xB3\xB0\xB2\xB0\xB0\xB0\xB7\xC6\xB3\x8D\x8A", "7N2"}};
+    for (const auto &[received, frame] : ROWS) {
+        const Diagnosis diagnosis = diagnoseOne(received, ReplyFault::Noise);
+        EXPECT_EQ(diagnosis.finding, Finding::WrongParity);
+        EXPECT_EQ(diagnosis.advice,
+                  "Set the frame format " + frame + " for the link, or in the gateway's settings.");
+    }
 }
 
 TEST(LineDiagnosis, FindingsHaveNames)

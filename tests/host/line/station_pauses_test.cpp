@@ -120,6 +120,29 @@ TEST_F(StationPausesTest, StationIsSilentWhenTwoRequestsInARowWereGivenUp)
     EXPECT_FALSE(m_pauses.isSilent(2));
 }
 
+TEST_F(StationPausesTest, PauseAfterAnAnswerIsAShortOneAgain)
+{
+    m_pauses.noteGiveUp(2, at(0));
+    m_pauses.noteGiveUp(2, at(300));
+    m_pauses.noteAnswer(2);
+    m_pauses.noteGiveUp(2, at(2000));
+    EXPECT_FALSE(m_pauses.isSilent(2));
+    EXPECT_EQ(m_pauses.turnOf(2, at(2299)), Turn::PassOver);
+    EXPECT_EQ(m_pauses.turnOf(2, at(2300)), Turn::AskOnce);
+}
+
+TEST_F(StationPausesTest, ChangeOfThePlanKeepsWhoIsSilentAndARestartForgetsIt)
+{
+    m_pauses.noteGiveUp(2, at(0));
+    m_pauses.noteGiveUp(2, at(0));
+    m_pauses.setStations({1, 2, 3});
+    EXPECT_TRUE(m_pauses.isSilent(2));
+    EXPECT_EQ(m_pauses.turnOf(2, at(599)), Turn::PassOver);
+    m_pauses.forgetAll();
+    EXPECT_FALSE(m_pauses.isSilent(2));
+    EXPECT_EQ(m_pauses.turnOf(2, at(599)), Turn::Ask);
+}
+
 TEST_F(TwoStations, SilentOneDoesNotStarveTheOther)
 {
     poll({"D0", "2#D0x16"});
@@ -211,9 +234,9 @@ TEST_F(TwoStations, RecipeToASilentStationIsSentWithItsRetries)
     entry.station = 2;
     entry.area = "D";
     entry.count = 1;
-    int finished = 0;
+    RecipeProgress progress;
     const std::size_t before = m_device.sent().size();
-    EXPECT_EQ(m_session->transferRecipe({entry}, Session::Transfer::Upload, finished).outcome,
+    EXPECT_EQ(m_session->transferRecipe({entry}, Session::Transfer::Upload, progress).outcome,
               RequestResult::Outcome::NoAnswer);
     EXPECT_EQ(m_device.sent().size() - before, 3U);
 }

@@ -2,6 +2,7 @@
 
 #include "host/error.h"
 #include "host/tags/values.h"
+#include "tests/host/library.h"
 
 #include <gtest/gtest.h>
 
@@ -9,18 +10,17 @@ using namespace kmr;
 
 namespace {
 
-const DriverFunctions &library()
-{
-    static const DriverLibrary LOADED(DRIVER_LIBRARY);
-    return LOADED.functions();
-}
-
 NameTable goodNames(const QString &text)
 {
     QStringList faults;
     NameTable names = NameTable::parse(text, "names.csv", faults);
     EXPECT_EQ(faults.join('\n').toStdString(), "");
     return names;
+}
+
+NamedTagReader readerOf(const QString &text)
+{
+    return {TagReader(library(), 1), goodNames(text)};
 }
 
 QStringList faultsOf(const QString &text)
@@ -34,8 +34,8 @@ QStringList faultsOf(const QString &text)
 
 TEST(Names, StandForTheirTag)
 {
-    const NameTable names = goodNames("name,tag,unit,scale,comment\nboiler.temp,2#D100/int16,C\n");
-    const NamedTagReader reader(TagReader(library(), 1), names);
+    const NamedTagReader reader =
+        readerOf("name,tag,unit,scale,comment\nboiler.temp,2#D100/int16,C\n");
     const Tag tag = reader.read("boiler.temp");
     EXPECT_EQ(tag.elements, (ElementRange{2, "D", 100, 1}));
     EXPECT_EQ(tag.text, "boiler.temp");
@@ -45,19 +45,38 @@ TEST(Names, StandForTheirTag)
 
 TEST(Names, ScaleMultipliesWhatIsShownAndDividesWhatIsWritten)
 {
-    const NameTable names = goodNames("t,D100/int16,C,0.1\nf,D0/float32,,10\n");
-    const NamedTagReader reader(TagReader(library(), 1), names);
+    const NamedTagReader reader = readerOf("t,D100/int16,C,0.1\nf,D0/float32,,10\nc,CV2200,,0.1\n");
     EXPECT_EQ(formatValues(reader.read("t"), {235}), "23.5");
     EXPECT_EQ(parseValues(reader.read("t"), "-0.1"), (Values{0xFFFF}));
     EXPECT_THROW(parseValues(reader.read("t"), "3276.8"), Error);
-    EXPECT_EQ(parseValues(reader.read("f"), "215"), (Values{0, 0x41AC}));
     EXPECT_EQ(formatValues(reader.read("f"), {0, 0x41AC}), "215");
+    EXPECT_EQ(parseValues(reader.read("c"), "7.5"), (Values{75}));
+    EXPECT_EQ(formatValues(reader.read("c"), {75}), "7.5");
+}
+
+TEST(Names, SecondLineOfANameIsRefusedAlsoWithTheSameTag)
+{
+    EXPECT_EQ(faultsOf("a,D1\na,D2\nb,D3\nb,D3\n"),
+              (QStringList{"names.csv:2: a is already named in line 1",
+                           "names.csv:4: b is already named in line 3"}));
+}
+
+TEST(Names, CheckAsksForTheTagOfAName)
+{
+    const NamedTagReader reader = readerOf("a,D12000\n");
+    EXPECT_EQ(reader.check("a").address, "12000");
+    EXPECT_EQ(reader.check("D7").address, "7");
+    try {
+        reader.read("Q1");
+        FAIL() << "it was accepted";
+    } catch (const Error &error) {
+        EXPECT_TRUE(error.text().endsWith(" (and names.csv has no such name)")) << error.what();
+    }
 }
 
 TEST(Names, ScaledNumberThatIsNoneIsRefused)
 {
-    const NameTable names = goodNames("t,D100/int16,C,0.1\n");
-    const NamedTagReader reader(TagReader(library(), 1), names);
+    const NamedTagReader reader = readerOf("t,D100/int16,C,0.1\n");
     try {
         parseValues(reader.read("t"), "warm");
         FAIL() << "it was accepted";
@@ -68,8 +87,7 @@ TEST(Names, ScaledNumberThatIsNoneIsRefused)
 
 TEST(Names, ScaleLeavesABcdNumberWithoutDecimalDigitsAsItIs)
 {
-    const NameTable names = goodNames("b,D0/bcd,,0.1\n");
-    const NamedTagReader reader(TagReader(library(), 1), names);
+    const NamedTagReader reader = readerOf("b,D0/bcd,,0.1\n");
     EXPECT_EQ(formatValues(reader.read("b"), {0x1234}), "123.4");
     EXPECT_EQ(formatValues(reader.read("b"), {0x12A4}), "0x12A4");
 }
@@ -95,20 +113,16 @@ TEST(Names, ScaleIsAFiniteNumberOtherThanZero)
     }
 }
 
-TEST(Names, BlanksAroundQuotesDoNotCountAndQuotesInsideAFieldDo)
-{
-    const NameTable names = goodNames("a , \"D1\" ,,,5\" pipe\n");
-    EXPECT_EQ(names.find("a")->tag, "D1");
-    EXPECT_EQ(names.find("a")->comment, "5\" pipe");
-}
-
 TEST(Names, QuotesHoldCommasAndQuotes)
 {
-    const NameTable names = goodNames("a,D1,,,\"flow, \"\"hot\"\"\"\r\n# a comment\n\nb, D2 ,C\n");
+    const NameTable names = goodNames("a,D1,,,\"flow, \"\"hot\"\"\"\r\n# a comment\n\nb, D2 ,C\n"
+                                      "c , \"D3\" ,,,5\" pipe\n");
     EXPECT_EQ(names.find("a")->comment, "flow, \"hot\"");
     EXPECT_EQ(names.find("b")->tag, "D2");
     EXPECT_EQ(names.find("b")->line, 4);
-    EXPECT_EQ(names.find("c"), nullptr);
+    EXPECT_EQ(names.find("c")->tag, "D3"); // blanks around quotes do not count
+    EXPECT_EQ(names.find("c")->comment, "5\" pipe");
+    EXPECT_EQ(names.find("d"), nullptr);
 }
 
 TEST(Names, TextBehindAClosingQuoteAndAMissingOneAreNamed)

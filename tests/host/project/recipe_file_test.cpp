@@ -1,16 +1,23 @@
 #include "host/project/recipe_file.h"
 
 #include "host/error.h"
-#include "tests/host/session_fixture.h"
+#include "tests/host/library.h"
+
+#include <gtest/gtest.h>
 
 using namespace kmr;
 
 namespace {
 
+std::vector<RecipeItem> parse(const QString &text, RecipeValues values = RecipeValues::Needed)
+{
+    return parseRecipe(text, "f", TagReader(library(), 1), values);
+}
+
 std::string faultOf(const QString &file)
 {
     try {
-        parseRecipe(file, "f", TagReader(library(), 1), RecipeValues::Needed);
+        parse(file);
     } catch (const Error &error) {
         return error.what();
     }
@@ -21,10 +28,7 @@ std::string faultOf(const QString &file)
 
 TEST(RecipeFile, IsReadWithHeadingCommentsAndQuotes)
 {
-    const TagReader reader(library(), 1);
-    const auto items =
-        parseRecipe("# mixer\ntag,value\r\nD100,250\n\nD110x3,\"1,2,3\"\nCV2200, 7\n", "mixer.csv",
-                    reader, RecipeValues::Needed);
+    const auto items = parse("# mixer\ntag,value\r\nD100,250\n\nD110x3,\"1,2,3\"\nCV2200, 7\n");
     ASSERT_EQ(items.size(), 3U);
     EXPECT_EQ(items[1].values, (Values{1, 2, 3}));
     EXPECT_EQ(formatRecipe(items), "tag,value\nD100,250\nD110x3,1 2 3\nCV2200,7\n");
@@ -32,8 +36,7 @@ TEST(RecipeFile, IsReadWithHeadingCommentsAndQuotes)
 
 TEST(RecipeFile, TextKeepsItsCommasAndBlanks)
 {
-    const TagReader reader(library(), 1);
-    const auto items = parseRecipe("D100x4/text,\"a, b \"\n", "f", reader, RecipeValues::Needed);
+    const auto items = parse("D100x4/text,\"a, b \"\n");
     EXPECT_EQ(items[0].values, (Values{0x2C61, 0x6220, 0x0020, 0}));
     EXPECT_EQ(formatRecipe(items), "tag,value\nD100x4/text,\"a, b \"\n");
 }
@@ -42,7 +45,7 @@ TEST(RecipeFile, NewValuesLeaveAllElseAsItIs)
 {
     const QString text = "# flour, for the night\r\n\r\n tag,value,\r\n\t# salt\r\n D100 , 250\r\n"
                          "D110x3,1,2,3\r\n\"D120x2/text\",\"a, b\"\r\nCV2200\r\nD130";
-    auto items = parseRecipe(text, "f", TagReader(library(), 1), RecipeValues::Ignored);
+    auto items = parse(text, RecipeValues::Ignored);
     ASSERT_EQ(items.size(), 5U);
     items[0].values = {7};
     items[1].values = {4, 5, 6};
@@ -56,28 +59,26 @@ TEST(RecipeFile, NewValuesLeaveAllElseAsItIs)
 
 TEST(RecipeFile, ColumnBehindTheValuesIsRefusedForAnUploadAsForADownload)
 {
-    const TagReader reader(library(), 1);
     for (const char *line : {"D100,250,flour", "D100,,flour", "D100/float32,21,5",
                              "D110x3,1 2 3,flour", "D110x5,1 2 3,flour", "D120x2/text,ab,flour"}) {
-        EXPECT_THROW(parseRecipe(line, "f", reader, RecipeValues::Needed), Error) << line;
-        EXPECT_THROW(parseRecipe(line, "f", reader, RecipeValues::Ignored), Error) << line;
+        EXPECT_THROW(parse(line), Error) << line;
+        EXPECT_THROW(parse(line, RecipeValues::Ignored), Error) << line;
     }
-    EXPECT_EQ(parseRecipe("D100,250,", "f", reader, RecipeValues::Ignored).size(), 1U);
+    EXPECT_EQ(parse("D100,250,", RecipeValues::Ignored).size(), 1U);
 }
 
 TEST(RecipeFile, EveryBadLineIsNamedWithItsNumber)
 {
-    const TagReader reader(library(), 1);
     try {
-        parseRecipe("D100,1\nQ1,2\nD101\nM0,1\n", "mixer.csv", reader, RecipeValues::Needed);
+        parse("D100,1\nQ1,2\nD101\nM0,1\n");
         FAIL() << "it was accepted";
     } catch (const Error &error) {
         EXPECT_EQ(error.kind(), ErrorKind::Usage);
         const std::string text = error.what();
-        EXPECT_EQ(text.find("mixer.csv:1:"), std::string::npos) << text;
-        EXPECT_NE(text.find("mixer.csv:2: bad tag \"Q1\""), std::string::npos) << text;
-        EXPECT_NE(text.find("mixer.csv:3: D101 has no value"), std::string::npos) << text;
-        EXPECT_NE(text.find("mixer.csv:4: M0 can't be part"), std::string::npos) << text;
+        EXPECT_EQ(text.find("f:1:"), std::string::npos) << text;
+        EXPECT_NE(text.find("f:2: bad tag \"Q1\""), std::string::npos) << text;
+        EXPECT_NE(text.find("f:3: D101 has no value"), std::string::npos) << text;
+        EXPECT_NE(text.find("f:4: M0 can't be part"), std::string::npos) << text;
     }
 }
 
@@ -89,29 +90,26 @@ TEST(RecipeFile, ElementThatStandsTwiceIsNamedWithBothLines)
     EXPECT_NE(both.find("f:1: bad value"), std::string::npos) << both;
     EXPECT_NE(both.find("f:2: D100 stands twice, first in line 1"), std::string::npos) << both;
     EXPECT_EQ(faultOf("D100x2,1 2\nD102,3\n2#D100,4\nTV100,5\nCV2201,6\nCV101,7\n"), "none");
-    EXPECT_THROW(parseRecipe("D100\n1#D100\n", "f", TagReader(library(), 1), RecipeValues::Ignored),
-                 Error);
+    EXPECT_THROW(parse("D100\n1#D100\n", RecipeValues::Ignored), Error);
 }
 
 TEST(RecipeFile, TagsOfANewRecipeNameEachElementOnce)
 {
-    const TagReader reader(library(), 1);
-    EXPECT_EQ(recipeOf({reader.read("D100x3"), reader.read("D103")}).size(), 2U);
+    EXPECT_EQ(recipeOf({tagOf("D100x3"), tagOf("D103")}).size(), 2U);
     try {
-        recipeOf({reader.read("D100x3"), reader.read("D102")});
+        recipeOf({tagOf("D100x3"), tagOf("D102")});
         FAIL() << "it was accepted";
     } catch (const Error &error) {
         EXPECT_EQ(error.kind(), ErrorKind::Usage);
         EXPECT_STREQ(error.what(), "D102 stands twice, first in D100x3");
     }
-    EXPECT_THROW(recipeOf({reader.read("M0")}), Error);
+    EXPECT_THROW(recipeOf({tagOf("M0")}), Error);
 }
 
 TEST(RecipeFile, TextWithoutItsFieldHasNoValueAndAnEmptyOneIsEmpty)
 {
     EXPECT_EQ(faultOf("D300x4/text\n"), "f:1: D300x4/text has no value");
-    const auto items =
-        parseRecipe("D300x2/text,\n", "f", TagReader(library(), 1), RecipeValues::Needed);
+    const auto items = parse("D300x2/text,\n");
     EXPECT_EQ(items[0].values, (Values{0, 0}));
     EXPECT_EQ(formatRecipe(items), "tag,value\nD300x2/text,\n");
 }
@@ -127,27 +125,25 @@ TEST(RecipeFile, TextWithCommasNeedsQuotes)
 
 TEST(RecipeFile, FloatThatIsNoNumberComesBackAsItWas)
 {
-    const TagReader reader(library(), 1);
-    const std::vector<RecipeItem> items = {{reader.read("D100/float32"), {0xFFFF, 0xFFFF}},
-                                           {reader.read("D102/bcd"), {0x000A}}};
+    const std::vector<RecipeItem> items = {{tagOf("D100/float32"), {0xFFFF, 0xFFFF}},
+                                           {tagOf("D102/bcd"), {0x000A}}};
     const QString file = formatRecipe(items);
     EXPECT_EQ(file, "tag,value\nD100/float32,0xFFFFFFFF\nD102/bcd,0x000A\n");
-    const auto read = parseRecipe(file, "f", reader, RecipeValues::Needed);
+    const auto read = parse(file);
     EXPECT_EQ(read[0].values, items[0].values);
     EXPECT_EQ(read[1].values, items[1].values);
 }
 
 TEST(RecipeFile, ValuesMayBeMissingForAnUpload)
 {
-    const TagReader reader(library(), 1);
-    EXPECT_EQ(parseRecipe("D100\nD101,\n", "f", reader, RecipeValues::Ignored).size(), 2U);
-    EXPECT_THROW(parseRecipe("# nothing\n", "f", reader, RecipeValues::Ignored), Error);
+    EXPECT_EQ(parse("D100\nD101,\n", RecipeValues::Ignored).size(), 2U);
+    EXPECT_THROW(parse("# nothing\n", RecipeValues::Ignored), Error);
 }
 
 TEST(RecipeFile, WithOnlyBadLinesIsNotCalledEmptyAsWell)
 {
     try {
-        parseRecipe("M0,1\n", "f", TagReader(library(), 1), RecipeValues::Needed);
+        parse("M0,1\n");
         FAIL() << "it was accepted";
     } catch (const Error &error) {
         EXPECT_STREQ(error.what(), "f:1: M0 can't be part of a recipe: recipes hold words and "

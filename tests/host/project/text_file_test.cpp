@@ -10,6 +10,8 @@
 #include <gtest/gtest.h>
 
 #include <optional>
+#include <sys/stat.h>
+#include <unistd.h>
 
 namespace kmr {
 namespace {
@@ -76,6 +78,24 @@ TEST(TextFile, PlaceThatCannotBeWrittenIsKnownBefore)
     EXPECT_EQ(kindOf([&path] { requireWritable(path); }), std::nullopt);
     EXPECT_FALSE(QFileInfo::exists(path));
     EXPECT_EQ(kindOf([] { requireWritable("/dev/full"); }), std::nullopt);
+}
+
+TEST(TextFile, ReadOnlyFolderIsKnownBeforeAndLeavesTheOldFile)
+{
+    QTemporaryDir directory;
+    const QString path = directory.filePath("recipe.csv");
+    writeTextFile(path, "D100,250\n");
+    const QByteArray file = path.toLocal8Bit();
+    const QByteArray folder = directory.path().toLocal8Bit();
+    chmod(file.constData(), 0666);
+    chmod(folder.constData(), 0555);
+    const uid_t user = geteuid();
+    const bool isOther = user != 0 || seteuid(65534) == 0; // root may write everywhere
+    EXPECT_EQ(kindOf([&path] { requireWritable(path); }), ErrorKind::Usage);
+    EXPECT_EQ(kindOf([&path] { writeTextFile(path, "D100,7\n"); }), ErrorKind::Output);
+    EXPECT_TRUE(isOther && seteuid(user) == 0);
+    chmod(folder.constData(), 0700);
+    EXPECT_EQ(readTextFile(path), "D100,250\n");
 }
 
 } // namespace kmr

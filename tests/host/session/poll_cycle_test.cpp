@@ -1,23 +1,18 @@
 #include "host/session/poll_cycle.h"
 
 #include "host/session/request_ranges.h"
+#include "tests/host/library.h"
 
 #include <gtest/gtest.h>
 
 namespace kmr {
 namespace {
 
-const DriverFunctions &library()
-{
-    static const DriverLibrary LOADED(DRIVER_LIBRARY);
-    return LOADED.functions();
-}
-
 std::vector<Tag> tags(const QStringList &texts)
 {
     std::vector<Tag> list;
     for (const QString &text : texts)
-        list.push_back(TagReader(library(), 1).read(text));
+        list.push_back(tagOf(text));
     return list;
 }
 

@@ -4,31 +4,6 @@
 
 using namespace kmr;
 
-TEST(QualityMap, ElementsAreUnreadAtFirst)
-{
-    EXPECT_EQ(QualityMap().worst({1, "D", 0, 1}).quality, Quality::Unread);
-}
-
-TEST(QualityMap, OneElementThatIsNotGoodSpoilsARun)
-{
-    QualityMap map;
-    map.set({1, "D", 0, 8}, {Quality::Good, {}});
-    EXPECT_EQ(map.worst({1, "D", 0, 8}).quality, Quality::Good);
-    EXPECT_EQ(map.worst({1, "D", 0, 9}).quality, Quality::Unread);
-    map.set({1, "D", 5, 1}, {Quality::Stale, {ReplyFault::Silence, 0}});
-    EXPECT_EQ(map.worst({1, "D", 0, 8}).quality, Quality::Stale);
-    EXPECT_EQ(map.worst({1, "D", 0, 8}).failure.fault, ReplyFault::Silence);
-    EXPECT_EQ(map.worst({1, "D", 0, 5}).quality, Quality::Good);
-}
-
-TEST(QualityMap, StationsAndAreasStayApart)
-{
-    QualityMap map;
-    map.set({1, "D", 0, 1}, {Quality::Good, {}});
-    EXPECT_EQ(map.worst({2, "D", 0, 1}).quality, Quality::Unread);
-    EXPECT_EQ(map.worst({1, "TV", 0, 1}).quality, Quality::Unread);
-}
-
 TEST(DisturbedBy, WriteReachesItsBlockOfBitsAndTheNextCounter)
 {
     EXPECT_EQ(disturbedBy({1, "M", 17, 1}), (ElementRange{1, "M", 16, 16}));

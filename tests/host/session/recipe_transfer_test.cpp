@@ -87,7 +87,7 @@ TEST_F(RecipeTest, LineLostInARecipeIsUnknown)
 TEST_F(RecipeTest, RecipeEntriesThatFitNoBufferOrFrameAreRefused)
 {
     session();
-    int finished = 0;
+    RecipeProgress progress;
     const auto transfer = [&](const QString &area, int count, int bufWord) {
         QVector<_RCP_VAR_PRO> entries(1);
         entries[0].devId = Session::DEVICE;
@@ -95,7 +95,7 @@ TEST_F(RecipeTest, RecipeEntriesThatFitNoBufferOrFrameAreRefused)
         entries[0].area = area;
         entries[0].count = count;
         entries[0].bufWord = bufWord;
-        m_session->transferRecipe(entries, Session::Transfer::Download, finished);
+        m_session->transferRecipe(entries, Session::Transfer::Download, progress);
     };
     EXPECT_THROW(transfer("D", 10, 0), Error);
     EXPECT_THROW(transfer("D", 0, 0), Error);

@@ -218,7 +218,7 @@ TEST_F(SessionTest, ReadBehindARequestThatIsBeingGivenUpIsAnswered)
     EXPECT_TRUE(m_session->readOnce({1, "D", 0, 1}).isDone());
 }
 
-TEST_F(SessionTest, ReportsOfTheDriverReachTheObserver)
+TEST_F(SessionTest, ChangesReachTheObserver)
 {
     session();
     poll({"D0", "X17"});

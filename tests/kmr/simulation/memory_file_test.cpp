@@ -76,9 +76,9 @@ TEST(MemoryFile, EveryPlaceReadsBack)
 TEST(MemoryFile, EveryBadLineIsNamedWithItsNumber)
 {
     EXPECT_EQ(faultOf("D100,1\nQ1,1\nX8,1\nM1,2\nD1,65536\nD2\n"),
-              "plant.csv:2: \"Q1\" is no element of the controller: expected one, for example "
+              "plant.csv:2: \"Q1\" is not an element of the controller: expected one, for example "
               "D100, X17 (octal) or CV2200\n"
-              "plant.csv:3: \"X8\" is no element of the controller: expected one, for example "
+              "plant.csv:3: \"X8\" is not an element of the controller: expected one, for example "
               "D100, X17 (octal) or CV2200\n"
               "plant.csv:4: bad value \"2\" for M1: expected 0 to 1\n"
               "plant.csv:5: bad value \"65536\" for D1: expected 0 to 65535\n"
@@ -91,9 +91,9 @@ TEST(MemoryFile, ValuesAreWholeNumbersOfTheElementsSize)
     EXPECT_TRUE(faultOf("D1,-1").contains("bad value \"-1\""));
     EXPECT_TRUE(faultOf("D1,1.5").contains("bad value \"1.5\""));
     EXPECT_TRUE(faultOf("D1,1,2").contains("bad value \"1,2\""));
-    EXPECT_TRUE(faultOf("register65536,1").contains("is no element"));
+    EXPECT_TRUE(faultOf("register65536,1").contains("is not an element"));
     for (const char *name : {"CV2256", "CV1200", "D", "5", "D-1"})
-        EXPECT_TRUE(faultOf(QString("%1,1").arg(name)).contains("is no element")) << name;
+        EXPECT_TRUE(faultOf(QString("%1,1").arg(name)).contains("is not an element")) << name;
 }
 
 } // namespace kmr

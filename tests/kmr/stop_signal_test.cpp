@@ -1,0 +1,32 @@
+#include "kmr/stop_signal.h"
+
+#include <gtest/gtest.h>
+
+#include <csignal>
+#include <cstdlib>
+
+using namespace kmr;
+
+TEST(StopSignal, FirstOneIsOnlyNoted)
+{
+    for (const int signal : {SIGINT, SIGTERM}) {
+        const auto stop = [signal] {
+            catchStopSignals();
+            std::raise(signal);
+            std::exit(stopFlag() ? 0 : 1);
+        };
+        EXPECT_EXIT(stop(), testing::ExitedWithCode(0), "");
+    }
+}
+
+TEST(StopSignal, SecondOneEndsAProgramThatHangs)
+{
+    for (const int signal : {SIGINT, SIGTERM}) {
+        const auto stopTwice = [signal] {
+            catchStopSignals();
+            std::raise(signal);
+            std::raise(signal);
+        };
+        EXPECT_EXIT(stopTwice(), testing::KilledBySignal(signal), "");
+    }
+}

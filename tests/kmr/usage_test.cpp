@@ -1,0 +1,128 @@
+// What can't be begun: it says why on stderr, each line behind the program's name, prints nothing
+// else and ends with the exit code for its kind.
+#include "tests/kmr/help_pages.h"
+#include "tests/kmr/kmr_process.h"
+
+#include <QFileInfo>
+#include <gtest/gtest.h>
+
+namespace {
+
+struct Row {
+    const char *typed; // after "kmr", in words
+    int exitCode;
+    const char *error; // a pattern: what stderr begins with, after "kmr: "
+};
+
+const Row ROWS[] = {
+    {"", 2, "A subcommand is required\nkmr: see 'kmr --help'\n$"},
+    {"dance", 2, "unknown command \"dance\"\nkmr: see 'kmr --help'\n$"},
+    {"recipe foo", 2, "unknown command \"foo\"\nkmr: see 'kmr recipe --help'\n$"},
+    {"write --foo", 2, "unknown option --foo\nkmr: see 'kmr write --help'\n$"},
+    {"read D1 --station 100", 2, "--station: [^\n]*\nkmr: see 'kmr read --help'\n$"},
+    {"read D1 --echo maybe", 2, "--echo: maybe not in {on,off,auto}\n"},
+    {"areas --group-limit 9", 2, "--group-limit: "},
+    {"watch D1 --count 0", 2,
+     "--count: expected a number above 0, at most 1000000000, not \"0\"\n"},
+    {"watch D1 --for -1", 2, "--for: expected a number above 0, at most 1000000000, "},
+    {"ping 0", 2, "COUNT: expected a number above 0"},
+    {"plan D1 --baud 0", 2, "--baud: expected a number above 0, at most 4000000, not"},
+    {"scan --stations 3..1", 2, "--stations: expected stations from 1 to 99"},
+    {"series D 0 65538 1", 2, "COUNT: Value 65538 not in range 1 to 65537"},
+    {"series D 0 1", 2, "STEP is required"},
+    {"series", 2, "AREA is required"},
+    {"write", 2, "TAG=VALUE is required"},
+    {"check", 2, "TAG is required"},
+    {"decode", 2, "FRAME is required"},
+    {"trace", 2, "FILE is required"},
+    {"replay", 2, "FILE is required"},
+    {"tags check", 2, "FILE is required"},
+    {"recipe download", 2, "FILE is required"},
+    {"recipe compare", 2, "FILE is required"},
+    {"recipe upload", 2, "FILE is required"},
+    {"series Q 1 1 1", 2, "Q is not an area \\(result 0\\): 'kmr areas' lists them\n"},
+    // The link and the tags, all bad ones at once.
+    {"read", 2, "no tags: name some, for example D100, or list them in the project's kmr.toml"},
+    {"read D1", 2, "no link: name it with --link or the environment variable KMR_LINK"},
+    {"doctor", 2, "no link: "},
+    {"read D99999 D1 Q7 --link tcp://127.0.0.1:1", 2,
+     "bad tag \"D99999\": [^\n]*\nkmr: bad tag \"Q7\": [^\n]*\n$"},
+    {"plan Q1", 2, "bad tag \"Q1\""},
+    {"ping --tag Q1 --link tcp://127.0.0.1:1", 2, "bad tag \"Q1\""},
+    {"doctor --tag Q1 --link tcp://127.0.0.1:1", 2, "bad tag \"Q1\""},
+    {"write TV5.3=1 X0=1 D0 D1=x --link tcp://127.0.0.1:1", 2,
+     "TV5.3 can't be written: the controller offers no write[^\n]*\n"
+     "kmr: X0 can't be written: X are inputs\n"
+     "kmr: \"D0\" assigns nothing[^\n]*\n"
+     "kmr: bad value \"x\" for D1"},
+    {"doctor --try --link tcp://127.0.0.1:1", 2, "--try needs a serial link"},
+    {"doctor --try --capture /dev/null --link serial:///dev/ttyS0", 2, "--capture "},
+    // Files.
+    {"trace /no/such/file", 2, "cannot read the capture /no/such/file: "},
+    {"trace /dev/null", 2, "/dev/null:1: no capture of kmr"},
+    {"replay /no/such/file", 2, "cannot read the capture /no/such/file: "},
+    {"recipe upload /no/such/directory/mixer.csv D0 --link tcp://127.0.0.1:1", 2,
+     "cannot write /no/such/directory/mixer.csv: "},
+    {"sim --load /no/such/file", 2, "cannot read /no/such/file: "},
+    {"sim --save /no/such/directory/plant.csv", 2, "cannot write /no/such/directory/plant.csv: "},
+    {"sim --fault late=soon", 2,
+     "bad fault \"late=soon\": late=soon: expected a time(.|\n)*kinds: deaf, close, silence"},
+    // Links.
+    {"sim --listen udp://x", 2, "bad address to listen at \"udp://x\": expected tcp://HOST:PORT"},
+    {"sim --listen tcp://[2001:db8::1]:8888", 3, "cannot listen on tcp://[^\n]*:8888: "},
+    {"read D1 --link tcp://127.0.0.1:1", 3, "cannot connect to tcp://127.0.0.1:1: "},
+    {"read D1 --link serial:///dev/no-such-port", 3, "cannot open /dev/no-such-port: "},
+    {"ping 1 --link serial:///dev/no-such-port", 3, "cannot open /dev/no-such-port: "},
+    {"scan --link serial:///dev/no-such-port", 3, "cannot open /dev/no-such-port: "},
+    // The driver library.
+    {"areas --driver /no/such/driver.so", 7,
+     "cannot load the driver /no/such/driver.so: [^\n]*\nkmr: Build it, or name another one with "
+     "--driver PATH or the environment variable KMR_DRIVER.\n$"},
+    {"areas --driver " STUB_LIBRARY, 7, "[^\n]* it lacks intf_getDriverParameter"},
+    {"check D100 --driver /no/such/driver.so", 7, "cannot load the driver"},
+    {"series D 0 1 1 --driver /no/such/driver.so", 7, "cannot load the driver"},
+    {"plan D100 --driver /no/such/driver.so", 7, "cannot load the driver"},
+    {"ping 1 --driver /no/such/driver.so", 7, "cannot load the driver"},
+    {"doctor --driver /no/such/driver.so", 7, "cannot load the driver"},
+};
+
+} // namespace
+
+TEST(Usage, WhatCannotBeBegunSaysWhyAndEndsWithItsExitCode)
+{
+    for (const Row &row : ROWS) {
+        SCOPED_TRACE(row.typed);
+        QStringList arguments = QString(row.typed).split(' ');
+        arguments.removeAll("");
+        const Finished ended = run(arguments + QStringList{"--format", "json"});
+        EXPECT_EQ(ended.exitCode, row.exitCode);
+        EXPECT_EQ(ended.out, "");
+        EXPECT_TRUE(matches(ended.err, "^(kmr: .*\n)+$")) << ended.err.toStdString();
+        EXPECT_TRUE(matches(ended.err, (std::string("^kmr: ") + row.error).c_str()))
+            << ended.err.toStdString();
+    }
+}
+
+TEST(Usage, LibraryForAnotherQtThatTheSystemsLoaderFindsEndsWithSeven)
+{
+    const QFileInfo library(OTHER_QT_LIBRARY);
+    qputenv("LD_LIBRARY_PATH", library.path().toLocal8Bit());
+    const Finished areas = run({"areas", "--driver", library.fileName()});
+    qunsetenv("LD_LIBRARY_PATH");
+    EXPECT_EQ(areas.exitCode, 7);
+    EXPECT_TRUE(areas.err.contains(library.filePath() + " is built for Qt 4, this program for Qt "))
+        << areas.err.toStdString();
+}
+
+TEST(Usage, EachHelpTeachesWithTwoExamplesAndSaysWhereTheOptionsOfAllCommandsAre)
+{
+    ASSERT_GT(helpPages().size(), 18U);
+    for (const HelpPage &page : helpPages()) {
+        const bool isOfACommand = !page.command.isEmpty();
+        EXPECT_TRUE(matches(page.text, "\nExamples:\n  kmr .*\n  kmr ")) << qPrintable(page.text);
+        EXPECT_EQ(page.text.contains("\n'kmr --help' lists the options"), isOfACommand);
+        EXPECT_EQ(page.text.contains("\nExit codes: 0 ok, "), !isOfACommand);
+        const bool takesTags = matches(page.command.join(' '), "^(watch|read|write|plan)$");
+        EXPECT_EQ(page.text.contains("\nA TAG is [STATION#]AREA ADDRESS"), takesTags);
+    }
+}
