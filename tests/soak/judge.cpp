@@ -9,7 +9,7 @@ namespace {
 
 constexpr int MAX_FAULTS = 5; // reported; the first is what matters
 constexpr std::size_t RECENT_EXCHANGES = 12;
-constexpr std::size_t READS_KEPT = 16; // more are never unconfirmed
+constexpr std::size_t READS_KEPT = 4; // more are never unconfirmed
 constexpr qint32 FIRST_USER_TAG = 1001; // lower request tags are of polling and recipes
 
 QString toText(const kmr::Exchange &exchange)
