@@ -198,7 +198,7 @@ ExitCode runPlan(const Options &options, const PlanOptions &request)
                          {"kind", "station", "elements", "frame", "sent", "received", "wire_ms",
                           "silence_ms", "not_asked", "error"},
                          false, print);
-    for (const PollBlock &block : cycle.blocks)
+    for (const PollBlock &block : plan.blocks)
         tellRequest(records, block,
                     character * (static_cast<int>(block.frame.size()) + block.replyChars),
                     options.gap);
@@ -208,7 +208,7 @@ ExitCode runPlan(const Options &options, const PlanOptions &request)
     for (const PollGap &gap : plan.gaps)
         tellGap(records, gap);
     records.end();
-    return cycle.gaps.empty() ? ExitCode::Ok : ExitCode::ItemFailed;
+    return plan.gaps.empty() ? ExitCode::Ok : ExitCode::ItemFailed;
 }
 
 } // namespace

@@ -5,6 +5,7 @@
 #include "host/line/answer_form.h"
 #include "host/line/poll_loop.h"
 #include "modbus/ascii.h"
+#include "modbus/protocol.h"
 
 #include <QIODevice>
 
@@ -103,7 +104,7 @@ private:
     static QByteArray answerTo(const QByteArray &line, int number)
     {
         const QByteArray request = modbus::decodeLine(line).message;
-        if (!isReadRequest(request))
+        if (!modbus::isRead(modbus::byteAt(request, 1)))
             return modbus::encodeLine(request.left(6));
         const int bytes = answerBytes(request);
         QByteArray message = request.left(2) + static_cast<char>(bytes);

@@ -235,8 +235,7 @@ TEST_F(ConfirmationTest, ValuesAreTrueWhateverIsLostAndRepeated)
             ++good;
             EXPECT_EQ(m_session->values(tag(text)).back(),
                       element(tag(text).elements.area,
-                              toDriverAddress(tag(text).elements.area,
-                                              tag(text).elements.end() - 1)));
+                              shownNumber(tag(text).elements.area, tag(text).elements.end() - 1)));
         }
     }
     EXPECT_GT(good, 2000);
