@@ -1,7 +1,8 @@
 // The shortest honest host: loads the driver, polls one controller over TCP, writes one word, and
 // prints every change.   minimal_host LIBRARY ADDRESS PORT
-// A real host also checks LRC and station of each reply before it hands it on, and waits for the
-// line to be quiet after a timeout: the driver matches replies by order alone.
+// The driver matches replies by order alone, so the host keeps in step: neighbouring requests differ
+// in the length of their replies, a reply must have that length, and what it brought is shown when
+// the next one has its own. A real host also checks the LRC.
 #include "ostrel_kmr.h"
 
 #include <QCoreApplication>
@@ -9,6 +10,7 @@
 #include <QLibrary>
 #include <QTcpSocket>
 
+#include <algorithm>
 #include <cstdio>
 
 namespace {
@@ -35,6 +37,13 @@ template <typename Function> Function *resolve(QLibrary &library, const char *na
 }
 #define RESOLVE(library, name) resolve<decltype(name)>(library, #name)
 
+// Whether a reply has the request's station and function, and of a read its length.
+bool fits(const QByteArray &reply, const FRAME_PRO &frame)
+{
+    const QByteArray head(frame.frame, 5);
+    return reply.startsWith(head) && (!head.endsWith("03") || reply.size() == frame.replyLen);
+}
+
 // Sends a frame and collects the answer up to its line end, or nothing within one second.
 QByteArray exchange(QTcpSocket &line, const FRAME_PRO &frame)
 {
@@ -49,7 +58,11 @@ QByteArray exchange(QTcpSocket &line, const FRAME_PRO &frame)
             break;
         reply += line.readAll();
     }
-    return reply.endsWith("\r\n") ? reply : QByteArray();
+    if (reply.endsWith("\r\n") && fits(reply, frame))
+        return reply;
+    while (line.waitForReadyRead(1000)) // out of step: what still comes is dropped
+        line.readAll();
+    return QByteArray();
 }
 
 } // namespace
@@ -86,25 +99,35 @@ int main(int argc, char **argv)
     words.area = QLatin1String("D");
     words.address = 100;
     words.count = 4;
-    addrMerge({words});
+    KEY_ADDRESS others = words; // a second question, whose reply is shorter
+    others.address = 110;
+    others.count = 3;
+    addrMerge({words, others});
 
     quint8 value[2] = {0x34, 0x12}; // low-order byte first
     setData(1, QLatin1String("D"), 100, 1, value, 0);
 
+    quint8 read[8] = {}; // D100 to D103, not confirmed yet
+    quint8 good[8] = {}; // confirmed by the exchange after it
     for (int exchanges = 0; exchanges < 10; ++exchanges) {
         FRAME_PRO frame;
         if (getSendFrame(&frame) == 0)
             break; // nothing to send
         QByteArray reply = exchange(line, frame);
         QString request;
-        if (dealRcvFrame(reply, request) == 2)
+        const int outcome = dealRcvFrame(reply, request);
+        if (outcome == 2)
             std::printf("given up: %s\n", qPrintable(request));
+        if (outcome != 1) {
+            std::copy(good, good + 8, read);
+            continue;
+        }
+        std::copy(read, read + 8, good);
+        getData(1, QLatin1String("D"), 100, 4, read);
     }
 
-    quint8 words4[8] = {};
-    getData(1, QLatin1String("D"), 100, 4, words4);
     for (int word = 0; word < 4; ++word)
-        std::printf("D%d = %d\n", 100 + word, words4[2 * word] + 256 * words4[2 * word + 1]);
+        std::printf("D%d = %d\n", 100 + word, good[2 * word] + 256 * good[2 * word + 1]);
     setCallback(nullptr);
     return 0;
 }

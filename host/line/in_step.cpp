@@ -246,6 +246,26 @@ InStep::TimePoint InStep::heldUntil() const
     return until;
 }
 
+std::vector<QByteArray> checksOfRound(const std::vector<QByteArray> &requests)
+{
+    InStep inStep(std::chrono::milliseconds(1));
+    std::vector<QByteArray> checks;
+    InStep::Number number = 0;
+    for (int round = 0; round < 2; ++round) {
+        checks.clear(); // those of the second round are those of all that follow
+        for (const QByteArray &request : requests) {
+            if (inStep.needsCheck(request)) {
+                checks.push_back(inStep.checkQuestion(stationOf(request), request));
+                inStep.noteSent(checks.back(), {});
+                inStep.noteCheckAnswer(checks.back(), false, {});
+            }
+            inStep.noteSent(request, {});
+            inStep.noteAnswer(request, false, ++number, {});
+        }
+    }
+    return checks;
+}
+
 int stationNumber(const QByteArray &station)
 {
     return station.toHex().toInt();

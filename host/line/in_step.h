@@ -118,6 +118,9 @@ private:
     std::minstd_rand m_random;
 };
 
+// The check questions' messages that go between requests asked in turn, for ever, in one round.
+std::vector<QByteArray> checksOfRound(const std::vector<QByteArray> &requests);
+
 // The number of the station that `station` stands for in messages: the driver writes it in decimal
 // digits, so that 0x12 is 12. 0 for what it can't write.
 int stationNumber(const QByteArray &station);

@@ -33,7 +33,8 @@ enum class Finding {
     Damaged,      // the characters of frames, but no good line
     Garbled,      // other characters
     NotOpened,    // the link could not be opened
-    Lost          // the link broke while the station was asked
+    Lost,         // the link broke while the station was asked
+    OutOfStep     // answered, but answers come that no request waits for
 };
 
 struct Diagnosis {

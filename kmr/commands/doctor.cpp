@@ -38,6 +38,7 @@ ExitCode exitCodeOf(Finding finding)
     case Finding::Refused:
         return ExitCode::Refused;
     case Finding::Unsteady:
+    case Finding::OutOfStep:
         return ExitCode::ItemFailed;
     case Finding::NotOpened:
         return ExitCode::LinkFailed;
@@ -49,6 +50,25 @@ ExitCode exitCodeOf(Finding finding)
 bool isAnswered(Finding finding)
 {
     return finding == Finding::Good || finding == Finding::Refused || finding == Finding::WrongEcho;
+}
+
+// What answers say that no request waited for.
+Diagnosis diagnoseStrays(const Statistics &statistics)
+{
+    if (statistics.late() > 0) {
+        const double seconds = std::chrono::duration<double>(statistics.latest()).count();
+        return {Finding::Late,
+                QString("Answers come late, by up to %1 s: after their request was given up.")
+                    .arg(seconds, 0, 'f', 1),
+                QString("Set --timeout %1, or find what slows down the controller or its gateway.")
+                    .arg(std::chrono::ceil<std::chrono::milliseconds>(statistics.latest()).count() +
+                         100)};
+    }
+    return {Finding::OutOfStep,
+            QString("Answers come twice: %1 that no request waited for.").arg(statistics.strays()),
+            "Look for a repeater, radio, modem or serial server that sends again what it passes on, "
+            "and for a second host. kmr shows no value that such an answer puts in doubt, but asks "
+            "again."};
 }
 
 // Asks `count` times, each once. Nothing when the user stops it.
@@ -74,7 +94,13 @@ std::optional<Diagnosis> ask(Session &session, const ElementRange &element, int 
             break;
         }
     }
-    return diagnose(probes, echo);
+    session.confirm();
+    const Diagnosis diagnosis = diagnose(probes, echo);
+    const bool isAnswering = isAnswered(diagnosis.finding) ||
+                             diagnosis.finding == Finding::Unsteady ||
+                             diagnosis.finding == Finding::NoFit;
+    return isAnswering && session.statistics().strays() > 0 ? diagnoseStrays(session.statistics())
+                                                            : diagnosis;
 }
 
 // Opens the link and asks `count` times. Throws Error for wrong usage and for a driver that does

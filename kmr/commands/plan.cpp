@@ -1,4 +1,6 @@
 // kmr plan: the requests that polling tags takes.
+#include "host/line/answer_form.h"
+#include "host/line/in_step.h"
 #include "host/line/link.h"
 #include "host/session/poll_cycle.h"
 #include "host/session/request_ranges.h"
@@ -9,6 +11,8 @@
 namespace kmr {
 
 namespace {
+
+constexpr int READ_ANSWER_CHARS = 11; // that are not data
 
 const char *const HELP =
     R"(Opens no link. Times are those of the characters, in the link's frame format or 7E1, and of
@@ -77,33 +81,93 @@ void tellRequest(RecordWriter &records, const PollBlock &block, std::chrono::nan
                  {}});
 }
 
-void tellCycle(RecordWriter &records, const PollCycle &cycle,
-               std::chrono::nanoseconds characterTime, std::chrono::milliseconds gap)
-{
-    int sent = 0;
+// What one round takes.
+struct Cost {
+    int requests = 0;
+    int sent = 0; // characters
     int received = 0;
-    for (const PollBlock &block : cycle.blocks) {
-        sent += static_cast<int>(block.frame.size());
-        received += block.replyChars;
+
+    int characters() const
+    {
+        return sent + received;
     }
-    const std::chrono::nanoseconds time = characterTime * (sent + received);
-    const std::chrono::milliseconds silence = gap * static_cast<int>(cycle.blocks.size());
+};
+
+Cost costOf(const PollCycle &plan)
+{
+    Cost cost;
+    for (const PollBlock &block : plan.blocks) {
+        ++cost.requests;
+        cost.sent += static_cast<int>(block.frame.size());
+        cost.received += block.replyChars;
+    }
+    return cost;
+}
+
+// With the check questions of --in-step on.
+Cost costInStep(const PollCycle &plan)
+{
+    std::vector<QByteArray> requests;
+    for (const PollBlock &block : plan.blocks)
+        requests.push_back(modbus::decodeLine(block.frame).message);
+    Cost cost = costOf(plan);
+    for (const QByteArray &check : checksOfRound(requests)) {
+        ++cost.requests;
+        cost.sent += static_cast<int>(modbus::encodeLine(check).size());
+        cost.received += READ_ANSWER_CHARS + 2 * answerBytes(check);
+    }
+    return cost;
+}
+
+void tellCost(RecordWriter &records, const char *kind, const QString &text, const Cost &cost,
+              std::chrono::nanoseconds characterTime, std::chrono::milliseconds gap)
+{
+    records.add(text, {kind,
+                       {},
+                       {},
+                       {},
+                       cost.sent,
+                       cost.received,
+                       millisecondsField(characterTime * cost.characters()),
+                       millisecondsField(gap * cost.requests),
+                       {},
+                       {}});
+}
+
+void tellCycle(RecordWriter &records, const PollCycle &plan, std::chrono::nanoseconds characterTime,
+               std::chrono::milliseconds gap)
+{
+    const Cost cost = costOf(plan);
+    const std::chrono::nanoseconds time = characterTime * cost.characters();
+    const std::chrono::milliseconds silence = gap * cost.requests;
     QString text = QString("cycle: %1 requests, %2 characters, %3 ms on the wire")
-                       .arg(cycle.blocks.size())
-                       .arg(sent + received)
+                       .arg(cost.requests)
+                       .arg(cost.characters())
                        .arg(milliseconds(time));
     if (silence.count() > 0)
         text += QString(", %1 ms with the silence of --gap").arg(milliseconds(time + silence));
-    records.add(text, {"cycle",
-                       {},
-                       {},
-                       {},
-                       sent,
-                       received,
-                       millisecondsField(time),
-                       millisecondsField(silence),
-                       {},
-                       {}});
+    tellCost(records, "cycle", text, cost, characterTime, gap);
+}
+
+// What keeping in step costs: check questions, and requests that are cut so that they differ.
+void tellInStep(RecordWriter &records, const PollCycle &plan, const PollCycle &old,
+                std::chrono::nanoseconds characterTime, std::chrono::milliseconds gap)
+{
+    const Cost with = costInStep(plan);
+    const Cost without = costOf(old);
+    const double more =
+        100.0 * (with.characters() - without.characters()) / std::max(1, without.characters());
+    const QString text =
+        QString("in step: %1 of them and %2 check questions, %3 ms; with --in-step "
+                "off %4 requests, %5 ms, so that it takes %6 % more")
+            .arg(plan.blocks.size())
+            .arg(with.requests - static_cast<int>(plan.blocks.size()))
+            .arg(milliseconds(characterTime * with.characters()))
+            .arg(without.requests)
+            .arg(milliseconds(characterTime * without.characters()))
+            .arg(more, 0, 'f', 1);
+    tellCost(records, "in step", text, with, characterTime, gap);
+    tellCost(records, "not in step", {}, without, characterTime, gap);
 }
 
 void tellGap(RecordWriter &records, const PollGap &gap)
@@ -120,11 +184,15 @@ ExitCode runPlan(const Options &options, const PlanOptions &request)
     const Connection connection(options);
     const std::vector<Tag> tags = connection.readTags(toQStrings(request.tags));
     const std::chrono::nanoseconds character = characterTimeOf(options, request.baud);
-    const QList<KEY_ADDRESS> keys =
-        request.isRaw ? toRawKeys(tags)
-                      : toKeys(readRanges(tags, options.groupLimit,
-                                          options.inStep ? Neighbours::Unlike : Neighbours::Any));
-    const PollCycle cycle = pollCycleOf(connection.driver(), keys, tags, options.groupLimit);
+    const bool isInStep = options.inStep && !request.isRaw;
+    const auto planOf = [&](const QList<KEY_ADDRESS> &keys) {
+        return pollCycleOf(connection.driver(), keys, tags, options.groupLimit);
+    };
+    const auto rangesOf = [&](Neighbours neighbours) {
+        return toKeys(readRanges(tags, options.groupLimit, neighbours));
+    };
+    const PollCycle old = planOf(request.isRaw ? toRawKeys(tags) : rangesOf(Neighbours::Any));
+    const PollCycle plan = isInStep ? planOf(rangesOf(Neighbours::Unlike)) : old;
 
     RecordWriter records(options.format, "plan",
                          {"kind", "station", "elements", "frame", "sent", "received", "wire_ms",
@@ -134,8 +202,10 @@ ExitCode runPlan(const Options &options, const PlanOptions &request)
         tellRequest(records, block,
                     character * (static_cast<int>(block.frame.size()) + block.replyChars),
                     options.gap);
-    tellCycle(records, cycle, character, options.gap);
-    for (const PollGap &gap : cycle.gaps)
+    tellCycle(records, plan, character, options.gap);
+    if (isInStep)
+        tellInStep(records, plan, old, character, options.gap);
+    for (const PollGap &gap : plan.gaps)
         tellGap(records, gap);
     records.end();
     return cycle.gaps.empty() ? ExitCode::Ok : ExitCode::ItemFailed;

@@ -1,5 +1,5 @@
 // The editor's services: addresses as a user may type them, the catalogue and series of addresses.
-#include "tests/session/byte_source.h"
+#include "tests/fuzz/byte_source.h"
 
 #include "driver/address.h"
 

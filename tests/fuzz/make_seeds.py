@@ -1,8 +1,8 @@
 #!/usr/bin/env python3
 """Writes the fuzzers' seeds in tests/fuzz/corpus: `script/fuzz --seeds`.
 
-A seed is a plain case that a fuzzer starts from. Texts are themselves; for the session, a reply and
-the editor the numbers below choose as tests/session/byte_source.h and the fuzzers say.
+A seed is a plain case that a fuzzer starts from. Texts are themselves; for a reply and the editor
+the numbers below choose as tests/fuzz/byte_source.h and the fuzzers say.
 """
 
 import pathlib
@@ -12,47 +12,17 @@ CORPUS = pathlib.Path(__file__).parent / "corpus"
 # Choices of ByteSource::area().
 X, M, TV, D, CV2, TV_BIT = 0, 2, 6, 8, 9, 11
 
-# Choices of Session's host; the first of each range.
-SEND, REPLY, SET, GET, MERGE, READ_ONCE, REQUEST_RECIPE, SET_RECIPES = 0, 8, 16, 19, 22, 24, 26, 27
-CHECK_ADDRESS, SERIES, CATALOGUE, IDENTITY = 28, 29, 30, 31
-
 # A number below 64, and station 1.
 def number(value):
     return [0, value]
 
 
-def elements(count):
-    return [1] + number(count)
-
-
-ONE = [1]
-CONFIGURED = [0, 1, 0, 1, 0, 0, 1, 1]  # device 0, writes queued, retry limit 2, group limit 8
-DATA_REPLY = [REPLY, 9, 3, 1, 2, 3, 4]
-ACKNOWLEDGED = [REPLY, 4, 0]
-SILENCE = [REPLY, 0]
-
-
-def key(area, address, count):
-    return ONE + [area] + number(address) + [1] + elements(count)
-
-
 def session():
-    poll = [MERGE, 2] + key(D, 0, 4) + key(M, 16, 20)
-    recipe = [0, 1, D] + number(10) + elements(3) + number(5)
-    write = [SET] + ONE + [D] + number(0) + elements(2) + [7, 1, 1]
-    return {
-        "poll": CONFIGURED + poll + [SEND, 1] + DATA_REPLY + [SEND, 1] + DATA_REPLY,
-        "write": CONFIGURED + poll + write + [SEND, 1] + ACKNOWLEDGED,
-        "give_up": CONFIGURED + poll + [SEND, 1] + 3 * SILENCE,
-        "one_shot": CONFIGURED + poll + [READ_ONCE] + key(TV, 3, 9) + [1, SEND, 1] + DATA_REPLY,
-        "upload": CONFIGURED + [SET_RECIPES, 1, 2] + recipe + recipe
-        + [REQUEST_RECIPE, 0, 1, 0, 0, SEND, 1] + DATA_REPLY,
-        "download": CONFIGURED + [SET_RECIPES, 1, 1] + recipe
-        + [REQUEST_RECIPE, 1, 0, 0, 0, SEND, 1] + ACKNOWLEDGED,
-        "read": CONFIGURED + [GET] + ONE + [TV_BIT] + number(40) + elements(16) + [1],
-        "editor": CONFIGURED + [CHECK_ADDRESS, X, 2, 1, 1, 7] + number(1) + [1, 1]
-        + [SERIES, X] + number(5) + number(9) + [0, 3, CATALOGUE, D] + number(1) + [IDENTITY, 2],
-    }
+    """The first byte asks for a session that the model knows (0) or for anything (1), the others
+    choose calls and arguments, whichever they are."""
+    ascending = [(7 * i) % 256 for i in range(600)]
+    return {"defined": [0] + ascending, "anything": [1] + ascending,
+            "backwards": [0] + ascending[::-1], "plain": [0] + [1] * 200}
 
 
 def reply():

@@ -1,6 +1,6 @@
 // Replies of any characters to every kind of request. The first five bytes choose the request, the
 // rest is what the line brings; a reply ends where a line feed stands.
-#include "tests/session/byte_source.h"
+#include "tests/fuzz/byte_source.h"
 
 #include <numeric>
 

@@ -17,7 +17,6 @@
 //  - null pointers for values to write, and for a status block that is too short;
 //  - calls that the header forbids in a callback, and overlapping calls;
 //  - texts beyond ASCII where numbers are expected: which blanks count is Qt's affair.
-// Not compared: characters of FRAME_PRO::frame behind frameLen.
 #include "tests/properties/generator.h"
 #include "tests/properties/session.h"
 
@@ -111,7 +110,7 @@ int main(int argc, char **argv)
     for (; made < wanted; ++sessions) {
         crashNote =
             "\nCrashed; repeat with --seed " + std::to_string(seed + sessions) + " --calls 1\n";
-        const std::vector<Call> calls = Generator(seed + sessions).session();
+        const std::vector<Call> calls = Generator(chosenBySeed(seed + sessions)).session();
         made += static_cast<std::uint64_t>(exportedCalls(calls));
         if (!firstDifference(calls).empty())
             return report(seed + sessions, calls);

@@ -2,6 +2,9 @@
 
 #include <algorithm>
 #include <climits>
+#include <memory>
+#include <random>
+#include <utility>
 
 namespace {
 
@@ -18,10 +21,9 @@ const std::vector<int> boundaries = {
 const std::vector<int> commonCounts = {1, 1, 1, 1, 2, 2, 3, 4, 5, 7, 8, 9, 12, 15, 16, 17, 20};
 const std::vector<int> oddCounts = {-1, 0, 0, 24, 31, 32, 33, 48, 63, 64, 65, 70};
 
-void endInside32Bits(Call &run)
+bool endsInside32Bits(const Call &run)
 {
-    if (run.address + (run.count - 1LL) > INT_MAX)
-        run.count = 1;
+    return run.address + (run.count - 1LL) <= INT_MAX;
 }
 
 // Areas that are numbered bit by bit from zero on: a bit before zero has no place.
@@ -32,7 +34,26 @@ bool isLinearBitArea(int area)
 
 } // namespace
 
-Generator::Generator(std::uint64_t seed) : random(seed)
+Choice chosenBySeed(std::uint64_t seed)
+{
+    const auto random = std::make_shared<std::mt19937_64>(seed);
+    return [random](int limit) {
+        return static_cast<int>((*random)() % static_cast<std::uint64_t>(limit));
+    };
+}
+
+Choice chosenByBytes(const std::uint8_t *bytes, std::size_t size)
+{
+    const std::uint8_t *const end = bytes + size;
+    return [bytes, end](int limit) mutable {
+        unsigned number = 0;
+        for (int covered = 1; covered < limit && bytes != end; covered *= 256)
+            number = number * 256 + *bytes++;
+        return static_cast<int>(number % static_cast<unsigned>(limit));
+    };
+}
+
+Generator::Generator(Choice choice, Scope given) : choose(std::move(choice)), scope(given)
 {
     for (int i = 0; i < 2; ++i)
         stations.push_back(pick(allStations));
@@ -43,9 +64,16 @@ Generator::Generator(std::uint64_t seed) : random(seed)
         addresses.push_back(pick(boundaries));
 }
 
-int Generator::below(int limit)
+// Chooses nothing where only what is defined is asked for.
+bool Generator::anything(int percent)
 {
-    return static_cast<int>(random() % static_cast<std::uint64_t>(limit));
+    return scope == Scope::Anything && chance(percent);
+}
+
+int Generator::anyNumber()
+{
+    const unsigned high = static_cast<unsigned>(below(1 << 16));
+    return static_cast<int>(high << 16 | static_cast<unsigned>(below(1 << 16)));
 }
 
 bool Generator::chance(int percent)
@@ -55,11 +83,13 @@ bool Generator::chance(int percent)
 
 template <typename T> T Generator::pick(const std::vector<T> &values)
 {
-    return values[static_cast<std::size_t>(random() % values.size())];
+    return values[static_cast<std::size_t>(below(static_cast<int>(values.size())))];
 }
 
 int Generator::station()
 {
+    if (anything(5))
+        return anyNumber();
     return chance(90) ? pick(stations) : pick(allStations);
 }
 
@@ -70,6 +100,8 @@ int Generator::area()
 
 int Generator::address(int area)
 {
+    if (anything(5))
+        return anyNumber();
     if (area == CV2 && chance(60))
         return 200 + below(12);
     if (chance(15))
@@ -96,7 +128,8 @@ Call Generator::run(Kind kind)
     call.count = count();
     call.option = chance(40) ? -1 : 1;
     call.salt = static_cast<unsigned>(below(1 << 20));
-    endInside32Bits(call);
+    if (scope == Scope::Defined && !endsInside32Bits(call))
+        call.count = 1;
     return call;
 }
 
@@ -136,9 +169,10 @@ Call Generator::merge()
     for (int i = below(chance(20) ? 16 : 5); i > 0; --i) {
         Call entry = dense && chance(90) ? runNear(first) : run(Kind::Merge);
         // How many words less than no bits make is written in two ways that disagree.
-        if (entry.area == TV_BIT && entry.address % 16 + static_cast<long long>(entry.count) < 0)
+        const bool tvBits = scope == Scope::Defined && entry.area == TV_BIT;
+        if (tvBits && entry.address % 16 + static_cast<long long>(entry.count) < 0)
             entry.count = 1;
-        if (entry.area == TV_BIT && entry.address < 0 && entry.address % 16 + entry.count < 0)
+        if (tvBits && entry.address < 0 && entry.address % 16 + entry.count < 0)
             entry.address = 0;
         call.list.push_back(entry);
     }
@@ -154,8 +188,9 @@ Call Generator::recipe()
         Call entry = run(Kind::Recipe);
         if (chance(8)) // near what a frame and a record hold
             entry.count = pick(std::vector<int>{250, 251, 251, 252, 252, 511, 512, 513, 600});
-        endInside32Bits(entry);
-        if (entry.area == CV2) // words behind the 512th don't exist
+        if (scope == Scope::Defined && !endsInside32Bits(entry))
+            entry.count = 1;
+        if (scope == Scope::Defined && entry.area == CV2) // words after the 512th don't exist
             entry.count = std::min(entry.count, 512);
         entry.option = below(40);                               // buffer word
         entry.salt = static_cast<unsigned>(chance(80) ? 1 : 2); // device
@@ -167,7 +202,7 @@ Call Generator::recipe()
 Call Generator::setData()
 {
     Call call = run(Kind::SetData);
-    if (isLinearBitArea(call.area) && call.address < 0) {
+    if (scope == Scope::Defined && isLinearBitArea(call.area) && call.address < 0) {
         call.address = call.address / 16 * 16;
         call.count = std::min(call.count, 1);
     }
@@ -221,8 +256,11 @@ std::string Generator::addressText(int area)
         return std::to_string(std::max(0, pick(boundaries))) +
                (chance(area == TV_BIT ? 90 : 10) ? "." + std::to_string(below(18)) : "");
     std::string text;
-    for (int i = below(8); i > 0; --i)
-        text += characters[static_cast<std::size_t>(random() % characters.size())];
+    for (int i = below(8); i > 0; --i) {
+        const int choice = below(static_cast<int>(characters.size()));
+        text +=
+            anything(20) ? static_cast<char>(below(256)) : characters[static_cast<std::size_t>(choice)];
+    }
     return text;
 }
 
@@ -238,7 +276,8 @@ Call Generator::editor()
     if (call.kind == Kind::Series) {
         call.count = std::min(call.count, 70);
         call.address = address(call.area);
-        if (call.area == X || call.area == Y) // the last digit of a negative number is no digit
+        // The last digit of a negative number is no digit.
+        if (scope == Scope::Defined && (call.area == X || call.area == Y))
             call.address = std::max(call.address, 0);
         call.option = pick(std::vector<int>{1, 1, 1, 2, 3, 5, 16, 0, -1, -2, -3, INT_MAX, 1000});
     } else if (call.kind == Kind::CheckValidity) {

@@ -48,7 +48,7 @@ Call Generator::other()
 
 std::vector<Call> Generator::session()
 {
-    return below(200) == 0 ? queueSession() : mixedSession();
+    return below(200) == 199 ? queueSession() : mixedSession();
 }
 
 // More requests than a queue holds, some of them twice, and all of them sent.

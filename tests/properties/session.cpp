@@ -56,6 +56,24 @@ std::string firstDifference(const std::vector<Call> &calls)
     return real.differenceOfMemory(reference);
 }
 
+std::uint64_t traceOf(const std::vector<Call> &calls)
+{
+    RealSide real;
+    Controller controller;
+    std::uint64_t hash = 0xCBF29CE484222325U; // FNV-1a, 64 bits
+    for (const Call &call : calls) {
+        std::string reply;
+        if (call.kind == Kind::Reply)
+            reply = controller.reply(real.frameOut(), call);
+        else if (call.kind == Kind::ControllerMoves)
+            controller.move(call.salt);
+        real.perform(call, reply);
+        for (const char character : real.seen())
+            hash = (hash ^ static_cast<unsigned char>(character)) * 0x100000001B3U;
+    }
+    return hash;
+}
+
 std::vector<Call> shrunk(std::vector<Call> calls)
 {
     dropNeedless(calls, fails);

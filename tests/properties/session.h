@@ -1,8 +1,9 @@
-// A session: the same calls made to the real library and to the model.
+// A session: calls made to the real library, alone or beside the model.
 #pragma once
 
 #include "tests/properties/call.h"
 
+#include <cstdint>
 #include <string>
 #include <vector>
 
@@ -11,6 +12,9 @@ std::string firstDifference(const std::vector<Call> &calls);
 
 // The session without the calls, and the list entries, that its failing doesn't need.
 std::vector<Call> shrunk(std::vector<Call> calls);
+
+// A hash of all that the library gave back.
+std::uint64_t traceOf(const std::vector<Call> &calls);
 
 // Numbers of exported calls in `calls`.
 long exportedCalls(const std::vector<Call> &calls);

@@ -98,6 +98,13 @@ void Side::report(int devId, int station, const std::string &area, int address)
     notes.push_back({nested.result, 0, "in callback " + printed(call) + " " + nested.text, 0});
 }
 
+std::string Side::seen() const
+{
+    return shown(outcome, notes) + std::string(recipe.begin(), recipe.end()) +
+           std::to_string(status[STATUS_RECIPE_DOWNLOAD]) +
+           std::to_string(status[STATUS_RECIPE_UPLOAD]);
+}
+
 std::string Side::difference(const Side &other) const
 {
     if (outcome == other.outcome && notes == other.notes) {

@@ -46,6 +46,9 @@ public:
     // Performs one call and notes its outcome; a Reply hands in `reply`.
     void perform(const Call &call, const std::string &reply);
 
+    // All that the host saw of the last call: its outcome, reports, and its own memory.
+    std::string seen() const;
+
     // What was different on `other`, in words; empty when nothing was.
     std::string difference(const Side &other) const;
     std::string differenceOfMemory(const Side &other) const;
@@ -84,6 +87,12 @@ public:
     RealSide();
     ~RealSide() override;
 
+    // The frame handed out last, "" before the first.
+    const std::string &frameOut() const
+    {
+        return lastFrame;
+    }
+
 protected:
     Outcome exported(const Call &call, const std::string &reply) override;
 
@@ -96,4 +105,5 @@ private:
 
     RealDriver kmr; // loaded anew: every session begins with the library's loading
     QMutex mutex;
+    std::string lastFrame;
 };

@@ -174,9 +174,13 @@ Outcome RealSide::frameToSend(bool withOutput)
     Outcome outcome;
     outcome.result = kmr.getSendFrame(withOutput ? &frame : nullptr);
     const bool touched = frame.frameLen != -77 || frame.frame[0] != '#' || frame.var.station != -77;
-    if (outcome.result == 1 && withOutput)
+    if (outcome.result == 1 && withOutput) {
         outcome.frame = plain(frame);
-    else if (touched)
+        lastFrame = outcome.frame->text;
+        if (std::any_of(frame.frame + qBound(0, frame.frameLen, +FRAME_CHARS),
+                        frame.frame + FRAME_CHARS, [](char c) { return c != 0; }))
+            outcome.text = "characters stand after the frame";
+    } else if (touched)
         outcome.text = "the output was written";
     return outcome;
 }

@@ -9,6 +9,7 @@ namespace {
 
 constexpr int MAX_FAULTS = 5; // reported; the first is what matters
 constexpr std::size_t RECENT_EXCHANGES = 12;
+constexpr std::size_t READS_KEPT = 4; // more are never unconfirmed
 constexpr qint32 FIRST_USER_TAG = 1001; // lower request tags are of polling and recipes
 
 QString toText(const kmr::Exchange &exchange)
@@ -32,7 +33,7 @@ QString hex(std::uint32_t value)
 
 Judge::Judge(Plant &plant, const std::vector<Cell> &cells, std::vector<kmr::Tag> tags, int retries)
     : m_plant(plant), m_cells(cells), m_tags(std::move(tags)), m_retries(retries),
-      m_verified(cells.size())
+      m_verified(cells.size()), m_heldAtReads(cells.size())
 {
 }
 
@@ -41,7 +42,10 @@ void Judge::watch(kmr::Session &session)
     m_session = &session;
     m_repeated.clear();
     m_plant.forget();
+    for (auto &reads : m_heldAtReads)
+        reads.clear();
     session.setObserver([this](const kmr::Exchange &exchange) { note(exchange); });
+    session.setConfirmObserver([this](const kmr::ElementRange &run) { checkConfirmed(run); });
 }
 
 void Judge::begin(const std::vector<QByteArray> &writes)
@@ -111,6 +115,7 @@ void Judge::note(const kmr::Exchange &exchange)
     if (m_recent.size() > RECENT_EXCHANGES)
         m_recent.pop_front();
     checkRepeats(exchange);
+    keepHeld(exchange);
     checkValues(exchange);
     checkWrites();
     m_plant.forget();
@@ -142,31 +147,58 @@ void Judge::checkRepeats(const kmr::Exchange &exchange)
     m_hasGivenUp = m_hasGivenUp || isUsers;
 }
 
-// A value that counts as good was in the controller's memory during the exchange that brought it,
-// and has not changed since. What a read that was given up covers is not good.
+// What a cell held during the last exchanges that read it: one of these is confirmed later.
+void Judge::keepHeld(const kmr::Exchange &exchange)
+{
+    if (exchange.outcome != kmr::Exchange::Outcome::Good)
+        return;
+    const kmr::ElementRange run = kmr::refreshedBy(exchange.request);
+    for (std::size_t i = 0; i < m_cells.size(); ++i) {
+        if (!m_cells[i].isOf(run.area, run.first, run.end()))
+            continue;
+        m_heldAtReads[i].push_back(m_plant.heldValues(i));
+        if (m_heldAtReads[i].size() > READS_KEPT)
+            m_heldAtReads[i].pop_front();
+    }
+}
+
+void Judge::checkConfirmed(const kmr::ElementRange &run)
+{
+    for (std::size_t i = 0; i < m_cells.size(); ++i) {
+        if (!m_cells[i].isOf(run.area, run.first, run.end()) ||
+            m_session->state(m_tags[i]).quality != kmr::Quality::Good)
+            continue;
+        const std::uint32_t value = shown(i);
+        m_verified[i] = value;
+        ++m_confirmed;
+        const bool wasHeld =
+            std::any_of(m_heldAtReads[i].begin(), m_heldAtReads[i].end(), [value](const auto &held) {
+                return std::find(held.begin(), held.end(), value) != held.end();
+            });
+        if (!wasHeld)
+            blame(QString("%1 is reported as good with %2, which the controller did not hold")
+                      .arg(m_cells[i].tag, hex(value)));
+    }
+}
+
+// What is good does not change but when a read is confirmed, and what a read that got no answer
+// covers is not good.
 void Judge::checkValues(const kmr::Exchange &exchange)
 {
     const QByteArray function(exchange.request.frame + 3, 2);
     const bool isRead = function == "02" || function == "03";
+    const bool isUnanswered = isRead && exchange.exceptionCode == 0 &&
+                              exchange.outcome == kmr::Exchange::Outcome::GivenUp;
     const kmr::ElementRange run = kmr::refreshedBy(exchange.request);
     for (std::size_t i = 0; i < m_cells.size(); ++i) {
         const Cell &cell = m_cells[i];
         if (m_session->state(m_tags[i]).quality != kmr::Quality::Good)
             continue;
-        const bool isCovered = isRead && cell.isOf(run.area, run.first, run.end());
-        if (isCovered && exchange.outcome == kmr::Exchange::Outcome::GivenUp)
+        if (isUnanswered && cell.isOf(run.area, run.first, run.end()))
             blame(cell.tag + " is good although its read was given up");
-        const std::uint32_t value = shown(i);
-        if (!isCovered || exchange.outcome != kmr::Exchange::Outcome::Good) {
-            if (value != m_verified[i])
-                blame(QString("%1 is good and changed from %2 to %3 without a read")
-                          .arg(cell.tag, hex(m_verified[i]), hex(value)));
-            continue;
-        }
-        m_verified[i] = value;
-        if (!m_plant.held(i, value))
-            blame(QString("%1 is reported as good with %2, which the controller did not hold")
-                      .arg(cell.tag, hex(value)));
+        if (shown(i) != m_verified[i])
+            blame(QString("%1 is good and changed from %2 to %3 without a read")
+                      .arg(cell.tag, hex(m_verified[i]), hex(shown(i))));
     }
 }
 

@@ -39,6 +39,10 @@ public:
     {
         return m_faults;
     }
+    std::uint64_t confirmed() const
+    {
+        return m_confirmed;
+    }
     std::uint64_t exchanges() const
     {
         return m_exchanges;
@@ -51,6 +55,8 @@ public:
 private:
     void note(const kmr::Exchange &exchange);
     void checkRepeats(const kmr::Exchange &exchange);
+    void keepHeld(const kmr::Exchange &exchange);
+    void checkConfirmed(const kmr::ElementRange &run);
     void checkValues(const kmr::Exchange &exchange);
     void checkWrites();
 
@@ -59,7 +65,8 @@ private:
     const std::vector<kmr::Tag> m_tags; // one for each cell
     const int m_retries;
     kmr::Session *m_session = nullptr;
-    std::vector<std::uint32_t> m_verified; // what each cell's last good read brought
+    std::vector<std::uint32_t> m_verified; // what each cell's last confirmed read brought
+    std::vector<std::deque<std::vector<std::uint32_t>>> m_heldAtReads; // by cell
     std::vector<QByteArray> m_allowedWrites;
     std::size_t m_writesDone = 0; // of the current request
     bool m_hasGivenUp = false;    // the current request
@@ -67,6 +74,7 @@ private:
     int m_badInARow = 0;          // its bad exchanges
     bool m_isSilent = false;      // a request was given up, and none answered since
     std::uint64_t m_exchanges = 0;
+    std::uint64_t m_confirmed = 0; // values
     std::uint64_t m_givenUp = 0;
     std::deque<QString> m_recent; // the last exchanges, as evidence
     QStringList m_faults;

@@ -25,9 +25,7 @@ bool isWrite(std::uint8_t function)
 
 } // namespace
 
-Plant::Server::Server(simulator::Controller &controller, simulator::Faults *faults)
-    : tcp(simulator::respondAs(controller, faults)),
-      terminal(simulator::respondAs(controller, faults))
+Plant::Server::Server(const simulator::Responder &respond) : tcp(respond), terminal(respond)
 {
 }
 
@@ -59,7 +57,9 @@ void Plant::inThread(const std::function<void()> &task)
 
 void Plant::start(Link link)
 {
-    m_server = std::make_unique<Server>(m_controller, &m_faults);
+    const simulator::Responder respond = simulator::respondAs(m_controller, &m_faults);
+    m_server = std::make_unique<Server>(
+        [this, respond](const QByteArray &line) { return m_strays.stray(respond(line)); });
     QString error;
     if (link == Link::Tcp) {
         error = m_server->tcp.listen("127.0.0.1", 0);
@@ -93,9 +93,11 @@ kmr::Clock Plant::clock()
     };
 }
 
-void Plant::set(std::vector<simulator::Fault> faults, std::uint64_t seed, bool changes)
+void Plant::set(std::vector<simulator::Fault> faults, std::uint64_t seed, bool changes,
+                const StraySettings &strays)
 {
     inThread([&] {
+        m_strays = Strays(strays, seed);
         m_faults = simulator::Faults(std::move(faults), seed);
         m_changes = changes;
     });
@@ -107,11 +109,10 @@ std::uint32_t Plant::value(std::size_t cell) const
     return m_values[cell];
 }
 
-bool Plant::held(std::size_t cell, std::uint32_t value) const
+std::vector<std::uint32_t> Plant::heldValues(std::size_t cell) const
 {
     const QMutexLocker lock(&m_mutex);
-    const std::vector<std::uint32_t> &values = m_held[cell];
-    return std::find(values.begin(), values.end(), value) != values.end();
+    return m_held[cell];
 }
 
 void Plant::forget()

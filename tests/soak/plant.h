@@ -8,6 +8,7 @@
 #include "simulator/pseudo_terminal.h"
 #include "simulator/tcp_server.h"
 #include "tests/soak/cell.h"
+#include "tests/soak/strays.h"
 
 #include <QMutex>
 #include <QObject>
@@ -46,12 +47,13 @@ public:
 
     // Replaces the faults. From then on the controller changes a cell of its own at each request,
     // or none.
-    void set(std::vector<simulator::Fault> faults, std::uint64_t seed, bool changes);
+    void set(std::vector<simulator::Fault> faults, std::uint64_t seed, bool changes,
+             const StraySettings &strays = {});
 
     std::uint32_t value(std::size_t cell) const;
 
-    // True when the cell held the value since the last forget().
-    bool held(std::size_t cell, std::uint32_t value) const;
+    // What the cell held since the last forget().
+    std::vector<std::uint32_t> heldValues(std::size_t cell) const;
 
     // Forgets what cells held before now.
     void forget();
@@ -67,7 +69,7 @@ public:
 
 private:
     struct Server { // lives in the plant's thread
-        Server(simulator::Controller &controller, simulator::Faults *faults);
+        explicit Server(const simulator::Responder &respond);
 
         simulator::TcpServer tcp;
         simulator::PseudoTerminal terminal;
@@ -82,6 +84,7 @@ private:
     const std::vector<Cell> m_cells;
     simulator::Controller m_controller{"01"};
     simulator::Faults m_faults;
+    Strays m_strays;
     bool m_changes = false;
     std::mt19937_64 m_random;
     QString m_link;

@@ -1,5 +1,7 @@
 // Soaks the host's library and the driver in faults of the line, and proves that
 // - no value counts as good that the controller did not hold during the exchange that brought it,
+//   A stray answer may come twice, or late by up to 20 timeouts; several at once may show a false
+//   value until its next read, which --many would find,
 // - a write that was acknowledged is in the controller's memory, and the controller carries out
 //   nothing but the request that the user is waiting for, with its value,
 // - a request is given up after exactly so many bad exchanges, and that is reported,
@@ -129,10 +131,13 @@ QByteArray writeLine(const Cell &cell, std::uint32_t value, int bit = -1)
 // A host and its user, on a line with faults.
 class Soak {
 public:
-    Soak(const kmr::DriverFunctions &driver, Plant::Link link, std::uint64_t seed)
-        : m_driver(driver), m_random(seed), m_plant(link, m_cells, seed),
+    // `strays`: without any, the line has all other faults.
+    Soak(const kmr::DriverFunctions &driver, Plant::Link link, std::uint64_t seed,
+         const StraySettings &strays)
+        : m_driver(driver), m_strays(strays), m_random(seed), m_plant(link, m_cells, seed),
           m_judge(m_plant, m_cells, tags(), RETRIES),
-          m_ranges(kmr::readRanges(tags(), kmr::SessionSettings().groupLimit))
+          m_ranges(kmr::readRanges(tags(), kmr::SessionSettings().groupLimit,
+                                   kmr::Neighbours::Unlike))
     {
     }
 
@@ -153,7 +158,7 @@ public:
     void round(EchoHabit habit)
     {
         m_habit = habit;
-        m_plant.set(faultsOf(habit, true), m_random(), true);
+        m_plant.set(faultsOf(habit, m_strays.probability == 0), m_random(), true, m_strays);
         connect();
         const std::uint64_t end = m_judge.exchanges() + ROUND_EXCHANGES;
         while (m_judge.exchanges() < end && m_judge.faults().isEmpty())
@@ -161,8 +166,11 @@ public:
         m_plant.set(faultsOf(habit, false), 0, false);
         if (kmr::isLost(*m_device))
             connect();
-        for (std::size_t i = 0; i < m_ranges.size(); ++i)
-            m_session->step();
+        for (int pass = 0; pass < 3; ++pass) { // answers may still be out of step
+            for (std::size_t i = 0; i < m_ranges.size(); ++i)
+                m_session->step();
+            m_session->confirm();
+        }
         m_judge.demandAllCurrent();
         disconnect();
         m_plant.finish();
@@ -279,6 +287,7 @@ private:
     }
 
     const kmr::DriverFunctions &m_driver;
+    const StraySettings m_strays;
     const std::vector<Cell> m_cells = makeCells();
     std::mt19937_64 m_random;
     Plant m_plant;
@@ -302,10 +311,10 @@ void checkGrowth(const MemoryUse &early, const MemoryUse &late, Judge &judge)
 }
 
 // Returns the exit code.
-int run(Plant::Link link, std::uint64_t exchanges, std::uint64_t seed)
+int run(Plant::Link link, std::uint64_t exchanges, std::uint64_t seed, const StraySettings &strays)
 {
     const kmr::DriverLibrary library(DRIVER_LIBRARY);
-    Soak soak(library.functions(), link, seed);
+    Soak soak(library.functions(), link, seed, strays);
     Judge &judge = soak.judge();
     std::optional<MemoryUse> early;
     for (int round = 0; judge.exchanges() < exchanges && judge.faults().isEmpty(); ++round) {
@@ -316,6 +325,7 @@ int run(Plant::Link link, std::uint64_t exchanges, std::uint64_t seed)
     }
     if (early)
         checkGrowth(*early, memoryUse(), judge);
+    std::printf("%llu values confirmed\n", static_cast<unsigned long long>(judge.confirmed()));
     std::printf("%llu exchanges, %llu given up, %llu writes acknowledged, %llu new connections\n",
                 static_cast<unsigned long long>(judge.exchanges()),
                 static_cast<unsigned long long>(judge.givenUp()),
@@ -337,19 +347,27 @@ int main(int argc, char *argv[])
     std::uint64_t exchanges = 10000;
     std::uint64_t seed = 1;
     std::string link = "tcp";
+    soak::StraySettings strays;
+    strays.timeout = soak::TIMEOUT;
+    bool areMany = false;
     CLI::App app("Soaks the host and the driver in faults of the line.");
     app.add_option("--exchanges", exchanges, "requests to send, at least")->capture_default_str();
     app.add_option("--seed", seed, "draws faults, reads and writes")->capture_default_str();
     app.add_option("--link", link, "tcp or pty")
         ->check(CLI::IsMember({"tcp", "pty"}))
         ->capture_default_str();
+    app.add_option("--strays", strays.probability,
+                   "instead of other faults: share of the answers that come twice, late or together")
+        ->check(CLI::Range(0.0, 1.0));
+    app.add_flag("--many", areMany, "several strays at once");
     CLI11_PARSE(app, argc, argv);
+    strays.isAlone = !areMany;
     std::printf("soak: --link %s --exchanges %llu --seed %llu\n", link.c_str(),
                 static_cast<unsigned long long>(exchanges), static_cast<unsigned long long>(seed));
     std::fflush(stdout);
     try {
         return soak::run(link == "tcp" ? soak::Plant::Link::Tcp : soak::Plant::Link::Pty, exchanges,
-                         seed);
+                         seed, strays);
     } catch (const kmr::Error &error) {
         std::printf("FAILED: %s\n", qPrintable(error.text()));
         return 1;

@@ -81,5 +81,5 @@ TEST(UnlikeCut, BitsAreReadInOneBlockAndTwoInTurn)
 
 TEST(UnlikeCut, ValuesOf32BitsStayInOneRequest)
 {
-    EXPECT_EQ(cycle({"D100x16/float32"}), (Blocks{{"D100", 16}, {"D108", 12}, {"D114", 4}}));
+    EXPECT_EQ(cycle({"D100x16/float32"}), (Blocks{{"D100", 12}, {"D106", 16}, {"D114", 4}}));
 }
