@@ -10,6 +10,10 @@ namespace kmr {
 
 namespace {
 
+// A limit of its own: how long a controller may take to answer says nothing about the network. One
+// lost packet is sent again after a second.
+constexpr std::chrono::seconds CONNECT_LIMIT(3);
+
 // On a serial line somebody may have asked just before us and gone: his answer is on its way for as
 // long as a long exchange lasts and a controller ponders.
 std::chrono::milliseconds quietBeforeUse(std::chrono::nanoseconds characterTime)
@@ -86,7 +90,7 @@ std::vector<Tag> Connection::readTags(const QStringList &texts) const
 Session &Connection::open()
 {
     m_address = linkOf(m_options);
-    m_device = openLink(m_address, m_options.timeout, stopFlag());
+    m_device = openLink(m_address, CONNECT_LIMIT, stopFlag());
     SessionSettings settings;
     settings.poll.characterTime = characterTime(m_address);
     settings.poll.firstQuiet = quietBeforeUse(settings.poll.characterTime);
@@ -100,7 +104,7 @@ Session &Connection::open()
 
 bool Connection::reconnect()
 {
-    if (!kmr::reconnect(*m_device, m_address, m_options.timeout, stopFlag()))
+    if (!kmr::reconnect(*m_device, m_address, CONNECT_LIMIT, stopFlag()))
         return false;
     m_session->restart();
     return true;

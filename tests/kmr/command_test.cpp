@@ -1,8 +1,10 @@
 // The command kmr as its users have it: a program with arguments, output and an exit code.
+#include "tests/host/line/full_server.h"
 #include "tests/kmr/kmr_process.h"
 
 #include <QFileInfo>
 #include <QTemporaryDir>
+#include <QTimer>
 #include <gtest/gtest.h>
 
 #include <csignal>
@@ -309,11 +311,20 @@ TEST(Command, RefusalEndsWithFiveAndDifferentFailuresEndWithOne)
     FakeController controller([](const QByteArray &line) {
         return line.mid(1, 2) == "02" ? QByteArray("") : QByteArray(":0183027A\r\n");
     });
-    const QStringList how = {"--timeout", "300", "--link", controller.link()};
+    const QStringList how = {"--retries", "0", "--link", controller.link()};
     const Finished read = run(QStringList{"read", "D100"} + how);
     EXPECT_EQ(read.exitCode, 5);
     EXPECT_EQ(read.err, "D100: refused: illegal data address (exception 02)\n");
     EXPECT_EQ(run(QStringList{"read", "D100", "2#D100"} + how).exitCode, 1);
+}
+
+TEST(Command, TimeoutDoesNotLimitConnecting)
+{
+    FullServer server; // the first attempt is lost, and the next one, after a second, is not
+    const Finished read =
+        run({"read", "D100", "--timeout", "1", "--link", server.link()},
+            [&server](QProcess &) { QTimer::singleShot(200, [&server] { server.makeRoom(); }); });
+    EXPECT_EQ(read.exitCode, 4) << read.err.toStdString();
 }
 
 TEST(Command, WatchConnectsAgainAndMarksWhatIsStale)
@@ -323,7 +334,7 @@ TEST(Command, WatchConnectsAgainAndMarksWhatIsStale)
         ++requests; // good, then the connection is closed, then good again
         return requests == 2 ? QByteArray() : QByteArray(":0103020001F9\r\n");
     });
-    const Finished watch = run({"watch", "D100", "--for", "1.5", "--format", "csv", "--gap", "50",
+    const Finished watch = run({"watch", "D100", "--count", "3", "--format", "csv", "--gap", "50",
                                 "--link", controller.link()});
     EXPECT_EQ(watch.exitCode, 0) << watch.err.toStdString();
     EXPECT_EQ(watch.err.count("the line was lost"), 1) << watch.err.toStdString();
@@ -358,7 +369,7 @@ TEST(Command, WatchNamesAnOutageOnceAndItsEnd)
                           : requests < 6 ? ""
                                          : ":0103020002F8\r\n");
     });
-    const Finished watch = run({"watch", "D100", "--count", "2", "--timeout", "20", "--retries",
+    const Finished watch = run({"watch", "D100", "--count", "2", "--timeout", "500", "--retries",
                                 "1", "--link", controller.link()});
     EXPECT_EQ(watch.exitCode, 0);
     EXPECT_EQ(watch.err.count("station 1: no answer"), 1) << watch.err.toStdString();

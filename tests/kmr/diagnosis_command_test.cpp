@@ -100,7 +100,7 @@ TEST_F(DiagnosisCommand, PingOfASilentStationEndsWithFour)
 
 TEST_F(DiagnosisCommand, ScanFindsTheStationThatAnswers)
 {
-    const Finished scan = kmr({"scan", "--stations", "1..3", "--timeout", "20"});
+    const Finished scan = kmr({"scan", "--stations", "1..3", "--timeout", "500"});
     EXPECT_EQ(scan.exitCode, 0);
     EXPECT_TRUE(matches(scan.out, "^station 1: answered in \\d+\\.\\d{3} ms\n$"))
         << scan.out.toStdString();

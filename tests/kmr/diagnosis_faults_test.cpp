@@ -70,7 +70,7 @@ TEST_P(DiagnosisOnBothLinks, PingAndScanTellAnswersFromLosses)
     for (const Row &row : rows) {
         SCOPED_TRACE(std::string(row.typed) + ", " + row.fault);
         const Finished ended =
-            kmr(QString(row.typed).split(' ') + QStringList{"--timeout", "100"}, row.fault);
+            kmr(QString(row.typed).split(' ') + QStringList{"--timeout", "500"}, row.fault);
         EXPECT_EQ(ended.exitCode, row.exitCode);
         EXPECT_TRUE(matches(ended.out, row.out)) << ended.out.toStdString();
         EXPECT_TRUE(matches(ended.err, row.err)) << ended.err.toStdString();

@@ -31,7 +31,7 @@ protected:
 
 Finished examine(const FakeController &controller)
 {
-    return run({"doctor", "--timeout", "50", "--link", controller.link()});
+    return run({"doctor", "--timeout", "400", "--link", controller.link()});
 }
 
 } // namespace
@@ -69,7 +69,7 @@ TEST_P(DoctorOnBothLinks, FindingsHaveAnExitCodeAndAdvice)
         SCOPED_TRACE(row.fault);
         const QStringList fault =
             *row.fault == '\0' ? QStringList() : QStringList{"--fault", row.fault};
-        const Finished doctor = examine(fault, {"--timeout", "100", "--echo", row.echo});
+        const Finished doctor = examine(fault, {"--timeout", "500", "--echo", row.echo});
         EXPECT_EQ(doctor.exitCode, row.exitCode);
         ASSERT_TRUE(doctor.out.startsWith(m_link + ": ")) << doctor.out.toStdString();
         const QString text = doctor.out.mid(m_link.size() + 2);
@@ -97,9 +97,9 @@ TEST(Doctor, AnswerThatTakesMorePatienceIsCalledLate)
     EXPECT_EQ(doctor.exitCode, 4);
     EXPECT_EQ(doctor.out,
               controller.link() +
-                  ": The station answers, but late: not within 50 ms, but within 250 ms.\nSet "
-                  "--timeout 250, or find what slows down the controller or its gateway.\n");
-    EXPECT_EQ(doctor.err, "no answer within 50 ms: waiting 250 ms for one\n");
+                  ": The station answers, but late: not within 400 ms, but within 2000 ms.\nSet "
+                  "--timeout 2000, or find what slows down the controller or its gateway.\n");
+    EXPECT_EQ(doctor.err, "no answer within 400 ms: waiting 2000 ms for one\n");
 }
 
 TEST(Doctor, LostLineEndsWithFour)
@@ -139,7 +139,7 @@ TEST(Doctor, TryNamesTheFramingThatWorks)
     ASSERT_EQ(line.open(path), "");
     terminal = open(path.toLocal8Bit().constData(), O_RDWR | O_NOCTTY);
 
-    const Finished doctor = run({"doctor", "--try", "--timeout", "300", "--link",
+    const Finished doctor = run({"doctor", "--try", "--timeout", "1000", "--link",
                                  "serial://" + path + "?baud=115200&frame=8O1"});
     close(terminal);
     EXPECT_EQ(doctor.exitCode, 0);

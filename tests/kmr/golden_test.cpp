@@ -154,7 +154,7 @@ TEST_F(Golden, Ping)
 
 TEST_F(Golden, Scan)
 {
-    compareFormats({"scan", "--stations", "1..2", "--timeout", "100"});
+    compareFormats({"scan", "--stations", "1..2", "--timeout", "500"});
 }
 
 TEST_F(Golden, Doctor)

@@ -10,7 +10,7 @@
 
 namespace {
 
-constexpr int PATIENCE_MS = 10000;
+constexpr int PATIENCE_MS = 60000;
 
 Finished runProgram(const QString &program, const QStringList &arguments,
                     const std::function<void(QProcess &)> &started)

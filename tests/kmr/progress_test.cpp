@@ -1,6 +1,9 @@
 // How far a transfer has come, in words and on a terminal.
 #include "kmr/progress.h"
 
+#include "simulator/controller.h"
+#include "simulator/faults.h"
+#include "simulator/tcp_server.h"
 #include "tests/kmr/kmr_process.h"
 #include "tests/kmr/terminal.h"
 
@@ -9,6 +12,39 @@
 
 using namespace kmr;
 using std::chrono::milliseconds;
+
+namespace {
+
+// A controller that halts after 20 answers, so that a screen can be looked at, until it may go on.
+class HaltingController {
+public:
+    HaltingController()
+    {
+        EXPECT_EQ(m_server.listen("127.0.0.1", 0), "");
+    }
+
+    // Of kmr, which asks until it goes on.
+    QString options() const
+    {
+        return QString("--timeout 500 --retries 1000 --link tcp://127.0.0.1:%1")
+            .arg(m_server.port());
+    }
+
+    void goOn()
+    {
+        m_answersLeft = 1000;
+    }
+
+private:
+    int m_answersLeft = 20;
+    simulator::Controller m_controller{"01"};
+    simulator::Responder m_respond = simulator::respondAs(m_controller);
+    simulator::TcpServer m_server{[this](const QByteArray &request) {
+        return m_answersLeft-- > 0 ? m_respond(request) : simulator::Plan();
+    }};
+};
+
+} // namespace
 
 TEST(Progress, ShowsEntriesRateAndTimeLeft)
 {
@@ -31,13 +67,14 @@ TEST(Progress, NarrowTerminalCutsTheLineWrapsNoneAndKeepsNothingOfIt)
     for (int number = 0; number < 400; number += 8)
         text += QString("D%1x8,0 0 0 0 0 0 0 %2\n").arg(number).arg(number == 392 ? 1 : 0);
     saveFile(directory.filePath("mixer.csv"), text.toUtf8());
-    const Simulator simulator({"--listen", "tcp://127.0.0.1:0", "--baud", "38400"});
     for (const char *command : {"compare", "download --verify", "upload"}) {
         SCOPED_TRACE(command);
-        Terminal terminal(QString("\"$KMR\" recipe %1 %2 --link %3")
-                              .arg(command, directory.filePath("mixer.csv"), simulator.link()),
+        HaltingController controller;
+        Terminal terminal(QString("\"$KMR\" recipe %1 %2 %3")
+                              .arg(command, directory.filePath("mixer.csv"), controller.options()),
                           30, 10);
-        terminal.waitFor("\\[#+\\.+\\] \\d+ of( 5)?\n\n");
+        terminal.waitFor("\\[#+\\.+\\] 20 of( 5)?\n\n");
+        controller.goOn();
         const QString screen = terminal.waitFor("exit code [06]\n");
         EXPECT_FALSE(screen.contains('#')) << qPrintable(screen);
     }
@@ -47,12 +84,12 @@ TEST(Progress, StaysBelowTracedLinesOnATerminal)
 {
     const QTemporaryDir directory;
     saveFile(directory.filePath("mixer.csv"), "D0x400,0\n");
-    Simulator simulator({"--listen", "tcp://127.0.0.1:0", "--baud", "19200"});
-    Terminal terminal("\"$KMR\" recipe upload " + directory.filePath("mixer.csv") +
-                          " --trace --link " + simulator.link(),
+    HaltingController controller;
+    Terminal terminal("\"$KMR\" recipe upload " + directory.filePath("mixer.csv") + " --trace " +
+                          controller.options(),
                       150, 10);
-    terminal.waitFor(
-        "\n[^\n]*station 01[^\n]*\n\\[#+\\.+\\] \\d+ of 50 entries, [^\n]* s left\n\n");
+    terminal.waitFor("\n[^\n]*station 01[^\n]*\n\\[#+\\.+\\] 20 of 50 entries, [^\n]* s left\n\n");
+    controller.goOn();
     terminal.waitFor("50 of 50 requests answered\nexit code 0\n");
     EXPECT_FALSE(terminal.screen().contains("entries"));
 }

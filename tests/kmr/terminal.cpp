@@ -10,7 +10,7 @@
 
 namespace {
 
-constexpr int PATIENCE_MS = 20000;
+constexpr int PATIENCE_MS = 60000;
 constexpr int LOOK_AGAIN_MS = 20;
 
 } // namespace

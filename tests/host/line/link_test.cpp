@@ -1,6 +1,7 @@
 #include "host/line/link.h"
 
 #include "host/error.h"
+#include "tests/host/line/full_server.h"
 
 #include <QBuffer>
 #include <QTemporaryDir>
@@ -9,8 +10,6 @@
 
 #include <cstdlib>
 #include <fcntl.h>
-#include <netinet/in.h>
-#include <sys/socket.h>
 #include <unistd.h>
 
 using namespace kmr;
@@ -35,41 +34,6 @@ std::unique_ptr<QIODevice> openNow(const QString &link)
 {
     return openLink(parseLink(link), std::chrono::seconds(2), NEVER);
 }
-
-// A listener whose queue is full: attempts to connect hang, as those to a machine that is off.
-class FullServer {
-public:
-    FullServer()
-    {
-        sockaddr_in address = {};
-        socklen_t size = sizeof address;
-        auto *const general = reinterpret_cast<sockaddr *>(&address);
-        address.sin_family = AF_INET;
-        address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
-        EXPECT_EQ(bind(m_listener, general, size), 0);
-        EXPECT_EQ(listen(m_listener, 0), 0);
-        EXPECT_EQ(getsockname(m_listener, general, &size), 0);
-        EXPECT_EQ(connect(m_client, general, size), 0);
-        m_port = ntohs(address.sin_port);
-    }
-    ~FullServer()
-    {
-        close(m_client);
-        close(m_listener);
-    }
-    FullServer(const FullServer &) = delete;
-    FullServer &operator=(const FullServer &) = delete;
-
-    LinkAddress address() const
-    {
-        return parseLink(QString("tcp://127.0.0.1:%1").arg(m_port));
-    }
-
-private:
-    const int m_listener = socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0);
-    const int m_client = socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0);
-    int m_port = 0;
-};
 
 bool names(const std::string &text, const char *part)
 {
@@ -186,7 +150,7 @@ TEST(Link, StopBreaksOffAnAttemptToConnect)
     std::atomic<bool> stop{false};
     QTimer::singleShot(0, [&stop] { stop = true; });
     try {
-        openLink(server.address(), std::chrono::minutes(10), stop);
+        openLink(parseLink(server.link()), std::chrono::minutes(10), stop);
         FAIL() << "it opened";
     } catch (const Error &error) {
         EXPECT_TRUE(names(error.what(), ": stopped")) << error.what();
@@ -197,7 +161,7 @@ TEST(Link, AttemptToConnectEndsAfterItsTime)
 {
     const FullServer server;
     try {
-        openLink(server.address(), std::chrono::milliseconds(20), NEVER);
+        openLink(parseLink(server.link()), std::chrono::milliseconds(20), NEVER);
         FAIL() << "it opened";
     } catch (const Error &error) {
         EXPECT_TRUE(names(error.what(), ": no answer in time (check the address, "))
