@@ -3,7 +3,6 @@
 
 #include "driver_fixture.h"
 
-
 namespace {
 
 class Upkeep : public DriverTest {
