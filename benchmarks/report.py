@@ -11,7 +11,6 @@ import math
 import pathlib
 import platform
 import re
-import statistics
 import sys
 
 import plot
@@ -52,15 +51,15 @@ OPERATIONS = (
 )
 
 
-def medians(results):
-    """{benchmark: median of its rounds in ns of thread CPU time}"""
+def fastest(results):
+    """{benchmark: fastest of its rounds in ns of thread CPU time}: what else runs only adds to it."""
     unit_ns = {"ns": 1, "us": 1e3, "ms": 1e6}
     rounds = {}
     for entry in results["benchmarks"]:
         if entry["run_type"] == "iteration":
             time = entry["cpu_time"] * unit_ns[entry["time_unit"]]
             rounds.setdefault(entry["run_name"], []).append(time)
-    return {name: statistics.median(times) for name, times in rounds.items()}
+    return {name: min(times) for name, times in rounds.items()}
 
 
 def duration(ns):
@@ -147,11 +146,11 @@ def machine(results):
                        if c["type"] in ("Data", "Unified"))
     return (f"{model[1] if model else platform.machine()}, {context['num_cpus']} cores ({caches}); "
             f"GCC {context['compiler']} -O3, Qt {context['qt']}; {context['date'][:10]}. "
-            "Thread CPU time on one core, medians of nine rounds.")
+            "Thread CPU time on one core, the fastest of the rounds.")
 
 
 def report(results, pymodbus):
-    times = medians(results)
+    times = fastest(results)
     return "\n\n".join((
         machine(results),
         "The shares are of a real exchange: a request of 17 and a reply of 43 characters of 10 bits "
@@ -193,7 +192,7 @@ def main():
     if len(sys.argv) > 3:
         docs = pathlib.Path(sys.argv[3])
         put_into(docs / "performance.md", text)
-        (docs / "exchange-time.svg").write_text(plot_of(medians(results)))
+        (docs / "exchange-time.svg").write_text(plot_of(fastest(results)))
 
 
 main()

@@ -3,9 +3,6 @@
 
 #include "driver_fixture.h"
 
-#include <chrono>
-#include <future>
-
 namespace {
 
 class RecipeFrame : public DriverTest {
@@ -236,17 +233,6 @@ TEST_F(RecipeFrame, RecipeEntryBeyondTheFrameIsHandedOutWithoutText)
     EXPECT_EQ(intf_getSendFrame(&frame), 1);
     EXPECT_EQ(frame.frameLen, 0);
     EXPECT_EQ(frame.var.count, 252);
-}
-
-TEST_F(RecipeFrame, StatusBytesAreReadUnderTheMutex)
-{
-    addRecipeEntry("D", 10, 1, 0);
-    mutex.lock();
-    std::future<std::string> text = std::async(std::launch::async, nextFrame);
-    EXPECT_EQ(text.wait_for(std::chrono::milliseconds(20)), std::future_status::timeout);
-    requestUpload();
-    mutex.unlock();
-    EXPECT_EQ(text.get(), ":0103100A0001E1\r\n");
 }
 
 TEST_F(RecipeFrame, FrameInFlightComesBeforeARecipe)

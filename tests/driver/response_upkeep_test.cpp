@@ -3,9 +3,6 @@
 
 #include "driver_fixture.h"
 
-#include <chrono>
-#include <future>
-
 namespace {
 
 class Upkeep : public DriverTest {
@@ -251,21 +248,6 @@ TEST_F(Upkeep, RecipeEndsWithoutStatusBlockOrMutex)
     driver.hostStatus = nullptr;
     dealListWhenFinish();
     EXPECT_EQ(driver.recipeCursor, 0);
-}
-
-TEST_F(Upkeep, RequestIsClearedUnderTheMutex)
-{
-    recipeOf(1);
-    driver.sendState = 5;
-    mutex.lock();
-    const std::future<void> end = std::async(std::launch::async, dealListWhenFinish);
-    EXPECT_EQ(end.wait_for(std::chrono::milliseconds(20)), std::future_status::timeout);
-    EXPECT_EQ(status[60115], 1);
-    mutex.unlock();
-    end.wait();
-    EXPECT_EQ(status[60115], 0);
-    ASSERT_TRUE(mutex.tryLock());
-    mutex.unlock();
 }
 
 TEST_F(Upkeep, MutexIsNotTakenBeforeTheEndOfATransfer)
