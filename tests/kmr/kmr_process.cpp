@@ -81,6 +81,17 @@ int Simulator::terminate()
     return m_process.exitCode();
 }
 
+// The answer to a read of an odd number of bytes from X0 on, or nothing.
+QByteArray checkAnswer(const QByteArray &line)
+{
+    const QByteArray request = modbus::decodeLine(line).message;
+    const int bytes = request.size() == 6 ? request.at(5) / 8 : 0;
+    if (request.mid(1, 3) != QByteArray::fromHex("020400") || bytes % 2 == 0)
+        return {};
+    return modbus::encodeLine(request.left(2) + static_cast<char>(bytes) +
+                              QByteArray(bytes, '\0'));
+}
+
 FakeController::FakeController(Answer answer) : m_answer(std::move(answer))
 {
     EXPECT_TRUE(m_server.listen(QHostAddress::LocalHost, 0));
@@ -97,7 +108,8 @@ void FakeController::serve()
     QTcpSocket *socket = m_server.nextPendingConnection();
     QObject::connect(socket, &QTcpSocket::readyRead, [this, socket] {
         for (const QByteArray &line : m_collector.take(socket->readAll())) {
-            const QByteArray answer = m_answer(line);
+            const QByteArray check = checkAnswer(line);
+            const QByteArray answer = check.isEmpty() ? m_answer(line) : check;
             if (answer.isNull())
                 socket->disconnectFromHost();
             else

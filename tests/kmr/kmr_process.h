@@ -68,6 +68,7 @@ class FakeController {
 public:
     using Answer = std::function<QByteArray(const QByteArray &line)>;
 
+    // Check questions (InStep) are answered without asking `answer`.
     explicit FakeController(Answer answer);
 
     QString link() const;

@@ -35,12 +35,12 @@ protected:
     Finished recipe(const QString &command)
     {
         saveFile(file(), RECIPE);
-        return run({"recipe", command, file(), "--link", m_controller.link()});
+        return kmr({"recipe", command, file()});
     }
 
     Finished kmr(const QStringList &arguments)
     {
-        return run(arguments + QStringList{"--link", m_controller.link()});
+        return run(arguments + QStringList{"--in-step", m_inStep, "--link", m_controller.link()});
     }
 
     QString file() const
@@ -48,12 +48,21 @@ protected:
         return m_directory.filePath("mixer.csv");
     }
 
+    QString m_inStep = "off"; // an answer counts without the one after it
     static constexpr const char *RECIPE = "D100,1\nD200,2\nD300,3\n";
     QTemporaryDir m_directory;
     FakeController m_controller{onlyD100};
 };
 
 } // namespace
+
+TEST_F(LineLossTest, AnswerThatNoFurtherOneConfirmsIsNotShown)
+{
+    m_inStep = "on";
+    const Finished read = kmr({"read", "D100", "D200"});
+    EXPECT_EQ(read.exitCode, 4);
+    EXPECT_EQ(read.out, "");
+}
 
 TEST_F(LineLossTest, ReadShowsWhatWasAnsweredAndEndsWithFour)
 {
