@@ -1,6 +1,6 @@
 // What 'kmr write' says of writes that fail, and of values that read back differently.
-#include "simulator/areas.h"
 #include "simulator/controller.h"
+#include "simulator/memory.h"
 #include "tests/kmr/kmr_process.h"
 
 #include <gtest/gtest.h>
