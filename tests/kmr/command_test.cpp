@@ -335,7 +335,7 @@ TEST(Command, WatchConnectsAgainAndMarksWhatIsStale)
         return requests == 2 ? QByteArray() : QByteArray(":0103020001F9\r\n");
     });
     const Finished watch = run({"watch", "D100", "--count", "3", "--format", "csv", "--gap", "50",
-                                "--link", controller.link()});
+                                "--in-step", "off", "--link", controller.link()});
     EXPECT_EQ(watch.exitCode, 0) << watch.err.toStdString();
     EXPECT_EQ(watch.err.count("the line was lost"), 1) << watch.err.toStdString();
     EXPECT_EQ(watch.err.count("the line is back"), 1);
@@ -370,7 +370,7 @@ TEST(Command, WatchNamesAnOutageOnceAndItsEnd)
                                          : ":0103020002F8\r\n");
     });
     const Finished watch = run({"watch", "D100", "--count", "2", "--timeout", "500", "--retries",
-                                "1", "--link", controller.link()});
+                                "1", "--in-step", "off", "--link", controller.link()});
     EXPECT_EQ(watch.exitCode, 0);
     EXPECT_EQ(watch.err.count("station 1: no answer"), 1) << watch.err.toStdString();
     EXPECT_EQ(watch.err.count("station 1 answers again"), 1) << watch.err.toStdString();

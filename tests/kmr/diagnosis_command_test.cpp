@@ -52,7 +52,7 @@ TEST_F(DiagnosisCommand, TraceGoesToStderrAndTheCaptureTellsTheSame)
 TEST_F(DiagnosisCommand, TraceOfACutCaptureShowsWhatIsWholeAndEndsWithOne)
 {
     const QString capture = m_directory.filePath("field.jsonl");
-    kmr({"read", "D100", "--capture", capture});
+    kmr({"read", "D100", "--in-step", "off", "--capture", capture});
     saveFile(capture, loadFile(capture).chopped(12));
     const Finished trace = kmr({"trace", capture});
     EXPECT_EQ(trace.exitCode, 1);

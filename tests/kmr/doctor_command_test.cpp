@@ -61,7 +61,7 @@ TEST_P(DoctorOnBothLinks, FindingsHaveAnExitCodeAndAdvice)
         {"echo", "off", 4, ".*\nSet the echo to auto or on\\. The option is --echo\\.\n$"},
         {"station", "auto", 4, "Station \\d+ answers, though station 1 was asked\\.\n"},
         {"flip", "auto", 4, "Answers come, but damaged, such as "},
-        {"silence,every=2", "auto", 1,
+        {"silence,every=5", "auto", 1,
          "The station answers only 2 of 3 requests; the first failure: no answer\\.\n.*--timeout "
          "sets how long one may take\\. 'kmr ping' measures the losses\\.\n$"},
     };

@@ -26,7 +26,7 @@ public:
     // Of kmr, which asks until it goes on.
     QString options() const
     {
-        return QString("--timeout 500 --retries 1000 --link tcp://127.0.0.1:%1")
+        return QString("--timeout 500 --retries 1000 --in-step off --link tcp://127.0.0.1:%1")
             .arg(m_server.port());
     }
 

@@ -48,10 +48,10 @@ TEST_P(ReplayOnBothLinks, CapturedValuesAreReadAgain)
 
 TEST_P(ReplayOnBothLinks, CutCaptureIsReplayedAsFarAsItGoes)
 {
-    const QString file = capture({"read", "D100"});
+    const QString file = capture({"read", "D100", "--in-step", "off"});
     saveFile(file, loadFile(file) + "{\"us\":99,\"se");
     Simulator replay(arguments(file), "replay");
-    EXPECT_EQ(run({"read", "D100", "--link", replay.link()}).out, "D100 250\n");
+    EXPECT_EQ(run({"read", "D100", "--in-step", "off", "--link", replay.link()}).out, "D100 250\n");
     EXPECT_EQ(replay.terminate(), 0);
     EXPECT_EQ(replay.log(), file + ":4: breaks off, left out\n");
 }

@@ -55,7 +55,7 @@ TEST(Write, RunWhoseSecondRequestIsRefusedIsNotConfirmed)
 {
     const Simulator simulator({"--listen", "tcp://127.0.0.1:0", "--fault", "exception=4,every=2"});
     const Finished write = run({"write", "D0x10=0,1,2,3,4,5,6,7,8,9", "D20=1", "--retries", "0",
-                                "--link", simulator.link()});
+                                "--in-step", "off", "--link", simulator.link()});
     EXPECT_EQ(write.exitCode, 5);
     EXPECT_EQ(write.out, "");
     EXPECT_EQ(write.err, "D0x10: stopped at D8\n"

@@ -65,7 +65,7 @@ TEST(LineDiagnosis, AdviceForARefusalFollowsItsReason)
     EXPECT_EQ(refused(2).finding, Finding::Refused);
     EXPECT_EQ(refused(2).text, "The line is good, but what was asked is refused: illegal data "
                                "address (exception 02).");
-    EXPECT_EQ(refused(2).advice, "Name an element that this controller has with --tag.");
+    EXPECT_EQ(refused(2).advice, "Name an element that this controller has.");
     EXPECT_EQ(refused(6).advice, "Ask again later.");
     EXPECT_TRUE(refused(10).advice.startsWith("This is the gateway's answer"));
     EXPECT_TRUE(refused(11).advice.startsWith("This is the gateway's answer"));
@@ -111,7 +111,7 @@ TEST(LineDiagnosis, WhatComesInPlaceOfAnAnswerPointsToTheCause)
 TEST(LineDiagnosis, StationThatNoHostCanAskIsToBeRenumbered)
 {
     EXPECT_EQ(diagnoseOne(":0203020007F2\r\n", ReplyFault::WrongStation).advice,
-              "Ask with --station 2, or set the controller's station number to 1.");
+              "Ask station 2, or set the controller's station number to 1.");
     const Diagnosis diagnosis = diagnoseOne(":0A03020007EA\r\n", ReplyFault::WrongStation);
     EXPECT_EQ(diagnosis.text, "Station 0A answers, though station 1 was asked.");
     EXPECT_EQ(diagnosis.advice,
