@@ -19,11 +19,11 @@ struct Question {
 
 constexpr int BITS = 4; // questions for bits
 constexpr Question QUESTIONS[] = {
-    {modbus::READ_DISCRETE_INPUTS, 0x0400, 8},     // X0 and on
+    {modbus::READ_DISCRETE_INPUTS, 0x0400, 8}, // X0 and on
     {modbus::READ_DISCRETE_INPUTS, 0x0400, 24},
     {modbus::READ_DISCRETE_INPUTS, 0x0400, 40},
     {modbus::READ_DISCRETE_INPUTS, 0x0400, 56},
-    {modbus::READ_HOLDING_REGISTERS, 0x1000, 1},   // D0 and on
+    {modbus::READ_HOLDING_REGISTERS, 0x1000, 1}, // D0 and on
     {modbus::READ_HOLDING_REGISTERS, 0x1000, 2},
     {modbus::READ_HOLDING_REGISTERS, 0x1000, 3},
     {modbus::READ_HOLDING_REGISTERS, 0x1000, 4},
@@ -67,7 +67,8 @@ bool InStep::needsCheck(const QByteArray &request) const
     if (found == m_stations.end() || found->second.last.isEmpty())
         return false;
     const Station &station = found->second;
-    return station.untilCheck <= 0 || (station.doubtful > 0 && hasUnconfirmed(stationOf(request))) ||
+    return station.untilCheck <= 0 ||
+           (station.doubtful > 0 && hasUnconfirmed(stationOf(request))) ||
            looksLike(station.last, station.isRefused, request);
 }
 
@@ -110,9 +111,9 @@ InStep::Number InStep::confirm(Station &station, const QByteArray &request, bool
 {
     std::vector<Unconfirmed> &unconfirmed = station.unconfirmed;
     const auto couldAnswer = [&](const Unconfirmed &earlier) {
-        return !earlier.isInStep && (isRefused
-                                         ? functionOf(earlier.request) == functionOf(request)
-                                         : answerForm(earlier.request) == answerForm(request));
+        return !earlier.isInStep &&
+               (isRefused ? functionOf(earlier.request) == functionOf(request)
+                          : answerForm(earlier.request) == answerForm(request));
     };
     if (std::any_of(unconfirmed.begin(), unconfirmed.end(), couldAnswer))
         return 0;
@@ -121,8 +122,7 @@ InStep::Number InStep::confirm(Station &station, const QByteArray &request, bool
     const auto firstHeld =
         std::find_if(unconfirmed.begin(), unconfirmed.end(),
                      [now](const Unconfirmed &earlier) { return earlier.notBefore > now; });
-    const Number confirmed =
-        firstHeld == unconfirmed.begin() ? 0 : std::prev(firstHeld)->number;
+    const Number confirmed = firstHeld == unconfirmed.begin() ? 0 : std::prev(firstHeld)->number;
     unconfirmed.erase(unconfirmed.begin(), firstHeld);
     return confirmed;
 }
@@ -149,8 +149,7 @@ InStep::Number InStep::noteAnswer(const QByteArray &request, bool isRefused, Num
     Station &station = m_stations[stationOf(request)];
     station.isRefused = isRefused;
     --station.untilCheck;
-    const Number confirmed =
-        station.doubtful == 0 ? confirm(station, request, isRefused, now) : 0;
+    const Number confirmed = station.doubtful == 0 ? confirm(station, request, isRefused, now) : 0;
     station.doubtful = std::max(0, station.doubtful - 1);
     std::vector<Unconfirmed> &unconfirmed = station.unconfirmed;
     if (!unconfirmed.empty() && !unconfirmed.back().isInStep &&
@@ -185,9 +184,9 @@ std::optional<std::chrono::nanoseconds> InStep::noteStray(const QByteArray &mess
     const auto isPutInDoubt = [&message](const Unconfirmed &earlier) {
         return putsInDoubt(message, earlier.request, earlier.isRefused);
     };
-    station.unconfirmed.erase(std::remove_if(station.unconfirmed.begin(),
-                                             station.unconfirmed.end(), isPutInDoubt),
-                              station.unconfirmed.end());
+    station.unconfirmed.erase(
+        std::remove_if(station.unconfirmed.begin(), station.unconfirmed.end(), isPutInDoubt),
+        station.unconfirmed.end());
     station.doubtful = DOUBTFUL_REQUESTS;
     const auto late =
         std::find_if(station.late.rbegin(), station.late.rend(), [&message](const Late &silent) {

@@ -14,12 +14,12 @@ using std::chrono::milliseconds;
 
 constexpr milliseconds STOP_CHECK(50); // longest wait without a look at the stop flag
 constexpr milliseconds IDLE_WAIT(10);
-constexpr milliseconds DAMAGED_QUIET(50); // the answer was there, only its rest may follow
-constexpr int SEND_AGAIN = 8;             // intf_dealRcvFrame's result
-constexpr int MAX_QUIET_TIMES = 10;       // a line that never falls silent is used all the same
-constexpr int CHECK_ATTEMPTS = 3;         // of a check question that confirms something
+constexpr milliseconds DAMAGED_QUIET(50);   // the answer was there, only its rest may follow
+constexpr int SEND_AGAIN = 8;               // intf_dealRcvFrame's result
+constexpr int MAX_QUIET_TIMES = 10;         // a line that never falls silent is used all the same
+constexpr int CHECK_ATTEMPTS = 3;           // of a check question that confirms something
 constexpr milliseconds LONGEST_DOUBT(1000); // what waits longer gets a check question
-constexpr int READ_REPLY_OVERHEAD = 11;   // characters of a read's answer that are not data
+constexpr int READ_REPLY_OVERHEAD = 11;     // characters of a read's answer that are not data
 
 // The station's characters of a frame.
 QByteArray stationOf(const QByteArray &frame)
@@ -131,8 +131,8 @@ PollLoop::Answer PollLoop::talk(const QByteArray &frame, int replyChars, bool is
         const auto wireTime = m_settings.characterTime * (frame.size() + replyChars);
         verdict = collect(filter, m_clock() + m_settings.timeout + wireTime, answer.received);
     }
-    answer.end = verdict == ReplyFilter::Verdict::MoreWanted ? Answer::End::BrokenOff
-                                                             : Answer::End::Over;
+    answer.end =
+        verdict == ReplyFilter::Verdict::MoreWanted ? Answer::End::BrokenOff : Answer::End::Over;
     if (answer.end == Answer::End::BrokenOff)
         return answer;
     answer.roundTrip = m_clock() - begin;
@@ -179,8 +179,8 @@ PollLoop::Check PollLoop::check(const QByteArray &station, const QByteArray &nex
         quietAfter(answer.fault, attempt + 1 < attempts);
         if (!isAnswered)
             continue;
-        tellConfirmed(station, m_inStep.noteCheckAnswer(question, answer.exceptionCode != 0,
-                                                        m_clock()));
+        tellConfirmed(station,
+                      m_inStep.noteCheckAnswer(question, answer.exceptionCode != 0, m_clock()));
         return Check::Answered;
     }
     m_inStep.noteCheckGiveUp(station);
@@ -202,7 +202,8 @@ bool PollLoop::isHeld() const
     return !m_inStep.waitingSince(TimePoint::max()).isEmpty();
 }
 
-// Twice for each station at most: a refused check question may prove nothing. False when broken off.
+// Twice for each station at most: a refused check question may prove nothing. False when broken
+// off.
 bool PollLoop::checkAll()
 {
     QByteArray last;

@@ -29,7 +29,7 @@ struct PollSettings {
     std::chrono::milliseconds timeout{1000};
     std::chrono::nanoseconds characterTime{0};
     EchoMode echo = EchoMode::Auto;
-    bool inStep = true; // InStep guards the answers; else each counts at once
+    bool inStep = true;               // InStep guards the answers; else each counts at once
     std::chrono::milliseconds gap{0}; // silence on the line before each request
     // Silence before the first request: what somebody else asked before may still be answered.
     std::chrono::milliseconds firstQuiet{0};
@@ -67,8 +67,8 @@ struct StepNews {
 
     Kind kind = Kind::Confirmed;
     int station = 0;
-    std::uint64_t upTo = 0; // Exchange::number
-    QByteArray stray = {};  // its message
+    std::uint64_t upTo = 0;                            // Exchange::number
+    QByteArray stray = {};                             // its message
     std::optional<std::chrono::nanoseconds> late = {}; // of a late stray: since its request
 };
 

@@ -50,7 +50,8 @@ enum class ReplyFault {
     UnexpectedEcho,       // the request came back although EchoMode::Off rules that out
     EchoOrAnswer, // a bit write came back once, and no one knows yet whether the line echoes
     NotSendable,  // the request fits no frame and was not sent
-    NotConfirmed  // an answer came, but what came after it leaves in doubt whether it was the true one
+    NotConfirmed  // an answer came, but what came after it leaves in doubt whether it was the true
+                  // one
 };
 
 // The fault in words: "wrong LRC".
@@ -61,8 +62,8 @@ QString exceptionText(int code);
 
 // Judges what arrives after one request. Has no device and no clock.
 //
-// A line that answers something else is passed over, since the answer may follow it. When none does,
-// the fault is that of the first such line.
+// A line that answers something else is passed over, since the answer may follow it. When none
+// does, the fault is that of the first such line.
 //
 // The answer to a bit write equals the request, so there an echo can only be told by counting.
 // While nothing is known about the echo, one equal line proves nothing: only a second one makes the

@@ -27,8 +27,7 @@ public:
     void run()
     {
         for (int pass = 0; pass < MOST_PASSES; ++pass) {
-            if (!readWords() || !readBits() ||
-                m_session.confirm() != PollLoop::Step::Exchanged)
+            if (!readWords() || !readBits() || m_session.confirm() != PollLoop::Step::Exchanged)
                 return;
         }
         for (const ElementRange &run : m_words)

@@ -19,7 +19,7 @@ constexpr int READ_BLOCK_TAG = 4; // the driver's tag of what it polls
 // controller takes them for hexadecimal ones.
 constexpr int MAX_RECIPE_ENTRY_WORDS = 9;
 
-constexpr int MOST_UPLOADS = 3;   // of a recipe whose answers are not confirmed
+constexpr int MOST_UPLOADS = 3; // of a recipe whose answers are not confirmed
 
 bool isRead(const FRAME_PRO &frame)
 {
@@ -409,16 +409,15 @@ void Session::noteConfirmed(const StepNews &news)
     if (!m_recipeTransfer)
         return;
     for (AnsweredEntry &entry : m_recipeTransfer->answered)
-        entry.isConfirmed = entry.isConfirmed || (!m_recipeTransfer->isInDoubt &&
-                                                  isMeant(entry.message, entry.number));
+        entry.isConfirmed = entry.isConfirmed ||
+                            (!m_recipeTransfer->isInDoubt && isMeant(entry.message, entry.number));
 }
 
 int Session::RecipeTransfer::confirmed() const
 {
-    const auto first = std::find_if_not(answered.begin(), answered.end(),
-                                        [](const AnsweredEntry &entry) {
-                                            return entry.isConfirmed;
-                                        });
+    const auto first =
+        std::find_if_not(answered.begin(), answered.end(),
+                         [](const AnsweredEntry &entry) { return entry.isConfirmed; });
     return static_cast<int>(first - answered.begin());
 }
 
@@ -486,8 +485,7 @@ void Session::noteRecipe(const Exchange &exchange)
         return;
     m_recipeTransfer->wasSent = true;
     if (exchange.outcome == Exchange::Outcome::Good) {
-        m_recipeTransfer->answered.push_back(
-            {messageOf(exchange.request), exchange.number, false});
+        m_recipeTransfer->answered.push_back({messageOf(exchange.request), exchange.number, false});
         m_recipeTransfer->wasSent = false;
         m_recipeTransfer->wasUnanswered = false;
     } else if (isFinal(exchange)) {

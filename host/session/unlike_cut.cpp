@@ -9,7 +9,7 @@ namespace {
 constexpr int BLOCK_BITS = 16;
 constexpr int WORD_BYTES = 2;
 constexpr int COUNTER_BYTES = 4;
-constexpr int PAIR_KEY = 4;       // the count that makes the driver read two counters
+constexpr int PAIR_KEY = 4; // the count that makes the driver read two counters
 constexpr int LAST_COUNTER = 255;
 
 // Words that come in one request whatever is cut.
@@ -77,11 +77,10 @@ void UnlikeCut::cutWords(const ElementRange &kind, const std::set<int> &numbers,
             const int end = std::prev(cut)->end;
             const int bytes = WORD_BYTES * (end - begin->first);
             const bool isApart = end - previous > m_groupLimit;
-            const int rank = bytes == m_last || !isApart ||
-                                     !canFollow(begin, cut, atoms.end(), m_groupLimit)
-                                 ? 3
-                             : bytes == m_beforeLast ? 1
-                                                     : 0;
+            const int rank =
+                bytes == m_last || !isApart || !canFollow(begin, cut, atoms.end(), m_groupLimit) ? 3
+                : bytes == m_beforeLast                                                          ? 1
+                                        : 0;
             if (rank < bestRank) {
                 best = cut;
                 bestRank = rank;
@@ -91,8 +90,7 @@ void UnlikeCut::cutWords(const ElementRange &kind, const std::set<int> &numbers,
         run.first = begin->first;
         run.count = std::prev(best)->end - run.first;
         const bool canBeWidened = WORD_BYTES * run.count == m_last && run.count < m_groupLimit &&
-                                  run.first > 0 &&
-                                  nextBorder(run.area, run.first - 1) != run.first;
+                                  run.first > 0 && nextBorder(run.area, run.first - 1) != run.first;
         if (canBeWidened) {
             --run.first;
             ++run.count;
@@ -131,8 +129,7 @@ void UnlikeCut::cutBits(const ElementRange &kind, const std::set<int> &numbers,
         const bool reachesTwo = begin + 2 * BLOCK_BITS <= border;
         ElementRange run = kind;
         run.first = begin;
-        if (reachesTwo && m_last != TWO_BLOCKS &&
-            (afterTwo != afterOne || m_last == ONE_BLOCK)) {
+        if (reachesTwo && m_last != TWO_BLOCKS && (afterTwo != afterOne || m_last == ONE_BLOCK)) {
             run.count = 2 * BLOCK_BITS;
             add(run, TWO_BLOCKS, runs);
             number = afterTwo;

@@ -137,16 +137,17 @@ void tellInStep(RecordWriter &records, const Plan &plan, const Plan &old,
 {
     const Cost with = costInStep(plan);
     const Cost without = costOf(old);
-    const double more = 100.0 * (with.characters() - without.characters()) /
-                        std::max(1, without.characters());
-    const QString text = QString("in step: %1 of them and %2 check questions, %3 ms; with --in-step "
-                                 "off %4 requests, %5 ms, so that it takes %6 % more")
-                             .arg(plan.blocks.size())
-                             .arg(with.requests - static_cast<int>(plan.blocks.size()))
-                             .arg(milliseconds(characterTime * with.characters()))
-                             .arg(without.requests)
-                             .arg(milliseconds(characterTime * without.characters()))
-                             .arg(more, 0, 'f', 1);
+    const double more =
+        100.0 * (with.characters() - without.characters()) / std::max(1, without.characters());
+    const QString text =
+        QString("in step: %1 of them and %2 check questions, %3 ms; with --in-step "
+                "off %4 requests, %5 ms, so that it takes %6 % more")
+            .arg(plan.blocks.size())
+            .arg(with.requests - static_cast<int>(plan.blocks.size()))
+            .arg(milliseconds(characterTime * with.characters()))
+            .arg(without.requests)
+            .arg(milliseconds(characterTime * without.characters()))
+            .arg(more, 0, 'f', 1);
     tellCost(records, "in step", text, with, characterTime, gap);
     tellCost(records, "not in step", {}, without, characterTime, gap);
 }

@@ -565,7 +565,7 @@ TEST(Command, WatchNamesAnOutageOnceAndItsEnd)
                                          : ":0103020002F8\r\n");
     });
     const Finished watch = run({"watch", "D100", "--count", "2", "--timeout", "20", "--retries",
-                                "1", "--link", controller.link()});
+                                "1", "--in-step", "off", "--link", controller.link()});
     EXPECT_EQ(watch.exitCode, 0);
     EXPECT_EQ(watch.err.count("station 1: no answer"), 1) << watch.err.toStdString();
     EXPECT_EQ(watch.err.count("station 1 answers again"), 1) << watch.err.toStdString();

@@ -78,7 +78,7 @@ TEST_F(DiagnosisCommand, TraceGoesToStderrAndTheCaptureTellsTheSame)
 TEST_F(DiagnosisCommand, TraceOfACutCaptureShowsWhatIsWholeAndEndsWithOne)
 {
     const QString capture = m_directory.filePath("field.jsonl");
-    kmr({"read", "D100", "--capture", capture});
+    kmr({"read", "D100", "--in-step", "off", "--capture", capture});
     saveFile(capture, loadFile(capture).chopped(12));
     const Finished trace = kmr({"trace", capture});
     EXPECT_EQ(trace.exitCode, 1);
@@ -217,14 +217,26 @@ TEST_F(DiagnosisCommand, PlanShowsFramesAndWireTimes)
 
 TEST_F(DiagnosisCommand, PlanCountsTheSilenceBeforeEachRequest)
 {
-    const Finished plan = kmr({"plan", "D0", "D100", "--gap", "100"});
+    const Finished plan = kmr({"plan", "D0", "D100", "--gap", "100", "--in-step", "off"});
     // 64 characters of 10 bits each at 9600 bits a second, and two gaps.
     EXPECT_TRUE(plan.out.endsWith("cycle: 2 requests, 64 characters, 66.7 ms on the wire, 266.7 ms "
                                   "with the silence of --gap\n"))
         << plan.out.toStdString();
-    const Finished csv = kmr({"plan", "D0", "D100", "--gap", "100", "--format", "csv"});
+    const Finished csv =
+        kmr({"plan", "D0", "D100", "--gap", "100", "--in-step", "off", "--format", "csv"});
     EXPECT_TRUE(csv.out.contains(",17,15,33.333,100,0,\n")) << csv.out.toStdString();
     EXPECT_TRUE(csv.out.contains("cycle,,,,34,30,66.667,200,,\n"));
+}
+
+TEST_F(DiagnosisCommand, PlanShowsWhatKeepingInStepCosts)
+{
+    const Finished plan = kmr({"plan", "D100x40"});
+    EXPECT_TRUE(plan.out.endsWith("in step: 6 of them and 0 check questions, 341.7 ms; with "
+                                  "--in-step off 5 requests, 312.5 ms, so that it takes 9.3 % "
+                                  "more\n"))
+        << plan.out.toStdString();
+    EXPECT_TRUE(kmr({"plan", "D100"}).out.contains("1 of them and 1 check questions"));
+    EXPECT_TRUE(kmr({"plan", "D100x8", "M0"}).out.contains("it takes 0.0 % more"));
 }
 
 TEST_F(DiagnosisCommand, PlanThatMissesElementsEndsWithOne)

@@ -88,8 +88,7 @@ QByteArray checkAnswer(const QByteArray &line)
     const int bytes = request.size() == 6 ? request.at(5) / 8 : 0;
     if (request.mid(1, 3) != QByteArray::fromHex("020400") || bytes % 2 == 0)
         return {};
-    return modbus::encodeLine(request.left(2) + static_cast<char>(bytes) +
-                              QByteArray(bytes, '\0'));
+    return modbus::encodeLine(request.left(2) + static_cast<char>(bytes) + QByteArray(bytes, '\0'));
 }
 
 FakeController::FakeController(Answer answer) : m_answer(std::move(answer))

@@ -64,7 +64,8 @@ TEST(Sim, FaultsHitTheRequestsThatTheyAreTypedFor)
 {
     Simulator simulator({"--listen", "tcp://127.0.0.1:0", "--fault", "exception=6,every=2",
                          "--fault", "echo,every=3", "--seed", "7"});
-    const QStringList read = {"read", "D0", "--retries", "0", "--link", simulator.link()};
+    const QStringList read = {"read",      "D0",  "--retries", "0",
+                              "--in-step", "off", "--link",    simulator.link()};
     EXPECT_EQ(run(read).out, "D0 0\n");
     const Finished refused = run(read);
     EXPECT_EQ(refused.exitCode, 5);

@@ -233,10 +233,10 @@ TEST_F(ConfirmationTest, ValuesAreTrueWhateverIsLostAndRepeated)
             if (quality(text) != Quality::Good)
                 continue;
             ++good;
-            EXPECT_EQ(m_session->values(tag(text)).back(),
-                      element(tag(text).elements.area,
-                              toDriverAddress(tag(text).elements.area,
-                                              tag(text).elements.end() - 1)));
+            EXPECT_EQ(
+                m_session->values(tag(text)).back(),
+                element(tag(text).elements.area,
+                        toDriverAddress(tag(text).elements.area, tag(text).elements.end() - 1)));
         }
     }
     EXPECT_GT(good, 2000);
