@@ -20,9 +20,10 @@ struct Question {
 constexpr int BITS = 4; // questions for bits
 constexpr Question QUESTIONS[] = {
     {modbus::READ_DISCRETE_INPUTS, 0x0400, 8}, // X0 and on
-    {modbus::READ_DISCRETE_INPUTS, 0x0400, 24},
+    // Not 24: the answer to that has the length of a request.
     {modbus::READ_DISCRETE_INPUTS, 0x0400, 40},
     {modbus::READ_DISCRETE_INPUTS, 0x0400, 56},
+    {modbus::READ_DISCRETE_INPUTS, 0x0400, 72},
     {modbus::READ_HOLDING_REGISTERS, 0x1000, 1}, // D0 and on
     {modbus::READ_HOLDING_REGISTERS, 0x1000, 2},
     {modbus::READ_HOLDING_REGISTERS, 0x1000, 3},

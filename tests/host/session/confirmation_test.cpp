@@ -61,7 +61,7 @@ TEST_F(ConfirmationTest, QuestionThatLooksLikeTheOneBeforeIsPrecededByACheckQues
     m_session->step();
     m_session->step();
     ASSERT_EQ(m_device.sent().size(), 3U);
-    EXPECT_EQ(m_device.sent()[1], ":010204000018E1\r\n"); // 24 bits from X0 on
+    EXPECT_EQ(m_device.sent()[1], ":010204000028D1\r\n"); // 40 bits from X0 on
     EXPECT_EQ(quality("D0"), Quality::Good);
 }
 
