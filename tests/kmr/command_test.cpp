@@ -334,7 +334,7 @@ TEST(Command, WatchConnectsAgainAndMarksWhatIsStale)
         ++requests; // good, then the connection is closed, then good again
         return requests == 2 ? QByteArray() : QByteArray(":0103020001F9\r\n");
     });
-    const Finished watch = run({"watch", "D100", "--count", "3", "--format", "csv", "--gap", "50",
+    const Finished watch = run({"watch", "D100", "--for", "3", "--format", "csv", "--gap", "50",
                                 "--in-step", "off", "--link", controller.link()});
     EXPECT_EQ(watch.exitCode, 0) << watch.err.toStdString();
     EXPECT_EQ(watch.err.count("the line was lost"), 1) << watch.err.toStdString();

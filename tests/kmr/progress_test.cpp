@@ -88,7 +88,7 @@ TEST(Progress, StaysBelowTracedLinesOnATerminal)
     Terminal terminal("\"$KMR\" recipe upload " + directory.filePath("mixer.csv") + " --trace " +
                           controller.options(),
                       150, 10);
-    terminal.waitFor("\n[^\n]*station 01[^\n]*\n\\[#+\\.+\\] 20 of 50 entries, [^\n]* s left\n\n");
+    terminal.waitFor("\n[^\n]*station 01[^\n]*\n\\[#+\\.+\\] 20 of 50 entries, [^\n]* s left\n+$");
     controller.goOn();
     terminal.waitFor("50 of 50 requests answered\nexit code 0\n");
     EXPECT_FALSE(terminal.screen().contains("entries"));
