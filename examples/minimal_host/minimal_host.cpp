@@ -1,8 +1,8 @@
 // The shortest honest host: loads the driver, polls one controller over TCP, writes one word, and
 // prints every change.   minimal_host LIBRARY ADDRESS PORT
-// The driver matches replies by order alone, so the host keeps in step: neighbouring requests differ
-// in the length of their replies, a reply must have that length, and what it brought is shown when
-// the next one has its own. A real host also checks the LRC.
+// The driver matches replies by order alone, so the host keeps in step: neighbouring requests
+// differ in the length of their replies, a reply must have that length, and what it brought is
+// shown when the next one has its own. A real host also checks the LRC.
 #include "ostrel_kmr.h"
 
 #include <QCoreApplication>

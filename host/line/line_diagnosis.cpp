@@ -202,10 +202,10 @@ Diagnosis diagnoseCharacters(const std::vector<Probe> &probes, const QByteArray 
 
 QString findingName(Finding finding)
 {
-    static const char *const NAMES[] = {"good",          "refused",    "unsteady",     "wrong echo",
-                                        "silent",        "late",       "echo only",    "other host",
-                                        "other station", "no fit",     "wrong parity", "damaged",
-                                        "garbled",       "not opened", "lost", "out of step"};
+    static const char *const NAMES[] = {
+        "good",      "refused",    "unsteady",      "wrong echo", "silent",       "late",
+        "echo only", "other host", "other station", "no fit",     "wrong parity", "damaged",
+        "garbled",   "not opened", "lost",          "out of step"};
     return NAMES[static_cast<std::size_t>(finding)];
 }
 

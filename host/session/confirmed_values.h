@@ -15,7 +15,8 @@ namespace kmr {
 
 class ConfirmedValues {
 public:
-    // One element is good and holds `value`. True when it held another before, or was not 0 at first.
+    // One element is good and holds `value`. True when it held another before, or was not 0 at
+    // first.
     bool confirm(int station, const QString &area, int number, std::uint32_t value);
 
     // Sets the state of all elements of a run; their values stay.

@@ -131,11 +131,11 @@ public:
     // The same, but what it brings is confirmed by the next exchange or confirm().
     RequestResult ask(const ElementRange &run);
 
-    // Writes one run of writeRanges(), `values` one for each element. Blocks until it is settled and
-    // confirmed; Unknown when it was answered, but that is not confirmed.
-    // The first write of bits is preceded by a read of D0 of their station, which shows whether the
-    // line echoes; where it gets no answer, the write isn't sent. Afterwards the elements around it
-    // count as Unread until they are read again.
+    // Writes one run of writeRanges(), `values` one for each element. Blocks until it is settled
+    // and confirmed; Unknown when it was answered, but that is not confirmed. The first write of
+    // bits is preceded by a read of D0 of their station, which shows whether the line echoes; where
+    // it gets no answer, the write isn't sent. Afterwards the elements around it count as Unread
+    // until they are read again.
     RequestResult write(const ElementRange &run, const Values &values);
 
     // The last confirmed values, whatever their quality now; 0 before the first.
@@ -202,7 +202,7 @@ private:
     };
 
     struct AnsweredEntry {
-        QByteArray message; // its request
+        QByteArray message;       // its request
         std::uint64_t number = 0; // Exchange::number
         bool isConfirmed = false;
     };

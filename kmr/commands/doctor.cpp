@@ -64,11 +64,12 @@ Diagnosis diagnoseStrays(const Statistics &statistics)
                     .arg(std::chrono::ceil<std::chrono::milliseconds>(statistics.latest()).count() +
                          100)};
     }
-    return {Finding::OutOfStep,
-            QString("Answers come twice: %1 that no request waited for.").arg(statistics.strays()),
-            "Look for a repeater, radio, modem or serial server that sends again what it passes on, "
-            "and for a second host. kmr shows no value that such an answer puts in doubt, but asks "
-            "again."};
+    return {
+        Finding::OutOfStep,
+        QString("Answers come twice: %1 that no request waited for.").arg(statistics.strays()),
+        "Look for a repeater, radio, modem or serial server that sends again what it passes on, "
+        "and for a second host. kmr shows no value that such an answer puts in doubt, but asks "
+        "again."};
 }
 
 // Asks `count` times, each once. Nothing when the user stops it.

@@ -42,9 +42,8 @@ void noteChange(WatchRow &row, const Tag &tag, const Values &values, bool isFirs
 Watcher::Watcher(Session &session, std::vector<Tag> tags, Format format, bool isLive,
                  std::chrono::milliseconds wantedCycle, std::optional<std::uint64_t> maxChanges)
     : m_session(session), m_tags(std::move(tags)), m_maxChanges(maxChanges), m_rows(m_tags.size()),
-      m_shown(m_tags.size()), m_lastGood(m_tags.size()),
-      m_ranges(session.ranges(m_tags)), m_cycle(wantedCycle),
-      m_nextDraw(clockNow()), m_outages(printError, now)
+      m_shown(m_tags.size()), m_lastGood(m_tags.size()), m_ranges(session.ranges(m_tags)),
+      m_cycle(wantedCycle), m_nextDraw(clockNow()), m_outages(printError, now)
 {
     for (std::size_t i = 0; i < m_tags.size(); ++i) {
         m_rows[i].tag = m_tags[i].text;

@@ -130,6 +130,17 @@ TEST_F(DiagnosisCommand, PlanGoesByTheSpeedThatIsAskedElse9600)
     EXPECT_TRUE(plan.out.contains("32 characters, 16.7 ms")) << plan.out.toStdString();
 }
 
+TEST_F(DiagnosisCommand, PlanShowsWhatKeepingInStepCosts)
+{
+    const Finished plan = kmr({"plan", "D100x40"});
+    EXPECT_TRUE(plan.out.endsWith("in step: 6 of them and 0 check questions, 341.7 ms; with "
+                                  "--in-step off 5 requests, 312.5 ms, so that it takes 9.3 % "
+                                  "more\n"))
+        << plan.out.toStdString();
+    EXPECT_TRUE(kmr({"plan", "D100"}).out.contains("1 of them and 1 check questions"));
+    EXPECT_TRUE(kmr({"plan", "D100x8", "M0"}).out.contains("it takes 0.0 % more"));
+}
+
 TEST_F(DiagnosisCommand, PlanIsThatOfKmrUnlessTheListIsAskedForAsTyped)
 {
     EXPECT_EQ(kmr({"plan", "D4095x2", "--raw"}).exitCode, 1);

@@ -9,7 +9,7 @@ namespace {
 
 constexpr int MAX_FAULTS = 5; // reported; the first is what matters
 constexpr std::size_t RECENT_EXCHANGES = 12;
-constexpr std::size_t READS_KEPT = 4; // more are never unconfirmed
+constexpr std::size_t READS_KEPT = 4;   // more are never unconfirmed
 constexpr qint32 FIRST_USER_TAG = 1001; // lower request tags are of polling and recipes
 
 QString toText(const kmr::Exchange &exchange)
@@ -171,8 +171,8 @@ void Judge::checkConfirmed(const kmr::ElementRange &run)
         const std::uint32_t value = shown(i);
         m_verified[i] = value;
         ++m_confirmed;
-        const bool wasHeld =
-            std::any_of(m_heldAtReads[i].begin(), m_heldAtReads[i].end(), [value](const auto &held) {
+        const bool wasHeld = std::any_of(
+            m_heldAtReads[i].begin(), m_heldAtReads[i].end(), [value](const auto &held) {
                 return std::find(held.begin(), held.end(), value) != held.end();
             });
         if (!wasHeld)

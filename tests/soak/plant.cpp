@@ -25,9 +25,7 @@ bool isWrite(std::uint8_t function)
 
 } // namespace
 
-Plant::Server::Server(const simulator::Responder &respond) : tcp(respond), terminal(respond)
-{
-}
+Plant::Server::Server(const simulator::Responder &respond) : tcp(respond), terminal(respond) {}
 
 Plant::Plant(Link link, const std::vector<Cell> &cells, std::uint64_t seed)
     : m_cells(cells), m_random(seed)

@@ -136,8 +136,8 @@ public:
          const StraySettings &strays)
         : m_driver(driver), m_strays(strays), m_random(seed), m_plant(link, m_cells, seed),
           m_judge(m_plant, m_cells, tags(), RETRIES),
-          m_ranges(kmr::readRanges(tags(), kmr::SessionSettings().groupLimit,
-                                   kmr::Neighbours::Unlike))
+          m_ranges(
+              kmr::readRanges(tags(), kmr::SessionSettings().groupLimit, kmr::Neighbours::Unlike))
     {
     }
 
@@ -356,8 +356,9 @@ int main(int argc, char *argv[])
     app.add_option("--link", link, "tcp or pty")
         ->check(CLI::IsMember({"tcp", "pty"}))
         ->capture_default_str();
-    app.add_option("--strays", strays.probability,
-                   "instead of other faults: share of the answers that come twice, late or together")
+    app.add_option(
+           "--strays", strays.probability,
+           "instead of other faults: share of the answers that come twice, late or together")
         ->check(CLI::Range(0.0, 1.0));
     app.add_flag("--many", areMany, "several strays at once");
     CLI11_PARSE(app, argc, argv);

@@ -6,9 +6,9 @@ namespace {
 
 using std::chrono::microseconds;
 
-constexpr int LATEST = 20;             // timeouts
-constexpr microseconds TWICE(8000);    // about three exchanges
-constexpr int MOST_KEPT = 3;           // answers
+constexpr int LATEST = 20;          // timeouts
+constexpr microseconds TWICE(8000); // about three exchanges
+constexpr int MOST_KEPT = 3;        // answers
 
 } // namespace
 

@@ -31,7 +31,8 @@ private:
 
     StraySettings m_settings;
     std::mt19937_64 m_random;
-    std::chrono::steady_clock::time_point m_last;
+    // When the last one was made; one of an earlier line may still be on its way.
+    std::chrono::steady_clock::time_point m_last = std::chrono::steady_clock::now();
     QByteArray m_kept; // by a gateway, to come all at once
     int m_keeps = 0;   // answers that it still keeps
 };

@@ -183,7 +183,6 @@ StrayLine::StraysOf exactly(const std::vector<Stray> &strays)
     };
 }
 
-
 void expectTrue(const std::vector<QByteArray> &plan, const std::vector<Stray> &strays)
 {
     for (const int rounds : {1, 6}) {
@@ -191,9 +190,10 @@ void expectTrue(const std::vector<QByteArray> &plan, const std::vector<Stray> &s
         for (std::size_t i = 0; i < rounds * plan.size(); ++i)
             host.step();
         host.confirm();
-        ASSERT_EQ(host.wrong(), 0) << "rounds " << rounds << " of " << plan.size() << ", answer "
-                                   << strays.front().answer << (strays.front().isLate ? " late" : " twice")
-                                   << " after " << strays.front().after.count() << " us";
+        ASSERT_EQ(host.wrong(), 0)
+            << "rounds " << rounds << " of " << plan.size() << ", answer " << strays.front().answer
+            << (strays.front().isLate ? " late" : " twice") << " after "
+            << strays.front().after.count() << " us";
         ASSERT_TRUE(!strays.empty() || host.confirmed() > 0);
     }
 }

@@ -41,12 +41,10 @@ using Blocks = std::vector<std::pair<QString, int>>;
 
 TEST(UnlikeCut, LongRunsOfWordsHaveThreeLengthsInTurn)
 {
-    EXPECT_EQ(cycle({"D100x40"}), (Blocks{{"D100", 16},
-                                          {"D108", 14},
-                                          {"D115", 12},
-                                          {"D121", 16},
-                                          {"D129", 14},
-                                          {"D136", 8}}));
+    EXPECT_EQ(
+        cycle({"D100x40"}),
+        (Blocks{
+            {"D100", 16}, {"D108", 14}, {"D115", 12}, {"D121", 16}, {"D129", 14}, {"D136", 8}}));
 }
 
 TEST(UnlikeCut, TwoFullGroupsAreCutSoThatTheDriverDoesNotJoinThem)
@@ -56,8 +54,7 @@ TEST(UnlikeCut, TwoFullGroupsAreCutSoThatTheDriverDoesNotJoinThem)
 
 TEST(UnlikeCut, RunsThatDifferAnywayStayAsTheyAre)
 {
-    EXPECT_EQ(cycle({"D100x8", "D200x3", "M0x20"}),
-              (Blocks{{"D100", 16}, {"D200", 6}, {"M0", 4}}));
+    EXPECT_EQ(cycle({"D100x8", "D200x3", "M0x20"}), (Blocks{{"D100", 16}, {"D200", 6}, {"M0", 4}}));
 }
 
 TEST(UnlikeCut, SingleWordsAreReadWithAndWithoutTheOneBelow)
@@ -76,7 +73,8 @@ TEST(UnlikeCut, BitsAreReadInOneBlockAndTwoInTurn)
 {
     EXPECT_EQ(cycle({"M0x100"}),
               (Blocks{{"M0", 4}, {"M32", 2}, {"M48", 4}, {"M80", 2}, {"M96", 4}}));
-    EXPECT_EQ(cycle({"M15", "M31", "X0", "Y0"}), (Blocks{{"X0", 2}, {"Y0", 4}, {"M0", 2}, {"M16", 4}}));
+    EXPECT_EQ(cycle({"M15", "M31", "X0", "Y0"}),
+              (Blocks{{"X0", 2}, {"Y0", 4}, {"M0", 2}, {"M16", 4}}));
 }
 
 TEST(UnlikeCut, ValuesOf32BitsStayInOneRequest)
