@@ -304,6 +304,7 @@ enum ReplyResult {
 /// Of what the library exports, by its plain C name.
 #define OSTREL_KMR_EXPORT extern "C" __attribute__((visibility("default")))
 
+/// That a function throws nothing, in C++98 too.
 #if __cplusplus >= 201103L
 #define OSTREL_KMR_NOEXCEPT noexcept
 #else

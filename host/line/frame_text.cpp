@@ -66,7 +66,8 @@ QString registersText(const QByteArray &data, int bytesEach)
 
 void tellElements(int address, int count, modbus::Table table, FrameText &text)
 {
-    text.addressRange = counted(count, table) + " from " + modbus::hex(address, 4);
+    text.addressRange =
+        counted(count, table) + " from " + modbus::hex(static_cast<unsigned>(address), 4);
     text.aliases = modbus::elementsAt(table, address, count);
     if (!text.aliases.isEmpty())
         text.elements = text.aliases.takeFirst();
@@ -77,10 +78,10 @@ void explainBitWrite(const QByteArray &message, FrameText &text)
     text.kind = FrameKind::RequestOrAnswer;
     tellElements(modbus::wordAt(message, 2), 1, modbus::Table::Bits, text);
     const int value = modbus::wordAt(message, 4);
-    text.values = value == modbus::COIL_ON ? QString("on")
-                  : value == modbus::COIL_OFF
-                      ? QString("off")
-                      : modbus::hex(value, 4) + ", which is neither on nor off";
+    text.values = value == modbus::COIL_ON    ? QString("on")
+                  : value == modbus::COIL_OFF ? QString("off")
+                                              : modbus::hex(static_cast<unsigned>(value), 4) +
+                                                    ", which is neither on nor off";
 }
 
 void explainRegisterWrite(const QByteArray &message, FrameText &text)
@@ -123,7 +124,7 @@ void explainMessage(const QByteArray &message, const QByteArray &request, FrameT
 {
     const int function = modbus::byteAt(message, 1);
     const int plain = function & ~modbus::EXCEPTION_BIT;
-    text.function = modbus::hex(plain, 2) + functionName(plain);
+    text.function = modbus::hex(static_cast<unsigned>(plain), 2) + functionName(plain);
     if (function != plain && message.size() == REFUSAL_BYTES) {
         text.kind = FrameKind::Refusal;
         text.exception = modbus::exceptionText(modbus::byteAt(message, 2));
@@ -147,9 +148,10 @@ void explainMessage(const QByteArray &message, const QByteArray &request, FrameT
 
 QString lrcText(int found, int right)
 {
-    return found == right ? modbus::hex(found, 2) + " right"
+    return found == right ? modbus::hex(static_cast<unsigned>(found), 2) + " right"
                           : QString("%1 wrong, %2 would be right")
-                                .arg(modbus::hex(found, 2), modbus::hex(right, 2));
+                                .arg(modbus::hex(static_cast<unsigned>(found), 2),
+                                     modbus::hex(static_cast<unsigned>(right), 2));
 }
 
 } // namespace
