@@ -222,7 +222,7 @@ QString visible(const QByteArray &characters)
         else if (character == '\n')
             text += "\\n";
         else if (code < 0x20 || code > 0x7E)
-            text += "\\x" + modbus::hex(code, 2);
+            text += "\\x" + modbus::hex(static_cast<unsigned>(code), 2);
         else
             text += QLatin1Char(character);
     }
