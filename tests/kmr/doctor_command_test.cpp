@@ -69,7 +69,9 @@ TEST_P(DoctorOnBothLinks, FindingsHaveAnExitCodeAndAdvice)
         SCOPED_TRACE(row.fault);
         const QStringList fault =
             *row.fault == '\0' ? QStringList() : QStringList{"--fault", row.fault};
-        const Finished doctor = examine(fault, {"--timeout", "500", "--echo", row.echo});
+        // Nothing has to come in time where nothing ever comes.
+        const char *const timeout = std::string(row.fault) == "deaf" ? "20" : "500";
+        const Finished doctor = examine(fault, {"--timeout", timeout, "--echo", row.echo});
         EXPECT_EQ(doctor.exitCode, row.exitCode);
         ASSERT_TRUE(doctor.out.startsWith(m_link + ": ")) << doctor.out.toStdString();
         const QString text = doctor.out.mid(m_link.size() + 2);
