@@ -257,9 +257,8 @@ std::string Generator::addressText(int area)
                (chance(area == TV_BIT ? 90 : 10) ? "." + std::to_string(below(18)) : "");
     std::string text;
     for (int i = below(8); i > 0; --i) {
-        const int choice = below(static_cast<int>(characters.size()));
-        text +=
-            anything(20) ? static_cast<char>(below(256)) : characters[static_cast<std::size_t>(choice)];
+        const auto choice = static_cast<std::size_t>(below(static_cast<int>(characters.size())));
+        text += anything(20) ? static_cast<char>(below(256)) : characters[choice];
     }
     return text;
 }
