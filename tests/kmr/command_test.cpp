@@ -2,9 +2,11 @@
 #include "tests/host/line/full_server.h"
 #include "tests/kmr/kmr_process.h"
 
+#include <QDateTime>
 #include <QFileInfo>
 #include <QTemporaryDir>
 #include <QTimer>
+
 #include <gtest/gtest.h>
 
 #include <csignal>
@@ -377,4 +379,18 @@ TEST(Command, WatchNamesAnOutageOnceAndItsEnd)
     EXPECT_EQ(watch.err.count("station 1: no answer"), 1) << watch.err.toStdString();
     EXPECT_EQ(watch.err.count("station 1 answers again"), 1) << watch.err.toStdString();
     EXPECT_TRUE(watch.err.contains("6 requests sent, 2 good, 1 sent again, 3 given up"));
+}
+
+TEST_P(CommandOnBothLinks, GapIsKeptBetweenExchanges)
+{
+    const Finished read = kmr({"read", "D0", "D100x2", "--gap", "100", "--trace"});
+    QDateTime answered;
+    int kept = 0;
+    for (const QByteArray &line : read.err.split('\n')) {
+        const QDateTime time = QDateTime::fromString(line.left(24), Qt::ISODateWithMs);
+        const bool isRequest = line.mid(25, 1) == ">";
+        kept += isRequest && answered.isValid() && answered.msecsTo(time) >= 99 ? 1 : 0;
+        answered = isRequest ? QDateTime() : time;
+    }
+    EXPECT_EQ(kept, 2) << read.err.toStdString();
 }
