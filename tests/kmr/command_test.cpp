@@ -386,7 +386,7 @@ TEST_P(CommandOnBothLinks, GapIsKeptBetweenExchanges)
     const Finished read = kmr({"read", "D0", "D100x2", "--gap", "100", "--trace"});
     QDateTime answered;
     int kept = 0;
-    for (const QByteArray &line : read.err.split('\n')) {
+    for (const QString &line : read.err.split('\n')) {
         const QDateTime time = QDateTime::fromString(line.left(24), Qt::ISODateWithMs);
         const bool isRequest = line.mid(25, 1) == ">";
         kept += isRequest && answered.isValid() && answered.msecsTo(time) >= 99 ? 1 : 0;
