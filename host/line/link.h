@@ -1,4 +1,4 @@
-// The link to a controller: a serial port or a TCP connection, behind a QIODevice.
+// The link to a controller: a serial port or a TCP connection, as a QIODevice.
 #pragma once
 
 #include <QIODevice>
