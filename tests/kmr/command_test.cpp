@@ -116,7 +116,7 @@ TEST_P(CommandOnBothLinks, WatchPrintsNoMoreLinesThanAskedFor)
     EXPECT_EQ(kmr({"watch", "D100", "D101", "D102", "--count", "2"}).out.count('\n'), 2);
 }
 
-TEST_P(CommandOnBothLinks, WatchThatLosesItsLineForGoodEndsWithFour)
+TEST_P(CommandOnBothLinks, WatchWhoseLineDoesNotComeBackEndsWithFour)
 {
     const Finished watch = run(
         {"watch", "D100", "--for", "2", "--link", m_simulator.link()}, [this](QProcess &process) {
@@ -348,6 +348,28 @@ TEST(Command, WatchConnectsAgainAndMarksWhatIsStale)
                               "\\d{4}-\\S+,D100,1,,stale,the line was lost\n"
                               "\\d{4}-\\S+,D100,2,,good,\n$";
     EXPECT_TRUE(matches(watch.out, lines)) << watch.out.toStdString();
+}
+
+TEST(Command, WatchOpensASerialLineAgain)
+{
+    const QTemporaryDir directory;
+    const QString memory = directory.filePath("memory.csv");
+    saveFile(memory, "tag,value\nD100,7\n");
+    const QStringList serve{"--pty", directory.filePath("line")};
+    auto simulator = std::make_unique<Simulator>(serve);
+    const QString link = simulator->link();
+    const auto restart = [&](QProcess &process) {
+        while (process.bytesAvailable() == 0 && process.waitForReadyRead(10000)) {
+        }
+        simulator.reset();
+        simulator = std::make_unique<Simulator>(serve + QStringList{"--load", memory});
+    };
+    const Finished watch =
+        run({"watch", "D100", "--count", "3", "--for", "60", "--format", "csv", "--link", link},
+            restart);
+    EXPECT_EQ(watch.exitCode, 0) << watch.err.toStdString();
+    EXPECT_TRUE(watch.out.endsWith(",D100,7,,good,\n")) << watch.out.toStdString();
+    EXPECT_EQ(watch.err.count("the line is back"), 1) << watch.err.toStdString();
 }
 
 TEST(Command, WatchOfAGatewayThatHangsUpEachTimeIsPatientAndQuiet)
