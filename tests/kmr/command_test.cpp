@@ -359,7 +359,7 @@ TEST(Command, WatchOpensASerialLineAgain)
     auto simulator = std::make_unique<Simulator>(serve);
     const QString link = simulator->link();
     const auto restart = [&](QProcess &process) {
-        while (process.bytesAvailable() == 0 && process.waitForReadyRead(10000)) {
+        while (!process.peek(1000).contains("good") && process.waitForReadyRead(10000)) {
         }
         simulator.reset();
         simulator = std::make_unique<Simulator>(serve + QStringList{"--load", memory});
