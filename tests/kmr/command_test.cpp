@@ -365,7 +365,7 @@ TEST(Command, WatchOpensASerialLineAgain)
         simulator = std::make_unique<Simulator>(serve + QStringList{"--load", memory});
     };
     const Finished watch =
-        run({"watch", "D100", "--count", "3", "--for", "60", "--format", "csv", "--link", link},
+        run({"watch", "D100", "--count", "2", "--for", "60", "--format", "csv", "--link", link},
             restart);
     EXPECT_EQ(watch.exitCode, 0) << watch.err.toStdString();
     EXPECT_TRUE(watch.out.endsWith(",D100,7,,good,\n")) << watch.out.toStdString();
