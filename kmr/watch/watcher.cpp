@@ -14,12 +14,6 @@ namespace {
 
 constexpr std::chrono::milliseconds DRAW_INTERVAL(200);
 
-bool overlap(const ElementRange &left, const ElementRange &right)
-{
-    return left.station == right.station && left.area == right.area && left.first < right.end() &&
-           right.first < left.end();
-}
-
 std::chrono::steady_clock::time_point clockNow()
 {
     return std::chrono::steady_clock::now();
@@ -223,7 +217,8 @@ void Watcher::addRecord(std::size_t index, const QString &plain, const Values &v
 void Watcher::noteOutage(const Exchange &exchange, const ElementRange &run)
 {
     if (exchange.outcome == Exchange::Outcome::GivenUp)
-        m_outages.noteFailure(run, {exchange.fault, exchange.exceptionCode}, clockNow());
+        m_outages.noteFailure(run, {exchange.fault, exchange.exceptionCode, exchange.length},
+                              clockNow());
     if (exchange.outcome != Exchange::Outcome::Good)
         return;
     m_outages.noteAnswer(run, clockNow());
