@@ -17,7 +17,7 @@ constexpr Column LEFT_OUT_FIRST[] = {TREND, CHANGES, AGE, UNIT}; // for values t
 constexpr int GAP = 2;                                           // between columns
 constexpr int VALUE_WIDTH = 32;                                  // for which others are left out
 constexpr int LONGEST_NUMBER = 26;
-const char *const CUT = "..."; // where something is left out
+const char *const CUT = "...";           // where something is left out
 const char *const CLEAR_LINE = "\x1b[K"; // from the cursor on
 
 QString ageText(const WatchRow &row)

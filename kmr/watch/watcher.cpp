@@ -128,6 +128,7 @@ void Watcher::noteReconnection()
 void Watcher::draw()
 {
     const Time time = clockNow();
+    stopWithoutReader();
     m_outages.tellEnds(time);
     if (!m_table || time < m_nextDraw)
         return;
