@@ -97,7 +97,8 @@ TEST(WatchTable, StaleRowIsRedOnlyWithColours)
 {
     const std::vector<WatchRow> rows = {row("D1", WatchRow::State::Stale)};
     EXPECT_TRUE(tableLines(rows, "", 80, 24, true)[1].startsWith("\x1b[31mD1"));
-    EXPECT_EQ(tableLines(rows, "", 6, 24, true)[1], "\x1b[31mD1 ...\x1b[0m"); // ended where it is cut
+    EXPECT_EQ(tableLines(rows, "", 6, 24, true)[1],
+              "\x1b[31mD1 ...\x1b[0m"); // ended where it is cut
     EXPECT_FALSE(tableLines(rows, "", 80, 24, false)[1].contains('\x1b'));
     EXPECT_TRUE(tableLines(rows, "", 80, 24, false)[1].contains("stale since 12:00:05"));
 }
