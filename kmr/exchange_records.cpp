@@ -29,7 +29,7 @@ QString replyText(const Exchange &exchange)
         return time + ", refused: " + modbus::exceptionText(exchange.exceptionCode);
     if (exchange.outcome == Exchange::Outcome::Interrupted)
         return "broken off";
-    return toTextWithHint(exchange.fault);
+    return toTextWithHint({exchange.fault, 0, exchange.length});
 }
 
 RecordWriter exchangeRecords(Format format, const char *command)

@@ -1,4 +1,5 @@
 // kmr: watches, reads and writes a controller of the Ostrel KMR line through its driver library.
+#include "host/line/frame_text.h"
 #include "kmr/command_line.h"
 #include "kmr/commands/commands.h"
 #include "kmr/options.h"
@@ -8,6 +9,7 @@
 #include <CLI/CLI.hpp>
 #include <QCoreApplication>
 
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -88,11 +90,35 @@ ExitCode fail(ExitCode code, const QString &text)
     return code;
 }
 
+ExitCode showHelp(const CLI::App &app)
+{
+    kmr::catchStopSignals(); // a reader that has gone is not an error
+    kmr::print(toQString(app.help()).trimmed());
+    return kmr::exitCodeAfterLosses(ExitCode::Ok);
+}
+
+// The first argument that is not in the encoding of names and texts: another file than the one
+// named would be read or written.
+std::optional<QByteArray> foreignArgument(int argc, char *argv[])
+{
+    for (int i = 1; i < argc; ++i) {
+        if (QString::fromLocal8Bit(argv[i]).toLocal8Bit() != argv[i])
+            return QByteArray(argv[i]);
+    }
+    return std::nullopt;
+}
+
 } // namespace
 
 int main(int argc, char *argv[])
 {
     const QCoreApplication application(argc, argv);
+    if (const auto foreign = foreignArgument(argc, argv)) {
+        return static_cast<int>(fail(
+            ExitCode::Usage, QString("%1 is not UTF-8: kmr could not name that file; rename it, or "
+                                     "link to it by another name")
+                                 .arg(kmr::visible(*foreign))));
+    }
     kmr::Command chosen;
     CLI::App app("kmr talks to controllers of the Ostrel KMR line through their driver library.",
                  "kmr");
@@ -110,7 +136,7 @@ int main(int argc, char *argv[])
         chosen = kmr::runVersion;
     } catch (const CLI::ParseError &error) {
         if (error.get_exit_code() == 0)
-            return app.exit(error); // help was asked for
+            return static_cast<int>(showHelp(app));
         return static_cast<int>(
             fail(ExitCode::Usage,
                  QString("%1\nsee '%2 --help'").arg(faultOf(app, error), understoodCommand(app))));

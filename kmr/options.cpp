@@ -4,6 +4,7 @@
 #include "host/project/text_file.h"
 #include "host/tags/tag.h"
 #include "kmr/command_line.h"
+#include "kmr/output.h"
 
 #include <CLI/CLI.hpp>
 #include <QDir>
@@ -17,6 +18,7 @@ namespace {
 
 const char *const DEFAULT_FILE = "kmr.toml";
 const char *const TAGS = "tags"; // stands in the file only
+const char *const COMMAND_LINE = "command line";
 
 const std::vector<std::pair<std::string, EchoMode>> ECHO_MODES = {
     {"on", EchoMode::On}, {"off", EchoMode::Off}, {"auto", EchoMode::Auto}};
@@ -98,7 +100,7 @@ OptionReader::Entry &OptionReader::add(const char *key, QString &value, std::str
                                        const char *variable)
 {
     if (variable != nullptr)
-        help += std::string(" (environment: ") + variable + ')';
+        help += std::string(" (else kmr.toml, else environment: ") + variable + ')';
     CLI::Option *option = m_app.add_option_function<std::string>(
         std::string("--") + key, [&value](const std::string &text) { value = toQString(text); },
         help);
@@ -155,13 +157,13 @@ Options OptionReader::read()
 {
     for (Entry &entry : m_entries) {
         if (entry.option->count() > 0)
-            entry.source = "command line";
+            entry.source = COMMAND_LINE;
     }
-    readEnvironment();
     if (m_app.get_option("--config")->count() > 0)
         readFile(toQString(m_file));
     else if (QFileInfo::exists(DEFAULT_FILE))
         readFile(DEFAULT_FILE);
+    readEnvironment();
     m_options.isFormatAsked = m_app.get_option("--format")->count() > 0;
     return m_options;
 }
@@ -183,12 +185,19 @@ std::vector<OptionReader::Row> OptionReader::rows() const
 void OptionReader::readEnvironment()
 {
     for (Entry &entry : m_entries) {
-        if (entry.option->count() > 0 || entry.variable == nullptr ||
-            qEnvironmentVariableIsEmpty(entry.variable))
+        if (entry.variable == nullptr || qEnvironmentVariableIsEmpty(entry.variable) ||
+            entry.source == COMMAND_LINE)
             continue;
-        entry.option->add_result(qgetenv(entry.variable).toStdString());
-        entry.option->run_callback();
-        entry.source = QString("environment variable %1").arg(entry.variable);
+        const std::string value = qgetenv(entry.variable).toStdString();
+        if (entry.option->count() == 0) {
+            entry.option->add_result(value);
+            entry.option->run_callback();
+            entry.source = QString("environment variable %1").arg(entry.variable);
+        } else if (entry.option->results().back() != value) {
+            printError(QString("kmr: %1 is %2, from %3; %4=%5 of the environment is not used")
+                           .arg(entry.key, toQString(entry.option->results().back()), entry.source,
+                                entry.variable, toQString(value)));
+        }
     }
 }
 

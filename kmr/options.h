@@ -1,5 +1,6 @@
-// The options that hold for all commands: from the command line, else from the environment, else
-// from the project's file.
+// The options that hold for all commands: from the command line, else from the project's file, else
+// from the environment. A project's folder talks to its own controller, whatever was exported
+// elsewhere.
 #pragma once
 
 #include "host/line/reply_filter.h"
@@ -48,7 +49,8 @@ public:
     OptionReader &operator=(const OptionReader &) = delete;
 
     // After the command line is parsed: adds what it leaves out. Throws Error (Usage) that names
-    // every bad key of the file with its line.
+    // every bad key of the file with its line. Where the environment says something else than the
+    // file, a line on stderr says what holds.
     Options read();
 
     // After read(): a line for each option that the project's file may hold.

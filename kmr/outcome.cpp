@@ -26,6 +26,11 @@ QString hintFor(ReplyFault fault)
     }
 }
 
+QString stopCause()
+{
+    return stopFlag() ? "stopped" : "the line was lost";
+}
+
 } // namespace
 
 ExitCode exitCodeOf(const RequestResult &result)
@@ -46,7 +51,7 @@ ExitCode exitCodeOf(const RequestResult &result)
 
 QString toText(const RequestResult &result)
 {
-    const QString cause = stopFlag() ? QString("stopped") : QString("the line was lost");
+    const QString cause = stopCause();
     const bool hasFailure =
         result.failure.fault != ReplyFault::None || result.failure.exceptionCode != 0;
     switch (result.outcome) {
@@ -68,14 +73,20 @@ QString toText(const RequestResult &result)
            (hasFailure ? toTextWithHint(result.failure) : cause + " before the answer came");
 }
 
-QString toTextWithHint(ReplyFault fault)
+QString readErrorText(const Reading &reading, const Tag &tag)
 {
-    return toText(fault) + hintFor(fault);
+    if (reading.result.outcome != Outcome::NotSent)
+        return toText(reading.result);
+    if (reading.silentTag.isEmpty())
+        return "not asked: " + stopCause();
+    return QString("not asked: station %1 did not answer %2")
+        .arg(tag.elements.station)
+        .arg(reading.silentTag);
 }
 
 QString toTextWithHint(const Failure &failure)
 {
-    return failure.exceptionCode != 0 ? toText(failure) : toTextWithHint(failure.fault);
+    return failure.exceptionCode != 0 ? toText(failure) : toText(failure) + hintFor(failure.fault);
 }
 
 QString outcomeName(const RequestResult &result)

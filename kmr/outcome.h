@@ -1,6 +1,7 @@
 // What came of requests, in exit codes and in words.
 #pragma once
 
+#include "host/session/read_once.h"
 #include "host/session/session.h"
 #include "kmr/exit_code.h"
 
@@ -12,8 +13,10 @@ namespace kmr {
 ExitCode exitCodeOf(const RequestResult &result);
 QString toText(const RequestResult &result);
 
+// Why a tag could not be read: "not asked: station 1 did not answer D100".
+QString readErrorText(const Reading &reading, const Tag &tag);
+
 // What was wrong with an answer, and the options that may help.
-QString toTextWithHint(ReplyFault fault);
 QString toTextWithHint(const Failure &failure);
 
 // One word for records: "done", "refused", "no answer", "not sent" or "unknown".

@@ -4,7 +4,9 @@
 
 #include <cerrno>
 #include <cstdio>
+#include <poll.h>
 #include <system_error>
+#include <unistd.h>
 #include <utility>
 
 namespace kmr {
@@ -31,6 +33,13 @@ void print(const QString &line)
     if (cause != EPIPE)
         reportLoss("cannot write to stdout: " +
                    QString::fromStdString(std::generic_category().message(cause)));
+}
+
+void stopWithoutReader()
+{
+    pollfd output = {STDOUT_FILENO, 0, 0};
+    if (poll(&output, 1, 0) == 1 && (output.revents & (POLLERR | POLLHUP)) != 0)
+        stopFlag() = true;
 }
 
 void printError(const QString &line)

@@ -13,6 +13,10 @@ namespace kmr {
 // are dropped; unless the reader has gone, reportLoss() says why.
 void print(const QString &line);
 
+// Sets the stop flag when nobody reads stdout any more. To be called often where there may be
+// nothing to print for long.
+void stopWithoutReader();
+
 // Writes a line to stderr.
 void printError(const QString &line);
 

@@ -30,6 +30,12 @@ void catchStopSignals()
     action.sa_flags = static_cast<int>(SA_RESETHAND);
     sigaction(SIGINT, &action, nullptr);
     sigaction(SIGTERM, &action, nullptr);
+    // A closed terminal sends it more than once, and nohup has it ignored.
+    struct sigaction hangUp = {};
+    if (sigaction(SIGHUP, nullptr, &hangUp) == 0 && hangUp.sa_handler != SIG_IGN) {
+        action.sa_flags = 0;
+        sigaction(SIGHUP, &action, nullptr);
+    }
     action.sa_handler = SIG_IGN; // print() notices it
     sigaction(SIGPIPE, &action, nullptr);
 }

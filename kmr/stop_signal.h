@@ -1,12 +1,12 @@
-// Ctrl-C and SIGTERM: a request to end cleanly.
+// Ctrl-C, SIGTERM and the SIGHUP of a closed terminal: a request to end cleanly.
 #pragma once
 
 #include <atomic>
 
 namespace kmr {
 
-// From now on the two signals only set the flag. A second one ends the program at once. A reader of
-// stdout that has gone ends it no longer with a signal.
+// From now on these signals only set the flag. A second one ends the program at once, but for
+// SIGHUP. A reader of stdout that has gone ends it no longer with a signal.
 void catchStopSignals();
 
 // Set once the end is asked for.

@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <climits>
+#include <iterator>
 #include <vector>
 
 namespace modbus {
@@ -80,6 +81,12 @@ std::optional<Place> placeOf(const QString &area, int number)
                          static_cast<std::uint16_t>(window.address + number - window.first)};
     }
     return std::nullopt;
+}
+
+bool hasElement(Table table, int address)
+{
+    return std::any_of(std::begin(WINDOWS), std::end(WINDOWS),
+                       [&](const Window &window) { return holds(window, table, address); });
 }
 
 std::uint32_t highestValue(const Place &place)

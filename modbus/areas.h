@@ -50,6 +50,9 @@ struct Place {
 // Where element `number` of `area` lies; nothing for a number outside it.
 std::optional<Place> placeOf(const QString &area, int number);
 
+// Whether any area has an element at the address.
+bool hasElement(Table table, int address);
+
 // The highest value that the element at `place` holds.
 std::uint32_t highestValue(const Place &place);
 

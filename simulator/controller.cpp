@@ -8,6 +8,8 @@ namespace simulator {
 
 namespace {
 
+using modbus::Table;
+
 constexpr int RANGE_BYTES = 4; // address and quantity, or address and value
 
 // What a function made of a request: an exception, or the data of the answer.
@@ -34,11 +36,13 @@ QByteArray counted(const QByteArray &bytes)
 }
 
 // True when all registers from `address` on exist and are of one size.
-bool areAlike(int address, int quantity)
+bool areAlike(Registers registers, int address, int quantity)
 {
     const int bytes = modbus::registerBytes(address);
     for (int other = address; other < address + quantity; ++other) {
         if (other >= Memory::SIZE || modbus::registerBytes(other) != bytes)
+            return false;
+        if (registers == Registers::OfAreas && !modbus::hasElement(Table::Registers, other))
             return false;
     }
     return true;
@@ -66,7 +70,7 @@ Result readBits(const Memory &memory, const QByteArray &data)
     return {0, counted(bytes)};
 }
 
-Result readRegisters(const Memory &memory, const QByteArray &data)
+Result readRegisters(const Memory &memory, Registers registers, const QByteArray &data)
 {
     if (data.size() != RANGE_BYTES)
         return refuse(modbus::ILLEGAL_DATA_VALUE);
@@ -74,7 +78,7 @@ Result readRegisters(const Memory &memory, const QByteArray &data)
     const int quantity = modbus::wordAt(data, 2);
     if (quantity < 1 || quantity > modbus::MAX_READ_REGISTERS)
         return refuse(modbus::ILLEGAL_DATA_VALUE);
-    if (!areAlike(address, quantity))
+    if (!areAlike(registers, address, quantity))
         return refuse(modbus::ILLEGAL_DATA_ADDRESS);
     const int size = modbus::registerBytes(address);
     QByteArray bytes;
@@ -94,7 +98,7 @@ Result writeBit(Memory &memory, const QByteArray &data)
     return {0, data};
 }
 
-Result writeRegisters(Memory &memory, const QByteArray &data)
+Result writeRegisters(Memory &memory, Registers registers, const QByteArray &data)
 {
     constexpr int HEAD_BYTES = RANGE_BYTES + 1; // and the byte count
     if (data.size() < HEAD_BYTES || data.size() != HEAD_BYTES + modbus::byteAt(data, RANGE_BYTES))
@@ -105,7 +109,7 @@ Result writeRegisters(Memory &memory, const QByteArray &data)
     if (quantity < 1 || quantity > modbus::MAX_WRITE_REGISTERS ||
         data.size() != HEAD_BYTES + quantity * size)
         return refuse(modbus::ILLEGAL_DATA_VALUE);
-    if (!areAlike(address, quantity))
+    if (!areAlike(registers, address, quantity))
         return refuse(modbus::ILLEGAL_DATA_ADDRESS);
     for (int i = 0; i < quantity; ++i) {
         memory.setValue(static_cast<std::uint16_t>(address + i),
@@ -114,17 +118,17 @@ Result writeRegisters(Memory &memory, const QByteArray &data)
     return {0, data.left(RANGE_BYTES)};
 }
 
-Result execute(Memory &memory, std::uint8_t function, const QByteArray &data)
+Result execute(Memory &memory, Registers registers, std::uint8_t function, const QByteArray &data)
 {
     switch (function) {
     case modbus::READ_DISCRETE_INPUTS:
         return readBits(memory, data);
     case modbus::READ_HOLDING_REGISTERS:
-        return readRegisters(memory, data);
+        return readRegisters(memory, registers, data);
     case modbus::WRITE_SINGLE_COIL:
         return writeBit(memory, data);
     case modbus::WRITE_MULTIPLE_REGISTERS:
-        return writeRegisters(memory, data);
+        return writeRegisters(memory, registers, data);
     default:
         return refuse(modbus::ILLEGAL_FUNCTION);
     }
@@ -166,7 +170,7 @@ Exchange badLine(const QByteArray &line, modbus::LineFault fault)
     return exchange;
 }
 
-Exchange serve(Memory &memory, std::uint8_t station, const QByteArray &line)
+Exchange serve(Memory &memory, Registers registers, std::uint8_t station, const QByteArray &line)
 {
     const modbus::DecodedLine decoded = modbus::decodeLine(line);
     if (decoded.fault != modbus::LineFault::None)
@@ -176,7 +180,7 @@ Exchange serve(Memory &memory, std::uint8_t station, const QByteArray &line)
         exchange.outcome = Outcome::OtherStation;
         return exchange;
     }
-    const Result result = execute(memory, exchange.function, decoded.message.mid(2));
+    const Result result = execute(memory, registers, exchange.function, decoded.message.mid(2));
     exchange.outcome = result.exception == 0 ? Outcome::Executed : Outcome::Refused;
     exchange.exception = result.exception;
     if (exchange.station != modbus::BROADCAST)
@@ -195,17 +199,34 @@ bool isStation(const QByteArray &characters)
            characters == modbus::hex(static_cast<unsigned>(station), 2).toLatin1();
 }
 
-Controller::Controller(const QByteArray &station)
-    : m_station(static_cast<std::uint8_t>(station.toInt(nullptr, 16)))
+Exchange understand(const QByteArray &line)
+{
+    const modbus::DecodedLine decoded = modbus::decodeLine(line);
+    return decoded.fault == modbus::LineFault::None ? decode(line, decoded.message)
+                                                    : badLine(line, decoded.fault);
+}
+
+Controller::Controller(const QByteArray &station, Registers registers)
+    : m_station(static_cast<std::uint8_t>(station.toInt(nullptr, 16))), m_registers(registers)
 {
 }
 
 QByteArray Controller::answer(const QByteArray &line)
 {
-    const Exchange exchange = serve(m_memory, m_station, line);
+    const Exchange exchange = obey(line);
+    tell(exchange);
+    return exchange.answer;
+}
+
+Exchange Controller::obey(const QByteArray &line)
+{
+    return serve(m_memory, m_registers, m_station, line);
+}
+
+void Controller::tell(const Exchange &exchange) const
+{
     if (m_observer)
         m_observer(exchange);
-    return exchange.answer;
 }
 
 bool Controller::isAddressedBy(const QByteArray &line) const

@@ -47,18 +47,36 @@ QString requestText(const Exchange &exchange)
     }
 }
 
+// What came of a request to this station or to all.
+QString outcomeText(const Exchange &exchange)
+{
+    const bool isBroadcast = exchange.station == modbus::BROADCAST;
+    const bool isUnanswered = exchange.answer.isEmpty() && !isBroadcast;
+    if (exchange.outcome == Outcome::NotHeard)
+        return "not heard";
+    if (exchange.outcome == Outcome::Refused)
+        return QString("refused: ") + modbus::exceptionName(exchange.exception) +
+               (isUnanswered ? ", not answered" : "");
+    if (modbus::isRead(exchange.function) && isBroadcast)
+        return "ignored: a read of all stations gets no answer";
+    if (isBroadcast)
+        return "obeyed";
+    if (isUnanswered)
+        return modbus::isRead(exchange.function) ? "not answered" : "obeyed, not answered";
+    return "answered";
+}
+
 } // namespace
 
 QString describe(const Exchange &exchange)
 {
     if (exchange.outcome == Outcome::BadLine)
         return QString("bad line ignored: ") + modbus::toText(exchange.fault);
-    const QString request = stationText(exchange.station) + ": " + requestText(exchange);
+    const QString request = stationText(exchange.station) + ": " + requestText(exchange) + ", ";
     if (exchange.outcome == Outcome::OtherStation)
-        return request + ", ignored";
-    if (exchange.outcome == Outcome::Refused)
-        return request + ", refused: " + modbus::exceptionName(exchange.exception);
-    return request + (exchange.answer.isEmpty() ? ", obeyed" : ", answered");
+        return request + "ignored";
+    const QString faults = exchange.faults.join(", ");
+    return request + outcomeText(exchange) + (faults.isEmpty() ? "" : " (fault " + faults + ')');
 }
 
 } // namespace simulator

@@ -57,6 +57,15 @@ const KindRow *findKind(const QString &name)
     return nullptr;
 }
 
+QString nameOf(FaultKind kind)
+{
+    for (const KindRow &row : KINDS) {
+        if (row.kind == kind)
+            return QLatin1String(row.name);
+    }
+    return {};
+}
+
 QString kindNames()
 {
     QStringList names;
@@ -154,16 +163,26 @@ QByteArray fromOtherStation(const QByteArray &answer)
     return modbus::encodeLine(message);
 }
 
-// What the controller says, before anything happens to it on its way.
-QByteArray spoken(Controller &controller, const QByteArray &line, const std::vector<Fault> &hits)
+// What the controller does and says, before anything happens to its answer on the way.
+Exchange meet(Controller &controller, const QByteArray &line, const std::vector<Fault> &hits)
 {
-    if (find(hits, FaultKind::Deaf))
-        return {};
-    const Fault *exception = find(hits, FaultKind::Exception);
-    const QByteArray answer =
-        exception ? exceptionLine(line, exception->value) : controller.answer(line);
-    const bool isHeard = !find(hits, FaultKind::Silence) && !find(hits, FaultKind::Close);
-    return isHeard ? answer : QByteArray();
+    Exchange exchange;
+    if (find(hits, FaultKind::Deaf)) {
+        exchange = understand(line);
+        exchange.outcome = Outcome::NotHeard;
+    } else if (const Fault *exception = find(hits, FaultKind::Exception)) {
+        exchange = understand(line);
+        exchange.outcome = Outcome::Refused;
+        exchange.exception = static_cast<std::uint8_t>(exception->value);
+        exchange.answer = exceptionLine(line, exception->value);
+    } else {
+        exchange = controller.obey(line);
+    }
+    if (find(hits, FaultKind::Silence) || find(hits, FaultKind::Close))
+        exchange.answer.clear();
+    for (const Fault &fault : hits)
+        exchange.faults.append(nameOf(fault.kind));
+    return exchange;
 }
 
 Plan undisturbed(const QByteArray &answer)
@@ -214,7 +233,9 @@ Plan Faults::answer(Controller &controller, const QByteArray &line)
     if (!controller.isAddressedBy(line))
         return undisturbed(controller.answer(line));
     const std::vector<Fault> hits = draw();
-    QByteArray bytes = spoken(controller, line, hits);
+    const Exchange exchange = meet(controller, line, hits);
+    controller.tell(exchange);
+    QByteArray bytes = exchange.answer;
     for (const Fault &fault : hits)
         spoil(fault, line, bytes);
     if (const Fault *close = find(hits, FaultKind::Close))

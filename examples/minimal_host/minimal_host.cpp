@@ -12,6 +12,7 @@
 
 #include <algorithm>
 #include <cstdio>
+#include <cstdlib>
 
 namespace {
 
@@ -27,12 +28,18 @@ qint32 printChange(qint32, qint32 station, QString area, qint32 address)
     return 0;
 }
 
+[[noreturn]] void fail(const QString &text)
+{
+    std::fprintf(stderr, "%s\n", qPrintable(text));
+    std::exit(2);
+}
+
 // The address of an exported function, with the type that the header declares for it.
 template <typename Function> Function *resolve(QLibrary &library, const char *name)
 {
     auto *function = reinterpret_cast<Function *>(library.resolve(name));
     if (!function)
-        qFatal("%s: no function %s", qPrintable(library.fileName()), name);
+        fail(library.fileName() + ": no function " + name);
     return function;
 }
 #define RESOLVE(library, name) resolve<decltype(name)>(library, #name)
@@ -71,11 +78,11 @@ int main(int argc, char **argv)
 {
     QCoreApplication application(argc, argv);
     if (argc != 4)
-        qFatal("usage: minimal_host LIBRARY ADDRESS PORT");
+        fail("usage: minimal_host LIBRARY ADDRESS PORT");
 
     QLibrary library(QString::fromLocal8Bit(argv[1]));
     if (!library.load())
-        qFatal("%s", qPrintable(library.errorString()));
+        fail(library.errorString());
     auto *setCallback = RESOLVE(library, intf_setAddrValueChangeCallBack);
     auto *initProperty = RESOLVE(library, intf_initProperty);
     auto *addrMerge = RESOLVE(library, intf_addrMerge);
@@ -87,7 +94,7 @@ int main(int argc, char **argv)
     QTcpSocket line;
     line.connectToHost(QString::fromLocal8Bit(argv[2]), QString::fromLocal8Bit(argv[3]).toUShort());
     if (!line.waitForConnected(3000))
-        qFatal("%s", qPrintable(line.errorString()));
+        fail(line.errorString());
 
     // Device 1, writes queued, three tries for a request, up to 8 words in one.
     qint32 result = -1;

@@ -6,6 +6,7 @@
 
 #include <algorithm>
 #include <bitset>
+#include <map>
 
 namespace kmr {
 
@@ -130,6 +131,31 @@ Diagnosis diagnoseEcho(bool isEchoed, EchoMode echo)
     return {Finding::Good, text, {}};
 }
 
+// Whichever of the requests were refused; Good if none was.
+Diagnosis diagnoseRefusals(const std::vector<Probe> &probes)
+{
+    std::map<int, int> counts; // by exception code
+    for (const Probe &probe : probes)
+        counts[probe.exceptionCode] += 1;
+    const int answered = counts[0];
+    counts.erase(0);
+    if (counts.empty())
+        return {Finding::Good, {}, {}};
+    QStringList reasons;
+    for (const auto &[code, count] : counts)
+        reasons.append(modbus::exceptionText(code));
+    const std::size_t refused = probes.size() - static_cast<std::size_t>(answered);
+    const QString what = answered == 0 ? QString("what was asked is refused")
+                                       : QString("%1 of %2 requests %3 refused")
+                                             .arg(refused)
+                                             .arg(probes.size())
+                                             .arg(refused == 1 ? "was" : "were");
+    const int code = counts.begin()->first;
+    return {Finding::Refused,
+            QString("The line is good, but %1: %2.").arg(what, reasons.join(", ")),
+            refusalAdvice(code), code};
+}
+
 Diagnosis diagnoseAnswers(const std::vector<Probe> &probes, std::size_t answered, EchoMode echo)
 {
     if (answered < probes.size()) {
@@ -139,22 +165,29 @@ Diagnosis diagnoseAnswers(const std::vector<Probe> &probes, std::size_t answered
             QString("The station answers only %1 of %2 requests; the first failure: %3.")
                 .arg(answered)
                 .arg(probes.size())
-                .arg(toText(bad->fault)),
+                .arg(toText(bad->fault, bad->length)),
             QString(CHECK_WIRES) +
                 " Check that no second host uses the line. Late answers need a longer timeout."};
     }
-    const int exceptionCode = probes.back().exceptionCode;
-    if (exceptionCode != 0) {
-        return {Finding::Refused,
-                QString("The line is good, but what was asked is refused: %1.")
-                    .arg(modbus::exceptionText(exceptionCode)),
-                refusalAdvice(exceptionCode), exceptionCode};
-    }
+    const Diagnosis refusal = diagnoseRefusals(probes);
+    if (refusal.finding == Finding::Refused)
+        return refusal;
     return diagnoseEcho(std::any_of(probes.begin(), probes.end(), isEchoed), echo);
 }
 
-Diagnosis diagnoseLine(const QString &asked, const QByteArray &line)
+// "It is an answer of the wrong length: ..." where one of the probes got one.
+QString lengthText(const std::vector<Probe> &probes)
 {
+    for (const Probe &probe : probes) {
+        if (probe.length.expected > 0)
+            return " It is " + toText(probe.fault, probe.length) + '.';
+    }
+    return {};
+}
+
+Diagnosis diagnoseLine(const std::vector<Probe> &probes, const QByteArray &line)
+{
+    const QString asked = stationText(probes.front().request);
     const QString other = stationText(line);
     if (explainLine(line).kind == FrameKind::Request) {
         return {Finding::OtherHost,
@@ -171,7 +204,8 @@ Diagnosis diagnoseLine(const QString &asked, const QByteArray &line)
     }
     return {Finding::NoFit,
             QString("The station answers something that was not asked: %1.")
-                .arg(toText(explainLine(line))),
+                    .arg(toText(explainLine(line))) +
+                lengthText(probes),
             "Check that no second host uses the line and that the controller is one of this line. "
             "Late answers need a longer timeout."};
 }
@@ -228,7 +262,7 @@ Diagnosis diagnose(const std::vector<Probe> &probes, EchoMode echo)
     }
     const QList<QByteArray> lines = goodLines(received, probes);
     if (!lines.isEmpty())
-        return diagnoseLine(stationText(probes.front().request), lines.front());
+        return diagnoseLine(probes, lines.front());
     return diagnoseCharacters(probes, received);
 }
 

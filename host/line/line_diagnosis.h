@@ -16,6 +16,7 @@ struct Probe {
     QByteArray received; // all characters, echo and noise included
     ReplyFault fault = ReplyFault::None;
     int exceptionCode = 0; // of a refusal, else 0
+    AnswerLength length = {};
 };
 
 enum class Finding {

@@ -19,6 +19,7 @@ namespace kmr {
 namespace {
 
 constexpr std::chrono::milliseconds STOP_CHECK(50);
+constexpr qint64 READ_BUFFER_BYTES = 65536;
 const char *const EXAMPLES =
     "a link is serial:///dev/ttyUSB0?baud=9600&frame=7E1 or tcp://host:port";
 
@@ -132,6 +133,7 @@ std::unique_ptr<QIODevice> openTcp(const LinkAddress &address, std::chrono::mill
                                    const std::atomic<bool> &stop)
 {
     auto socket = std::make_unique<QTcpSocket>();
+    socket->setReadBufferSize(READ_BUFFER_BYTES); // else a peer that floods fills the memory
     if (!connectSocket(*socket, address, timeout, stop)) {
         throw Error(
             ErrorKind::Link,

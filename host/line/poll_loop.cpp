@@ -2,6 +2,7 @@
 
 #include "host/line/answer_form.h"
 #include "host/line/link.h"
+#include "modbus/protocol.h"
 
 #include <algorithm>
 #include <utility>
@@ -19,6 +20,7 @@ constexpr int SEND_AGAIN = 8;               // intf_dealRcvFrame's result
 constexpr int MAX_QUIET_TIMES = 10;         // a line that never falls silent is used all the same
 constexpr int CHECK_ATTEMPTS = 3;           // of a check question that confirms something
 constexpr milliseconds LONGEST_DOUBT(1000); // what waits longer gets a check question
+constexpr int KEPT_CHARS = 8192;            // of each end of what an exchange brings
 constexpr int READ_REPLY_OVERHEAD = 11;     // characters of a read's answer that are not data
 
 // Whether the line that ended an exchange was the answer, if maybe a damaged one.
@@ -26,6 +28,14 @@ bool wasAnswered(ReplyFault fault)
 {
     return fault == ReplyFault::None || fault == ReplyFault::NotHex ||
            fault == ReplyFault::WrongLrc || fault == ReplyFault::NoExceptionCode;
+}
+
+// Of a peer that floods only the two ends are kept.
+QByteArray withinLimit(const QByteArray &received)
+{
+    return received.size() <= 2 * KEPT_CHARS
+               ? received
+               : received.left(KEPT_CHARS) + received.right(KEPT_CHARS);
 }
 
 // The driver hears silence until it turns to its next request.
@@ -98,6 +108,8 @@ PollLoop::Step PollLoop::exchange()
     if (answer.end == Answer::End::NotSent)
         return broken();
     exchange.received = answer.received;
+    exchange.receivedChars = answer.receivedChars;
+    exchange.length = answer.length;
     exchange.roundTrip = answer.roundTrip;
     exchange.fault = answer.fault;
     exchange.exceptionCode = answer.exceptionCode;
@@ -123,7 +135,7 @@ PollLoop::Answer PollLoop::talk(const QByteArray &frame, int replyChars, bool is
     ReplyFilter::Verdict verdict = ReplyFilter::Verdict::MoreWanted;
     if (send(frame)) {
         const auto wireTime = m_settings.characterTime * (frame.size() + replyChars);
-        verdict = collect(filter, m_clock() + m_settings.timeout + wireTime, answer.received);
+        verdict = collect(filter, frame, m_clock() + m_settings.timeout + wireTime, answer);
     }
     answer.end =
         verdict == ReplyFilter::Verdict::MoreWanted ? Answer::End::BrokenOff : Answer::End::Over;
@@ -133,7 +145,7 @@ PollLoop::Answer PollLoop::talk(const QByteArray &frame, int replyChars, bool is
     answer.reply = filter.reply();
     answer.fault = filter.fault();
     answer.exceptionCode = filter.exceptionCode();
-    takeStraysAround(answer, frame);
+    answer.length = filter.length();
     noteEnd(frame, answer.fault);
     return answer;
 }
@@ -267,8 +279,10 @@ void PollLoop::handIn(Exchange &exchange, QByteArray reply)
         exchange.outcome = Exchange::Outcome::SentAgain;
         break;
     }
-    if (m_turn == Turn::AskOnce && exchange.outcome == Exchange::Outcome::SentAgain) {
-        giveUp(m_driver, exchange.driverText);
+    if (exchange.outcome == Exchange::Outcome::SentAgain &&
+        (m_turn == Turn::AskOnce || isRefusedForGood(exchange.exceptionCode))) {
+        QString ofSilence;
+        giveUp(m_driver, ofSilence);
         exchange.outcome = Exchange::Outcome::GivenUp;
     }
     m_isRetry = exchange.outcome == Exchange::Outcome::SentAgain;
@@ -277,6 +291,16 @@ void PollLoop::handIn(Exchange &exchange, QByteArray reply)
     tell(exchange);
     if (!m_settings.inStep)
         tell(StepNews{StepNews::Kind::Confirmed, m_frame.var.station, exchange.number});
+}
+
+// A read of what the controller doesn't have; a write may have been carried out before.
+bool PollLoop::isRefusedForGood(int exceptionCode) const
+{
+    const QByteArray request =
+        modbus::decodeLine(QByteArray(m_frame.frame, m_frame.frameLen)).message;
+    return (exceptionCode == modbus::ILLEGAL_DATA_ADDRESS ||
+            exceptionCode == modbus::ILLEGAL_DATA_VALUE) &&
+           modbus::isRead(modbus::byteAt(request, 1));
 }
 
 PollLoop::Step PollLoop::idle()
@@ -321,12 +345,13 @@ void PollLoop::takeStrays(const QByteArray &bytes)
         noteStray(line, 0);
 }
 
-// What came along with an answer, or in its place.
-void PollLoop::takeStraysAround(const Answer &answer, const QByteArray &frame)
+// What came along with an answer, or in its place. `reply`: if it is in `bytes`.
+void PollLoop::takeStraysAround(const QByteArray &bytes, const QByteArray &reply,
+                                const QByteArray &frame)
 {
     bool isReplySeen = false;
-    for (const QByteArray &line : m_strays.take(answer.received)) {
-        if (line == answer.reply && !std::exchange(isReplySeen, true))
+    for (const QByteArray &line : m_strays.take(bytes)) {
+        if (line == reply && !std::exchange(isReplySeen, true))
             continue;
         if (line != frame)
             noteStray(line, modbus::stationOf(line) == modbus::stationOf(frame) ? 1 : 0);
@@ -445,15 +470,17 @@ bool PollLoop::send(const QByteArray &frame)
 }
 
 // MoreWanted when the wait was broken off.
-ReplyFilter::Verdict PollLoop::collect(ReplyFilter &filter, TimePoint deadline,
-                                       QByteArray &received)
+ReplyFilter::Verdict PollLoop::collect(ReplyFilter &filter, const QByteArray &frame,
+                                       TimePoint deadline, Answer &answer)
 {
     for (;;) {
         switch (waitUntil(deadline)) {
         case Wait::Characters: {
             const QByteArray bytes = receive();
-            received.append(bytes);
+            answer.receivedChars += bytes.size();
+            answer.received = withinLimit(answer.received + bytes);
             const ReplyFilter::Verdict verdict = filter.take(bytes);
+            takeStraysAround(bytes, filter.reply(), frame);
             if (verdict != ReplyFilter::Verdict::MoreWanted)
                 return verdict;
             if (m_clock() >= deadline) // also on a line that never falls silent

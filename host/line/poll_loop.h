@@ -49,10 +49,12 @@ struct Exchange {
 
     const FRAME_PRO &request; // valid during the observer's call
     std::uint64_t number = 0; // of the exchanges of a loop, from 1 on
-    QByteArray received = {}; // all that arrived, echo and noise included
+    QByteArray received = {}; // all that arrived, echo and noise included; of a flood its two ends
+    qint64 receivedChars = 0; // how many characters arrived
     Outcome outcome = Outcome::Interrupted;
     ReplyFault fault = ReplyFault::None;   // why it brought no usable line
     int exceptionCode = 0;                 // of a refusal, else 0
+    AnswerLength length = {};              // with ReplyFault::WrongLength
     QString driverText = {};               // the driver's own description of the request
     std::chrono::nanoseconds roundTrip{0}; // from the first character sent to the answer's last
 };
@@ -76,7 +78,8 @@ struct StepNews {
 // such answers did. So that there is little to find out, the loop counts the answers that each
 // station owes:
 //
-//  - The same request is sent again at once: whichever of its answers comes is one to it.
+//  - The same request is sent again at once: whichever of its answers comes is one to it. A read
+//    that is refused with exception 02 or 03 is not: the answer would be the same.
 //  - Before another request to the station it waits until all owed answers have come, or can be
 //    taken for lost: after a good answer, a timeout after the time that it could have taken, from
 //    the first attempt on; after a request that was given up, three timeouts; and a timeout after
@@ -167,10 +170,12 @@ private:
         enum class End { NotSent, BrokenOff, Over };
 
         End end = End::NotSent;
-        QByteArray received;
+        QByteArray received; // see Exchange
+        qint64 receivedChars = 0;
         QByteArray reply;
         ReplyFault fault = ReplyFault::None;
         int exceptionCode = 0;
+        AnswerLength length;
         std::chrono::nanoseconds roundTrip{0};
     };
 
@@ -190,12 +195,15 @@ private:
     void emptyLine();
     QByteArray receive();
     void takeStrays(const QByteArray &bytes);
-    void takeStraysAround(const Answer &answer, const QByteArray &frame);
+    void takeStraysAround(const QByteArray &bytes, const QByteArray &reply,
+                          const QByteArray &frame);
+    bool isRefusedForGood(int exceptionCode) const;
     void noteStray(const QByteArray &line, int awaited);
     void noteSent(const QByteArray &frame, bool isRetry);
     void noteEnd(const QByteArray &frame, ReplyFault fault);
     bool send(const QByteArray &frame);
-    ReplyFilter::Verdict collect(ReplyFilter &filter, TimePoint deadline, QByteArray &received);
+    ReplyFilter::Verdict collect(ReplyFilter &filter, const QByteArray &frame, TimePoint deadline,
+                                 Answer &answer);
     void handIn(Exchange &exchange, QByteArray reply);
     Wait waitUntil(TimePoint deadline);
     void quietAfter(ReplyFault fault, bool isRetry);

@@ -30,7 +30,7 @@ ReplyFault toReplyFault(modbus::LineFault fault)
 
 } // namespace
 
-QString toText(ReplyFault fault)
+QString toText(ReplyFault fault, const AnswerLength &length)
 {
     switch (fault) {
     case ReplyFault::None:
@@ -52,7 +52,11 @@ QString toText(ReplyFault fault)
     case ReplyFault::WrongFunction:
         return "an answer to another function";
     case ReplyFault::WrongLength:
-        return "an answer of the wrong length";
+        return "an answer of the wrong length" +
+               (length.expected == 0 ? QString()
+                                     : QString(": expected %1 bytes of data, received %2")
+                                           .arg(length.expected)
+                                           .arg(length.received));
     case ReplyFault::WrongAcknowledgement:
         return "the acknowledgement of another write";
     case ReplyFault::NoExceptionCode:
@@ -151,7 +155,7 @@ ReplyFilter::Verdict ReplyFilter::judgeMessage(const QByteArray &line, const QBy
     const int answered = modbus::byteAt(message, 1);
     if (answered == (asked | modbus::EXCEPTION_BIT)) {
         if (message.size() != 3)
-            return passOver(ReplyFault::WrongLength);
+            return passOverLength(1, static_cast<int>(message.size()) - 2);
         // Codes begin with 1 (MODBUS Application Protocol V1.1b3, section 7); 0 would pass for no
         // exception, and what was refused for done.
         m_exceptionCode = modbus::byteAt(message, 2);
@@ -162,11 +166,14 @@ ReplyFilter::Verdict ReplyFilter::judgeMessage(const QByteArray &line, const QBy
 
     if (modbus::isRead(asked)) {
         const int bytes = answerBytes(m_requestMessage);
-        const bool fits = message.size() == 3 + bytes && modbus::byteAt(message, 2) == bytes;
-        return fits ? good(line) : passOver(ReplyFault::WrongLength);
+        const int counted = modbus::byteAt(message, 2);
+        const int received = static_cast<int>(message.size()) - 3;
+        if (received == bytes && counted == bytes)
+            return good(line);
+        return passOverLength(bytes, received != bytes ? std::max(0, received) : counted);
     }
     if (message.size() != 6)
-        return passOver(ReplyFault::WrongLength);
+        return passOverLength(4, static_cast<int>(message.size()) - 2);
     // A write's answer repeats its address and its value or quantity.
     return message == m_requestMessage.left(6) ? good(line)
                                                : passOver(ReplyFault::WrongAcknowledgement);
@@ -189,6 +196,8 @@ ReplyFilter::Verdict ReplyFilter::bad(ReplyFault fault)
     m_fault = fault;
     m_reply.clear();
     m_exceptionCode = 0;
+    if (fault != ReplyFault::WrongLength)
+        m_length = {};
     return Verdict::Bad;
 }
 
@@ -198,6 +207,13 @@ ReplyFilter::Verdict ReplyFilter::passOver(ReplyFault fault)
     if (m_passedOver == ReplyFault::None)
         m_passedOver = fault;
     return Verdict::MoreWanted;
+}
+
+ReplyFilter::Verdict ReplyFilter::passOverLength(int expected, int received)
+{
+    if (m_passedOver == ReplyFault::None)
+        m_length = {expected, received};
+    return passOver(ReplyFault::WrongLength);
 }
 
 bool ReplyFilter::isBitWrite() const

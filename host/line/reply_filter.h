@@ -54,8 +54,15 @@ enum class ReplyFault {
                   // one
 };
 
-// The fault in words: "wrong LRC".
-QString toText(ReplyFault fault);
+// Bytes of data that an answer should have had, and that it had; 0 and 0 unless its length is
+// wrong.
+struct AnswerLength {
+    int expected = 0;
+    int received = 0;
+};
+
+// The fault in words: "an answer of the wrong length: expected 16 bytes of data, received 14".
+QString toText(ReplyFault fault, const AnswerLength &length = {});
 
 // Judges what arrives after one request. Has no device and no clock.
 //
@@ -98,6 +105,10 @@ public:
     {
         return m_fault;
     }
+    const AnswerLength &length() const
+    {
+        return m_length;
+    }
 
 private:
     bool isRival(const QByteArray &line) const;
@@ -107,6 +118,7 @@ private:
     Verdict good(const QByteArray &line);
     Verdict bad(ReplyFault fault);
     Verdict passOver(ReplyFault fault);
+    Verdict passOverLength(int expected, int received);
     bool isBitWrite() const;
 
     const QByteArray m_request;
@@ -119,6 +131,7 @@ private:
     int m_exceptionCode = 0;
     ReplyFault m_fault = ReplyFault::None;
     ReplyFault m_passedOver = ReplyFault::None; // of the first line that answers something else
+    AnswerLength m_length;                      // likewise
 };
 
 } // namespace kmr

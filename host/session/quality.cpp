@@ -8,7 +8,7 @@ QString toText(const Failure &failure)
 {
     if (failure.exceptionCode != 0)
         return "refused: " + modbus::exceptionText(failure.exceptionCode);
-    return toText(failure.fault);
+    return toText(failure.fault, failure.length);
 }
 
 ElementRange disturbedBy(const ElementRange &written)

@@ -18,6 +18,7 @@ enum class Quality {
 struct Failure {
     ReplyFault fault = ReplyFault::None;
     int exceptionCode = 0; // not 0: refused by the controller
+    AnswerLength length = {};
 };
 
 // "refused: illegal data address (exception 02)" or the fault's text.

@@ -2,6 +2,7 @@
 
 #include "host/session/request_ranges.h"
 
+#include <algorithm>
 #include <map>
 
 namespace kmr {
@@ -11,122 +12,220 @@ namespace {
 using Outcome = RequestResult::Outcome;
 
 constexpr int MOST_PASSES = 3;
+constexpr int SILENT_REQUESTS = 2; // in a row, until a station is not asked any more
+
+// One request, and what is known of it.
+struct Request {
+    ElementRange run;
+    bool wasAsked = false;
+    bool isToBeAsked = true; // in this pass
+    bool wasGood = false;    // confirmed
+    bool hasFailed = false;  // given up, or refused for certain
+    Failure failure = {};    // with hasFailed
+};
+
+// Requests in a row that a station left without any answer.
+struct Silence {
+    int requests = 0;
+    ElementRange last;
+};
 
 class Reader {
 public:
     Reader(Session &session, const std::vector<Tag> &tags) : m_session(session)
     {
         for (const ElementRange &run : session.ranges(tags)) {
-            (isBitArea(run.area) ? m_bits : m_words).push_back(run);
+            (isBitArea(run.area) ? m_bits : m_words).push_back({run});
             session.forget(run);
         }
-        m_bitRequests = session.poll(m_bits);
+        session.setObserver([this](const Exchange &exchange) { note(exchange); });
+        session.setConfirmObserver([this](const ElementRange &run) { noteConfirmed(run); });
+        poll(bitsToAsk());
     }
+    ~Reader()
+    {
+        m_session.setObserver({});
+        m_session.setConfirmObserver({});
+    }
+    Reader(const Reader &) = delete;
+    Reader &operator=(const Reader &) = delete;
 
     // Again when answers turned out to be out of step.
     void run()
     {
         for (int pass = 0; pass < MOST_PASSES; ++pass) {
+            beginPass();
             if (!readWords() || !readBits() || m_session.confirm() != PollLoop::Step::Exchanged)
                 return;
         }
-        for (const ElementRange &run : m_words)
-            giveUpIfUndecided(run);
-        for (const ElementRange &run : m_bits)
-            giveUpIfUndecided(run);
+        eachRequest([this](Request &request) {
+            if (!isDecided(request) && request.wasAsked)
+                fail(request, {ReplyFault::NotConfirmed, 0});
+        });
     }
 
-    Reading readingOf(const Tag &tag) const
+    Reading readingOf(const Tag &tag, const std::vector<Tag> &tags) const
     {
-        const ElementState state = m_session.state(tag);
-        if (state.quality == Quality::Good)
-            return {{Outcome::Done, {}}, m_session.values(tag)};
-        if (state.quality == Quality::Stale)
-            return {{outcomeOf(state.failure), state.failure}, {}};
-        const auto silent = m_silentStations.find(tag.elements.station);
-        if (silent != m_silentStations.end())
-            return {{Outcome::NoAnswer, silent->second}, {}};
-        return {{Outcome::NoAnswer, {}}, {}}; // the line was lost, or the user stopped
+        for (const auto *requests : {&m_words, &m_bits}) {
+            for (const Request &request : *requests) {
+                if (overlap(request.run, tag.elements) && !isGood(request))
+                    return notRead(request, tags);
+            }
+        }
+        return {{Outcome::Done, {}}, m_session.values(tag), {}};
     }
 
 private:
-    static Outcome outcomeOf(const Failure &failure)
+    bool isGood(const Request &request) const
     {
-        return failure.exceptionCode != 0 ? Outcome::Refused : Outcome::NoAnswer;
+        return request.wasGood && m_session.state(request.run).quality != Quality::Unread;
     }
 
-    bool isSilent(const ElementRange &run) const
+    bool isDecided(const Request &request) const
     {
-        return m_silentStations.count(run.station) > 0;
+        return request.hasFailed || isGood(request);
     }
 
-    void noteFailure(const ElementRange &run, const Failure &failure)
+    bool isSilent(int station) const
     {
-        if (failure.exceptionCode == 0)
-            m_silentStations[run.station] = failure;
+        const auto silence = m_silent.find(station);
+        return silence != m_silent.end() && silence->second.requests >= SILENT_REQUESTS;
+    }
+
+    Reading notRead(const Request &request, const std::vector<Tag> &tags) const
+    {
+        if (request.hasFailed)
+            return {{request.failure.exceptionCode != 0 ? Outcome::Refused : Outcome::NoAnswer,
+                     request.failure},
+                    {},
+                    {}};
+        if (request.wasAsked) // the line was lost, or the user stopped
+            return {{Outcome::NoAnswer, {}}, {}, {}};
+        if (!isSilent(request.run.station))
+            return {{Outcome::NotSent, {}}, {}, {}};
+        const ElementRange &unanswered = m_silent.at(request.run.station).last;
+        const auto tag = std::find_if(tags.begin(), tags.end(), [&unanswered](const Tag &other) {
+            return overlap(other.elements, unanswered);
+        });
+        return {{Outcome::NotSent, {ReplyFault::Silence, 0}},
+                {},
+                tag != tags.end() ? tag->text : runName(unanswered)};
+    }
+
+    template <typename Action> void eachRequest(const Action &action)
+    {
+        for (auto *requests : {&m_words, &m_bits}) {
+            for (Request &request : *requests)
+                action(request);
+        }
+    }
+
+    static void fail(Request &request, const Failure &failure)
+    {
+        request.hasFailed = true;
+        request.failure = failure;
+    }
+
+    void note(const Exchange &exchange)
+    {
+        const bool isOver = exchange.outcome != Exchange::Outcome::SentAgain;
+        m_finished += isOver ? 1 : 0;
+        if (exchange.outcome == Exchange::Outcome::PassedOver || !isRead(exchange.request))
+            return;
+        const ElementRange run = refreshedBy(exchange.request);
+        const bool isRefused = exchange.exceptionCode != 0;
+        const bool isGivenUp = exchange.outcome == Exchange::Outcome::GivenUp && !isRefused;
+        eachRequest([&](Request &request) {
+            if (!overlap(request.run, run))
+                return;
+            request.wasAsked = true;
+            request.isToBeAsked = request.isToBeAsked && !isOver;
+            if (isGivenUp)
+                fail(request, {exchange.fault, 0, exchange.length});
+        });
+        if (exchange.fault != ReplyFault::Silence)
+            m_silent.erase(run.station); // damaged or refused, something answers
+        else if (isGivenUp)
+            m_silent[run.station] = {m_silent[run.station].requests + 1, run};
+    }
+
+    void noteConfirmed(const ElementRange &run)
+    {
+        eachRequest([&](Request &request) {
+            if (!overlap(request.run, run))
+                return;
+            const ElementState state = m_session.state(request.run);
+            request.wasGood = request.wasGood || state.quality == Quality::Good;
+            if (state.quality == Quality::Stale)
+                fail(request, state.failure);
+        });
+    }
+
+    void beginPass()
+    {
+        eachRequest([this](Request &request) { request.isToBeAsked = !isDecided(request); });
     }
 
     // False when the line is lost or the user stopped.
     bool readWords()
     {
-        for (const ElementRange &run : m_words) {
-            if (!isUndecided(run))
+        for (const Request &request : m_words) {
+            if (!request.isToBeAsked || isSilent(request.run.station))
                 continue;
-            const RequestResult result = m_session.ask(run);
+            const RequestResult result = m_session.ask(request.run);
             if (result.outcome == Outcome::NotSent || result.outcome == Outcome::Unknown)
                 return false;
-            if (!result.isDone())
-                noteFailure(run, result.failure);
         }
         return true;
     }
 
-    void giveUpIfUndecided(const ElementRange &run)
-    {
-        if (isUndecided(run))
-            noteFailure(run, {ReplyFault::NotConfirmed, 0});
-    }
-
-    bool isUndecided(const ElementRange &run) const
-    {
-        return !isSilent(run) && m_session.state(run).quality == Quality::Unread;
-    }
-
-    // One round of polling. Looks at all runs only when something failed: there may be thousands.
-    // False as readWords().
+    // Rounds of polling, until none is left that was passed over because its station gave no
+    // answer before. False as readWords().
     bool readBits()
     {
-        auto first = m_bits.begin(); // those before it are decided
-        for (int asked = 0; first != m_bits.end() && asked < m_bitRequests;) {
-            if (!isUndecided(*first)) {
-                ++first;
-                continue;
+        for (std::vector<ElementRange> runs; !(runs = bitsToAsk()).empty();) {
+            poll(runs);
+            const std::size_t silent = silentStations();
+            m_finished = 0;
+            while (m_finished < m_bitRequests && silentStations() == silent) {
+                if (m_session.step() != PollLoop::Step::Exchanged)
+                    return false;
             }
-            const std::uint64_t retries = m_session.statistics().retries();
-            const std::uint64_t giveUps = m_session.statistics().giveUps();
-            if (m_session.step() != PollLoop::Step::Exchanged)
-                return false;
-            if (m_session.statistics().giveUps() != giveUps)
-                noteFailures();
-            asked += m_session.statistics().retries() == retries ? 1 : 0;
         }
         return true;
     }
 
-    void noteFailures()
+    std::vector<ElementRange> bitsToAsk() const
     {
-        for (const ElementRange &run : m_bits) {
-            const ElementState state = m_session.state(run);
-            if (state.quality == Quality::Stale)
-                noteFailure(run, state.failure);
+        std::vector<ElementRange> runs;
+        for (const Request &request : m_bits) {
+            if (request.isToBeAsked && !isSilent(request.run.station))
+                runs.push_back(request.run);
         }
+        return runs;
+    }
+
+    void poll(const std::vector<ElementRange> &runs)
+    {
+        if (m_bitRequests == 0 || runs != m_polled)
+            m_bitRequests = m_session.poll(runs);
+        m_polled = runs;
+    }
+
+    std::size_t silentStations() const
+    {
+        return static_cast<std::size_t>(
+            std::count_if(m_silent.begin(), m_silent.end(),
+                          [this](const auto &silence) { return isSilent(silence.first); }));
     }
 
     Session &m_session;
-    std::vector<ElementRange> m_bits;
-    int m_bitRequests = 0; // of one round
-    std::vector<ElementRange> m_words;
-    std::map<int, Failure> m_silentStations;
+    std::vector<Request> m_words;
+    std::vector<Request> m_bits;
+    std::vector<ElementRange> m_polled;
+    int m_bitRequests = 0;           // of one round
+    int m_finished = 0;              // requests of this round
+    std::map<int, Silence> m_silent; // by station
 };
 
 } // namespace
@@ -138,7 +237,7 @@ std::vector<Reading> readNow(Session &session, const std::vector<Tag> &tags)
     std::vector<Reading> readings;
     readings.reserve(tags.size());
     for (const Tag &tag : tags)
-        readings.push_back(reader.readingOf(tag));
+        readings.push_back(reader.readingOf(tag, tags));
     return readings;
 }
 

@@ -81,7 +81,8 @@ TransferResult transfer(Session &session, const std::vector<RecipeItem> &items,
     result.unsure = progress.unsure;
     if (!result.result.isDone() && progress.failed < result.requests) {
         const _RCP_VAR_PRO &entry = entries.at(progress.failed);
-        result.failedName = entry.area + QString::number(entry.address);
+        result.failedName =
+            QString("%1#%2%3").arg(entry.station).arg(entry.area).arg(entry.address);
     }
     return result;
 }

@@ -26,7 +26,7 @@ struct TransferResult {
     int finished = 0;   // requests answered for certain
     int unsure = 0;     // requests after these that were sent
     int requests = 0;   // requests of the whole transfer
-    QString failedName; // first element of the request that failed: "D108"
+    QString failedName; // first element of the request that failed: "1#D108"
 };
 
 // Moves the items' values to the controller through the driver's recipe transfer.

@@ -35,7 +35,7 @@ ElementRange writtenBy(const VARIABLE &request)
 RequestResult resultOf(const Exchange &exchange, bool wasUnanswered)
 {
     using Outcome = RequestResult::Outcome;
-    const Failure failure{exchange.fault, exchange.exceptionCode};
+    const Failure failure{exchange.fault, exchange.exceptionCode, exchange.length};
     if (exchange.outcome == Exchange::Outcome::Good)
         return {Outcome::Done, {}};
     if (failure.exceptionCode != 0)
@@ -359,7 +359,8 @@ void Session::noteStation(const Exchange &exchange)
 void Session::noteQuality(const Exchange &exchange)
 {
     const int station = exchange.request.var.station;
-    const ElementState failed{Quality::Stale, {exchange.fault, exchange.exceptionCode}};
+    const ElementState failed{Quality::Stale,
+                              {exchange.fault, exchange.exceptionCode, exchange.length}};
     if (exchange.outcome == Exchange::Outcome::GivenUp && m_pauses.isSilent(station))
         m_values.setStation(station, failed);
     if (!isRead(exchange.request)) {

@@ -14,6 +14,12 @@ bool operator==(const ElementRange &left, const ElementRange &right)
            left.count == right.count;
 }
 
+bool overlap(const ElementRange &left, const ElementRange &right)
+{
+    return left.station == right.station && left.area == right.area && left.first < right.end() &&
+           right.first < left.end();
+}
+
 QString runName(const ElementRange &run)
 {
     const QString name = elementName(run.area, run.first);

@@ -32,6 +32,9 @@ struct ElementRange {
 
 bool operator==(const ElementRange &left, const ElementRange &right);
 
+// True when they have an element in common.
+bool overlap(const ElementRange &left, const ElementRange &right);
+
 // What the controller's address map knows of areas. The driver knows elements by their shown
 // numbers.
 using modbus::elementName;

@@ -79,7 +79,8 @@ std::optional<Diagnosis> ask(Session &session, const ElementRange &element, int 
     std::vector<Probe> probes;
     session.setObserver([&probes](const Exchange &exchange) {
         probes.push_back({QByteArray(exchange.request.frame, exchange.request.frameLen),
-                          exchange.received, exchange.fault, exchange.exceptionCode});
+                          exchange.received, exchange.fault, exchange.exceptionCode,
+                          exchange.length});
     });
     session.poll({element});
     for (int i = 0; i < count; ++i) {

@@ -8,7 +8,9 @@ namespace kmr {
 
 namespace {
 
-const char *const HELP = R"(Prints only what the controller has just answered.
+const char *const HELP =
+    R"(Prints only what the controller has just answered. A station that leaves two requests in a row
+without any answer is not asked for the rest, which is reported as not asked.
 
 )";
 const char *const EXAMPLES = R"(
@@ -20,6 +22,12 @@ Examples:
 struct ReadOptions {
     std::vector<std::string> tags;
 };
+
+QString outcomeOf(const Reading &reading)
+{
+    const bool isAsked = reading.result.outcome != RequestResult::Outcome::NotSent;
+    return isAsked ? outcomeName(reading.result) : QString("not asked");
+}
 
 ExitCode runRead(const Options &options, const ReadOptions &read)
 {
@@ -40,8 +48,9 @@ ExitCode runRead(const Options &options, const ReadOptions &read)
             records.add(tag.text + ' ' + formatValues(tag, values),
                         {now(), tag.text, interpret(tag, values), unit, QString("good"), {}});
         } else {
-            printError(QString("%1: %2").arg(tag.text, toText(result)));
-            records.add({}, {now(), tag.text, {}, unit, outcomeName(result), toText(result)});
+            const QString error = readErrorText(readings[i], tag);
+            printError(QString("%1: %2").arg(tag.text, error));
+            records.add({}, {now(), tag.text, {}, unit, outcomeOf(readings[i]), error});
         }
     }
     records.end();

@@ -33,12 +33,13 @@ ExitCode runScan(const Options &options, const ScanOptions &scan)
     Session &session = connection.open();
     RecordWriter records = exchangeRecords(options.format, "scan");
     int asked = 0;
+    bool isBrokenOff = false; // before the last one's answer came
     int found = 0;
     session.setObserver([&](const Exchange &exchange) {
         const QString line =
             QString("station %1: %2").arg(exchange.request.var.station).arg(replyText(exchange));
-        if (exchange.outcome != Exchange::Outcome::Interrupted)
-            ++asked;
+        ++asked;
+        isBrokenOff = exchange.outcome == Exchange::Outcome::Interrupted;
         if (isAnswered(exchange))
             ++found;
         else if (exchange.fault != ReplyFault::Silence)
@@ -56,6 +57,7 @@ ExitCode runScan(const Options &options, const ScanOptions &scan)
     records.end();
     const int left = scan.last - scan.first + 1 - asked;
     printError(QString("%1 of %2 stations answer").arg(found).arg(asked) +
+               (isBrokenOff ? ", the last one was not waited for" : "") +
                (left > 0 ? QString(", %1 not asked").arg(left) : QString()));
     if (last == PollLoop::Step::LineLost)
         printError("the line was lost: check the cable or the network, then start again");

@@ -20,13 +20,15 @@ namespace kmr {
 namespace {
 
 const char *const HELP =
-    R"(Prints 'ready' and the link to use when it serves. SIGTERM or Ctrl-C ends it.
+    R"(Prints 'ready' and the link to use when it serves. SIGTERM, Ctrl-C or closing
+the terminal ends it.
 
 A memory file holds a line TAG,VALUE for each bit, word or counter that isn't 0:
   tag,value
   M5,1
   D100,250
   CV2200,70000
+No element stands in two lines.
 
 A fault hits every request, or every Nth, or each with the probability P. Kinds, with
 their usual values:
@@ -46,6 +48,7 @@ struct SimOptions {
     std::vector<std::string> faults; // as simulator::parseFault() takes them
     std::uint64_t seed = 0;          // of the faults
     int baud = 0;                    // pace of the line, bits a second; 0: none
+    bool isStrict = true;            // refuses registers that no area has
     bool log = false;                // describe each request on stderr
     std::string load;                // file with the memory at the beginning; empty: all 0
     std::string save;                // file that receives the memory at the end; empty: none
@@ -67,7 +70,9 @@ simulator::Faults parseFaults(const SimOptions &sim)
 // Runs a controller of the options' station until SIGTERM or Ctrl-C.
 ExitCode runSim(const Options &options, const SimOptions &sim)
 {
-    simulator::Controller controller(QByteArray::number(options.station).rightJustified(2, '0'));
+    simulator::Controller controller(QByteArray::number(options.station).rightJustified(2, '0'),
+                                     sim.isStrict ? simulator::Registers::OfAreas
+                                                  : simulator::Registers::All);
     simulator::Faults faults = parseFaults(sim);
     const QString load = toQString(sim.load);
     if (!load.isEmpty())
@@ -103,6 +108,12 @@ void addSim(CLI::App &app, Command &chosen)
     command->add_option("--save", sim->save,
                         "write the memory to this file at the end, whole or not at all");
     command->add_flag("--animate", sim->animate, "let X0 to X7, CV2200 and D0 move");
+    command
+        ->add_option_function<std::string>(
+            "--strict", [sim](const std::string &choice) { sim->isStrict = choice == "on"; },
+            "whether registers that no area has are refused with exception 02: on or off")
+        ->default_str("on")
+        ->check(CLI::IsMember({"on", "off"}));
     command->add_flag("--log", sim->log, "describe each request on stderr");
     command
         ->add_option("--fault", sim->faults,

@@ -81,8 +81,9 @@ RequestResult write(Session &session, const Assignment &assignment)
         const RequestResult result = session.write(run, Values(next, next + run.count));
         if (!result.isDone()) {
             if (assignment.tag.count > 1)
-                printError(QString("%1: stopped at %2")
-                               .arg(assignment.tag.text, elementName(run.area, run.first)));
+                printError(QString("%1: stopped at %2#%3")
+                               .arg(assignment.tag.text, QString::number(run.station),
+                                    elementName(run.area, run.first)));
             return result;
         }
         next += run.count;
@@ -184,7 +185,8 @@ ExitCode verifyAll(Session &session, RecordWriter &records,
         const Reading &reading = readings[i];
         if (!reading.result.isDone()) {
             codes.add(exitCodeOf(reading.result));
-            addRecord(records, assignment, "confirmed", "not read back: " + toText(reading.result));
+            addRecord(records, assignment, "confirmed",
+                      "not read back: " + readErrorText(reading, assignment.tag));
         } else if (differs(assignments, i, reading.values)) {
             codes.add(ExitCode::Unknown);
             addRecord(records, assignment, "differs",

@@ -7,7 +7,9 @@
 #include <QRegularExpression>
 #include <QStringList>
 
+#include <map>
 #include <optional>
+#include <utility>
 
 namespace kmr {
 
@@ -46,8 +48,23 @@ std::optional<Place> placeOfName(const QString &name)
     return modbus::placeOf(area, modbus::linearNumber(area, digits.toInt()));
 }
 
+// The name and the line of each place so far.
+using Given = std::map<std::pair<Table, int>, std::pair<QString, int>>;
+
+void noteGiven(Given &given, const Place &place, const QString &name, int number)
+{
+    const auto [first, isNew] = given.try_emplace({place.table, place.address}, name, number);
+    if (isNew)
+        return;
+    const auto &[other, line] = first->second;
+    throw Error(ErrorKind::Usage,
+                other == name
+                    ? QString("%1 stands in line %2 already").arg(name).arg(line)
+                    : QString("%1 is the same place as %2 in line %3").arg(name, other).arg(line));
+}
+
 // Throws Error (Usage) that says what is wrong.
-void readLine(const QString &line, Memory &memory)
+void readLine(const QString &line, int number, Memory &memory, Given &given)
 {
     const QStringList fields = splitCsv(line);
     const std::optional<Place> place = placeOfName(fields.front());
@@ -65,6 +82,7 @@ void readLine(const QString &line, Memory &memory)
                                           .arg(text, fields.front())
                                           .arg(modbus::highestValue(*place)));
     }
+    noteGiven(given, *place, fields.front(), number);
     simulator::setElement(memory, *place, static_cast<std::uint32_t>(value));
 }
 
@@ -81,8 +99,10 @@ QString nameOf(Table table, int address)
 Memory parseMemory(const QString &text, const QString &name)
 {
     Memory memory;
-    const QStringList faults = readLines(
-        text, name, HEADING, [&memory](const QString &line, int) { readLine(line, memory); });
+    Given given;
+    const QStringList faults = readLines(text, name, HEADING, [&](const QString &line, int number) {
+        readLine(line, number, memory, given);
+    });
     if (!faults.isEmpty())
         throw Error(ErrorKind::Usage, faults.join('\n'));
     return memory;

@@ -8,9 +8,9 @@
 //     CV2200,70000
 //
 // Bits are 0 or 1, words 0 to 65535, counters 0 to 4294967295. The heading is optional, empty lines
-// and those that begin with '#' are skipped. What isn't named is 0. Where areas overlap, two names
-// are one place, and the later line counts. A place that lies in no area is named by its Modbus
-// address in decimal digits: bit43521, register12288.
+// and those that begin with '#' are skipped. What isn't named is 0. No place stands in two lines,
+// also not by two names: where areas overlap, S1024 is X0. A place that lies in no area is named by
+// its Modbus address in decimal digits: bit43521, register12288.
 #pragma once
 
 #include "simulator/memory.h"

@@ -6,13 +6,18 @@
 #include <iterator>
 #include <sys/ioctl.h>
 #include <unistd.h>
+#include <utility>
 
 namespace kmr {
 
 namespace {
 
-constexpr int COLUMNS = 7;
-constexpr int MAX_VALUE_WIDTH = 32;
+enum Column { TAG, VALUE, UNIT, QUALITY, AGE, CHANGES, TREND, COLUMNS };
+constexpr Column LEFT_OUT_FIRST[] = {TREND, CHANGES, AGE, UNIT}; // for values that don't fit
+constexpr int GAP = 2;                                           // between columns
+constexpr int VALUE_WIDTH = 32;                                  // for which others are left out
+constexpr int LONGEST_NUMBER = 26;
+const char *const CUT = "...";           // where something is left out
 const char *const CLEAR_LINE = "\x1b[K"; // from the cursor on
 
 QString ageText(const WatchRow &row)
@@ -33,14 +38,58 @@ QString qualityText(const WatchRow &row)
 
 QStringList cellsOf(const WatchRow &row)
 {
-    const QString value = row.value.isEmpty() ? QString("-") : row.value;
     return {row.tag,
-            value.left(MAX_VALUE_WIDTH),
+            row.value.isEmpty() ? QString("-") : row.value,
             row.unit,
             qualityText(row),
             ageText(row),
             QString::number(row.changes),
             trendLine(row.trend)};
+}
+
+// `text` in no more than `width` characters: cut between words and marked, so that no part of a
+// number is ever shown.
+QString shortened(const QString &text, int width)
+{
+    const int mark = static_cast<int>(qstrlen(CUT));
+    if (text.size() <= width)
+        return text;
+    const int end = width > mark ? text.lastIndexOf(' ', width - mark - 1) : -1;
+    if (end > 0)
+        return text.left(end).trimmed() + ' ' + CUT;
+    return width > LONGEST_NUMBER + mark ? text.left(width - mark) + CUT
+                                         : QString(CUT).left(std::max(0, width));
+}
+
+// The widths of the columns in `table`, 0 for those that are left out in favour of the values.
+std::vector<int> columnWidths(const std::vector<QStringList> &table, int width)
+{
+    std::vector<int> widths(COLUMNS);
+    for (const QStringList &cells : table) {
+        for (int i = 0; i < COLUMNS; ++i)
+            widths[static_cast<std::size_t>(i)] =
+                std::max(widths[static_cast<std::size_t>(i)], static_cast<int>(cells[i].size()));
+    }
+    int left = width + GAP; // for the values
+    for (int i = 0; i < COLUMNS; ++i)
+        left -= GAP + (i == VALUE ? 0 : widths[static_cast<std::size_t>(i)]);
+    for (const Column column : LEFT_OUT_FIRST) {
+        if (left < std::min(widths[VALUE], VALUE_WIDTH))
+            left += GAP + std::exchange(widths[column], 0);
+    }
+    widths[VALUE] = std::clamp(left, 0, widths[VALUE]);
+    return widths;
+}
+
+QString lineOf(const QStringList &cells, const std::vector<int> &widths)
+{
+    QString line;
+    for (int i = 0; i < COLUMNS; ++i) {
+        const int width = widths[static_cast<std::size_t>(i)];
+        if (width > 0)
+            line += shortened(cells[i], width).leftJustified(width + GAP);
+    }
+    return line.trimmed();
 }
 
 void show(const QByteArray &text)
@@ -90,24 +139,17 @@ QStringList tableLines(const std::vector<WatchRow> &rows, const QString &status,
     const std::size_t room = static_cast<std::size_t>(std::max(1, height - 3));
     for (std::size_t i = 0; i < std::min(rows.size(), room); ++i)
         table.push_back(cellsOf(rows[i]));
-    int widths[COLUMNS] = {};
-    for (const QStringList &cells : table) {
-        for (int i = 0; i < COLUMNS; ++i)
-            widths[i] = std::max(widths[i], static_cast<int>(cells[i].size()));
-    }
+    const std::vector<int> widths = columnWidths(table, width);
 
     QStringList lines;
     for (std::size_t i = 0; i < table.size(); ++i) {
-        QString line;
-        for (int column = 0; column < COLUMNS; ++column)
-            line += table[i][column].leftJustified(widths[column] + 2);
-        line = line.trimmed().left(width);
+        const QString line = shortened(lineOf(table[i], widths), width);
         const bool isStale = i > 0 && rows[i - 1].state == WatchRow::State::Stale;
         lines.append(hasColours && isStale ? "\x1b[31m" + line + "\x1b[0m" : line);
     }
     if (rows.size() > room)
-        lines.append(QString("... %1 more").arg(rows.size() - room).left(width));
-    lines.append(status.left(width));
+        lines.append(shortened(QString("... %1 more").arg(rows.size() - room), width));
+    lines.append(shortened(status, width));
     return lines;
 }
 

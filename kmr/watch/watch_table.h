@@ -41,7 +41,9 @@ QString toText(WatchRow::State state);
 QString trendLine(const std::deque<double> &trend);
 
 // The heading, a line for each row and at the end `status`, none wider than `width` characters and
-// no more than `height` lines. `hasColours`: stale rows in red.
+// no more than `height` lines. Where values don't fit, the columns TREND, CHANGES, AGE and UNIT
+// make room; what still does not fit is cut between values and ends with "...". `hasColours`: stale
+// rows in red.
 QStringList tableLines(const std::vector<WatchRow> &rows, const QString &status, int width,
                        int height, bool hasColours);
 

@@ -14,12 +14,6 @@ namespace {
 
 constexpr std::chrono::milliseconds DRAW_INTERVAL(200);
 
-bool overlap(const ElementRange &left, const ElementRange &right)
-{
-    return left.station == right.station && left.area == right.area && left.first < right.end() &&
-           right.first < left.end();
-}
-
 std::chrono::steady_clock::time_point clockNow()
 {
     return std::chrono::steady_clock::now();
@@ -134,6 +128,7 @@ void Watcher::noteReconnection()
 void Watcher::draw()
 {
     const Time time = clockNow();
+    stopWithoutReader();
     m_outages.tellEnds(time);
     if (!m_table || time < m_nextDraw)
         return;
@@ -223,7 +218,8 @@ void Watcher::addRecord(std::size_t index, const QString &plain, const Values &v
 void Watcher::noteOutage(const Exchange &exchange, const ElementRange &run)
 {
     if (exchange.outcome == Exchange::Outcome::GivenUp)
-        m_outages.noteFailure(run, {exchange.fault, exchange.exceptionCode}, clockNow());
+        m_outages.noteFailure(run, {exchange.fault, exchange.exceptionCode, exchange.length},
+                              clockNow());
     if (exchange.outcome != Exchange::Outcome::Good)
         return;
     m_outages.noteAnswer(run, clockNow());

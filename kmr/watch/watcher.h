@@ -47,7 +47,8 @@ public:
         return m_isLost;
     }
 
-    // Draws the table when it is time to. To be called often.
+    // Draws the table when it is time to, and ends the watch when nobody reads it any more. To be
+    // called often.
     void draw();
 
     // Draws the table for the last time, or completes the records.

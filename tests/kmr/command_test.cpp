@@ -111,6 +111,17 @@ TEST_P(CommandOnBothLinks, ProjectsFileNamesLinkTagsAndNames)
     EXPECT_EQ(read.out, "boiler.temp -2.5\nD101 0\n") << read.err.toStdString();
 }
 
+TEST_P(CommandOnBothLinks, ProjectsFileWinsOverTheEnvironmentAndIsSaidToWhenTheyDiffer)
+{
+    save("kmr.toml", "link = \"" + m_simulator.link().toUtf8() + "\"\n");
+    const QString read = "\"$KMR\" read D100 --config " + path("kmr.toml");
+    const Finished other = runShell("KMR_LINK=tcp://127.0.0.1:1 " + read);
+    EXPECT_EQ(other.out, "D100 0\n");
+    EXPECT_EQ(other.err, "kmr: link is " + m_simulator.link() + ", from " + path("kmr.toml") +
+                             ":1; KMR_LINK=tcp://127.0.0.1:1 of the environment is not used\n");
+    EXPECT_EQ(runShell("KMR_LINK=" + m_simulator.link() + ' ' + read).err, "");
+}
+
 TEST_P(CommandOnBothLinks, WatchPrintsNoMoreLinesThanAskedFor)
 {
     EXPECT_EQ(kmr({"watch", "D100", "D101", "D102", "--count", "2"}).out.count('\n'), 2);

@@ -112,12 +112,15 @@ TEST_F(DiagnosisCommand, StoppedScanCountsTheStationsThatItAsked)
 {
     const QString link = QString("tcp://127.0.0.1:%1").arg(m_server.port());
     const Finished scan =
-        run({"scan", "--timeout", "600000", "--link", link}, [](QProcess &process) {
-            QObject::connect(&process, &QProcess::readyReadStandardOutput,
-                             [&process] { kill(static_cast<pid_t>(process.processId()), SIGINT); });
-        });
-    EXPECT_EQ(scan.exitCode, 0);
-    EXPECT_TRUE(scan.err.endsWith("1 of 1 stations answer, 30 not asked\n"))
+        run({"scan", "--stations", "2..9", "--timeout", "600000", "--trace", "--link", link},
+            [](QProcess &process) { // the trace shows the first request
+                QObject::connect(&process, &QProcess::readyReadStandardError, [&process] {
+                    kill(static_cast<pid_t>(process.processId()), SIGINT);
+                });
+            });
+    EXPECT_EQ(scan.exitCode, 4);
+    EXPECT_TRUE(
+        scan.err.endsWith("0 of 1 stations answer, the last one was not waited for, 7 not asked\n"))
         << scan.err.toStdString();
 }
 

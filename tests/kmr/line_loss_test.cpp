@@ -69,8 +69,8 @@ TEST_F(LineLossTest, ReadShowsWhatWasAnsweredAndEndsWithFour)
     const Finished read = kmr({"read", "D100", "D200", "D300", "M0"});
     EXPECT_EQ(read.exitCode, 4);
     EXPECT_EQ(read.out, "D100 1\n");
-    EXPECT_EQ(read.err, "D200: no answer: the line was lost\nD300: no answer: the line was lost\n"
-                        "M0: no answer: the line was lost\n");
+    EXPECT_EQ(read.err, "D200: no answer: the line was lost\nD300: not asked: the line was lost\n"
+                        "M0: not asked: the line was lost\n");
 }
 
 TEST_F(LineLossTest, WriteThatWasSentIsUnknownAndThoseBehindItAreNotSent)
@@ -109,18 +109,20 @@ TEST_F(LineLossTest, DownloadSaysWhatIsCertain)
 {
     const Finished download = recipe("download");
     EXPECT_EQ(download.exitCode, 6);
-    EXPECT_EQ(download.err,
-              "download stopped at D200: unknown: the line was lost before the answer came; 1 of 3 "
-              "requests were answered before\nwritten for certain: 1#D100\n"
-              "unknown whether written: 1#D200\nnot written: 1#D300\n");
+    EXPECT_EQ(
+        download.err,
+        "download stopped at 1#D200: unknown: the line was lost before the answer came; 1 of 3 "
+        "requests were answered before\nwritten for certain: 1#D100\n"
+        "unknown whether written: 1#D200\nnot written: 1#D300\n");
 }
 
 TEST_F(LineLossTest, UploadLeavesItsFileAndEndsWithFour)
 {
     const Finished upload = recipe("upload");
     EXPECT_EQ(upload.exitCode, 4);
-    EXPECT_EQ(upload.err, file() + " is unchanged, upload stopped at D200: no answer: the line was "
-                                   "lost; 1 of 3 requests were answered before\n");
+    EXPECT_EQ(upload.err, file() +
+                              " is unchanged, upload stopped at 1#D200: no answer: the line was "
+                              "lost; 1 of 3 requests were answered before\n");
     EXPECT_EQ(loadFile(file()), RECIPE);
 }
 
@@ -129,6 +131,6 @@ TEST_F(LineLossTest, ComparisonShowsNothingAndEndsWithFour)
     const Finished compare = recipe("compare");
     EXPECT_EQ(compare.exitCode, 4);
     EXPECT_EQ(compare.out, "");
-    EXPECT_EQ(compare.err, "comparison stopped at D200: no answer: the line was lost; 1 of 3 "
+    EXPECT_EQ(compare.err, "comparison stopped at 1#D200: no answer: the line was lost; 1 of 3 "
                            "requests were answered before\n");
 }

@@ -72,12 +72,25 @@ TEST_F(OutputTest, ValuesThatDoNotReachStdoutEndWithOne)
     EXPECT_EQ(read.err, "kmr: cannot write to stdout: No space left on device\n");
 }
 
+TEST_F(OutputTest, HelpThatDoesNotReachStdoutEndsWithOne)
+{
+    for (const char *command : {"--help", "read --help"}) {
+        const Finished help =
+            runShell(QString("exec \"$KMR\" %1 >/dev/full").arg(QString(command)));
+        EXPECT_EQ(help.exitCode, 1);
+        EXPECT_EQ(help.err, "kmr: cannot write to stdout: No space left on device\n");
+    }
+}
+
 TEST_F(OutputTest, ReaderThatHasSeenEnoughEndsAWatchWithoutAnError)
 {
     const Simulator serial({"--pty", path("line")}); // there Qt does not keep SIGPIPE away
-    for (const QString &link : {m_simulator.link(), serial.link()}) {
-        const Finished watch =
-            runShell("{ \"$KMR\" watch D0 D1 --link " + link + "; echo $? >&2; } | :");
+    for (const QString &reader :
+         {"watch D0 D1 --link " + m_simulator.link() + "; echo $? >&2; } | :",
+          "watch D0 D1 --link " + serial.link() + "; echo $? >&2; } | :",
+          // nothing changes, so nothing more is printed
+          "watch D0 --link " + serial.link() + "; echo $? >&2; } | head -1"}) {
+        const Finished watch = runShell("{ \"$KMR\" " + reader);
         EXPECT_FALSE(watch.err.contains("cannot write")) << qPrintable(watch.err);
         EXPECT_TRUE(watch.err.endsWith("\n0\n")) << qPrintable(watch.err);
     }

@@ -3,6 +3,7 @@
 
 #include <QFileInfo>
 #include <QTcpServer>
+#include <QTcpSocket>
 #include <QTemporaryDir>
 #include <gtest/gtest.h>
 
@@ -32,6 +33,22 @@ TEST(Sim, LogsRequestsInWords)
     const QString log = simulator.log();
     EXPECT_TRUE(log.contains("station 01: read 1 register from 1064, answered"))
         << log.toStdString();
+}
+
+TEST(Sim, RefusesRegistersThatNoAreaHasUnlessItIsToldNotTo)
+{
+    const QByteArray request = ":01032D100001BE\r\n"; // behind TV 9999
+    for (const auto &[strict, answer] :
+         {std::pair("on", ":0183027A\r\n"), std::pair("off", ":0103020000FA\r\n")}) {
+        const Simulator simulator({"--listen", "tcp://127.0.0.1:0", "--strict", strict});
+        QTcpSocket socket;
+        socket.connectToHost("127.0.0.1", simulator.link().section(':', -1).toUShort());
+        ASSERT_TRUE(socket.waitForConnected());
+        socket.write(request);
+        while (!socket.canReadLine() && socket.waitForReadyRead()) {
+        }
+        EXPECT_EQ(socket.readAll(), QByteArray(answer));
+    }
 }
 
 TEST(Sim, RemovesItsPseudoTerminal)

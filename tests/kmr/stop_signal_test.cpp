@@ -19,6 +19,24 @@ TEST(StopSignal, FirstOneIsOnlyNoted)
     }
 }
 
+TEST(StopSignal, ClosedTerminalMaySaySoTwice)
+{
+    const auto hangUpTwice = [] {
+        catchStopSignals();
+        std::raise(SIGHUP);
+        std::raise(SIGHUP);
+        std::exit(stopFlag() ? 0 : 1);
+    };
+    EXPECT_EXIT(hangUpTwice(), testing::ExitedWithCode(0), "");
+    const auto hangUpUnderNohup = [] {
+        std::signal(SIGHUP, SIG_IGN);
+        catchStopSignals();
+        std::raise(SIGHUP);
+        std::exit(stopFlag() ? 1 : 0);
+    };
+    EXPECT_EXIT(hangUpUnderNohup(), testing::ExitedWithCode(0), "");
+}
+
 TEST(StopSignal, SecondOneEndsAProgramThatHangs)
 {
     for (const int signal : {SIGINT, SIGTERM}) {

@@ -3,7 +3,9 @@
 #include "tests/kmr/help_pages.h"
 #include "tests/kmr/kmr_process.h"
 
+#include <QDir>
 #include <QFileInfo>
+#include <QTemporaryDir>
 #include <gtest/gtest.h>
 
 namespace {
@@ -87,6 +89,17 @@ const Row ROWS[] = {
 };
 
 } // namespace
+
+TEST(Usage, FileNameThatIsNotUtf8IsRefusedBeforeAnotherFileIsMade)
+{
+    const QTemporaryDir directory;
+    const Finished read = runShell("cd " + directory.path() +
+                                   " && \"$KMR\" read D1 --capture \"$(printf 'l\\351.csv')\"");
+    EXPECT_EQ(read.exitCode, 2);
+    EXPECT_EQ(read.err, "kmr: l\\xE9.csv is not UTF-8: kmr could not name that file; rename it, or "
+                        "link to it by another name\n");
+    EXPECT_TRUE(QDir(directory.path()).isEmpty());
+}
 
 TEST(Usage, WhatCannotBeBegunSaysWhyAndEndsWithItsExitCode)
 {

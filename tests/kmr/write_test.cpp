@@ -58,7 +58,7 @@ TEST(Write, RunWhoseSecondRequestIsRefusedIsNotConfirmed)
                                 "--in-step", "off", "--link", simulator.link()});
     EXPECT_EQ(write.exitCode, 5);
     EXPECT_EQ(write.out, "");
-    EXPECT_EQ(write.err, "D0x10: stopped at D8\n"
+    EXPECT_EQ(write.err, "D0x10: stopped at 1#D8\n"
                          "D0x10: refused: server device failure (exception 04)\n"
                          "D20: not written, because of the failure before\n");
 }

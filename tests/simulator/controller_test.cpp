@@ -133,6 +133,21 @@ TEST(Controller, ReadsRegisters)
     });
 }
 
+TEST(Controller, StrictOneRefusesRegistersThatNoAreaHas)
+{
+    Controller controller("01", simulator::Registers::OfAreas);
+    const std::pair<std::string, std::string> ROWS[] = {
+        {":010305FF0001F7", ":0183027A"},       // before TV
+        {":010306000001F5", ":0103020000FA"},   // TV 0
+        {":01032D0F0001BF", ":0103020000FA"},   // TV 9999
+        {":01032D0F0002BE", ":0183027A"},       // and beyond
+        {":0103AEDF00016E", ":0103020000FA"},   // D 11999
+        {":0110AEE0000102AAAA0A", ":0190026D"}, // beyond D
+    };
+    for (const auto &[request, answer] : ROWS)
+        EXPECT_EQ(answerOf(controller, request), answer);
+}
+
 TEST(Controller, WritesABitAndEchoesTheRequest)
 {
     expectWrites({

@@ -224,6 +224,32 @@ TEST_F(FaultyLine, LinesThatAreNotForItAloneMeetNoFaultAndDoNotCount)
     EXPECT_EQ(bytesOf(faults.answer(controller, READ)), ":01830478\r\n");
 }
 
+TEST_F(FaultyLine, LogNamesTheFaultsAndWhatCameOfTheRequest)
+{
+    const struct {
+        QStringList faults;
+        QByteArray request;
+        std::string words;
+    } ROWS[] = {
+        {{}, READ, "read 1 register from 1000, answered"},
+        {{"deaf"}, READ, "read 1 register from 1000, not heard (fault deaf)"},
+        {{"silence"}, READ, "read 1 register from 1000, not answered (fault silence)"},
+        {{"close"}, WRITE, "write 1 register from 1000, obeyed, not answered (fault close)"},
+        {{"exception=6"},
+         WRITE,
+         "write 1 register from 1000, refused: server device busy (fault exception)"},
+        {{"flip", "echo"}, READ, "read 1 register from 1000, answered (fault echo, flip)"},
+    };
+    for (const auto &row : ROWS) {
+        std::vector<std::string> log;
+        controller.setObserver([&log](const simulator::Exchange &exchange) {
+            log.push_back(describe(exchange).toStdString());
+        });
+        plan(row.faults, row.request);
+        EXPECT_EQ(log, std::vector{"station 01: " + row.words});
+    }
+}
+
 // All that a line with every kind of fault sends about 300 requests.
 std::string sentWithSeed(std::uint64_t seed)
 {

@@ -72,6 +72,20 @@ TEST(LineDiagnosis, AdviceForARefusalFollowsItsReason)
     EXPECT_EQ(refused(4).advice, "Look at the controller's own diagnosis for the cause.");
 }
 
+TEST(LineDiagnosis, RefusalCountsWhicheverRequestItMeets)
+{
+    const Probe good = answered(ANSWER);
+    const Probe refused = probe({}, ReplyFault::None, 6);
+    for (const auto &probes :
+         {std::vector<Probe>{refused, good, good}, {good, refused, good}, {good, good, refused}}) {
+        const Diagnosis diagnosis = diagnose(probes, EchoMode::Auto);
+        EXPECT_EQ(diagnosis.finding, Finding::Refused);
+        EXPECT_EQ(diagnosis.text, "The line is good, but 1 of 3 requests was refused: server "
+                                  "device busy (exception 06).");
+        EXPECT_EQ(diagnosis.advice, "Ask again later.");
+    }
+}
+
 TEST(LineDiagnosis, WhatComesInPlaceOfAnAnswerPointsToTheCause)
 {
     const QByteArray otherStation = ":0203020007F2\r\n";

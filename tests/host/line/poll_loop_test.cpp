@@ -149,12 +149,44 @@ TEST_F(PollLoopTest, FalseReplyNeverReachesTheDriver)
 
 TEST_F(PollLoopTest, RefusalIsNamed)
 {
-    answer({{{1, REFUSED}}});
+    answer({{{1, ":01830478\r\n"}}, {{1, REFUSED}}});
+    m_loop->step();
     m_loop->step();
     EXPECT_EQ(m_noted[0].outcome, Outcome::SentAgain);
+    EXPECT_EQ(m_noted[0].exceptionCode, 4);
     EXPECT_EQ(m_noted[0].fault, ReplyFault::None);
+    EXPECT_EQ(m_noted[0].driverText, "1#D100(1)(11)");
+}
+
+TEST_F(PollLoopTest, ReadOfWhatTheControllerLacksIsNotSentAgain)
+{
+    answer({{{1, REFUSED}}, {{1, ":01830379\r\n"}}});
+    m_loop->step();
+    m_loop->step();
+    EXPECT_EQ(m_noted[1].outcome, Outcome::GivenUp);
+    EXPECT_EQ(m_noted[1].exceptionCode, 3);
+    EXPECT_EQ(m_noted[0].outcome, Outcome::GivenUp);
     EXPECT_EQ(m_noted[0].exceptionCode, 2);
     EXPECT_EQ(m_noted[0].driverText, "1#D100(1)(11)");
+}
+
+TEST_F(PollLoopTest, OfAFloodOnlyTheEndsAreKept)
+{
+    const Piece flood{1, QByteArray(8000, 'x')};
+    std::vector<Piece> pieces(100, flood);
+    pieces.push_back({1, D100_IS_1234});
+    answer({pieces});
+    qint64 arrived = 0;
+    m_loop->setObserver([&](const Exchange &exchange) {
+        arrived = exchange.receivedChars;
+        m_noted.push_back({exchange.outcome, exchange.fault, 0, exchange.received, {}, {}});
+    });
+    m_loop->step();
+    EXPECT_EQ(m_noted[0].outcome, Outcome::Good);
+    EXPECT_LE(m_noted[0].received.size(), 16384);
+    EXPECT_TRUE(m_noted[0].received.startsWith('x'));
+    EXPECT_TRUE(m_noted[0].received.endsWith(D100_IS_1234));
+    EXPECT_EQ(arrived, 800015);
 }
 
 TEST_F(PollLoopTest, LateAnswerIsTakenForItsRequestSentAgain)

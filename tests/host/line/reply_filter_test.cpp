@@ -68,6 +68,22 @@ TEST(ReplyFilter, AnswerAfterALineThatAnswersSomethingElseIsGood)
     EXPECT_EQ(filter.reply(), D100_IS_1234);
 }
 
+TEST(ReplyFilter, WrongLengthSaysWhatWasExpectedAndReceived)
+{
+    const auto textOf = [](const QByteArray &request, const QByteArray &received) {
+        Echo echo;
+        ReplyFilter filter(request, echo);
+        filter.take(received);
+        filter.end();
+        return toText(filter.fault(), filter.length()).section(": ", 1).toStdString();
+    };
+    EXPECT_EQ(textOf(READ_D100, ":01030112E9\r\n"), "expected 2 bytes of data, received 1");
+    EXPECT_EQ(textOf(READ_D100, ":01030412345678E4\r\n"), "expected 2 bytes of data, received 4");
+    EXPECT_EQ(textOf(READ_D100, ":0103041234B2\r\n"), "expected 2 bytes of data, received 4");
+    EXPECT_EQ(textOf(READ_D100, ":01837C\r\n"), "expected 1 bytes of data, received 0");
+    EXPECT_EQ(textOf(READ_D100, ":0203021234B3\r\n"), ""); // another fault
+}
+
 TEST(ReplyFilter, OnlyAWholeLineOfTheStationAboutTheRequestIsAnAnswer)
 {
     const QByteArray toStation12 = ":12031064000176\r\n";

@@ -196,7 +196,7 @@ TEST_F(TwoStations, SilentOneThatAnswersAgainIsPolledAsBefore)
 TEST_F(TwoStations, OneThatRefusesIsNotSilent)
 {
     m_spoil = [](const QByteArray &request, const QByteArray &answer) {
-        return request.startsWith(":02") ? QByteArray(":02830279\r\n") : answer;
+        return request.startsWith(":02") ? QByteArray(":02830477\r\n") : answer;
     };
     poll({"D0", "2#D0"});
     const std::size_t requestsInRound = 1 + 3;

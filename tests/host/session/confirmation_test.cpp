@@ -209,7 +209,7 @@ TEST_F(ConfirmationTest, DownloadThatIsBrokenOffNamesTheEntriesThatAreNotConfirm
     EXPECT_EQ(down.result.outcome, Outcome::NoAnswer);
     EXPECT_EQ(down.finished, 1);
     EXPECT_EQ(down.unsure, 2);
-    EXPECT_EQ(down.failedName, "D200");
+    EXPECT_EQ(down.failedName, "1#D200");
 }
 
 TEST_F(ConfirmationTest, ValuesAreTrueWhateverIsLostAndRepeated)

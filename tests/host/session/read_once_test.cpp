@@ -68,10 +68,9 @@ TEST_F(ReadingTest, LineThatStaysOutOfStepIsToldSo)
         return request.mid(5, 4) == "10C8" ? ":010302006397\r\n" + answer : answer; // D200
     };
     const auto readings = readNow(*m_session, tags({"D100", "D200"}));
-    for (const Reading &reading : readings) {
-        EXPECT_EQ(reading.result.outcome, Outcome::NoAnswer);
-        EXPECT_EQ(reading.result.failure.fault, ReplyFault::SeveralAnswers);
-    }
+    EXPECT_EQ(readings[0].values, (Values{0})); // read again after that
+    EXPECT_EQ(readings[1].result.outcome, Outcome::NoAnswer);
+    EXPECT_EQ(readings[1].result.failure.fault, ReplyFault::SeveralAnswers);
 }
 
 TEST_F(ReadingTest, ManyBitsTakeARequestEachThirtyTwo)
@@ -89,20 +88,67 @@ TEST_F(ReadingTest, ValueThatNobodyAnsweredIsAnErrorNotAValue)
     setElement("D", 100, 7);
     EXPECT_EQ(readNow(*m_session, tags({"D100"}))[0].values, (Values{7}));
     m_spoil = silence;
-    const auto readings = readNow(*m_session, tags({"D100", "D500", "M0"}));
-    for (const Reading &reading : readings) {
-        EXPECT_EQ(reading.result.outcome, Outcome::NoAnswer);
-        EXPECT_EQ(reading.result.failure.fault, ReplyFault::Silence);
-        EXPECT_TRUE(reading.values.empty());
-    }
+    const auto reading = readNow(*m_session, tags({"D100"})).front();
+    EXPECT_EQ(reading.result.outcome, Outcome::NoAnswer);
+    EXPECT_EQ(reading.result.failure.fault, ReplyFault::Silence);
+    EXPECT_TRUE(reading.values.empty());
 }
 
-TEST_F(ReadingTest, SilentStationIsAskedOnlyOnce)
+TEST_F(ReadingTest, StationThatLeavesTwoRequestsWithoutAnswerIsNotAskedForTheRest)
 {
     session();
     m_spoil = silence;
-    readNow(*m_session, tags({"D0x100", "M0x100"}));
-    EXPECT_EQ(m_device.sent().size(), 3U); // once, and two times again
+    const auto readings = readNow(*m_session, tags({"D0", "D100", "D200", "M0", "D100x2"}));
+    EXPECT_EQ(m_device.sent().size(), 6U); // two requests, each two times again
+    EXPECT_EQ(readings[0].result.outcome, Outcome::NoAnswer);
+    EXPECT_EQ(readings[1].result.outcome, Outcome::NoAnswer);
+    EXPECT_EQ(readings[1].silentTag, "");
+    for (const std::size_t i : {2, 3}) {
+        EXPECT_EQ(readings[i].result.outcome, Outcome::NotSent);
+        EXPECT_EQ(readings[i].silentTag, "D100");
+    }
+}
+
+TEST_F(ReadingTest, StationThatFallsSilentAtBitsKeepsTheWordsThatItAnswered)
+{
+    session();
+    setElement("D", 100, 7);
+    m_spoil = [](const QByteArray &request, const QByteArray &answer) {
+        return request.mid(3, 2) == "02" ? QByteArray() : answer;
+    };
+    const auto readings = readNow(*m_session, tags({"D100", "M0", "M100", "M200"}));
+    EXPECT_EQ(readings[0].values, (Values{7}));
+    EXPECT_EQ(readings[2].result.outcome, Outcome::NoAnswer);
+    EXPECT_EQ(readings[3].result.outcome, Outcome::NotSent);
+    EXPECT_EQ(readings[3].silentTag, "M100");
+}
+
+TEST_F(ReadingTest, StationThatGivesDamagedAnswersIsAskedOn)
+{
+    session();
+    m_spoil = [](const QByteArray &request, const QByteArray &answer) {
+        const QByteArray address = request.mid(5, 4);
+        const bool isGood = address == "112C" || address == "08C0"; // D300 and M192
+        return isGood ? answer : QByteArray(":0103020000FB\r\n");   // a wrong LRC
+    };
+    const auto readings =
+        readNow(*m_session, tags({"D100", "D200", "D300", "M0", "M100", "M192x16"}));
+    for (const std::size_t i : {0, 1, 3, 4})
+        EXPECT_EQ(readings[i].result.failure.fault, ReplyFault::WrongLrc) << i;
+    EXPECT_TRUE(readings[2].result.isDone());
+    EXPECT_TRUE(readings[5].result.isDone());
+}
+
+TEST_F(ReadingTest, BitsThatWerePassedOverAfterADamagedAnswerAreAskedAllTheSame)
+{
+    session();
+    m_spoil = [](const QByteArray &request, const QByteArray &answer) {
+        return request.mid(5, 4) == "0800" ? QByteArray(":01020000FF\r\n") : answer; // M0
+    };
+    const auto readings = readNow(*m_session, tags({"M0", "M100", "2#M500"})); // 2 is silent
+    EXPECT_EQ(readings[0].result.failure.fault, ReplyFault::WrongLrc);
+    EXPECT_TRUE(readings[1].result.isDone());
+    EXPECT_EQ(readings[2].result.failure.fault, ReplyFault::Silence);
 }
 
 TEST_F(ReadingTest, RefusedElementsDoNotStopTheOthers)
@@ -131,10 +177,10 @@ TEST_F(ReadingTest, LineLostAtAWordEndsTheRead)
         m_device.close();
         return QByteArray();
     };
-    for (const Reading &reading : readNow(*m_session, tags({"D100", "D500", "M0"}))) {
-        EXPECT_EQ(reading.result.outcome, Outcome::NoAnswer);
-        EXPECT_TRUE(reading.values.empty());
-    }
+    const auto readings = readNow(*m_session, tags({"D100", "D500", "M0"}));
+    EXPECT_EQ(readings[0].result.outcome, Outcome::NoAnswer);
+    for (const std::size_t i : {1, 2})
+        EXPECT_EQ(readings[i].result.outcome, Outcome::NotSent);
     EXPECT_EQ(m_device.sent().size(), 1U);
 }
 
@@ -145,8 +191,9 @@ TEST_F(ReadingTest, LineLostAtABitEndsTheRead)
         m_device.close();
         return QByteArray();
     };
-    for (const Reading &reading : readNow(*m_session, tags({"M0", "M500"})))
-        EXPECT_EQ(reading.result.outcome, Outcome::NoAnswer);
+    const auto readings = readNow(*m_session, tags({"M0", "M500"}));
+    EXPECT_EQ(readings[0].result.outcome, Outcome::NoAnswer);
+    EXPECT_EQ(readings[1].result.outcome, Outcome::NotSent);
     EXPECT_EQ(m_device.sent().size(), 1U);
 }
 
@@ -154,6 +201,6 @@ TEST_F(ReadingTest, StopFlagSetBeforeTheReadSendsNothing)
 {
     session();
     m_stop = true;
-    EXPECT_EQ(readNow(*m_session, tags({"D100", "M0"}))[0].result.outcome, Outcome::NoAnswer);
+    EXPECT_EQ(readNow(*m_session, tags({"D100", "M0"}))[0].result.outcome, Outcome::NotSent);
     EXPECT_TRUE(m_device.sent().empty());
 }

@@ -44,11 +44,11 @@ TEST_F(RecipeTest, FailedRecipeNamesWhereItStopped)
     EXPECT_EQ(down.result.outcome, Outcome::NoAnswer);
     EXPECT_EQ(down.finished, 1);
     EXPECT_EQ(down.requests, 3);
-    EXPECT_EQ(down.failedName, "D108");
+    EXPECT_EQ(down.failedName, "1#D108");
     EXPECT_EQ(element("D", 116), 0U);
 
     const TransferResult up = upload(*m_session, items);
-    EXPECT_EQ(up.failedName, "D108");
+    EXPECT_EQ(up.failedName, "1#D108");
     EXPECT_EQ(items[0].values, Values(20, 1));
 }
 
@@ -76,7 +76,7 @@ TEST_F(RecipeTest, LineLostInARecipeIsUnknown)
     const TransferResult down = download(*m_session, items);
     EXPECT_EQ(down.result.outcome, Outcome::Unknown);
     EXPECT_EQ(down.finished, 1);
-    EXPECT_EQ(down.failedName, "D108");
+    EXPECT_EQ(down.failedName, "1#D108");
 
     ASSERT_TRUE(m_device.open(QIODevice::ReadWrite | QIODevice::Unbuffered));
     m_spoil = nullptr;
@@ -140,7 +140,7 @@ TEST_F(RecipeTest, DownloadThatIsStoppedBetweenTwoAttemptsIsUnknown)
     m_session->setObserver([this](const Exchange &) { m_stop = true; });
     const TransferResult down = download(*m_session, {{tag("D100"), {4}}});
     EXPECT_EQ(down.result.outcome, Outcome::Unknown);
-    EXPECT_EQ(down.failedName, "D100");
+    EXPECT_EQ(down.failedName, "1#D100");
 }
 
 TEST_F(RecipeTest, RequestsOnTheirWayAreNotTakenForEntries)
@@ -172,7 +172,7 @@ TEST_F(RecipeTest, PolledReadOfAnEntrysOwnWordIsNotTakenForTheEntry)
     const TransferResult up = upload(*m_session, items);
     EXPECT_EQ(up.result.outcome, Outcome::NoAnswer);
     EXPECT_EQ(up.finished, 0);
-    EXPECT_EQ(up.failedName, "D100");
+    EXPECT_EQ(up.failedName, "1#D100");
 }
 
 TEST_F(RecipeTest, EntryThatIsRefusedOnlyBehindAnUnansweredAttemptIsUnknown)
@@ -185,7 +185,7 @@ TEST_F(RecipeTest, EntryThatIsRefusedOnlyBehindAnUnansweredAttemptIsUnknown)
     const TransferResult down = download(*m_session, {{tag("D100"), {4}}});
     EXPECT_EQ(element("D", 100), 4U);
     EXPECT_EQ(down.result.outcome, Outcome::Unknown);
-    EXPECT_EQ(down.failedName, "D100");
+    EXPECT_EQ(down.failedName, "1#D100");
 }
 
 TEST_F(RecipeTest, RecipeBeyondTheBufferIsRefusedBeforeAnythingIsSent)

@@ -85,6 +85,13 @@ TEST(MemoryFile, EveryBadLineIsNamedWithItsNumber)
               "plant.csv:6: bad value \"\" for D2: expected 0 to 65535");
 }
 
+TEST(MemoryFile, NoPlaceStandsInTwoLines)
+{
+    EXPECT_EQ(faultOf("tag,value\nD1,5\nX0,1\n\nD1,5\nS1024,0\n"),
+              "plant.csv:5: D1 stands in line 2 already\n"
+              "plant.csv:6: S1024 is the same place as X0 in line 3");
+}
+
 TEST(MemoryFile, ValuesAreWholeNumbersOfTheElementsSize)
 {
     EXPECT_TRUE(faultOf("CV2200,4294967296").endsWith("expected 0 to 4294967295"));

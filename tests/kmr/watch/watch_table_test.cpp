@@ -65,7 +65,7 @@ TEST(LiveTable, HasEightyColumnsAndTwentyFourLinesWhereTheTerminalDoesNotSay)
     const QByteArray shown = shownBy([&] { table.draw(rows, "status"); });
     const QList<QByteArray> lines = QByteArray(shown).replace("\x1b[K", "").split('\n');
     ASSERT_EQ(lines.size(), 24); // the last one holds the cursor
-    EXPECT_EQ(lines[1], QByteArray(80, 't') + '\r');
+    EXPECT_EQ(lines[1], QByteArray(77, 't') + "...\r");
     EXPECT_EQ(lines[21], "... 10 more\r");
     EXPECT_EQ(lines[22], "status\r");
 }
@@ -97,7 +97,8 @@ TEST(WatchTable, StaleRowIsRedOnlyWithColours)
 {
     const std::vector<WatchRow> rows = {row("D1", WatchRow::State::Stale)};
     EXPECT_TRUE(tableLines(rows, "", 80, 24, true)[1].startsWith("\x1b[31mD1"));
-    EXPECT_EQ(tableLines(rows, "", 2, 24, true)[1], "\x1b[31mD1\x1b[0m"); // ended where it is cut
+    EXPECT_EQ(tableLines(rows, "", 6, 24, true)[1],
+              "\x1b[31mD1 ...\x1b[0m"); // ended where it is cut
     EXPECT_FALSE(tableLines(rows, "", 80, 24, false)[1].contains('\x1b'));
     EXPECT_TRUE(tableLines(rows, "", 80, 24, false)[1].contains("stale since 12:00:05"));
 }
@@ -110,6 +111,26 @@ TEST(WatchTable, FitsTheTerminal)
     EXPECT_EQ(lines[4], "... 7 more");
     for (const QString &line : lines)
         EXPECT_LE(line.size(), 10);
+}
+
+TEST(WatchTable, ValuesAreCutBetweenNumbersAndOtherColumnsMakeRoomForThem)
+{
+    WatchRow words = row("D0x8", WatchRow::State::Good);
+    words.value = "61111 61112 61113 61114 61115 61116 61117 61118";
+    const auto line = [&words](int width) {
+        return tableLines({words}, "", width, 24, false)[1].toStdString();
+    };
+    EXPECT_EQ(line(99), "D0x8  61111 61112 61113 61114 61115 61116 61117 61118  C     good     "
+                        "1.2 s  4        ▁█");
+    EXPECT_EQ(line(60), "D0x8  61111 61112 61113 61114 ...       C     good     1.2 s");
+    EXPECT_EQ(line(24), "D0x8  61111 ...  good");
+    EXPECT_EQ(line(18), "D0x8  ...  good");
+}
+
+TEST(WatchTable, StatusIsCutBetweenFigures)
+{
+    EXPECT_EQ(tableLines({}, "20.0 exchanges/s  cycle 512/500 ms", 30, 24, false)[1],
+              "20.0 exchanges/s  cycle ...");
 }
 
 TEST(WatchTable, TrendGoesFromTheLeastToTheGreatest)
