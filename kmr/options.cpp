@@ -23,6 +23,8 @@ const std::vector<std::pair<std::string, EchoMode>> ECHO_MODES = {
 const std::vector<std::pair<std::string, bool>> ON_OFF = {{"on", true}, {"off", false}};
 const std::vector<std::pair<std::string, WordOrder>> WORD_ORDERS = {{"low", WordOrder::LowFirst},
                                                                     {"high", WordOrder::HighFirst}};
+const std::vector<std::pair<std::string, ByteOrder>> BYTE_ORDERS = {{"low", ByteOrder::LowFirst},
+                                                                    {"high", ByteOrder::HighFirst}};
 const std::vector<std::pair<std::string, Format>> FORMATS = {{"plain", Format::Plain},
                                                              {"table", Format::Table},
                                                              {"csv", Format::Csv},
@@ -83,14 +85,16 @@ OptionReader::OptionReader(CLI::App &app) : m_app(app)
     add("in-step", o.inStep,
         "whether answers are checked against strays and counted only once confirmed: on or off",
         ON_OFF);
-    add("word-order", o.wordOrder, "word of a 32-bit value that comes first: low or high",
+    add("word-order", o.wordOrder, "word of a 32 or 64-bit value that comes first: low or high",
         WORD_ORDERS);
+    add("byte-order", o.byteOrder,
+        "byte of a word that holds a text's first character: low or high", BYTE_ORDERS);
     add("format", o.format, "records as plain, table, csv, json or jsonl", FORMATS);
     app.add_flag("--trace", o.trace, "explain all traffic on stderr");
     app.add_option_function<std::string>(
         "--capture", [&o](const std::string &path) { o.capture = toQString(path); },
         "write every character with its time to this new file, for 'kmr trace FILE'");
-    add("names", o.names, "file of names for tags: name,tag,unit,scale,comment").fromFile =
+    add("names", o.names, "file of names for tags; 'kmr tags check --help' explains it").fromFile =
         readableFile;
 }
 

@@ -106,7 +106,7 @@ TEST_P(CommandOnBothLinks, ProjectsFileNamesLinkTagsAndNames)
                          "\"\nnames = \"names.csv\"\ntags = [\"boiler.temp\", \"D101\"]\n");
     EXPECT_EQ(run({"write", "boiler.temp=-2.5", "--config", path("kmr.toml")}).exitCode, 0);
     const Finished read = run({"read", "--config", path("kmr.toml")});
-    EXPECT_EQ(read.out, "boiler.temp -2.5\nD101 0\n") << read.err.toStdString();
+    EXPECT_EQ(read.out, "boiler.temp -2.5 C\nD101 0\n") << read.err.toStdString();
 }
 
 TEST_P(CommandOnBothLinks, WatchPrintsNoMoreLinesThanAskedFor)
@@ -209,7 +209,7 @@ TEST_P(CommandOnBothLinks, SilenceEndsWithFour)
     EXPECT_TRUE(write.err.contains("may have been written all the same"));
 }
 
-TEST(Command, UploadRefusesAFileWhoseRemarksItCannotKeep)
+TEST(Command, UploadRefusesAFileThatIsNotInUtf8)
 {
     const QTemporaryDir directory;
     const QString file = directory.filePath("mill.csv");
@@ -218,8 +218,8 @@ TEST(Command, UploadRefusesAFileWhoseRemarksItCannotKeep)
     const Simulator simulator({"--listen", "tcp://127.0.0.1:0"});
     const Finished up = run({"recipe", "upload", file, "--link", simulator.link()});
     EXPECT_EQ(up.exitCode, 2);
-    EXPECT_EQ(up.err, "kmr: " + file +
-                          " is not in UTF-8, so its comments would be lost: save it as UTF-8\n");
+    EXPECT_EQ(up.err, "kmr: " + file + ":1: not in UTF-8, maybe in Latin-1: \"# M" +
+                          QString::fromUtf8("\u00fc") + "hle\"; save it as UTF-8\n");
     EXPECT_EQ(loadFile(file), latin1);
 }
 
@@ -292,9 +292,10 @@ TEST(Command, EveryFaultOfAFileIsNamedInTheOrderOfItsLines)
         {"read --config", "station = 7\ntags = [\"D1\", \"Q5\"]\n",
          "^kmr: \\S+file:2: bad tag \"Q5\": [^\n]*\n$"},
         {"read boiler.tmp --names", "boiler.temp,D1\n",
-         "^kmr: bad tag \"boiler.tmp\": [^\n]* \\(and \\S+file has no such name\\)\n$"},
+         "^kmr: bad tag \"boiler.tmp\": [^\n]* \\(and \\S+file has no such name, did you mean "
+         "\"boiler.temp\"\\?\\)\n$"},
         {"tags check", "a,D1\nb,Q1\nc\n",
-         "(?s)^(?=.*file:2: b: bad tag \"Q1\")(?=.*file:3: c has no tag\n)"},
+         "^kmr: \\S+file:2: b: bad tag \"Q1\"[^\n]*\nkmr: \\S+file:3: c has no tag\n$"},
     };
     const QTemporaryDir directory;
     const QString file = directory.filePath("file");
@@ -304,6 +305,18 @@ TEST(Command, EveryFaultOfAFileIsNamedInTheOrderOfItsLines)
         EXPECT_EQ(kmr.exitCode, 2) << row.typed;
         EXPECT_TRUE(matches(kmr.err, row.error)) << kmr.err.toStdString();
     }
+}
+
+TEST(Command, BadNameStopsNoCommandThatDoesNotUseIt)
+{
+    const QTemporaryDir directory;
+    const QString file = directory.filePath("names.csv");
+    saveFile(file, "a,D1\nb,D1,,x\nc,Q1\n");
+    const Finished plan = run({"plan", "a", "--names", file});
+    EXPECT_EQ(plan.exitCode, 0);
+    EXPECT_EQ(plan.err,
+              "kmr: " + file + " has a bad line, which 'kmr tags check " + file + "' explains\n");
+    EXPECT_EQ(run({"plan", "b", "--names", file}).exitCode, 2);
 }
 
 TEST(Command, RefusalEndsWithFiveAndDifferentFailuresEndWithOne)
