@@ -114,7 +114,7 @@ void OptionReader::add(const char *key, int &value, const char *help, int least,
 {
     CLI::Option *option = m_app.add_option(std::string("--") + key, value, help)
                               ->capture_default_str()
-                              ->check(CLI::Range(least, most));
+                              ->check(between(least, most));
     m_entries.push_back({key, option});
 }
 
@@ -127,7 +127,7 @@ void OptionReader::add(const char *key, std::chrono::milliseconds &value, const 
                 std::string("--") + key,
                 [&value](int number) { value = std::chrono::milliseconds(number); }, help)
             ->default_str(std::to_string(value.count()))
-            ->check(CLI::Range(least, most));
+            ->check(between(least, most));
     m_entries.push_back({key, option});
 }
 
@@ -151,7 +151,7 @@ void OptionReader::add(const char *key, Choice &value, const char *help,
     CLI::Option *option =
         m_app.add_option_function<std::string>(std::string("--") + key, choose, help)
             ->default_str(usual)
-            ->check(CLI::IsMember(names));
+            ->check(oneOf(names));
     m_entries.push_back({key, option});
 }
 

@@ -3,7 +3,7 @@
 # The first word of each line under a heading of the help on stdin.
 _kmr_listed()
 {
-    sed -n "/^$1:/,/^\$/s/^  \(-[a-z],\)\{0,1\}\([^ ]\{1,\}\).*/\2/p"
+    sed -n "/^$1:/,/^\$/s/^  \(-[a-zA-Z],\)\{0,1\}\([^ ]\{1,\}\).*/\2/p"
 }
 
 # The choices of an option, from a line like "  --echo TEXT:{on,off,auto}" of the help on stdin.

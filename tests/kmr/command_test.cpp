@@ -285,10 +285,15 @@ TEST(Command, EveryFaultOfAFileIsNamedInTheOrderOfItsLines)
         {"config --config",
          "station = 700\nspeed = 9600\nnames = \"nope.csv\"\nlink = \"foo\"\necho = \"maybe\"\n",
          "^kmr: \\S+file:1: station: [^\n]*\n"
-         "kmr: \\S+file:2: unknown key \"speed\"[^\n]*\n"
+         "kmr: \\S+file:2: unknown key \"speed\"; the keys are link, [^\n]*\n"
          "kmr: \\S+file:3: cannot read \\S+nope.csv: [^\n]*\n"
          "kmr: \\S+file:4: bad link \"foo\": [^\n]*\n[^\n]*\n"
          "kmr: \\S+file:5: echo: [^\n]*\n$"},
+        {"config --config", "staton = 7\n",
+         "^kmr: \\S+file:1: unknown key \"staton\", did you mean \"station\"\\?; the keys "
+         "[^\n]*\n$"},
+        {"config --config", "station: 7\n",
+         "^kmr: \\S+file:1: not TOML: expected lines such as link = [^\n]*\n$"},
         {"read --config", "station = 7\ntags = [\"D1\", \"Q5\"]\n",
          "^kmr: \\S+file:2: bad tag \"Q5\": [^\n]*\n$"},
         {"read boiler.tmp --names", "boiler.temp,D1\n",
