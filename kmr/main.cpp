@@ -86,6 +86,7 @@ int main(int argc, char *argv[])
     CLI::App app("kmr talks to controllers of the Ostrel KMR line through their driver library.",
                  "kmr");
     app.fallthrough(); // global options may also follow the command
+    app.require_subcommand(1);
     app.footer(HELP);
     kmr::OptionReader reader(app);
     app.set_version_flag("-V,--version", "",
@@ -93,8 +94,11 @@ int main(int argc, char *argv[])
     addCommands(app, reader, chosen);
     nameCommonOptions(app);
 
+    if (argc == 1) {
+        kmr::print(toQString(app.help()).chopped(1)); // print() ends the line
+        return static_cast<int>(kmr::exitCodeAfterLosses(ExitCode::Ok));
+    }
     try {
-        app.require_subcommand(argc > 1 ? 1 : 0);
         app.parse(argc, argv);
     } catch (const CLI::CallForVersion &) {
         chosen = kmr::runVersion;
@@ -107,10 +111,6 @@ int main(int argc, char *argv[])
             QString("%1\nsee '%2 --help'").arg(kmr::faultOf(app, error), understoodCommand(app))));
     } catch (const kmr::Error &error) {
         return static_cast<int>(fail(kmr::exitCodeOf(error.kind()), error.text()));
-    }
-    if (!chosen) {                                    // nothing was typed
-        kmr::print(toQString(app.help()).chopped(1)); // print() ends the line
-        return static_cast<int>(kmr::exitCodeAfterLosses(ExitCode::Ok));
     }
     try {
         kmr::catchStopSignals();

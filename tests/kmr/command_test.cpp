@@ -324,6 +324,30 @@ TEST(Command, BadNameStopsNoCommandThatDoesNotUseIt)
     EXPECT_EQ(run({"plan", "b", "--names", file}).exitCode, 2);
 }
 
+TEST(Command, ListFromElsewhereIsImportedAndSearched)
+{
+    const QTemporaryDir directory;
+    const QString list = directory.filePath("plant.txt");
+    const QString names = directory.filePath("names.csv");
+    saveFile(list, "Nr\tSymbol\tAdresse\tFaktor\n1\tT\xFCr [1]\tX5\t\n2\tb\tQ1\t\n"
+                   "3\ttemp\tD100x2\t0,1\n");
+    const Finished import = run({"tags", "import", list, "--encoding", "latin1", "--columns",
+                                 "name=symbol,tag=Adresse,scale=Faktor", "--output", names});
+    EXPECT_EQ(import.exitCode, 1);
+    EXPECT_TRUE(matches(import.err, "^kmr: \\S+plant.txt:3: b: bad tag \"Q1\"[^\n]*\n"
+                                    "\\S+plant.txt: 2 names imported, 1 lines left out\n$"))
+        << import.err.toStdString();
+    EXPECT_EQ(QString::fromUtf8(loadFile(names)),
+              QString::fromUtf8("name,tag,unit,scale,offset,texts,word-order,byte-order,comment\n"
+                                "T\u00fcr [1],X5,,,,,,,\ntemp,D100x2,,0.1,,,,,\n"));
+    const QStringList how = {"--names", names, "--format", "csv"};
+    EXPECT_EQ(run(QStringList{"tags", "find", "D101"} + how).out.section('\n', 1),
+              "temp,D100x2,,0.1,,,,,,\n");
+    EXPECT_EQ(run(QStringList{"tags", "find", "[1"} + how).out.count('\n'), 2);
+    EXPECT_EQ(run(QStringList{"tags", "find", "pump"} + how).exitCode, 1);
+    EXPECT_EQ(run(QStringList{"tags", "list"} + how).out.count('\n'), 3);
+}
+
 TEST(Command, RefusalEndsWithFiveAndDifferentFailuresEndWithOne)
 {
     FakeController controller([](const QByteArray &line) {
