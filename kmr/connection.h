@@ -5,7 +5,7 @@
 #include "host/line/line_trace.h"
 #include "host/line/link.h"
 #include "host/project/capture.h"
-#include "host/project/name_table.h"
+#include "host/project/named_tag_reader.h"
 #include "host/session/session.h"
 #include "host/tags/tag.h"
 #include "kmr/options.h"

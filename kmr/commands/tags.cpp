@@ -1,7 +1,7 @@
 // kmr tags: files of names, checked, listed, searched and made of lists from elsewhere.
 #include "host/error.h"
 #include "host/project/csv.h"
-#include "host/project/name_table.h"
+#include "host/project/named_tag_reader.h"
 #include "host/project/text_file.h"
 #include "host/tags/nearest.h"
 #include "kmr/command_line.h"

@@ -1,4 +1,4 @@
-#include "host/project/name_table.h"
+#include "host/project/named_tag_reader.h"
 
 #include "host/error.h"
 #include "host/tags/values.h"
