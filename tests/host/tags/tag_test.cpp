@@ -156,3 +156,11 @@ TEST(Tag, WhatIsWrongIsNamed)
         EXPECT_NE(faultOf(text), "") << text;
     EXPECT_EQ(faultOf("M65537").find("octal"), std::string::npos);
 }
+
+TEST(TagCheck, BitsOfWordsAreAsFarAsTheirWordsReach)
+{
+    const TagReader reader(library(), 1);
+    EXPECT_EQ(reader.check("D11999.15").result, 0);
+    EXPECT_EQ(reader.check("D11999.15x2").result, 2);
+    EXPECT_EQ(reader.check("D100.16").result, 4);
+}
