@@ -6,12 +6,18 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <string>
 #include <tuple>
 #include <vector>
 
 // One report of the value-change callback: devId, station, area, address.
 using Report = std::tuple<int, int, std::string, int>;
+using Reports = std::vector<Report>;
+
+// The areas whose elements are bits, and those whose elements are words of 16 bits.
+const char *const BIT_AREAS[] = {"X", "Y", "M", "S", "T", "C", "TV_bit"};
+const char *const WORD_AREAS[] = {"TV", "CV", "D"};
 
 // A request of `count` elements of station 1 from `address` on.
 inline VARIABLE variable(const char *area, qint32 address, qint32 count)
@@ -22,6 +28,27 @@ inline VARIABLE variable(const char *area, qint32 address, qint32 count)
     var.address = address;
     var.count = count;
     return var;
+}
+
+// A write of 1 to one bit of M.
+inline VARIABLE bitWrite(qint32 address)
+{
+    VARIABLE var = variable("M", address, 1);
+    var.data[0] = 1;
+    return var;
+}
+
+// A recipe variable of device 1 and station 1.
+inline _RCP_VAR_PRO recipeEntry(const char *area, qint32 address, qint32 count, qint32 bufWord)
+{
+    _RCP_VAR_PRO entry;
+    entry.devId = 1;
+    entry.station = 1;
+    entry.area = QString::fromLatin1(area);
+    entry.address = address;
+    entry.count = count;
+    entry.bufWord = bufWord;
+    return entry;
 }
 
 // The characters of a frame as they go out.
@@ -63,6 +90,21 @@ inline _DATA_ watchedBits(const char *area, qint32 block, qint32 watchedBits)
 
 // Bytes of a value, byte 0 first.
 using Bytes = std::vector<int>;
+
+// `entry` with the value that was read last.
+inline _DATA_ holding(_DATA_ entry, const Bytes &readValue)
+{
+    std::copy(readValue.begin(), readValue.end(), entry.readValue);
+    return entry;
+}
+
+// `entry` with a value that the host wrote and that the controller has not acknowledged.
+inline _DATA_ written(_DATA_ entry, const Bytes &writtenValue)
+{
+    std::copy(writtenValue.begin(), writtenValue.end(), entry.writtenValue);
+    entry.writePending = 1;
+    return entry;
+}
 
 inline Bytes readValueOf(const char *area, qint32 index)
 {
@@ -106,6 +148,15 @@ protected:
         return intf_getSendFrame(&frame) == 1 ? textOf(frame) : std::string();
     }
 
+    // What is sent next, once the reply to it has taken the frame from the list.
+    static std::string nextAnswered()
+    {
+        const std::string text = nextFrame();
+        EXPECT_LE(driver.frames.size(), 1);
+        driver.frames.clear();
+        return text;
+    }
+
     // Puts the request that reads `count` elements in flight, as a cyclic block.
     static void readInFlight(const char *area, qint32 address, qint32 count)
     {
@@ -130,9 +181,21 @@ protected:
         return result;
     }
 
-    static std::vector<Report> &reports()
+    // Reads `count` elements and hands in `reply`.
+    void readAnswered(const char *area, qint32 address, qint32 count, const QByteArray &reply)
     {
-        static std::vector<Report> all;
+        readInFlight(area, address, count);
+        EXPECT_EQ(answer(reply), 1) << area << address;
+    }
+
+    Bytes recipeBytes(int first, int count) const
+    {
+        return Bytes(recipe.begin() + first, recipe.begin() + first + count);
+    }
+
+    static Reports &reports()
+    {
+        static Reports all;
         return all;
     }
 
