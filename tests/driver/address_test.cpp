@@ -20,6 +20,7 @@ TEST(DeviceArea, NamesAreComparedExactly)
     EXPECT_NE(findDeviceArea("CV2"), nullptr);
     for (const char *name : {"cv2", "CV2 ", "TV_BIT", "", "Q"})
         EXPECT_EQ(findDeviceArea(name), nullptr) << name;
+    EXPECT_EQ(findDeviceArea(QString("D") + QChar(0)), nullptr);
 }
 
 TEST(DeviceArea, PollingOrderIsWordsThenBitsThenTvBits)

@@ -44,20 +44,17 @@ protected:
 
 TEST_F(SetData, WordsAreQueuedInRequestsOfTheGroupLimit)
 {
-    EXPECT_EQ(write("D", 100, 20, std::vector<quint8>(40)), 1);
-    EXPECT_EQ(queue(), std::vector<int>({100, 8, 108, 8, 116, 4}));
-}
-
-TEST_F(SetData, FullRequestsLeaveNoEmptyOne)
-{
-    write("TV", 100, 16, std::vector<quint8>(32));
-    EXPECT_EQ(queue(), std::vector<int>({100, 8, 108, 8}));
-    driver.pendingWrites.clear();
-    write("CV", 100, 8, std::vector<quint8>(16));
-    EXPECT_EQ(queue(), std::vector<int>({100, 8}));
-    driver.pendingWrites.clear();
-    write("CV", 100, 9, std::vector<quint8>(18));
-    EXPECT_EQ(queue(), std::vector<int>({100, 8, 108, 1}));
+    const std::pair<int, std::vector<int>> rows[] = {{20, {100, 8, 108, 8, 116, 4}},
+                                                     {16, {100, 8, 108, 8}},
+                                                     {8, {100, 8}},
+                                                     {9, {100, 8, 108, 1}}};
+    for (const char *area : WORD_AREAS) {
+        for (const auto &[count, requests] : rows) {
+            driver.pendingWrites.clear();
+            EXPECT_EQ(write(area, 100, count, std::vector<quint8>(40)), 1);
+            EXPECT_EQ(queue(), requests) << area << count;
+        }
+    }
 }
 
 TEST_F(SetData, GroupLimitBelow1QueuesSingleWords)
@@ -66,28 +63,19 @@ TEST_F(SetData, GroupLimitBelow1QueuesSingleWords)
         configure(property);
         write("D", 100, 2, {1, 2, 3, 4});
         EXPECT_EQ(queue(), std::vector<int>({100, 1, 101, 1})) << property;
-        EXPECT_EQ(dataOf(0, 2), Bytes({2, 1}));
-        EXPECT_EQ(dataOf(1, 2), Bytes({4, 3}));
     }
 }
 
-TEST_F(SetData, WordsAreQueuedHighByteFirst)
-{
-    write("D", 100, 1, {0x34, 0x12});
-    EXPECT_EQ(dataOf(0, 2), Bytes({0x12, 0x34}));
-    EXPECT_EQ(writtenValueOf("D", 100), Bytes({0x34, 0x12, 0, 0}));
-    quint8 out[2];
-    intf_getData(1, "D", 100, 1, out);
-    EXPECT_EQ(Bytes(out, out + 2), Bytes({0x34, 0x12}));
-}
-
-TEST_F(SetData, EachRequestHoldsItsOwnWords)
+TEST_F(SetData, EachRequestHoldsItsOwnWordsHighByteFirst)
 {
     configure("1#0#0#3#2");
     write("D", 100, 3, {1, 2, 3, 4, 5, 6});
     EXPECT_EQ(queue(), std::vector<int>({100, 2, 102, 1}));
     EXPECT_EQ(dataOf(0, 4), Bytes({2, 1, 4, 3}));
     EXPECT_EQ(dataOf(1, 2), Bytes({6, 5}));
+    quint8 out[2];
+    intf_getData(1, "D", 102, 1, out);
+    EXPECT_EQ(Bytes(out, out + 2), Bytes({5, 6}));
 }
 
 TEST_F(SetData, CounterIsCutByWords)
@@ -106,25 +94,17 @@ TEST_F(SetData, HalfACounterIsQueuedButNotMirrored)
     EXPECT_TRUE(driver.dataAreas.isEmpty());
 }
 
-TEST_F(SetData, BitsAreQueuedOneByOne)
+TEST_F(SetData, BitsAreQueuedOneByOneAsTheHostCountsThem)
 {
-    for (const char *area : {"X", "Y", "M", "S", "T", "C", "TV_bit"}) {
+    for (const char *area : BIT_AREAS) {
         driver.pendingWrites.clear();
-        write(area, 5, 3, {1, 0, 2});
-        EXPECT_EQ(queue(), std::vector<int>({5, 1, 6, 1, 7, 1})) << area;
+        write(area, 7, 3, {1, 0, 2});
+        EXPECT_EQ(queue(), std::vector<int>({7, 1, 8, 1, 9, 1})) << area;
         EXPECT_EQ(dataOf(0, 1), Bytes({1}));
         EXPECT_EQ(dataOf(1, 1), Bytes({0}));
         EXPECT_EQ(dataOf(2, 1), Bytes({2}));
         EXPECT_EQ(driver.pendingWrites.at(0).area, area);
     }
-}
-
-TEST_F(SetData, OctalBitsAreQueuedAsTheHostCountsThem)
-{
-    write("X", 17, 2, {1, 1});
-    EXPECT_EQ(queue(), std::vector<int>({17, 1, 18, 1}));
-    EXPECT_EQ(writtenValueOf("X", 0), Bytes({0, 0x80, 0, 0}));
-    EXPECT_EQ(writtenValueOf("X", 1), Bytes({0x01, 0, 0, 0}));
 }
 
 TEST_F(SetData, RequestCarriesStationAreaAndTag)
@@ -137,32 +117,19 @@ TEST_F(SetData, RequestCarriesStationAreaAndTag)
     EXPECT_EQ(driver.pendingWrites.at(0).area, "D");
     EXPECT_EQ(driver.pendingWrites.at(0).reqTag, 42);
     EXPECT_EQ(driver.pendingWrites.at(1).station, 8);
-    EXPECT_EQ(driver.pendingWrites.at(1).area, "M");
     EXPECT_EQ(driver.pendingWrites.at(1).reqTag, -3);
     EXPECT_EQ(driver.dataAreas.at(0).station, 7);
     EXPECT_EQ(driver.dataAreas.at(1).station, 8);
 }
 
-TEST_F(SetData, OtherAreasQueueNothing)
+TEST_F(SetData, OtherAreasCountsBelowOneAndNoDataQueueNothing)
 {
-    EXPECT_EQ(write("SM", 0, 1, {1}), 1);
-    EXPECT_EQ(write("Q", 0, 1, {1, 1}), 1);
-    EXPECT_EQ(write("m", 0, 1, {1}), 1);
-    EXPECT_TRUE(driver.pendingWrites.isEmpty());
-    EXPECT_TRUE(driver.dataAreas.isEmpty());
-}
-
-TEST_F(SetData, CountBelowOneQueuesNothing)
-{
+    for (const char *area : {"SM", "Q", "m"})
+        EXPECT_EQ(write(area, 0, 1, {1, 1}), 1);
     for (const char *area : {"M", "D", "CV2"}) {
         EXPECT_EQ(write(area, 0, 0, {1}), 1);
         EXPECT_EQ(write(area, 0, -8, {1}), 1);
     }
-    EXPECT_TRUE(driver.pendingWrites.isEmpty());
-}
-
-TEST_F(SetData, WithoutDataNothingHappens)
-{
     EXPECT_EQ(intf_setData(1, "D", 100, 1, nullptr, 0), 1);
     EXPECT_TRUE(driver.pendingWrites.isEmpty());
     EXPECT_TRUE(driver.dataAreas.isEmpty());
@@ -180,24 +147,17 @@ TEST_F(SetData, SwitchedOffQueueStillMirrors)
     }
 }
 
-TEST_F(SetData, NewerWriteReplacesAQueuedOne)
+TEST_F(SetData, NewerWriteReplacesAQueuedOneButNeverTheFront)
 {
     fillQueue(3);
     write("D", 1, 1, {0x34, 0x12}, 9);
-    EXPECT_EQ(queue(), std::vector<int>({0, 1, 1, 1, 2, 1}));
+    write("D", 0, 1, {0x78, 0x56});
+    write("D", 0, 1, {0xBC, 0x9A});
+    EXPECT_EQ(queue(), std::vector<int>({0, 1, 1, 1, 2, 1, 0, 1}));
+    EXPECT_EQ(dataOf(0, 2), Bytes({0, 0}));
     EXPECT_EQ(dataOf(1, 2), Bytes({0x12, 0x34}));
     EXPECT_EQ(driver.pendingWrites.at(1).reqTag, 9);
-}
-
-TEST_F(SetData, FrontOfTheQueueIsNeverReplaced)
-{
-    write("M", 5, 1, {1});
-    write("M", 5, 1, {0});
-    EXPECT_EQ(queue(), std::vector<int>({5, 1, 5, 1}));
-    EXPECT_EQ(dataOf(0, 1), Bytes({1}));
-    write("M", 5, 1, {1});
-    EXPECT_EQ(queue(), std::vector<int>({5, 1, 5, 1}));
-    EXPECT_EQ(dataOf(1, 1), Bytes({1}));
+    EXPECT_EQ(dataOf(3, 2), Bytes({0x9A, 0xBC}));
 }
 
 TEST_F(SetData, NewestOfEqualRequestsIsReplaced)
@@ -220,24 +180,19 @@ TEST_F(SetData, OtherTargetIsARequestOfItsOwn)
     EXPECT_EQ(driver.pendingWrites.size(), 5);
 }
 
-TEST_F(SetData, FullQueueReplacesItsLastRequest)
+TEST_F(SetData, FullQueueReplacesAQueuedTargetOrElseItsLastRequest)
 {
     fillQueue(513);
     EXPECT_EQ(driver.pendingWrites.size(), 513);
+    write("D", 300, 1, {9, 0});
+    EXPECT_EQ(dataOf(300, 2), Bytes({0, 9}));
+    EXPECT_EQ(driver.pendingWrites.at(512).address, 512);
     write("D", 9000, 1, {1, 0});
     write("D", 9001, 1, {2, 0});
     ASSERT_EQ(driver.pendingWrites.size(), 513);
     EXPECT_EQ(driver.pendingWrites.at(511).address, 511);
     EXPECT_EQ(driver.pendingWrites.at(512).address, 9001);
     EXPECT_EQ(entryOf("D", 9000).writePending, 1);
-}
-
-TEST_F(SetData, FullQueueStillTakesANewerWriteOfAQueuedTarget)
-{
-    fillQueue(513);
-    write("D", 300, 1, {9, 0});
-    EXPECT_EQ(dataOf(300, 2), Bytes({0, 9}));
-    EXPECT_EQ(driver.pendingWrites.at(512).address, 512);
 }
 
 TEST_F(SetData, EqualValueIsQueuedToo)
