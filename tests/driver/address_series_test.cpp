@@ -7,23 +7,23 @@
 
 namespace {
 
+std::string textOf(const QString &text)
+{
+    return text.toStdString();
+}
+
+std::string textOf(qint32 number)
+{
+    return std::to_string(number);
+}
+
 // With a blank between two.
-std::string joined(const QStringList &texts)
+template <typename List> std::string joined(const List &list)
 {
-    return texts.join(" ").toStdString();
-}
-
-std::string joined(const QVector<QString> &texts)
-{
-    return joined(QStringList(texts.toList()));
-}
-
-std::string joined(const QVector<qint32> &numbers)
-{
-    QStringList texts;
-    for (const qint32 number : numbers)
-        texts << QString::number(number);
-    return joined(texts);
+    std::string all;
+    for (const auto &entry : list)
+        all += (all.empty() ? "" : " ") + textOf(entry);
+    return all;
 }
 
 struct SeriesRow {

@@ -4,13 +4,9 @@
 #include "driver_fixture.h"
 
 #include <array>
-#include <limits>
-#include <utility>
+#include <climits>
 
 namespace {
-
-const qint32 INT_LEAST = std::numeric_limits<qint32>::min();
-const qint32 INT_MOST = std::numeric_limits<qint32>::max();
 
 using Request = std::pair<qint32, qint32>; // address, count
 using Requests = std::vector<Request>;
@@ -20,10 +16,10 @@ enum { BITS = -1, WORDS = 0 };
 class ConditionRead : public DriverTest {
 protected:
     static qint32 ask(const char *area, qint32 address, qint32 count, qint32 elemKind,
-                      qint32 reqTag = 0)
+                      qint32 reqTag = 0, qint32 station = 1)
     {
         KEY_ADDRESS key;
-        key.station = 1;
+        key.station = station;
         key.area = area;
         key.address = address;
         key.count = count;
@@ -48,10 +44,14 @@ protected:
     }
 };
 
+} // namespace
+
 // --- Pieces --------------------------------------------------------------------------------------
 
-TEST_F(ConditionRead, QueuesTheRequest)
+TEST_F(ConditionRead, QueuesTheRequestAndTouchesNoOtherList)
 {
+    driver.pendingWrites.append(variable("D", 1, 1));
+    driver.cyclicReads.append(variable("D", 2, 1));
     EXPECT_EQ(ask("D", 100, 3, WORDS, 77), 1);
     ASSERT_EQ(driver.pendingReads.size(), 1);
     const VARIABLE &request = driver.pendingReads.at(0);
@@ -60,6 +60,9 @@ TEST_F(ConditionRead, QueuesTheRequest)
     EXPECT_EQ(request.area, QString("D"));
     EXPECT_EQ(request.address, 100);
     EXPECT_EQ(request.count, 3);
+    EXPECT_EQ(driver.pendingWrites.size(), 1);
+    EXPECT_EQ(driver.cyclicReads.size(), 1);
+    EXPECT_TRUE(driver.frames.isEmpty());
 }
 
 TEST_F(ConditionRead, LeavesTheHostsRunAsItIs)
@@ -81,16 +84,14 @@ TEST_F(ConditionRead, LeavesTheHostsRunAsItIs)
     EXPECT_EQ(memcmp(before.data(), static_cast<const void *>(&key), sizeof key), 0);
 }
 
-TEST_F(ConditionRead, WordsAreCutByTheGroupLimit)
-{
-    EXPECT_EQ(ask("D", 100, 20, WORDS), 1);
-    EXPECT_EQ(queued(), (Requests{{100, 8}, {108, 8}, {116, 4}}));
-}
-
-TEST_F(ConditionRead, ExactlyTheGroupLimitIsOnePiece)
+TEST_F(ConditionRead, WordsAreCutByTheGroupLimitAndEveryPieceCarriesTheTag)
 {
     ask("D", 100, 8, WORDS);
     EXPECT_EQ(queued(), (Requests{{100, 8}}));
+    driver.pendingReads.clear();
+    EXPECT_EQ(ask("D", 100, 20, WORDS, 5), 1);
+    EXPECT_EQ(queued(), (Requests{{100, 8}, {108, 8}, {116, 4}}));
+    EXPECT_EQ(tags(), (std::vector<qint32>{5, 5, 5}));
 }
 
 TEST_F(ConditionRead, BitsAreCutByEightTimesTheGroupLimit)
@@ -101,28 +102,18 @@ TEST_F(ConditionRead, BitsAreCutByEightTimesTheGroupLimit)
     EXPECT_EQ(queued(), (Requests{{0, 4}, {10, 4}, {14, 1}}));
 }
 
-TEST_F(ConditionRead, ElementKindAloneChoosesTheLimit)
+TEST_F(ConditionRead, ElementKindAloneChoosesTheLimitAndOnlyMinusOneMeansBits)
 {
     ask("D", 100, 65, BITS);
     EXPECT_EQ(queued(), (Requests{{100, 64}, {164, 1}}));
     driver.pendingReads.clear();
     ask("M", 32, 20, WORDS);
     EXPECT_EQ(queued(), (Requests{{2, 1}, {2, 1}, {3, 1}}));
-}
-
-TEST_F(ConditionRead, AnyElementKindButMinusOneMeansWords)
-{
     for (const qint32 elemKind : {0, 1, 2, -2}) {
         driver.pendingReads.clear();
         ask("D", 100, 9, elemKind);
         EXPECT_EQ(queued(), (Requests{{100, 8}, {108, 1}})) << elemKind;
     }
-}
-
-TEST_F(ConditionRead, EveryPieceCarriesTheTag)
-{
-    ask("D", 100, 20, WORDS, 5);
-    EXPECT_EQ(tags(), (std::vector<qint32>{5, 5, 5}));
 }
 
 TEST_F(ConditionRead, LimitBelowOneCutsSingleElements)
@@ -137,18 +128,14 @@ TEST_F(ConditionRead, LimitBelowOneCutsSingleElements)
 
 // --- Bits are queued as 16-bit words -------------------------------------------------------------
 
-TEST_F(ConditionRead, BitAreasAreQueuedAsWords)
+TEST_F(ConditionRead, OnlyBitAreasAreQueuedAsWords)
 {
-    for (const char *area : {"X", "Y", "M", "S", "T", "C", "TV_bit"}) {
+    for (const char *area : BIT_AREAS) {
         driver.pendingReads.clear();
         ask(area, 40, 20, BITS);
         EXPECT_EQ(queued(), (Requests{{2, 2}})) << area;
         EXPECT_EQ(driver.pendingReads.at(0).area, QString(area));
     }
-}
-
-TEST_F(ConditionRead, OtherAreasAreQueuedAsTheyStand)
-{
     for (const char *area : {"TV", "CV", "CV2", "D", "SM", "Q", "x"}) {
         driver.pendingReads.clear();
         ask(area, 40, 20, BITS);
@@ -161,13 +148,8 @@ TEST_F(ConditionRead, WordCountIgnoresWhereInItsWordTheRunStarts)
     ask("M", 15, 2, BITS);
     ask("M", 47, 16, BITS);
     ask("M", 79, 17, BITS);
-    EXPECT_EQ(queued(), (Requests{{0, 1}, {2, 1}, {4, 2}}));
-}
-
-TEST_F(ConditionRead, OctalDigitsAreTakenAsTheyStand)
-{
-    ask("X", 17, 1, BITS);
-    EXPECT_EQ(queued(), (Requests{{1, 1}}));
+    ask("X", 17, 1, BITS); // octal digits as they stand
+    EXPECT_EQ(queued(), (Requests{{0, 1}, {2, 1}, {4, 2}, {1, 1}}));
 }
 
 TEST_F(ConditionRead, CountBelowOneFollowsTheFormula)
@@ -182,45 +164,32 @@ TEST_F(ConditionRead, CountBelowOneFollowsTheFormula)
 
 TEST_F(ConditionRead, ExtremeNumbers)
 {
-    ask("M", INT_LEAST, INT_LEAST, BITS);
-    ask("M", INT_MOST, 1, BITS);
-    ask("D", INT_LEAST, INT_LEAST, WORDS);
-    EXPECT_EQ(queued(),
-              (Requests{{-134217728, -134217728}, {134217727, 1}, {INT_LEAST, INT_LEAST}}));
+    ask("M", INT_MIN, INT_MIN, BITS);
+    ask("M", INT_MAX, 1, BITS);
+    ask("D", INT_MIN, INT_MIN, WORDS);
+    EXPECT_EQ(queued(), (Requests{{-134217728, -134217728}, {134217727, 1}, {INT_MIN, INT_MIN}}));
 }
 
 // --- Duplicates ----------------------------------------------------------------------------------
 
-TEST_F(ConditionRead, QueuedBehindTheFrontIsRefreshedInPlace)
+TEST_F(ConditionRead, DuplicateBehindTheFrontIsRefreshedInPlaceAndIsTheEndOfTheJob)
 {
-    ask("D", 1, 1, WORDS, 1);
-    ask("D", 2, 1, WORDS, 2);
-    ask("D", 3, 1, WORDS, 3);
+    for (const qint32 address : {1, 2, 3})
+        ask("D", address, 1, WORDS, address);
     ask("D", 2, 1, WORDS, 9);
     EXPECT_EQ(queued(), (Requests{{1, 1}, {2, 1}, {3, 1}}));
     EXPECT_EQ(tags(), (std::vector<qint32>{1, 9, 3}));
+    EXPECT_EQ(driver.lastVar.address, 2);
+    EXPECT_EQ(driver.lastVar.reqTag, 9);
+    ask("D", 3, 1, WORDS, 8);
+    EXPECT_EQ(tags(), (std::vector<qint32>{1, 9, 8}));
 }
 
-TEST_F(ConditionRead, LastInTheQueueIsRefreshedToo)
-{
-    ask("D", 1, 1, WORDS, 1);
-    ask("D", 2, 1, WORDS, 2);
-    ask("D", 2, 1, WORDS, 9);
-    EXPECT_EQ(tags(), (std::vector<qint32>{1, 9}));
-}
-
-TEST_F(ConditionRead, FrontIsNeverTouched)
-{
-    ask("D", 1, 1, WORDS, 1);
-    ask("D", 1, 1, WORDS, 9);
-    EXPECT_EQ(queued(), (Requests{{1, 1}, {1, 1}}));
-    EXPECT_EQ(tags(), (std::vector<qint32>{1, 9}));
-}
-
-TEST_F(ConditionRead, NewestOfTwoEqualRequestsIsRefreshed)
+TEST_F(ConditionRead, FrontIsNeverTouchedAndTheNewestOfEqualRequestsIsRefreshed)
 {
     ask("D", 1, 1, WORDS, 1);
     ask("D", 1, 1, WORDS, 2);
+    EXPECT_EQ(tags(), (std::vector<qint32>{1, 2}));
     driver.pendingReads.append(driver.pendingReads.at(1));
     ask("D", 1, 1, WORDS, 9);
     EXPECT_EQ(tags(), (std::vector<qint32>{1, 2, 9}));
@@ -233,12 +202,7 @@ TEST_F(ConditionRead, AnyDifferenceInTheTargetMakesANewRequest)
     ask("D", 2, 1, WORDS);
     ask("D", 1, 2, WORDS);
     ask("d", 1, 1, WORDS);
-    KEY_ADDRESS otherStation;
-    otherStation.station = 2;
-    otherStation.area = "D";
-    otherStation.address = 1;
-    otherStation.count = 1;
-    intf_addConditionRead(otherStation, 0);
+    ask("D", 1, 1, WORDS, 0, 2);
     EXPECT_EQ(driver.pendingReads.size(), 6);
 }
 
@@ -249,56 +213,28 @@ TEST_F(ConditionRead, PiecesOfOneRunMayBeDuplicates)
     EXPECT_EQ(queued(), (Requests{{1, 1}, {2, 1}, {3, 1}}));
 }
 
-// --- The full queue ------------------------------------------------------------------------------
-
-class FullQueue : public ConditionRead {
-protected:
-    void SetUp() override
-    {
-        ConditionRead::SetUp();
-        for (qint32 address = 0; address < 512; ++address)
-            ask("D", address, 1, WORDS, 1);
-    }
-};
-
-TEST_F(FullQueue, TakesThe513thRequest)
+TEST_F(ConditionRead, FullQueueRefreshesADuplicateOrElseReplacesItsLastRequest)
 {
-    ask("D", 1000, 1, WORDS, 2);
+    for (qint32 address = 0; address < 513; ++address)
+        ask("D", address, 1, WORDS, 1);
     EXPECT_EQ(driver.pendingReads.size(), 513);
-    EXPECT_EQ(queued().at(511), Request(511, 1));
-    EXPECT_EQ(queued().at(512), Request(1000, 1));
-}
-
-TEST_F(FullQueue, The514thReplacesTheLast)
-{
-    ask("D", 1000, 1, WORDS, 2);
+    ask("D", 5, 1, WORDS, 9);
+    EXPECT_EQ(tags().at(5), 9);
+    EXPECT_EQ(queued().at(512), Request(512, 1));
     ask("D", 2000, 1, WORDS, 3);
     EXPECT_EQ(driver.pendingReads.size(), 513);
     EXPECT_EQ(queued().at(511), Request(511, 1));
     EXPECT_EQ(queued().at(512), Request(2000, 1));
     EXPECT_EQ(driver.lastVar.address, 2000);
-}
-
-TEST_F(FullQueue, StillRefreshesADuplicate)
-{
-    ask("D", 1000, 1, WORDS, 2);
-    ask("D", 5, 1, WORDS, 9);
-    EXPECT_EQ(tags().at(5), 9);
-    EXPECT_EQ(queued().at(512), Request(1000, 1));
-}
-
-TEST_F(FullQueue, OverlongQueueIsOverwrittenAtItsLimit)
-{
-    ask("D", 1000, 1, WORDS, 2);
-    driver.pendingReads.append(variable("D", 3000, 1));
-    ask("D", 2000, 1, WORDS, 3);
-    EXPECT_EQ(queued().at(512), Request(2000, 1));
+    driver.pendingReads.append(variable("D", 3000, 1)); // longer than it can become
+    ask("D", 4000, 1, WORDS, 3);
+    EXPECT_EQ(queued().at(512), Request(4000, 1));
     EXPECT_EQ(queued().at(513), Request(3000, 1));
 }
 
 // --- The end of the job --------------------------------------------------------------------------
 
-TEST_F(ConditionRead, LastVarIsTheLastPiece)
+TEST_F(ConditionRead, LastVarIsTheLastPieceBitsInWords)
 {
     ask("D", 100, 20, WORDS, 6);
     EXPECT_EQ(driver.lastVar.reqTag, 6);
@@ -306,33 +242,7 @@ TEST_F(ConditionRead, LastVarIsTheLastPiece)
     EXPECT_EQ(driver.lastVar.area, QString("D"));
     EXPECT_EQ(driver.lastVar.address, 116);
     EXPECT_EQ(driver.lastVar.count, 4);
-}
-
-TEST_F(ConditionRead, LastVarOfBitsIsInWords)
-{
     ask("M", 40, 20, BITS, 6);
     EXPECT_EQ(driver.lastVar.address, 2);
     EXPECT_EQ(driver.lastVar.count, 2);
 }
-
-TEST_F(ConditionRead, LastVarIsSetByARefreshToo)
-{
-    ask("D", 1, 1, WORDS, 1);
-    ask("D", 2, 1, WORDS, 2);
-    ask("D", 3, 1, WORDS, 3);
-    ask("D", 2, 1, WORDS, 9);
-    EXPECT_EQ(driver.lastVar.address, 2);
-    EXPECT_EQ(driver.lastVar.reqTag, 9);
-}
-
-TEST_F(ConditionRead, OtherQueuesStayAsTheyAre)
-{
-    driver.pendingWrites.append(variable("D", 1, 1));
-    driver.cyclicReads.append(variable("D", 2, 1));
-    ask("D", 1, 1, WORDS);
-    EXPECT_EQ(driver.pendingWrites.size(), 1);
-    EXPECT_EQ(driver.cyclicReads.size(), 1);
-    EXPECT_TRUE(driver.frames.isEmpty());
-}
-
-} // namespace

@@ -1,9 +1,15 @@
-// Good replies: how their characters land in the store.
+// What a reply counts as, and how the characters of good ones land in the store.
 #include "driver/response.h"
 
 #include "driver_fixture.h"
 
 namespace {
+
+int kindOf(const char *text)
+{
+    return check_rcv_data(reinterpret_cast<const quint8 *>(text),
+                          static_cast<qint32>(strlen(text)));
+}
 
 class Reply : public DriverTest {
 protected:
@@ -16,9 +22,48 @@ protected:
         const Bytes bytes = readValueOf("D", 0);
         return Bytes(bytes.begin(), bytes.begin() + 2);
     }
+
+    // Puts a request in flight that no function frames so.
+    static void inFlight(const char *area, qint32 address, qint32 dataPos, qint32 dataLen)
+    {
+        FRAME_PRO frame;
+        frame.replyDataPos = dataPos;
+        frame.replyDataLen = dataLen;
+        frame.var = variable(area, address, 1);
+        driver.frames << frame;
+    }
 };
 
 } // namespace
+
+// --- Kinds of replies ----------------------------------------------------------------------------
+
+TEST(ReplyKind, OfFourCharactersOrFewerIsBad)
+{
+    const quint8 data[] = ":0103";
+    const quint8 acknowledgement[] = ":0110";
+    EXPECT_EQ(check_rcv_data(data, 4), 0);
+    EXPECT_EQ(check_rcv_data(data, 5), 1);
+    EXPECT_EQ(check_rcv_data(acknowledgement, 4), 0);
+    EXPECT_EQ(check_rcv_data(data, -1), 0);
+    EXPECT_EQ(check_rcv_data(nullptr, 0), 0);
+    EXPECT_EQ(check_rcv_data(nullptr, 20), 0);
+    EXPECT_EQ(kindOf(""), 0);
+}
+
+TEST(ReplyKind, FollowsFromTheFunctionAlone)
+{
+    for (const char *acknowledgement : {":0105", ":0110", "\xFF\xFF\xFF\x31\x30garbage"})
+        EXPECT_EQ(kindOf(acknowledgement), 2) << acknowledgement;
+    for (const char *data : {":0102", ":0103", ":0106", ":010F", ":0100", ":0115", ":0111", ":0120",
+                             ":017F", ":01 3", ":01\r\n"})
+        EXPECT_EQ(kindOf(data), 1) << data;
+    for (const char *bad : {":0180", ":0183", ":0190", ":0185", ":01:3", ":01A3", ":01a3",
+                            ":01\x80\x33", ":01\xFF\x33"})
+        EXPECT_EQ(kindOf(bad), 0) << bad;
+}
+
+// --- Values --------------------------------------------------------------------------------------
 
 TEST_F(Reply, WithoutAFrameInFlightChangesNothing)
 {
@@ -34,143 +79,82 @@ TEST_F(Reply, WithoutAFrameInFlightChangesNothing)
 
 TEST_F(Reply, WordsAreStoredLowByteFirst)
 {
-    readInFlight("D", 100, 2);
-    EXPECT_EQ(answer(":0103041234ABCD3A\r\n"), 1);
-    EXPECT_EQ(readValueOf("D", 100), Bytes({0x34, 0x12, 0, 0}));
-    EXPECT_EQ(readValueOf("D", 101), Bytes({0xCD, 0xAB, 0, 0}));
-    EXPECT_EQ(driver.dataAreas.size(), 2);
+    for (const char *area : WORD_AREAS) {
+        readAnswered(area, 100, 2, ":0103041234ABCD3A\r\n");
+        EXPECT_EQ(readValueOf(area, 100), Bytes({0x34, 0x12, 0, 0})) << area;
+        EXPECT_EQ(readValueOf(area, 101), Bytes({0xCD, 0xAB, 0, 0})) << area;
+    }
+    EXPECT_EQ(driver.dataAreas.size(), 6);
 }
 
 TEST_F(Reply, UnusedBytesOfAWordOrBlockStay)
 {
-    driver.dataAreas << watchedWord("D", 100) << watchedBits("M", 0, 0);
-    driver.dataAreas[0].readValue[2] = 0x99;
-    driver.dataAreas[1].readValue[2] = 0x99;
-    readInFlight("D", 100, 1);
-    answer(":0103021234B4\r\n");
-    readInFlight("M", 0, 1);
-    answer(":0102021234B5\r\n");
+    driver.dataAreas << holding(watchedWord("D", 100), {0, 0, 0x99})
+                     << holding(watchedBits("M", 0, 0), {0, 0, 0x99});
+    readAnswered("D", 100, 1, ":0103021234B4\r\n");
+    readAnswered("M", 0, 1, ":0102021234B5\r\n");
     EXPECT_EQ(readValueOf("D", 100), Bytes({0x34, 0x12, 0x99, 0}));
     EXPECT_EQ(readValueOf("M", 0), Bytes({0x12, 0x34, 0x99, 0}));
 }
 
-TEST_F(Reply, EveryWordAreaIsStored)
-{
-    readInFlight("TV", 7, 1);
-    answer(":0103021234B4\r\n");
-    readInFlight("CV", 8, 1);
-    answer(":01030256782C\r\n");
-    EXPECT_EQ(readValueOf("TV", 7), Bytes({0x34, 0x12, 0, 0}));
-    EXPECT_EQ(readValueOf("CV", 8), Bytes({0x78, 0x56, 0, 0}));
-}
-
 TEST_F(Reply, CountersAreStoredLowByteFirst)
 {
-    readInFlight("CV2", 200, 4);
-    EXPECT_EQ(answer(":01030812345678FFFFFFFEE5\r\n"), 1);
+    readAnswered("CV2", 200, 4, ":01030812345678FFFFFFFEE5\r\n");
     EXPECT_EQ(readValueOf("CV2", 200), Bytes({0x78, 0x56, 0x34, 0x12}));
     EXPECT_EQ(readValueOf("CV2", 201), Bytes({0xFE, 0xFF, 0xFF, 0xFF}));
     EXPECT_EQ(driver.dataAreas.size(), 2);
 }
 
-TEST_F(Reply, BitsAreStoredInBlocksOf16)
-{
-    readInFlight("M", 0, 16);
-    EXPECT_EQ(answer(":01020401800FF079\r\n"), 1);
-    EXPECT_EQ(readValueOf("M", 0), Bytes({0x01, 0x80, 0, 0}));
-    EXPECT_EQ(readValueOf("M", 1), Bytes({0x0F, 0xF0, 0, 0}));
-    EXPECT_EQ(driver.dataAreas.size(), 2);
-}
-
-TEST_F(Reply, BitsAreKeyedByTheBlockOfTheirAddress)
-{
-    readInFlight("M", 17, 1);
-    answer(":0102021234B5\r\n");
-    EXPECT_EQ(readValueOf("M", 1), Bytes({0x12, 0x34, 0, 0}));
-    EXPECT_EQ(driver.dataAreas.size(), 1);
-}
-
-TEST_F(Reply, EveryBitAreaIsStored)
+TEST_F(Reply, BitsAreStoredInTheBlocksOfTheirAddress)
 {
     for (const char *area : {"M", "S", "T", "C"}) {
-        readInFlight(area, 16, 1);
-        answer(":0102021234B5\r\n");
-        EXPECT_EQ(readValueOf(area, 1), Bytes({0x12, 0x34, 0, 0}));
+        readAnswered(area, 17, 16, ":01020401800FF079\r\n");
+        EXPECT_EQ(readValueOf(area, 1), Bytes({0x01, 0x80, 0, 0})) << area;
+        EXPECT_EQ(readValueOf(area, 2), Bytes({0x0F, 0xF0, 0, 0})) << area;
     }
-    EXPECT_EQ(driver.dataAreas.size(), 4);
+    EXPECT_EQ(driver.dataAreas.size(), 8);
 }
 
-TEST_F(Reply, OctalAddressesAreKeyedByTheirLinearBlock)
+TEST_F(Reply, OctalBitsAreStoredInTheirLinearBlockAndInvalidOnesInBlock0)
 {
     for (const char *area : {"X", "Y"}) {
-        readInFlight(area, 17, 1);
-        answer(":0102021234B5\r\n");
+        readAnswered(area, 17, 1, ":0102021234B5\r\n");
         EXPECT_EQ(readValueOf(area, 0), Bytes({0x12, 0x34, 0, 0}));
-        readInFlight(area, 20, 1);
-        answer(":01020256782D\r\n");
+        readAnswered(area, 20, 1, ":01020256782D\r\n");
         EXPECT_EQ(readValueOf(area, 1), Bytes({0x56, 0x78, 0, 0}));
+        readAnswered(area, 80, 1, ":01020256782D\r\n");
+        EXPECT_EQ(readValueOf(area, 0), Bytes({0x56, 0x78, 0, 0}));
     }
     EXPECT_EQ(driver.dataAreas.size(), 4);
-}
-
-TEST_F(Reply, InvalidOctalAddressIsKeyedAsBlock0)
-{
-    readInFlight("X", 80, 1);
-    answer(":0102021234B5\r\n");
-    EXPECT_EQ(readValueOf("X", 0), Bytes({0x12, 0x34, 0, 0}));
 }
 
 TEST_F(Reply, BlockOfANegativeBitAddressIsTruncated)
 {
-    readInFlight("M", -1, 1);
-    answer(":0102021234B5\r\n");
-    readInFlight("M", -17, 1);
-    answer(":01020256782D\r\n");
+    readAnswered("M", -1, 1, ":0102021234B5\r\n");
+    readAnswered("M", -17, 1, ":01020256782D\r\n");
     EXPECT_EQ(readValueOf("M", 0), Bytes({0x12, 0x34, 0, 0}));
     EXPECT_EQ(readValueOf("M", -1), Bytes({0x56, 0x78, 0, 0}));
 }
 
 TEST_F(Reply, SpecialMarkersAreStoredAsBits)
 {
-    FRAME_PRO frame;
-    frame.replyDataPos = 7;
-    frame.replyDataLen = 4;
-    frame.var = variable("SM", 32, 1);
-    driver.frames << frame;
+    inFlight("SM", 32, 7, 4);
     EXPECT_EQ(answer(":0102021234B5\r\n"), 1);
     EXPECT_EQ(readValueOf("SM", 2), Bytes({0x12, 0x34, 0, 0}));
 }
 
-TEST_F(Reply, DataStartWhereTheRequestSays)
+TEST_F(Reply, DataLieWhereTheRequestSaysAndARestThatIsNoElementIsCutOff)
 {
-    FRAME_PRO frame;
-    frame.replyDataPos = 9;
-    frame.replyDataLen = 4;
-    frame.var = variable("D", 5, 1);
-    driver.frames << frame;
+    inFlight("D", 5, 9, 7);
     answer(":010304FFFF1234B4\r\n");
     EXPECT_EQ(readValueOf("D", 5), Bytes({0x12, 0xFF, 0, 0}));
-}
-
-TEST_F(Reply, LengthThatIsNoMultipleOfAnElementIsCutOff)
-{
-    FRAME_PRO frame;
-    frame.replyDataPos = 7;
-    frame.replyDataLen = 7;
-    frame.var = variable("D", 5, 1);
-    driver.frames << frame;
-    answer(":01030412345678E4\r\n");
     EXPECT_EQ(driver.dataAreas.size(), 1);
 }
 
 TEST_F(Reply, TvBitAndUnknownAreasAreConsumedWithoutAValue)
 {
     for (const char *area : {"TV_bit", "Q", "d"}) {
-        FRAME_PRO frame;
-        frame.replyDataPos = 7;
-        frame.replyDataLen = 4;
-        frame.var = variable(area, 1, 1);
-        driver.frames << frame;
+        inFlight(area, 1, 7, 4);
         EXPECT_EQ(answer(":0103021234B4\r\n"), 1);
     }
     EXPECT_TRUE(driver.frames.isEmpty());
@@ -193,42 +177,23 @@ TEST_F(Reply, EveryCharacterHasItsNibble)
     }
 }
 
-TEST_F(Reply, ShortReplyIsStoredAsZeros)
-{
-    driver.dataAreas << watchedWord("D", 100) << watchedWord("D", 101);
-    driver.dataAreas[0].readValue[0] = 0xEE;
-    driver.dataAreas[1].readValue[1] = 0xEE;
-    readInFlight("D", 100, 2);
-    EXPECT_EQ(answer(":0103"), 1);
-    EXPECT_EQ(readValueOf("D", 100), Bytes({0, 0, 0, 0}));
-    EXPECT_EQ(readValueOf("D", 101), Bytes({0, 0, 0, 0}));
-    EXPECT_EQ(reports(), (std::vector<Report>{Report(1, 1, "D", 100), Report(1, 1, "D", 101)}));
-}
-
 TEST_F(Reply, MissingCharactersAreZeros)
 {
-    readInFlight("D", 100, 2);
-    answer(":01030412345");
+    driver.dataAreas << holding(watchedWord("D", 100), {0xEE})
+                     << holding(watchedWord("D", 101), {0, 0xEE});
+    readAnswered("D", 100, 2, ":0103");
+    EXPECT_EQ(readValueOf("D", 100), Bytes({0, 0, 0, 0}));
+    EXPECT_EQ(readValueOf("D", 101), Bytes({0, 0, 0, 0}));
+    EXPECT_EQ(reports(), (Reports{{1, 1, "D", 100}, {1, 1, "D", 101}}));
+    readAnswered("D", 100, 2, ":01030412345");
     EXPECT_EQ(readValueOf("D", 100), Bytes({0x34, 0x12, 0, 0}));
     EXPECT_EQ(readValueOf("D", 101), Bytes({0, 0x50, 0, 0}));
 }
 
 TEST_F(Reply, NeitherLrcNorStationNorByteCountCount)
 {
-    readInFlight("D", 100, 1);
-    EXPECT_EQ(answer("?9903FF123400"), 1);
+    readAnswered("D", 100, 1, "?9903FF123400");
     EXPECT_EQ(readValueOf("D", 100), Bytes({0x34, 0x12, 0, 0}));
-}
-
-TEST_F(Reply, IsTheAnswerToTheFrontFrameOnly)
-{
-    readInFlight("D", 100, 1);
-    readInFlight("D", 200, 1);
-    EXPECT_EQ(answer(":0103021111D8\r\n"), 1);
-    ASSERT_EQ(driver.frames.size(), 1);
-    EXPECT_EQ(driver.frames.at(0).var.address, 200);
-    EXPECT_EQ(readValueOf("D", 100), Bytes({0x11, 0x11, 0, 0}));
-    EXPECT_EQ(driver.dataAreas.size(), 1);
 }
 
 TEST_F(Reply, StationOfTheRequestIsTheKey)
@@ -241,69 +206,57 @@ TEST_F(Reply, StationOfTheRequestIsTheKey)
     EXPECT_EQ(driver.dataAreas.at(0).station, 2);
 }
 
-TEST_F(Reply, ClosesTheBatchWithItsLastFrameOnly)
+// --- The frames in flight ------------------------------------------------------------------------
+
+TEST_F(Reply, AnswersTheFrontFrameAndClosesTheBatchWithTheLast)
 {
     driver.cyclicReads << variable("D", 100, 1) << variable("D", 200, 1);
     readInFlight("D", 100, 1);
     readInFlight("D", 101, 1);
-    answer(":0103021111D8\r\n");
+    driver.commError = 1;
+    driver.retryCount = 2;
+    EXPECT_EQ(answer(":0103021111D8\r\n"), 1);
+    EXPECT_EQ(driver.commError, 0);
+    EXPECT_EQ(driver.retryCount, 0);
+    ASSERT_EQ(driver.frames.size(), 1);
+    EXPECT_EQ(driver.frames.at(0).var.address, 101);
+    EXPECT_EQ(driver.dataAreas.size(), 1);
     EXPECT_EQ(driver.cyclicReads.at(0).address, 100);
     answer(":0103021111D8\r\n");
     EXPECT_EQ(driver.cyclicReads.at(0).address, 200);
 }
 
-TEST_F(Reply, GoodReplyEndsRetriesAndError)
+TEST_F(Reply, AcknowledgementAnswersTheFrontFrameAndClosesTheBatchWithTheLast)
 {
-    driver.commError = 1;
-    driver.retryCount = 2;
-    readInFlight("D", 100, 1);
-    answer(":0103021111D8\r\n");
-    EXPECT_EQ(driver.commError, 0);
-    EXPECT_EQ(driver.retryCount, 0);
-}
-
-TEST_F(Reply, AcknowledgementEndsRetriesAndError)
-{
-    driver.commError = 1;
-    driver.retryCount = 2;
+    driver.pendingWrites << variable("D", 100, 1);
     writeInFlight("D", 100, 1);
+    writeInFlight("D", 101, 1);
+    driver.commError = 1;
+    driver.retryCount = 2;
     EXPECT_EQ(answer(":0110106400017A\r\n"), 1);
     EXPECT_EQ(driver.commError, 0);
     EXPECT_EQ(driver.retryCount, 0);
+    EXPECT_EQ(driver.pendingWrites.size(), 1);
+    answer(":01101065000179\r\n");
+    EXPECT_TRUE(driver.pendingWrites.isEmpty());
     EXPECT_TRUE(driver.frames.isEmpty());
 }
 
 TEST_F(Reply, AcknowledgementOutsideAWriteIsOnlyConsumed)
 {
     driver.cyclicReads << variable("D", 100, 1) << variable("D", 200, 1);
-    driver.dataAreas << watchedWord("D", 100);
-    driver.dataAreas[0].writePending = 1;
-    driver.dataAreas[0].writtenValue[0] = 5;
-    readInFlight("D", 100, 1);
-    EXPECT_EQ(answer(":0110106400017A\r\n"), 1);
+    driver.dataAreas << written(watchedWord("D", 100), {5});
+    readAnswered("D", 100, 1, ":0110106400017A\r\n");
     EXPECT_EQ(entryOf("D", 100).writePending, 1);
     EXPECT_EQ(readValueOf("D", 100), Bytes({0, 0, 0, 0}));
     EXPECT_TRUE(reports().empty());
     EXPECT_EQ(driver.cyclicReads.at(0).address, 200);
 }
 
-TEST_F(Reply, AcknowledgementClosesTheBatchWithItsLastFrameOnly)
-{
-    driver.pendingWrites << variable("D", 100, 1);
-    writeInFlight("D", 100, 1);
-    writeInFlight("D", 101, 1);
-    answer(":0110106400017A\r\n");
-    EXPECT_EQ(driver.pendingWrites.size(), 1);
-    answer(":01101065000179\r\n");
-    EXPECT_TRUE(driver.pendingWrites.isEmpty());
-}
-
 TEST_F(Reply, DataInsteadOfAnAcknowledgementIsStored)
 {
     driver.pendingWrites << variable("D", 100, 1);
-    driver.dataAreas << watchedWord("D", 100);
-    driver.dataAreas[0].writePending = 1;
-    driver.dataAreas[0].writtenValue[0] = 5;
+    driver.dataAreas << written(watchedWord("D", 100), {5});
     writeInFlight("D", 100, 1);
     EXPECT_EQ(answer(":01061064000580\r\n"), 1);
     EXPECT_EQ(readValueOf("D", 100), Bytes({0x00, 0x64, 0, 0}));
