@@ -38,143 +38,107 @@ template <size_t SIZE> void expectChecked(const Row (&rows)[SIZE], bool bits)
 
 } // namespace
 
-// X and Y keep their octal digits, but a run is measured in decimal; 65536 is the last M.
-TEST(CheckedAddress, OfBitsLiesInsideItsArea)
+TEST(CheckedAddress, LiesInsideItsAreaWithTheWholeRun)
 {
-    const Row rows[] = {{"X", "0", 1, VALID, 0},
-                        {"X", "17", 1, VALID, 17},
-                        {"X", "18", 1, OUT_OF_RANGE, 18},
-                        {"X", "917", 1, OUT_OF_RANGE, 917},
-                        {"X", "23417", 1, VALID, 23417},
-                        {"X", "23420", 1, OUT_OF_RANGE, 23420},
-                        {"X", "23417", 2, OUT_OF_RANGE, 23417},
-                        {"X", "23410", 8, VALID, 23410},
-                        {"X", "17", 2, VALID, 17},
-                        {"Y", "0", 1, VALID, 0},
-                        {"Y", "23417", 1, VALID, 23417},
-                        {"Y", "23416", 3, OUT_OF_RANGE, 23416},
-                        {"Y", "19", 1, OUT_OF_RANGE, 19},
-                        {"M", "0", 1, VALID, 0},
-                        {"M", "89", 1, VALID, 89},
-                        {"M", "65536", 1, VALID, 65536},
-                        {"M", "65536", 2, OUT_OF_RANGE, 65536},
-                        {"S", "0", 1, VALID, 0},
-                        {"S", "9999", 1, VALID, 9999},
-                        {"S", "10000", 1, OUT_OF_RANGE, 10000},
-                        {"T", "0", 1, VALID, 0},
-                        {"T", "9999", 1, VALID, 9999},
-                        {"T", "10000", 1, OUT_OF_RANGE, 10000},
-                        {"C", "0", 1, VALID, 0},
-                        {"C", "9990", 10, VALID, 9990},
-                        {"C", "9990", 11, OUT_OF_RANGE, 9990},
-                        {"TV_bit", "0.0", 1, VALID, 0},
-                        {"TV_bit", "100.15", 1, VALID, 1615},
-                        {"TV_bit", "9999.15", 1, VALID, 159999},
-                        {"TV_bit", "9999.15", 2, OUT_OF_RANGE, 159999},
-                        {"TV_bit", "10000.0", 1, OUT_OF_RANGE, 160000}};
-    expectChecked(rows, true);
+    const struct {
+        const char *area, *first, *last, *behind;
+        qint32 firstAddress, lastAddress, behindAddress;
+    } areas[] = {
+        {"X", "0", "23417", "23420", 0, 23417, 23420},
+        {"Y", "0", "23417", "23420", 0, 23417, 23420},
+        {"M", "0", "65536", "65537", 0, 65536, 65537},
+        {"S", "0", "9999", "10000", 0, 9999, 10000},
+        {"T", "0", "9999", "10000", 0, 9999, 10000},
+        {"C", "0", "9999", "10000", 0, 9999, 10000},
+        {"TV_bit", "0.0", "9999.15", "10000.0", 0, 159999, 160000},
+        {"TV", "0", "9999", "10000", 0, 9999, 10000},
+        {"CV", "0", "199", "200", 0, 199, 200},
+        {"CV2", "200", "255", "256", 200, 255, 256},
+        {"D", "0", "11999", "12000", 0, 11999, 12000},
+    };
+    for (const auto &row : areas) {
+        const bool bits = elementKind(findDeviceArea(row.area)) == BIT_ELEMENTS;
+        expectChecked({{row.area, row.first, 1, VALID, row.firstAddress},
+                       {row.area, row.last, 1, VALID, row.lastAddress},
+                       {row.area, row.last, 2, OUT_OF_RANGE, row.lastAddress},
+                       {row.area, row.behind, 1, OUT_OF_RANGE, row.behindAddress}},
+                      bits);
+    }
+    expectChecked({{"CV2", "199", 1, OUT_OF_RANGE, 199}, {"D", "11990", 10, VALID, 11990}}, false);
+    expectChecked({{"TV_bit", "100.15", 1, VALID, 1615}, {"M", "89", 1, VALID, 89}}, true);
 }
 
-TEST(CheckedAddress, OfWordsLiesInsideItsArea)
+// A run is measured in decimal, through digits 8 and 9 that no address has.
+TEST(CheckedAddress, OfAnOctalAreaHasOctalDigitsOnly)
 {
-    const Row rows[] = {{"TV", "0", 1, VALID, 0},
-                        {"TV", "9999", 1, VALID, 9999},
-                        {"TV", "9999", 2, OUT_OF_RANGE, 9999},
-                        {"TV", "10000", 1, OUT_OF_RANGE, 10000},
-                        {"CV", "0", 1, VALID, 0},
-                        {"CV", "199", 1, VALID, 199},
-                        {"CV", "198", 3, OUT_OF_RANGE, 198},
-                        {"CV", "200", 1, OUT_OF_RANGE, 200},
-                        {"CV2", "199", 1, OUT_OF_RANGE, 199},
-                        {"CV2", "200", 1, VALID, 200},
-                        {"CV2", "208", 1, VALID, 208},
-                        {"CV2", "255", 1, VALID, 255},
-                        {"CV2", "255", 2, OUT_OF_RANGE, 255},
-                        {"CV2", "256", 1, OUT_OF_RANGE, 256},
-                        {"D", "0", 1, VALID, 0},
-                        {"D", "11999", 1, VALID, 11999},
-                        {"D", "11990", 10, VALID, 11990},
-                        {"D", "11990", 11, OUT_OF_RANGE, 11990},
-                        {"D", "12000", 1, OUT_OF_RANGE, 12000}};
-    expectChecked(rows, false);
+    expectChecked({{"X", "17", 2, VALID, 17},
+                   {"X", "23410", 8, VALID, 23410},
+                   {"X", "18", 1, OUT_OF_RANGE, 18},
+                   {"X", "917", 1, OUT_OF_RANGE, 917},
+                   {"Y", "19", 1, OUT_OF_RANGE, 19}},
+                  true);
 }
 
 TEST(CheckedAddress, WithoutANumberIsNoneAndLeavesTheOutput)
 {
-    const Row words[] = {
-        {"D", "", 1, NO_ADDRESS, UNTOUCHED},           {"D", "1a", 1, NO_ADDRESS, UNTOUCHED},
-        {"D", "-1", 1, NO_ADDRESS, UNTOUCHED},         {"D", "+1", 1, NO_ADDRESS, UNTOUCHED},
-        {"D", "1-", 1, NO_ADDRESS, UNTOUCHED},         {"D", "0x10", 1, NO_ADDRESS, UNTOUCHED},
-        {"D", "1.5", 1, NO_ADDRESS, UNTOUCHED},        {"D", "1 2", 1, NO_ADDRESS, UNTOUCHED},
-        {"D", "2147483648", 1, NO_ADDRESS, UNTOUCHED}, {"CV2", "x", 1, NO_ADDRESS, UNTOUCHED}};
-    expectChecked(words, false);
-    const Row bits[] = {{"X", "x", 1, NO_ADDRESS, UNTOUCHED},
-                        {"X", "-1", 1, NO_ADDRESS, UNTOUCHED},
-                        {"X", "+1", 1, NO_ADDRESS, UNTOUCHED},
-                        {"M", "1.5", 1, NO_ADDRESS, UNTOUCHED},
-                        {"X", "99999999999", 1, NO_ADDRESS, UNTOUCHED},
-                        {"TV_bit", "100", 1, NO_ADDRESS, UNTOUCHED},
-                        {"TV_bit", "1.2.3", 1, NO_ADDRESS, UNTOUCHED},
-                        {"TV_bit", "1.16", 1, NO_ADDRESS, UNTOUCHED},
-                        {"TV_bit", "-1.0", 1, NO_ADDRESS, UNTOUCHED},
-                        {"TV_bit", "+1.0", 1, NO_ADDRESS, UNTOUCHED}};
-    expectChecked(bits, true);
+    for (const char *text : {"", "1a", "-1", "+1", "1-", "0x10", "1.5", "1 2", "2147483648"})
+        expectChecked({{"D", text, 1, NO_ADDRESS, UNTOUCHED}}, false);
+    for (const char *text : {"x", "-1", "+1", "1.5", "99999999999"})
+        expectChecked({{"X", text, 1, NO_ADDRESS, UNTOUCHED}}, true);
+    for (const char *text : {"100", "1.2.3", "1.16", "-1.0", "+1.0"})
+        expectChecked({{"TV_bit", text, 1, NO_ADDRESS, UNTOUCHED}}, true);
 }
 
 TEST(CheckedAddress, MayHaveBlanksAroundAndZerosInFront)
 {
-    const Row words[] = {{"D", " 12\t", 1, VALID, 12}, {"D", "00010", 1, VALID, 10}};
-    expectChecked(words, false);
-    const Row bits[] = {{"X", "0017", 1, VALID, 17}, {"X", " 17 ", 1, VALID, 17}};
-    expectChecked(bits, true);
+    expectChecked({{"D", " 12\t", 1, VALID, 12}, {"D", "00010", 1, VALID, 10}}, false);
+    expectChecked({{"X", "0017", 1, VALID, 17}, {"X", " 17 ", 1, VALID, 17}}, true);
 }
 
 TEST(CheckedAddress, BeyondTheAreaIsWrittenUpTo32Bits)
 {
-    const Row words[] = {{"D", "2147483647", 1, OUT_OF_RANGE, INT_MAX}};
-    expectChecked(words, false);
-    const Row bits[] = {{"TV_bit", "134217727.15", 1, OUT_OF_RANGE, INT_MAX},
-                        {"TV_bit", "134217728.0", 1, OUT_OF_RANGE, INT_MIN},
-                        {"TV_bit", "268435456.0", 1, OUT_OF_RANGE, INT_MIN}};
-    expectChecked(bits, true);
+    expectChecked({{"D", "2147483647", 1, OUT_OF_RANGE, INT_MAX}}, false);
+    expectChecked({{"TV_bit", "134217727.15", 1, OUT_OF_RANGE, INT_MAX},
+                   {"TV_bit", "134217728.0", 1, OUT_OF_RANGE, INT_MIN},
+                   {"TV_bit", "268435456.0", 1, OUT_OF_RANGE, INT_MIN}},
+                  true);
 }
 
 // Start + count - 1 is compared as it stands, in 64 bits.
 TEST(CheckedAddress, MayHaveAnyCount)
 {
-    const Row words[] = {{"D", "0", 0, VALID, 0},
-                         {"D", "12000", 0, VALID, 12000},
-                         {"D", "12001", 0, OUT_OF_RANGE, 12001},
-                         {"D", "12005", -5, VALID, 12005},
-                         {"D", "5", INT_MIN, VALID, 5},
-                         {"D", "5", INT_MAX, OUT_OF_RANGE, 5},
-                         {"CV2", "256", 0, VALID, 256},
-                         {"CV2", "199", 0, OUT_OF_RANGE, 199}};
-    expectChecked(words, false);
-    const Row bits[] = {{"X", "23420", -2, VALID, 23420},
-                        {"X", "7", INT_MAX, OUT_OF_RANGE, 7},
-                        {"TV_bit", "10000.0", 0, VALID, 160000},
-                        {"TV_bit", "1.0", INT_MAX, OUT_OF_RANGE, 16}};
-    expectChecked(bits, true);
+    expectChecked({{"D", "0", 0, VALID, 0},
+                   {"D", "12000", 0, VALID, 12000},
+                   {"D", "12001", 0, OUT_OF_RANGE, 12001},
+                   {"D", "12005", -5, VALID, 12005},
+                   {"D", "5", INT_MIN, VALID, 5},
+                   {"D", "5", INT_MAX, OUT_OF_RANGE, 5},
+                   {"CV2", "256", 0, VALID, 256},
+                   {"CV2", "199", 0, OUT_OF_RANGE, 199}},
+                  false);
+    expectChecked({{"X", "23420", -2, VALID, 23420},
+                   {"X", "7", INT_MAX, OUT_OF_RANGE, 7},
+                   {"TV_bit", "10000.0", 0, VALID, 160000},
+                   {"TV_bit", "1.0", INT_MAX, OUT_OF_RANGE, 16}},
+                  true);
 }
 
 TEST(CheckedAddress, OfAnUnknownAreaIsRefusedUnlessItsSignIs)
 {
-    const Row rows[] = {
-        {"Q", "1", 1, UNKNOWN_AREA, UNTOUCHED},   {"SM", "1", 1, UNKNOWN_AREA, UNTOUCHED},
-        {"d", "1", 1, UNKNOWN_AREA, UNTOUCHED},   {"", "1", 1, UNKNOWN_AREA, UNTOUCHED},
-        {"Q", "abc", 1, UNKNOWN_AREA, UNTOUCHED}, {"Q", "-1", 1, NO_ADDRESS, UNTOUCHED},
-        {"Q", "+1", 1, NO_ADDRESS, UNTOUCHED}};
-    expectChecked(rows, true);
-    expectChecked(rows, false);
+    for (const bool bits : {false, true}) {
+        for (const char *area : {"Q", "SM", "d", ""})
+            expectChecked({{area, "1", 1, UNKNOWN_AREA, UNTOUCHED}}, bits);
+        expectChecked({{"Q", "abc", 1, UNKNOWN_AREA, UNTOUCHED},
+                       {"Q", "-1", 1, NO_ADDRESS, UNTOUCHED},
+                       {"Q", "+1", 1, NO_ADDRESS, UNTOUCHED}},
+                      bits);
+    }
 }
 
 TEST(CheckedAddress, OfTheWrongKindIsRefusedBeforeItsText)
 {
-    const Row words[] = {{"D", "-1", 1, WRONG_KIND, UNTOUCHED}};
-    expectChecked(words, true);
-    const Row bits[] = {{"X", "abc", 1, WRONG_KIND, UNTOUCHED}};
-    expectChecked(bits, false);
+    expectChecked({{"D", "-1", 1, WRONG_KIND, UNTOUCHED}}, true);
+    expectChecked({{"X", "abc", 1, WRONG_KIND, UNTOUCHED}}, false);
 }
 
 TEST(CheckAddrValidity, AsksForBitsWithZeroAndForWordsWithAnythingElse)

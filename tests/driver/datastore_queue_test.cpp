@@ -31,13 +31,6 @@ protected:
         const VARIABLE &var = driver.pendingWrites.at(position);
         return Bytes(var.data, var.data + size);
     }
-
-    // Queues words of D from address 0 on, one request each.
-    static void fillQueue(int requests)
-    {
-        for (int i = 0; i < requests; ++i)
-            write("D", i, 1, {0, 0});
-    }
 };
 
 } // namespace
@@ -147,59 +140,14 @@ TEST_F(SetData, SwitchedOffQueueStillMirrors)
     }
 }
 
-TEST_F(SetData, NewerWriteReplacesAQueuedOneButNeverTheFront)
+TEST_F(SetData, NewerWriteReplacesAQueuedOneEqualOrNot)
 {
-    fillQueue(3);
+    write("D", 0, 1, {0, 0});
+    write("D", 1, 1, {0, 0});
     write("D", 1, 1, {0x34, 0x12}, 9);
-    write("D", 0, 1, {0x78, 0x56});
-    write("D", 0, 1, {0xBC, 0x9A});
-    EXPECT_EQ(queue(), std::vector<int>({0, 1, 1, 1, 2, 1, 0, 1}));
-    EXPECT_EQ(dataOf(0, 2), Bytes({0, 0}));
+    EXPECT_EQ(queue(), std::vector<int>({0, 1, 1, 1}));
     EXPECT_EQ(dataOf(1, 2), Bytes({0x12, 0x34}));
     EXPECT_EQ(driver.pendingWrites.at(1).reqTag, 9);
-    EXPECT_EQ(dataOf(3, 2), Bytes({0x9A, 0xBC}));
-}
-
-TEST_F(SetData, NewestOfEqualRequestsIsReplaced)
-{
-    for (int i = 0; i < 3; ++i)
-        driver.pendingWrites << variable("D", 7, 1);
-    write("D", 7, 1, {0, 9});
-    EXPECT_EQ(dataOf(1, 1), Bytes({0}));
-    EXPECT_EQ(dataOf(2, 1), Bytes({9}));
-    EXPECT_EQ(driver.pendingWrites.size(), 3);
-}
-
-TEST_F(SetData, OtherTargetIsARequestOfItsOwn)
-{
-    fillQueue(2);
-    quint8 data[4] = {0, 0, 0, 0};
-    intf_setData(1, "D", 1, 2, data, 0);
-    intf_setData(2, "D", 1, 1, data, 0);
-    intf_setData(1, "TV", 1, 1, data, 0);
-    EXPECT_EQ(driver.pendingWrites.size(), 5);
-}
-
-TEST_F(SetData, FullQueueReplacesAQueuedTargetOrElseItsLastRequest)
-{
-    fillQueue(513);
-    EXPECT_EQ(driver.pendingWrites.size(), 513);
-    write("D", 300, 1, {9, 0});
-    EXPECT_EQ(dataOf(300, 2), Bytes({0, 9}));
-    EXPECT_EQ(driver.pendingWrites.at(512).address, 512);
-    write("D", 9000, 1, {1, 0});
-    write("D", 9001, 1, {2, 0});
-    ASSERT_EQ(driver.pendingWrites.size(), 513);
-    EXPECT_EQ(driver.pendingWrites.at(511).address, 511);
-    EXPECT_EQ(driver.pendingWrites.at(512).address, 9001);
-    EXPECT_EQ(entryOf("D", 9000).writePending, 1);
-}
-
-TEST_F(SetData, EqualValueIsQueuedToo)
-{
-    write("D", 100, 1, {0, 0});
-    EXPECT_EQ(driver.pendingWrites.size(), 1);
-    EXPECT_TRUE(reports().empty());
 }
 
 TEST_F(SetData, AddressesWrapRoundAt32Bits)

@@ -256,11 +256,14 @@ TEST_F(Change, WithoutACallbackIsNotReported)
 
 // --- Changes of words with their bits and double words -------------------------------------------
 
-TEST_F(WordChange, EqualWordsAreNotReported)
+TEST_F(WordChange, EqualOrNullWordsAreNotReported)
 {
     watch("D", 5, 7, 0xFFFF);
+    int word = 3;
     wordChanges(3, 3, "D", 5, 0);
     wordChanges(3, 3, "D", 6, 0);
+    _wordDataChange(nullptr, &word, 1, "D", 5, 0);
+    _wordDataChange(&word, nullptr, 1, "D", 5, 0);
     EXPECT_TRUE(reports().empty());
     EXPECT_EQ(driver.dataAreas.size(), 2);
 }
@@ -268,22 +271,12 @@ TEST_F(WordChange, EqualWordsAreNotReported)
 TEST_F(WordChange, WatchedChangedBitsAreReportedAsBitsOfTheWord)
 {
     watch("D", 5, 0, 0x8003);
+    watch("D", 6, 0, -1);
+    watch("D", 7, 1, -1);
     wordChanges(0x0002, 0x8007, "D", 5, 0);
-    EXPECT_EQ(reports(), (Reports{{1, 1, "D_bit", 80}, {1, 1, "D_bit", 95}}));
-}
-
-TEST_F(WordChange, OnlySixteenBitsCount)
-{
-    watch("D", 5, 0, -1);
-    wordChanges(0, 0x70000, "D", 5, 0);
-    EXPECT_TRUE(reports().empty());
-}
-
-TEST_F(WordChange, BitsCanBeLeftOut)
-{
-    watch("D", 5, 1, 0xFFFF);
-    wordChanges(0, 1, "D", 5, 1);
-    EXPECT_EQ(reports(), (Reports{{1, 1, "D", 5}}));
+    wordChanges(0, 0x70000, "D", 6, 0); // beyond the 16 bits
+    wordChanges(0, 1, "D", 7, 1);       // without bits
+    EXPECT_EQ(reports(), (Reports{{1, 1, "D_bit", 80}, {1, 1, "D_bit", 95}, {1, 1, "D", 7}}));
 }
 
 TEST_F(WordChange, DoubleWordsThatHoldTheWordAreReported)
@@ -297,30 +290,18 @@ TEST_F(WordChange, DoubleWordsThatHoldTheWordAreReported)
             {7, 1, "D_bit", 80}, {7, 1, "D", 5}, {7, 1, "D_double", 5}, {7, 1, "D_double", 4}}));
 }
 
-TEST_F(WordChange, EachMarkReportsItsOwnDoubleWord)
+TEST_F(WordChange, EachMarkReportsItsOwnDoubleWordAndNoneStartsBelowAddress0)
 {
     watch("D", 5, 2, 0);
     watch("D", 9, 4, 0);
-    wordChanges(0, 1, "D", 5, 0);
-    wordChanges(0, 1, "D", 9, 0);
-    EXPECT_EQ(reports(), (Reports{{1, 1, "D_double", 5}, {1, 1, "D_double", 8}}));
-}
-
-TEST_F(WordChange, NoDoubleWordStartsBelowAddress0)
-{
     watch("D", 0, 6, 0);
     watch("D", 1, 4, 0);
     watch("D", -1, 7, 0);
-    for (const int address : {0, 1, -1})
+    for (const int address : {5, 9, 0, 1, -1})
         wordChanges(0, 1, "D", address, 0);
-    EXPECT_EQ(reports(), (Reports{{1, 1, "D_double", 0}, {1, 1, "D_double", 0}, {1, 1, "D", -1}}));
-}
-
-TEST_F(WordChange, NullWordsAreNotReported)
-{
-    watch("D", 5, 7, 0xFFFF);
-    int word = 1;
-    _wordDataChange(nullptr, &word, 1, "D", 5, 0);
-    _wordDataChange(&word, nullptr, 1, "D", 5, 0);
-    EXPECT_TRUE(reports().empty());
+    EXPECT_EQ(reports(), (Reports{{1, 1, "D_double", 5},
+                                  {1, 1, "D_double", 8},
+                                  {1, 1, "D_double", 0},
+                                  {1, 1, "D_double", 0},
+                                  {1, 1, "D", -1}}));
 }

@@ -7,6 +7,7 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <functional>
 #include <string>
 #include <tuple>
 #include <vector>
@@ -125,6 +126,7 @@ protected:
     void SetUp() override
     {
         reports().clear();
+        onReport() = nullptr;
         driver = Ostrel_kmr();
         configure("1#0#0#3#8");
         intf_setAddrValueChangeCallBack(record);
@@ -199,9 +201,18 @@ protected:
         return all;
     }
 
+    // What the host does in a report besides; empty when it only records.
+    static std::function<void()> &onReport()
+    {
+        static std::function<void()> reaction;
+        return reaction;
+    }
+
     static qint32 record(qint32 devId, qint32 station, QString area, qint32 address)
     {
         reports().emplace_back(devId, station, area.toStdString(), address);
+        if (const std::function<void()> reaction = onReport())
+            reaction();
         return 0;
     }
 

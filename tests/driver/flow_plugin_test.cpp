@@ -24,14 +24,6 @@ protected:
         kmr.reset();
         takeReports();
     }
-
-    static bool isLoaded()
-    {
-        void *handle = dlopen(OSTREL_KMR_LIBRARY, RTLD_LAZY | RTLD_NOLOAD);
-        if (handle)
-            dlclose(handle);
-        return handle != nullptr;
-    }
 };
 
 } // namespace

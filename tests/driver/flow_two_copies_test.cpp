@@ -43,20 +43,6 @@ TEST_F(TwoCopiesFlow, ValuesAndReportsAreTheirOwn)
     EXPECT_EQ(words("D", 0, 1), (std::vector<int>{0x1111}));
 }
 
-TEST_F(TwoCopiesFlow, FailureOfOneLeavesTheOtherInFlight)
-{
-    watch({{1, "D", 0, 1}});
-    nextFrame();
-    EXPECT_EQ(answer(""), 8);
-    kmr.swap(other);
-    writeWords("D", 5, {1});
-    nextFrame();
-    EXPECT_EQ(answer(""), 2);
-    kmr.swap(other);
-    EXPECT_EQ(answer(""), 8);
-    EXPECT_EQ(answer(":0103020001F9"), 1);
-}
-
 TEST_F(TwoCopiesFlow, UnloadingOneLeavesTheOtherRunning)
 {
     watch({{1, "D", 0, 1}});

@@ -1,4 +1,4 @@
-// One-shot reads and the queue in which they wait.
+// The queues of requests, and one-shot reads, which wait in one of them.
 #include "driver/polling.h"
 
 #include "driver_fixture.h"
@@ -16,10 +16,10 @@ enum { BITS = -1, WORDS = 0 };
 class ConditionRead : public DriverTest {
 protected:
     static qint32 ask(const char *area, qint32 address, qint32 count, qint32 elemKind,
-                      qint32 reqTag = 0, qint32 station = 1)
+                      qint32 reqTag = 0)
     {
         KEY_ADDRESS key;
-        key.station = station;
+        key.station = 1;
         key.area = area;
         key.address = address;
         key.count = count;
@@ -44,7 +44,73 @@ protected:
     }
 };
 
+// A queue of one-word requests of D from address 0 on.
+QList<VARIABLE> queueOf(int requests)
+{
+    QList<VARIABLE> queue;
+    for (int address = 0; address < requests; ++address)
+        queue << variable("D", address, 1);
+    return queue;
+}
+
+// A request with a tag that tells it from those queued.
+VARIABLE tagged(const char *area, qint32 address, qint32 count)
+{
+    VARIABLE request = variable(area, address, count);
+    request.reqTag = 9;
+    return request;
+}
+
 } // namespace
+
+// --- Queues --------------------------------------------------------------------------------------
+
+TEST(QueueRequest, ReplacesTheNewestQueuedRequestOfTheSameTargetButNeverTheFront)
+{
+    QList<VARIABLE> queue = queueOf(3);
+    queueRequest(queue, tagged("D", 1, 1));
+    queueRequest(queue, tagged("D", 2, 1));
+    EXPECT_EQ(queue.size(), 3);
+    EXPECT_EQ(queue.at(0).reqTag, 0);
+    EXPECT_EQ(queue.at(1).reqTag, 9);
+    EXPECT_EQ(queue.at(2).reqTag, 9);
+    queueRequest(queue, variable("D", 0, 1));
+    queue << variable("D", 0, 1);
+    queueRequest(queue, tagged("D", 0, 1));
+    EXPECT_EQ(queue.size(), 5);
+    EXPECT_EQ(queue.at(3).reqTag, 0);
+    EXPECT_EQ(queue.at(4).reqTag, 9);
+}
+
+TEST(QueueRequest, AppendsAnyOtherTarget)
+{
+    QList<VARIABLE> queue = queueOf(2);
+    VARIABLE otherStation = variable("D", 1, 1);
+    otherStation.station = 2;
+    for (const VARIABLE &other :
+         {variable("D", 1, 2), variable("d", 1, 1), variable("D", 2, 1), otherStation})
+        queueRequest(queue, other);
+    EXPECT_EQ(queue.size(), 6);
+}
+
+TEST(QueueRequest, HoldsAtMost513AndThenReplacesTheLast)
+{
+    QList<VARIABLE> queue = queueOf(512);
+    queueRequest(queue, tagged("D", 600, 1));
+    EXPECT_EQ(queue.size(), 513);
+    EXPECT_EQ(queue.at(512).address, 600);
+    queueRequest(queue, tagged("D", 300, 1));
+    EXPECT_EQ(queue.at(300).reqTag, 9);
+    EXPECT_EQ(queue.at(512).address, 600);
+    queueRequest(queue, tagged("D", 700, 1));
+    EXPECT_EQ(queue.size(), 513);
+    EXPECT_EQ(queue.at(511).address, 511);
+    EXPECT_EQ(queue.at(512).address, 700);
+    queue << variable("D", 800, 1); // longer than it can become
+    queueRequest(queue, tagged("D", 900, 1));
+    EXPECT_EQ(queue.at(512).address, 900);
+    EXPECT_EQ(queue.at(513).address, 800);
+}
 
 // --- Pieces --------------------------------------------------------------------------------------
 
@@ -170,69 +236,17 @@ TEST_F(ConditionRead, ExtremeNumbers)
     EXPECT_EQ(queued(), (Requests{{-134217728, -134217728}, {134217727, 1}, {INT_MIN, INT_MIN}}));
 }
 
-// --- Duplicates ----------------------------------------------------------------------------------
-
-TEST_F(ConditionRead, DuplicateBehindTheFrontIsRefreshedInPlaceAndIsTheEndOfTheJob)
+TEST_F(ConditionRead, DuplicateIsRefreshedInPlaceAndIsTheEndOfTheJob)
 {
     for (const qint32 address : {1, 2, 3})
         ask("D", address, 1, WORDS, address);
     ask("D", 2, 1, WORDS, 9);
-    EXPECT_EQ(queued(), (Requests{{1, 1}, {2, 1}, {3, 1}}));
     EXPECT_EQ(tags(), (std::vector<qint32>{1, 9, 3}));
     EXPECT_EQ(driver.lastVar.address, 2);
     EXPECT_EQ(driver.lastVar.reqTag, 9);
-    ask("D", 3, 1, WORDS, 8);
-    EXPECT_EQ(tags(), (std::vector<qint32>{1, 9, 8}));
+    ask("M", 64, 20, WORDS); // pieces from 64, 72 and 80 on: words 4, 4 and 5
+    EXPECT_EQ(queued(), (Requests{{1, 1}, {2, 1}, {3, 1}, {4, 1}, {5, 1}}));
 }
-
-TEST_F(ConditionRead, FrontIsNeverTouchedAndTheNewestOfEqualRequestsIsRefreshed)
-{
-    ask("D", 1, 1, WORDS, 1);
-    ask("D", 1, 1, WORDS, 2);
-    EXPECT_EQ(tags(), (std::vector<qint32>{1, 2}));
-    driver.pendingReads.append(driver.pendingReads.at(1));
-    ask("D", 1, 1, WORDS, 9);
-    EXPECT_EQ(tags(), (std::vector<qint32>{1, 2, 9}));
-}
-
-TEST_F(ConditionRead, AnyDifferenceInTheTargetMakesANewRequest)
-{
-    ask("D", 0, 1, WORDS);
-    ask("D", 1, 1, WORDS);
-    ask("D", 2, 1, WORDS);
-    ask("D", 1, 2, WORDS);
-    ask("d", 1, 1, WORDS);
-    ask("D", 1, 1, WORDS, 0, 2);
-    EXPECT_EQ(driver.pendingReads.size(), 6);
-}
-
-TEST_F(ConditionRead, PiecesOfOneRunMayBeDuplicates)
-{
-    ask("D", 1, 1, WORDS);
-    ask("M", 32, 20, WORDS); // pieces from 32, 40 and 48 on: words 2, 2 and 3
-    EXPECT_EQ(queued(), (Requests{{1, 1}, {2, 1}, {3, 1}}));
-}
-
-TEST_F(ConditionRead, FullQueueRefreshesADuplicateOrElseReplacesItsLastRequest)
-{
-    for (qint32 address = 0; address < 513; ++address)
-        ask("D", address, 1, WORDS, 1);
-    EXPECT_EQ(driver.pendingReads.size(), 513);
-    ask("D", 5, 1, WORDS, 9);
-    EXPECT_EQ(tags().at(5), 9);
-    EXPECT_EQ(queued().at(512), Request(512, 1));
-    ask("D", 2000, 1, WORDS, 3);
-    EXPECT_EQ(driver.pendingReads.size(), 513);
-    EXPECT_EQ(queued().at(511), Request(511, 1));
-    EXPECT_EQ(queued().at(512), Request(2000, 1));
-    EXPECT_EQ(driver.lastVar.address, 2000);
-    driver.pendingReads.append(variable("D", 3000, 1)); // longer than it can become
-    ask("D", 4000, 1, WORDS, 3);
-    EXPECT_EQ(queued().at(512), Request(4000, 1));
-    EXPECT_EQ(queued().at(513), Request(3000, 1));
-}
-
-// --- The end of the job --------------------------------------------------------------------------
 
 TEST_F(ConditionRead, LastVarIsTheLastPieceBitsInWords)
 {

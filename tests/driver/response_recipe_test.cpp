@@ -118,17 +118,6 @@ TEST_F(RecipeReply, EachReplyFillsTheEntryAtTheCursorAndTheLastEndsTheTransfer)
     EXPECT_EQ(recipeBytes(40, 2), Bytes({0x22, 0x22}));
 }
 
-TEST_F(RecipeReply, GivenUpEntryEndsTheTransfer)
-{
-    driver.recipeVars << recipeEntry("D", 100, 1, 10) << recipeEntry("D", 200, 1, 20);
-    driver.retryLimit = 1;
-    upload();
-    EXPECT_EQ(answer(""), 2);
-    EXPECT_EQ(status[60116], 0);
-    EXPECT_EQ(driver.recipeCursor, 0);
-    EXPECT_EQ(entryOf("D", 100).commFailed, 1);
-}
-
 TEST_F(RecipeReply, AcknowledgedDownloadStepsOnAndSettlesNothing)
 {
     driver.recipeVars << recipeEntry("D", 100, 1, 10) << recipeEntry("D", 200, 1, 20);

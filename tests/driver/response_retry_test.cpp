@@ -89,11 +89,7 @@ TEST_F(BadReply, GoodReplyInBetweenStartsTheCountAnew)
     EXPECT_EQ(answer(""), 8);
     EXPECT_EQ(answer(""), 8);
     EXPECT_EQ(answer(""), 2);
-}
-
-TEST_F(BadReply, RetryLimitOfOneOrLessGivesUpAtOnce)
-{
-    for (const qint32 limit : {1, 0, -1}) {
+    for (const qint32 limit : {1, 0, -1}) { // give up at once
         driver.retryLimit = limit;
         readInFlight("D", 100, 1);
         EXPECT_EQ(answer(""), 2) << limit;
@@ -162,15 +158,6 @@ TEST_F(BadReply, GivingUpTheHighestAddressWrapsRound)
     EXPECT_EQ(failedIndexes("D"), std::vector<int>({INT_MAX, INT_MIN}));
 }
 
-TEST_F(BadReply, LaterGoodReplyClearsMarksAndError)
-{
-    readInFlight("D", 100, 1);
-    giveUp();
-    readAnswered("D", 100, 1, ":0103020000FA\r\n");
-    EXPECT_EQ(entryOf("D", 100).commFailed, 0);
-    EXPECT_EQ(driver.commError, 0);
-}
-
 TEST_F(BadReply, GivenUpWriteIsReleasedAndReportedAndItsFirstWordMarked)
 {
     driver.pendingWrites << variable("D", 10, 3);
@@ -185,13 +172,6 @@ TEST_F(BadReply, GivenUpWriteIsReleasedAndReportedAndItsFirstWordMarked)
     EXPECT_EQ(reports(), (Reports{{1, 1, "D", 10}, {1, 1, "D", 11}, {1, 1, "D", 12}}));
     EXPECT_EQ(failedIndexes("D"), std::vector<int>({10}));
     EXPECT_TRUE(driver.pendingWrites.isEmpty());
-}
-
-TEST_F(BadReply, GivenUpBitWriteMarksTwoEntries)
-{
-    writeInFlight("M", 40, 1);
-    giveUp();
-    EXPECT_EQ(failedIndexes("M"), std::vector<int>({40, 41}));
 }
 
 TEST_F(BadReply, GivenUpRequestOutsideAWriteReleasesNothing)
