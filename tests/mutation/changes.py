@@ -27,9 +27,9 @@ ANYWHERE = {"++": ("--",), "--": ("++",), "true": ("false",), "false": ("true",)
             "qMin": ("qMax",), "qMax": ("qMin",)}
 OPENING = {"(": ")", "[": "]", "{": "}"}
 NO_CALLS = {"if", "for", "while", "switch", "return", "sizeof", "static_assert", "offsetof"}
-# Their first two arguments may be exchanged at will: addressPlus() adds and times() multiplies in 64
-# bits, and what memcmp() and sameTarget() return is only asked whether it is 0.
-COMMUTATIVE = {"qMin", "qMax", "addressPlus", "times", "memcmp", "sameTarget"}
+# Their first two arguments may be exchanged at will: addressPlus() adds in 64 bits, and memcmp(),
+# sameTarget() and sameText() are only asked whether the two are the same.
+COMMUTATIVE = {"qMin", "qMax", "addressPlus", "memcmp", "sameTarget", "sameText"}
 STATEMENT = re.compile(r"(?:\+\+|--)?[\w.:]+(?:\(.*\)|\[.*\]|(?:\.|->)\w+)*\s*"
                        r"(?:[-+*/%&|^]?=(?!=)|\(|<<|\+\+|--|$)", re.DOTALL)
 
