@@ -112,14 +112,6 @@ TEST_F(GetData, NeitherAWrittenValueThatIsNotPendingNorAFailureCounts)
     EXPECT_EQ(read("D", 100, 1, 2), Bytes({1, 2}));
 }
 
-TEST_F(GetData, StationIsPartOfTheKey)
-{
-    store("D", 100, {1, 2});
-    quint8 out[2] = {0xEE, 0xEE};
-    intf_getData(2, "D", 100, 1, out);
-    EXPECT_EQ(Bytes(out, out + 2), Bytes({0, 0}));
-}
-
 TEST_F(GetData, TvBitNeverReflectsItsWord)
 {
     store("TV", 1, {0xFF, 0xFF});
@@ -134,12 +126,4 @@ TEST_F(GetData, AddressesWrapRoundAt32Bits)
     store("D", INT_MIN, {1, 2});
     EXPECT_EQ(read("D", INT_MAX, 2, 4), Bytes({0, 0, 1, 2}));
     EXPECT_EQ(read("M", INT_MAX, 2, 2), Bytes({0, 0}));
-}
-
-TEST_F(GetData, ReportsAndQueuesNothing)
-{
-    store("D", 100, {1, 2});
-    read("D", 100, 1, 2);
-    EXPECT_TRUE(reports().empty());
-    EXPECT_TRUE(driver.pendingReads.isEmpty());
 }

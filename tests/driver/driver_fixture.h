@@ -52,6 +52,13 @@ inline _RCP_VAR_PRO recipeEntry(const char *area, qint32 address, qint32 count, 
     return entry;
 }
 
+// Station, area, address and count of a request: "2#D:100x3" is 3 words of station 2 from D100 on.
+inline std::string targetOf(const VARIABLE &var)
+{
+    return std::to_string(var.station) + "#" + var.area.toStdString() + ":" +
+           std::to_string(var.address) + "x" + std::to_string(var.count);
+}
+
 // The characters of a frame as they go out.
 inline std::string textOf(const FRAME_PRO &frame)
 {

@@ -1,18 +1,7 @@
-// Configuring anew in mid-flight, the editor's services beside a running link, loading and
-// unloading.
+// The editor's services beside a running link, and a library that is loaded again or gone.
 #include "loaded_driver.h"
 
 using LifecycleFlow = FlowTest;
-
-TEST_F(LifecycleFlow, ReinitialisationDropsTheFrameInFlight)
-{
-    watch({{1, "D", 100, 1}});
-    nextFrame();
-    configure("1#0#0#3#8");
-    EXPECT_EQ(answer(":0103021234B4"), 0);
-    EXPECT_EQ(errorInfo, "");
-    EXPECT_EQ(nextFrame(), "");
-}
 
 TEST_F(LifecycleFlow, EditorServicesLeaveARunningLinkAlone)
 {
@@ -52,17 +41,6 @@ TEST_F(LifecycleFlow, NothingGoesToStandardError)
     EXPECT_EQ(testing::internal::GetCapturedStderr(), "");
 }
 
-TEST_F(LifecycleFlow, UnloadingInMidFlightLeavesNothingInMemory)
-{
-    watch({{1, "D", 100, 1}});
-    nextFrame();
-    writeWords("D", 0, {1, 2});
-    readOnce({1, "D", 0, 1});
-    EXPECT_TRUE(isLoaded());
-    kmr.reset();
-    EXPECT_FALSE(isLoaded());
-}
-
 TEST_F(LifecycleFlow, LibraryLoadedAgainStartsFromNothing)
 {
     watch({{1, "D", 100, 1}});
@@ -74,6 +52,7 @@ TEST_F(LifecycleFlow, LibraryLoadedAgainStartsFromNothing)
     kmr.reset();
     kmr = std::make_unique<LoadedDriver>();
     EXPECT_EQ(words("D", 100, 1), (std::vector<int>{0}));
+    EXPECT_EQ(nextFrame(), "");
     EXPECT_EQ(answer(":0103021234B4"), 0);
     configure("1#2#3#4"); // too few settings: all are still 0
     EXPECT_EQ(watch({{1, "D", 100, 1}}), 1);
@@ -84,15 +63,6 @@ TEST_F(LifecycleFlow, LibraryLoadedAgainStartsFromNothing)
     EXPECT_EQ(takeReports(), Reports{}); // no callback
     nextFrame();
     EXPECT_EQ(answer(""), 2); // no retry
-}
-
-TEST_F(LifecycleFlow, BeforeConfigurationTheLibraryAnswersAndSendsNothing)
-{
-    kmr.reset();
-    kmr = std::make_unique<LoadedDriver>();
-    EXPECT_EQ(nextFrame(), "");
-    EXPECT_EQ(answer(":0103021234B4"), 0);
-    EXPECT_EQ(bits("M", 0, 2), (std::vector<int>{0, 0}));
 }
 
 namespace {

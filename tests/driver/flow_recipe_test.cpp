@@ -64,20 +64,6 @@ TEST_F(RecipeFlow, UploadFillsBufferAndStoreAndReportsEveryWord)
     EXPECT_EQ(words("CV2", 200, 2), (std::vector<int>{0xCCDD, 0xAABB}));
 }
 
-TEST_F(RecipeFlow, DownloadGoesBeforeUploadAndBothBeforeEverythingElse)
-{
-    watch({{1, "D", 50, 1}});
-    writeBits("M", 0, {1});
-    readOnce({1, "D", 60, 1});
-    setRecipe({recipeEntry("D", 0, 1, 0)});
-    download = upload = 1;
-    EXPECT_EQ(exchange(":011010000001DE"), ":011010000001020000DC");
-    EXPECT_EQ(exchange(":0103020000FA"), ":010310000001EB");
-    EXPECT_EQ(exchange(":01050800FF00F3"), ":01050800FF00F3");
-    EXPECT_EQ(exchange(":0103020000FA"), ":0103103C0001AF");
-    EXPECT_EQ(exchange(":0103020000FA"), ":010310320001B9");
-}
-
 TEST_F(RecipeFlow, TransferGivenUpHalfWayBeginsAnewNextTime)
 {
     setUsualRecipe();
@@ -121,17 +107,5 @@ TEST_F(RecipeFlow, LongestEntryFillsTheFrameAndALongerOneIsNotSent)
     EXPECT_EQ(answer(""), 8);
     EXPECT_EQ(answer(""), 2);
     EXPECT_EQ(errorInfo, "1#D0(252)(0)");
-    EXPECT_EQ(download, 0);
-}
-
-TEST_F(RecipeFlow, ReinitialisationKeepsTheListAndItsPlace)
-{
-    setRecipe({recipeEntry("D", 0, 1, 0), recipeEntry("D", 1, 1, 0)});
-    download = 1;
-    exchange(":011010000001DE");
-    nextFrame();
-    configure("1#0#0#3#8");
-    EXPECT_EQ(answer(":011010010001DD"), 0);
-    EXPECT_EQ(exchange(":011010010001DD"), ":011010010001020000DB");
     EXPECT_EQ(download, 0);
 }

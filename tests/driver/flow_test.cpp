@@ -89,29 +89,6 @@ TEST_F(PollFlow, OnlyWatchedValuesThatChangedAreReported)
     EXPECT_EQ(words("D", 100, 3), (std::vector<int>{0x0001, 0x00FF, 0x0004}));
 }
 
-TEST_F(PollFlow, NewPlanReplacesTheOldOneAndKeepsTheValues)
-{
-    watch({{1, "D", 1, 1}});
-    exchange(":0103020007F3");
-    takeReports();
-    EXPECT_EQ(watch({{1, "D", 50, 1}}), 1);
-    EXPECT_EQ(words("D", 1, 1), (std::vector<int>{7}));
-    EXPECT_EQ(exchange(":0103020000FA"), ":010310320001B9");
-    writeWords("D", 1, {8});
-    EXPECT_EQ(takeReports(), Reports{});
-}
-
-TEST_F(PollFlow, GroupingLimitOfZeroPollsElementByElement)
-{
-    configure("1#0#0#3#0");
-    EXPECT_EQ(watch({{1, "D", 0, 2}, {1, "D", 1, 1}, {1, "M", 0, 2}}), 4);
-    EXPECT_EQ(exchange(":0103020001F9"), ":010310000001EB");
-    EXPECT_EQ(exchange(":0103020002F8"), ":010310010001EA");
-    EXPECT_EQ(exchange(":0102020100FA"), ":010208000010E5");
-    EXPECT_EQ(exchange(":0102020300F8"), ":010208000010E5");
-    EXPECT_EQ(words("D", 0, 2), (std::vector<int>{1, 2}));
-}
-
 TEST_F(PollFlow, SilenceIsRetriedTwiceThenGivenUpUntilTheNextGoodReply)
 {
     watch({{1, "D", 100, 2}});

@@ -40,19 +40,6 @@ TEST_F(WriteFlow, EveryWritableAreaHasItsFrame)
     EXPECT_EQ(exchange(":01050E05FF00E8"), ":01050E05FF00E8");
 }
 
-TEST_F(WriteFlow, WritesGoBeforeOneShotReadsAndShareTheirAllowance)
-{
-    watch({{1, "D", 0, 1}});
-    readOnce({1, "D", 50, 1});
-    readOnce({1, "D", 60, 1});
-    writeBits("M", 0, {1, 1});
-    EXPECT_EQ(exchange(":01050800FF00F3"), ":01050800FF00F3");
-    EXPECT_EQ(exchange(":01050801FF00F2"), ":01050801FF00F2");
-    EXPECT_EQ(exchange(":0103020000FA"), ":010310320001B9");
-    EXPECT_EQ(exchange(":0103020000FA"), ":010310000001EB");
-    EXPECT_EQ(exchange(":0103020000FA"), ":0103103C0001AF");
-}
-
 TEST_F(WriteFlow, PlanEndsTheStallAfterThreeWritesWithoutABlock)
 {
     writeBits("M", 0, {1, 1, 1, 1});

@@ -214,10 +214,7 @@ TEST_F(ReadFrame, CarriesTheWholeRequest)
     var.data[1023] = 0xA5;
     const FRAME_PRO frame = frameOf(var);
     EXPECT_EQ(frame.var.reqTag, 77);
-    EXPECT_EQ(frame.var.station, 3);
-    EXPECT_EQ(frame.var.area, "M");
-    EXPECT_EQ(frame.var.address, 40);
-    EXPECT_EQ(frame.var.count, 2);
+    EXPECT_EQ(targetOf(frame.var), "3#M:40x2");
     EXPECT_EQ(frame.var.data[0], 0x5A);
     EXPECT_EQ(frame.var.data[1023], 0xA5);
 }

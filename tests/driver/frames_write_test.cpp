@@ -182,7 +182,6 @@ TEST_F(WriteFrame, CarriesTheWholeRequest)
     EXPECT_EQ(textOf(frame).substr(0, 3), ":12"); // the last two digits of the station
     EXPECT_EQ(frame.replyLen, 17);
     EXPECT_EQ(frame.var.reqTag, -3);
-    EXPECT_EQ(frame.var.station, 312);
-    EXPECT_EQ(frame.var.count, 1);
+    EXPECT_EQ(targetOf(frame.var), "312#D:200x1");
     EXPECT_EQ(frame.var.data[1023], 0xA5);
 }

@@ -141,11 +141,3 @@ TEST_F(InitProperty, RecipeTransferAndCallbackSurvive)
     EXPECT_EQ(driver.recipeCursor, 3);
     EXPECT_EQ(driver.valueChangedCallback, record);
 }
-
-TEST_F(InitProperty, CallbackIsStoredNullIncluded)
-{
-    intf_setAddrValueChangeCallBack(nullptr);
-    EXPECT_EQ(driver.valueChangedCallback, nullptr);
-    intf_setAddrValueChangeCallBack(record);
-    EXPECT_EQ(driver.valueChangedCallback, record);
-}

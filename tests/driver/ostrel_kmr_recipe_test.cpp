@@ -88,9 +88,7 @@ TEST_F(RcpAddrToVar, CopiesTheTargetLeavesTheTagAndTurnsTheBytesOfEachWord)
     recipe[23] = 0x56;
     const VARIABLE var = requestOf(10, 2, 1);
     EXPECT_EQ(var.reqTag, 77);
-    EXPECT_EQ(var.station, 4);
-    EXPECT_EQ(var.area, QString("D"));
-    EXPECT_EQ(var.address, 100);
+    EXPECT_EQ(targetOf(var), "4#D:100x2");
     EXPECT_EQ(Bytes(var.data, var.data + 4), Bytes({0x12, 0x34, 0x56, 0x78}));
     EXPECT_EQ(bytesSet(var, 4), 0);
     EXPECT_EQ(requestOf(10, 2, -1).data[1], 0x34); // any number but 0

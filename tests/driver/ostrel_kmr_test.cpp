@@ -111,9 +111,8 @@ TEST(RecordCopy, KeepsAllFieldsOfAFrameAndItsVariable)
         EXPECT_EQ(copy.frame[1023], 'Z');
         EXPECT_EQ(copy.frameLen * 10 + copy.replyLen, 12);
         EXPECT_EQ(copy.replyDataPos * 100 + copy.replyDataLen * 10 + copy.frameSpare, 345);
-        EXPECT_EQ(copy.var.reqTag * 10 + copy.var.station, 12);
-        EXPECT_EQ(copy.var.area, QString("D"));
-        EXPECT_EQ(copy.var.address * 10 + copy.var.count, 34);
+        EXPECT_EQ(copy.var.reqTag, 1);
+        EXPECT_EQ(targetOf(copy.var), "2#D:3x4");
         EXPECT_EQ(copy.var.data[0] * 10 + copy.var.data[1023], 56);
     }
 }

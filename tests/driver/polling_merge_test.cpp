@@ -28,10 +28,9 @@ std::string plan()
 {
     std::string text;
     for (const VARIABLE &block : std::as_const(driver.cyclicReads)) {
+        const std::string target = targetOf(block);
         text += text.empty() ? "" : " ";
-        text += block.station == 1 ? "" : std::to_string(block.station) + "#";
-        text += block.area.toStdString() + ":" + std::to_string(block.address) + "x" +
-                std::to_string(block.count);
+        text += block.station == 1 ? target.substr(2) : target;
     }
     return text;
 }

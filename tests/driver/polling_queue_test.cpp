@@ -122,10 +122,7 @@ TEST_F(ConditionRead, QueuesTheRequestAndTouchesNoOtherList)
     ASSERT_EQ(driver.pendingReads.size(), 1);
     const VARIABLE &request = driver.pendingReads.at(0);
     EXPECT_EQ(request.reqTag, 77);
-    EXPECT_EQ(request.station, 1);
-    EXPECT_EQ(request.area, QString("D"));
-    EXPECT_EQ(request.address, 100);
-    EXPECT_EQ(request.count, 3);
+    EXPECT_EQ(targetOf(request), "1#D:100x3");
     EXPECT_EQ(driver.pendingWrites.size(), 1);
     EXPECT_EQ(driver.cyclicReads.size(), 1);
     EXPECT_TRUE(driver.frames.isEmpty());
@@ -252,11 +249,7 @@ TEST_F(ConditionRead, LastVarIsTheLastPieceBitsInWords)
 {
     ask("D", 100, 20, WORDS, 6);
     EXPECT_EQ(driver.lastVar.reqTag, 6);
-    EXPECT_EQ(driver.lastVar.station, 1);
-    EXPECT_EQ(driver.lastVar.area, QString("D"));
-    EXPECT_EQ(driver.lastVar.address, 116);
-    EXPECT_EQ(driver.lastVar.count, 4);
+    EXPECT_EQ(targetOf(driver.lastVar), "1#D:116x4");
     ask("M", 40, 20, BITS, 6);
-    EXPECT_EQ(driver.lastVar.address, 2);
-    EXPECT_EQ(driver.lastVar.count, 2);
+    EXPECT_EQ(targetOf(driver.lastVar), "1#M:2x2");
 }

@@ -61,13 +61,6 @@ TEST_F(ReplyChange, ChangedWatchedBitsAreReportedLowestFirst)
     EXPECT_EQ(reports(), (Reports{{1, 1, "M", 16}, {1, 1, "M", 24}, {1, 1, "M", 31}}));
 }
 
-TEST_F(ReplyChange, OctalBitsAreReportedInOctalDigits)
-{
-    driver.dataAreas << watchedBits("X", 1, 0x8001) << watchedBits("X", 2, 0x0001);
-    readAnswered("X", 20, 16, ":0102040180010077\r\n");
-    EXPECT_EQ(reports(), (Reports{{1, 1, "X", 20}, {1, 1, "X", 37}, {1, 1, "X", 40}}));
-}
-
 TEST_F(ReplyChange, ReportComesAfterTheEndOfAPendingWriteAndBeforeTheNewValue)
 {
     driver.dataAreas << written(holding(watchedWord("D", 100), {0x77}), {0x99})
@@ -108,14 +101,4 @@ TEST_F(ReplyChange, GoodReplyClearsTheFailureMarkOfEveryElement)
     readAnswered("M", 0, 1, ":0102020000FB\r\n");
     for (const _DATA_ &entry : driver.dataAreas)
         EXPECT_EQ(entry.commFailed, 0) << entry.index;
-}
-
-TEST_F(ReplyChange, WithoutACallbackValuesAreStoredInSilence)
-{
-    driver.dataAreas << watchedWord("D", 100) << watchedBits("M", 0, 0xFFFF);
-    intf_setAddrValueChangeCallBack(nullptr);
-    readAnswered("D", 100, 1, ":0103021234B4\r\n");
-    readAnswered("M", 0, 1, ":010202FFFFFD\r\n");
-    EXPECT_EQ(readValueOf("D", 100), Bytes({0x34, 0x12, 0, 0}));
-    EXPECT_EQ(readValueOf("M", 0), Bytes({0xFF, 0xFF, 0, 0}));
 }

@@ -97,14 +97,6 @@ TEST_F(RecipeReply, CursorThatHasNoEntryLeftFillsTheStoreOnly)
     EXPECT_TRUE(reports().empty());
 }
 
-TEST_F(RecipeReply, WithoutACallbackTheBufferIsFilledInSilence)
-{
-    driver.recipeVars << recipeEntry("D", 100, 1, 10);
-    intf_setAddrValueChangeCallBack(nullptr);
-    uploadAnswered(":0103021234B4\r\n");
-    EXPECT_EQ(recipeBytes(20, 2), Bytes({0x34, 0x12}));
-}
-
 TEST_F(RecipeReply, EachReplyFillsTheEntryAtTheCursorAndTheLastEndsTheTransfer)
 {
     driver.recipeVars << recipeEntry("D", 100, 1, 10) << recipeEntry("D", 200, 1, 20);

@@ -101,15 +101,6 @@ TEST_F(Upkeep, LastOneShotReadIsKnownByStationAreaAddressAndCount)
     EXPECT_TRUE(reports().empty());
 }
 
-TEST_F(Upkeep, OneShotReadEndsWithoutACallback)
-{
-    queueReads(2);
-    driver.lastVar = driver.pendingReads.at(0);
-    intf_setAddrValueChangeCallBack(nullptr);
-    dealListWhenFinish();
-    EXPECT_EQ(driver.pendingReads.size(), 1);
-}
-
 // --- Cyclic blocks -------------------------------------------------------------------------------
 
 TEST_F(Upkeep, CyclicBlocksArePolledInTurnGivenUpOnesToo)

@@ -56,25 +56,12 @@ TEST_F(SettledWrite, GivenUpElementKeepsItsReadValueAndIsReported)
     EXPECT_EQ(reports(), (Reports{{1, 1, "D", 10}, {1, 1, "S", 5}}));
 }
 
-TEST_F(SettledWrite, UnwatchedWordIsNotReported)
-{
-    write_FailOrSuc(1, "D", 10, 1, 1);
-    EXPECT_TRUE(reports().empty());
-    EXPECT_EQ(driver.dataAreas.size(), 1);
-}
-
 TEST_F(SettledWrite, CountBelowOneSettlesNothing)
 {
     write_FailOrSuc(1, "D", 10, 0, 1);
+    write_FailOrSuc(1, "CV2", 200, 0, 1);
     write_FailOrSuc(1, "M", 10, -1, 1);
     EXPECT_TRUE(driver.dataAreas.isEmpty());
-}
-
-TEST_F(SettledWrite, OtherStationsStayPending)
-{
-    driver.dataAreas << written(watchedWord("D", 10), {1, 2});
-    write_FailOrSuc(2, "D", 10, 1, 1);
-    EXPECT_EQ(entryOf("D", 10).writePending, 1);
 }
 
 TEST_F(SettledWrite, AcknowledgedBitTakesTheByteThatHoldsItOctalOnesTheirLinearByte)

@@ -238,37 +238,6 @@ TEST_F(RecipeFrame, WithoutStatusBlockOrMutexNoRequestIsSeen)
     EXPECT_EQ(nextAnswered(), ":010310000001EB\r\n");
 }
 
-TEST_F(RecipeFrame, WithoutARecipeBufferADownloadCarriesZeros)
-{
-    driver.recipeCursor = 1;
-    driver.recipeBuffer = nullptr;
-    download = 1;
-    EXPECT_EQ(nextFrame(), ":0110101400020400000000C5\r\n");
-}
-
-TEST_F(RecipeFrame, EntryBeyondTheDataIsCopiedAsFarAsItFits)
-{
-    recipe[1022] = 0xCD;
-    recipe[1023] = 0xAB;
-    recipe[1024] = 0xEE;
-    driver.recipeVars[0] = recipeEntry("CV2", 200, 600, 0);
-    download = 1;
-    EXPECT_EQ(nextFrame(), ":01100EC8012CB0000000003C\r\n");
-    EXPECT_EQ(driver.curVar.data[1022], 0xAB);
-    EXPECT_EQ(driver.curVar.data[1023], 0xCD);
-}
-
-TEST_F(RecipeFrame, EntryBeyondTheFrameIsHandedOutWithoutText)
-{
-    driver.recipeVars[0].count = 252;
-    download = 1;
-    FRAME_PRO frame;
-    frame.frameLen = 99;
-    EXPECT_EQ(intf_getSendFrame(&frame), 1);
-    EXPECT_EQ(frame.frameLen, 0);
-    EXPECT_EQ(frame.var.count, 252);
-}
-
 // A request without an entry left: between the end of a transfer and the host's seeing it.
 
 TEST_F(SendFrame, RecipeRequestWithoutEntriesOrHistorySendsNothing)

@@ -133,6 +133,15 @@ TEST_F(StoreIndexTest, FindsEveryEntryOfALargeStore)
     EXPECT_EQ(driver.dataAreas.size(), 5000);
 }
 
+// A text may lie in the middle of others, without a 0 at its end.
+TEST_F(StoreIndexTest, FindsAnEntryByTheCharactersOfItsNameAlone)
+{
+    const QChar memory[] = {'x', 'D', 'y'};
+    EXPECT_EQ(positionInStore(1, "D", 5), 0);
+    EXPECT_EQ(positionInStore(1, "D", 9), 1);
+    EXPECT_EQ(positionInStore(1, QString::fromRawData(memory + 1, 1), 5), 0);
+}
+
 TEST_F(StoreIndexTest, CopyOfTheStoreKeepsItsValues)
 {
     dataAreaToChange(1, "D", 5).readValue[0] = 1;
