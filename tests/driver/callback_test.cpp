@@ -17,11 +17,7 @@ protected:
 
     static void askOnce(qint32 address)
     {
-        KEY_ADDRESS key;
-        key.station = 1;
-        key.area = "D";
-        key.address = address;
-        key.count = 1;
+        KEY_ADDRESS key = keyOf("D", address, 1);
         intf_addConditionRead(key, 0);
     }
 
@@ -92,7 +88,7 @@ TEST_F(BusyCallback, ElementsOfAReplyAreStored)
     EXPECT_EQ(readValueOf("D", 100), Bytes({0x11, 0x11, 0, 0}));
     EXPECT_EQ(readValueOf("D", 101), Bytes({0x22, 0x22, 0, 0}));
     EXPECT_EQ(readValueOf("D", 102), Bytes({0x33, 0x33, 0, 0}));
-    EXPECT_EQ(reports(), (Reports{{1, 1, "D", 100}, {1, 1, "D", 101}, {1, 1, "D", 102}}));
+    EXPECT_EQ(told(), "D:100 D:101 D:102");
     readAnswered("CV2", 200, 4, ":010308111111112222222228\r\n");
     EXPECT_EQ(readValueOf("CV2", 200), Bytes({0x11, 0x11, 0x11, 0x11}));
     EXPECT_EQ(readValueOf("CV2", 201), Bytes({0x22, 0x22, 0x22, 0x22}));
@@ -147,7 +143,7 @@ TEST_F(BusyCallback, GivenUpWriteIsReleased)
 TEST_F(BusyCallback, EndOfTheLastOneShotReadLeavesTheQueueInOrder)
 {
     endOneShotRead();
-    EXPECT_EQ(reports(), (Reports{{-1, -1, "-1", 0}}));
+    EXPECT_EQ(told(), "-1/-1#-1:0");
     EXPECT_EQ(driver.pendingReads.size(), 40);
     EXPECT_EQ(driver.pendingReads.at(0).address, 5000);
 }

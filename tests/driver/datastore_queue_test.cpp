@@ -15,15 +15,9 @@ protected:
         return intf_setData(1, area, address, count, data.data(), reqTag);
     }
 
-    // Addresses of the queued writes and their counts, in turn.
-    static std::vector<int> queue()
+    static std::string queue()
     {
-        std::vector<int> all;
-        for (const VARIABLE &var : driver.pendingWrites) {
-            all.push_back(var.address);
-            all.push_back(var.count);
-        }
-        return all;
+        return targetsOf(driver.pendingWrites);
     }
 
     static Bytes dataOf(int position, size_t size)
@@ -37,17 +31,10 @@ protected:
 
 TEST_F(SetData, WordsAreQueuedInRequestsOfTheGroupLimit)
 {
-    const std::pair<int, std::vector<int>> rows[] = {{20, {100, 8, 108, 8, 116, 4}},
-                                                     {16, {100, 8, 108, 8}},
-                                                     {8, {100, 8}},
-                                                     {9, {100, 8, 108, 1}}};
-    for (const char *area : WORD_AREAS) {
-        for (const auto &[count, requests] : rows) {
-            driver.pendingWrites.clear();
-            EXPECT_EQ(write(area, 100, count, std::vector<quint8>(40)), 1);
-            EXPECT_EQ(queue(), requests) << area << count;
-        }
-    }
+    EXPECT_EQ(write("D", 100, 20, std::vector<quint8>(40)), 1);
+    EXPECT_EQ(write("CV", 100, 8, std::vector<quint8>(16)), 1);
+    EXPECT_EQ(write("TV", 100, 9, std::vector<quint8>(18)), 1);
+    EXPECT_EQ(queue(), "D:100x8 D:108x8 D:116x4 CV:100x8 TV:100x8 TV:108x1");
 }
 
 TEST_F(SetData, GroupLimitBelow1QueuesSingleWords)
@@ -55,7 +42,7 @@ TEST_F(SetData, GroupLimitBelow1QueuesSingleWords)
     for (const char *property : {"1#0#0#3#0", "1#0#0#3#-5", "1#0#0#3#1"}) {
         configure(property);
         write("D", 100, 2, {1, 2, 3, 4});
-        EXPECT_EQ(queue(), std::vector<int>({100, 1, 101, 1})) << property;
+        EXPECT_EQ(queue(), "D:100x1 D:101x1") << property;
     }
 }
 
@@ -63,7 +50,7 @@ TEST_F(SetData, EachRequestHoldsItsOwnWordsHighByteFirst)
 {
     configure("1#0#0#3#2");
     write("D", 100, 3, {1, 2, 3, 4, 5, 6});
-    EXPECT_EQ(queue(), std::vector<int>({100, 2, 102, 1}));
+    EXPECT_EQ(queue(), "D:100x2 D:102x1");
     EXPECT_EQ(dataOf(0, 4), Bytes({2, 1, 4, 3}));
     EXPECT_EQ(dataOf(1, 2), Bytes({6, 5}));
     quint8 out[2];
@@ -75,7 +62,7 @@ TEST_F(SetData, CounterIsCutByWords)
 {
     configure("1#0#0#3#3");
     write("CV2", 200, 4, {1, 2, 3, 4, 5, 6, 7, 8});
-    EXPECT_EQ(queue(), std::vector<int>({200, 3, 203, 1}));
+    EXPECT_EQ(queue(), "CV2:200x3 CV2:203x1");
     EXPECT_EQ(dataOf(0, 6), Bytes({2, 1, 4, 3, 6, 5}));
     EXPECT_EQ(dataOf(1, 2), Bytes({8, 7}));
 }
@@ -83,7 +70,7 @@ TEST_F(SetData, CounterIsCutByWords)
 TEST_F(SetData, HalfACounterIsQueuedButNotMirrored)
 {
     write("CV2", 200, 1, {1, 2});
-    EXPECT_EQ(queue(), std::vector<int>({200, 1}));
+    EXPECT_EQ(queue(), "CV2:200x1");
     EXPECT_TRUE(driver.dataAreas.isEmpty());
 }
 
@@ -92,11 +79,11 @@ TEST_F(SetData, BitsAreQueuedOneByOneAsTheHostCountsThem)
     for (const char *area : BIT_AREAS) {
         driver.pendingWrites.clear();
         write(area, 7, 3, {1, 0, 2});
-        EXPECT_EQ(queue(), std::vector<int>({7, 1, 8, 1, 9, 1})) << area;
+        const std::string name = area;
+        EXPECT_EQ(queue(), name + ":7x1 " + name + ":8x1 " + name + ":9x1");
         EXPECT_EQ(dataOf(0, 1), Bytes({1}));
         EXPECT_EQ(dataOf(1, 1), Bytes({0}));
         EXPECT_EQ(dataOf(2, 1), Bytes({2}));
-        EXPECT_EQ(driver.pendingWrites.at(0).area, area);
     }
 }
 
@@ -105,11 +92,8 @@ TEST_F(SetData, RequestCarriesStationAreaAndTag)
     quint8 data[2] = {1, 0};
     intf_setData(7, "D", 100, 1, data, 42);
     intf_setData(8, "M", 100, 1, data, -3);
-    ASSERT_EQ(driver.pendingWrites.size(), 2);
-    EXPECT_EQ(driver.pendingWrites.at(0).station, 7);
-    EXPECT_EQ(driver.pendingWrites.at(0).area, "D");
+    ASSERT_EQ(queue(), "7#D:100x1 8#M:100x1");
     EXPECT_EQ(driver.pendingWrites.at(0).reqTag, 42);
-    EXPECT_EQ(driver.pendingWrites.at(1).station, 8);
     EXPECT_EQ(driver.pendingWrites.at(1).reqTag, -3);
     EXPECT_EQ(driver.dataAreas.at(0).station, 7);
     EXPECT_EQ(driver.dataAreas.at(1).station, 8);
@@ -145,7 +129,7 @@ TEST_F(SetData, NewerWriteReplacesAQueuedOneEqualOrNot)
     write("D", 0, 1, {0, 0});
     write("D", 1, 1, {0, 0});
     write("D", 1, 1, {0x34, 0x12}, 9);
-    EXPECT_EQ(queue(), std::vector<int>({0, 1, 1, 1}));
+    EXPECT_EQ(queue(), "D:0x1 D:1x1");
     EXPECT_EQ(dataOf(1, 2), Bytes({0x12, 0x34}));
     EXPECT_EQ(driver.pendingWrites.at(1).reqTag, 9);
 }
@@ -154,5 +138,5 @@ TEST_F(SetData, AddressesWrapRoundAt32Bits)
 {
     configure("1#0#0#3#1");
     write("D", INT_MAX, 2, {1, 2, 3, 4});
-    EXPECT_EQ(queue(), std::vector<int>({INT_MAX, 1, INT_MIN, 1}));
+    EXPECT_EQ(queue(), "D:2147483647x1 D:-2147483648x1");
 }

@@ -31,6 +31,17 @@ inline VARIABLE variable(const char *area, qint32 address, qint32 count)
     return var;
 }
 
+// The same as the host hands it in.
+inline KEY_ADDRESS keyOf(const char *area, qint32 address, qint32 count)
+{
+    KEY_ADDRESS key;
+    key.station = 1;
+    key.area = QString::fromLatin1(area);
+    key.address = address;
+    key.count = count;
+    return key;
+}
+
 // A write of 1 to one bit of M.
 inline VARIABLE bitWrite(qint32 address)
 {
@@ -57,6 +68,17 @@ inline std::string targetOf(const VARIABLE &var)
 {
     return std::to_string(var.station) + "#" + var.area.toStdString() + ":" +
            std::to_string(var.address) + "x" + std::to_string(var.count);
+}
+
+// The requests of a list in turn, the number of station 1 left out: "D:0x8 2#M:5x1".
+inline std::string targetsOf(const QList<VARIABLE> &list)
+{
+    std::string all;
+    for (const VARIABLE &request : list) {
+        const std::string target = targetOf(request);
+        all += (all.empty() ? "" : " ") + (request.station == 1 ? target.substr(2) : target);
+    }
+    return all;
 }
 
 // The characters of a frame as they go out.
@@ -205,6 +227,19 @@ protected:
     static Reports &reports()
     {
         static Reports all;
+        return all;
+    }
+
+    // The reports in turn: "D:100" for D100 of station 1 by device 1, else "0/-1#RWI:10".
+    static std::string told()
+    {
+        std::string all;
+        for (const auto &[devId, station, area, address] : reports()) {
+            const bool usual = devId == 1 && station == 1;
+            const std::string sender = std::to_string(devId) + "/" + std::to_string(station) + "#";
+            all += (all.empty() ? "" : " ") + (usual ? "" : sender) + area + ":" +
+                   std::to_string(address);
+        }
         return all;
     }
 

@@ -8,9 +8,6 @@
 
 namespace {
 
-using Request = std::pair<qint32, qint32>; // address, count
-using Requests = std::vector<Request>;
-
 enum { BITS = -1, WORDS = 0 };
 
 class ConditionRead : public DriverTest {
@@ -18,21 +15,14 @@ protected:
     static qint32 ask(const char *area, qint32 address, qint32 count, qint32 elemKind,
                       qint32 reqTag = 0)
     {
-        KEY_ADDRESS key;
-        key.station = 1;
-        key.area = area;
-        key.address = address;
-        key.count = count;
+        KEY_ADDRESS key = keyOf(area, address, count);
         key.elemKind = elemKind;
         return intf_addConditionRead(key, reqTag);
     }
 
-    static Requests queued()
+    static std::string queued()
     {
-        Requests all;
-        for (const VARIABLE &request : std::as_const(driver.pendingReads))
-            all.emplace_back(request.address, request.count);
-        return all;
+        return targetsOf(driver.pendingReads);
     }
 
     static std::vector<qint32> tags()
@@ -119,10 +109,8 @@ TEST_F(ConditionRead, QueuesTheRequestAndTouchesNoOtherList)
     driver.pendingWrites.append(variable("D", 1, 1));
     driver.cyclicReads.append(variable("D", 2, 1));
     EXPECT_EQ(ask("D", 100, 3, WORDS, 77), 1);
-    ASSERT_EQ(driver.pendingReads.size(), 1);
-    const VARIABLE &request = driver.pendingReads.at(0);
-    EXPECT_EQ(request.reqTag, 77);
-    EXPECT_EQ(targetOf(request), "1#D:100x3");
+    EXPECT_EQ(queued(), "D:100x3");
+    EXPECT_EQ(tags(), (std::vector<qint32>{77}));
     EXPECT_EQ(driver.pendingWrites.size(), 1);
     EXPECT_EQ(driver.cyclicReads.size(), 1);
     EXPECT_TRUE(driver.frames.isEmpty());
@@ -150,32 +138,32 @@ TEST_F(ConditionRead, LeavesTheHostsRunAsItIs)
 TEST_F(ConditionRead, WordsAreCutByTheGroupLimitAndEveryPieceCarriesTheTag)
 {
     ask("D", 100, 8, WORDS);
-    EXPECT_EQ(queued(), (Requests{{100, 8}}));
+    EXPECT_EQ(queued(), "D:100x8");
     driver.pendingReads.clear();
     EXPECT_EQ(ask("D", 100, 20, WORDS, 5), 1);
-    EXPECT_EQ(queued(), (Requests{{100, 8}, {108, 8}, {116, 4}}));
+    EXPECT_EQ(queued(), "D:100x8 D:108x8 D:116x4");
     EXPECT_EQ(tags(), (std::vector<qint32>{5, 5, 5}));
 }
 
 TEST_F(ConditionRead, BitsAreCutByEightTimesTheGroupLimit)
 {
     ask("M", 0, 64, BITS);
-    EXPECT_EQ(queued(), (Requests{{0, 4}}));
+    EXPECT_EQ(queued(), "M:0x4");
     ask("M", 160, 65, BITS);
-    EXPECT_EQ(queued(), (Requests{{0, 4}, {10, 4}, {14, 1}}));
+    EXPECT_EQ(queued(), "M:0x4 M:10x4 M:14x1");
 }
 
 TEST_F(ConditionRead, ElementKindAloneChoosesTheLimitAndOnlyMinusOneMeansBits)
 {
     ask("D", 100, 65, BITS);
-    EXPECT_EQ(queued(), (Requests{{100, 64}, {164, 1}}));
+    EXPECT_EQ(queued(), "D:100x64 D:164x1");
     driver.pendingReads.clear();
     ask("M", 32, 20, WORDS);
-    EXPECT_EQ(queued(), (Requests{{2, 1}, {2, 1}, {3, 1}}));
+    EXPECT_EQ(queued(), "M:2x1 M:2x1 M:3x1");
     for (const qint32 elemKind : {0, 1, 2, -2}) {
         driver.pendingReads.clear();
         ask("D", 100, 9, elemKind);
-        EXPECT_EQ(queued(), (Requests{{100, 8}, {108, 1}})) << elemKind;
+        EXPECT_EQ(queued(), "D:100x8 D:108x1") << elemKind;
     }
 }
 
@@ -185,7 +173,7 @@ TEST_F(ConditionRead, LimitBelowOneCutsSingleElements)
         configure(property);
         ask("D", 100, 2, WORDS);
         ask("Q", 100, 2, BITS);
-        EXPECT_EQ(queued(), (Requests{{100, 1}, {101, 1}, {100, 1}, {101, 1}})) << property;
+        EXPECT_EQ(queued(), "D:100x1 D:101x1 Q:100x1 Q:101x1") << property;
     }
 }
 
@@ -196,13 +184,12 @@ TEST_F(ConditionRead, OnlyBitAreasAreQueuedAsWords)
     for (const char *area : BIT_AREAS) {
         driver.pendingReads.clear();
         ask(area, 40, 20, BITS);
-        EXPECT_EQ(queued(), (Requests{{2, 2}})) << area;
-        EXPECT_EQ(driver.pendingReads.at(0).area, QString(area));
+        EXPECT_EQ(queued(), std::string(area) + ":2x2") << area;
     }
     for (const char *area : {"TV", "CV", "CV2", "D", "SM", "Q", "x"}) {
         driver.pendingReads.clear();
         ask(area, 40, 20, BITS);
-        EXPECT_EQ(queued(), (Requests{{40, 20}})) << area;
+        EXPECT_EQ(queued(), std::string(area) + ":40x20") << area;
     }
 }
 
@@ -212,7 +199,7 @@ TEST_F(ConditionRead, WordCountIgnoresWhereInItsWordTheRunStarts)
     ask("M", 47, 16, BITS);
     ask("M", 79, 17, BITS);
     ask("X", 17, 1, BITS); // octal digits as they stand
-    EXPECT_EQ(queued(), (Requests{{0, 1}, {2, 1}, {4, 2}, {1, 1}}));
+    EXPECT_EQ(queued(), "M:0x1 M:2x1 M:4x2 X:1x1");
 }
 
 TEST_F(ConditionRead, CountBelowOneFollowsTheFormula)
@@ -222,7 +209,7 @@ TEST_F(ConditionRead, CountBelowOneFollowsTheFormula)
     ask("M", 40, -5, BITS);
     ask("M", 40, -20, BITS);
     ask("D", 40, 0, WORDS);
-    EXPECT_EQ(queued(), (Requests{{2, 0}, {2, -1}, {2, 1}, {2, 0}, {40, 0}}));
+    EXPECT_EQ(queued(), "M:2x0 M:2x-1 M:2x1 M:2x0 D:40x0");
 }
 
 TEST_F(ConditionRead, ExtremeNumbers)
@@ -230,7 +217,7 @@ TEST_F(ConditionRead, ExtremeNumbers)
     ask("M", INT_MIN, INT_MIN, BITS);
     ask("M", INT_MAX, 1, BITS);
     ask("D", INT_MIN, INT_MIN, WORDS);
-    EXPECT_EQ(queued(), (Requests{{-134217728, -134217728}, {134217727, 1}, {INT_MIN, INT_MIN}}));
+    EXPECT_EQ(queued(), "M:-134217728x-134217728 M:134217727x1 D:-2147483648x-2147483648");
 }
 
 TEST_F(ConditionRead, DuplicateIsRefreshedInPlaceAndIsTheEndOfTheJob)
@@ -242,7 +229,7 @@ TEST_F(ConditionRead, DuplicateIsRefreshedInPlaceAndIsTheEndOfTheJob)
     EXPECT_EQ(driver.lastVar.address, 2);
     EXPECT_EQ(driver.lastVar.reqTag, 9);
     ask("M", 64, 20, WORDS); // pieces from 64, 72 and 80 on: words 4, 4 and 5
-    EXPECT_EQ(queued(), (Requests{{1, 1}, {2, 1}, {3, 1}, {4, 1}, {5, 1}}));
+    EXPECT_EQ(queued(), "D:1x1 D:2x1 D:3x1 M:4x1 M:5x1");
 }
 
 TEST_F(ConditionRead, LastVarIsTheLastPieceBitsInWords)

@@ -12,19 +12,9 @@ using MonitorFlag = DriverTest;
 using Piece = std::pair<qint32, qint32>; // address, count
 using Pieces = std::vector<Piece>;
 
-KEY_ADDRESS runOfD(qint32 address, qint32 count)
-{
-    KEY_ADDRESS key;
-    key.station = 1;
-    key.area = "D";
-    key.address = address;
-    key.count = count;
-    return key;
-}
-
 Pieces piecesOf(qint32 address, qint32 count, qint32 maxCount)
 {
-    KEY_ADDRESS whole = runOfD(address, count);
+    KEY_ADDRESS whole = keyOf("D", address, count);
     QList<KEY_ADDRESS> out;
     groupingKey(whole, maxCount, out, 0);
     Pieces pieces;
@@ -174,7 +164,7 @@ TEST(GroupingKey, LimitBelowOneCutsSingleElements)
 
 TEST(GroupingKey, PiecesCarryEverythingElseAlongAndGoBehindWhatTheListHolds)
 {
-    KEY_ADDRESS whole = runOfD(100, 3);
+    KEY_ADDRESS whole = keyOf("D", 100, 3);
     whole.label = "label";
     whole.hostWord1 = 11;
     whole.hostWord2 = 12;

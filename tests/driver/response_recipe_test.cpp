@@ -33,9 +33,7 @@ TEST_F(RecipeReply, WordsGoToBufferAndStoreAndEachIsReportedChangedOrNot)
     EXPECT_EQ(recipeBytes(19, 8), Bytes({0xEE, 0x34, 0x12, 0xCD, 0xAB, 0, 0, 0xEE}));
     EXPECT_EQ(readValueOf("D", 100), Bytes({0x34, 0x12, 0, 0}));
     EXPECT_EQ(readValueOf("D", 101), Bytes({0xCD, 0xAB, 0, 0}));
-    EXPECT_EQ(
-        reports(),
-        (Reports{{1, 1, "D", 100}, {0, -1, "RWI", 10}, {0, -1, "RWI", 11}, {0, -1, "RWI", 12}}));
+    EXPECT_EQ(told(), "D:100 0/-1#RWI:10 0/-1#RWI:11 0/-1#RWI:12");
 }
 
 TEST_F(RecipeReply, CountersFillTwoWordsEachLowWordFirstAndAreReportedOneApart)
@@ -45,7 +43,7 @@ TEST_F(RecipeReply, CountersFillTwoWordsEachLowWordFirstAndAreReportedOneApart)
     uploadAnswered(":01030812345678FFFEFDFCEA\r\n");
     EXPECT_EQ(recipeBytes(0, 9), Bytes({0x78, 0x56, 0x34, 0x12, 0xFC, 0xFD, 0xFE, 0xFF, 0xEE}));
     EXPECT_EQ(readValueOf("CV2", 201), Bytes({0xFC, 0xFD, 0xFE, 0xFF}));
-    EXPECT_EQ(reports(), (Reports{{0, -1, "RWI", 0}, {0, -1, "RWI", 1}}));
+    EXPECT_EQ(told(), "0/-1#RWI:0 0/-1#RWI:1");
 }
 
 TEST_F(RecipeReply, EntryBeforeTheBufferAndNoBufferFillTheStoreOnly)

@@ -169,7 +169,7 @@ TEST_F(BadReply, GivenUpWriteIsReleasedAndReportedAndItsFirstWordMarked)
         EXPECT_EQ(entry.writePending, 0);
         EXPECT_EQ(entry.readValue[0], 0);
     }
-    EXPECT_EQ(reports(), (Reports{{1, 1, "D", 10}, {1, 1, "D", 11}, {1, 1, "D", 12}}));
+    EXPECT_EQ(told(), "D:10 D:11 D:12");
     EXPECT_EQ(failedIndexes("D"), std::vector<int>({10}));
     EXPECT_TRUE(driver.pendingWrites.isEmpty());
 }

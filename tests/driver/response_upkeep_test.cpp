@@ -72,7 +72,7 @@ TEST_F(Upkeep, LastOneShotReadIsReportedAsEndedOrAsGivenUp)
         dealListWhenFinish();
         EXPECT_TRUE(driver.pendingReads.isEmpty());
     }
-    EXPECT_EQ(reports(), (Reports{{-1, -1, "-1", 0}, {-1, -1, "-1", -1}}));
+    EXPECT_EQ(told(), "-1/-1#-1:0 -1/-1#-1:-1");
 }
 
 TEST_F(Upkeep, EarlierOneShotReadEndsInSilenceAndAGivenUpOneDiscardsAll)

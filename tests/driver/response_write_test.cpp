@@ -22,7 +22,7 @@ TEST_F(SettledWrite, AcknowledgedWordsBecomeTheReadValuesAndAreReported)
     EXPECT_EQ(readValueOf("D", 12), Bytes({0, 4, 0, 0}));
     for (const _DATA_ &entry : driver.dataAreas)
         EXPECT_EQ(entry.writePending, 0);
-    EXPECT_EQ(reports(), (Reports{{1, 1, "D", 10}, {1, 1, "D", 11}, {1, 1, "D", 12}}));
+    EXPECT_EQ(told(), "D:10 D:11 D:12");
     EXPECT_EQ(entryOf("D", 10).commFailed, 1); // the failure mark stays
 }
 
@@ -53,7 +53,7 @@ TEST_F(SettledWrite, GivenUpElementKeepsItsReadValueAndIsReported)
     EXPECT_EQ(entryOf("D", 10).writePending, 0);
     EXPECT_EQ(readValueOf("S", 0), Bytes({0, 0, 0, 0}));
     EXPECT_EQ(entryOf("S", 0).writePending, 0);
-    EXPECT_EQ(reports(), (Reports{{1, 1, "D", 10}, {1, 1, "S", 5}}));
+    EXPECT_EQ(told(), "D:10 S:5");
 }
 
 TEST_F(SettledWrite, CountBelowOneSettlesNothing)
@@ -93,8 +93,7 @@ TEST_F(SettledWrite, GivenUpRunOfBitsCrossesBlocksAndIsReportedInTheAreasDigits)
     write_FailOrSuc(1, "Y", 7, 2, 0);
     EXPECT_EQ(entryOf("M", 0).writePending, 0);
     EXPECT_EQ(entryOf("M", 1).writePending, 0);
-    EXPECT_EQ(reports(),
-              (Reports{{1, 1, "M", 15}, {1, 1, "M", 16}, {1, 1, "Y", 7}, {1, 1, "Y", 10}}));
+    EXPECT_EQ(told(), "M:15 M:16 Y:7 Y:10");
 }
 
 TEST_F(SettledWrite, AcknowledgedBitIsNotReportedNorTheBlockThatSharesItsNumber)
