@@ -141,11 +141,17 @@ TEST(RecordCopy, KeepsAllFieldsOfAnAddressRun)
     }
 }
 
-TEST(RecordCopy, ToItselfChangesNothing)
+TEST(RecordCopy, ToItselfChangesNothingAndNamesInOneMemoryAreToldApart)
 {
     VARIABLE var = filledVariable();
     const VARIABLE &same = var;
     var = same;
-    EXPECT_EQ(var.area, QString("D"));
+    EXPECT_EQ(targetOf(var), "2#D:3x4");
     EXPECT_EQ(var.data[1023], 6);
+    const QChar memory[] = {'T', 'V'};
+    VARIABLE timer = variable("T", 0, 1);
+    timer.area = QString::fromRawData(memory, 1);
+    var.area = QString::fromRawData(memory, 2);
+    var = timer;
+    EXPECT_EQ(targetOf(var), "1#T:0x1");
 }
