@@ -51,7 +51,7 @@ TEST_F(SetData, EachRequestHoldsItsOwnWordsHighByteFirst)
     configure("1#0#0#3#2");
     write("D", 100, 3, {1, 2, 3, 4, 5, 6});
     EXPECT_EQ(queue(), "D:100x2 D:102x1");
-    EXPECT_EQ(dataOf(0, 4), Bytes({2, 1, 4, 3}));
+    EXPECT_EQ(dataOf(0, 6), Bytes({2, 1, 4, 3, 0, 0}));
     EXPECT_EQ(dataOf(1, 2), Bytes({6, 5}));
     quint8 out[2];
     intf_getData(1, "D", 102, 1, out);

@@ -74,6 +74,7 @@ TEST_F(Entries, AnyListCanBeSearched)
 {
     QList<_DATA_> areas = QList<_DATA_>()
                           << watchedWord("D", 4) << watchedWord("D", 5) << watchedWord("D", 5);
+    EXPECT_EQ(getIndexOfDataArea(1, "D", 4, areas), 0);
     EXPECT_EQ(getIndexOfDataArea(1, "D", 5, areas), 1); // the first of equal keys
     EXPECT_EQ(getIndexOfDataArea(2, "D", 5, areas), 3);
     EXPECT_EQ(getIndexOfDataArea(1, "TV", 5, areas), 4);

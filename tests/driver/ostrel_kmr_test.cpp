@@ -148,7 +148,7 @@ TEST(RecordCopy, ToItselfChangesNothingAndNamesInOneMemoryAreToldApart)
     var = same;
     EXPECT_EQ(targetOf(var), "2#D:3x4");
     EXPECT_EQ(var.data[1023], 6);
-    const QChar memory[] = {'T', 'V'};
+    const QChar memory[] = {QLatin1Char('T'), QLatin1Char('V')};
     VARIABLE timer = variable("T", 0, 1);
     timer.area = QString::fromRawData(memory, 1);
     var.area = QString::fromRawData(memory, 2);

@@ -136,7 +136,7 @@ TEST_F(StoreIndexTest, FindsEveryEntryOfALargeStore)
 // A text may lie in the middle of others, without a 0 at its end.
 TEST_F(StoreIndexTest, FindsAnEntryByTheCharactersOfItsNameAlone)
 {
-    const QChar memory[] = {'x', 'D', 'y'};
+    const QChar memory[] = {QLatin1Char('x'), QLatin1Char('D'), QLatin1Char('y')};
     EXPECT_EQ(positionInStore(1, "D", 5), 0);
     EXPECT_EQ(positionInStore(1, "D", 9), 1);
     EXPECT_EQ(positionInStore(1, QString::fromRawData(memory + 1, 1), 5), 0);
