@@ -29,20 +29,7 @@ protected:
     }
 };
 
-class WordChange : public DriverTest {
-protected:
-    static void wordChanges(int oldWord, int newWord, const char *area, int address, int noBits)
-    {
-        _wordDataChange(&oldWord, &newWord, 1, area, address, noBits);
-    }
-
-    static void watch(const char *area, qint32 address, qint32 wordMonitor, qint32 bitMonitor)
-    {
-        _DATA_ entry = watchedBits(area, address, bitMonitor);
-        entry.wordMonitor = wordMonitor;
-        driver.dataAreas << entry;
-    }
-};
+using WordChange = DriverTest;
 
 } // namespace
 
@@ -179,30 +166,26 @@ TEST_F(Change, OfANegativeBitIsReportedAtAMultipleOf16Only)
 
 TEST_F(Change, OfABlockReportsItsWatchedChangedBitsLowestFirst)
 {
-    driver.dataAreas << watchedBits("M", 3, 0xFFFF) << watchedBits("M", 4, 0x0004)
-                     << watchedBits("M", -1, 0x8001);
-    blockChanges("M", 3, 0x1234, 0x1234);
-    EXPECT_TRUE(reports().empty());
-    blockChanges("M", 3, 0x8001, 0x0080);
-    blockChanges("M", 4, 0x0000, 0x0005);
-    blockChanges("M", -1, 0, 0xFFFF);
-    EXPECT_EQ(told(), "M:48 M:55 M:63 M:66 M:-16 M:-1");
-}
-
-TEST_F(Change, OnlySixteenBitsOfABlockCount)
-{
-    driver.dataAreas << watchedBits("M", 3, -1);
-    blockChanges("M", 3, 0, 0x70000);
-    EXPECT_TRUE(reports().empty());
-}
-
-TEST_F(Change, OctalBitsAreReportedInOctalDigits)
-{
-    driver.dataAreas << watchedBits("Y", 1, 0x0101) << watchedBits("X", 0, 0x8000);
-    elementChanges("X", 15);
-    blockChanges("X", 0, 0, 0xFFFF);
-    blockChanges("Y", 1, 0, 0xFFFF);
-    EXPECT_EQ(told(), "X:17 X:17 Y:20 Y:30");
+    const struct {
+        const char *area;
+        int block, watched, oldBits, newBits;
+        const char *told;
+    } rows[] = {
+        {"M", 3, 0xFFFF, 0x1234, 0x1234, ""},
+        {"M", 3, 0xFFFF, 0x8001, 0x0080, "M:48 M:55 M:63"},
+        {"M", 4, 0x0004, 0x0000, 0x0005, "M:66"},
+        {"M", -1, 0x8001, 0x0000, 0xFFFF, "M:-16 M:-1"},
+        {"M", 3, -1, 0, 0x70000, ""}, // no block has a 17th bit
+        {"SM", 2, 0x0002, 0x0002, 0x0000, "SM:33"},
+        {"X", 0, 0x8000, 0x0000, 0xFFFF, "X:17"}, // octal digits
+        {"Y", 1, 0x0101, 0x0000, 0xFFFF, "Y:20 Y:30"},
+    };
+    for (const auto &row : rows) {
+        reports().clear();
+        driver.dataAreas = QList<_DATA_>() << watchedBits(row.area, row.block, row.watched);
+        blockChanges(row.area, row.block, row.oldBits, row.newBits);
+        EXPECT_EQ(told(), row.told) << row.area << row.block;
+    }
 }
 
 TEST_F(Change, OctalDigitsBeyond32BitsAreReportedAs0)
@@ -211,13 +194,6 @@ TEST_F(Change, OctalDigitsBeyond32BitsAreReportedAs0)
     elementChanges("X", INT_MAX);
     blockChanges("X", -1, 0, 1);
     EXPECT_EQ(told(), "X:0 X:0");
-}
-
-TEST_F(Change, OfSpecialMarkersIsReportedByBlockToo)
-{
-    driver.dataAreas << watchedBits("SM", 2, 0x0002);
-    blockChanges("SM", 2, 2, 0);
-    EXPECT_EQ(told(), "SM:33");
 }
 
 TEST_F(Change, AnyOtherWholeBlockThanOneMeansASingleBit)
@@ -251,45 +227,46 @@ TEST_F(Change, WithoutACallbackIsNotReported)
 
 // --- Changes of words with their bits and double words -------------------------------------------
 
-TEST_F(WordChange, EqualOrNullWordsAreNotReported)
+TEST_F(WordChange, IsReportedForItsWatchedBitsItselfAndTheDoubleWordsThatHoldIt)
 {
-    watch("D", 5, 7, 0xFFFF);
-    int word = 3;
-    wordChanges(3, 3, "D", 5, 0);
-    wordChanges(3, 3, "D", 6, 0);
-    _wordDataChange(nullptr, &word, 1, "D", 5, 0);
-    _wordDataChange(&word, nullptr, 1, "D", 5, 0);
-    EXPECT_TRUE(reports().empty());
-    EXPECT_EQ(driver.dataAreas.size(), 2);
+    const struct {
+        int address, wordMonitor, bitMonitor, oldWord, newWord, noBits;
+        const char *told;
+    } rows[] = {
+        {5, 7, 0xFFFF, 3, 3, 0, ""},
+        {5, 0, 0x8003, 0x0002, 0x8007, 0, "D_bit:80 D_bit:95"},
+        {5, 0, -1, 0, 0x70000, 0, ""}, // no word has a 17th bit
+        {5, 1, 0xFFFF, 0, 1, 1, "D:5"},
+        {5, 7, 0x0001, 0, 1, 0, "D_bit:80 D:5 D_double:5 D_double:4"},
+        {5, 2, 0, 0, 1, 0, "D_double:5"},
+        {5, 4, 0, 0, 1, 0, "D_double:4"},
+        {0, 6, 0, 0, 1, 0, "D_double:0"}, // none starts below address 0
+        {1, 4, 0, 0, 1, 0, "D_double:0"},
+        {-1, 7, 0, 0, 1, 0, "D:-1"},
+    };
+    for (const auto &row : rows) {
+        reports().clear();
+        driver.dataAreas = QList<_DATA_>() << watchedBits("D", row.address, row.bitMonitor);
+        driver.dataAreas[0].wordMonitor = row.wordMonitor;
+        int oldWord = row.oldWord;
+        int newWord = row.newWord;
+        _wordDataChange(&oldWord, &newWord, 1, "D", row.address, row.noBits);
+        EXPECT_EQ(told(), row.told) << row.address << " marked " << row.wordMonitor;
+    }
 }
 
-TEST_F(WordChange, WatchedChangedBitsAreReportedAsBitsOfTheWord)
-{
-    watch("D", 5, 0, 0x8003);
-    watch("D", 6, 0, -1);
-    watch("D", 7, 1, -1);
-    wordChanges(0x0002, 0x8007, "D", 5, 0);
-    wordChanges(0, 0x70000, "D", 6, 0); // beyond the 16 bits
-    wordChanges(0, 1, "D", 7, 1);       // without bits
-    EXPECT_EQ(told(), "D_bit:80 D_bit:95 D:7");
-}
-
-TEST_F(WordChange, DoubleWordsThatHoldTheWordAreReported)
+TEST_F(WordChange, IsReportedWithTheDevicesNumberAndNotForNullWords)
 {
     driver.devId = 7;
-    watch("D", 5, 7, 0x0001);
-    wordChanges(0, 1, "D", 5, 0);
+    driver.dataAreas << watchedBits("D", 5, 0x0001);
+    driver.dataAreas[0].wordMonitor = 7;
+    int oldWord = 0;
+    int newWord = 1;
+    _wordDataChange(nullptr, &newWord, 1, "D", 5, 0);
+    _wordDataChange(&oldWord, nullptr, 1, "D", 5, 0);
+    _wordDataChange(&oldWord, &oldWord, 1, "D", 6, 0); // leaves an entry
+    EXPECT_EQ(told(), "");
+    EXPECT_EQ(driver.dataAreas.size(), 2);
+    _wordDataChange(&oldWord, &newWord, 1, "D", 5, 0);
     EXPECT_EQ(told(), "7/1#D_bit:80 7/1#D:5 7/1#D_double:5 7/1#D_double:4");
-}
-
-TEST_F(WordChange, EachMarkReportsItsOwnDoubleWordAndNoneStartsBelowAddress0)
-{
-    watch("D", 5, 2, 0);
-    watch("D", 9, 4, 0);
-    watch("D", 0, 6, 0);
-    watch("D", 1, 4, 0);
-    watch("D", -1, 7, 0);
-    for (const int address : {5, 9, 0, 1, -1})
-        wordChanges(0, 1, "D", address, 0);
-    EXPECT_EQ(told(), "D_double:5 D_double:8 D_double:0 D_double:0 D:-1");
 }

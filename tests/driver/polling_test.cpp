@@ -7,7 +7,22 @@
 
 namespace {
 
-using MonitorFlag = DriverTest;
+class MonitorFlag : public DriverTest {
+protected:
+    // All marks of the store: "M:2=8" for bit 3 of block 2, "D:100=w1" for a word.
+    static std::string marks()
+    {
+        std::string all;
+        for (const _DATA_ &entry : std::as_const(driver.dataAreas)) {
+            const QString bits = QString::number(entry.bitMonitor, 16);
+            const QString word =
+                entry.wordMonitor ? "w" + QString::number(entry.wordMonitor) : bits;
+            all += (all.empty() ? "" : " ") + entry.area.toStdString() + ":" +
+                   std::to_string(entry.index) + "=" + word.toStdString();
+        }
+        return all;
+    }
+};
 
 using Piece = std::pair<qint32, qint32>; // address, count
 using Pieces = std::vector<Piece>;
@@ -53,44 +68,46 @@ TEST(SetBitValue, SetsOrClearsOneBitOf32)
 
 // --- _setDataAreaMonitorFlag ---------------------------------------------------------------------
 
-TEST_F(MonitorFlag, RunOfBitsGoesOnInTheNextEntryAndTheLastMarkIsReturned)
+TEST_F(MonitorFlag, MarksBitsInBlocksOfSixteenAndReturnsTheLastMark)
 {
-    EXPECT_EQ(_setDataAreaMonitorFlag(1, "X", 17, 2), 1); // octal
-    EXPECT_EQ(_setDataAreaMonitorFlag(1, "Y", 21, 1), 2);
-    EXPECT_EQ(_setDataAreaMonitorFlag(1, "M", 15, 2), 1);
-    EXPECT_EQ(driver.dataAreas.size(), 5);
-    EXPECT_EQ(entryOf("X", 0).bitMonitor, 0x8000);
-    EXPECT_EQ(entryOf("X", 1).bitMonitor, 0x0001);
-    EXPECT_EQ(entryOf("Y", 1).bitMonitor, 0x0002);
-    EXPECT_EQ(entryOf("M", 0).bitMonitor, 0x8000);
-    EXPECT_EQ(entryOf("M", 1).bitMonitor, 0x0001);
-}
-
-TEST_F(MonitorFlag, OctalAddressWithAnEightOrASignCountsAsZero)
-{
-    _setDataAreaMonitorFlag(1, "X", 18, 1);
-    EXPECT_EQ(entryOf("X", 0).bitMonitor, 0x0001);
-    _setDataAreaMonitorFlag(1, "Y", -17, 2);
-    EXPECT_EQ(entryOf("Y", 0).bitMonitor, 0x0003);
-    _setDataAreaMonitorFlag(1, "X", INT_MIN, 3);
-    EXPECT_EQ(entryOf("X", 0).bitMonitor, 0x0007);
-    EXPECT_EQ(driver.dataAreas.size(), 2);
-}
-
-TEST_F(MonitorFlag, BitAreasAreMarkedInBlocksOfSixteenAndAllOthersOneByOne)
-{
-    for (const char *area : {"M", "S", "SM", "T", "C"}) {
-        EXPECT_EQ(_setDataAreaMonitorFlag(1, area, 35, 1), 0x0008) << area;
-        EXPECT_EQ(entryOf(area, 2).bitMonitor, 0x0008) << area;
-        EXPECT_EQ(entryOf(area, 2).wordMonitor, 0) << area;
+    const struct {
+        const char *area;
+        int address, count, result;
+        const char *marks;
+    } rows[] = {
+        {"X", 17, 2, 1, "X:0=8000 X:1=1"}, // octal
+        {"Y", 21, 1, 2, "Y:1=2"},
+        {"X", 18, 1, 1, "X:0=1"}, // no octal digit, and no octal number below: counts as 0
+        {"Y", -17, 2, 3, "Y:0=3"},
+        {"X", INT_MIN, 3, 7, "X:0=7"},
+        {"M", 15, 2, 1, "M:0=8000 M:1=1"},
+        {"S", 35, 1, 8, "S:2=8"},
+        {"SM", 35, 1, 8, "SM:2=8"},
+        {"T", 35, 1, 8, "T:2=8"},
+        {"C", 35, 1, 8, "C:2=8"},
+        {"M", -17, 1, 0, "M:-1=0"}, // below 0 only multiples of 16 are marked
+        {"M", -1, 2, 1, "M:0=1"},
+        {"M", -16, 1, 1, "M:-1=1"},
+        {"M", INT_MAX, 2, 1, "M:134217727=8000 M:-134217728=1"},
+    };
+    for (const auto &row : rows) {
+        driver.dataAreas.clear();
+        EXPECT_EQ(_setDataAreaMonitorFlag(1, row.area, row.address, row.count), row.result);
+        EXPECT_EQ(marks(), row.marks) << row.area << row.address;
     }
+}
+
+TEST_F(MonitorFlag, MarksElementsOfAllOtherAreasOneByOne)
+{
     for (const char *area : {"TV", "CV", "CV2", "D", "TV_bit", "Q", "x", ""}) {
+        driver.dataAreas.clear();
+        const std::string name = area;
         EXPECT_EQ(_setDataAreaMonitorFlag(1, area, 205, 2), 1) << area;
-        EXPECT_EQ(entryOf(area, 205).wordMonitor, 1) << area;
-        EXPECT_EQ(entryOf(area, 206).wordMonitor, 1) << area;
-        EXPECT_EQ(entryOf(area, 206).bitMonitor, 0) << area;
+        EXPECT_EQ(marks(), name + ":205=w1 " + name + ":206=w1");
     }
-    EXPECT_EQ(driver.dataAreas.size(), 21);
+    driver.dataAreas.clear();
+    EXPECT_EQ(_setDataAreaMonitorFlag(1, "D", INT_MAX, 2), 1);
+    EXPECT_EQ(marks(), "D:2147483647=w1 D:-2147483648=w1");
 }
 
 TEST_F(MonitorFlag, CountBelowOneChangesNothing)
@@ -114,26 +131,6 @@ TEST_F(MonitorFlag, MarksAccumulateInTheFirstEntryOfTheKey)
     _setDataAreaMonitorFlag(2, "D", 5, 1);
     ASSERT_EQ(driver.dataAreas.size(), 4);
     EXPECT_EQ(driver.dataAreas.at(3).station, 2);
-}
-
-TEST_F(MonitorFlag, NegativeBitIsMarkedAtAMultipleOfSixteenOnly)
-{
-    EXPECT_EQ(_setDataAreaMonitorFlag(1, "M", -17, 1), 0);
-    EXPECT_EQ(entryOf("M", -1).bitMonitor, 0);
-    EXPECT_EQ(_setDataAreaMonitorFlag(1, "M", -1, 2), 1);
-    EXPECT_EQ(entryOf("M", 0).bitMonitor, 0x0001);
-    EXPECT_EQ(_setDataAreaMonitorFlag(1, "M", -16, 1), 1);
-    EXPECT_EQ(entryOf("M", -1).bitMonitor, 0x0001);
-    EXPECT_EQ(driver.dataAreas.size(), 2);
-}
-
-TEST_F(MonitorFlag, LastAddressesOf32Bits)
-{
-    EXPECT_EQ(_setDataAreaMonitorFlag(1, "M", INT_MAX, 2), 1);
-    EXPECT_EQ(entryOf("M", 134217727).bitMonitor, 0x8000);
-    EXPECT_EQ(_setDataAreaMonitorFlag(1, "D", INT_MAX, 2), 1);
-    EXPECT_EQ(entryOf("D", INT_MAX).wordMonitor, 1);
-    EXPECT_EQ(driver.dataAreas.size(), 4);
 }
 
 // --- groupingKey ---------------------------------------------------------------------------------
