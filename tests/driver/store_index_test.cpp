@@ -160,8 +160,12 @@ TEST_F(StoreIndexTest, OwnChangesMoveNothing)
 {
     for (int i = 0; i < 100; ++i)
         positionInStore(1, "D", i);
+    driver.dataAreas.reserve(200);
+    positionInStore(1, "D", 0); // and has seen that
     const QList<_DATA_> &store = driver.dataAreas;
     const _DATA_ *const before = &store.at(50);
+    positionInStore(1, "D", 100);
+    EXPECT_EQ(&store.at(50), before);
     dataAreaToChange(1, "D", 50).readValue[0] = 1;
     clearWatchMarks();
     EXPECT_EQ(&store.at(50), before);

@@ -91,7 +91,7 @@ def function_at(text, position):
     """The name in the last definition that begins in the first column."""
     name = ""
     for line in re.finditer(r"^(\S[^\n]*)$", text[:position], re.MULTILINE):
-        head = re.match(r"[\w:<>*& ]*?([\w:]+)\(", line.group(1))
+        head = re.match(r"(?:__attribute__\(\(\w+\)\) )?[\w:<>*& ]*?([\w:]+)\(", line.group(1))
         if head and not line.group(1).endswith(";"):
             name = head.group(1)
         elif line.group(1).startswith("}"):
