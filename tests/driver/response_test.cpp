@@ -23,6 +23,18 @@ protected:
         return Bytes(bytes.begin(), bytes.begin() + 2);
     }
 
+    // The read values of the store, byte 0 first: "D:100=34120000".
+    static std::string stored()
+    {
+        std::string all;
+        for (const _DATA_ &entry : std::as_const(driver.dataAreas)) {
+            const QByteArray bytes(reinterpret_cast<const char *>(entry.readValue), 4);
+            all += (all.empty() ? "" : " ") + entry.area.toStdString() + ":" +
+                   std::to_string(entry.index) + "=" + bytes.toHex().toUpper().toStdString();
+        }
+        return all;
+    }
+
     // Puts a request in flight that no function frames so.
     static void inFlight(const char *area, qint32 address, qint32 dataPos, qint32 dataLen)
     {
@@ -77,14 +89,32 @@ TEST_F(Reply, WithoutAFrameInFlightChangesNothing)
     EXPECT_TRUE(driver.dataAreas.isEmpty());
 }
 
-TEST_F(Reply, WordsAreStoredLowByteFirst)
+TEST_F(Reply, ElementsAreStoredLowByteFirstAndBitsInTheBlocksOfTheirAddress)
 {
-    for (const char *area : WORD_AREAS) {
-        readAnswered(area, 100, 2, ":0103041234ABCD3A\r\n");
-        EXPECT_EQ(readValueOf(area, 100), Bytes({0x34, 0x12, 0, 0})) << area;
-        EXPECT_EQ(readValueOf(area, 101), Bytes({0xCD, 0xAB, 0, 0})) << area;
+    const struct {
+        const char *area;
+        qint32 address, count;
+        const char *reply, *stored;
+    } rows[] = {
+        {"TV", 7, 2, ":0103041234ABCD3A\r\n", "TV:7=34120000 TV:8=CDAB0000"},
+        {"CV", 8, 1, ":01030256782C\r\n", "CV:8=78560000"},
+        {"D", 100, 1, ":0103021234B4\r\n", "D:100=34120000"},
+        {"CV2", 200, 4, ":01030812345678FFFFFFFEE5\r\n", "CV2:200=78563412 CV2:201=FEFFFFFF"},
+        {"M", 17, 16, ":01020401800FF079\r\n", "M:1=01800000 M:2=0FF00000"},
+        {"S", 16, 1, ":0102021234B5\r\n", "S:1=12340000"},
+        {"T", 31, 1, ":0102021234B5\r\n", "T:1=12340000"},
+        {"C", 32, 1, ":0102021234B5\r\n", "C:2=12340000"},
+        {"M", -1, 1, ":0102021234B5\r\n", "M:0=12340000"},
+        {"M", -17, 1, ":0102021234B5\r\n", "M:-1=12340000"},
+        {"X", 17, 1, ":0102021234B5\r\n", "X:0=12340000"}, // octal digits
+        {"Y", 20, 1, ":0102021234B5\r\n", "Y:1=12340000"},
+        {"X", 80, 1, ":0102021234B5\r\n", "X:0=12340000"}, // no octal number
+    };
+    for (const auto &row : rows) {
+        driver.dataAreas.clear();
+        readAnswered(row.area, row.address, row.count, row.reply);
+        EXPECT_EQ(stored(), row.stored);
     }
-    EXPECT_EQ(driver.dataAreas.size(), 6);
 }
 
 TEST_F(Reply, UnusedBytesOfAWordOrBlockStay)
@@ -95,45 +125,6 @@ TEST_F(Reply, UnusedBytesOfAWordOrBlockStay)
     readAnswered("M", 0, 1, ":0102021234B5\r\n");
     EXPECT_EQ(readValueOf("D", 100), Bytes({0x34, 0x12, 0x99, 0}));
     EXPECT_EQ(readValueOf("M", 0), Bytes({0x12, 0x34, 0x99, 0}));
-}
-
-TEST_F(Reply, CountersAreStoredLowByteFirst)
-{
-    readAnswered("CV2", 200, 4, ":01030812345678FFFFFFFEE5\r\n");
-    EXPECT_EQ(readValueOf("CV2", 200), Bytes({0x78, 0x56, 0x34, 0x12}));
-    EXPECT_EQ(readValueOf("CV2", 201), Bytes({0xFE, 0xFF, 0xFF, 0xFF}));
-    EXPECT_EQ(driver.dataAreas.size(), 2);
-}
-
-TEST_F(Reply, BitsAreStoredInTheBlocksOfTheirAddress)
-{
-    for (const char *area : {"M", "S", "T", "C"}) {
-        readAnswered(area, 17, 16, ":01020401800FF079\r\n");
-        EXPECT_EQ(readValueOf(area, 1), Bytes({0x01, 0x80, 0, 0})) << area;
-        EXPECT_EQ(readValueOf(area, 2), Bytes({0x0F, 0xF0, 0, 0})) << area;
-    }
-    EXPECT_EQ(driver.dataAreas.size(), 8);
-}
-
-TEST_F(Reply, OctalBitsAreStoredInTheirLinearBlockAndInvalidOnesInBlock0)
-{
-    for (const char *area : {"X", "Y"}) {
-        readAnswered(area, 17, 1, ":0102021234B5\r\n");
-        EXPECT_EQ(readValueOf(area, 0), Bytes({0x12, 0x34, 0, 0}));
-        readAnswered(area, 20, 1, ":01020256782D\r\n");
-        EXPECT_EQ(readValueOf(area, 1), Bytes({0x56, 0x78, 0, 0}));
-        readAnswered(area, 80, 1, ":01020256782D\r\n");
-        EXPECT_EQ(readValueOf(area, 0), Bytes({0x56, 0x78, 0, 0}));
-    }
-    EXPECT_EQ(driver.dataAreas.size(), 4);
-}
-
-TEST_F(Reply, BlockOfANegativeBitAddressIsTruncated)
-{
-    readAnswered("M", -1, 1, ":0102021234B5\r\n");
-    readAnswered("M", -17, 1, ":01020256782D\r\n");
-    EXPECT_EQ(readValueOf("M", 0), Bytes({0x12, 0x34, 0, 0}));
-    EXPECT_EQ(readValueOf("M", -1), Bytes({0x56, 0x78, 0, 0}));
 }
 
 TEST_F(Reply, SpecialMarkersAreStoredAsBits)
