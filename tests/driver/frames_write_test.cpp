@@ -101,6 +101,9 @@ TEST_F(WriteFrame, LongestWordWriteHas251Words)
     EXPECT_EQ(longest.frameLen, 1023);
     EXPECT_EQ(textOf(longest).substr(0, 15), ":0110100000FBF6");
     EXPECT_EQ(textOf(longest).substr(1015), "0000EE\r\n");
+    const FRAME_PRO next = frameOf(words("D", 0, {1}));
+    EXPECT_EQ(textOf(next), ":011010000001020001DB\r\n");
+    EXPECT_EQ(std::string(next.frame + 23, 1001), std::string(1001, '\0')); // nothing is left
     const FRAME_PRO tooLong = frameOf(words("D", 0, std::vector<int>(252, 0x1234)));
     EXPECT_EQ(tooLong.frameLen, 0);
     EXPECT_EQ(tooLong.replyLen, 1021);
