@@ -34,7 +34,8 @@ private:
 
 TEST_F(ReplyChange, OnlyWatchedWordsThatChangedAreReported)
 {
-    driver.dataAreas << holding(watchedWord("D", 100), {0x34, 0x12}) << watchedWord("D", 101);
+    // What stands behind the two bytes of a word does not count.
+    driver.dataAreas << holding(watchedWord("D", 100), {0x34, 0x12, 0x99}) << watchedWord("D", 101);
     readAnswered("D", 100, 3, ":0103061234ABCD000137\r\n");
     EXPECT_EQ(told(), "D:101");
 }
