@@ -86,15 +86,21 @@ TEST_F(ReplyChange, EqualValueKeepsAPendingWriteAndADifferentOneEndsIt)
         EXPECT_EQ(entry.writePending, 0) << entry.index;
 }
 
-TEST_F(ReplyChange, GoodReplyClearsTheFailureMarkOfEveryElement)
+TEST_F(ReplyChange, GoodReplyClearsTheFailureMarkOfEveryElementAndNothingElseOfAnEqualOne)
 {
     driver.dataAreas << watchedWord("D", 100) << watchedWord("D", 101) << watchedWord("CV2", 200)
                      << watchedBits("M", 0, 0);
-    for (int i = 0; i < 4; ++i)
+    for (int i = 0; i < 4; ++i) {
         driver.dataAreas[i].commFailed = 1;
+        driver.dataAreas[i].writePending = 1;
+    }
     readAnswered("D", 100, 2, ":01030400001234B2\r\n"); // one equal, one changed
     readAnswered("CV2", 200, 1, ":01030400000000F8\r\n");
     readAnswered("M", 0, 1, ":0102020000FB\r\n");
     for (const _DATA_ &entry : driver.dataAreas)
         EXPECT_EQ(entry.commFailed, 0) << entry.index;
+    EXPECT_EQ(entryOf("D", 100).writePending, 1);
+    EXPECT_EQ(entryOf("D", 101).writePending, 0);
+    EXPECT_EQ(entryOf("CV2", 200).writePending, 1);
+    EXPECT_EQ(entryOf("M", 0).writePending, 1);
 }
