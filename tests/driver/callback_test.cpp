@@ -1,5 +1,5 @@
-// A host whose callback reads, writes and queues in the middle of a report, so that every list of
-// the driver grows and moves while it is in use.
+// A host whose callback reads, writes, queues and configures in the middle of a report, so that
+// every list of the driver grows, moves or empties while it is in use.
 #include "driver/datastore.h"
 #include "driver/response.h"
 
@@ -12,177 +12,113 @@ protected:
     void SetUp() override
     {
         DriverTest::SetUp();
-        nextAddress() = 5000;
-        depth() = 0;
-        intf_setAddrValueChangeCallBack(grow);
+        onReport() = [this] { growLists(); };
     }
 
-    static int &nextAddress()
+    static void askOnce(qint32 address)
     {
-        static int address = 0;
-        return address;
+        KEY_ADDRESS key = keyOf("D", address, 1);
+        intf_addConditionRead(key, 0);
+    }
+
+    // Puts the upload of two words of D to buffer word 10 in flight and answers it.
+    void uploadTwoWords()
+    {
+        driver.recipeVars << recipeEntry("D", 100, 2, 10);
+        readInFlight("D", 100, 2);
+        driver.sendState = 6;
+        EXPECT_EQ(answer(":0103041111222292\r\n"), 1);
+    }
+
+    // Ends the one-shot read that was queued last.
+    static void endOneShotRead()
+    {
+        driver.pendingReads << variable("D", 100, 1);
+        driver.lastVar = driver.pendingReads.at(0);
+        driver.sendState = 3;
+        dealListWhenFinish();
+    }
+
+    // Not even this, which the header forbids in a callback, may harm the driver.
+    static void emptyLists()
+    {
+        intf_initProperty(nullptr, nullptr, nullptr, nullptr, "1#0#0#3#8", nullptr);
+    }
+
+    // The same, and fills the entry that was the first with another element.
+    static void fillStoreAnew()
+    {
+        quint8 word[2] = {0, 0};
+        emptyLists();
+        intf_getData(1, "TV", 0, 1, word);
     }
 
 private:
-    static int &depth()
-    {
-        static int calls = 0;
-        return calls;
-    }
-
     // Touches 40 words that nobody touched before: the store, the writes and the one-shot reads
     // grow by 40 entries.
-    static void growLists(qint32 station)
+    void growLists()
     {
-        for (int i = 0; i < 40; ++i, ++nextAddress()) {
+        if (growing)
+            return;
+        growing = true;
+        for (int i = 0; i < 40; ++i, ++nextAddress) {
             quint8 word[2] = {0, 0};
-            intf_getData(station, "D", nextAddress(), 1, word);
+            intf_getData(1, "D", nextAddress, 1, word);
             word[0] = 1;
-            intf_setData(station, "TV", nextAddress(), 1, word, 0);
-            KEY_ADDRESS key;
-            key.station = station;
-            key.area = "D";
-            key.address = nextAddress();
-            key.count = 1;
-            intf_addConditionRead(key, 0);
+            intf_setData(1, "TV", nextAddress, 1, word, 0);
+            askOnce(nextAddress);
         }
+        growing = false;
     }
 
-    static qint32 grow(qint32 devId, qint32 station, QString area, qint32 address)
-    {
-        record(devId, station, area, address);
-        if (depth() == 0) {
-            ++depth();
-            growLists(station);
-            --depth();
-        }
-        return 0;
-    }
+    int nextAddress = 5000;
+    bool growing = false;
 };
-
-// Replaces the recipe by nothing in the middle of an upload.
-qint32 dropRecipe(qint32, qint32, QString, qint32)
-{
-    const QVector<_RCP_VAR_PRO> nothing;
-    intf_setRcpAddress(&nothing);
-    return 0;
-}
-
-// Replaces the recipe by a variable elsewhere in the buffer in the middle of an upload.
-qint32 moveRecipe(qint32, qint32, QString, qint32)
-{
-    _RCP_VAR_PRO entry;
-    entry.devId = 1;
-    entry.bufWord = 50;
-    const QVector<_RCP_VAR_PRO> list(1, entry);
-    intf_setRcpAddress(&list);
-    return 0;
-}
-
-// Queues another one-shot read when one has ended.
-qint32 askAgain(qint32, qint32, QString, qint32)
-{
-    KEY_ADDRESS key;
-    key.station = 1;
-    key.area = "D";
-    key.address = 700;
-    key.count = 1;
-    intf_addConditionRead(key, 0);
-    return 0;
-}
-
-// Writes to the very word whose change it is told of.
-qint32 writeBack(qint32, qint32 station, QString area, qint32 address)
-{
-    quint8 word[2] = {0x11, 0x22};
-    intf_setAddrValueChangeCallBack(nullptr);
-    intf_setData(station, area, address, 1, word, 0);
-    return 0;
-}
-
-// Configures the driver anew, which empties the store, and fills the entry that was the first with
-// another element.
-qint32 configureAnew(qint32, qint32 station, QString, qint32)
-{
-    quint8 word[2] = {0, 0};
-    intf_initProperty(nullptr, nullptr, nullptr, nullptr, "1#0#0#3#8", nullptr);
-    intf_getData(station, "TV", 0, 1, word);
-    return 0;
-}
-
-// Configures the driver anew and leaves its lists empty.
-qint32 emptyLists(qint32, qint32, QString, qint32)
-{
-    intf_initProperty(nullptr, nullptr, nullptr, nullptr, "1#0#0#3#8", nullptr);
-    return 0;
-}
 
 } // namespace
 
-TEST_F(BusyCallback, WordsOfAReplyAreStored)
+// --- Lists that grow -----------------------------------------------------------------------------
+
+TEST_F(BusyCallback, ElementsOfAReplyAreStored)
 {
-    driver.dataAreas << watchedWord("D", 100) << watchedWord("D", 101) << watchedWord("D", 102);
-    readInFlight("D", 100, 3);
-    EXPECT_EQ(answer(":0103061111222233332A\r\n"), 1);
+    driver.dataAreas << watchedWord("D", 100) << watchedWord("D", 101) << watchedWord("D", 102)
+                     << watchedWord("CV2", 200) << watchedWord("CV2", 201)
+                     << watchedBits("M", 0, 0xFFFF) << watchedBits("M", 1, 0xFFFF);
+    readAnswered("D", 100, 3, ":0103061111222233332A\r\n");
     EXPECT_EQ(readValueOf("D", 100), Bytes({0x11, 0x11, 0, 0}));
     EXPECT_EQ(readValueOf("D", 101), Bytes({0x22, 0x22, 0, 0}));
     EXPECT_EQ(readValueOf("D", 102), Bytes({0x33, 0x33, 0, 0}));
-    EXPECT_EQ(reports(), (std::vector<Report>{Report(1, 1, "D", 100), Report(1, 1, "D", 101),
-                                              Report(1, 1, "D", 102)}));
-}
-
-TEST_F(BusyCallback, CountersOfAReplyAreStored)
-{
-    driver.dataAreas << watchedWord("CV2", 200) << watchedWord("CV2", 201);
-    readInFlight("CV2", 200, 4);
-    answer(":010308111111112222222228\r\n");
+    EXPECT_EQ(told(), "D:100 D:101 D:102");
+    readAnswered("CV2", 200, 4, ":010308111111112222222228\r\n");
     EXPECT_EQ(readValueOf("CV2", 200), Bytes({0x11, 0x11, 0x11, 0x11}));
     EXPECT_EQ(readValueOf("CV2", 201), Bytes({0x22, 0x22, 0x22, 0x22}));
-}
-
-TEST_F(BusyCallback, BitsOfAReplyAreStored)
-{
-    driver.dataAreas << watchedBits("M", 0, 0xFFFF) << watchedBits("M", 1, 0xFFFF);
-    readInFlight("M", 0, 16);
-    answer(":0102040F00F000FA\r\n");
+    readAnswered("M", 0, 16, ":0102040F00F000FA\r\n");
     EXPECT_EQ(readValueOf("M", 0), Bytes({0x0F, 0, 0, 0}));
     EXPECT_EQ(readValueOf("M", 1), Bytes({0xF0, 0, 0, 0}));
-    EXPECT_EQ(reports().size(), 8u);
+    EXPECT_EQ(reports().size(), 13u);
 }
 
-TEST_F(BusyCallback, WrittenWordsAreMirrored)
+TEST_F(BusyCallback, WrittenElementsAreMirrored)
 {
-    driver.dataAreas << watchedWord("D", 100) << watchedWord("D", 101);
-    quint8 words[4] = {1, 2, 3, 4};
-    intf_setData(1, "D", 100, 2, words, 0);
+    driver.dataAreas << watchedWord("D", 100) << watchedWord("D", 101) << watchedWord("CV2", 200)
+                     << watchedBits("M", 0, 0xFFFF);
+    quint8 bytes[4] = {1, 2, 3, 4};
+    intf_setData(1, "D", 100, 2, bytes, 0);
+    intf_setData(1, "CV2", 200, 2, bytes, 0);
+    quint8 bits[3] = {1, 1, 1};
+    intf_setData(1, "M", 7, 3, bits, 0);
     EXPECT_EQ(writtenValueOf("D", 100), Bytes({1, 2, 0, 0}));
     EXPECT_EQ(writtenValueOf("D", 101), Bytes({3, 4, 0, 0}));
     EXPECT_EQ(entryOf("D", 101).writePending, 1);
-}
-
-TEST_F(BusyCallback, WrittenCounterIsMirrored)
-{
-    driver.dataAreas << watchedWord("CV2", 200);
-    quint8 bytes[4] = {1, 2, 3, 4};
-    intf_setData(1, "CV2", 200, 2, bytes, 0);
     EXPECT_EQ(writtenValueOf("CV2", 200), Bytes({1, 2, 3, 4}));
-}
-
-TEST_F(BusyCallback, WrittenBitsAreMirrored)
-{
-    driver.dataAreas << watchedBits("M", 0, 0xFFFF);
-    quint8 bits[3] = {1, 1, 1};
-    intf_setData(1, "M", 7, 3, bits, 0);
     EXPECT_EQ(writtenValueOf("M", 0), Bytes({0x80, 0x03, 0, 0}));
-    EXPECT_EQ(reports().size(), 3u);
+    EXPECT_EQ(reports().size(), 6u);
 }
 
 TEST_F(BusyCallback, AcknowledgedWriteIsSettled)
 {
     driver.pendingWrites << variable("D", 100, 2);
-    driver.dataAreas << watchedWord("D", 100) << watchedWord("D", 101);
-    driver.dataAreas[0].writtenValue[0] = 5;
-    driver.dataAreas[1].writtenValue[0] = 6;
+    driver.dataAreas << written(watchedWord("D", 100), {5}) << written(watchedWord("D", 101), {6});
     writeInFlight("D", 100, 2);
     EXPECT_EQ(answer(":01101064000279\r\n"), 1);
     EXPECT_EQ(readValueOf("D", 100), Bytes({5, 0, 0, 0}));
@@ -195,8 +131,7 @@ TEST_F(BusyCallback, GivenUpWriteIsReleased)
 {
     driver.retryLimit = 1;
     driver.pendingWrites << variable("M", 5, 1);
-    driver.dataAreas << watchedBits("M", 0, 0x0020);
-    driver.dataAreas[0].writePending = 1;
+    driver.dataAreas << written(watchedBits("M", 0, 0x0020), {0});
     writeInFlight("M", 5, 1);
     EXPECT_EQ(answer(""), 2);
     EXPECT_EQ(entryOf("M", 0).writePending, 0);
@@ -207,25 +142,17 @@ TEST_F(BusyCallback, GivenUpWriteIsReleased)
 
 TEST_F(BusyCallback, EndOfTheLastOneShotReadLeavesTheQueueInOrder)
 {
-    driver.pendingReads << variable("D", 100, 1);
-    driver.lastVar = driver.pendingReads.at(0);
-    driver.sendState = 3;
-    dealListWhenFinish();
-    EXPECT_EQ(reports(), (std::vector<Report>{Report(-1, -1, "-1", 0)}));
+    endOneShotRead();
+    EXPECT_EQ(told(), "-1/-1#-1:0");
     EXPECT_EQ(driver.pendingReads.size(), 40);
     EXPECT_EQ(driver.pendingReads.at(0).address, 5000);
 }
 
 TEST_F(BusyCallback, UploadedWordsReachTheRecipeBuffer)
 {
-    _RCP_VAR_PRO entry;
-    entry.bufWord = 10;
-    driver.recipeVars << entry;
     driver.dataAreas << watchedWord("D", 100) << watchedWord("D", 101);
-    readInFlight("D", 100, 2);
-    driver.sendState = 6;
-    answer(":0103041111222292\r\n");
-    EXPECT_EQ(Bytes(recipe.begin() + 20, recipe.begin() + 24), Bytes({0x11, 0x11, 0x22, 0x22}));
+    uploadTwoWords();
+    EXPECT_EQ(recipeBytes(20, 4), Bytes({0x11, 0x11, 0x22, 0x22}));
     EXPECT_EQ(reports().size(), 4u);
 }
 
@@ -240,39 +167,31 @@ TEST_F(BusyCallback, DoubleWordsAreReportedFromWhatWasWatched)
     EXPECT_EQ(reports().size(), 5u);
 }
 
+// --- Lists that change otherwise -----------------------------------------------------------------
+
 TEST_F(BusyCallback, RecipeDroppedDuringAnUploadFillsTheStoreOnly)
 {
-    _RCP_VAR_PRO entry;
-    entry.bufWord = 10;
-    driver.recipeVars << entry;
-    intf_setAddrValueChangeCallBack(dropRecipe);
-    readInFlight("D", 100, 2);
-    driver.sendState = 6;
-    EXPECT_EQ(answer(":0103041111222292\r\n"), 1);
-    EXPECT_EQ(Bytes(recipe.begin() + 20, recipe.begin() + 24), Bytes({0x11, 0x11, 0, 0}));
+    onReport() = [] { intf_setRcpAddress(nullptr); };
+    uploadTwoWords();
+    EXPECT_EQ(recipeBytes(20, 4), Bytes({0x11, 0x11, 0, 0}));
     EXPECT_EQ(readValueOf("D", 101), Bytes({0x22, 0x22, 0, 0}));
 }
 
 TEST_F(BusyCallback, RecipeReplacedDuringAnUploadTakesTheWordsThatFollow)
 {
-    _RCP_VAR_PRO entry;
-    entry.bufWord = 10;
-    driver.recipeVars << entry;
-    intf_setAddrValueChangeCallBack(moveRecipe);
-    readInFlight("D", 100, 2);
-    driver.sendState = 6;
-    EXPECT_EQ(answer(":0103041111222292\r\n"), 1);
-    EXPECT_EQ(Bytes(recipe.begin() + 20, recipe.begin() + 24), Bytes({0x11, 0x11, 0, 0}));
-    EXPECT_EQ(Bytes(recipe.begin() + 100, recipe.begin() + 104), Bytes({0, 0, 0x22, 0x22}));
+    onReport() = [] {
+        const QVector<_RCP_VAR_PRO> list(1, recipeEntry("D", 0, 0, 50));
+        intf_setRcpAddress(&list);
+    };
+    uploadTwoWords();
+    EXPECT_EQ(recipeBytes(20, 4), Bytes({0x11, 0x11, 0, 0}));
+    EXPECT_EQ(recipeBytes(100, 4), Bytes({0, 0, 0x22, 0x22}));
 }
 
 TEST_F(BusyCallback, OneShotReadQueuedAtTheEndOfAnotherStays)
 {
-    driver.pendingReads << variable("D", 100, 1);
-    driver.lastVar = driver.pendingReads.at(0);
-    driver.sendState = 3;
-    intf_setAddrValueChangeCallBack(askAgain);
-    dealListWhenFinish();
+    onReport() = [] { askOnce(700); };
+    endOneShotRead();
     ASSERT_EQ(driver.pendingReads.size(), 1);
     EXPECT_EQ(driver.pendingReads.at(0).address, 700);
     EXPECT_EQ(driver.lastVar.address, 700);
@@ -280,82 +199,58 @@ TEST_F(BusyCallback, OneShotReadQueuedAtTheEndOfAnotherStays)
 
 TEST_F(BusyCallback, OneShotReadQueuedAtAGiveUpIsDiscardedWithTheRest)
 {
-    driver.pendingReads << variable("D", 100, 1);
-    driver.lastVar = driver.pendingReads.at(0);
-    driver.sendState = 3;
     driver.commError = 1;
-    intf_setAddrValueChangeCallBack(askAgain);
-    dealListWhenFinish();
+    onReport() = [] { askOnce(700); };
+    endOneShotRead();
     EXPECT_TRUE(driver.pendingReads.isEmpty());
+}
+
+TEST_F(BusyCallback, OneShotReadMayEndWithTheQueueEmptied)
+{
+    onReport() = emptyLists;
+    endOneShotRead();
+    EXPECT_EQ(driver.pendingReads.size(), 0);
 }
 
 TEST_F(BusyCallback, WriteToTheReportedWordIsPendingBehindTheReply)
 {
     driver.dataAreas << watchedWord("D", 100);
-    intf_setAddrValueChangeCallBack(writeBack);
-    readInFlight("D", 100, 1);
-    answer(":010302334483\r\n");
+    onReport() = [] {
+        quint8 word[2] = {0x11, 0x22};
+        onReport() = nullptr;
+        intf_setData(1, "D", 100, 1, word, 0);
+    };
+    readAnswered("D", 100, 1, ":010302334483\r\n");
     EXPECT_EQ(readValueOf("D", 100), Bytes({0x44, 0x33, 0, 0}));
     EXPECT_EQ(writtenValueOf("D", 100), Bytes({0x11, 0x22, 0, 0}));
     EXPECT_EQ(entryOf("D", 100).writePending, 1);
 }
 
-TEST_F(BusyCallback, WordOfAReplyIsStoredUnderItsKeyWhenTheStoreWasEmptied)
+TEST_F(BusyCallback, ElementsOfAReplyAreStoredUnderTheirKeyWhenTheStoreWasEmptied)
 {
-    driver.dataAreas << watchedWord("D", 100);
-    intf_setAddrValueChangeCallBack(configureAnew);
-    readInFlight("D", 100, 1);
-    EXPECT_EQ(answer(":010302334483\r\n"), 1);
-    EXPECT_EQ(readValueOf("D", 100), Bytes({0x44, 0x33, 0, 0}));
-    EXPECT_EQ(readValueOf("TV", 0), Bytes({0, 0, 0, 0}));
+    for (const bool filled : {true, false}) {
+        onReport() = filled ? fillStoreAnew : emptyLists;
+        driver.dataAreas = QList<_DATA_>() << watchedWord("D", 100);
+        readAnswered("D", 100, 1, ":010302334483\r\n");
+        EXPECT_EQ(readValueOf("D", 100), Bytes({0x44, 0x33, 0, 0}));
+        driver.dataAreas = QList<_DATA_>() << watchedBits("M", 0, 0x0001);
+        readAnswered("M", 0, 1, ":0102020100FA\r\n");
+        EXPECT_EQ(readValueOf("M", 0), Bytes({0x01, 0, 0, 0}));
+        ASSERT_EQ(driver.dataAreas.size(), filled ? 2 : 1);
+        EXPECT_EQ(driver.dataAreas.at(0).readValue[0], filled ? 0 : 1);
+    }
 }
 
-TEST_F(BusyCallback, BitsOfAReplyAreStoredUnderTheirKeyWhenTheStoreWasEmptied)
+TEST_F(BusyCallback, WrittenElementsAreMirroredUnderTheirKeyWhenTheStoreWasEmptied)
 {
-    driver.dataAreas << watchedBits("M", 0, 0x0001);
-    intf_setAddrValueChangeCallBack(configureAnew);
-    readInFlight("M", 0, 1);
-    EXPECT_EQ(answer(":0102020100FA\r\n"), 1);
-    EXPECT_EQ(readValueOf("M", 0), Bytes({0x01, 0, 0, 0}));
-    EXPECT_EQ(readValueOf("TV", 0), Bytes({0, 0, 0, 0}));
-}
-
-TEST_F(BusyCallback, WrittenWordIsMirroredUnderItsKeyWhenTheStoreWasEmptied)
-{
+    onReport() = fillStoreAnew;
+    quint8 bytes[2] = {1, 0x12};
     driver.dataAreas << watchedWord("D", 100);
-    intf_setAddrValueChangeCallBack(configureAnew);
-    quint8 word[2] = {0x34, 0x12};
-    intf_setData(1, "D", 100, 1, word, 0);
-    EXPECT_EQ(writtenValueOf("D", 100), Bytes({0x34, 0x12, 0, 0}));
+    intf_setData(1, "D", 100, 1, bytes, 0);
+    EXPECT_EQ(writtenValueOf("D", 100), Bytes({1, 0x12, 0, 0}));
     EXPECT_EQ(writtenValueOf("TV", 0), Bytes({0, 0, 0, 0}));
-}
-
-TEST_F(BusyCallback, WrittenBitIsMirroredUnderItsKeyWhenTheStoreWasEmptied)
-{
-    driver.dataAreas << watchedBits("M", 0, 0x0001);
-    intf_setAddrValueChangeCallBack(configureAnew);
-    quint8 bit = 1;
-    intf_setData(1, "M", 0, 1, &bit, 0);
+    driver.dataAreas = QList<_DATA_>() << watchedBits("M", 0, 0x0001);
+    intf_setData(1, "M", 0, 1, bytes, 0);
     EXPECT_EQ(writtenValueOf("M", 0), Bytes({0x01, 0, 0, 0}));
     EXPECT_EQ(writtenValueOf("TV", 0), Bytes({0, 0, 0, 0}));
-}
-
-TEST_F(BusyCallback, WordOfAReplyIsStoredAnewWhenTheStoreIsEmpty)
-{
-    driver.dataAreas << watchedWord("D", 100);
-    intf_setAddrValueChangeCallBack(emptyLists);
-    readInFlight("D", 100, 1);
-    EXPECT_EQ(answer(":010302334483\r\n"), 1);
-    ASSERT_EQ(driver.dataAreas.size(), 1);
-    EXPECT_EQ(readValueOf("D", 100), Bytes({0x44, 0x33, 0, 0}));
-}
-
-TEST_F(BusyCallback, OneShotReadMayEndWithTheQueueEmptied)
-{
-    driver.pendingReads << variable("D", 100, 1);
-    driver.lastVar = driver.pendingReads.at(0);
-    driver.sendState = 3;
-    intf_setAddrValueChangeCallBack(emptyLists);
-    dealListWhenFinish();
-    EXPECT_EQ(driver.pendingReads.size(), 0);
 }

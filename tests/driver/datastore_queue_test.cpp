@@ -15,28 +15,15 @@ protected:
         return intf_setData(1, area, address, count, data.data(), reqTag);
     }
 
-    // Addresses of the queued writes and their counts, in turn.
-    static std::vector<int> queue()
+    static std::string queue()
     {
-        std::vector<int> all;
-        for (const VARIABLE &var : driver.pendingWrites) {
-            all.push_back(var.address);
-            all.push_back(var.count);
-        }
-        return all;
+        return targetsOf(driver.pendingWrites);
     }
 
     static Bytes dataOf(int position, size_t size)
     {
         const VARIABLE &var = driver.pendingWrites.at(position);
         return Bytes(var.data, var.data + size);
-    }
-
-    // Queues words of D from address 0 on, one request each.
-    static void fillQueue(int requests)
-    {
-        for (int i = 0; i < requests; ++i)
-            write("D", i, 1, {0, 0});
     }
 };
 
@@ -45,19 +32,9 @@ protected:
 TEST_F(SetData, WordsAreQueuedInRequestsOfTheGroupLimit)
 {
     EXPECT_EQ(write("D", 100, 20, std::vector<quint8>(40)), 1);
-    EXPECT_EQ(queue(), std::vector<int>({100, 8, 108, 8, 116, 4}));
-}
-
-TEST_F(SetData, FullRequestsLeaveNoEmptyOne)
-{
-    write("TV", 100, 16, std::vector<quint8>(32));
-    EXPECT_EQ(queue(), std::vector<int>({100, 8, 108, 8}));
-    driver.pendingWrites.clear();
-    write("CV", 100, 8, std::vector<quint8>(16));
-    EXPECT_EQ(queue(), std::vector<int>({100, 8}));
-    driver.pendingWrites.clear();
-    write("CV", 100, 9, std::vector<quint8>(18));
-    EXPECT_EQ(queue(), std::vector<int>({100, 8, 108, 1}));
+    EXPECT_EQ(write("CV", 100, 8, std::vector<quint8>(16)), 1);
+    EXPECT_EQ(write("TV", 100, 9, std::vector<quint8>(18)), 1);
+    EXPECT_EQ(queue(), "D:100x8 D:108x8 D:116x4 CV:100x8 TV:100x8 TV:108x1");
 }
 
 TEST_F(SetData, GroupLimitBelow1QueuesSingleWords)
@@ -65,36 +42,27 @@ TEST_F(SetData, GroupLimitBelow1QueuesSingleWords)
     for (const char *property : {"1#0#0#3#0", "1#0#0#3#-5", "1#0#0#3#1"}) {
         configure(property);
         write("D", 100, 2, {1, 2, 3, 4});
-        EXPECT_EQ(queue(), std::vector<int>({100, 1, 101, 1})) << property;
-        EXPECT_EQ(dataOf(0, 2), Bytes({2, 1}));
-        EXPECT_EQ(dataOf(1, 2), Bytes({4, 3}));
+        EXPECT_EQ(queue(), "D:100x1 D:101x1") << property;
     }
 }
 
-TEST_F(SetData, WordsAreQueuedHighByteFirst)
-{
-    write("D", 100, 1, {0x34, 0x12});
-    EXPECT_EQ(dataOf(0, 2), Bytes({0x12, 0x34}));
-    EXPECT_EQ(writtenValueOf("D", 100), Bytes({0x34, 0x12, 0, 0}));
-    quint8 out[2];
-    intf_getData(1, "D", 100, 1, out);
-    EXPECT_EQ(Bytes(out, out + 2), Bytes({0x34, 0x12}));
-}
-
-TEST_F(SetData, EachRequestHoldsItsOwnWords)
+TEST_F(SetData, EachRequestHoldsItsOwnWordsHighByteFirst)
 {
     configure("1#0#0#3#2");
     write("D", 100, 3, {1, 2, 3, 4, 5, 6});
-    EXPECT_EQ(queue(), std::vector<int>({100, 2, 102, 1}));
-    EXPECT_EQ(dataOf(0, 4), Bytes({2, 1, 4, 3}));
+    EXPECT_EQ(queue(), "D:100x2 D:102x1");
+    EXPECT_EQ(dataOf(0, 6), Bytes({2, 1, 4, 3, 0, 0}));
     EXPECT_EQ(dataOf(1, 2), Bytes({6, 5}));
+    quint8 out[2];
+    intf_getData(1, "D", 102, 1, out);
+    EXPECT_EQ(Bytes(out, out + 2), Bytes({5, 6}));
 }
 
 TEST_F(SetData, CounterIsCutByWords)
 {
     configure("1#0#0#3#3");
     write("CV2", 200, 4, {1, 2, 3, 4, 5, 6, 7, 8});
-    EXPECT_EQ(queue(), std::vector<int>({200, 3, 203, 1}));
+    EXPECT_EQ(queue(), "CV2:200x3 CV2:203x1");
     EXPECT_EQ(dataOf(0, 6), Bytes({2, 1, 4, 3, 6, 5}));
     EXPECT_EQ(dataOf(1, 2), Bytes({8, 7}));
 }
@@ -102,29 +70,21 @@ TEST_F(SetData, CounterIsCutByWords)
 TEST_F(SetData, HalfACounterIsQueuedButNotMirrored)
 {
     write("CV2", 200, 1, {1, 2});
-    EXPECT_EQ(queue(), std::vector<int>({200, 1}));
+    EXPECT_EQ(queue(), "CV2:200x1");
     EXPECT_TRUE(driver.dataAreas.isEmpty());
 }
 
-TEST_F(SetData, BitsAreQueuedOneByOne)
+TEST_F(SetData, BitsAreQueuedOneByOneAsTheHostCountsThem)
 {
-    for (const char *area : {"X", "Y", "M", "S", "T", "C", "TV_bit"}) {
+    for (const char *area : BIT_AREAS) {
         driver.pendingWrites.clear();
-        write(area, 5, 3, {1, 0, 2});
-        EXPECT_EQ(queue(), std::vector<int>({5, 1, 6, 1, 7, 1})) << area;
+        write(area, 7, 3, {1, 0, 2});
+        const std::string name = area;
+        EXPECT_EQ(queue(), name + ":7x1 " + name + ":8x1 " + name + ":9x1");
         EXPECT_EQ(dataOf(0, 1), Bytes({1}));
         EXPECT_EQ(dataOf(1, 1), Bytes({0}));
         EXPECT_EQ(dataOf(2, 1), Bytes({2}));
-        EXPECT_EQ(driver.pendingWrites.at(0).area, area);
     }
-}
-
-TEST_F(SetData, OctalBitsAreQueuedAsTheHostCountsThem)
-{
-    write("X", 17, 2, {1, 1});
-    EXPECT_EQ(queue(), std::vector<int>({17, 1, 18, 1}));
-    EXPECT_EQ(writtenValueOf("X", 0), Bytes({0, 0x80, 0, 0}));
-    EXPECT_EQ(writtenValueOf("X", 1), Bytes({0x01, 0, 0, 0}));
 }
 
 TEST_F(SetData, RequestCarriesStationAreaAndTag)
@@ -132,37 +92,21 @@ TEST_F(SetData, RequestCarriesStationAreaAndTag)
     quint8 data[2] = {1, 0};
     intf_setData(7, "D", 100, 1, data, 42);
     intf_setData(8, "M", 100, 1, data, -3);
-    ASSERT_EQ(driver.pendingWrites.size(), 2);
-    EXPECT_EQ(driver.pendingWrites.at(0).station, 7);
-    EXPECT_EQ(driver.pendingWrites.at(0).area, "D");
+    ASSERT_EQ(queue(), "7#D:100x1 8#M:100x1");
     EXPECT_EQ(driver.pendingWrites.at(0).reqTag, 42);
-    EXPECT_EQ(driver.pendingWrites.at(1).station, 8);
-    EXPECT_EQ(driver.pendingWrites.at(1).area, "M");
     EXPECT_EQ(driver.pendingWrites.at(1).reqTag, -3);
     EXPECT_EQ(driver.dataAreas.at(0).station, 7);
     EXPECT_EQ(driver.dataAreas.at(1).station, 8);
 }
 
-TEST_F(SetData, OtherAreasQueueNothing)
+TEST_F(SetData, OtherAreasCountsBelowOneAndNoDataQueueNothing)
 {
-    EXPECT_EQ(write("SM", 0, 1, {1}), 1);
-    EXPECT_EQ(write("Q", 0, 1, {1, 1}), 1);
-    EXPECT_EQ(write("m", 0, 1, {1}), 1);
-    EXPECT_TRUE(driver.pendingWrites.isEmpty());
-    EXPECT_TRUE(driver.dataAreas.isEmpty());
-}
-
-TEST_F(SetData, CountBelowOneQueuesNothing)
-{
+    for (const char *area : {"SM", "Q", "m"})
+        EXPECT_EQ(write(area, 0, 1, {1, 1}), 1);
     for (const char *area : {"M", "D", "CV2"}) {
         EXPECT_EQ(write(area, 0, 0, {1}), 1);
         EXPECT_EQ(write(area, 0, -8, {1}), 1);
     }
-    EXPECT_TRUE(driver.pendingWrites.isEmpty());
-}
-
-TEST_F(SetData, WithoutDataNothingHappens)
-{
     EXPECT_EQ(intf_setData(1, "D", 100, 1, nullptr, 0), 1);
     EXPECT_TRUE(driver.pendingWrites.isEmpty());
     EXPECT_TRUE(driver.dataAreas.isEmpty());
@@ -180,76 +124,19 @@ TEST_F(SetData, SwitchedOffQueueStillMirrors)
     }
 }
 
-TEST_F(SetData, NewerWriteReplacesAQueuedOne)
+TEST_F(SetData, NewerWriteReplacesAQueuedOneEqualOrNot)
 {
-    fillQueue(3);
+    write("D", 0, 1, {0, 0});
+    write("D", 1, 1, {0, 0});
     write("D", 1, 1, {0x34, 0x12}, 9);
-    EXPECT_EQ(queue(), std::vector<int>({0, 1, 1, 1, 2, 1}));
+    EXPECT_EQ(queue(), "D:0x1 D:1x1");
     EXPECT_EQ(dataOf(1, 2), Bytes({0x12, 0x34}));
     EXPECT_EQ(driver.pendingWrites.at(1).reqTag, 9);
-}
-
-TEST_F(SetData, FrontOfTheQueueIsNeverReplaced)
-{
-    write("M", 5, 1, {1});
-    write("M", 5, 1, {0});
-    EXPECT_EQ(queue(), std::vector<int>({5, 1, 5, 1}));
-    EXPECT_EQ(dataOf(0, 1), Bytes({1}));
-    write("M", 5, 1, {1});
-    EXPECT_EQ(queue(), std::vector<int>({5, 1, 5, 1}));
-    EXPECT_EQ(dataOf(1, 1), Bytes({1}));
-}
-
-TEST_F(SetData, NewestOfEqualRequestsIsReplaced)
-{
-    for (int i = 0; i < 3; ++i)
-        driver.pendingWrites << variable("D", 7, 1);
-    write("D", 7, 1, {0, 9});
-    EXPECT_EQ(dataOf(1, 1), Bytes({0}));
-    EXPECT_EQ(dataOf(2, 1), Bytes({9}));
-    EXPECT_EQ(driver.pendingWrites.size(), 3);
-}
-
-TEST_F(SetData, OtherTargetIsARequestOfItsOwn)
-{
-    fillQueue(2);
-    quint8 data[4] = {0, 0, 0, 0};
-    intf_setData(1, "D", 1, 2, data, 0);
-    intf_setData(2, "D", 1, 1, data, 0);
-    intf_setData(1, "TV", 1, 1, data, 0);
-    EXPECT_EQ(driver.pendingWrites.size(), 5);
-}
-
-TEST_F(SetData, FullQueueReplacesItsLastRequest)
-{
-    fillQueue(513);
-    EXPECT_EQ(driver.pendingWrites.size(), 513);
-    write("D", 9000, 1, {1, 0});
-    write("D", 9001, 1, {2, 0});
-    ASSERT_EQ(driver.pendingWrites.size(), 513);
-    EXPECT_EQ(driver.pendingWrites.at(511).address, 511);
-    EXPECT_EQ(driver.pendingWrites.at(512).address, 9001);
-    EXPECT_EQ(entryOf("D", 9000).writePending, 1);
-}
-
-TEST_F(SetData, FullQueueStillTakesANewerWriteOfAQueuedTarget)
-{
-    fillQueue(513);
-    write("D", 300, 1, {9, 0});
-    EXPECT_EQ(dataOf(300, 2), Bytes({0, 9}));
-    EXPECT_EQ(driver.pendingWrites.at(512).address, 512);
-}
-
-TEST_F(SetData, EqualValueIsQueuedToo)
-{
-    write("D", 100, 1, {0, 0});
-    EXPECT_EQ(driver.pendingWrites.size(), 1);
-    EXPECT_TRUE(reports().empty());
 }
 
 TEST_F(SetData, AddressesWrapRoundAt32Bits)
 {
     configure("1#0#0#3#1");
     write("D", INT_MAX, 2, {1, 2, 3, 4});
-    EXPECT_EQ(queue(), std::vector<int>({INT_MAX, 1, INT_MIN, 1}));
+    EXPECT_EQ(queue(), "D:2147483647x1 D:-2147483648x1");
 }

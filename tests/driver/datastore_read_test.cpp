@@ -19,10 +19,7 @@ protected:
 
     static void store(const char *area, qint32 index, const Bytes &readValue)
     {
-        _DATA_ entry = watchedWord(area, index);
-        for (size_t i = 0; i < 4; ++i)
-            entry.readValue[i] = static_cast<quint8>(readValue[i]);
-        driver.dataAreas << entry;
+        driver.dataAreas << holding(watchedWord(area, index), readValue);
     }
 };
 
@@ -30,86 +27,62 @@ protected:
 
 TEST_F(GetData, BitsComeOneByteEach)
 {
-    store("M", 0, {0x80, 0x01, 0, 0});
-    EXPECT_EQ(read("M", 7, 3, 4), Bytes({1, 1, 0, 0xEE}));
-    EXPECT_EQ(read("M", 6, 2, 2), Bytes({0, 1}));
-    EXPECT_EQ(read("M", 8, 2, 2), Bytes({1, 0}));
-}
-
-TEST_F(GetData, EveryBitOfABlockHasItsPlace)
-{
-    store("M", 1, {0x35, 0xC6, 0, 0});
-    EXPECT_EQ(read("M", 16, 16, 16), Bytes({1, 0, 1, 0, 1, 1, 0, 0, 0, 1, 1, 0, 0, 0, 1, 1}));
-}
-
-TEST_F(GetData, RunOfBitsCrossesBlocks)
-{
-    store("M", 0, {0, 0x80, 0, 0});
-    store("M", 1, {0x01, 0, 0, 0});
-    EXPECT_EQ(read("M", 14, 4, 4), Bytes({0, 1, 1, 0}));
-}
-
-TEST_F(GetData, OctalBitIsReadAtItsLinearAddress)
-{
-    store("X", 0, {0, 0x80, 0, 0});
-    store("Y", 1, {0x01, 0, 0, 0});
-    EXPECT_EQ(read("X", 17, 1, 1), Bytes({1}));
-    EXPECT_EQ(read("Y", 17, 2, 2), Bytes({0, 1}));
-}
-
-TEST_F(GetData, InvalidOctalAddressReadsBit0)
-{
-    store("X", 0, {0x01, 0, 0, 0});
-    EXPECT_EQ(read("X", 18, 1, 1), Bytes({1}));
-    EXPECT_EQ(read("X", -5, 1, 1), Bytes({1}));
-}
-
-TEST_F(GetData, EveryBitAreaIsServed)
-{
-    for (const char *area : {"X", "Y", "M", "S", "T", "C", "TV_bit"}) {
-        store(area, 0, {0x02, 0, 0, 0});
+    for (const char *area : BIT_AREAS) {
+        store(area, 0, {0x02});
         EXPECT_EQ(read(area, 1, 1, 2), Bytes({1, 0xEE})) << area;
     }
 }
 
+TEST_F(GetData, EveryBitOfABlockHasItsPlaceAndARunCrossesBlocks)
+{
+    store("M", 1, {0x35, 0xC6});
+    store("M", 2, {0x01, 0});
+    EXPECT_EQ(read("M", 16, 18, 18), Bytes({1, 0, 1, 0, 1, 1, 0, 0, 0, 1, 1, 0, 0, 0, 1, 1, 1, 0}));
+}
+
+TEST_F(GetData, OctalBitIsReadAtItsLinearAddressAndAnInvalidOneAtBit0)
+{
+    store("X", 0, {0x01, 0x80});
+    store("Y", 1, {0x01});
+    EXPECT_EQ(read("X", 17, 1, 1), Bytes({1}));
+    EXPECT_EQ(read("Y", 17, 2, 2), Bytes({0, 1}));
+    EXPECT_EQ(read("X", 18, 1, 1), Bytes({1}));
+    EXPECT_EQ(read("X", -5, 1, 1), Bytes({1}));
+}
+
+TEST_F(GetData, NegativeBitReadsAs0)
+{
+    store("M", 0, {0xFF, 0xFF});
+    EXPECT_EQ(read("M", -1, 2, 2), Bytes({0, 1}));
+}
+
 TEST_F(GetData, WordsComeLowByteFirst)
 {
-    for (const char *area : {"TV", "CV", "D"}) {
+    for (const char *area : WORD_AREAS) {
         store(area, 100, {0x34, 0x12, 0x99, 0x99});
         store(area, 101, {0x78, 0x56, 0x99, 0x99});
         EXPECT_EQ(read(area, 100, 2, 5), Bytes({0x34, 0x12, 0x78, 0x56, 0xEE})) << area;
     }
 }
 
-TEST_F(GetData, CountersComeLowByteFirst)
+TEST_F(GetData, CountersComeLowByteFirstAndAnOddWordIsLeftOut)
 {
     store("CV2", 200, {1, 2, 3, 4});
     store("CV2", 201, {5, 6, 7, 8});
     EXPECT_EQ(read("CV2", 200, 4, 9), Bytes({1, 2, 3, 4, 5, 6, 7, 8, 0xEE}));
-}
-
-TEST_F(GetData, OddWordOfACounterIsLeftOut)
-{
-    store("CV2", 200, {1, 2, 3, 4});
-    EXPECT_EQ(read("CV2", 200, 1, 1), Bytes({0xEE}));
     EXPECT_EQ(read("CV2", 200, 3, 5), Bytes({1, 2, 3, 4, 0xEE}));
+    EXPECT_EQ(read("CV2", 200, 1, 1), Bytes({0xEE}));
 }
 
-TEST_F(GetData, OtherAreasWriteNothing)
+TEST_F(GetData, OtherAreasAndCountsBelowOneWriteNothing)
 {
-    store("SM", 0, {0xFF, 0xFF, 0, 0});
-    EXPECT_EQ(read("SM", 0, 1, 1), Bytes({0xEE}));
-    EXPECT_EQ(read("Q", 0, 1, 1), Bytes({0xEE}));
-    EXPECT_EQ(read("d", 0, 1, 1), Bytes({0xEE}));
-    EXPECT_EQ(driver.dataAreas.size(), 1);
-}
-
-TEST_F(GetData, CountBelowOneWritesNothing)
-{
+    for (const char *area : {"SM", "Q", "d"})
+        EXPECT_EQ(read(area, 0, 1, 1), Bytes({0xEE})) << area;
     for (const char *area : {"M", "D", "CV2"}) {
         EXPECT_EQ(read(area, 0, 0, 1), Bytes({0xEE})) << area;
         EXPECT_EQ(read(area, 0, -4, 1), Bytes({0xEE})) << area;
     }
+    EXPECT_EQ(intf_getData(1, "D", 100, 1, nullptr), 1);
     EXPECT_TRUE(driver.dataAreas.isEmpty());
 }
 
@@ -123,79 +96,34 @@ TEST_F(GetData, UnknownElementReadsAs0AndLeavesAnEntry)
 
 TEST_F(GetData, PendingWriteIsReadInsteadOfTheReadValue)
 {
-    store("D", 100, {1, 2, 0, 0});
-    store("M", 0, {0x01, 0x01, 0, 0});
-    store("CV2", 200, {1, 2, 3, 4});
-    for (int i = 0; i < 3; ++i) {
-        driver.dataAreas[i].writePending = 1;
-        driver.dataAreas[i].writtenValue[0] = 0x10;
-    }
+    driver.dataAreas << written(holding(watchedWord("D", 100), {1, 2}), {0x10})
+                     << written(holding(watchedWord("M", 0), {1, 1}), {0x10})
+                     << written(holding(watchedWord("CV2", 200), {1, 2, 3, 4}), {0x10});
     EXPECT_EQ(read("D", 100, 1, 2), Bytes({0x10, 0}));
     EXPECT_EQ(read("M", 0, 9, 9), Bytes({0, 0, 0, 0, 1, 0, 0, 0, 0}));
     EXPECT_EQ(read("CV2", 200, 2, 4), Bytes({0x10, 0, 0, 0}));
 }
 
-TEST_F(GetData, WrittenValueThatIsNotPendingIsNotRead)
+TEST_F(GetData, NeitherAWrittenValueThatIsNotPendingNorAFailureCounts)
 {
-    store("D", 100, {1, 2, 0, 0});
+    store("D", 100, {1, 2});
     driver.dataAreas[0].writtenValue[0] = 0x10;
-    EXPECT_EQ(read("D", 100, 1, 2), Bytes({1, 2}));
-}
-
-TEST_F(GetData, FailureMarkDoesNotCount)
-{
-    store("D", 100, {1, 2, 0, 0});
     driver.dataAreas[0].commFailed = 1;
     EXPECT_EQ(read("D", 100, 1, 2), Bytes({1, 2}));
 }
 
-TEST_F(GetData, StationIsPartOfTheKey)
-{
-    store("D", 100, {1, 2, 0, 0});
-    quint8 out[2] = {0xEE, 0xEE};
-    intf_getData(2, "D", 100, 1, out);
-    EXPECT_EQ(Bytes(out, out + 2), Bytes({0, 0}));
-}
-
-TEST_F(GetData, HostWriteIsReadBackAtOnce)
-{
-    quint8 one = 1;
-    intf_setData(1, "Y", 0, 1, &one, 0);
-    EXPECT_EQ(read("Y", 0, 1, 1), Bytes({1}));
-}
-
 TEST_F(GetData, TvBitNeverReflectsItsWord)
 {
-    store("TV", 1, {0xFF, 0xFF, 0, 0});
+    store("TV", 1, {0xFF, 0xFF});
     EXPECT_EQ(read("TV_bit", 17, 1, 1), Bytes({0}));
     quint8 one = 1;
     intf_setData(1, "TV_bit", 17, 1, &one, 0);
     EXPECT_EQ(read("TV_bit", 16, 3, 3), Bytes({0, 1, 0}));
 }
 
-TEST_F(GetData, NegativeBitReadsAs0)
-{
-    store("M", 0, {0xFF, 0xFF, 0, 0});
-    EXPECT_EQ(read("M", -1, 2, 2), Bytes({0, 1}));
-}
-
 TEST_F(GetData, AddressesWrapRoundAt32Bits)
 {
-    store("D", INT_MIN, {1, 2, 0, 0});
+    store("D", INT_MIN, {1, 2});
     EXPECT_EQ(read("D", INT_MAX, 2, 4), Bytes({0, 0, 1, 2}));
     EXPECT_EQ(read("M", INT_MAX, 2, 2), Bytes({0, 0}));
-}
-
-TEST_F(GetData, WithoutAnOutputNothingHappens)
-{
-    EXPECT_EQ(intf_getData(1, "D", 100, 1, nullptr), 1);
-    EXPECT_TRUE(driver.dataAreas.isEmpty());
-}
-
-TEST_F(GetData, ReadingReportsNothing)
-{
-    store("D", 100, {1, 2, 0, 0});
-    read("D", 100, 1, 2);
-    EXPECT_TRUE(reports().empty());
-    EXPECT_TRUE(driver.pendingReads.isEmpty());
 }

@@ -29,30 +29,20 @@ protected:
     }
 };
 
-class WordChange : public DriverTest {
-protected:
-    static void wordChanges(int oldWord, int newWord, const char *area, int address, int noBits)
-    {
-        _wordDataChange(&oldWord, &newWord, 1, area, address, noBits);
-    }
-
-    static void watch(const char *area, qint32 address, qint32 wordMonitor, qint32 bitMonitor)
-    {
-        _DATA_ entry = watchedBits(area, address, bitMonitor);
-        entry.wordMonitor = wordMonitor;
-        driver.dataAreas << entry;
-    }
-};
+using WordChange = DriverTest;
 
 } // namespace
 
-TEST_F(Entries, UnknownKeyIsAppendedAndThenFound)
+TEST_F(Entries, StationAreaAndIndexAreTheKeyOfAnEntryThatIsMadeOnce)
 {
-    EXPECT_EQ(indexOf(1, "D", 5), 0);
-    EXPECT_EQ(indexOf(1, "D", 6), 1);
-    EXPECT_EQ(indexOf(1, "D", 5), 0);
-    EXPECT_EQ(indexOf(1, "D", 6), 1);
-    EXPECT_EQ(driver.dataAreas.size(), 2);
+    for (int round = 0; round < 2; ++round) {
+        EXPECT_EQ(indexOf(1, "D", 5), 0);
+        EXPECT_EQ(indexOf(2, "D", 5), 1);
+        EXPECT_EQ(indexOf(1, "d", 5), 2);
+        EXPECT_EQ(indexOf(1, "D", -5), 3);
+        EXPECT_EQ(indexOf(1, "TV", 5), 4);
+    }
+    EXPECT_EQ(driver.dataAreas.size(), 5);
 }
 
 TEST_F(Entries, NewEntryIsZeroButForItsKey)
@@ -63,91 +53,60 @@ TEST_F(Entries, NewEntryIsZeroButForItsKey)
     EXPECT_EQ(entry.area, "CV2");
     EXPECT_EQ(entry.index, 200);
     EXPECT_EQ(entry.commFailed + entry.writePending, 0);
-    EXPECT_EQ(entry.dataSpare, 0);
-    EXPECT_EQ(entry.wordMonitor, 0);
-    EXPECT_EQ(entry.bitMonitor, 0);
     EXPECT_EQ(Bytes(entry.readValue, entry.readValue + 4), Bytes({0, 0, 0, 0}));
     EXPECT_EQ(Bytes(entry.writtenValue, entry.writtenValue + 4), Bytes({0, 0, 0, 0}));
 }
 
-TEST_F(Entries, StationAreaAndIndexAreTheKey)
-{
-    EXPECT_EQ(indexOf(1, "D", 5), 0);
-    EXPECT_EQ(indexOf(2, "D", 5), 1);
-    EXPECT_EQ(indexOf(1, "d", 5), 2);
-    EXPECT_EQ(indexOf(1, "D", -5), 3);
-    EXPECT_EQ(indexOf(1, "TV", 5), 4);
-}
-
-TEST_F(Entries, FirstOfEqualKeysIsFound)
-{
-    driver.dataAreas << watchedWord("D", 4) << watchedWord("D", 5) << watchedWord("D", 5);
-    EXPECT_EQ(indexOf(1, "D", 5), 1);
-}
-
 TEST_F(Entries, AnyListCanBeSearched)
 {
-    QList<_DATA_> areas;
-    EXPECT_EQ(getIndexOfDataArea(1, "D", 5, areas), 0);
-    EXPECT_EQ(areas.size(), 1);
+    QList<_DATA_> areas = QList<_DATA_>()
+                          << watchedWord("D", 4) << watchedWord("D", 5) << watchedWord("D", 5);
+    EXPECT_EQ(getIndexOfDataArea(1, "D", 4, areas), 0);
+    EXPECT_EQ(getIndexOfDataArea(1, "D", 5, areas), 1); // the first of equal keys
+    EXPECT_EQ(getIndexOfDataArea(2, "D", 5, areas), 3);
+    EXPECT_EQ(getIndexOfDataArea(1, "TV", 5, areas), 4);
+    EXPECT_EQ(areas.at(3).station, 2);
+    EXPECT_EQ(areas.at(4).area, "TV");
+    EXPECT_EQ(areas.at(4).index, 5);
     EXPECT_TRUE(driver.dataAreas.isEmpty());
 }
 
-TEST_F(Entries, CopyOfTheListKeepsItsSize)
-{
-    indexOf(1, "D", 5);
-    const QList<_DATA_> copy = driver.dataAreas;
-    indexOf(1, "D", 6);
-    EXPECT_EQ(copy.size(), 1);
-}
+// --- Changes of single elements ------------------------------------------------------------------
 
-TEST_F(Change, WatchedWordIsReported)
-{
-    driver.dataAreas << watchedWord("D", 5);
-    elementChanges("D", 5);
-    EXPECT_EQ(reports(), (std::vector<Report>{Report(1, 1, "D", 5)}));
-}
-
-TEST_F(Change, DeviceNumberIsHandedBack)
+TEST_F(Change, OfAWatchedElementIsReportedWithTheDevicesNumber)
 {
     configure("-42#0#0#3#8");
     driver.dataAreas << watchedWord("D", 5) << watchedBits("M", 0, 3);
     elementChanges("D", 5);
     elementChanges("M", 0);
     blockChanges("M", 0, 0, 2);
-    EXPECT_EQ(reports(), (std::vector<Report>{Report(-42, 1, "D", 5), Report(-42, 1, "M", 0),
-                                              Report(-42, 1, "M", 1)}));
+    EXPECT_EQ(told(), "-42/1#D:5 -42/1#M:0 -42/1#M:1");
 }
 
-TEST_F(Change, StationIsPartOfTheKey)
+TEST_F(Change, OfAnotherStationIsAnotherElement)
 {
     driver.dataAreas << watchedWord("D", 5);
     _OnlyOneDataTypeDataChange(2, "D", 5, 0, 0, 0);
     EXPECT_TRUE(reports().empty());
     driver.dataAreas[1].wordMonitor = 1;
     _OnlyOneDataTypeDataChange(2, "D", 5, 0, 0, 0);
-    EXPECT_EQ(reports(), (std::vector<Report>{Report(1, 2, "D", 5)}));
+    EXPECT_EQ(told(), "1/2#D:5");
 }
 
-TEST_F(Change, OnlyBit0OfTheWordMarkCounts)
-{
-    driver.dataAreas << watchedWord("D", 5);
-    driver.dataAreas[0].wordMonitor = 2;
-    elementChanges("D", 5);
-    EXPECT_TRUE(reports().empty());
-    driver.dataAreas[0].wordMonitor = 3;
-    elementChanges("D", 5);
-    EXPECT_EQ(reports().size(), 1u);
-}
-
-TEST_F(Change, BitMarksOfAWordDoNotCount)
+TEST_F(Change, OfAWordIsReportedByBit0OfItsWordMarkAlone)
 {
     driver.dataAreas << watchedBits("D", 5, 0xFFFF);
-    elementChanges("D", 5);
-    EXPECT_TRUE(reports().empty());
+    for (const qint32 mark : {0, 2}) {
+        driver.dataAreas[0].wordMonitor = mark;
+        elementChanges("D", 5);
+        EXPECT_TRUE(reports().empty()) << mark;
+    }
+    driver.dataAreas[0].wordMonitor = 3;
+    _OnlyOneDataTypeDataChange(1, "D", 5, 7, 7, 1); // values and form do not count
+    EXPECT_EQ(told(), "D:5");
 }
 
-TEST_F(Change, WordMarkOfABlockDoesNotCount)
+TEST_F(Change, OfABlockIsNotReportedByItsWordMark)
 {
     driver.dataAreas << watchedWord("M", 0);
     elementChanges("M", 0);
@@ -155,100 +114,89 @@ TEST_F(Change, WordMarkOfABlockDoesNotCount)
     EXPECT_TRUE(reports().empty());
 }
 
-TEST_F(Change, ValuesOfAWordDoNotCount)
-{
-    driver.dataAreas << watchedWord("D", 5);
-    _OnlyOneDataTypeDataChange(1, "D", 5, 7, 7, 1);
-    EXPECT_EQ(reports().size(), 1u);
-}
-
-TEST_F(Change, EveryOtherAreaIsReportedByAddress)
-{
-    for (const char *area : {"TV", "CV", "CV2", "D", "TV_bit", "Q", "x", ""}) {
-        driver.dataAreas << watchedWord(area, 37);
-        elementChanges(area, 37);
-    }
-    EXPECT_EQ(reports(), (std::vector<Report>{Report(1, 1, "TV", 37), Report(1, 1, "CV", 37),
-                                              Report(1, 1, "CV2", 37), Report(1, 1, "D", 37),
-                                              Report(1, 1, "TV_bit", 37), Report(1, 1, "Q", 37),
-                                              Report(1, 1, "x", 37), Report(1, 1, "", 37)}));
-}
-
-TEST_F(Change, EveryBitAreaIsReportedByBit)
+TEST_F(Change, OfABitAreaIsReportedByBitAndOfAnyOtherByAddress)
 {
     for (const char *area : {"X", "Y", "M", "S", "SM", "T", "C"}) {
         driver.dataAreas << watchedBits(area, 0, 0x0020);
         elementChanges(area, 5);
+        EXPECT_EQ(told(), std::string(area) + ":5");
+        reports().clear();
     }
-    EXPECT_EQ(reports(),
-              (std::vector<Report>{Report(1, 1, "X", 5), Report(1, 1, "Y", 5), Report(1, 1, "M", 5),
-                                   Report(1, 1, "S", 5), Report(1, 1, "SM", 5),
-                                   Report(1, 1, "T", 5), Report(1, 1, "C", 5)}));
+    for (const char *area : {"TV", "CV", "CV2", "D", "TV_bit", "Q", "x", ""}) {
+        driver.dataAreas << watchedWord(area, 37);
+        elementChanges(area, 37);
+        EXPECT_EQ(told(), std::string(area) + ":37");
+        reports().clear();
+    }
 }
 
-TEST_F(Change, UnwatchedBitIsNotReported)
+TEST_F(Change, OfAnUnwatchedBitIsNotReported)
 {
     driver.dataAreas << watchedBits("M", 1, 0xFFFD);
     elementChanges("M", 17);
     EXPECT_TRUE(reports().empty());
     elementChanges("M", 31);
-    EXPECT_EQ(reports(), (std::vector<Report>{Report(1, 1, "M", 31)}));
+    EXPECT_EQ(told(), "M:31");
 }
 
-TEST_F(Change, OctalBitIsReportedInOctalDigits)
+TEST_F(Change, OfAnUnwatchedElementLeavesAnEntryBehind)
 {
-    driver.dataAreas << watchedBits("X", 0, 0x8000) << watchedBits("Y", 1, 0x0001);
-    elementChanges("X", 15);
-    elementChanges("Y", 16);
-    EXPECT_EQ(reports(), (std::vector<Report>{Report(1, 1, "X", 17), Report(1, 1, "Y", 20)}));
-}
-
-TEST_F(Change, ChangedBitsOfABlockAreReported)
-{
-    driver.dataAreas << watchedBits("M", 3, 0x0004);
-    blockChanges("M", 3, 0x0000, 0x0005);
-    EXPECT_EQ(reports(), (std::vector<Report>{Report(1, 1, "M", 50)}));
-}
-
-TEST_F(Change, LowestBitOfABlockIsReportedFirst)
-{
-    driver.dataAreas << watchedBits("M", 3, 0xFFFF);
-    blockChanges("M", 3, 0x8001, 0x0080);
-    EXPECT_EQ(reports(), (std::vector<Report>{Report(1, 1, "M", 48), Report(1, 1, "M", 55),
-                                              Report(1, 1, "M", 63)}));
-}
-
-TEST_F(Change, EqualBlocksAreNotReported)
-{
-    driver.dataAreas << watchedBits("M", 3, 0xFFFF);
-    blockChanges("M", 3, 0x1234, 0x1234);
+    elementChanges("D", 5);
+    elementChanges("M", 37);
+    blockChanges("S", 7, 0, 0xFFFF);
     EXPECT_TRUE(reports().empty());
+    ASSERT_EQ(driver.dataAreas.size(), 3);
+    EXPECT_EQ(entryOf("D", 5).wordMonitor, 0);
+    EXPECT_EQ(entryOf("M", 2).bitMonitor, 0);
+    EXPECT_EQ(entryOf("S", 7).bitMonitor, 0);
 }
 
-TEST_F(Change, OnlySixteenBitsOfABlockCount)
+TEST_F(Change, OfANegativeBitIsReportedAtAMultipleOf16Only)
 {
-    driver.dataAreas << watchedBits("M", 3, -1);
-    blockChanges("M", 3, 0, 0x70000);
+    driver.dataAreas << watchedBits("M", 0, 0xFFFF) << watchedBits("M", -1, 0x0001);
+    elementChanges("M", -1);
+    elementChanges("M", -17);
     EXPECT_TRUE(reports().empty());
+    elementChanges("M", -16);
+    EXPECT_EQ(told(), "M:-16");
+    EXPECT_EQ(driver.dataAreas.size(), 2);
 }
 
-TEST_F(Change, BlockOfAnOctalAreaIsReportedInOctalDigits)
+// --- Changes of blocks ---------------------------------------------------------------------------
+
+TEST_F(Change, OfABlockReportsItsWatchedChangedBitsLowestFirst)
 {
-    driver.dataAreas << watchedBits("Y", 1, 0x0101) << watchedBits("X", 1, 0x8000);
-    blockChanges("Y", 1, 0, 0xFFFF);
-    blockChanges("X", 1, 0, 0xFFFF);
-    EXPECT_EQ(reports(), (std::vector<Report>{Report(1, 1, "Y", 20), Report(1, 1, "Y", 30),
-                                              Report(1, 1, "X", 37)}));
+    const struct {
+        const char *area;
+        int block, watched, oldBits, newBits;
+        const char *told;
+    } rows[] = {
+        {"M", 3, 0xFFFF, 0x1234, 0x1234, ""},
+        {"M", 3, 0xFFFF, 0x8001, 0x0080, "M:48 M:55 M:63"},
+        {"M", 4, 0x0004, 0x0000, 0x0005, "M:66"},
+        {"M", -1, 0x8001, 0x0000, 0xFFFF, "M:-16 M:-1"},
+        {"M", 3, -1, 0, 0x70000, ""}, // no block has a 17th bit
+        {"SM", 2, 0x0002, 0x0002, 0x0000, "SM:33"},
+        {"X", 0, 0x8000, 0x0000, 0xFFFF, "X:17"}, // octal digits
+        {"Y", 1, 0x0101, 0x0000, 0xFFFF, "Y:20 Y:30"},
+    };
+    for (const auto &row : rows) {
+        reports().clear();
+        driver.dataAreas = QList<_DATA_>() << watchedBits(row.area, row.block, row.watched);
+        blockChanges(row.area, row.block, row.oldBits, row.newBits);
+        EXPECT_EQ(told(), row.told) << row.area << row.block;
+    }
 }
 
-TEST_F(Change, SpecialMarkersAreReportedByBlock)
+TEST_F(Change, OctalDigitsBeyond32BitsAreReportedAs0)
 {
-    driver.dataAreas << watchedBits("SM", 2, 0x0002);
-    blockChanges("SM", 2, 2, 0);
-    EXPECT_EQ(reports(), (std::vector<Report>{Report(1, 1, "SM", 33)}));
+    driver.dataAreas << watchedBits("X", INT_MAX / 16, 0x8000) << watchedBits("X", -1, 0x0001);
+    elementChanges("X", INT_MAX);
+    blockChanges("X", -1, 0, 1);
+    EXPECT_EQ(told(), "X:0 X:0");
 }
 
-TEST_F(Change, AnyOtherWholeBlockMeansASingleBit)
+TEST_F(Change, AnyOtherWholeBlockThanOneMeansASingleBit)
 {
     driver.dataAreas << watchedBits("M", 0, 0x0020);
     _OnlyOneDataTypeDataChange(1, "M", 5, 0, 0, 2);
@@ -261,56 +209,13 @@ TEST_F(Change, TvBitSharesItsEntryWithABlockOfTheSameNumber)
     driver.dataAreas << watchedWord("TV_bit", 17);
     elementChanges("TV_bit", 17);
     EXPECT_EQ(driver.dataAreas.size(), 1);
-    EXPECT_EQ(reports(), (std::vector<Report>{Report(1, 1, "TV_bit", 17)}));
+    EXPECT_EQ(told(), "TV_bit:17");
     quint8 bit = 1;
     intf_setData(1, "TV_bit", 17 * 16, 1, &bit, 0);
     EXPECT_EQ(entryOf("TV_bit", 17).writePending, 1);
 }
 
-TEST_F(Change, UnwatchedElementLeavesAnEntryBehind)
-{
-    elementChanges("D", 5);
-    elementChanges("M", 37);
-    blockChanges("S", 7, 0, 0xFFFF);
-    EXPECT_TRUE(reports().empty());
-    ASSERT_EQ(driver.dataAreas.size(), 3);
-    EXPECT_EQ(entryOf("D", 5).wordMonitor, 0);
-    EXPECT_EQ(entryOf("M", 2).bitMonitor, 0);
-    EXPECT_EQ(entryOf("S", 7).bitMonitor, 0);
-}
-
-TEST_F(Change, NegativeBitIsNotReported)
-{
-    driver.dataAreas << watchedBits("M", 0, 0xFFFF) << watchedBits("M", -1, 0xFFFF);
-    elementChanges("M", -1);
-    elementChanges("M", -17);
-    EXPECT_TRUE(reports().empty());
-    EXPECT_EQ(driver.dataAreas.size(), 2);
-}
-
-TEST_F(Change, NegativeMultipleOf16IsBit0OfItsBlock)
-{
-    driver.dataAreas << watchedBits("M", -1, 0x0001);
-    elementChanges("M", -16);
-    EXPECT_EQ(reports(), (std::vector<Report>{Report(1, 1, "M", -16)}));
-}
-
-TEST_F(Change, BitsOfANegativeBlockCountUpwards)
-{
-    driver.dataAreas << watchedBits("M", -1, 0x8001);
-    blockChanges("M", -1, 0, 0xFFFF);
-    EXPECT_EQ(reports(), (std::vector<Report>{Report(1, 1, "M", -16), Report(1, 1, "M", -1)}));
-}
-
-TEST_F(Change, OctalDigitsBeyond32BitsAreReportedAs0)
-{
-    driver.dataAreas << watchedBits("X", INT_MAX / 16, 0x8000) << watchedBits("X", -1, 0x0001);
-    elementChanges("X", INT_MAX);
-    blockChanges("X", -1, 0, 1);
-    EXPECT_EQ(reports(), (std::vector<Report>{Report(1, 1, "X", 0), Report(1, 1, "X", 0)}));
-}
-
-TEST_F(Change, WithoutACallbackNothingIsReported)
+TEST_F(Change, WithoutACallbackIsNotReported)
 {
     intf_setAddrValueChangeCallBack(nullptr);
     driver.dataAreas << watchedWord("D", 5) << watchedBits("M", 0, 0xFFFF);
@@ -320,90 +225,48 @@ TEST_F(Change, WithoutACallbackNothingIsReported)
     EXPECT_EQ(driver.dataAreas.size(), 2);
 }
 
-TEST_F(WordChange, EqualWordsAreNotReported)
+// --- Changes of words with their bits and double words -------------------------------------------
+
+TEST_F(WordChange, IsReportedForItsWatchedBitsItselfAndTheDoubleWordsThatHoldIt)
 {
-    watch("D", 5, 7, 0xFFFF);
-    wordChanges(3, 3, "D", 5, 0);
-    wordChanges(3, 3, "D", 6, 0);
-    EXPECT_TRUE(reports().empty());
-    EXPECT_EQ(driver.dataAreas.size(), 2);
+    const struct {
+        int address, wordMonitor, bitMonitor, oldWord, newWord, noBits;
+        const char *told;
+    } rows[] = {
+        {5, 7, 0xFFFF, 3, 3, 0, ""},
+        {5, 0, 0x8003, 0x0002, 0x8007, 0, "D_bit:80 D_bit:95"},
+        {5, 0, -1, 0, 0x70000, 0, ""}, // no word has a 17th bit
+        {5, 1, 0xFFFF, 0, 1, 1, "D:5"},
+        {5, 7, 0x0001, 0, 1, 0, "D_bit:80 D:5 D_double:5 D_double:4"},
+        {5, 2, 0, 0, 1, 0, "D_double:5"},
+        {5, 4, 0, 0, 1, 0, "D_double:4"},
+        {0, 6, 0, 0, 1, 0, "D_double:0"}, // none starts below address 0
+        {1, 4, 0, 0, 1, 0, "D_double:0"},
+        {-1, 7, 0, 0, 1, 0, "D:-1"},
+    };
+    for (const auto &row : rows) {
+        reports().clear();
+        driver.dataAreas = QList<_DATA_>() << watchedBits("D", row.address, row.bitMonitor);
+        driver.dataAreas[0].wordMonitor = row.wordMonitor;
+        int oldWord = row.oldWord;
+        int newWord = row.newWord;
+        _wordDataChange(&oldWord, &newWord, 1, "D", row.address, row.noBits);
+        EXPECT_EQ(told(), row.told) << row.address << " marked " << row.wordMonitor;
+    }
 }
 
-TEST_F(WordChange, WatchedBitsAreReportedAsBitsOfTheWord)
-{
-    watch("D", 5, 0, 0x8003);
-    wordChanges(0x0000, 0x8006, "D", 5, 0);
-    EXPECT_EQ(reports(),
-              (std::vector<Report>{Report(1, 1, "D_bit", 81), Report(1, 1, "D_bit", 95)}));
-}
-
-TEST_F(WordChange, BitsThatStayAreNotReported)
-{
-    watch("D", 5, 0, 0xFFFF);
-    wordChanges(0x0002, 0x0003, "D", 5, 0);
-    EXPECT_EQ(reports(), (std::vector<Report>{Report(1, 1, "D_bit", 80)}));
-}
-
-TEST_F(WordChange, OnlySixteenBitsCount)
-{
-    watch("D", 5, 0, -1);
-    wordChanges(0, 0x70000, "D", 5, 0);
-    EXPECT_TRUE(reports().empty());
-}
-
-TEST_F(WordChange, BitsCanBeLeftOut)
-{
-    watch("D", 5, 1, 0xFFFF);
-    wordChanges(0, 1, "D", 5, 1);
-    EXPECT_EQ(reports(), (std::vector<Report>{Report(1, 1, "D", 5)}));
-}
-
-TEST_F(WordChange, DoubleWordsThatHoldTheWordAreReported)
-{
-    watch("D", 5, 7, 0x0001);
-    wordChanges(0, 1, "D", 5, 0);
-    EXPECT_EQ(reports(),
-              (std::vector<Report>{Report(1, 1, "D_bit", 80), Report(1, 1, "D", 5),
-                                   Report(1, 1, "D_double", 5), Report(1, 1, "D_double", 4)}));
-}
-
-TEST_F(WordChange, EachMarkReportsItsOwnDoubleWord)
-{
-    watch("D", 5, 2, 0);
-    watch("D", 9, 4, 0);
-    wordChanges(0, 1, "D", 5, 0);
-    wordChanges(0, 1, "D", 9, 0);
-    EXPECT_EQ(reports(),
-              (std::vector<Report>{Report(1, 1, "D_double", 5), Report(1, 1, "D_double", 8)}));
-}
-
-TEST_F(WordChange, NoDoubleWordStartsBelowAddress0)
-{
-    watch("D", 0, 6, 0);
-    watch("D", 1, 4, 0);
-    watch("D", -1, 7, 0);
-    wordChanges(0, 1, "D", 0, 0);
-    wordChanges(0, 1, "D", 1, 0);
-    wordChanges(0, 1, "D", -1, 0);
-    EXPECT_EQ(reports(), (std::vector<Report>{Report(1, 1, "D_double", 0),
-                                              Report(1, 1, "D_double", 0), Report(1, 1, "D", -1)}));
-}
-
-TEST_F(WordChange, NullWordsAreNotReported)
-{
-    watch("D", 5, 7, 0xFFFF);
-    int word = 1;
-    _wordDataChange(nullptr, &word, 1, "D", 5, 0);
-    _wordDataChange(&word, nullptr, 1, "D", 5, 0);
-    EXPECT_TRUE(reports().empty());
-}
-
-TEST_F(WordChange, ReportsCarryTheDevicesNumberAndTheStation)
+TEST_F(WordChange, IsReportedWithTheDevicesNumberAndNotForNullWords)
 {
     driver.devId = 7;
-    watch("D", 5, 7, 0x0001);
-    wordChanges(0, 1, "D", 5, 0);
-    EXPECT_EQ(reports(),
-              (std::vector<Report>{Report(7, 1, "D_bit", 80), Report(7, 1, "D", 5),
-                                   Report(7, 1, "D_double", 5), Report(7, 1, "D_double", 4)}));
+    driver.dataAreas << watchedBits("D", 5, 0x0001);
+    driver.dataAreas[0].wordMonitor = 7;
+    int oldWord = 0;
+    int newWord = 1;
+    _wordDataChange(nullptr, &newWord, 1, "D", 5, 0);
+    _wordDataChange(&oldWord, nullptr, 1, "D", 5, 0);
+    _wordDataChange(&oldWord, &oldWord, 1, "D", 6, 0); // leaves an entry
+    EXPECT_EQ(told(), "");
+    EXPECT_EQ(driver.dataAreas.size(), 2);
+    _wordDataChange(&oldWord, &newWord, 1, "D", 5, 0);
+    EXPECT_EQ(told(), "7/1#D_bit:80 7/1#D:5 7/1#D_double:5 7/1#D_double:4");
 }

@@ -6,12 +6,19 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
+#include <functional>
 #include <string>
 #include <tuple>
 #include <vector>
 
 // One report of the value-change callback: devId, station, area, address.
 using Report = std::tuple<int, int, std::string, int>;
+using Reports = std::vector<Report>;
+
+// The areas whose elements are bits, and those whose elements are words of 16 bits.
+const char *const BIT_AREAS[] = {"X", "Y", "M", "S", "T", "C", "TV_bit"};
+const char *const WORD_AREAS[] = {"TV", "CV", "D"};
 
 // A request of `count` elements of station 1 from `address` on.
 inline VARIABLE variable(const char *area, qint32 address, qint32 count)
@@ -22,6 +29,56 @@ inline VARIABLE variable(const char *area, qint32 address, qint32 count)
     var.address = address;
     var.count = count;
     return var;
+}
+
+// The same as the host hands it in.
+inline KEY_ADDRESS keyOf(const char *area, qint32 address, qint32 count)
+{
+    KEY_ADDRESS key;
+    key.station = 1;
+    key.area = QString::fromLatin1(area);
+    key.address = address;
+    key.count = count;
+    return key;
+}
+
+// A write of 1 to one bit of M.
+inline VARIABLE bitWrite(qint32 address)
+{
+    VARIABLE var = variable("M", address, 1);
+    var.data[0] = 1;
+    return var;
+}
+
+// A recipe variable of device 1 and station 1.
+inline _RCP_VAR_PRO recipeEntry(const char *area, qint32 address, qint32 count, qint32 bufWord)
+{
+    _RCP_VAR_PRO entry;
+    entry.devId = 1;
+    entry.station = 1;
+    entry.area = QString::fromLatin1(area);
+    entry.address = address;
+    entry.count = count;
+    entry.bufWord = bufWord;
+    return entry;
+}
+
+// Station, area, address and count of a request: "2#D:100x3" is 3 words of station 2 from D100 on.
+inline std::string targetOf(const VARIABLE &var)
+{
+    return std::to_string(var.station) + "#" + var.area.toStdString() + ":" +
+           std::to_string(var.address) + "x" + std::to_string(var.count);
+}
+
+// The requests of a list in turn, the number of station 1 left out: "D:0x8 2#M:5x1".
+inline std::string targetsOf(const QList<VARIABLE> &list)
+{
+    std::string all;
+    for (const VARIABLE &request : list) {
+        const std::string target = targetOf(request);
+        all += (all.empty() ? "" : " ") + (request.station == 1 ? target.substr(2) : target);
+    }
+    return all;
 }
 
 // The characters of a frame as they go out.
@@ -64,6 +121,21 @@ inline _DATA_ watchedBits(const char *area, qint32 block, qint32 watchedBits)
 // Bytes of a value, byte 0 first.
 using Bytes = std::vector<int>;
 
+// `entry` with the value that was read last.
+inline _DATA_ holding(_DATA_ entry, const Bytes &readValue)
+{
+    std::copy(readValue.begin(), readValue.end(), entry.readValue);
+    return entry;
+}
+
+// `entry` with a value that the host wrote and that the controller has not acknowledged.
+inline _DATA_ written(_DATA_ entry, const Bytes &writtenValue)
+{
+    std::copy(writtenValue.begin(), writtenValue.end(), entry.writtenValue);
+    entry.writePending = 1;
+    return entry;
+}
+
 inline Bytes readValueOf(const char *area, qint32 index)
 {
     const _DATA_ entry = entryOf(area, index);
@@ -83,6 +155,7 @@ protected:
     void SetUp() override
     {
         reports().clear();
+        onReport() = nullptr;
         driver = Ostrel_kmr();
         configure("1#0#0#3#8");
         intf_setAddrValueChangeCallBack(record);
@@ -104,6 +177,15 @@ protected:
     {
         FRAME_PRO frame;
         return intf_getSendFrame(&frame) == 1 ? textOf(frame) : std::string();
+    }
+
+    // What is sent next, once the reply to it has taken the frame from the list.
+    static std::string nextAnswered()
+    {
+        const std::string text = nextFrame();
+        EXPECT_LE(driver.frames.size(), 1);
+        driver.frames.clear();
+        return text;
     }
 
     // Puts the request that reads `count` elements in flight, as a cyclic block.
@@ -130,15 +212,49 @@ protected:
         return result;
     }
 
-    static std::vector<Report> &reports()
+    // Reads `count` elements and hands in `reply`.
+    void readAnswered(const char *area, qint32 address, qint32 count, const QByteArray &reply)
     {
-        static std::vector<Report> all;
+        readInFlight(area, address, count);
+        EXPECT_EQ(answer(reply), 1) << area << address;
+    }
+
+    Bytes recipeBytes(int first, int count) const
+    {
+        return Bytes(recipe.begin() + first, recipe.begin() + first + count);
+    }
+
+    static Reports &reports()
+    {
+        static Reports all;
         return all;
+    }
+
+    // The reports in turn: "D:100" for D100 of station 1 by device 1, else "0/-1#RWI:10".
+    static std::string told()
+    {
+        std::string all;
+        for (const auto &[devId, station, area, address] : reports()) {
+            const bool usual = devId == 1 && station == 1;
+            const std::string sender = std::to_string(devId) + "/" + std::to_string(station) + "#";
+            all += (all.empty() ? "" : " ") + (usual ? "" : sender) + area + ":" +
+                   std::to_string(address);
+        }
+        return all;
+    }
+
+    // What the host does in a report besides; empty when it only records.
+    static std::function<void()> &onReport()
+    {
+        static std::function<void()> reaction;
+        return reaction;
     }
 
     static qint32 record(qint32 devId, qint32 station, QString area, qint32 address)
     {
         reports().emplace_back(devId, station, area.toStdString(), address);
+        if (const std::function<void()> reaction = onReport())
+            reaction();
         return 0;
     }
 

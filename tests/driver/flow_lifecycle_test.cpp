@@ -1,88 +1,7 @@
-// Configuring anew in mid-flight, the editor's services beside a running link, loading and
-// unloading.
+// The editor's services beside a running link, and a library that is loaded again or gone.
 #include "loaded_driver.h"
 
 using LifecycleFlow = FlowTest;
-
-TEST_F(LifecycleFlow, ReinitialisationDropsTheFrameInFlight)
-{
-    watch({{1, "D", 100, 1}});
-    nextFrame();
-    configure("1#0#0#3#8");
-    EXPECT_EQ(answer(":0103021234B4"), 0);
-    EXPECT_EQ(errorInfo, "");
-    EXPECT_EQ(nextFrame(), "");
-}
-
-TEST_F(LifecycleFlow, ReinitialisationDropsPlanQueuesAndValues)
-{
-    watch({{1, "D", 100, 1}});
-    exchange(":0103021234B4");
-    writeWords("D", 200, {1});
-    readOnce({1, "D", 300, 1});
-    takeReports();
-    configure("1#0#0#3#8");
-    EXPECT_EQ(nextFrame(), "");
-    EXPECT_EQ(words("D", 100, 1), (std::vector<int>{0}));
-    EXPECT_EQ(words("D", 200, 1), (std::vector<int>{0}));
-    writeWords("D", 100, {5});
-    EXPECT_EQ(takeReports(), Reports{}); // no longer watched
-}
-
-TEST_F(LifecycleFlow, ReinitialisationStartsRetriesAndAllowanceAnew)
-{
-    writeBits("M", 0, {1, 1, 1});
-    exchange(":01050800FF00F3");
-    exchange(":01050801FF00F2");
-    nextFrame();
-    EXPECT_EQ(answer(""), 8);
-    EXPECT_EQ(answer(""), 8);
-    configure("1#0#0#3#8");
-    writeBits("M", 0, {1, 1, 1, 1});
-    nextFrame();
-    EXPECT_EQ(answer(""), 8);
-    exchange(":01050800FF00F3");
-    exchange(":01050801FF00F2");
-    EXPECT_EQ(exchange(":01050802FF00F1"), ":01050802FF00F1");
-    EXPECT_EQ(nextFrame(), "");
-}
-
-TEST_F(LifecycleFlow, ReinitialisationForgetsTheLastRequest)
-{
-    watch({{1, "D", 0, 1}});
-    exchange(":0103020000FA");
-    configure("1#0#0#3#8");
-    status[STATUS_RECIPE_DOWNLOAD] = 1; // without a recipe the last request would be repeated
-    EXPECT_EQ(nextFrame(), "");
-}
-
-TEST_F(LifecycleFlow, ReinitialisationKeepsTheCallback)
-{
-    configure("1#0#0#3#8");
-    watch({{1, "D", 100, 1}});
-    exchange(":0103021234B4");
-    EXPECT_EQ(takeReports(), (Reports{{1, 1, "D", 100}}));
-}
-
-TEST_F(LifecycleFlow, FewerThanFiveSettingsChangeNoneButDropEverything)
-{
-    configure("3#0#0#1#1");
-    watch({{1, "D", 0, 2}});
-    configure("1#1#1#9");
-    EXPECT_EQ(nextFrame(), "");
-    EXPECT_EQ(watch({{1, "D", 0, 2}}), 2); // still one word a block
-    exchange(":0103020001F9");
-    EXPECT_EQ(takeReports(), (Reports{{3, 1, "D", 0}}));
-    nextFrame();
-    EXPECT_EQ(answer(""), 2); // still one attempt
-}
-
-TEST_F(LifecycleFlow, GroupLimitAboveEightIsEight)
-{
-    configure("1#0#0#3#12");
-    EXPECT_EQ(watch({{1, "D", 0, 20}}), 3);
-    EXPECT_EQ(nextFrame(), ":010310000008E4");
-}
 
 TEST_F(LifecycleFlow, EditorServicesLeaveARunningLinkAlone)
 {
@@ -91,21 +10,11 @@ TEST_F(LifecycleFlow, EditorServicesLeaveARunningLinkAlone)
     qint32 number = -1;
     kmr->getProtocolType(&number);
     EXPECT_EQ(number, 0);
-    QString text;
-    kmr->getDriverParameter(text);
-    EXPECT_EQ(text, QString::fromLatin1("0,9600,7,EVEN,1,0,1,192.168.0.10,8888,Ostrel_kmr,"
-                                        "X,Y,M,S,T,C,TV,CV,CV2,D"));
-    kmr->getDriverPropertyPage(text);
-    EXPECT_EQ(text, QString::fromLatin1("0_0"));
-    kmr->SetDriverPropertyPage(text);
-    EXPECT_EQ(text, QString());
-    EXPECT_EQ(
-        kmr->checkAddrValidity(QString::fromLatin1("X"), QString::fromLatin1("17"), &number, 1, 0),
-        0);
-    EXPECT_EQ(number, 17);
-    EXPECT_EQ(kmr->checkAddr(QString::fromLatin1("CV2"), QString::fromLatin1("200"), &number, 2, 1),
-              5);
-
+    const QString area = QString::fromLatin1("CV2");
+    const QString address = QString::fromLatin1("200");
+    EXPECT_EQ(kmr->checkAddrValidity(area, address, &number, 1, 1), 0);
+    EXPECT_EQ(number, 200);
+    EXPECT_EQ(kmr->checkAddr(area, address, &number, 2, 1), 5);
     EXPECT_EQ(nextFrame(), ":01031064000187");
     EXPECT_EQ(answer(":0103021234B4"), 1);
 }
@@ -120,8 +29,7 @@ TEST_F(LifecycleFlow, NothingGoesToStandardError)
     EXPECT_EQ(kmr->checkAddr(QString::fromLatin1("X"), QString::fromLatin1("a"), nullptr, -1, 1),
               4);
     EXPECT_EQ(kmr->multiCopy(QString::fromLatin1("D"), 12000, 1, 1, nullptr, nullptr), 2);
-    const QVector<_RCP_VAR_PRO> recipeOfOne(1);
-    kmr->setRcpAddress(&recipeOfOne);
+    setRecipe({_RCP_VAR_PRO()});
     watch({{1, "D", 100, 9}, {1, "Q", 0, 1}, {300, "X", 18, 70}});
     writeWords("D", 0, std::vector<int>(20, 1));
     readOnce({1, "M", 7, 20}, 0, -1);
@@ -133,40 +41,18 @@ TEST_F(LifecycleFlow, NothingGoesToStandardError)
     EXPECT_EQ(testing::internal::GetCapturedStderr(), "");
 }
 
-// Whether the library is in memory, loading nothing.
-static bool isLoaded()
-{
-    void *handle = dlopen(OSTREL_KMR_LIBRARY, RTLD_LAZY | RTLD_NOLOAD);
-    if (handle)
-        dlclose(handle);
-    return handle != nullptr;
-}
-
-TEST_F(LifecycleFlow, UnloadingInMidFlightLeavesNothingInMemory)
-{
-    watch({{1, "D", 100, 1}});
-    nextFrame();
-    writeWords("D", 0, {1, 2});
-    readOnce({1, "D", 0, 1});
-    EXPECT_TRUE(isLoaded());
-    kmr.reset();
-    EXPECT_FALSE(isLoaded());
-}
-
 TEST_F(LifecycleFlow, LibraryLoadedAgainStartsFromNothing)
 {
     watch({{1, "D", 100, 1}});
     exchange(":0103021234B4");
     writeWords("D", 0, {1, 2});
-    _RCP_VAR_PRO entry;
-    entry.devId = entry.count = 1;
-    const QVector<_RCP_VAR_PRO> list{entry};
-    EXPECT_EQ(kmr->setRcpAddress(&list), 1);
+    EXPECT_EQ(setRecipe({recipeEntry("D", 0, 1, 0)}), 1);
     takeReports();
 
     kmr.reset();
     kmr = std::make_unique<LoadedDriver>();
     EXPECT_EQ(words("D", 100, 1), (std::vector<int>{0}));
+    EXPECT_EQ(nextFrame(), "");
     EXPECT_EQ(answer(":0103021234B4"), 0);
     configure("1#2#3#4"); // too few settings: all are still 0
     EXPECT_EQ(watch({{1, "D", 100, 1}}), 1);
@@ -177,15 +63,6 @@ TEST_F(LifecycleFlow, LibraryLoadedAgainStartsFromNothing)
     EXPECT_EQ(takeReports(), Reports{}); // no callback
     nextFrame();
     EXPECT_EQ(answer(""), 2); // no retry
-}
-
-TEST_F(LifecycleFlow, BeforeConfigurationTheLibraryAnswersAndSendsNothing)
-{
-    kmr.reset();
-    kmr = std::make_unique<LoadedDriver>();
-    EXPECT_EQ(nextFrame(), "");
-    EXPECT_EQ(answer(":0103021234B4"), 0);
-    EXPECT_EQ(bits("M", 0, 2), (std::vector<int>{0, 0}));
 }
 
 namespace {
@@ -239,11 +116,7 @@ TEST_F(LifecycleFlow, TextsOfTheLoopOutliveTheLibrary)
     handedOut.clear();
     kmr->setAddrValueChangeCallBack(keepArea);
     watch({{1, "D", 0, 1}});
-    _RCP_VAR_PRO entry;
-    entry.devId = entry.station = entry.count = 1;
-    entry.area = QString::fromLatin1("TV");
-    const QVector<_RCP_VAR_PRO> list{entry};
-    kmr->setRcpAddress(&list);
+    setRecipe({recipeEntry("TV", 0, 1, 0)});
     status[STATUS_RECIPE_UPLOAD] = 1;
     exchange(":0103020000FA");
     readOnce({1, "D", 9, 1});

@@ -24,14 +24,6 @@ protected:
         kmr.reset();
         takeReports();
     }
-
-    static bool isLoaded()
-    {
-        void *handle = dlopen(OSTREL_KMR_LIBRARY, RTLD_LAZY | RTLD_NOLOAD);
-        if (handle)
-            dlclose(handle);
-        return handle != nullptr;
-    }
 };
 
 } // namespace
@@ -67,4 +59,25 @@ TEST_F(PluginFlow, LibraryWithTheSameNamesInFrontOfItChangesNothing)
     EXPECT_TRUE(std::all_of(itsDriver, itsDriver + 65536, [](char c) { return c == '\x5A'; }));
     kmr.reset();
     dlclose(namesake);
+}
+
+TEST_F(PluginFlow, CopyHasItsOwnSettingsAndMayLeaveFirst)
+{
+    kmr.reset(); // both with their names for all to see
+    kmr = std::make_unique<LoadedDriver>(OSTREL_KMR_LIBRARY, RTLD_GLOBAL);
+    configure("1#0#0#3#8");
+    const LibraryCopy copy;
+    auto other = std::make_unique<LoadedDriver>(copy.path(), RTLD_GLOBAL);
+    kmr.swap(other);
+    configure("2#0#0#1#1");
+    EXPECT_EQ(watch({{1, "D", 0, 2}}), 2);
+    EXPECT_EQ(nextFrame(), ":010310000001EB");
+    EXPECT_EQ(answer(""), 2);
+    kmr.swap(other);
+    EXPECT_EQ(nextFrame(), "");
+    EXPECT_EQ(watch({{1, "D", 0, 2}}), 1);
+    EXPECT_EQ(nextFrame(), ":010310000002EA");
+    other.reset();
+    EXPECT_EQ(answer(":0103041234000CA6"), 1);
+    EXPECT_EQ(words("D", 0, 2), (std::vector<int>{0x1234, 0x000C}));
 }

@@ -88,11 +88,7 @@ class RecipeMutexFlow : public FlowTest {
 protected:
     RecipeMutexFlow()
     {
-        _RCP_VAR_PRO entry;
-        entry.devId = entry.station = entry.count = 1;
-        entry.area = QString::fromLatin1("D");
-        const QVector<_RCP_VAR_PRO> list{entry};
-        kmr->setRcpAddress(&list);
+        setRecipe({recipeEntry("D", 0, 1, 0)});
         kmr->initProperty(guarded.data(), nullptr, recipe.data(), nullptr, "1#0#0#3#8", &mutex);
     }
 
@@ -136,17 +132,4 @@ TEST_F(RecipeMutexFlow, NothingElseIsDoneWhileItIsHeld)
     exchange(":0103020000FA");
     EXPECT_EQ(takeReports().size(), 3U);
     EXPECT_TRUE(free);
-}
-
-TEST_F(RecipeMutexFlow, OnlyTheChoiceOfARequestTakesIt)
-{
-    watch({{1, "D", 0, 1}});
-    nextFrame();
-    mutex.lock(); // none of these may wait for it
-    EXPECT_EQ(nextFrame(), ":010310000001EB");
-    EXPECT_EQ(answer(":0103020001F9"), 1);
-    writeWords("D", 0, {2});
-    readOnce({1, "D", 5, 1});
-    EXPECT_EQ(words("D", 0, 1), (std::vector<int>{2}));
-    mutex.unlock();
 }

@@ -1,21 +1,7 @@
-// Polling, from the address list to the change report.
+// Polling, from the address list to the change report, with replies good and bad.
 #include "loaded_driver.h"
 
 using PollFlow = FlowTest;
-
-TEST_F(PollFlow, WatchedWordIsPolledStoredAndReported)
-{
-    EXPECT_EQ(watch({{1, "D", 100, 1}}), 1);
-    EXPECT_EQ(nextFrame(), ":01031064000187");
-    EXPECT_EQ(answer(":0103021234B4"), 1);
-    EXPECT_EQ(errorInfo, "1#D100(1)(15)");
-    EXPECT_EQ(takeReports(), (Reports{{1, 1, "D", 100}}));
-
-    quint8 bytes[] = {0, 0};
-    EXPECT_EQ(kmr->getData(1, QString::fromLatin1("D"), 100, 1, bytes), 1);
-    EXPECT_EQ(bytes[0], 0x34);
-    EXPECT_EQ(bytes[1], 0x12);
-}
 
 TEST_F(PollFlow, FrameRecordDescribesTheRequestAndItsReply)
 {
@@ -71,8 +57,7 @@ TEST_F(PollFlow, OneCycleReadsEveryAreaAndReportsEveryChange)
     EXPECT_EQ(words("CV", 10, 1), (std::vector<int>{0x00C7}));
     EXPECT_EQ(words("CV2", 200, 2), (std::vector<int>{0x5678, 0x1234}));
     EXPECT_EQ(words("D", 4096, 2), (std::vector<int>{0x8000, 0x7FFF}));
-    EXPECT_EQ(bits("X", 17, 2), (std::vector<int>{1, 1}));
-    EXPECT_EQ(bits("X", 16, 1), (std::vector<int>{0}));
+    EXPECT_EQ(bits("X", 16, 2), (std::vector<int>{0, 1}));
     EXPECT_EQ(bits("Y", 7, 1), (std::vector<int>{1}));
     EXPECT_EQ(bits("M", 1536, 3), (std::vector<int>{1, 0, 1}));
     EXPECT_EQ(bits("S", 14, 2), (std::vector<int>{0, 1}));
@@ -80,25 +65,16 @@ TEST_F(PollFlow, OneCycleReadsEveryAreaAndReportsEveryChange)
     EXPECT_EQ(bits("C", 20, 1), (std::vector<int>{1}));
 }
 
-TEST_F(PollFlow, BlocksTakeTurnsAndStationsAscendInsideAnArea)
+TEST_F(PollFlow, BlocksTakeTurnsAndStationsKeepSeparateValues)
 {
-    EXPECT_EQ(watch({{12, "D", 0, 1}, {1, "M", 0, 1}, {1, "D", 0, 1}}), 3);
-    EXPECT_EQ(exchange(":0103020000FA"), ":010310000001EB");
-    EXPECT_EQ(exchange(":1203020000E9"), ":120310000001DA");
+    EXPECT_EQ(watch({{2, "D", 5, 1}, {1, "M", 0, 1}, {1, "D", 5, 1}}), 3);
+    EXPECT_EQ(exchange(":0103021111D8"), ":010310050001E6");
+    EXPECT_EQ(exchange(":0203022222B5"), ":020310050001E5");
     EXPECT_EQ(exchange(":0102020000FB"), ":010208000010E5");
-    EXPECT_EQ(exchange(":0103020000FA"), ":010310000001EB");
-    EXPECT_EQ(exchange(":1203020000E9"), ":120310000001DA");
-}
-
-TEST_F(PollFlow, SameFrameIsHandedOutUntilItsReplyArrives)
-{
-    watch({{1, "D", 0, 1}, {1, "D", 50, 1}});
-    EXPECT_EQ(nextFrame(), ":010310000001EB");
-    EXPECT_EQ(nextFrame(), ":010310000001EB");
-    writeWords("D", 0, {1});
-    EXPECT_EQ(nextFrame(), ":010310000001EB");
-    EXPECT_EQ(answer(":0103020000FA"), 1);
-    EXPECT_EQ(nextFrame(), ":011010000001020001DB");
+    EXPECT_EQ(nextFrame(), ":010310050001E6");
+    EXPECT_EQ(takeReports(), (Reports{{1, 1, "D", 5}, {1, 2, "D", 5}}));
+    EXPECT_EQ(words("D", 5, 1, 1), (std::vector<int>{0x1111}));
+    EXPECT_EQ(words("D", 5, 1, 2), (std::vector<int>{0x2222}));
 }
 
 TEST_F(PollFlow, OnlyWatchedValuesThatChangedAreReported)
@@ -113,107 +89,31 @@ TEST_F(PollFlow, OnlyWatchedValuesThatChangedAreReported)
     EXPECT_EQ(words("D", 100, 3), (std::vector<int>{0x0001, 0x00FF, 0x0004}));
 }
 
-TEST_F(PollFlow, ReportsCarryTheDeviceNumberOfTheProperties)
+TEST_F(PollFlow, SilenceIsRetriedTwiceThenGivenUpUntilTheNextGoodReply)
 {
-    configure("9#0#0#3#8");
-    watch({{1, "M", 3, 1}});
-    exchange(":0102020800F3");
-    EXPECT_EQ(takeReports(), (Reports{{9, 1, "M", 3}}));
-}
-
-TEST_F(PollFlow, StationsOfTheSameAddressKeepSeparateValues)
-{
-    watch({{1, "D", 5, 1}, {2, "D", 5, 1}});
-    exchange(":0103021111D8");
-    exchange(":0203022222B5");
-    EXPECT_EQ(takeReports(), (Reports{{1, 1, "D", 5}, {1, 2, "D", 5}}));
-    EXPECT_EQ(words("D", 5, 1, 1), (std::vector<int>{0x1111}));
-    EXPECT_EQ(words("D", 5, 1, 2), (std::vector<int>{0x2222}));
-}
-
-TEST_F(PollFlow, OctalRunIsReadAndReportedAcrossTheEndOfADigit)
-{
-    EXPECT_EQ(watch({{1, "X", 7, 2}}), 1); // X7 and X10, the inputs 7 and 8
-    EXPECT_EQ(exchange(":01020280017A"), ":010204000010E9");
-    EXPECT_EQ(takeReports(), (Reports{{1, 1, "X", 7}, {1, 1, "X", 10}}));
-    EXPECT_EQ(bits("X", 6, 3), (std::vector<int>{0, 1, 1}));
-    EXPECT_EQ(bits("X", 10, 1), (std::vector<int>{1}));
-}
-
-TEST_F(PollFlow, GapsOfOctalAreasAreMeasuredOnTheirDigits)
-{
-    EXPECT_EQ(watch({{1, "Y", 1, 1}, {1, "Y", 10, 1}}), 2); // ten numbers apart as written
-    EXPECT_EQ(watch({{1, "Y", 7, 1}, {1, "Y", 10, 1}}), 1);
-    EXPECT_EQ(nextFrame(), ":010205000010E8");
-    EXPECT_EQ(frame.var.address, 7);
-    EXPECT_EQ(frame.var.count, 4);
-}
-
-TEST_F(PollFlow, TimersBelowAndFrom255AreReadApart)
-{
-    EXPECT_EQ(watch({{1, "T", 250, 4}, {1, "T", 255, 1}}), 2);
-    EXPECT_EQ(exchange(":0102020000FB"), ":010206F00010F7");
-    EXPECT_EQ(frame.var.count, 4);
-    EXPECT_EQ(exchange(":01020200807B"), ":010206F00010F7");
-    EXPECT_EQ(takeReports(), (Reports{{1, 1, "T", 255}}));
-}
-
-TEST_F(PollFlow, CounterBlockKeepsItsCountFromTurnToTurn)
-{
-    EXPECT_EQ(watch({{1, "CV2", 200, 4}}), 1);
-    for (int turn = 0; turn < 2; ++turn) {
-        EXPECT_EQ(exchange(":0103080000000100000002F1"), ":01030EC8000224");
-        EXPECT_EQ(frame.replyDataLen, 16);
-        EXPECT_EQ(frame.var.count, 2);
-    }
-    EXPECT_EQ(takeReports(), (Reports{{1, 1, "CV2", 200}, {1, 1, "CV2", 201}}));
-    EXPECT_EQ(words("CV2", 200, 4), (std::vector<int>{1, 0, 2, 0}));
-}
-
-TEST_F(PollFlow, NewPlanReplacesTheOldOneAndKeepsTheValues)
-{
-    watch({{1, "D", 1, 1}});
-    exchange(":0103020007F3");
+    watch({{1, "D", 100, 2}});
+    exchange(":01030412345678E4");
     takeReports();
-    EXPECT_EQ(watch({{1, "D", 50, 1}}), 1);
-    EXPECT_EQ(words("D", 1, 1), (std::vector<int>{7}));
-    EXPECT_EQ(exchange(":0103020000FA"), ":010310320001B9");
-    writeWords("D", 1, {8});
+    for (const int result : {8, 8, 2}) {
+        EXPECT_EQ(nextFrame(), ":01031064000286");
+        EXPECT_EQ(answer(""), result);
+        EXPECT_EQ(errorInfo, "1#D100(2)(0)");
+    }
     EXPECT_EQ(takeReports(), Reports{});
+    EXPECT_EQ(words("D", 100, 2), (std::vector<int>{0x1234, 0x5678}));
+    EXPECT_EQ(exchange(":01030412340001B1"), ":01031064000286");
+    EXPECT_EQ(takeReports(), (Reports{{1, 1, "D", 101}}));
 }
 
-TEST_F(PollFlow, EmptyPlanLeavesNothingToSend)
+TEST_F(PollFlow, BlockOfWordBitsIsRefusedWithoutStallingTheOthers)
 {
-    watch({{1, "D", 1, 1}});
-    EXPECT_EQ(watch({}), 0);
-    frame.frameLen = -1;
-    EXPECT_EQ(kmr->getSendFrame(&frame), 0);
-    EXPECT_EQ(frame.frameLen, -1);
-}
-
-TEST_F(PollFlow, ReplyWithoutARequestChangesNothing)
-{
-    EXPECT_EQ(answer(":0103021234B4"), 0);
-    EXPECT_EQ(errorInfo, "");
+    EXPECT_EQ(watch({{1, "TV_bit", 17, 20}, {1, "D", 0, 1}}), 2);
+    EXPECT_EQ(exchange(":0103020001F9"), ":010310000001EB");
+    EXPECT_EQ(nextFrame(), ":01FF");
+    giveUp();
+    EXPECT_EQ(errorInfo, "1#TV_bit1(2)(0)");
+    EXPECT_EQ(exchange(":0103020002F8"), ":010310000001EB");
+    takeReports();
+    EXPECT_EQ(exchange(":0103020001F9"), ":01FF"); // a reply is consumed
     EXPECT_EQ(takeReports(), Reports{});
-}
-
-TEST_F(PollFlow, GroupingLimitOfZeroPollsElementByElement)
-{
-    configure("1#0#0#3#0");
-    EXPECT_EQ(watch({{1, "D", 0, 3}, {1, "D", 1, 1}, {1, "M", 0, 2}}), 5);
-    EXPECT_EQ(exchange(":0103020001F9"), ":010310000001EB");
-    EXPECT_EQ(exchange(":0103020002F8"), ":010310010001EA");
-    EXPECT_EQ(exchange(":0103020003F7"), ":010310020001E9");
-    EXPECT_EQ(exchange(":0102020100FA"), ":010208000010E5");
-    EXPECT_EQ(exchange(":0102020300F8"), ":010208000010E5");
-    EXPECT_EQ(words("D", 0, 3), (std::vector<int>{1, 2, 3}));
-}
-
-TEST_F(PollFlow, NegativeGroupingLimitPollsElementByElement)
-{
-    configure("1#0#0#3#-2");
-    EXPECT_EQ(watch({{1, "D", 0, 2}, {1, "TV_bit", 17, 20}}), 4);
-    EXPECT_EQ(exchange(":0103020001F9"), ":010310000001EB");
-    EXPECT_EQ(exchange(":0103020002F8"), ":010310010001EA");
 }

@@ -1,31 +1,24 @@
-// Writes: queue, frames, mirror and acknowledgement.
+// Writes, from the host's value to the acknowledgement, and one-shot reads beside them.
 #include "loaded_driver.h"
 
 using WriteFlow = FlowTest;
+using OneShotFlow = FlowTest;
 
-TEST_F(WriteFlow, WordsTravelHighByteFirstAndAreAcknowledged)
-{
-    watch({{1, "D", 10, 2}});
-    writeWords("D", 10, {0x1234, 0x5678}, 42);
-    EXPECT_EQ(nextFrame(), ":0110100A00020412345678BB");
-    EXPECT_EQ(frame.frameLen, 27);
-    EXPECT_EQ(frame.replyLen, 21);
-    EXPECT_EQ(frame.var.reqTag, 42);
-    EXPECT_EQ(answer(":0110100A0002D3"), 1);
-    EXPECT_EQ(errorInfo, "1#D10(2)(17)");
-    EXPECT_EQ(nextFrame(), ":0103100A0002E0");
-}
+static const Report ENDED_WELL{-1, -1, "-1", 0};
+static const Report GIVEN_UP{-1, -1, "-1", -1};
 
 TEST_F(WriteFlow, EveryWritableAreaHasItsFrame)
 {
     watch({{1, "D", 0, 1}});
-    writeWords("TV", 3, {0x0102});
+    writeWords("TV", 3, {0x0102}, 42);
     writeWords("CV", 199, {0xABCD});
     writeWords("CV2", 200, {0x5678, 0x1234}); // 0x12345678, low word first
     EXPECT_EQ(exchange(":011006030001E5"), ":011006030001020102E0");
+    EXPECT_EQ(frame.var.reqTag, 42);
+    EXPECT_EQ(errorInfo, "1#TV3(1)(17)");
     EXPECT_EQ(exchange(":01100EC7000119"), ":01100EC7000102ABCD9F");
     EXPECT_EQ(exchange(":01100EC8000118"), ":01100EC80001041234567800");
-    exchange(":0103020000FA");
+    exchange(":0103020000FA"); // after three writes a block is polled
 
     writeWords("D", 4096, {1});
     writeBits("Y", 17, {0});
@@ -47,55 +40,7 @@ TEST_F(WriteFlow, EveryWritableAreaHasItsFrame)
     EXPECT_EQ(exchange(":01050E05FF00E8"), ":01050E05FF00E8");
 }
 
-TEST_F(WriteFlow, BitOtherThanOneIsClearedHereAndThere)
-{
-    watch({{1, "M", 0, 1}});
-    writeBits("M", 0, {1, 2});
-    EXPECT_EQ(exchange(":01050800FF00F3"), ":01050800FF00F3");
-    EXPECT_EQ(exchange(":010508010000F1"), ":010508010000F1");
-    EXPECT_EQ(bits("M", 0, 2), (std::vector<int>{1, 0}));
-}
-
-TEST_F(WriteFlow, ThreeWritesInARowThenOneBlockIsPolled)
-{
-    watch({{1, "D", 0, 1}});
-    writeBits("M", 0, {1, 1, 1, 1});
-    EXPECT_EQ(exchange(":01050800FF00F3"), ":01050800FF00F3");
-    EXPECT_EQ(exchange(":01050801FF00F2"), ":01050801FF00F2");
-    EXPECT_EQ(exchange(":01050802FF00F1"), ":01050802FF00F1");
-    EXPECT_EQ(exchange(":0103020000FA"), ":010310000001EB");
-    EXPECT_EQ(exchange(":01050803FF00F0"), ":01050803FF00F0");
-    EXPECT_EQ(exchange(":0103020000FA"), ":010310000001EB");
-}
-
-TEST_F(WriteFlow, WritesGoBeforeOneShotReadsAndShareTheirAllowance)
-{
-    watch({{1, "D", 0, 1}});
-    readOnce({1, "D", 50, 1});
-    readOnce({1, "D", 60, 1});
-    writeBits("M", 0, {1, 1});
-    EXPECT_EQ(exchange(":01050800FF00F3"), ":01050800FF00F3");
-    EXPECT_EQ(exchange(":01050801FF00F2"), ":01050801FF00F2");
-    EXPECT_EQ(exchange(":0103020000FA"), ":010310320001B9");
-    EXPECT_EQ(exchange(":0103020000FA"), ":010310000001EB");
-    EXPECT_EQ(exchange(":0103020000FA"), ":0103103C0001AF");
-}
-
-TEST_F(WriteFlow, WithoutABlockNothingFollowsTheThirdWrite)
-{
-    writeBits("M", 0, {1, 1, 1, 1});
-    exchange(":01050800FF00F3");
-    exchange(":01050801FF00F2");
-    exchange(":01050802FF00F1");
-    EXPECT_EQ(nextFrame(), "");
-    EXPECT_EQ(nextFrame(), "");
-    configure("1#0#0#3#8");
-    EXPECT_EQ(nextFrame(), ""); // the fourth was dropped
-    writeBits("M", 9, {1});
-    EXPECT_EQ(nextFrame(), ":01050809FF00EA");
-}
-
-TEST_F(WriteFlow, PlanEndsTheStallWithAPolledBlock)
+TEST_F(WriteFlow, PlanEndsTheStallAfterThreeWritesWithoutABlock)
 {
     writeBits("M", 0, {1, 1, 1, 1});
     exchange(":01050800FF00F3");
@@ -107,45 +52,19 @@ TEST_F(WriteFlow, PlanEndsTheStallWithAPolledBlock)
     EXPECT_EQ(exchange(":01050803FF00F0"), ":01050803FF00F0");
 }
 
-TEST_F(WriteFlow, ValueIsVisibleAndReportedBeforeAnythingIsSent)
+TEST_F(WriteFlow, ValueIsVisibleAtOnceReportedTwiceAndThenTheReadValue)
 {
-    watch({{1, "D", 10, 1}, {1, "Y", 17, 1}});
+    watch({{1, "D", 10, 2}, {1, "M", 5, 1}});
     writeWords("D", 10, {0x1234, 0x5678});
-    writeBits("Y", 17, {1});
-    EXPECT_EQ(takeReports(), (Reports{{1, 1, "D", 10}, {1, 1, "Y", 17}}));
-    EXPECT_EQ(words("D", 10, 2), (std::vector<int>{0x1234, 0x5678}));
-    EXPECT_EQ(bits("Y", 17, 1), (std::vector<int>{1}));
-}
-
-TEST_F(WriteFlow, WritingTheShownValueIsSentWithoutAReport)
-{
-    watch({{1, "D", 10, 1}});
-    writeWords("D", 10, {0});
-    EXPECT_EQ(takeReports(), Reports{});
-    EXPECT_EQ(nextFrame(), ":0110100A0001020000D2");
-}
-
-TEST_F(WriteFlow, AcknowledgementReportsWordsAndMakesThemTheReadValue)
-{
-    watch({{1, "D", 10, 3}});
-    writeWords("D", 10, {1, 2, 3});
-    takeReports();
-    exchange(":0110100A0003D2");
-    EXPECT_EQ(takeReports(), (Reports{{1, 1, "D", 10}, {1, 1, "D", 11}, {1, 1, "D", 12}}));
-    EXPECT_EQ(exchange(":010306000100020003F0"), ":0103100A0003DF");
-    EXPECT_EQ(takeReports(), Reports{});
-    EXPECT_EQ(words("D", 10, 3), (std::vector<int>{1, 2, 3}));
-}
-
-TEST_F(WriteFlow, AcknowledgementOfABitIsNotReported)
-{
-    watch({{1, "M", 5, 1}});
     writeBits("M", 5, {1});
-    EXPECT_EQ(takeReports(), (Reports{{1, 1, "M", 5}}));
-    exchange(":01050805FF00EE");
-    EXPECT_EQ(takeReports(), Reports{});
+    EXPECT_EQ(takeReports(), (Reports{{1, 1, "D", 10}, {1, 1, "D", 11}, {1, 1, "M", 5}}));
+    EXPECT_EQ(words("D", 10, 2), (std::vector<int>{0x1234, 0x5678}));
     EXPECT_EQ(bits("M", 5, 1), (std::vector<int>{1}));
-    exchange(":0102022000DB");
+    EXPECT_EQ(exchange(":0110100A0002D3"), ":0110100A00020412345678BB");
+    EXPECT_EQ(exchange(":01050805FF00EE"), ":01050805FF00EE"); // bits are not reported again
+    EXPECT_EQ(takeReports(), (Reports{{1, 1, "D", 10}, {1, 1, "D", 11}}));
+    EXPECT_EQ(exchange(":01030412345678E4"), ":0103100A0002E0");
+    EXPECT_EQ(exchange(":0102022000DB"), ":010208000010E5");
     EXPECT_EQ(takeReports(), Reports{});
 }
 
@@ -176,64 +95,54 @@ TEST_F(WriteFlow, CounterAcknowledgementSettlesOneCounterPerWord)
 
 TEST_F(WriteFlow, GivenUpWriteShowsAndReportsTheReadValueAgain)
 {
-    watch({{1, "D", 10, 1}});
+    watch({{1, "D", 10, 1}, {1, "X", 17, 1}});
     exchange(":0103020001F9");
     writeWords("D", 10, {0x1234});
+    writeBits("X", 17, {1}); // inputs have no write
     takeReports();
     giveUp();
     EXPECT_EQ(errorInfo, "1#D10(1)(0)");
-    EXPECT_EQ(takeReports(), (Reports{{1, 1, "D", 10}}));
-    EXPECT_EQ(words("D", 10, 1), (std::vector<int>{1}));
-    EXPECT_EQ(nextFrame(), ":0103100A0001E1"); // and is not tried again
-}
-
-TEST_F(WriteFlow, GivenUpBitIsReportedUnderItsOctalAddress)
-{
-    watch({{1, "Y", 17, 1}});
-    writeBits("Y", 17, {1});
-    takeReports();
+    EXPECT_EQ(nextFrame(), ":01FF");
     giveUp();
-    EXPECT_EQ(takeReports(), (Reports{{1, 1, "Y", 17}}));
-    EXPECT_EQ(bits("Y", 17, 1), (std::vector<int>{0}));
+    EXPECT_EQ(takeReports(), (Reports{{1, 1, "D", 10}, {1, 1, "X", 17}}));
+    EXPECT_EQ(words("D", 10, 1), (std::vector<int>{1}));
+    EXPECT_EQ(bits("X", 17, 1), (std::vector<int>{0}));
+    EXPECT_EQ(nextFrame(), ":010204000010E9"); // and is not tried again
 }
 
-TEST_F(WriteFlow, ReadOfAnotherValueEndsThePendingMirror)
+TEST_F(OneShotFlow, LongRunIsReadInPiecesAndItsEndReportedAfterTheLast)
 {
-    watch({{1, "D", 13, 1}});
-    writeWords("D", 0, {1});
-    writeWords("D", 2, {1});
-    writeWords("D", 4, {1});
-    writeWords("D", 13, {9});
-    exchange(":011010000001DE");
-    exchange(":011010020001DC");
-    exchange(":011010040001DA");
-    EXPECT_EQ(exchange(":0103020007F3"), ":0103100D0001DE");
-    EXPECT_EQ(words("D", 13, 1), (std::vector<int>{7}));
-    EXPECT_EQ(exchange(":0110100D0001D1"), ":0110100D0001020009C6");
-    EXPECT_EQ(words("D", 13, 1), (std::vector<int>{9}));
+    watch({{1, "D", 16, 1}});
+    readOnce({1, "D", 0, 20}, 77);
+    EXPECT_EQ(exchange(":01031000000000000000000000000000000000EC"), ":010310000008E4");
+    EXPECT_EQ(frame.var.reqTag, 77);
+    EXPECT_EQ(exchange(":01031000000000000000000000000000000000EC"), ":010310080008DC");
+    EXPECT_EQ(takeReports(), Reports{});
+    EXPECT_EQ(exchange(":0103080001000200030004EA"), ":010310100004D8");
+    EXPECT_EQ(takeReports(), (Reports{{1, 1, "D", 16}, ENDED_WELL}));
+    EXPECT_EQ(words("D", 16, 4), (std::vector<int>{1, 2, 3, 4}));
+    EXPECT_EQ(nextFrame(), ":010310100001DB");
 }
 
-TEST_F(WriteFlow, ReadOfOtherBitsEndsThePendingMirrorOfTheBlock)
+TEST_F(OneShotFlow, FailureDropsTheJobAndIsReportedForTheLastPieceOnly)
 {
-    watch({{1, "M", 0, 2}});
-    writeBits("S", 0, {1, 1, 1});
-    writeBits("M", 0, {1});
-    exchange(":01050000FF00FB");
-    exchange(":01050001FF00FA");
-    exchange(":01050002FF00F9");
-    EXPECT_EQ(bits("M", 0, 2), (std::vector<int>{1, 0}));
-    EXPECT_EQ(exchange(":0102020200F9"), ":010208000010E5");
-    EXPECT_EQ(bits("M", 0, 2), (std::vector<int>{0, 1}));
+    readOnce({1, "D", 500, 20});
+    giveUp();
+    EXPECT_EQ(takeReports(), Reports{});
+    readOnce({1, "D", 500, 1});
+    giveUp();
+    EXPECT_EQ(takeReports(), (Reports{GIVEN_UP}));
+    readOnce({1, "D", 500, 1});
+    EXPECT_EQ(exchange(":0103020000FA"), ":010311F40001F6");
+    EXPECT_EQ(takeReports(), (Reports{ENDED_WELL}));
+    EXPECT_EQ(nextFrame(), "");
 }
 
-TEST_F(WriteFlow, ReadOfTheKnownValueLeavesThePendingMirror)
+TEST_F(OneShotFlow, BitsAreQueuedAsWords)
 {
-    watch({{1, "D", 13, 1}});
-    writeBits("M", 0, {1, 1, 1});
-    writeWords("D", 13, {9});
-    exchange(":01050800FF00F3");
-    exchange(":01050801FF00F2");
-    exchange(":01050802FF00F1");
-    EXPECT_EQ(exchange(":0103020000FA"), ":0103100D0001DE");
-    EXPECT_EQ(words("D", 13, 1), (std::vector<int>{9}));
+    readOnce({1, "M", 40, 20}, 0, -1);
+    EXPECT_EQ(exchange(":0102020500F6"), ":010208000010E5");
+    EXPECT_EQ(errorInfo, "1#M2(2)(15)");
+    EXPECT_EQ(bits("M", 0, 3), (std::vector<int>{1, 0, 1}));
+    EXPECT_EQ(takeReports(), (Reports{ENDED_WELL}));
 }

@@ -15,319 +15,194 @@ protected:
         return driver.frames.last();
     }
 
-    static std::string read(const char *area, qint32 address, qint32 count)
+    struct Row {
+        const char *area;
+        qint32 address;
+        qint32 count;
+        const char *text; // without CR LF
+    };
+
+    template <size_t SIZE> static void expectFrames(const Row (&rows)[SIZE])
     {
-        return textOf(frameOf(variable(area, address, count)));
+        for (const Row &row : rows)
+            EXPECT_EQ(textOf(frameOf(variable(row.area, row.address, row.count))),
+                      std::string(row.text) + "\r\n")
+                << row.area << row.address << " x " << row.count;
     }
 
-    static std::string readFrom(qint32 station)
+    // Characters of data and of the whole reply that the frame expects.
+    static std::pair<int, int> replyOf(const char *area, qint32 address, qint32 count)
     {
-        VARIABLE var = variable("D", 0, 1);
-        var.station = station;
-        return textOf(frameOf(var));
+        const FRAME_PRO frame = frameOf(variable(area, address, count));
+        EXPECT_EQ(frame.replyDataPos, 7);
+        return {frame.replyDataLen, frame.replyLen};
     }
 };
 
 } // namespace
 
-TEST_F(ReadFrame, OneWordOfD)
-{
-    const FRAME_PRO frame = frameOf(variable("D", 0, 1));
-    EXPECT_EQ(textOf(frame), ":010310000001EB\r\n");
-    EXPECT_EQ(frame.frameLen, 17);
-    EXPECT_EQ(frame.replyDataLen, 4);
-    EXPECT_EQ(frame.replyLen, 15);
-    EXPECT_EQ(frame.replyDataPos, 7);
-}
-
 TEST_F(ReadFrame, IsAppendedBehindEarlierFrames)
 {
-    read("D", 0, 1);
-    read("D", 1, 1);
+    frameOf(variable("D", 0, 1));
+    frameOf(variable("D", 1, 1));
     ASSERT_EQ(driver.frames.size(), 2);
+    EXPECT_EQ(driver.frames.at(0).frameLen, 17);
     EXPECT_EQ(textOf(driver.frames.at(0)), ":010310000001EB\r\n");
     EXPECT_EQ(textOf(driver.frames.at(1)), ":010310010001EA\r\n");
 }
 
-TEST_F(ReadFrame, StationIsWrittenInTwoDecimalDigits)
+TEST_F(ReadFrame, StationIsTheLastTwoCharactersOfItsDecimalNumber)
 {
-    EXPECT_EQ(readFrom(0), ":000310000001EC\r\n");
-    EXPECT_EQ(readFrom(7), ":070310000001E5\r\n");
-    EXPECT_EQ(readFrom(12), ":120310000001DA\r\n");
-    EXPECT_EQ(readFrom(99), ":99031000000153\r\n");
+    const std::pair<qint32, const char *> rows[] = {
+        {0, ":000310000001EC\r\n"},       {7, ":070310000001E5\r\n"},
+        {12, ":120310000001DA\r\n"},      {99, ":99031000000153\r\n"},
+        {123, ":230310000001C9\r\n"},     {100, ":000310000001EC\r\n"},
+        {INT_MAX, ":470310000001A5\r\n"}, {-5, ":-50310000001F1\r\n"},
+        {-12, ":120310000001DA\r\n"},     {INT_MIN, ":480310000001A4\r\n"}};
+    for (const auto &[station, text] : rows) {
+        VARIABLE var = variable("D", 0, 1);
+        var.station = station;
+        EXPECT_EQ(textOf(frameOf(var)), text) << station;
+    }
 }
 
-TEST_F(ReadFrame, StationKeepsItsLastTwoCharacters)
+TEST_F(ReadFrame, WordAreasHaveTheirBases)
 {
-    EXPECT_EQ(readFrom(123), ":230310000001C9\r\n");
-    EXPECT_EQ(readFrom(100), ":000310000001EC\r\n");
-    EXPECT_EQ(readFrom(INT_MAX), ":470310000001A5\r\n");
+    expectFrames({{"TV", 0, 1, ":010306000001F5"},
+                  {"TV", 9999, 1, ":01032D0F0001BF"},
+                  {"CV", 0, 1, ":01030E000001ED"},
+                  {"CV", 199, 1, ":01030EC7000126"},
+                  {"CV2", 200, 1, ":01030EC8000125"},
+                  {"CV2", 255, 1, ":01030EFF0001EE"},
+                  {"D", 0, 1, ":010310000001EB"},
+                  {"D", 4095, 1, ":01031FFF0001DD"},
+                  {"D", 4096, 1, ":0103900000016B"}, // from here on at 8000
+                  {"D", 11999, 1, ":0103AEDF00016E"}});
 }
 
-TEST_F(ReadFrame, NegativeStationKeepsItsLastTwoCharacters)
+TEST_F(ReadFrame, BitAreasHaveTheirBasesAndStartAtAMultipleOf16)
 {
-    EXPECT_EQ(readFrom(-5), ":-50310000001F1\r\n");
-    EXPECT_EQ(readFrom(-12), ":120310000001DA\r\n");
-    EXPECT_EQ(readFrom(INT_MIN), ":480310000001A4\r\n");
+    expectFrames({{"S", 0, 1, ":010200000010ED"},
+                  {"S", 9999, 1, ":010227000010C6"},
+                  {"T", 0, 1, ":010206000010E7"},
+                  {"T", 9999, 1, ":01022D000010C0"},
+                  {"C", 0, 1, ":01020E000010DF"},
+                  {"C", 255, 1, ":01020EF00010EF"},
+                  {"M", 0, 1, ":010208000010E5"},
+                  {"M", 15, 1, ":010208000010E5"},
+                  {"M", 16, 1, ":010208100010D5"},
+                  {"M", 31, 1, ":010208100010D5"},
+                  {"M", 1535, 1, ":01020DF00010F0"},
+                  {"M", 1536, 1, ":0102B00000103D"}, // from here on at AA00
+                  {"M", 9999, 1, ":0102D10000101C"}});
 }
 
-TEST_F(ReadFrame, TvStartsAt0600)
+TEST_F(ReadFrame, OctalAreasAreReadAtTheirLinearAddressOrAt0WhereTheyHaveNone)
 {
-    EXPECT_EQ(read("TV", 0, 1), ":010306000001F5\r\n");
-    EXPECT_EQ(read("TV", 9999, 1), ":01032D0F0001BF\r\n");
+    expectFrames({{"X", 0, 1, ":010204000010E9"},
+                  {"X", 17, 1, ":010204000010E9"},
+                  {"X", 20, 1, ":010204100010D9"},
+                  {"X", 23417, 1, ":01022B000010C2"},
+                  {"Y", 17, 1, ":010205000010E8"},
+                  {"Y", 20, 1, ":010205100010D8"},
+                  {"X", 18, 1, ":010204000010E9"},
+                  {"X", 28, 1, ":010204000010E9"},
+                  {"Y", 920, 1, ":010205000010E8"},
+                  {"X", -20, 1, ":010204000010E9"}});
 }
 
-TEST_F(ReadFrame, CvStartsAt0E00)
+TEST_F(ReadFrame, WordCountIsTheLastFourCharactersOfItsDecimalNumber)
 {
-    EXPECT_EQ(read("CV", 0, 1), ":01030E000001ED\r\n");
-    EXPECT_EQ(read("CV", 199, 1), ":01030EC7000126\r\n");
+    expectFrames({{"D", 0, 8, ":010310000008E4"},
+                  {"D", 0, 12, ":010310000012DA"},
+                  {"TV", 0, 16, ":010306000016E0"},
+                  {"CV2", 200, 32, ":01030EC8001610"},
+                  {"D", 0, 12345, ":01031000234584"},
+                  {"D", 0, 20000, ":010310000000EC"},
+                  {"D", 0, -1, ":0103100000-1ED"},
+                  {"D", 0, -10, ":010310000-10DC"},
+                  {"D", 0, -123, ":01031000-123CA"},
+                  {"D", 0, -1234, ":010310001234A6"}});
 }
 
-TEST_F(ReadFrame, Cv2StartsAt0E00)
+TEST_F(ReadFrame, CounterCountAboveOneIsHalvedInFrameAndRequest)
 {
-    EXPECT_EQ(read("CV2", 200, 1), ":01030EC8000125\r\n");
-    EXPECT_EQ(read("CV2", 255, 1), ":01030EFF0001EE\r\n");
-}
-
-TEST_F(ReadFrame, DStartsAt1000Below4096)
-{
-    EXPECT_EQ(read("D", 4095, 1), ":01031FFF0001DD\r\n");
-}
-
-TEST_F(ReadFrame, DStartsAt8000From4096On)
-{
-    EXPECT_EQ(read("D", 4096, 1), ":0103900000016B\r\n");
-    EXPECT_EQ(read("D", 11999, 1), ":0103AEDF00016E\r\n");
-}
-
-TEST_F(ReadFrame, SStartsAt0000)
-{
-    EXPECT_EQ(read("S", 0, 1), ":010200000010ED\r\n");
-    EXPECT_EQ(read("S", 9999, 1), ":010227000010C6\r\n");
-}
-
-TEST_F(ReadFrame, XStartsAt0400InOctal)
-{
-    EXPECT_EQ(read("X", 0, 1), ":010204000010E9\r\n");
-    EXPECT_EQ(read("X", 17, 1), ":010204000010E9\r\n");
-    EXPECT_EQ(read("X", 20, 1), ":010204100010D9\r\n");
-    EXPECT_EQ(read("X", 23417, 1), ":01022B000010C2\r\n");
-}
-
-TEST_F(ReadFrame, YStartsAt0500InOctal)
-{
-    EXPECT_EQ(read("Y", 17, 1), ":010205000010E8\r\n");
-    EXPECT_EQ(read("Y", 20, 1), ":010205100010D8\r\n");
-}
-
-TEST_F(ReadFrame, TStartsAt0600)
-{
-    EXPECT_EQ(read("T", 0, 1), ":010206000010E7\r\n");
-    EXPECT_EQ(read("T", 9999, 1), ":01022D000010C0\r\n");
-}
-
-TEST_F(ReadFrame, MStartsAt0800Below1536)
-{
-    EXPECT_EQ(read("M", 0, 1), ":010208000010E5\r\n");
-    EXPECT_EQ(read("M", 1535, 1), ":01020DF00010F0\r\n");
-}
-
-TEST_F(ReadFrame, MStartsAtAA00From1536On)
-{
-    EXPECT_EQ(read("M", 1536, 1), ":0102B00000103D\r\n");
-    EXPECT_EQ(read("M", 9999, 1), ":0102D10000101C\r\n");
-}
-
-TEST_F(ReadFrame, CStartsAt0E00)
-{
-    EXPECT_EQ(read("C", 0, 1), ":01020E000010DF\r\n");
-    EXPECT_EQ(read("C", 255, 1), ":01020EF00010EF\r\n");
-}
-
-TEST_F(ReadFrame, BitsStartAtAMultipleOf16)
-{
-    EXPECT_EQ(read("M", 15, 1), ":010208000010E5\r\n");
-    EXPECT_EQ(read("M", 16, 1), ":010208100010D5\r\n");
-    EXPECT_EQ(read("M", 31, 1), ":010208100010D5\r\n");
-}
-
-TEST_F(ReadFrame, OctalAddressWithAn8Or9ReadsAs0)
-{
-    EXPECT_EQ(read("X", 18, 1), ":010204000010E9\r\n");
-    EXPECT_EQ(read("X", 28, 1), ":010204000010E9\r\n");
-    EXPECT_EQ(read("Y", 920, 1), ":010205000010E8\r\n");
-}
-
-TEST_F(ReadFrame, NegativeOctalAddressReadsAs0)
-{
-    EXPECT_EQ(read("X", -20, 1), ":010204000010E9\r\n");
-}
-
-TEST_F(ReadFrame, WordCountIsWrittenInDecimalDigits)
-{
-    EXPECT_EQ(read("D", 0, 8), ":010310000008E4\r\n");
-    EXPECT_EQ(read("D", 0, 12), ":010310000012DA\r\n");
-    EXPECT_EQ(read("TV", 0, 16), ":010306000016E0\r\n");
-    EXPECT_EQ(read("CV2", 200, 32), ":01030EC8001610\r\n");
-}
-
-TEST_F(ReadFrame, WordCountKeepsItsLastFourCharacters)
-{
-    EXPECT_EQ(read("D", 0, 12345), ":01031000234584\r\n");
-    EXPECT_EQ(read("D", 0, 20000), ":010310000000EC\r\n");
-}
-
-TEST_F(ReadFrame, NegativeWordCountKeepsItsLastFourCharacters)
-{
-    EXPECT_EQ(read("D", 0, -1), ":0103100000-1ED\r\n");
-    EXPECT_EQ(read("D", 0, -10), ":010310000-10DC\r\n");
-    EXPECT_EQ(read("D", 0, -123), ":01031000-123CA\r\n");
-    EXPECT_EQ(read("D", 0, -1234), ":010310001234A6\r\n");
-}
-
-TEST_F(ReadFrame, WordsExpectFourCharactersEach)
-{
-    const FRAME_PRO frame = frameOf(variable("TV", 0, 8));
-    EXPECT_EQ(frame.replyDataLen, 32);
-    EXPECT_EQ(frame.replyLen, 43);
-    EXPECT_EQ(frame.replyDataPos, 7);
-}
-
-TEST_F(ReadFrame, CounterCountIsHalvedInFrameAndRequest)
-{
+    expectFrames({{"CV2", 200, 4, ":01030EC8000224"},
+                  {"CV2", 200, 3, ":01030EC8000125"},
+                  {"CV2", 200, 2, ":01030EC8000125"},
+                  {"CV2", 200, 0, ":01030EC8000026"},
+                  {"CV2", 200, -4, ":01030EC800-42A"}});
     VARIABLE var = variable("CV2", 200, 4);
+    EXPECT_EQ(frameOf(var).var.count, 2);
     getReadFrame(var);
-    const FRAME_PRO &frame = driver.frames.at(0);
-    EXPECT_EQ(textOf(frame), ":01030EC8000224\r\n");
-    EXPECT_EQ(frame.replyDataLen, 16);
-    EXPECT_EQ(frame.replyLen, 27);
-    EXPECT_EQ(frame.var.count, 2);
     EXPECT_EQ(var.count, 2);
-}
-
-TEST_F(ReadFrame, CounterCountOf2And3BecomesOne)
-{
-    EXPECT_EQ(read("CV2", 200, 2), ":01030EC8000125\r\n");
-    EXPECT_EQ(read("CV2", 200, 3), ":01030EC8000125\r\n");
-}
-
-TEST_F(ReadFrame, CounterCountOfOneStaysOne)
-{
-    const FRAME_PRO frame = frameOf(variable("CV2", 200, 1));
-    EXPECT_EQ(frame.var.count, 1);
-    EXPECT_EQ(frame.replyDataLen, 8);
-    EXPECT_EQ(frame.replyLen, 19);
-}
-
-TEST_F(ReadFrame, CounterCountBelowOneIsNotHalved)
-{
-    EXPECT_EQ(read("CV2", 200, 0), ":01030EC8000026\r\n");
-    EXPECT_EQ(read("CV2", 200, -4), ":01030EC800-42A\r\n");
-}
-
-TEST_F(ReadFrame, OtherWordCountsStayAsTheyAre)
-{
+    EXPECT_EQ(frameOf(variable("CV2", 200, 1)).var.count, 1);
     EXPECT_EQ(frameOf(variable("D", 0, 4)).var.count, 4);
     EXPECT_EQ(frameOf(variable("CV", 0, 4)).var.count, 4);
 }
 
-TEST_F(ReadFrame, SingleBitReads16Bits)
+TEST_F(ReadFrame, ExpectsFourCharactersAWordAndEightACounter)
 {
-    const FRAME_PRO frame = frameOf(variable("M", 15, 1));
-    EXPECT_EQ(textOf(frame), ":010208000010E5\r\n");
-    EXPECT_EQ(frame.replyDataLen, 4);
-    EXPECT_EQ(frame.replyLen, 15);
-    EXPECT_EQ(frame.replyDataPos, 7);
-    EXPECT_EQ(frame.var.count, 1);
-}
-
-TEST_F(ReadFrame, BitsUpToThe15thOfTheirBlockRead16Bits)
-{
-    EXPECT_EQ(read("M", 0, 15), ":010208000010E5\r\n");
-    EXPECT_EQ(read("M", 13, 2), ":010208000010E5\r\n");
+    EXPECT_EQ(replyOf("D", 0, 1), std::make_pair(4, 15));
+    EXPECT_EQ(replyOf("TV", 0, 8), std::make_pair(32, 43));
+    EXPECT_EQ(replyOf("CV2", 200, 1), std::make_pair(8, 19));
+    EXPECT_EQ(replyOf("CV2", 200, 4), std::make_pair(16, 27));
 }
 
 TEST_F(ReadFrame, BitsThatReachThe16thOfTheirBlockRead32Bits)
 {
-    const FRAME_PRO frame = frameOf(variable("M", 0, 16));
-    EXPECT_EQ(textOf(frame), ":010208000020D5\r\n");
-    EXPECT_EQ(frame.replyDataLen, 8);
-    EXPECT_EQ(frame.replyLen, 19);
-    EXPECT_EQ(frame.replyDataPos, 7);
-    EXPECT_EQ(read("M", 14, 2), ":010208000020D5\r\n");
-    EXPECT_EQ(read("S", 30, 2), ":010200100020CD\r\n");
-}
-
-TEST_F(ReadFrame, OctalBitsAreMeasuredFromTheirLinearAddress)
-{
-    const FRAME_PRO frame = frameOf(variable("X", 17, 2));
-    EXPECT_EQ(textOf(frame), ":010204000020D9\r\n");
-    EXPECT_EQ(frame.replyDataLen, 8);
-    EXPECT_EQ(read("X", 15, 2), ":010204000010E9\r\n");
-    EXPECT_EQ(read("Y", 16, 2), ":010205000020D8\r\n");
-}
-
-TEST_F(ReadFrame, LongBitRunReads32Bits)
-{
-    EXPECT_EQ(read("M", 0, 64), ":010208000020D5\r\n");
-}
-
-TEST_F(ReadFrame, BitCountBelowOneReads16Bits)
-{
-    EXPECT_EQ(read("M", 15, 0), ":010208000010E5\r\n");
-    EXPECT_EQ(read("M", 15, -1), ":010208000010E5\r\n");
-}
-
-TEST_F(ReadFrame, RemainderOfANegativeBitAddressIsNegative)
-{
-    EXPECT_EQ(read("M", -1, 16), ":010208000010E5\r\n");
-    EXPECT_EQ(read("M", -1, 17), ":010208000020D5\r\n");
+    expectFrames({{"M", 0, 15, ":010208000010E5"},
+                  {"M", 13, 2, ":010208000010E5"},
+                  {"M", 0, 16, ":010208000020D5"},
+                  {"M", 14, 2, ":010208000020D5"},
+                  {"S", 30, 2, ":010200100020CD"},
+                  {"M", 0, 64, ":010208000020D5"},
+                  {"M", 15, 1, ":010208000010E5"}, // a single bit does not
+                  {"M", 15, 0, ":010208000010E5"},
+                  {"M", 15, -1, ":010208000010E5"},
+                  {"X", 17, 2, ":010204000020D9"},
+                  {"X", 15, 2, ":010204000010E9"},
+                  {"Y", 16, 2, ":010205000020D8"}});
+    EXPECT_EQ(replyOf("M", 15, 1), std::make_pair(4, 15));
+    EXPECT_EQ(replyOf("X", 17, 2), std::make_pair(8, 19));
 }
 
 TEST_F(ReadFrame, NegativeAddressIsCutFromItsTwosComplement)
 {
-    EXPECT_EQ(read("TV", -1, 1), ":010305FF0001F7\r\n");
-    EXPECT_EQ(read("D", -4097, 1), ":0103FFFF0001FD\r\n");
-    EXPECT_EQ(read("S", -15, 1), ":010200000010ED\r\n");
-    EXPECT_EQ(read("S", -16, 1), ":0102FFF00010FE\r\n");
+    expectFrames({{"TV", -1, 1, ":010305FF0001F7"},
+                  {"D", -4097, 1, ":0103FFFF0001FD"},
+                  {"S", -15, 1, ":010200000010ED"},
+                  {"S", -16, 1, ":0102FFF00010FE"},
+                  {"M", -1, 16, ":010208000010E5"}, // the remainder is negative too
+                  {"M", -1, 17, ":010208000020D5"}});
 }
 
-TEST_F(ReadFrame, AddressBeyondFourDigitsLosesItsHighDigits)
+TEST_F(ReadFrame, HighNumbersAreCutToTheirFields)
 {
-    EXPECT_EQ(read("D", 70000, 1), ":010391700001FA\r\n");
-    EXPECT_EQ(read("M", 65536, 1), ":0102AA00001043\r\n");
+    expectFrames({{"D", 70000, 1, ":010391700001FA"},
+                  {"M", 65536, 1, ":0102AA00001043"},
+                  {"D", INT_MAX, INT_MAX, ":01037FFF364701"},
+                  {"M", INT_MAX, INT_MAX, ":0102A9F0002044"}});
 }
 
-TEST_F(ReadFrame, HighestNumbersAreCutToTheirFields)
+TEST_F(ReadFrame, TheLastAddressOf32BitsHasItsAreasOwnBase)
 {
-    EXPECT_EQ(read("D", INT_MAX, INT_MAX), ":01037FFF364701\r\n");
-    EXPECT_EQ(read("M", INT_MAX, INT_MAX), ":0102A9F0002044\r\n");
-}
-
-TEST_F(ReadFrame, UnknownAreaIsFramedAsItsStationAlone)
-{
-    const FRAME_PRO frame = frameOf(variable("Q", 5, 3));
-    EXPECT_EQ(textOf(frame), ":01FF\r\n");
-    EXPECT_EQ(frame.frameLen, 7);
-    EXPECT_EQ(frame.replyDataLen, 0);
-    EXPECT_EQ(frame.replyLen, 11);
-    EXPECT_EQ(frame.replyDataPos, 7);
-    EXPECT_EQ(frame.var.count, 3);
-}
-
-TEST_F(ReadFrame, TvBitIsFramedAsItsStationAlone)
-{
-    const FRAME_PRO frame = frameOf(variable("TV_bit", 1, 2));
-    EXPECT_EQ(textOf(frame), ":01FF\r\n");
-    EXPECT_EQ(frame.replyDataLen, 0);
-    EXPECT_EQ(frame.replyLen, 11);
+    expectFrames({{"TV", INT_MAX, 1, ":010305FF0001F7"},
+                  {"CV", INT_MAX, 1, ":01030DFF0001EF"},
+                  {"CV2", INT_MAX, 1, ":01030DFF0001EF"},
+                  {"S", INT_MAX, 1, ":0102FFF00010FE"},
+                  {"T", INT_MAX, 1, ":010205F00010F8"},
+                  {"C", INT_MAX, 1, ":01020DF00010F0"}});
 }
 
 TEST_F(ReadFrame, AreasOutsideTheTableAreFramedAsTheirStationAlone)
 {
-    EXPECT_EQ(read("SM", 0, 1), ":01FF\r\n");
-    EXPECT_EQ(read("d", 0, 1), ":01FF\r\n");
-    EXPECT_EQ(read("", 0, 1), ":01FF\r\n");
+    for (const char *area : {"Q", "TV_bit", "SM", "d", ""}) {
+        const FRAME_PRO frame = frameOf(variable(area, 5, 3));
+        EXPECT_EQ(textOf(frame), ":01FF\r\n") << area;
+        EXPECT_EQ(frame.var.count, 3);
+        EXPECT_EQ(replyOf(area, 5, 3), std::make_pair(0, 11)) << area;
+    }
 }
 
 TEST_F(ReadFrame, CarriesTheWholeRequest)
@@ -339,20 +214,7 @@ TEST_F(ReadFrame, CarriesTheWholeRequest)
     var.data[1023] = 0xA5;
     const FRAME_PRO frame = frameOf(var);
     EXPECT_EQ(frame.var.reqTag, 77);
-    EXPECT_EQ(frame.var.station, 3);
-    EXPECT_EQ(frame.var.area, "M");
-    EXPECT_EQ(frame.var.address, 40);
-    EXPECT_EQ(frame.var.count, 2);
+    EXPECT_EQ(targetOf(frame.var), "3#M:40x2");
     EXPECT_EQ(frame.var.data[0], 0x5A);
     EXPECT_EQ(frame.var.data[1023], 0xA5);
-}
-
-TEST_F(ReadFrame, TheLastAddressOf32BitsHasItsAreasOwnBase)
-{
-    EXPECT_EQ(read("TV", INT_MAX, 1), ":010305FF0001F7\r\n");
-    EXPECT_EQ(read("CV", INT_MAX, 1), ":01030DFF0001EF\r\n");
-    EXPECT_EQ(read("CV2", INT_MAX, 1), ":01030DFF0001EF\r\n");
-    EXPECT_EQ(read("S", INT_MAX, 1), ":0102FFF00010FE\r\n");
-    EXPECT_EQ(read("T", INT_MAX, 1), ":010205F00010F8\r\n");
-    EXPECT_EQ(read("C", INT_MAX, 1), ":01020DF00010F0\r\n");
 }

@@ -30,17 +30,27 @@ protected:
         return textOf(frameOf(words(area, address, values)));
     }
 
-    static std::string writeBit(const char *area, qint32 address, quint8 value)
+    struct BitRow {
+        const char *area;
+        qint32 address;
+        quint8 value;
+        const char *text; // without CR LF
+    };
+
+    template <size_t SIZE> static void expectBitFrames(const BitRow (&rows)[SIZE])
     {
-        VARIABLE var = variable(area, address, 1);
-        var.data[0] = value;
-        return textOf(frameOf(var));
+        for (const BitRow &row : rows) {
+            VARIABLE var = variable(row.area, row.address, 1);
+            var.data[0] = row.value;
+            EXPECT_EQ(textOf(frameOf(var)), std::string(row.text) + "\r\n")
+                << row.area << row.address << " = " << int(row.value);
+        }
     }
 };
 
 } // namespace
 
-TEST_F(WriteFrame, TwoWordsOfD)
+TEST_F(WriteFrame, OfWordsHasTheirValuesHighByteFirst)
 {
     const FRAME_PRO frame = frameOf(words("D", 10, {0x1234, 0x5678}));
     EXPECT_EQ(textOf(frame), ":0110100A00020412345678BB\r\n");
@@ -50,122 +60,60 @@ TEST_F(WriteFrame, TwoWordsOfD)
     EXPECT_EQ(frame.replyDataLen, 4);
 }
 
-TEST_F(WriteFrame, SingleElementExpects17Characters)
-{
-    EXPECT_EQ(frameOf(words("D", 10, {1})).replyLen, 17);
-    EXPECT_EQ(frameOf(variable("M", 10, 1)).replyLen, 17);
-}
-
-TEST_F(WriteFrame, IsAppendedBehindEarlierFrames)
-{
-    write("D", 0, {1});
-    write("D", 1, {2});
-    ASSERT_EQ(driver.frames.size(), 2);
-    EXPECT_EQ(textOf(driver.frames.at(0)), ":011010000001020001DB\r\n");
-    EXPECT_EQ(textOf(driver.frames.at(1)), ":011010010001020002D9\r\n");
-}
-
-TEST_F(WriteFrame, TvStartsAt0600)
+TEST_F(WriteFrame, WordAreasHaveTheirBases)
 {
     EXPECT_EQ(write("TV", 0, {0xABCD}), ":01100600000102ABCD6E\r\n");
     EXPECT_EQ(write("TV", 9999, {0xABCD}), ":01102D0F000102ABCD38\r\n");
-}
-
-TEST_F(WriteFrame, CvStartsAt0E00)
-{
-    EXPECT_EQ(write("CV", 0, {0x0001}), ":01100E000001020001DD\r\n");
     EXPECT_EQ(write("CV", 199, {0x0001}), ":01100EC7000102000116\r\n");
-}
-
-TEST_F(WriteFrame, DStartsAt1000Below4096)
-{
-    EXPECT_EQ(write("D", 0, {0xFFFF}), ":01101000000102FFFFDE\r\n");
     EXPECT_EQ(write("D", 4095, {0xFFFF}), ":01101FFF000102FFFFD0\r\n");
-}
-
-TEST_F(WriteFrame, DStartsAt8000From4096On)
-{
     EXPECT_EQ(write("D", 4096, {0xFFFF}), ":01109000000102FFFF5E\r\n");
-    EXPECT_EQ(write("D", 11999, {0xFFFF}), ":0110AEDF000102FFFF61\r\n");
-}
-
-TEST_F(WriteFrame, CounterGoesOutHighWordFirst)
-{
-    const FRAME_PRO frame = frameOf(words("CV2", 200, {0x1234, 0x5678}));
-    EXPECT_EQ(textOf(frame), ":01100EC80001045678123400\r\n");
-    EXPECT_EQ(frame.replyLen, 21);
-    EXPECT_EQ(frame.replyDataLen, 4);
-    EXPECT_EQ(frame.var.count, 2);
-}
-
-TEST_F(WriteFrame, CounterStartsAt0E00)
-{
     EXPECT_EQ(write("CV2", 255, {0x0001, 0x0002}), ":01100EFF00010400020001DA\r\n");
 }
 
-TEST_F(WriteFrame, TwoCountersCarryTheLastAndTheFirstWordOnly)
+// Of several counters only the last and the first word go out.
+TEST_F(WriteFrame, CounterGoesOutHighWordFirst)
 {
+    EXPECT_EQ(write("CV2", 200, {0x1234}), ":01100EC80000021234D1\r\n");
+    EXPECT_EQ(write("CV2", 200, {0x1234, 0x5678}), ":01100EC80001045678123400\r\n");
+    EXPECT_EQ(write("CV2", 200, {0xAAAA, 0xBBBB, 0xCCCC}), ":01100EC8000106CCCCAAAA26\r\n");
     EXPECT_EQ(write("CV2", 200, {0xAAAA, 0xBBBB, 0xCCCC, 0xDDDD}), ":01100EC8000208DDDDAAAA01\r\n");
 }
 
-TEST_F(WriteFrame, ThreeWordsOfACounterCarryTheLastAndTheFirst)
-{
-    EXPECT_EQ(write("CV2", 200, {0xAAAA, 0xBBBB, 0xCCCC}), ":01100EC8000106CCCCAAAA26\r\n");
-}
-
-TEST_F(WriteFrame, HalfACounterCarriesItsOneWord)
-{
-    EXPECT_EQ(write("CV2", 200, {0x1234}), ":01100EC80000021234D1\r\n");
-}
-
-TEST_F(WriteFrame, WordCountIsWrittenInHexadecimalDigits)
+TEST_F(WriteFrame, CountsAreWrittenInHexadecimalDigits)
 {
     EXPECT_EQ(write("D", 0, std::vector<int>(12, 0x00FF)),
               ":01101000000C1800FF00FF00FF00FF00FF00FF00FF00FF00FF00FF00FF00FFC7\r\n");
-}
-
-TEST_F(WriteFrame, ByteCountKeepsItsLastTwoDigits)
-{
     const std::string text = write("D", 0, std::vector<int>(128, 0));
-    EXPECT_EQ(text.substr(0, 19), ":011010000080000000");
+    EXPECT_EQ(text.substr(0, 19), ":011010000080000000"); // 256 bytes keep two digits
 }
 
-TEST_F(WriteFrame, NoWordsCarryNoValues)
+TEST_F(WriteFrame, CountBelowOneCarriesNoValues)
 {
     EXPECT_EQ(write("D", 0, {}), ":01101000000000DF\r\n");
     EXPECT_EQ(write("CV2", 200, {}), ":01100EC800000019\r\n");
-}
-
-TEST_F(WriteFrame, NegativeCountCarriesNoValues)
-{
     EXPECT_EQ(textOf(frameOf(variable("D", 0, -1))), ":01101000FFFFFEE3\r\n");
     EXPECT_EQ(textOf(frameOf(variable("CV2", 200, -4))), ":01100EC8FFFEF824\r\n");
 }
 
 TEST_F(WriteFrame, LongestWordWriteHas251Words)
 {
-    const FRAME_PRO frame = frameOf(words("D", 0, std::vector<int>(251, 0)));
-    EXPECT_EQ(frame.frameLen, 1023);
-    EXPECT_EQ(textOf(frame).substr(0, 15), ":0110100000FBF6");
-    EXPECT_EQ(textOf(frame).substr(1015), "0000EE\r\n");
-}
-
-TEST_F(WriteFrame, WordWriteThatOutgrowsTheBufferIsNotFramed)
-{
-    const FRAME_PRO frame = frameOf(words("D", 0, std::vector<int>(252, 0x1234)));
-    EXPECT_EQ(frame.frameLen, 0);
-    EXPECT_EQ(frame.replyLen, 1021);
-    EXPECT_EQ(frame.var.count, 252);
+    const FRAME_PRO longest = frameOf(words("D", 0, std::vector<int>(251, 0)));
+    EXPECT_EQ(longest.frameLen, 1023);
+    EXPECT_EQ(textOf(longest).substr(0, 15), ":0110100000FBF6");
+    EXPECT_EQ(textOf(longest).substr(1015), "0000EE\r\n");
+    const FRAME_PRO next = frameOf(words("D", 0, {1}));
+    EXPECT_EQ(textOf(next), ":011010000001020001DB\r\n");
+    EXPECT_EQ(std::string(next.frame + 23, 1001), std::string(1001, '\0')); // nothing is left
+    const FRAME_PRO tooLong = frameOf(words("D", 0, std::vector<int>(252, 0x1234)));
+    EXPECT_EQ(tooLong.frameLen, 0);
+    EXPECT_EQ(tooLong.replyLen, 1021);
+    EXPECT_EQ(tooLong.var.count, 252);
 }
 
 TEST_F(WriteFrame, CountBeyondTheDataReadsNothingBehindIt)
 {
     EXPECT_EQ(frameOf(variable("D", 0, 513)).frameLen, 0);
     EXPECT_EQ(frameOf(variable("D", 0, INT_MAX)).frameLen, 0);
-}
-
-TEST_F(WriteFrame, CounterWordBeyondTheDataIsZero)
-{
     VARIABLE var = words("CV2", 200, {0x1234});
     var.data[1022] = 0xAB;
     var.data[1023] = 0xCD;
@@ -175,79 +123,51 @@ TEST_F(WriteFrame, CounterWordBeyondTheDataIsZero)
     EXPECT_EQ(textOf(frameOf(var)), ":01100EC801000200001234D0\r\n");
 }
 
-TEST_F(WriteFrame, SBitsStartAt0000)
+TEST_F(WriteFrame, BitAreasHaveTheirBases)
 {
-    EXPECT_EQ(writeBit("S", 0, 1), ":01050000FF00FB\r\n");
-    EXPECT_EQ(writeBit("S", 9999, 1), ":0105270FFF00C5\r\n");
-}
-
-TEST_F(WriteFrame, YBitsStartAt0500InOctal)
-{
-    EXPECT_EQ(writeBit("Y", 17, 0), ":0105050F0000E6\r\n");
-    EXPECT_EQ(writeBit("Y", 20, 1), ":01050510FF00E6\r\n");
-    EXPECT_EQ(writeBit("Y", 18, 1), ":01050500FF00F6\r\n");
-    EXPECT_EQ(writeBit("Y", -7, 1), ":01050500FF00F6\r\n");
-}
-
-TEST_F(WriteFrame, TBitsStartAt0600)
-{
-    EXPECT_EQ(writeBit("T", 255, 1), ":010506FFFF00F6\r\n");
-}
-
-TEST_F(WriteFrame, MBitsStartAt0800Below1536)
-{
-    EXPECT_EQ(writeBit("M", 17, 1), ":01050811FF00E2\r\n");
-    EXPECT_EQ(writeBit("M", 1535, 1), ":01050DFFFF00EF\r\n");
-}
-
-TEST_F(WriteFrame, MBitsStartAtAA00From1536On)
-{
-    EXPECT_EQ(writeBit("M", 1536, 1), ":0105B000FF004B\r\n");
-}
-
-TEST_F(WriteFrame, CBitsStartAt0E00)
-{
-    EXPECT_EQ(writeBit("C", 255, 1), ":01050EFFFF00EE\r\n");
+    expectBitFrames({{"S", 0, 1, ":01050000FF00FB"},
+                     {"S", 9999, 1, ":0105270FFF00C5"},
+                     {"Y", 17, 0, ":0105050F0000E6"},
+                     {"Y", 20, 1, ":01050510FF00E6"},
+                     {"Y", 18, 1, ":01050500FF00F6"}, // 8 is no octal digit
+                     {"Y", -7, 1, ":01050500FF00F6"},
+                     {"T", 255, 1, ":010506FFFF00F6"},
+                     {"M", 17, 1, ":01050811FF00E2"},
+                     {"M", 1535, 1, ":01050DFFFF00EF"},
+                     {"M", 1536, 1, ":0105B000FF004B"},
+                     {"C", 255, 1, ":01050EFFFF00EE"}});
 }
 
 TEST_F(WriteFrame, OnlyOneSetsABit)
 {
-    EXPECT_EQ(writeBit("M", 0, 0), ":010508000000F2\r\n");
-    EXPECT_EQ(writeBit("M", 0, 2), ":010508000000F2\r\n");
-    EXPECT_EQ(writeBit("M", 0, 255), ":010508000000F2\r\n");
+    expectBitFrames({{"M", 0, 0, ":010508000000F2"},
+                     {"M", 0, 2, ":010508000000F2"},
+                     {"M", 0, 255, ":010508000000F2"}});
 }
 
 TEST_F(WriteFrame, BitCountCountsInTheReplyLengthOnly)
 {
-    VARIABLE var = variable("M", 5, 3);
-    var.data[0] = 1;
+    VARIABLE var = bitWrite(5);
+    var.count = 3;
     const FRAME_PRO frame = frameOf(var);
     EXPECT_EQ(textOf(frame), ":01050805FF00EE\r\n");
     EXPECT_EQ(frame.replyLen, 25);
     EXPECT_EQ(frame.replyDataLen, 4);
 }
 
-TEST_F(WriteFrame, NegativeAddressIsCutFromItsTwosComplement)
+TEST_F(WriteFrame, AddressIsCutToFourDigitsOfItsTwosComplement)
 {
-    EXPECT_EQ(writeBit("S", -1, 1), ":0105FFFFFF00FD\r\n");
+    expectBitFrames({{"S", -1, 1, ":0105FFFFFF00FD"}, {"M", INT_MAX, 1, ":0105A9FFFF0053"}});
     EXPECT_EQ(write("D", -4098, {0x0001}), ":0110FFFE0001020001EE\r\n");
-}
-
-TEST_F(WriteFrame, HighestAddressIsCutToItsField)
-{
-    EXPECT_EQ(writeBit("M", INT_MAX, 1), ":0105A9FFFF0053\r\n");
     EXPECT_EQ(write("D", INT_MAX, {0x0001}), ":01107FFF00010200016D\r\n");
 }
 
-TEST_F(WriteFrame, StationKeepsItsLastTwoDecimalDigits)
+TEST_F(WriteFrame, InputsAndAreasOutsideTheTableAreFramedAsTheirStationAlone)
 {
-    VARIABLE var = words("D", 0, {0x0001});
-    var.station = 312;
-    EXPECT_EQ(textOf(frameOf(var)), ":121010000001020001CA\r\n");
-}
-
-TEST_F(WriteFrame, InputsAreFramedAsTheirStationAlone)
-{
+    expectBitFrames({{"TV_bit", 17, 1, ":01FF"},
+                     {"SM", 0, 1, ":01FF"},
+                     {"m", 0, 1, ":01FF"},
+                     {"", 0, 1, ":01FF"}});
     const FRAME_PRO frame = frameOf(variable("X", 0, 1));
     EXPECT_EQ(textOf(frame), ":01FF\r\n");
     EXPECT_EQ(frame.replyLen, 17);
@@ -255,25 +175,16 @@ TEST_F(WriteFrame, InputsAreFramedAsTheirStationAlone)
     EXPECT_EQ(frame.replyDataPos, 7);
 }
 
-TEST_F(WriteFrame, AreasOutsideTheTableAreFramedAsTheirStationAlone)
-{
-    EXPECT_EQ(writeBit("TV_bit", 17, 1), ":01FF\r\n");
-    EXPECT_EQ(writeBit("SM", 0, 1), ":01FF\r\n");
-    EXPECT_EQ(writeBit("m", 0, 1), ":01FF\r\n");
-    EXPECT_EQ(writeBit("", 0, 1), ":01FF\r\n");
-}
-
 TEST_F(WriteFrame, CarriesTheWholeRequest)
 {
-    VARIABLE var = words("CV2", 200, {0x1234, 0x5678, 0x9ABC, 0xDEF0});
+    VARIABLE var = words("D", 200, {0x1234});
     var.reqTag = -3;
+    var.station = 312;
     var.data[1023] = 0xA5;
     const FRAME_PRO frame = frameOf(var);
+    EXPECT_EQ(textOf(frame).substr(0, 3), ":12"); // the last two digits of the station
+    EXPECT_EQ(frame.replyLen, 17);
     EXPECT_EQ(frame.var.reqTag, -3);
-    EXPECT_EQ(frame.var.station, 1);
-    EXPECT_EQ(frame.var.area, "CV2");
-    EXPECT_EQ(frame.var.address, 200);
-    EXPECT_EQ(frame.var.count, 4);
-    EXPECT_EQ(frame.var.data[7], 0xF0);
+    EXPECT_EQ(targetOf(frame.var), "312#D:200x1");
     EXPECT_EQ(frame.var.data[1023], 0xA5);
 }

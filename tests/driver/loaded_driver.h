@@ -113,6 +113,15 @@ protected:
         mutex.unlock();
     }
 
+    // Whether the library is in memory; loads nothing.
+    static bool isLoaded()
+    {
+        void *handle = dlopen(OSTREL_KMR_LIBRARY, RTLD_LAZY | RTLD_NOLOAD);
+        if (handle)
+            dlclose(handle);
+        return handle != nullptr;
+    }
+
     void configure(const char *property)
     {
         qint32 result = -1;
@@ -145,6 +154,25 @@ protected:
         KEY_ADDRESS key = keyOf(run);
         key.elemKind = elemKind;
         EXPECT_EQ(kmr->addConditionRead(key, tag), 1);
+    }
+
+    // A recipe variable of station 1.
+    static _RCP_VAR_PRO recipeEntry(const char *area, int address, int count, int bufWord,
+                                    int devId = 1)
+    {
+        _RCP_VAR_PRO entry;
+        entry.devId = devId;
+        entry.station = 1;
+        entry.area = QString::fromLatin1(area);
+        entry.address = address;
+        entry.count = count;
+        entry.bufWord = bufWord;
+        return entry;
+    }
+
+    int setRecipe(const QVector<_RCP_VAR_PRO> &list)
+    {
+        return kmr->setRcpAddress(&list);
     }
 
     // The text of the frame to send without its line end, or "" when there is nothing to send.

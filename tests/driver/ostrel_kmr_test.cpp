@@ -4,12 +4,9 @@
 
 #include "driver_fixture.h"
 
-#include <algorithm>
 #include <new>
 
 namespace {
-
-// --- Construction and copies ---------------------------------------------------------------------
 
 // Memory that holds anything but zeros, in which a record is built.
 template <typename Record> class InDirtyMemory {
@@ -35,75 +32,53 @@ private:
     Record *m_record;
 };
 
-template <size_t SIZE> bool allZero(const quint8 (&bytes)[SIZE])
+template <typename Byte, size_t SIZE> bool allZero(const Byte (&bytes)[SIZE])
 {
-    return std::all_of(bytes, bytes + SIZE, [](quint8 byte) { return byte == 0; });
+    return std::all_of(bytes, bytes + SIZE, [](Byte byte) { return byte == 0; });
 }
 
-TEST(Construction, VariableIsZero)
+bool allZero(std::initializer_list<qint32> numbers)
+{
+    return std::all_of(numbers.begin(), numbers.end(), [](qint32 number) { return number == 0; });
+}
+
+VARIABLE filledVariable()
+{
+    VARIABLE var = variable("D", 3, 4);
+    var.reqTag = 1;
+    var.station = 2;
+    var.data[0] = 5;
+    var.data[1023] = 6;
+    return var;
+}
+
+} // namespace
+
+TEST(Construction, RecordsAreZero)
 {
     const InDirtyMemory<VARIABLE> var;
-    EXPECT_EQ(var->reqTag, 0);
-    EXPECT_EQ(var->station, 0);
-    EXPECT_TRUE(var->area.isEmpty());
-    EXPECT_EQ(var->address, 0);
-    EXPECT_EQ(var->count, 0);
+    EXPECT_TRUE(allZero({var->reqTag, var->station, var->address, var->count}));
     EXPECT_TRUE(allZero(var->data));
-}
-
-TEST(Construction, FrameProIsZero)
-{
     const InDirtyMemory<FRAME_PRO> frame;
-    EXPECT_EQ(std::count(frame->frame, frame->frame + 1024, '\0'), 1024);
-    EXPECT_EQ(frame->frameLen, 0);
-    EXPECT_EQ(frame->replyLen, 0);
-    EXPECT_EQ(frame->replyDataPos, 0);
-    EXPECT_EQ(frame->replyDataLen, 0);
-    EXPECT_EQ(frame->frameSpare, 0);
+    EXPECT_TRUE(allZero(frame->frame));
+    EXPECT_TRUE(allZero({frame->frameLen, frame->replyLen, frame->replyDataPos, frame->replyDataLen,
+                         frame->frameSpare}));
     EXPECT_TRUE(allZero(frame->var.data));
-}
-
-TEST(Construction, RcpVarProIsZero)
-{
-    const InDirtyMemory<_RCP_VAR_PRO> entry;
-    EXPECT_EQ(entry->devId, 0);
-    EXPECT_EQ(entry->station, 0);
-    EXPECT_TRUE(entry->area.isEmpty());
-    EXPECT_EQ(entry->address, 0);
-    EXPECT_EQ(entry->count, 0);
-    EXPECT_EQ(entry->bufWord, 0);
-    EXPECT_EQ(entry->rcpSpare, 0);
-}
-
-TEST(Construction, DataIsZero)
-{
+    const InDirtyMemory<_RCP_VAR_PRO> recipe;
+    EXPECT_TRUE(allZero({recipe->devId, recipe->station, recipe->address, recipe->count,
+                         recipe->bufWord, recipe->rcpSpare}));
     const InDirtyMemory<_DATA_> entry;
-    EXPECT_EQ(entry->commFailed, 0);
-    EXPECT_EQ(entry->writePending, 0);
-    EXPECT_EQ(entry->dataSpare, 0);
-    EXPECT_EQ(entry->wordMonitor, 0);
-    EXPECT_EQ(entry->bitMonitor, 0);
-    EXPECT_EQ(entry->station, 0);
-    EXPECT_EQ(entry->index, 0);
-    EXPECT_TRUE(entry->area.isEmpty());
+    EXPECT_TRUE(allZero({entry->commFailed, entry->writePending, entry->dataSpare,
+                         entry->wordMonitor, entry->bitMonitor, entry->station, entry->index}));
     EXPECT_TRUE(allZero(entry->readValue));
     EXPECT_TRUE(allZero(entry->writtenValue));
-}
-
-TEST(Construction, KeyAddressIsZero)
-{
     const InDirtyMemory<KEY_ADDRESS> key;
-    EXPECT_TRUE(key->label.isEmpty() && key->area.isEmpty() && key->hostText.isEmpty());
-    EXPECT_EQ(key->hostWord1, 0);
-    EXPECT_EQ(key->hostWord2, 0);
-    EXPECT_EQ(key->station, 0);
-    EXPECT_EQ(key->address, 0);
-    EXPECT_EQ(key->elemKind, 0);
-    EXPECT_EQ(key->count, 0);
+    EXPECT_TRUE(allZero(
+        {key->hostWord1, key->hostWord2, key->station, key->address, key->elemKind, key->count}));
     EXPECT_TRUE(allZero(key->data));
 }
 
-TEST(Construction, DriverHasNoHostMemory)
+TEST(Construction, DriverIsEmptyAndHasNoHostMemory)
 {
     const InDirtyMemory<Ostrel_kmr> object;
     EXPECT_EQ(object->valueChangedCallback, nullptr);
@@ -111,60 +86,14 @@ TEST(Construction, DriverHasNoHostMemory)
     EXPECT_EQ(object->hostArg2, nullptr);
     EXPECT_EQ(object->recipeBuffer, nullptr);
     EXPECT_EQ(object->hostMutex, nullptr);
+    EXPECT_TRUE(allZero({object->devId, object->writeQueueOff, object->propToken3,
+                         object->retryLimit, object->groupLimit, object->sendState,
+                         object->burstCount, object->counterA, object->retryCount,
+                         object->bitGroupLimit, object->wordGroupLimit, object->commError,
+                         object->stateC, object->stateD, object->recipeCursor, object->spareFlag}));
 }
 
-TEST(Construction, DriverListsAreEmpty)
-{
-    const InDirtyMemory<Ostrel_kmr> object;
-    EXPECT_TRUE(object->cyclicReads.isEmpty());
-    EXPECT_TRUE(object->pendingWrites.isEmpty());
-    EXPECT_TRUE(object->pendingReads.isEmpty());
-    EXPECT_TRUE(object->dataAreas.isEmpty());
-    EXPECT_TRUE(object->recipeVars.isEmpty());
-    EXPECT_TRUE(object->frames.isEmpty());
-    EXPECT_TRUE(object->lastVar.area.isEmpty());
-    EXPECT_TRUE(object->curVar.area.isEmpty());
-}
-
-TEST(Construction, DriverNumbersAreZero)
-{
-    const InDirtyMemory<Ostrel_kmr> object;
-    for (const qint32 number :
-         {object->devId, object->writeQueueOff, object->propToken3, object->retryLimit,
-          object->groupLimit, object->sendState, object->burstCount, object->counterA,
-          object->retryCount, object->bitGroupLimit, object->wordGroupLimit, object->commError,
-          object->stateC, object->stateD, object->recipeCursor, qint32(object->spareFlag)})
-        EXPECT_EQ(number, 0);
-}
-
-VARIABLE filledVariable()
-{
-    VARIABLE var;
-    var.reqTag = 1;
-    var.station = 2;
-    var.area = "D";
-    var.address = 3;
-    var.count = 4;
-    var.data[0] = 5;
-    var.data[1023] = 6;
-    return var;
-}
-
-TEST(RecordCopy, VariableInAFrameKeepsAllItsBytes)
-{
-    FRAME_PRO frame;
-    frame.var = filledVariable();
-    const FRAME_PRO copy(frame);
-    EXPECT_EQ(copy.var.reqTag, 1);
-    EXPECT_EQ(copy.var.station, 2);
-    EXPECT_EQ(copy.var.area, QString("D"));
-    EXPECT_EQ(copy.var.address, 3);
-    EXPECT_EQ(copy.var.count, 4);
-    EXPECT_EQ(copy.var.data[0], 5);
-    EXPECT_EQ(copy.var.data[1023], 6);
-}
-
-TEST(RecordCopy, FrameKeepsAllItsFields)
+TEST(RecordCopy, KeepsAllFieldsOfAFrameAndItsVariable)
 {
     FRAME_PRO frame;
     frame.frame[0] = ':';
@@ -174,6 +103,7 @@ TEST(RecordCopy, FrameKeepsAllItsFields)
     frame.replyDataPos = 3;
     frame.replyDataLen = 4;
     frame.frameSpare = 5;
+    frame.var = filledVariable();
     FRAME_PRO assigned;
     assigned = frame;
     for (const FRAME_PRO &copy : {FRAME_PRO(frame), assigned}) {
@@ -181,10 +111,13 @@ TEST(RecordCopy, FrameKeepsAllItsFields)
         EXPECT_EQ(copy.frame[1023], 'Z');
         EXPECT_EQ(copy.frameLen * 10 + copy.replyLen, 12);
         EXPECT_EQ(copy.replyDataPos * 100 + copy.replyDataLen * 10 + copy.frameSpare, 345);
+        EXPECT_EQ(copy.var.reqTag, 1);
+        EXPECT_EQ(targetOf(copy.var), "2#D:3x4");
+        EXPECT_EQ(copy.var.data[0] * 10 + copy.var.data[1023], 56);
     }
 }
 
-TEST(RecordCopy, KeyAddressKeepsAllItsFields)
+TEST(RecordCopy, KeepsAllFieldsOfAnAddressRun)
 {
     KEY_ADDRESS key;
     key.label = "label";
@@ -204,18 +137,21 @@ TEST(RecordCopy, KeyAddressKeepsAllItsFields)
         EXPECT_EQ(copy.label + copy.area + copy.hostText, QString("labelDtext"));
         EXPECT_EQ(copy.hostWord1 * 100 + copy.hostWord2 * 10 + copy.station, 123);
         EXPECT_EQ(copy.address * 100 + copy.elemKind * 10 + copy.count, 456);
-        EXPECT_EQ(copy.data[0], 7);
-        EXPECT_EQ(copy.data[1023], 8);
+        EXPECT_EQ(copy.data[0] * 10 + copy.data[1023], 78);
     }
 }
 
-TEST(RecordCopy, ToItselfChangesNothing)
+TEST(RecordCopy, ToItselfChangesNothingAndNamesInOneMemoryAreToldApart)
 {
     VARIABLE var = filledVariable();
     const VARIABLE &same = var;
     var = same;
-    EXPECT_EQ(var.area, QString("D"));
+    EXPECT_EQ(targetOf(var), "2#D:3x4");
     EXPECT_EQ(var.data[1023], 6);
+    const QChar memory[] = {QLatin1Char('T'), QLatin1Char('V')};
+    VARIABLE timer = variable("T", 0, 1);
+    timer.area = QString::fromRawData(memory, 1);
+    var.area = QString::fromRawData(memory, 2);
+    var = timer;
+    EXPECT_EQ(targetOf(var), "1#T:0x1");
 }
-
-} // namespace

@@ -1,9 +1,15 @@
-// Good replies: how their characters land in the store.
+// What a reply counts as, and how the characters of good ones land in the store.
 #include "driver/response.h"
 
 #include "driver_fixture.h"
 
 namespace {
+
+int kindOf(const char *text)
+{
+    return check_rcv_data(reinterpret_cast<const quint8 *>(text),
+                          static_cast<qint32>(strlen(text)));
+}
 
 class Reply : public DriverTest {
 protected:
@@ -16,9 +22,60 @@ protected:
         const Bytes bytes = readValueOf("D", 0);
         return Bytes(bytes.begin(), bytes.begin() + 2);
     }
+
+    // The read values of the store, byte 0 first: "D:100=34120000".
+    static std::string stored()
+    {
+        std::string all;
+        for (const _DATA_ &entry : std::as_const(driver.dataAreas)) {
+            const QByteArray bytes(reinterpret_cast<const char *>(entry.readValue), 4);
+            all += (all.empty() ? "" : " ") + entry.area.toStdString() + ":" +
+                   std::to_string(entry.index) + "=" + bytes.toHex().toUpper().toStdString();
+        }
+        return all;
+    }
+
+    // Puts a request in flight that no function frames so.
+    static void inFlight(const char *area, qint32 address, qint32 dataPos, qint32 dataLen)
+    {
+        FRAME_PRO frame;
+        frame.replyDataPos = dataPos;
+        frame.replyDataLen = dataLen;
+        frame.var = variable(area, address, 1);
+        driver.frames << frame;
+    }
 };
 
 } // namespace
+
+// --- Kinds of replies ----------------------------------------------------------------------------
+
+TEST(ReplyKind, OfFourCharactersOrFewerIsBad)
+{
+    const quint8 data[] = ":0103";
+    const quint8 acknowledgement[] = ":0110";
+    EXPECT_EQ(check_rcv_data(data, 4), 0);
+    EXPECT_EQ(check_rcv_data(data, 5), 1);
+    EXPECT_EQ(check_rcv_data(acknowledgement, 4), 0);
+    EXPECT_EQ(check_rcv_data(data, -1), 0);
+    EXPECT_EQ(check_rcv_data(nullptr, 0), 0);
+    EXPECT_EQ(check_rcv_data(nullptr, 20), 0);
+    EXPECT_EQ(kindOf(""), 0);
+}
+
+TEST(ReplyKind, FollowsFromTheFunctionAlone)
+{
+    for (const char *acknowledgement : {":0105", ":0110", "\xFF\xFF\xFF\x31\x30garbage"})
+        EXPECT_EQ(kindOf(acknowledgement), 2) << acknowledgement;
+    for (const char *data : {":0102", ":0103", ":0106", ":010F", ":0100", ":0115", ":0111", ":0120",
+                             ":017F", ":01 3", ":01\r\n"})
+        EXPECT_EQ(kindOf(data), 1) << data;
+    for (const char *bad : {":0180", ":0183", ":0190", ":0185", ":01:3", ":01A3", ":01a3",
+                            ":01\x80\x33", ":01\xFF\x33"})
+        EXPECT_EQ(kindOf(bad), 0) << bad;
+}
+
+// --- Values --------------------------------------------------------------------------------------
 
 TEST_F(Reply, WithoutAFrameInFlightChangesNothing)
 {
@@ -32,145 +89,63 @@ TEST_F(Reply, WithoutAFrameInFlightChangesNothing)
     EXPECT_TRUE(driver.dataAreas.isEmpty());
 }
 
-TEST_F(Reply, WordsAreStoredLowByteFirst)
+TEST_F(Reply, ElementsAreStoredLowByteFirstAndBitsInTheBlocksOfTheirAddress)
 {
-    readInFlight("D", 100, 2);
-    EXPECT_EQ(answer(":0103041234ABCD3A\r\n"), 1);
-    EXPECT_EQ(readValueOf("D", 100), Bytes({0x34, 0x12, 0, 0}));
-    EXPECT_EQ(readValueOf("D", 101), Bytes({0xCD, 0xAB, 0, 0}));
-    EXPECT_EQ(driver.dataAreas.size(), 2);
+    const struct {
+        const char *area;
+        qint32 address, count;
+        const char *reply, *stored;
+    } rows[] = {
+        {"TV", 7, 2, ":0103041234ABCD3A\r\n", "TV:7=34120000 TV:8=CDAB0000"},
+        {"CV", 8, 1, ":01030256782C\r\n", "CV:8=78560000"},
+        {"D", 100, 1, ":0103021234B4\r\n", "D:100=34120000"},
+        {"CV2", 200, 4, ":01030812345678FFFFFFFEE5\r\n", "CV2:200=78563412 CV2:201=FEFFFFFF"},
+        {"M", 17, 16, ":01020401800FF079\r\n", "M:1=01800000 M:2=0FF00000"},
+        {"S", 16, 1, ":0102021234B5\r\n", "S:1=12340000"},
+        {"T", 31, 1, ":0102021234B5\r\n", "T:1=12340000"},
+        {"C", 32, 1, ":0102021234B5\r\n", "C:2=12340000"},
+        {"M", -1, 1, ":0102021234B5\r\n", "M:0=12340000"},
+        {"M", -17, 1, ":0102021234B5\r\n", "M:-1=12340000"},
+        {"X", 17, 1, ":0102021234B5\r\n", "X:0=12340000"}, // octal digits
+        {"Y", 20, 1, ":0102021234B5\r\n", "Y:1=12340000"},
+        {"X", 80, 1, ":0102021234B5\r\n", "X:0=12340000"}, // no octal number
+    };
+    for (const auto &row : rows) {
+        driver.dataAreas.clear();
+        readAnswered(row.area, row.address, row.count, row.reply);
+        EXPECT_EQ(stored(), row.stored);
+    }
 }
 
 TEST_F(Reply, UnusedBytesOfAWordOrBlockStay)
 {
-    driver.dataAreas << watchedWord("D", 100) << watchedBits("M", 0, 0);
-    driver.dataAreas[0].readValue[2] = 0x99;
-    driver.dataAreas[1].readValue[2] = 0x99;
-    readInFlight("D", 100, 1);
-    answer(":0103021234B4\r\n");
-    readInFlight("M", 0, 1);
-    answer(":0102021234B5\r\n");
+    driver.dataAreas << holding(watchedWord("D", 100), {0, 0, 0x99})
+                     << holding(watchedBits("M", 0, 0), {0, 0, 0x99});
+    readAnswered("D", 100, 1, ":0103021234B4\r\n");
+    readAnswered("M", 0, 1, ":0102021234B5\r\n");
     EXPECT_EQ(readValueOf("D", 100), Bytes({0x34, 0x12, 0x99, 0}));
     EXPECT_EQ(readValueOf("M", 0), Bytes({0x12, 0x34, 0x99, 0}));
 }
 
-TEST_F(Reply, EveryWordAreaIsStored)
-{
-    readInFlight("TV", 7, 1);
-    answer(":0103021234B4\r\n");
-    readInFlight("CV", 8, 1);
-    answer(":01030256782C\r\n");
-    EXPECT_EQ(readValueOf("TV", 7), Bytes({0x34, 0x12, 0, 0}));
-    EXPECT_EQ(readValueOf("CV", 8), Bytes({0x78, 0x56, 0, 0}));
-}
-
-TEST_F(Reply, CountersAreStoredLowByteFirst)
-{
-    readInFlight("CV2", 200, 4);
-    EXPECT_EQ(answer(":01030812345678FFFFFFFEE5\r\n"), 1);
-    EXPECT_EQ(readValueOf("CV2", 200), Bytes({0x78, 0x56, 0x34, 0x12}));
-    EXPECT_EQ(readValueOf("CV2", 201), Bytes({0xFE, 0xFF, 0xFF, 0xFF}));
-    EXPECT_EQ(driver.dataAreas.size(), 2);
-}
-
-TEST_F(Reply, BitsAreStoredInBlocksOf16)
-{
-    readInFlight("M", 0, 16);
-    EXPECT_EQ(answer(":01020401800FF079\r\n"), 1);
-    EXPECT_EQ(readValueOf("M", 0), Bytes({0x01, 0x80, 0, 0}));
-    EXPECT_EQ(readValueOf("M", 1), Bytes({0x0F, 0xF0, 0, 0}));
-    EXPECT_EQ(driver.dataAreas.size(), 2);
-}
-
-TEST_F(Reply, BitsAreKeyedByTheBlockOfTheirAddress)
-{
-    readInFlight("M", 17, 1);
-    answer(":0102021234B5\r\n");
-    EXPECT_EQ(readValueOf("M", 1), Bytes({0x12, 0x34, 0, 0}));
-    EXPECT_EQ(driver.dataAreas.size(), 1);
-}
-
-TEST_F(Reply, EveryBitAreaIsStored)
-{
-    for (const char *area : {"M", "S", "T", "C"}) {
-        readInFlight(area, 16, 1);
-        answer(":0102021234B5\r\n");
-        EXPECT_EQ(readValueOf(area, 1), Bytes({0x12, 0x34, 0, 0}));
-    }
-    EXPECT_EQ(driver.dataAreas.size(), 4);
-}
-
-TEST_F(Reply, OctalAddressesAreKeyedByTheirLinearBlock)
-{
-    for (const char *area : {"X", "Y"}) {
-        readInFlight(area, 17, 1);
-        answer(":0102021234B5\r\n");
-        EXPECT_EQ(readValueOf(area, 0), Bytes({0x12, 0x34, 0, 0}));
-        readInFlight(area, 20, 1);
-        answer(":01020256782D\r\n");
-        EXPECT_EQ(readValueOf(area, 1), Bytes({0x56, 0x78, 0, 0}));
-    }
-    EXPECT_EQ(driver.dataAreas.size(), 4);
-}
-
-TEST_F(Reply, InvalidOctalAddressIsKeyedAsBlock0)
-{
-    readInFlight("X", 80, 1);
-    answer(":0102021234B5\r\n");
-    EXPECT_EQ(readValueOf("X", 0), Bytes({0x12, 0x34, 0, 0}));
-}
-
-TEST_F(Reply, BlockOfANegativeBitAddressIsTruncated)
-{
-    readInFlight("M", -1, 1);
-    answer(":0102021234B5\r\n");
-    readInFlight("M", -17, 1);
-    answer(":01020256782D\r\n");
-    EXPECT_EQ(readValueOf("M", 0), Bytes({0x12, 0x34, 0, 0}));
-    EXPECT_EQ(readValueOf("M", -1), Bytes({0x56, 0x78, 0, 0}));
-}
-
 TEST_F(Reply, SpecialMarkersAreStoredAsBits)
 {
-    FRAME_PRO frame;
-    frame.replyDataPos = 7;
-    frame.replyDataLen = 4;
-    frame.var = variable("SM", 32, 1);
-    driver.frames << frame;
+    inFlight("SM", 32, 7, 4);
     EXPECT_EQ(answer(":0102021234B5\r\n"), 1);
     EXPECT_EQ(readValueOf("SM", 2), Bytes({0x12, 0x34, 0, 0}));
 }
 
-TEST_F(Reply, DataStartWhereTheRequestSays)
+TEST_F(Reply, DataLieWhereTheRequestSaysAndARestThatIsNoElementIsCutOff)
 {
-    FRAME_PRO frame;
-    frame.replyDataPos = 9;
-    frame.replyDataLen = 4;
-    frame.var = variable("D", 5, 1);
-    driver.frames << frame;
+    inFlight("D", 5, 9, 7);
     answer(":010304FFFF1234B4\r\n");
     EXPECT_EQ(readValueOf("D", 5), Bytes({0x12, 0xFF, 0, 0}));
-}
-
-TEST_F(Reply, LengthThatIsNoMultipleOfAnElementIsCutOff)
-{
-    FRAME_PRO frame;
-    frame.replyDataPos = 7;
-    frame.replyDataLen = 7;
-    frame.var = variable("D", 5, 1);
-    driver.frames << frame;
-    answer(":01030412345678E4\r\n");
     EXPECT_EQ(driver.dataAreas.size(), 1);
 }
 
 TEST_F(Reply, TvBitAndUnknownAreasAreConsumedWithoutAValue)
 {
     for (const char *area : {"TV_bit", "Q", "d"}) {
-        FRAME_PRO frame;
-        frame.replyDataPos = 7;
-        frame.replyDataLen = 4;
-        frame.var = variable(area, 1, 1);
-        driver.frames << frame;
+        inFlight(area, 1, 7, 4);
         EXPECT_EQ(answer(":0103021234B4\r\n"), 1);
     }
     EXPECT_TRUE(driver.frames.isEmpty());
@@ -193,42 +168,24 @@ TEST_F(Reply, EveryCharacterHasItsNibble)
     }
 }
 
-TEST_F(Reply, ShortReplyIsStoredAsZeros)
-{
-    driver.dataAreas << watchedWord("D", 100) << watchedWord("D", 101);
-    driver.dataAreas[0].readValue[0] = 0xEE;
-    driver.dataAreas[1].readValue[1] = 0xEE;
-    readInFlight("D", 100, 2);
-    EXPECT_EQ(answer(":0103"), 1);
-    EXPECT_EQ(readValueOf("D", 100), Bytes({0, 0, 0, 0}));
-    EXPECT_EQ(readValueOf("D", 101), Bytes({0, 0, 0, 0}));
-    EXPECT_EQ(reports(), (std::vector<Report>{Report(1, 1, "D", 100), Report(1, 1, "D", 101)}));
-}
-
 TEST_F(Reply, MissingCharactersAreZeros)
 {
-    readInFlight("D", 100, 2);
-    answer(":01030412345");
+    driver.dataAreas << holding(watchedWord("D", 100), {0xEE})
+                     << holding(watchedWord("D", 101), {0, 0xEE});
+    readAnswered("D", 100, 2, ":0103");
+    EXPECT_EQ(readValueOf("D", 100), Bytes({0, 0, 0, 0}));
+    EXPECT_EQ(readValueOf("D", 101), Bytes({0, 0, 0, 0}));
+    EXPECT_EQ(told(), "D:100 D:101");
+    // What stands behind the end in the host's memory does not count.
+    readAnswered("D", 100, 2, QByteArray::fromRawData(":01030412345678", 12));
     EXPECT_EQ(readValueOf("D", 100), Bytes({0x34, 0x12, 0, 0}));
     EXPECT_EQ(readValueOf("D", 101), Bytes({0, 0x50, 0, 0}));
 }
 
 TEST_F(Reply, NeitherLrcNorStationNorByteCountCount)
 {
-    readInFlight("D", 100, 1);
-    EXPECT_EQ(answer("?9903FF123400"), 1);
+    readAnswered("D", 100, 1, "?9903FF123400");
     EXPECT_EQ(readValueOf("D", 100), Bytes({0x34, 0x12, 0, 0}));
-}
-
-TEST_F(Reply, IsTheAnswerToTheFrontFrameOnly)
-{
-    readInFlight("D", 100, 1);
-    readInFlight("D", 200, 1);
-    EXPECT_EQ(answer(":0103021111D8\r\n"), 1);
-    ASSERT_EQ(driver.frames.size(), 1);
-    EXPECT_EQ(driver.frames.at(0).var.address, 200);
-    EXPECT_EQ(readValueOf("D", 100), Bytes({0x11, 0x11, 0, 0}));
-    EXPECT_EQ(driver.dataAreas.size(), 1);
 }
 
 TEST_F(Reply, StationOfTheRequestIsTheKey)
@@ -241,69 +198,57 @@ TEST_F(Reply, StationOfTheRequestIsTheKey)
     EXPECT_EQ(driver.dataAreas.at(0).station, 2);
 }
 
-TEST_F(Reply, ClosesTheBatchWithItsLastFrameOnly)
+// --- The frames in flight ------------------------------------------------------------------------
+
+TEST_F(Reply, AnswersTheFrontFrameAndClosesTheBatchWithTheLast)
 {
     driver.cyclicReads << variable("D", 100, 1) << variable("D", 200, 1);
     readInFlight("D", 100, 1);
     readInFlight("D", 101, 1);
-    answer(":0103021111D8\r\n");
+    driver.commError = 1;
+    driver.retryCount = 2;
+    EXPECT_EQ(answer(":0103021111D8\r\n"), 1);
+    EXPECT_EQ(driver.commError, 0);
+    EXPECT_EQ(driver.retryCount, 0);
+    ASSERT_EQ(driver.frames.size(), 1);
+    EXPECT_EQ(driver.frames.at(0).var.address, 101);
+    EXPECT_EQ(driver.dataAreas.size(), 1);
     EXPECT_EQ(driver.cyclicReads.at(0).address, 100);
     answer(":0103021111D8\r\n");
     EXPECT_EQ(driver.cyclicReads.at(0).address, 200);
 }
 
-TEST_F(Reply, GoodReplyEndsRetriesAndError)
+TEST_F(Reply, AcknowledgementAnswersTheFrontFrameAndClosesTheBatchWithTheLast)
 {
-    driver.commError = 1;
-    driver.retryCount = 2;
-    readInFlight("D", 100, 1);
-    answer(":0103021111D8\r\n");
-    EXPECT_EQ(driver.commError, 0);
-    EXPECT_EQ(driver.retryCount, 0);
-}
-
-TEST_F(Reply, AcknowledgementEndsRetriesAndError)
-{
-    driver.commError = 1;
-    driver.retryCount = 2;
+    driver.pendingWrites << variable("D", 100, 1);
     writeInFlight("D", 100, 1);
+    writeInFlight("D", 101, 1);
+    driver.commError = 1;
+    driver.retryCount = 2;
     EXPECT_EQ(answer(":0110106400017A\r\n"), 1);
     EXPECT_EQ(driver.commError, 0);
     EXPECT_EQ(driver.retryCount, 0);
+    EXPECT_EQ(driver.pendingWrites.size(), 1);
+    answer(":01101065000179\r\n");
+    EXPECT_TRUE(driver.pendingWrites.isEmpty());
     EXPECT_TRUE(driver.frames.isEmpty());
 }
 
 TEST_F(Reply, AcknowledgementOutsideAWriteIsOnlyConsumed)
 {
     driver.cyclicReads << variable("D", 100, 1) << variable("D", 200, 1);
-    driver.dataAreas << watchedWord("D", 100);
-    driver.dataAreas[0].writePending = 1;
-    driver.dataAreas[0].writtenValue[0] = 5;
-    readInFlight("D", 100, 1);
-    EXPECT_EQ(answer(":0110106400017A\r\n"), 1);
+    driver.dataAreas << written(watchedWord("D", 100), {5});
+    readAnswered("D", 100, 1, ":0110106400017A\r\n");
     EXPECT_EQ(entryOf("D", 100).writePending, 1);
     EXPECT_EQ(readValueOf("D", 100), Bytes({0, 0, 0, 0}));
     EXPECT_TRUE(reports().empty());
     EXPECT_EQ(driver.cyclicReads.at(0).address, 200);
 }
 
-TEST_F(Reply, AcknowledgementClosesTheBatchWithItsLastFrameOnly)
-{
-    driver.pendingWrites << variable("D", 100, 1);
-    writeInFlight("D", 100, 1);
-    writeInFlight("D", 101, 1);
-    answer(":0110106400017A\r\n");
-    EXPECT_EQ(driver.pendingWrites.size(), 1);
-    answer(":01101065000179\r\n");
-    EXPECT_TRUE(driver.pendingWrites.isEmpty());
-}
-
 TEST_F(Reply, DataInsteadOfAnAcknowledgementIsStored)
 {
     driver.pendingWrites << variable("D", 100, 1);
-    driver.dataAreas << watchedWord("D", 100);
-    driver.dataAreas[0].writePending = 1;
-    driver.dataAreas[0].writtenValue[0] = 5;
+    driver.dataAreas << written(watchedWord("D", 100), {5});
     writeInFlight("D", 100, 1);
     EXPECT_EQ(answer(":01061064000580\r\n"), 1);
     EXPECT_EQ(readValueOf("D", 100), Bytes({0x00, 0x64, 0, 0}));

@@ -25,6 +25,7 @@ protected:
         recipeOf(2);
         driver.sendState = state;
         dealListWhenFinish();
+        EXPECT_EQ(driver.sendState, state);
         return {driver.pendingWrites.at(0).address, driver.pendingReads.at(0).address,
                 driver.cyclicReads.at(0).address, driver.recipeCursor};
     }
@@ -39,14 +40,15 @@ protected:
 
 } // namespace
 
-TEST_F(Upkeep, FinishedWriteLeavesItsQueue)
+TEST_F(Upkeep, TouchesOnlyTheListOfTheFinishedRequest)
 {
-    driver.pendingWrites << variable("D", 1, 1) << variable("D", 2, 1);
-    driver.sendState = 2;
-    dealListWhenFinish();
-    ASSERT_EQ(driver.pendingWrites.size(), 1);
-    EXPECT_EQ(driver.pendingWrites.at(0).address, 2);
-    EXPECT_EQ(driver.sendState, 2);
+    const std::pair<qint32, std::vector<int>> rows[] = {
+        {2, {11, 20, 30, 0}}, {3, {10, 21, 30, 0}}, {4, {10, 20, 31, 0}},
+        {5, {10, 20, 30, 1}}, {6, {10, 20, 30, 1}}, {-1, {10, 20, 30, 0}},
+        {0, {10, 20, 30, 0}}, {1, {10, 20, 30, 0}}, {7, {10, 20, 30, 0}}};
+    for (const auto &[state, fronts] : rows)
+        EXPECT_EQ(frontsAfter(state), fronts) << state;
+    EXPECT_TRUE(reports().empty());
 }
 
 TEST_F(Upkeep, EmptyQueuesStayEmpty)
@@ -58,24 +60,32 @@ TEST_F(Upkeep, EmptyQueuesStayEmpty)
     EXPECT_TRUE(reports().empty());
 }
 
-TEST_F(Upkeep, LastOneShotReadIsReportedAsEnded)
+// --- One-shot reads ------------------------------------------------------------------------------
+
+TEST_F(Upkeep, LastOneShotReadIsReportedAsEndedOrAsGivenUp)
 {
-    queueReads(1);
-    driver.lastVar = driver.pendingReads.at(0);
-    dealListWhenFinish();
-    EXPECT_EQ(reports(), (std::vector<Report>{Report(-1, -1, "-1", 0)}));
-    EXPECT_TRUE(driver.pendingReads.isEmpty());
-    EXPECT_EQ(driver.sendState, 3);
+    for (const int failed : {0, 1}) {
+        queueReads(1);
+        driver.lastVar = driver.pendingReads.at(0);
+        driver.lastVar.reqTag = 77; // does not matter
+        driver.commError = failed;
+        dealListWhenFinish();
+        EXPECT_TRUE(driver.pendingReads.isEmpty());
+    }
+    EXPECT_EQ(told(), "-1/-1#-1:0 -1/-1#-1:-1");
 }
 
-TEST_F(Upkeep, EarlierOneShotReadsEndInSilence)
+TEST_F(Upkeep, EarlierOneShotReadEndsInSilenceAndAGivenUpOneDiscardsAll)
 {
     queueReads(3);
     driver.lastVar = driver.pendingReads.at(2);
     dealListWhenFinish();
-    EXPECT_TRUE(reports().empty());
     ASSERT_EQ(driver.pendingReads.size(), 2);
     EXPECT_EQ(driver.pendingReads.at(0).address, 101);
+    driver.commError = 1;
+    dealListWhenFinish();
+    EXPECT_TRUE(driver.pendingReads.isEmpty());
+    EXPECT_TRUE(reports().empty());
 }
 
 TEST_F(Upkeep, LastOneShotReadIsKnownByStationAreaAddressAndCount)
@@ -91,149 +101,57 @@ TEST_F(Upkeep, LastOneShotReadIsKnownByStationAreaAddressAndCount)
     EXPECT_TRUE(reports().empty());
 }
 
-TEST_F(Upkeep, TagOfTheLastOneShotReadDoesNotMatter)
-{
-    queueReads(1);
-    driver.lastVar = driver.pendingReads.at(0);
-    driver.lastVar.reqTag = 77;
-    dealListWhenFinish();
-    EXPECT_EQ(reports().size(), 1u);
-}
+// --- Cyclic blocks -------------------------------------------------------------------------------
 
-TEST_F(Upkeep, GivenUpLastOneShotReadIsReportedAsFailed)
-{
-    queueReads(1);
-    driver.lastVar = driver.pendingReads.at(0);
-    driver.commError = 1;
-    dealListWhenFinish();
-    EXPECT_EQ(reports(), (std::vector<Report>{Report(-1, -1, "-1", -1)}));
-    EXPECT_TRUE(driver.pendingReads.isEmpty());
-}
-
-TEST_F(Upkeep, GivenUpOneShotReadDiscardsAll)
-{
-    queueReads(3);
-    driver.lastVar = driver.pendingReads.at(2);
-    driver.commError = 1;
-    dealListWhenFinish();
-    EXPECT_TRUE(reports().empty());
-    EXPECT_TRUE(driver.pendingReads.isEmpty());
-}
-
-TEST_F(Upkeep, OneShotReadEndsWithoutACallback)
-{
-    queueReads(2);
-    driver.lastVar = driver.pendingReads.at(0);
-    intf_setAddrValueChangeCallBack(nullptr);
-    dealListWhenFinish();
-    EXPECT_EQ(driver.pendingReads.size(), 1);
-}
-
-TEST_F(Upkeep, CyclicBlocksArePolledInTurn)
-{
-    driver.cyclicReads << variable("D", 1, 1) << variable("D", 2, 1) << variable("D", 3, 1);
-    driver.sendState = 4;
-    dealListWhenFinish();
-    ASSERT_EQ(driver.cyclicReads.size(), 3);
-    EXPECT_EQ(driver.cyclicReads.at(0).address, 2);
-    EXPECT_EQ(driver.cyclicReads.at(1).address, 3);
-    EXPECT_EQ(driver.cyclicReads.at(2).address, 1);
-}
-
-TEST_F(Upkeep, TwoCyclicBlocksChangePlaces)
-{
-    driver.cyclicReads << variable("D", 1, 1) << variable("D", 2, 1);
-    driver.sendState = 4;
-    driver.commError = 1; // given up blocks take their turn too
-    dealListWhenFinish();
-    EXPECT_EQ(driver.cyclicReads.at(0).address, 2);
-    EXPECT_EQ(driver.cyclicReads.at(1).address, 1);
-}
-
-TEST_F(Upkeep, SingleCyclicBlockStays)
+TEST_F(Upkeep, CyclicBlocksArePolledInTurnGivenUpOnesToo)
 {
     driver.cyclicReads << variable("D", 1, 1);
     driver.sendState = 4;
     dealListWhenFinish();
     ASSERT_EQ(driver.cyclicReads.size(), 1);
-    EXPECT_EQ(driver.cyclicReads.at(0).address, 1);
+    driver.cyclicReads << variable("D", 2, 1) << variable("D", 3, 1);
+    for (const int failed : {0, 1}) {
+        driver.commError = failed;
+        dealListWhenFinish();
+    }
+    ASSERT_EQ(driver.cyclicReads.size(), 3);
+    EXPECT_EQ(driver.cyclicReads.at(0).address, 3);
+    EXPECT_EQ(driver.cyclicReads.at(1).address, 1);
+    EXPECT_EQ(driver.cyclicReads.at(2).address, 2);
 }
 
-TEST_F(Upkeep, FinishedWriteTouchesNothingElse)
+// --- Recipes -------------------------------------------------------------------------------------
+
+TEST_F(Upkeep, RecipeStepsThroughItsEntriesAndClearsItsOwnRequestBehindTheLast)
 {
-    EXPECT_EQ(frontsAfter(2), std::vector<int>({11, 20, 30, 0}));
+    for (const qint32 state : {5, 6}) {
+        const size_t own = state == 5 ? 60115 : 60116;
+        const size_t other = state == 5 ? 60116 : 60115;
+        recipeOf(3);
+        driver.sendState = state;
+        dealListWhenFinish();
+        EXPECT_EQ(driver.recipeCursor, 1);
+        dealListWhenFinish();
+        EXPECT_EQ(driver.recipeCursor, 2);
+        EXPECT_EQ(status[own], 1);
+        dealListWhenFinish();
+        EXPECT_EQ(driver.recipeCursor, 0);
+        EXPECT_EQ(status[own], 0);
+        EXPECT_EQ(status[other], 1);
+    }
 }
 
-TEST_F(Upkeep, FinishedOneShotReadTouchesNothingElse)
+TEST_F(Upkeep, RecipeThatIsGivenUpOrHasNoEntriesEndsAtOnce)
 {
-    EXPECT_EQ(frontsAfter(3), std::vector<int>({10, 21, 30, 0}));
-}
-
-TEST_F(Upkeep, FinishedCyclicBlockTouchesNothingElse)
-{
-    EXPECT_EQ(frontsAfter(4), std::vector<int>({10, 20, 31, 0}));
-}
-
-TEST_F(Upkeep, FinishedRecipeEntryTouchesNothingElse)
-{
-    EXPECT_EQ(frontsAfter(5), std::vector<int>({10, 20, 30, 1}));
-    EXPECT_EQ(frontsAfter(6), std::vector<int>({10, 20, 30, 1}));
-}
-
-TEST_F(Upkeep, OtherStatesTouchNothing)
-{
-    for (const qint32 state : {-1, 0, 1, 7})
-        EXPECT_EQ(frontsAfter(state), std::vector<int>({10, 20, 30, 0})) << state;
-    EXPECT_TRUE(reports().empty());
-}
-
-TEST_F(Upkeep, RecipeStepsThroughItsEntriesAndEndsBehindTheLast)
-{
-    recipeOf(3);
-    driver.sendState = 5;
-    dealListWhenFinish();
-    EXPECT_EQ(driver.recipeCursor, 1);
-    dealListWhenFinish();
-    EXPECT_EQ(driver.recipeCursor, 2);
-    EXPECT_EQ(status[60115], 1);
-    dealListWhenFinish();
-    EXPECT_EQ(driver.recipeCursor, 0);
-    EXPECT_EQ(status[60115], 0);
-    EXPECT_EQ(status[60116], 1);
-    EXPECT_EQ(driver.sendState, 5);
-}
-
-TEST_F(Upkeep, UploadClearsItsOwnRequest)
-{
-    recipeOf(2);
-    driver.sendState = 6;
-    dealListWhenFinish();
-    EXPECT_EQ(driver.recipeCursor, 1);
-    EXPECT_EQ(status[60116], 1);
-    dealListWhenFinish();
-    EXPECT_EQ(driver.recipeCursor, 0);
-    EXPECT_EQ(status[60116], 0);
-    EXPECT_EQ(status[60115], 1);
-}
-
-TEST_F(Upkeep, GivenUpRecipeEndsAtOnce)
-{
-    recipeOf(3);
-    driver.recipeCursor = 1;
-    driver.commError = 1;
-    driver.sendState = 5;
-    dealListWhenFinish();
-    EXPECT_EQ(driver.recipeCursor, 0);
-    EXPECT_EQ(status[60115], 0);
-}
-
-TEST_F(Upkeep, RecipeWithoutEntriesEndsAtOnce)
-{
-    recipeOf(0);
-    driver.sendState = 6;
-    dealListWhenFinish();
-    EXPECT_EQ(driver.recipeCursor, 0);
-    EXPECT_EQ(status[60116], 0);
+    for (const int failed : {0, 1}) {
+        recipeOf(failed ? 3 : 0);
+        driver.recipeCursor = failed;
+        driver.commError = failed;
+        driver.sendState = 5;
+        dealListWhenFinish();
+        EXPECT_EQ(driver.recipeCursor, 0);
+        EXPECT_EQ(status[60115], 0);
+    }
 }
 
 TEST_F(Upkeep, RecipeEndsWithoutStatusBlockOrMutex)

@@ -44,55 +44,30 @@ public:
     {
         QList<_DATA_> &store = driver.dataAreas;
         const int size = static_cast<int>(store.size());
-        switch (size == 0 ? below(6) : below(16)) {
-        case 0: // the driver's own
-        case 1:
-            return useDriver();
-        case 2:
-            store.append(entry());
-            break;
-        case 3:
-            store.prepend(entry());
-            break;
-        case 4:
-            kept = store;
-            break;
-        case 5:
-            store = kept;
-            break;
-        case 6:
-            store.insert(below(size), entry());
-            break;
-        case 7:
-            store.removeAt(below(size));
-            break;
-        case 8:
-            store[below(size)] = entry();
-            break;
-        case 9:
-            store[below(size)].index = key().index;
-            break;
-        case 10:
-            store.move(below(size), below(size));
-            break;
-        case 11:
-            store.begin()->station = below(3);
-            break;
-        case 12:
-            store.swap(kept);
-            break;
-        case 13:
-            if (below(10) == 0)
-                store.clear();
-            break;
-        case 14:
-            if (below(10) == 0)
-                intf_initProperty(nullptr, nullptr, nullptr, nullptr, "1#0#0#3#8", nullptr);
-            break;
-        default:
-            if (below(10) == 0)
-                driver = Ostrel_kmr();
-        }
+        const std::function<void()> changes[] = {
+            [&] { useDriver(); },
+            [&] { useDriver(); },
+            [&] { store.append(entry()); },
+            [&] { store.prepend(entry()); },
+            [&] { kept = store; },
+            [&] { store = kept; },
+            [&] { seldom([&] { store.clear(); }); },
+            [&] { seldom([] { driver = Ostrel_kmr(); }); },
+            [&] {
+                seldom([] {
+                    intf_initProperty(nullptr, nullptr, nullptr, nullptr, "1#0#0#3#8", nullptr);
+                });
+            },
+            [&] { store.swap(kept); },
+            // Of a store that has entries:
+            [&] { store.insert(below(size), entry()); },
+            [&] { store.removeAt(below(size)); },
+            [&] { store[below(size)] = entry(); },
+            [&] { store[below(size)].index = key().index; },
+            [&] { store.move(below(size), below(size)); },
+            [&] { store.begin()->station = below(3); },
+        };
+        changes[below(size == 0 ? 10 : 16)]();
     }
 
 private:
@@ -109,6 +84,12 @@ private:
         made.area = of.area;
         made.index = of.index;
         return made;
+    }
+
+    template <typename Change> void seldom(const Change &make)
+    {
+        if (below(10) == 0)
+            make();
     }
 
     void useDriver()
@@ -152,6 +133,15 @@ TEST_F(StoreIndexTest, FindsEveryEntryOfALargeStore)
     EXPECT_EQ(driver.dataAreas.size(), 5000);
 }
 
+// A text may lie in the middle of others, without a 0 at its end.
+TEST_F(StoreIndexTest, FindsAnEntryByTheCharactersOfItsNameAlone)
+{
+    const QChar memory[] = {QLatin1Char('x'), QLatin1Char('D'), QLatin1Char('y')};
+    EXPECT_EQ(positionInStore(1, "D", 5), 0);
+    EXPECT_EQ(positionInStore(1, "D", 9), 1);
+    EXPECT_EQ(positionInStore(1, QString::fromRawData(memory + 1, 1), 5), 0);
+}
+
 TEST_F(StoreIndexTest, CopyOfTheStoreKeepsItsValues)
 {
     dataAreaToChange(1, "D", 5).readValue[0] = 1;
@@ -170,8 +160,12 @@ TEST_F(StoreIndexTest, OwnChangesMoveNothing)
 {
     for (int i = 0; i < 100; ++i)
         positionInStore(1, "D", i);
+    driver.dataAreas.reserve(200);
+    positionInStore(1, "D", 0); // and has seen that
     const QList<_DATA_> &store = driver.dataAreas;
     const _DATA_ *const before = &store.at(50);
+    positionInStore(1, "D", 100);
+    EXPECT_EQ(&store.at(50), before);
     dataAreaToChange(1, "D", 50).readValue[0] = 1;
     clearWatchMarks();
     EXPECT_EQ(&store.at(50), before);

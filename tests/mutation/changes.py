@@ -27,9 +27,9 @@ ANYWHERE = {"++": ("--",), "--": ("++",), "true": ("false",), "false": ("true",)
             "qMin": ("qMax",), "qMax": ("qMin",)}
 OPENING = {"(": ")", "[": "]", "{": "}"}
 NO_CALLS = {"if", "for", "while", "switch", "return", "sizeof", "static_assert", "offsetof"}
-# Their first two arguments may be exchanged at will: addressPlus() adds and times() multiplies in 64
-# bits, and what memcmp() and sameTarget() return is only asked whether it is 0.
-COMMUTATIVE = {"qMin", "qMax", "addressPlus", "times", "memcmp", "sameTarget"}
+# Their first two arguments may be exchanged at will: addressPlus() adds in 64 bits, and memcmp(),
+# sameTarget() and sameText() are only asked whether the two are the same.
+COMMUTATIVE = {"qMin", "qMax", "addressPlus", "memcmp", "sameTarget", "sameText"}
 STATEMENT = re.compile(r"(?:\+\+|--)?[\w.:]+(?:\(.*\)|\[.*\]|(?:\.|->)\w+)*\s*"
                        r"(?:[-+*/%&|^]?=(?!=)|\(|<<|\+\+|--|$)", re.DOTALL)
 
@@ -91,7 +91,7 @@ def function_at(text, position):
     """The name in the last definition that begins in the first column."""
     name = ""
     for line in re.finditer(r"^(\S[^\n]*)$", text[:position], re.MULTILINE):
-        head = re.match(r"[\w:<>*& ]*?([\w:]+)\(", line.group(1))
+        head = re.match(r"(?:__attribute__\(\(\w+\)\) )?[\w:<>*& ]*?([\w:]+)\(", line.group(1))
         if head and not line.group(1).endswith(";"):
             name = head.group(1)
         elif line.group(1).startswith("}"):

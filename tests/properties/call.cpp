@@ -83,17 +83,11 @@ std::string printed(const Call &call)
         return "getData(" + run + (call.option ? ", null)" : ", out)");
     case Kind::SetData:
         return "setData(" + run + salt + ")";
-    case Kind::Identity:
-        return "identity";
     case Kind::CheckValidity:
     case Kind::CheckAddr:
         return std::string(call.kind == Kind::CheckAddr ? "checkAddr(" : "checkAddrValidity(") +
                area + ", " + quoted(call.text) + ", /*count*/ " + n(call.count) + ", /*type*/ " +
                n(call.option) + ")";
-    case Kind::Describe:
-        return "getRegDiscription(" + area + ")";
-    case Kind::ListByType:
-        return "getRegListByType(" + n(call.option) + ")";
     case Kind::Series:
         return "multiCopy(" + area + ", " + n(call.address) + ", " + n(call.count) + ", /*step*/ " +
                n(call.option) + ")";

@@ -16,12 +16,9 @@ enum class Kind {
     Reply,
     GetData,
     SetData,
-    // exported functions without
-    Identity,
+    // exported functions without; what the others hand out never changes
     CheckValidity,
     CheckAddr,
-    Describe,
-    ListByType,
     Series,
     // what happens around: the host asks for a recipe transfer, fills its recipe buffer, prepares
     // what its callback does, and the controller's values change

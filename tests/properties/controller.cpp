@@ -7,6 +7,8 @@
 #include <cctype>
 #include <cstdio>
 
+using model::hex;
+
 namespace {
 
 unsigned number(const std::string &text, size_t position, size_t length)
@@ -15,13 +17,6 @@ unsigned number(const std::string &text, size_t position, size_t length)
     if (position < text.size())
         std::sscanf(text.substr(position, length).c_str(), "%x", &value);
     return value;
-}
-
-std::string hex(unsigned value, int digits)
-{
-    char text[16];
-    std::snprintf(text, sizeof text, "%0*X", digits, value);
-    return text;
 }
 
 std::string framed(const std::string &digits)

@@ -5,15 +5,19 @@
 #include "tests/driver/loaded_driver.h"
 #include "tests/properties/model_frames.h"
 
+#include <algorithm>
 #include <cstdio>
 #include <string>
 #include <vector>
 
 namespace {
 
+enum Kind { BITS, WORDS, COUNTERS, BITS_OF_WORDS };
+
 // An area and where its elements lie; from `upperFrom` on they lie from `upperBase` on.
 struct Area {
     const char *name;
+    Kind kind;
     int lowest;
     int highest; // for "X" and "Y" in linear numbers
     int base;
@@ -50,20 +54,14 @@ int bitAt(int modbusAddress)
     return wordAt(modbusAddress) >> 7 & 1;
 }
 
-std::string hex(int value, int digits)
-{
-    char text[16];
-    std::snprintf(text, sizeof text, "%0*X", digits, static_cast<unsigned>(value));
-    return text;
-}
-
 // What one exchange is to look like.
 struct Exchange {
     std::string request; // between ':' and LRC
     std::string data;    // of the reply
 };
 
-class EveryRun : public FlowTest {
+class EveryRun : public FlowTest, public testing::WithParamInterface<Area> {
+protected:
     // Polls `count` elements from `start` on once, and reads them: the elements in `expected` are
     // the values from `start` on, of `bytes` bytes each, 0 for bits.
     void expectPolled(const Area &area, int start, int count,
@@ -100,18 +98,15 @@ class EveryRun : public FlowTest {
 
     std::vector<int> values(const Area &area, int start, int number)
     {
-        const bool counters = name == QLatin1String("CV2");
-        const bool words = name == QLatin1String("TV") || name == QLatin1String("CV") ||
-                           name == QLatin1String("D");
         quint8 out[256];
-        kmr->getData(1, name, area.shown(start), counters ? 2 * number : number, out);
+        kmr->getData(1, name, area.shown(start), area.kind == COUNTERS ? 2 * number : number, out);
         std::vector<int> all;
         for (int i = 0; i < number; ++i) {
-            if (counters)
+            if (area.kind == COUNTERS)
                 all.push_back(out[4 * i] | out[4 * i + 1] << 8 | out[4 * i + 2] << 16 |
                               out[4 * i + 3] << 24);
             else
-                all.push_back(words ? out[2 * i] | out[2 * i + 1] << 8 : out[i]);
+                all.push_back(area.kind == WORDS ? out[2 * i] | out[2 * i + 1] << 8 : out[i]);
         }
         return all;
     }
@@ -124,9 +119,10 @@ class EveryRun : public FlowTest {
         for (int done = 0; done < count; done += 8) {
             const int number = std::min(8, count - done);
             const int first = area.onWire(start + done);
-            exchanges.push_back({"0103" + hex(first, 4) + "000" + std::to_string(number), ""});
+            exchanges.push_back(
+                {"0103" + model::hex(first, 4) + "000" + std::to_string(number), ""});
             for (int i = 0; i < number; ++i) {
-                exchanges.back().data += hex(wordAt(first + i), 4);
+                exchanges.back().data += model::hex(wordAt(first + i), 4);
                 expected.push_back(wordAt(first + i));
             }
         }
@@ -139,12 +135,13 @@ class EveryRun : public FlowTest {
         const int first = start - start % 16;
         const int number = count > 1 && start % 16 + count > 15 ? 32 : 16;
         const int wire = area.onWire(first);
-        Exchange exchange = {"0102" + hex(wire & 0xFFFF, 4) + (number == 32 ? "0020" : "0010"), ""};
+        Exchange exchange = {
+            "0102" + model::hex(wire & 0xFFFF, 4) + (number == 32 ? "0020" : "0010"), ""};
         for (int i = 0; i < number; i += 8) {
             int byte = 0;
             for (int k = 0; k < 8; ++k)
                 byte += bitAt(wire + i + k) << k;
-            exchange.data += hex(byte, 2);
+            exchange.data += model::hex(byte, 2);
         }
         std::vector<int> expected;
         for (int bit = start; bit < start + count; ++bit)
@@ -160,9 +157,11 @@ class EveryRun : public FlowTest {
         for (int done = 0; done < count; done += 8) {
             const int number = std::max(1, std::min(8, count - done) / 2);
             const int first = area.onWire(start + done);
-            exchanges.push_back({"0103" + hex(first, 4) + "000" + std::to_string(number), ""});
+            exchanges.push_back(
+                {"0103" + model::hex(first, 4) + "000" + std::to_string(number), ""});
             for (int i = first; i < first + number; ++i) {
-                exchanges.back().data += hex(wordAt(i + 0x8000), 4) + hex(wordAt(i), 4);
+                exchanges.back().data +=
+                    model::hex(wordAt(i + 0x8000), 4) + model::hex(wordAt(i), 4);
                 expected[static_cast<size_t>(done + i - first)] =
                     static_cast<int>(static_cast<unsigned>(wordAt(i + 0x8000)) << 16 |
                                      static_cast<unsigned>(wordAt(i)));
@@ -188,94 +187,52 @@ class EveryRun : public FlowTest {
         ASSERT_EQ(word, (start + count - 1) / 16 + 1);
     }
 
-    template <typename Expectation>
-    void expectEvery(const Area &area, const Expectation &expectation)
+    void expectRun(const Area &area, int start, int count)
     {
-        for (int start = area.lowest; start <= area.highest; start += KMR_STARTS_STEP) {
-            for (int count = 1; count <= 20; ++count) {
-                (this->*expectation)(area, start, count);
-                if (HasFailure())
-                    FAIL() << area.name << " from " << start << ", " << count << " elements";
-            }
+        switch (area.kind) {
+        case BITS:
+            return expectBitsPolled(area, start, count);
+        case WORDS:
+            return expectWordsPolled(area, start, count);
+        case COUNTERS:
+            return expectCountersPolled(area, start, count);
+        case BITS_OF_WORDS:
+            return expectWordsOfBitsPlanned(area, start, count);
         }
     }
 
     QString name;
     QString text;
     QList<KEY_ADDRESS> list;
+};
 
-protected:
-    void expectEveryBitRun(const Area &area)
-    {
-        expectEvery(area, &EveryRun::expectBitsPolled);
-    }
-    void expectEveryWordRun(const Area &area)
-    {
-        expectEvery(area, &EveryRun::expectWordsPolled);
-    }
-    void expectEveryCounterRun(const Area &area)
-    {
-        expectEvery(area, &EveryRun::expectCountersPolled);
-    }
-    void expectEveryTvBitRun(const Area &area)
-    {
-        expectEvery(area, &EveryRun::expectWordsOfBitsPlanned);
-    }
+const Area AREAS[] = {
+    {"X", BITS, 0, 9999, 0x0400, NEVER, 0},
+    {"Y", BITS, 0, 9999, 0x0500, NEVER, 0},
+    {"M", BITS, 0, 65536, 0x0800, 1536, 0xAA00},
+    {"S", BITS, 0, 9999, 0x0000, NEVER, 0},
+    {"T", BITS, 0, 9999, 0x0600, NEVER, 0},
+    {"C", BITS, 0, 9999, 0x0E00, NEVER, 0},
+    {"TV", WORDS, 0, 9999, 0x0600, NEVER, 0},
+    {"CV", WORDS, 0, 199, 0x0E00, NEVER, 0},
+    {"CV2", COUNTERS, 200, 255, 0x0E00, NEVER, 0},
+    {"D", WORDS, 0, 11999, 0x1000, 4096, 0x8000},
+    {"TV_bit", BITS_OF_WORDS, 0, 159999, 0, NEVER, 0},
 };
 
 } // namespace
 
-TEST_F(EveryRun, OfInputsX)
+TEST_P(EveryRun, IsPolledStoredAndReported)
 {
-    expectEveryBitRun({"X", 0, 9999, 0x0400, NEVER, 0});
+    const Area &area = GetParam();
+    for (int start = area.lowest; start <= area.highest; start += KMR_STARTS_STEP) {
+        for (int count = 1; count <= 20; ++count) {
+            expectRun(area, start, count);
+            if (HasFailure())
+                FAIL() << area.name << " from " << start << ", " << count << " elements";
+        }
+    }
 }
 
-TEST_F(EveryRun, OfOutputsY)
-{
-    expectEveryBitRun({"Y", 0, 9999, 0x0500, NEVER, 0});
-}
-
-TEST_F(EveryRun, OfRelaysM)
-{
-    expectEveryBitRun({"M", 0, 65536, 0x0800, 1536, 0xAA00});
-}
-
-TEST_F(EveryRun, OfStepsS)
-{
-    expectEveryBitRun({"S", 0, 9999, 0x0000, NEVER, 0});
-}
-
-TEST_F(EveryRun, OfTimersT)
-{
-    expectEveryBitRun({"T", 0, 9999, 0x0600, NEVER, 0});
-}
-
-TEST_F(EveryRun, OfCountersC)
-{
-    expectEveryBitRun({"C", 0, 9999, 0x0E00, NEVER, 0});
-}
-
-TEST_F(EveryRun, OfTimerValuesTV)
-{
-    expectEveryWordRun({"TV", 0, 9999, 0x0600, NEVER, 0});
-}
-
-TEST_F(EveryRun, OfCounterValuesCV)
-{
-    expectEveryWordRun({"CV", 0, 199, 0x0E00, NEVER, 0});
-}
-
-TEST_F(EveryRun, OfLongCountersCV2)
-{
-    expectEveryCounterRun({"CV2", 200, 255, 0x0E00, NEVER, 0});
-}
-
-TEST_F(EveryRun, OfDataWordsD)
-{
-    expectEveryWordRun({"D", 0, 11999, 0x1000, 4096, 0x8000});
-}
-
-TEST_F(EveryRun, OfBitsOfTimerValues)
-{
-    expectEveryTvBitRun({"TV_bit", 0, 159999, 0, NEVER, 0});
-}
+INSTANTIATE_TEST_SUITE_P(Of, EveryRun, testing::ValuesIn(AREAS),
+                         [](const auto &area) { return std::string(area.param.name); });

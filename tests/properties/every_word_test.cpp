@@ -3,16 +3,13 @@
 #include "tests/driver/loaded_driver.h"
 #include "tests/properties/model_frames.h"
 
-#include <cstdio>
 #include <string>
 
 namespace {
 
-std::string hex(unsigned value)
+std::string hex(unsigned word)
 {
-    char digits[8];
-    std::snprintf(digits, sizeof digits, "%04X", value);
-    return digits;
+    return model::hex(word, 4);
 }
 
 std::string framed(const std::string &digits)
@@ -50,18 +47,10 @@ protected:
 
 } // namespace
 
-TEST_F(EveryWord, OfTV)
+TEST_F(EveryWord, OfAWordArea)
 {
     expectBothWays("TV", "06C8");
-}
-
-TEST_F(EveryWord, OfCV)
-{
     expectBothWays("CV", "0EC8");
-}
-
-TEST_F(EveryWord, OfD)
-{
     expectBothWays("D", "10C8");
 }
 

@@ -271,11 +271,8 @@ std::string Generator::addressText(int area)
 
 Call Generator::editor()
 {
-    static const std::vector<Kind> kinds = {
-        Kind::Identity, Kind::CheckValidity, Kind::CheckValidity, Kind::CheckAddr, Kind::CheckAddr,
-        Kind::Describe, Kind::ListByType,    Kind::Series,        Kind::Series};
     Call call;
-    call.kind = pick(kinds);
+    call.kind = pick(std::vector<Kind>{Kind::CheckValidity, Kind::CheckAddr, Kind::Series});
     call.area = below(static_cast<int>(areaNames().size()));
     call.count = chance(97) ? count() : pick(std::vector<int>{INT_MAX, INT_MIN});
     if (call.kind == Kind::Series) {
@@ -288,11 +285,9 @@ Call Generator::editor()
     } else if (call.kind == Kind::CheckValidity) {
         call.option = chance(50) ? 0 : pick(std::vector<int>{1, -1, 5});
         call.text = addressText(call.area);
-    } else if (call.kind == Kind::CheckAddr) {
+    } else {
         call.option = chance(50) ? -1 : below(11);
         call.text = addressText(call.area);
-    } else {
-        call.option = below(4) - 1;
     }
     return call;
 }

@@ -145,44 +145,14 @@ CheckedAddress checkAddr(const std::string &area, const std::string &text, int d
     return checkText(area, text, count);
 }
 
-std::vector<std::string> catalogueRow(const std::string &area)
-{
-    static const std::map<std::string, std::vector<std::string>> rows = {
-        {"X", {"ooooo", "0", "23417", "0", "0"}}, {"Y", {"ooooo", "0", "23417", "0", "1"}},
-        {"M", {"ddddd", "0", "65536", "0", "1"}}, {"S", {"dddd", "0", "9999", "0", "1"}},
-        {"T", {"dddd", "0", "9999", "0", "1"}},   {"C", {"dddd", "0", "9999", "0", "1"}},
-        {"TV", {"dddd", "0", "9999", "1", "1"}},  {"CV", {"ddd", "0", "199", "1", "1"}},
-        {"CV2", {"ddd", "200", "255", "1", "1"}}, {"D", {"ddddd", "0", "11999", "1", "1"}}};
-    const auto row = rows.find(area);
-    return row == rows.end() ? std::vector<std::string>() : row->second;
-}
-
-std::vector<std::string> areasOfType(int type)
-{
-    if (type == 0)
-        return {"X", "Y", "M", "S", "T", "C"};
-    if (type == 1)
-        return {"TV", "CV", "CV2", "D"};
-    return {};
-}
-
 Series multiCopy(const std::string &area, int start, int n, int step)
 {
-    static const std::map<std::string, std::pair<int, std::string>> ends = {
-        {"D", {11999, "11999"}},
-        {"CV2", {255, "255"}},
-        {"CV", {199, "199"}},
-        {"TV", {9999, "9999"}},
-        {"S", {9999, "9999"}},
-        {"T", {9999, "9999"}},
-        {"C", {9999, "9999"}},
-        {"M", {65536, "65536"}},
-        {"X", {23417, "23417"}},
-        {"Y", {23417, "23417"}},
-        {"TV_bit", {1048575, "65536.15"}}};
-    const auto end = ends.find(area);
-    if (end == ends.end())
+    const auto range = ranges.find(area);
+    if (range == ranges.end())
         return {};
+    const bool wordBits = area == "TV_bit"; // has an end of its own here
+    const int end = wordBits ? 1048575 : range->second.second;
+    const std::string endText = wordBits ? "65536.15" : std::to_string(end);
     const bool octal = area == "X" || area == "Y";
     Series series;
     series.code = 1;
@@ -193,21 +163,16 @@ Series multiCopy(const std::string &area, int start, int n, int step)
             ++value;
             ++correction;
         }
-        const bool inside = value <= end->second.first;
-        const std::string text = area == "TV_bit"
+        const bool inside = value <= end;
+        const std::string text = wordBits
                                      ? unsignedText(value / 16) + "." + unsignedText(value % 16)
                                      : unsignedText(value);
-        series.texts.push_back(inside ? text : end->second.second);
-        series.numbers.push_back(inside ? static_cast<int>(value) : end->second.first);
+        series.texts.push_back(inside ? text : endText);
+        series.numbers.push_back(inside ? static_cast<int>(value) : end);
         if (!inside)
             series.code = 2;
     }
     return series;
-}
-
-std::string defaultParameters()
-{
-    return "0,9600,7,EVEN,1,0,1,192.168.0.10,8888,Ostrel_kmr,X,Y,M,S,T,C,TV,CV,CV2,D";
 }
 
 } // namespace model

@@ -1,4 +1,4 @@
-// Addresses as the model understands them: conversions, the editor's checks, catalogue and series.
+// Addresses as the model understands them: conversions, the editor's checks and series.
 // Part of the second opinion on the driver (model_driver.h); uses nothing of driver/ and no Qt.
 #pragma once
 
@@ -39,12 +39,6 @@ CheckedAddress checkAddrValidity(const std::string &area, const std::string &tex
                                  bool wantWord);
 CheckedAddress checkAddr(const std::string &area, const std::string &text, int dataType, int count);
 
-// Mask, lowest, highest, word flag and writable flag of an area; empty for an unknown one.
-std::vector<std::string> catalogueRow(const std::string &area);
-
-// The names of the bit areas (0), of the word areas (1), or none.
-std::vector<std::string> areasOfType(int type);
-
 struct Series {
     int code = 0;
     std::vector<std::string> texts;
@@ -52,8 +46,5 @@ struct Series {
 };
 
 Series multiCopy(const std::string &area, int start, int n, int step);
-
-// The settings that a new link starts with.
-std::string defaultParameters();
 
 } // namespace model

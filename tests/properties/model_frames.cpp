@@ -10,14 +10,6 @@
 namespace model {
 namespace {
 
-std::string hex(long long value, int digits)
-{
-    char text[32];
-    std::snprintf(text, sizeof text, "%0*llX", digits,
-                  static_cast<unsigned long long>(value) & ((1ULL << (4 * digits)) - 1));
-    return text;
-}
-
 // Decimal, zeros in front, the last `width` characters: 12 is "12", 123 is "23", -1 is "-1".
 std::string decimalField(int value, size_t width)
 {
@@ -39,6 +31,14 @@ std::string finished(const std::string &digits)
 }
 
 } // namespace
+
+std::string hex(long long value, int digits)
+{
+    char text[32];
+    std::snprintf(text, sizeof text, "%0*llX", digits,
+                  static_cast<unsigned long long>(value) & ((1ULL << (4 * digits)) - 1));
+    return text;
+}
 
 unsigned char Variable::byte(size_t i) const
 {

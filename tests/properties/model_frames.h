@@ -38,6 +38,9 @@ struct Frame {
 
 bool operator==(const Frame &a, const Frame &b);
 
+// The last `digits` upper-case hexadecimal digits of `value`, a negative one in two's complement.
+std::string hex(long long value, int digits);
+
 // The two LRC digits of the digits between ':' and LRC.
 std::string lrc(const std::string &digits);
 

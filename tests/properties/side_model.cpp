@@ -88,25 +88,11 @@ Outcome ModelSide::exported(const Call &call, const std::string &reply)
         outcome.result = 1;
         break;
     }
-    case Kind::Identity:
-        outcome.texts = {model::defaultParameters(), "0_0", ""};
-        outcome.numbers = {0};
-        break;
     case Kind::CheckValidity:
         return checked(
             model::checkAddrValidity(areaOf(call), call.text, call.count, call.option != 0));
     case Kind::CheckAddr:
         return checked(model::checkAddr(areaOf(call), call.text, call.option, call.count));
-    case Kind::Describe:
-        outcome.texts = model::catalogueRow(areaOf(call));
-        outcome.result = outcome.texts.empty() ? 0 : 1;
-        outcome.texts.insert(outcome.texts.begin(), "kept");
-        break;
-    case Kind::ListByType:
-        outcome.texts = model::areasOfType(call.option);
-        outcome.texts.insert(outcome.texts.begin(), "kept");
-        outcome.result = call.option == 1 ? 1 : 0;
-        break;
     case Kind::Series: {
         model::Series series =
             model::multiCopy(areaOf(call), call.address, call.count, call.option);

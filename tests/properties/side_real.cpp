@@ -54,14 +54,6 @@ model::Frame plain(const FRAME_PRO &frame)
             plain(frame.var)};
 }
 
-std::vector<std::string> plain(const QStringList &list)
-{
-    std::vector<std::string> texts;
-    for (const QString &text : list)
-        texts.push_back(text.toStdString());
-    return texts;
-}
-
 } // namespace
 
 RealSide::RealSide()
@@ -190,36 +182,20 @@ Outcome RealSide::editor(const Call &call)
     Outcome outcome;
     qint32 number = -77;
     const QString text = QString::fromStdString(call.text);
-    QStringList list(QString::fromLatin1("kept"));
-    if (call.kind == Kind::Identity) {
-        QString parameter;
-        QString page;
-        QString settings = QString::fromLatin1("anything");
-        kmr.getProtocolType(&number);
-        kmr.getDriverParameter(parameter);
-        kmr.getDriverPropertyPage(page);
-        kmr.SetDriverPropertyPage(settings);
-        outcome.numbers = {number};
-        outcome.texts = plain(QStringList{parameter, page, settings});
-    } else if (call.kind == Kind::CheckValidity) {
+    if (call.kind == Kind::CheckValidity) {
         outcome.result =
             kmr.checkAddrValidity(areaOf(call), text, &number, call.count, call.option);
         outcome.numbers = {number};
     } else if (call.kind == Kind::CheckAddr) {
         outcome.result = kmr.checkAddr(areaOf(call), text, &number, call.option, call.count);
         outcome.numbers = {number};
-    } else if (call.kind == Kind::Describe) {
-        outcome.result = kmr.getRegDiscription(areaOf(call), list);
-        outcome.texts = plain(list);
-    } else if (call.kind == Kind::ListByType) {
-        outcome.result = kmr.getRegListByType(call.option, list);
-        outcome.texts = plain(list);
     } else {
         QVector<QString> texts{QString::fromLatin1("kept")};
         QVector<qint32> numbers{-77};
         outcome.result =
             kmr.multiCopy(areaOf(call), call.address, call.count, call.option, &texts, &numbers);
-        outcome.texts = plain(texts.toList());
+        for (const QString &entry : std::as_const(texts))
+            outcome.texts.push_back(entry.toStdString());
         outcome.numbers.assign(numbers.begin(), numbers.end());
     }
     return outcome;
