@@ -70,7 +70,7 @@ bool parseAddress(const DeviceArea &area, const QString &text, qint32 *value)
     return ok;
 }
 
-// Everything behind the type checks, in which the two exported checks differ.
+// Everything after the type checks, in which the two exported checks differ.
 AddressCheck checkAddressText(const DeviceArea &area, const QString &text, qint32 *address,
                               qint32 count)
 {

@@ -99,8 +99,8 @@ VARIABLE writeRequest(qint32 station, const QString &area, qint32 address, qint3
     return request;
 }
 
-// One request a bit, at the next decimal number: after Y7 comes 8, which is no octal digit and goes
-// out as Y0. Hosts end a run of Y at a digit 7.
+// One request a bit, at the next decimal number: after Y7 comes 8, which is not an octal digit and
+// goes out as Y0. Hosts end a run of Y at a digit 7.
 void queueBitWrites(qint32 station, const QString &area, qint32 first, qint32 count,
                     const quint8 *data, qint32 reqTag)
 {

@@ -4,7 +4,7 @@
 
 namespace {
 
-const int REPLY_DATA_POS = 7;           // behind ':', station, function and byte count
+const int REPLY_DATA_POS = 7;           // after ':', station, function and byte count
 const int READ_REPLY_OVERHEAD = 11;     // ':', station, function, byte count, LRC, CR LF
 const int WRITE_REPLY_OVERHEAD = 13;    // ':', station, function, address, LRC, CR LF
 const int WORDS_MOST = VALUE_BYTES / 2; // that a request's data holds
@@ -75,7 +75,7 @@ void appendHex(RequestText &text, qint64 value, int width)
         append(text, hexDigit(static_cast<int>(value >> (4 * digit)) & 0x0F));
 }
 
-// Appends the last `width` characters of `value` in decimal digits behind zeros.
+// Appends the last `width` characters of `value` in decimal digits after zeros.
 void appendDecimal(RequestText &text, qint32 value, int width)
 {
     qint64 rest = qAbs(qint64(value));

@@ -127,7 +127,8 @@ qint32 intf_initProperty(quint8 *status, void *second, quint8 *recipe, qint32 *r
     driver.cyclicReads.clear();
     driver.pendingWrites.clear();
     driver.pendingReads.clear();
-    driver.dataAreas = QList<_DATA_>(); // clear() takes new memory in Qt 6: the index shares the old
+    // In Qt 6 clear() would take new memory, because the index shares the old.
+    driver.dataAreas = QList<_DATA_>();
     driver.sendState = SEND_NOTHING;
     driver.burstCount = 0;
     driver.counterA = 0;

@@ -351,7 +351,7 @@ OSTREL_KMR_EXPORT void intf_getDriverPropertyPage(QString &page) OSTREL_KMR_NOEX
 /// Sets `page` to the empty text; the driver takes no settings this way.
 OSTREL_KMR_EXPORT void intf_SetDriverPropertyPage(QString &page) OSTREL_KMR_NOEXCEPT;
 
-/// Stores the function that is told of changes; null switches reports off.
+/// Stores the function that is called at each change; null switches reports off.
 OSTREL_KMR_EXPORT void
 intf_setAddrValueChangeCallBack(ValueChangedCallback callback) OSTREL_KMR_NOEXCEPT;
 
@@ -362,7 +362,7 @@ intf_setAddrValueChangeCallBack(ValueChangedCallback callback) OSTREL_KMR_NOEXCE
 /// \param recipe    recipe buffer, two bytes a word, low-order byte first, or null
 /// \param result    receives 0
 /// \param property  Latin-1 text "device#writeQueueOff#third#retryLimit#groupLimit", further
-///                  pieces ignored; a piece that is no number counts as 0; a group limit above 8
+///                  pieces ignored; a piece that is not a number counts as 0; a group limit above 8
 ///                  is stored as 8, one below 1 makes requests of one element. With fewer than
 ///                  five pieces the five settings stay as they were.
 /// \param mutex     guards the recipe request bytes of `status`, or null
@@ -452,10 +452,10 @@ OSTREL_KMR_EXPORT qint32 intf_getData(qint32 station, QString area, qint32 addre
 /// Queues writes and mirrors the values into the store at once. `data` and `count` as in
 /// intf_getData; a bit is set by 1 and cleared by any other byte. A queued write of the same target
 /// after the front is superseded; the queue holds 513 requests and then replaces its last. Of a run
-/// of "Y" each bit goes to the next decimal number: 8 after Y7, which is no octal digit and counts
-/// as Y0. When a write of "CV2" counters ends, as many counters again after them take the value
-/// last written to them, or 0, until their next read, and their change is reported. `reqTag` is
-/// carried along. Returns 1.
+/// of "Y" each bit goes to the next decimal number: 8 after Y7, which is not an octal digit and
+/// counts as Y0. When a write of "CV2" counters ends, as many counters again after them take the
+/// value last written to them, or 0, until their next read, and their change is reported. `reqTag`
+/// is carried along. Returns 1.
 OSTREL_KMR_EXPORT qint32 intf_setData(qint32 station, QString area, qint32 address, qint32 count,
                                       quint8 *data, qint32 reqTag) OSTREL_KMR_NOEXCEPT;
 

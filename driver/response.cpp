@@ -119,7 +119,7 @@ QString uploadEvent()
 }
 
 // Hands a value of an uploaded recipe entry to the host. `word` is where it goes and `reportedWord`
-// what the host is told, both counted from the entry's first word.
+// what is reported to the host, both counted from the entry's first word.
 void storeInRecipe(const QString &event, qint32 word, qint32 reportedWord, quint32 value,
                    size_t size)
 {
@@ -309,7 +309,7 @@ void describeRequest(QString &text, qint64 replyLength)
 
 // A counter write counts words, two a counter, and settles as many records: the counters after
 // those that it wrote take their own last written value for read, 0 when there was none, and the
-// host is told of a change there. Their real value comes with the next read.
+// change there is reported to the host. Their real value comes with the next read.
 void settleElement(qint32 station, const QString &area, qint32 address, size_t bytes,
                    qint32 success)
 {

@@ -91,6 +91,8 @@ Session &Connection::open()
 {
     m_address = linkOf(m_options);
     m_device = openLink(m_address, CONNECT_LIMIT, stopFlag());
+    if (m_address.kind == LinkAddress::Kind::Serial)
+        m_nameById = nameById(m_address.device);
     SessionSettings settings;
     settings.poll.characterTime = characterTime(m_address);
     settings.poll.firstQuiet = quietBeforeUse(settings.poll.characterTime);
@@ -104,15 +106,10 @@ Session &Connection::open()
 
 bool Connection::reconnect()
 {
-    if (!kmr::reconnect(*m_device, m_address, CONNECT_LIMIT, stopFlag()))
+    if (!kmr::reconnect(*m_device, m_address, m_nameById, CONNECT_LIMIT, stopFlag()))
         return false;
     m_session->restart();
     return true;
-}
-
-bool Connection::canReconnect() const
-{
-    return m_address.kind == LinkAddress::Kind::Tcp;
 }
 
 Session &Connection::openOn(std::unique_ptr<QIODevice> device)

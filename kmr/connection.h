@@ -50,12 +50,8 @@ public:
     // Opens the link. Throws Error.
     Session &open();
 
-    // Tries once to open a lost TCP connection again; the session then has to be told what to
-    // poll.
+    // Tries once to open the lost link again; the session then has to be told what to poll.
     bool reconnect();
-
-    // True if open() opened a link that reconnect() can bring back.
-    bool canReconnect() const;
 
     // Instead: a session on an open device that is not a line. It neither echoes nor needs pauses,
     // and answers at once or never.
@@ -72,6 +68,7 @@ private:
     std::unique_ptr<CaptureWriter> m_capture;
     std::unique_ptr<LineTrace> m_trace;
     LinkAddress m_address; // once it is opened
+    QString m_nameById;    // likewise, of a serial port
     std::unique_ptr<QIODevice> m_device;
     std::unique_ptr<Session> m_session;
 };

@@ -36,10 +36,10 @@ QString hex(unsigned value, int digits);
 
 enum class LineFault {
     None,
-    NoStart,   // the first character is no ':'
+    NoStart,   // the first character is not ':'
     NoLineEnd, // CR LF is missing
     TooLong,   // more than MAX_LINE_CHARS characters
-    NotHex,    // a character that is no hexadecimal digit, or an odd number of digits
+    NotHex,    // a character that is not a hexadecimal digit, or an odd number of digits
     TooShort,  // no room for station, function and LRC
     WrongLrc
 };

@@ -27,7 +27,7 @@ struct Exchange {
     std::uint8_t exception = 0; // modbus::ILLEGAL_..., 0 for none
     QStringList faults;         // names of those that hit it: "flip"
 
-    // What the line says, where it is no BadLine. Fields that the line is too short for are 0.
+    // What the line says, if it is not a BadLine. Fields that the line is too short for are 0.
     std::uint8_t station = 0;   // 0x12 for the characters "12"
     std::uint8_t function = 0;  // of any value
     std::uint16_t address = 0;  // first bit or register

@@ -17,7 +17,7 @@
 //   late=1500ms      all comes so much later
 //   pieces=20ms      all comes in two to five pieces with that pause between them
 //
-// Faults that hit the same request act in this order, the one that is typed later behind another of
+// Faults that hit the same request act in this order, the one that is typed later after another of
 // its kind. Of the faults that damage characters (lose, double, flip) only the first one acts:
 // two could make another valid answer, which nobody could tell from a true one.
 #pragma once

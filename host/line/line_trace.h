@@ -46,7 +46,7 @@ public:
     // trace.
     void add(const QDateTime &time, bool isSent, const QByteArray &characters);
 
-    // Tells what has been received and is no whole frame.
+    // Tells what has been received and is not a whole frame.
     void flush();
 
 private:

@@ -4,6 +4,8 @@
 
 #include <QCoreApplication>
 #include <QDeadlineTimer>
+#include <QDir>
+#include <QFile>
 #include <QFileInfo>
 #include <QTcpSocket>
 #include <QTimer>
@@ -153,16 +155,21 @@ QString serialAdvice(const QSerialPort &port)
     return "is it a serial port that takes these settings?";
 }
 
+bool openPort(QSerialPort &port, const LinkAddress &address)
+{
+    // Before opening: a pseudo-terminal refuses 7 data bits afterwards.
+    port.setBaudRate(address.baud);
+    port.setDataBits(address.dataBits);
+    port.setParity(address.parity);
+    port.setStopBits(address.stopBits);
+    port.setFlowControl(QSerialPort::NoFlowControl);
+    return port.open(QIODevice::ReadWrite);
+}
+
 std::unique_ptr<QIODevice> openSerial(const LinkAddress &address)
 {
     auto port = std::make_unique<QSerialPort>(address.device);
-    // Before opening: a pseudo-terminal refuses 7 data bits afterwards.
-    port->setBaudRate(address.baud);
-    port->setDataBits(address.dataBits);
-    port->setParity(address.parity);
-    port->setStopBits(address.stopBits);
-    port->setFlowControl(QSerialPort::NoFlowControl);
-    if (!port->open(QIODevice::ReadWrite)) {
+    if (!openPort(*port, address)) {
         throw Error(ErrorKind::Link,
                     QString("cannot open %1: %2 (%3)")
                         .arg(address.device, port->errorString(), serialAdvice(*port)));
@@ -200,14 +207,30 @@ std::unique_ptr<QIODevice> openLink(const LinkAddress &address, std::chrono::mil
                                                   : openSerial(address);
 }
 
-bool reconnect(QIODevice &device, const LinkAddress &address, std::chrono::milliseconds timeout,
-               const std::atomic<bool> &stop)
+bool reconnect(QIODevice &device, const LinkAddress &address, const QString &nameById,
+               std::chrono::milliseconds timeout, const std::atomic<bool> &stop)
 {
-    auto *const socket = qobject_cast<QAbstractSocket *>(&device);
-    if (socket == nullptr)
+    if (auto *const socket = qobject_cast<QAbstractSocket *>(&device)) {
+        socket->abort();
+        return connectSocket(*socket, address, timeout, stop);
+    }
+    auto *const port = qobject_cast<QSerialPort *>(&device);
+    if (port == nullptr)
         return false;
-    socket->abort();
-    return connectSocket(*socket, address, timeout, stop);
+    port->close();
+    const bool isElsewhere = !nameById.isEmpty() && !QFile::exists(address.device);
+    port->setPortName(isElsewhere ? nameById : address.device);
+    return openPort(*port, address);
+}
+
+QString nameById(const QString &device, const QString &folder)
+{
+    const QString wanted = QFileInfo(device).canonicalFilePath();
+    for (const QFileInfo &link : QDir(folder).entryInfoList(QDir::System | QDir::Files)) {
+        if (!wanted.isEmpty() && link.canonicalFilePath() == wanted)
+            return link.absoluteFilePath();
+    }
+    return {};
 }
 
 std::chrono::nanoseconds characterTime(const LinkAddress &address)

@@ -1,4 +1,4 @@
-// The link to a controller: a serial port or a TCP connection, behind a QIODevice.
+// The link to a controller: a serial port or a TCP connection, as a QIODevice.
 #pragma once
 
 #include <QIODevice>
@@ -34,10 +34,15 @@ LinkAddress parseLink(const QString &text);
 std::unique_ptr<QIODevice> openLink(const LinkAddress &address, std::chrono::milliseconds timeout,
                                     const std::atomic<bool> &stop);
 
-// Opens a lost TCP connection again, on the same device; false where it does not come about within
-// `timeout` or before `stop` is set. A serial port that is gone stays lost.
-bool reconnect(QIODevice &device, const LinkAddress &address, std::chrono::milliseconds timeout,
-               const std::atomic<bool> &stop);
+// Opens a lost link again, on the device that openLink() made; false if it does not come about,
+// over TCP within `timeout` and before `stop` is set. A serial port that is not there any more is
+// looked for under `nameById`, unless that is empty.
+bool reconnect(QIODevice &device, const LinkAddress &address, const QString &nameById,
+               std::chrono::milliseconds timeout, const std::atomic<bool> &stop);
+
+// The name that a serial port keeps when its adapter is plugged in again, which may give it another
+// number: the link in `folder` that leads to it, or an empty text.
+QString nameById(const QString &device, const QString &folder = "/dev/serial/by-id");
 
 // How long one character takes on the wire; 0 for TCP.
 std::chrono::nanoseconds characterTime(const LinkAddress &address);

@@ -81,8 +81,8 @@ struct StepNews {
 //  - The same request is sent again at once: whichever of its answers comes is one to it. A read
 //    that is refused with exception 02 or 03 is not: the answer would be the same.
 //  - Before another request to the station it waits until all owed answers have come, or can be
-//    taken for lost: behind a good answer a timeout after the time that it could have taken, from
-//    the first attempt on, behind a request that was given up three timeouts, and a timeout after
+//    taken for lost: after a good answer, a timeout after the time that it could have taken, from
+//    the first attempt on; after a request that was given up, three timeouts; and a timeout after
 //    the time that the station's late answers took so far.
 //  - When an answer comes although none is owed, it waits for a quiet line.
 //
@@ -93,7 +93,7 @@ public:
     using Observer = std::function<void(const Exchange &)>;
 
     enum class Step {
-        Exchanged, // one request went out, and the observer was told of it
+        Exchanged, // one request went out, and the observer was called
         Idle,      // the driver has nothing to send
         LineLost,  // the device can't be used any more, or took no characters for the timeout
         Stopped    // the stop flag is set
@@ -117,7 +117,7 @@ public:
         m_turnOf = std::move(turnOf);
     }
 
-    // Is called when an exchange confirms earlier ones, before the observer is told of it; without
+    // Is called when an exchange confirms earlier ones, before the observer is called; without
     // PollSettings::inStep after each exchange. And when a line comes that no request waited for.
     using StepObserver = std::function<void(const StepNews &)>;
     void setStepObserver(StepObserver observer)

@@ -98,7 +98,7 @@ ReplyFilter::Verdict ReplyFilter::take(const QByteArray &bytes)
     return Verdict::MoreWanted;
 }
 
-// Whether `line`, behind the answer, is another one from the same station.
+// Whether `line`, after the answer, is another one from the same station.
 bool ReplyFilter::isRival(const QByteArray &line) const
 {
     return line != m_reply && modbus::stationOf(line) == modbus::stationOf(m_request) &&
@@ -201,7 +201,7 @@ ReplyFilter::Verdict ReplyFilter::bad(ReplyFault fault)
     return Verdict::Bad;
 }
 
-// A good line that is no answer to the request: the answer may follow.
+// A good line that is not an answer to the request: the answer may follow.
 ReplyFilter::Verdict ReplyFilter::passOver(ReplyFault fault)
 {
     if (m_passedOver == ReplyFault::None)

@@ -1,5 +1,5 @@
 // Keeps a silent station from starving the others on its line: each request to it costs a whole
-// timeout and the quiet time behind it, and with retries a multiple, while everyone else waits.
+// timeout and the quiet time after it, and with retries a multiple, while everyone else waits.
 //
 //  - A station whose request was given up is asked without retries until it answers, and its polled
 //    blocks are passed over for a pause of three timeouts: a late answer may still come.

@@ -54,7 +54,7 @@ QString reasonFor(const Element &element, const std::vector<FRAME_PRO> &frames)
             return "never refreshed: the driver's request for single bits of TV words asks nothing";
         if (contains(storedBy(frame), element)) {
             const ElementRange run = refreshedBy(frame);
-            return QString("read wrongly: the block from %1 goes on in other memory behind the "
+            return QString("read wrongly: the block from %1 goes on in other memory after the "
                            "border at %2, where the area's base address changes")
                 .arg(elementName(run.area, run.first), elementName(run.area, run.end()));
         }

@@ -12,7 +12,7 @@ int wordsEach(const QString &area)
     return isCounterArea(area) ? 2 : 1;
 }
 
-// All items' requests, one behind the other in the recipe buffer.
+// All items' requests, one after the other in the recipe buffer.
 QVector<_RCP_VAR_PRO> layOut(const std::vector<RecipeItem> &items, int groupLimit)
 {
     QVector<_RCP_VAR_PRO> entries;

@@ -20,7 +20,7 @@ using Numbers = std::set<int>;
 // What is asked for in one area of one station.
 struct Elements {
     Numbers numbers;
-    Numbers tied; // must come in one request with the number behind them
+    Numbers tied; // must come in one request with the number after them
 };
 
 // Asks for the numbers from `first` to below `end`, in one request.
@@ -65,19 +65,19 @@ void cutBits(ElementRange run, const Numbers &numbers, int runBits, std::vector<
     }
 }
 
-// Makes the last request below a border and the first one behind it too long to be joined.
+// Makes the last request below a border and the first one after it too long to be joined.
 void keepApartAtBorders(const QString &area, int groupLimit, Elements &words)
 {
     for (int border = nextBorder(area, 0); border != INT_MAX; border = nextBorder(area, border)) {
-        const auto behind = words.numbers.lower_bound(border);
-        if (behind == words.numbers.begin() || behind == words.numbers.end() ||
-            *behind - *std::prev(behind) >= groupLimit)
+        const auto after = words.numbers.lower_bound(border);
+        if (after == words.numbers.begin() || after == words.numbers.end() ||
+            *after - *std::prev(after) >= groupLimit)
             continue;
         int begin = border - groupLimit;
         while (words.tied.count(begin - 1) > 0)
             ++begin;
         addTied(begin, border, words);
-        addTied(*behind, begin + groupLimit + 1, words);
+        addTied(*after, begin + groupLimit + 1, words);
     }
 }
 

@@ -7,10 +7,10 @@
 //    words of a 32-bit value: they could come from before and after a change.
 //  - Counters: one by one, because the driver halves a larger count.
 //  - The driver joins neighbouring runs while the joined run is no longer than the group limit,
-//    also across the borders of nextBorder(), and would then read other memory behind the border.
+//    also across the borders of nextBorder(), and would then read other memory after the border.
 //    The last run below a border is therefore made so long that nothing can be joined to it:
-//     - words in a full group; where that would cut through a value, the group begins behind it and
-//       the first run behind the border makes up for what it lacks
+//     - words in a full group; where that would cut through a value, the group begins after it and
+//       the first run after the border makes up for what it lacks
 //     - bits from the first one of their block on, and, where that is a run's only block, one bit
 //       short of the border: 16 bits make the driver read 32; the last one is refreshed as well
 #pragma once

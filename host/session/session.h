@@ -53,7 +53,7 @@ struct RequestResult {
 // How far a recipe transfer came.
 struct RecipeProgress {
     int finished = 0; // entries answered for certain
-    int unsure = 0;   // entries behind these that were sent
+    int unsure = 0;   // entries after these that were sent
     int failed = 0;   // index of the entry that ended the transfer, when it failed
 };
 
@@ -211,7 +211,7 @@ private:
         QVector<_RCP_VAR_PRO> entries;
         std::vector<AnsweredEntry> answered; // the first ones of the entries
         bool isInDoubt = false;              // an answered entry, for good
-        bool wasSent = false;                // the entry behind those answered
+        bool wasSent = false;                // the entry after those answered
         bool wasUnanswered = false;          // likewise, when it was sent before
         std::optional<RequestResult> result; // of the entry that failed
 

@@ -17,7 +17,7 @@ namespace {
 using std::chrono::milliseconds;
 using std::chrono::steady_clock;
 
-// The pauses between attempts to connect again: half a second, doubled up to half a minute.
+// The pauses between attempts to open the line again: half a second, doubled up to half a minute.
 constexpr milliseconds FIRST_PAUSE(500);
 constexpr milliseconds LONGEST_PAUSE(30000);
 constexpr milliseconds STOP_CHECK(50);
@@ -26,7 +26,8 @@ using IsOver = std::function<bool()>;
 
 const char *const HELP =
     R"(On a terminal it shows a live table (unless --count or --format is given), else a
-line for each change. A lost TCP connection is opened again.
+line for each change. A lost line is opened again: a TCP connection, and a serial
+port also under the name that its adapter has in /dev/serial/by-id.
 A station that stays silent is asked less often while others answer.
 Ctrl-C ends it, with a summary on stderr.
 
@@ -68,15 +69,14 @@ bool awaitReconnection(Connection &connection, Watcher &watcher, const IsOver &i
     return false;
 }
 
-// False when the line is lost for good. `pause` grows until something is answered: some gateways
-// accept every connection and close it again.
+// False when the end has come before the line. `pause` grows until something is answered: some
+// gateways accept every connection and close it again.
 bool bringBack(Connection &connection, Watcher &watcher, const IsOver &isOver, milliseconds &pause)
 {
-    const bool canReconnect = connection.canReconnect();
     if (!watcher.isLost())
         pause = FIRST_PAUSE;
-    watcher.noteLoss(canReconnect ? ", connecting again" : ": check the cable, then start again");
-    if (!canReconnect || !awaitReconnection(connection, watcher, isOver, pause))
+    watcher.noteLoss();
+    if (!awaitReconnection(connection, watcher, isOver, pause))
         return false;
     watcher.noteReconnection();
     return true;

@@ -111,10 +111,10 @@ void Watcher::noteStation(int station)
     }
 }
 
-void Watcher::noteLoss(const QString &advice)
+void Watcher::noteLoss()
 {
     if (!std::exchange(m_isLost, true))
-        printError(now() + " the line was lost" + advice);
+        printError(now() + " the line was lost, opening it again");
     for (std::size_t i = 0; i < m_tags.size(); ++i)
         makeStale(i, "the line was lost");
 }

@@ -35,8 +35,8 @@ public:
     // The time until the next request is to be made: 0 but between two cycles.
     std::chrono::nanoseconds pause() const;
 
-    // The line is lost: nothing is fresh any more. `advice` follows the words.
-    void noteLoss(const QString &advice);
+    // The line is lost: nothing is fresh any more.
+    void noteLoss();
 
     // It is open again. That it is back is reported with the first answer.
     void noteReconnection();

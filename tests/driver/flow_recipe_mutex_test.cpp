@@ -65,9 +65,9 @@ private:
         current->accesses +=
             place < current->block + STATUS_RECIPE_UPLOAD ? "download " : "upload ";
         current->accesses += held ? "held " : "free ";
-        const size_t page = static_cast<size_t>(sysconf(_SC_PAGESIZE));
+        const long page = sysconf(_SC_PAGESIZE);
         quint8 *const start = current->memory + (place - current->memory) / page * page;
-        mprotect(start, page, PROT_READ | PROT_WRITE);
+        mprotect(start, static_cast<size_t>(page), PROT_READ | PROT_WRITE);
     }
 
     static inline GuardedStatus *current;

@@ -108,7 +108,7 @@ TEST_F(RecipeFrame, OnlyAByteOfOneRequestsARecipe)
 {
     addRecipeEntry("D", 10, 1, 0);
     for (int value = 0; value <= 255; ++value) {
-        for (const size_t request : {60115, 60116}) {
+        for (const size_t request : {60115u, 60116u}) {
             status[request] = static_cast<quint8>(value);
             EXPECT_EQ(nextAnswered().empty(), value != 1) << request << " holds " << value;
             status[request] = 0;

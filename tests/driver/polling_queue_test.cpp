@@ -64,7 +64,7 @@ TEST_F(ConditionRead, QueuesTheRequest)
 
 TEST_F(ConditionRead, LeavesTheHostsRunAsItIs)
 {
-    KEY_ADDRESS key;
+    static KEY_ADDRESS key; // static: its padding is defined too
     key.label = "label";
     key.hostWord1 = 1;
     key.hostWord2 = 2;

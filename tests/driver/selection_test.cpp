@@ -38,7 +38,7 @@ TEST_F(SendFrame, NothingToSendReturns0)
 
 TEST_F(SendFrame, NothingToSendLeavesEveryByteOfTheOutput)
 {
-    FRAME_PRO frame;
+    static FRAME_PRO frame; // static: its padding is defined too
     frame.var.area = "Q";
     memset(frame.frame, 0xA5, sizeof frame.frame);
     memset(frame.var.data, 0xA5, sizeof frame.var.data);

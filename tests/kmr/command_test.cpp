@@ -2,9 +2,11 @@
 #include "tests/host/line/full_server.h"
 #include "tests/kmr/kmr_process.h"
 
+#include <QDateTime>
 #include <QFileInfo>
 #include <QTemporaryDir>
 #include <QTimer>
+
 #include <gtest/gtest.h>
 
 #include <csignal>
@@ -125,7 +127,7 @@ TEST_P(CommandOnBothLinks, WatchPrintsNoMoreLinesThanAskedFor)
     EXPECT_EQ(kmr({"watch", "D100", "D101", "D102", "--count", "2"}).out.count('\n'), 2);
 }
 
-TEST_P(CommandOnBothLinks, WatchThatLosesItsLineForGoodEndsWithFour)
+TEST_P(CommandOnBothLinks, WatchWhoseLineDoesNotComeBackEndsWithFour)
 {
     const Finished watch = run(
         {"watch", "D100", "--for", "2", "--link", m_simulator.link()}, [this](QProcess &process) {
@@ -359,6 +361,28 @@ TEST(Command, WatchConnectsAgainAndMarksWhatIsStale)
     EXPECT_TRUE(matches(watch.out, lines)) << watch.out.toStdString();
 }
 
+TEST(Command, WatchOpensASerialLineAgain)
+{
+    const QTemporaryDir directory;
+    const QString memory = directory.filePath("memory.csv");
+    saveFile(memory, "tag,value\nD100,7\n");
+    const QStringList serve{"--pty", directory.filePath("line")};
+    auto simulator = std::make_unique<Simulator>(serve);
+    const QString link = simulator->link();
+    const auto restart = [&](QProcess &process) {
+        while (!process.peek(1000).contains("good") && process.waitForReadyRead(10000)) {
+        }
+        simulator.reset();
+        simulator = std::make_unique<Simulator>(serve + QStringList{"--load", memory});
+    };
+    const Finished watch =
+        run({"watch", "D100", "--count", "2", "--for", "60", "--format", "csv", "--link", link},
+            restart);
+    EXPECT_EQ(watch.exitCode, 0) << watch.err.toStdString();
+    EXPECT_TRUE(watch.out.endsWith(",D100,7,,good,\n")) << watch.out.toStdString();
+    EXPECT_EQ(watch.err.count("the line is back"), 1) << watch.err.toStdString();
+}
+
 TEST(Command, WatchOfAGatewayThatHangsUpEachTimeIsPatientAndQuiet)
 {
     int requests = 0;
@@ -388,4 +412,18 @@ TEST(Command, WatchNamesAnOutageOnceAndItsEnd)
     EXPECT_EQ(watch.err.count("station 1: no answer"), 1) << watch.err.toStdString();
     EXPECT_EQ(watch.err.count("station 1 answers again"), 1) << watch.err.toStdString();
     EXPECT_TRUE(watch.err.contains("6 requests sent, 2 good, 1 sent again, 3 given up"));
+}
+
+TEST_P(CommandOnBothLinks, GapIsKeptBetweenExchanges)
+{
+    const Finished read = kmr({"read", "D0", "D100x2", "--gap", "100", "--trace"});
+    QDateTime answered;
+    int kept = 0;
+    for (const QString &line : read.err.split('\n')) {
+        const QDateTime time = QDateTime::fromString(line.left(24), Qt::ISODateWithMs);
+        const bool isRequest = line.mid(25, 1) == ">";
+        kept += isRequest && answered.isValid() && answered.msecsTo(time) >= 99 ? 1 : 0;
+        answered = isRequest ? QDateTime() : time;
+    }
+    EXPECT_EQ(kept, 2) << read.err.toStdString();
 }

@@ -40,6 +40,16 @@ std::vector<Cell> makeCells()
     return cells;
 }
 
+std::uint32_t fromElements(const std::vector<std::uint32_t> &elements)
+{
+    if (elements.size() == 1)
+        return elements.front();
+    std::uint32_t value = 0;
+    for (auto bit = elements.rbegin(); bit != elements.rend(); ++bit)
+        value = value << 1 | *bit;
+    return value;
+}
+
 std::uint32_t load(const simulator::Memory &memory, const Cell &cell)
 {
     if (cell.kind != CellKind::Bits)

@@ -34,6 +34,9 @@ struct Cell {
 // All cells. A cell's index stands in its mark.
 std::vector<Cell> makeCells();
 
+// A cell's value of those of its elements: one, or its bits.
+std::uint32_t fromElements(const std::vector<std::uint32_t> &elements);
+
 std::uint32_t load(const simulator::Memory &memory, const Cell &cell);
 void store(simulator::Memory &memory, const Cell &cell, std::uint32_t value);
 

@@ -9,8 +9,8 @@ namespace {
 
 constexpr int MAX_FAULTS = 5; // reported; the first is what matters
 constexpr std::size_t RECENT_EXCHANGES = 12;
-constexpr std::size_t READS_KEPT = 4;   // more are never unconfirmed
-constexpr qint32 FIRST_USER_TAG = 1001; // lower request tags are of polling and recipes
+constexpr qint32 READ_BLOCK_TAG = 4;   // of what the driver polls
+constexpr std::size_t READS_KEPT = 32; // an answer waits that may be a late one to another request
 
 QString toText(const kmr::Exchange &exchange)
 {
@@ -55,8 +55,7 @@ void Judge::begin(const std::vector<QByteArray> &writes)
     m_hasGivenUp = false;
 }
 
-void Judge::end(const kmr::RequestResult &result,
-                const std::vector<std::pair<std::size_t, std::uint32_t>> &intended)
+void Judge::end(const kmr::RequestResult &result, const CellValues &certain)
 {
     using Outcome = kmr::RequestResult::Outcome;
     checkWrites();
@@ -67,12 +66,17 @@ void Judge::end(const kmr::RequestResult &result,
     if (m_hasGivenUp && !result.isDone() && result.failure.fault == kmr::ReplyFault::None &&
         result.failure.exceptionCode == 0)
         blame("a request was given up and reported without a reason");
-    for (const auto &[cell, value] : intended) {
-        if (result.isDone() && m_plant.value(cell) != value)
-            blame(QString("%1 was acknowledged with %2, but the controller holds %3")
+    checkCertain(certain);
+    m_allowedWrites.clear();
+}
+
+void Judge::checkCertain(const CellValues &certain)
+{
+    for (const auto &[cell, value] : certain) {
+        if (m_plant.value(cell) != value)
+            blame(QString("%1 was reported as written or read with %2, the controller holds %3")
                       .arg(m_cells[cell].tag, hex(value), hex(m_plant.value(cell))));
     }
-    m_allowedWrites.clear();
 }
 
 void Judge::demandAllCurrent()
@@ -89,11 +93,7 @@ void Judge::demandAllCurrent()
 
 std::uint32_t Judge::shown(std::size_t cell) const
 {
-    const kmr::Values values = m_session->values(m_tags[cell]);
-    std::uint32_t value = 0;
-    for (std::size_t i = values.size(); i-- > 0;)
-        value = m_cells[cell].kind == CellKind::Bits ? value << 1 | values[i] : values[i];
-    return value;
+    return fromElements(m_session->values(m_tags[cell]));
 }
 
 void Judge::blame(const QString &what)
@@ -133,7 +133,7 @@ void Judge::checkRepeats(const kmr::Exchange &exchange)
         exchange.outcome == Outcome::SentAgain || exchange.outcome == Outcome::GivenUp;
     m_badInARow = isBad ? (frame == m_repeated ? m_badInARow : 0) + 1 : 0;
     m_repeated = exchange.outcome == Outcome::SentAgain ? frame : QByteArray();
-    const bool isUsers = exchange.request.var.reqTag >= FIRST_USER_TAG;
+    const bool isUsers = exchange.request.var.reqTag != READ_BLOCK_TAG;
     const int retries = m_isSilent && !isUsers ? 0 : m_retries;
     if (isBad && (m_badInARow > retries) != (exchange.outcome == Outcome::GivenUp))
         blame(

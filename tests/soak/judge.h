@@ -23,9 +23,14 @@ public:
     // A request of the user begins; `writes`: the lines that it may have the controller carry out.
     void begin(const std::vector<QByteArray> &writes);
 
-    // It ended so. `intended`: the values of cells that it must have written if it is done.
-    void end(const kmr::RequestResult &result,
-             const std::vector<std::pair<std::size_t, std::uint32_t>> &intended);
+    // Cells with what a request is reported to have written to them, or read from them.
+    using CellValues = std::vector<std::pair<std::size_t, std::uint32_t>>;
+
+    // It ended so.
+    void end(const kmr::RequestResult &result, const CellValues &certain);
+
+    // The controller must hold these values; it changes none of the cells itself.
+    void checkCertain(const CellValues &certain);
 
     // All cells must be good and as the controller has them now.
     void demandAllCurrent();

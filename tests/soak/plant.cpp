@@ -28,7 +28,7 @@ bool isWrite(std::uint8_t function)
 Plant::Server::Server(const simulator::Responder &respond) : tcp(respond), terminal(respond) {}
 
 Plant::Plant(Link link, const std::vector<Cell> &cells, std::uint64_t seed)
-    : m_cells(cells), m_random(seed)
+    : m_cells(cells), m_strays(seed), m_random(seed)
 {
     for (const Cell &cell : m_cells) {
         store(m_controller.memory(), cell, cell.mark);
@@ -95,7 +95,7 @@ void Plant::set(std::vector<simulator::Fault> faults, std::uint64_t seed, bool c
                 const StraySettings &strays)
 {
     inThread([&] {
-        m_strays = Strays(strays, seed);
+        m_strays.set(strays);
         m_faults = simulator::Faults(std::move(faults), seed);
         m_changes = changes;
     });
@@ -130,6 +130,13 @@ QStringList Plant::recentAnswers() const
 {
     const QMutexLocker lock(&m_mutex);
     return m_recentAnswers;
+}
+
+int Plant::strays()
+{
+    int count = 0;
+    inThread([&] { count = m_strays.count(); });
+    return count;
 }
 
 void Plant::finish()

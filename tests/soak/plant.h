@@ -64,6 +64,9 @@ public:
     // The last requests that were carried out, each with the answer before anything happened to it.
     QStringList recentAnswers() const;
 
+    // Answers that strayed so far.
+    int strays();
+
     // Waits until the plant's thread has done all that it has to do now.
     void finish();
 

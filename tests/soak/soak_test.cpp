@@ -22,6 +22,8 @@
 #include "host/driver_library.h"
 #include "host/error.h"
 #include "host/line/link.h"
+#include "host/session/read_once.h"
+#include "host/session/recipe_transfer.h"
 #include "host/session/request_ranges.h"
 #include "host/session/session.h"
 #include "modbus/ascii.h"
@@ -56,7 +58,7 @@ constexpr int CLOSED = 3;     // ms
 constexpr int RETRIES = 1;
 constexpr double PROBABILITY = 0.005; // of each fault
 constexpr std::uint64_t ROUND_EXCHANGES = 500;
-constexpr std::size_t MAX_GROWTH = 64 * 1024; // bytes in use, which lists may gain by chance
+constexpr std::size_t MAX_GROWTH = 128 * 1024; // bytes in use, which the lists of this test gain
 constexpr std::size_t MAX_RESIDENT_GROWTH = 4 * 1024 * 1024;
 
 #ifdef KMR_SANITIZE
@@ -131,7 +133,6 @@ QByteArray writeLine(const Cell &cell, std::uint32_t value, int bit = -1)
 // A host and its user, on a line with faults.
 class Soak {
 public:
-    // `strays`: without any, the line has all other faults.
     Soak(const kmr::DriverFunctions &driver, Plant::Link link, std::uint64_t seed,
          const StraySettings &strays)
         : m_driver(driver), m_strays(strays), m_random(seed), m_plant(link, m_cells, seed),
@@ -152,6 +153,14 @@ public:
     std::uint64_t acknowledged() const
     {
         return m_acknowledged;
+    }
+    int strayed()
+    {
+        return m_plant.strays();
+    }
+    std::uint64_t transfers() const
+    {
+        return m_transfers;
     }
 
     // One line's life: faults for a while, then a cycle without.
@@ -237,8 +246,14 @@ private:
         const int choice = random(100);
         if (choice < 70)
             m_session->step();
-        else if (choice < 80)
+        else if (choice < 78)
             read();
+        else if (choice < 80)
+            readAllOfHosts();
+        else if (choice < 81)
+            pollOneBlock();
+        else if (choice < 83)
+            transfer();
         else
             write(randomCell(Owner::Host));
         if (kmr::isLost(*m_device)) {
@@ -254,6 +269,68 @@ private:
         const kmr::ElementRange run{1, m_cells[index].area, m_cells[index].number,
                                     m_cells[index].kind == CellKind::Bits ? 16 : 1};
         m_judge.end(m_session->readOnce(run), {});
+    }
+
+    // As `kmr read` does, which polls the bits.
+    void readAllOfHosts()
+    {
+        const std::vector<std::size_t> cells = hostsCells();
+        std::vector<kmr::Tag> chosen;
+        for (const std::size_t cell : cells)
+            chosen.push_back(tags()[cell]);
+        m_judge.begin({});
+        const std::vector<kmr::Reading> readings = kmr::readNow(*m_session, chosen);
+        for (std::size_t i = 0; i < cells.size(); ++i) {
+            if (readings[i].result.isDone())
+                m_judge.checkCertain({{cells[i], fromElements(readings[i].values)}});
+        }
+        m_session->poll(m_ranges);
+    }
+
+    void pollOneBlock()
+    {
+        m_session->poll({m_ranges[m_random() % m_ranges.size()]});
+        for (int i = 0; i < 10; ++i)
+            m_session->step();
+        m_session->confirm();
+        m_session->poll(m_ranges);
+    }
+
+    void transfer()
+    {
+        std::vector<std::size_t> cells;
+        std::vector<kmr::RecipeItem> items;
+        std::vector<QByteArray> lines;
+        for (const std::size_t cell : hostsCells()) {
+            if (m_cells[cell].kind == CellKind::Bits || random(2) == 0)
+                continue;
+            const std::uint32_t value =
+                m_cells[cell].mark | static_cast<std::uint32_t>(random(256));
+            cells.push_back(cell);
+            items.push_back({tags()[cell], {value}});
+            lines.push_back(writeLine(m_cells[cell], value));
+        }
+        const bool isDownload = random(2) == 0;
+        m_judge.begin(isDownload ? lines : std::vector<QByteArray>());
+        const kmr::TransferResult result =
+            isDownload ? kmr::download(*m_session, items) : kmr::upload(*m_session, items);
+        const std::size_t certain = isDownload ? static_cast<std::size_t>(result.finished)
+                                               : (result.result.isDone() ? cells.size() : 0);
+        Judge::CellValues values;
+        for (std::size_t i = 0; i < certain; ++i)
+            values.emplace_back(cells[i], fromElements(items[i].values));
+        m_judge.end(result.result, values);
+        m_transfers += result.result.isDone() ? 1 : 0;
+    }
+
+    std::vector<std::size_t> hostsCells() const
+    {
+        std::vector<std::size_t> list;
+        for (std::size_t i = 0; i < m_cells.size(); ++i) {
+            if (m_cells[i].owner == Owner::Host)
+                list.push_back(i);
+        }
+        return list;
     }
 
     void write(std::size_t index)
@@ -282,7 +359,8 @@ private:
 
     void end(const kmr::RequestResult &result, std::size_t cell, std::uint32_t value)
     {
-        m_judge.end(result, {{cell, value}});
+        m_judge.end(result,
+                    result.isDone() ? Judge::CellValues{{cell, value}} : Judge::CellValues());
         m_acknowledged += result.isDone() ? 1 : 0;
     }
 
@@ -299,6 +377,7 @@ private:
     std::unique_ptr<kmr::Session> m_session;
     std::uint64_t m_reconnections = 0;
     std::uint64_t m_acknowledged = 0;
+    std::uint64_t m_transfers = 0;
 };
 
 void checkGrowth(const MemoryUse &early, const MemoryUse &late, Judge &judge)
@@ -325,11 +404,16 @@ int run(Plant::Link link, std::uint64_t exchanges, std::uint64_t seed, const Str
     }
     if (early)
         checkGrowth(*early, memoryUse(), judge);
-    std::printf("%llu values confirmed\n", static_cast<unsigned long long>(judge.confirmed()));
-    std::printf("%llu exchanges, %llu given up, %llu writes acknowledged, %llu new connections\n",
+    if (strays.probability > 0 && soak.strayed() == 0)
+        judge.blame("no answer strayed");
+    std::printf("%llu values confirmed, %d stray answers\n",
+                static_cast<unsigned long long>(judge.confirmed()), soak.strayed());
+    std::printf("%llu exchanges, %llu given up, %llu writes acknowledged, %llu recipes, "
+                "%llu new connections\n",
                 static_cast<unsigned long long>(judge.exchanges()),
                 static_cast<unsigned long long>(judge.givenUp()),
                 static_cast<unsigned long long>(soak.acknowledged()),
+                static_cast<unsigned long long>(soak.transfers()),
                 static_cast<unsigned long long>(soak.reconnections()));
     for (const QString &fault : judge.faults())
         std::printf("WRONG %s\n", qPrintable(fault));

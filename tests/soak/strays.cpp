@@ -7,6 +7,7 @@ namespace {
 using std::chrono::microseconds;
 
 constexpr int LATEST = 20;          // timeouts
+constexpr int HARMFUL = 5;          // timeouts after a stray has come
 constexpr microseconds TWICE(8000); // about three exchanges
 constexpr int MOST_KEPT = 3;        // answers
 
@@ -25,30 +26,31 @@ simulator::Plan Strays::stray(simulator::Plan plan)
     }
     if (!isTimeForOne())
         return plan;
+    ++m_count;
+    microseconds delay(0);
     switch (m_random() % 5) {
     case 0:
         m_keeps = m_settings.isAlone ? 0 : 1 + static_cast<int>(m_random() % MOST_KEPT);
         break;
     case 1:
     case 2:
-        plan.pieces.front().after += upTo(LATEST * m_settings.timeout);
+        delay = upTo(LATEST * m_settings.timeout);
+        plan.pieces.front().after += delay;
         break;
     default:
-        plan.pieces.push_back({upTo(TWICE), plan.pieces.back().bytes});
+        delay = upTo(TWICE);
+        plan.pieces.push_back({delay, plan.pieces.back().bytes});
         break;
     }
+    m_isQuietFrom = std::chrono::steady_clock::now() + delay + HARMFUL * m_settings.timeout;
     return plan;
 }
 
 bool Strays::isTimeForOne()
 {
-    const auto now = std::chrono::steady_clock::now();
-    const bool isQuiet = now - m_last > (LATEST + 5) * m_settings.timeout;
-    if ((m_settings.isAlone && !isQuiet) ||
-        std::uniform_real_distribution<>(0, 1)(m_random) >= m_settings.probability)
+    if (m_settings.isAlone && std::chrono::steady_clock::now() < m_isQuietFrom)
         return false;
-    m_last = now;
-    return true;
+    return std::uniform_real_distribution<>(0, 1)(m_random) < m_settings.probability;
 }
 
 microseconds Strays::upTo(microseconds most)

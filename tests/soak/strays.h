@@ -10,20 +10,28 @@ namespace soak {
 
 struct StraySettings {
     double probability = 0; // that an answer strays
-    bool isAlone = true;    // a stray has come before the next one is made
+    bool isAlone = true;    // a stray has come and done its harm before the next one is made
     std::chrono::milliseconds timeout{20};
 };
 
 // Not for several threads.
 class Strays {
 public:
-    explicit Strays(StraySettings settings = {}, std::uint64_t seed = 0)
-        : m_settings(settings), m_random(seed)
+    explicit Strays(std::uint64_t seed) : m_random(seed) {}
+
+    void set(const StraySettings &settings)
     {
+        m_settings = settings;
     }
 
     // The plan of an answer, with what strays.
     simulator::Plan stray(simulator::Plan plan);
+
+    // How many strayed so far.
+    int count() const
+    {
+        return m_count;
+    }
 
 private:
     bool isTimeForOne();
@@ -31,8 +39,8 @@ private:
 
     StraySettings m_settings;
     std::mt19937_64 m_random;
-    // When the last one was made; one of an earlier line may still be on its way.
-    std::chrono::steady_clock::time_point m_last = std::chrono::steady_clock::now();
+    std::chrono::steady_clock::time_point m_isQuietFrom; // the last one's harm is done
+    int m_count = 0;
     QByteArray m_kept; // by a gateway, to come all at once
     int m_keeps = 0;   // answers that it still keeps
 };

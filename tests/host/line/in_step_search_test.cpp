@@ -103,7 +103,7 @@ private:
     {
         const QByteArray &next = m_plan[m_next % m_plan.size()];
         std::copy(next.begin(), next.end(), frame.frame);
-        frame.frameLen = next.size();
+        frame.frameLen = static_cast<qint32>(next.size());
         frame.var.station = 1;
         return 1;
     }
@@ -185,7 +185,7 @@ StrayLine::StraysOf exactly(const std::vector<Stray> &strays)
 
 void expectTrue(const std::vector<QByteArray> &plan, const std::vector<Stray> &strays)
 {
-    for (const int rounds : {1, 6}) {
+    for (const std::size_t rounds : {1u, 6u}) {
         Host host(plan, exactly(strays));
         for (std::size_t i = 0; i < rounds * plan.size(); ++i)
             host.step();

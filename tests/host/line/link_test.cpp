@@ -4,6 +4,7 @@
 #include "tests/host/line/full_server.h"
 
 #include <QBuffer>
+#include <QDir>
 #include <QTemporaryDir>
 #include <QTimer>
 #include <gtest/gtest.h>
@@ -184,9 +185,29 @@ TEST(Link, PortThatIsOpenAlreadyIsBusy)
     close(terminal);
 }
 
-TEST(Link, OnlyAConnectionIsOpenedAgain)
+TEST(Link, OnlyAConnectionOrAPortIsOpenedAgain)
 {
     QBuffer device;
     EXPECT_FALSE(
-        reconnect(device, parseLink("serial:///dev/x"), std::chrono::milliseconds(1), NEVER));
+        reconnect(device, parseLink("serial:///dev/x"), {}, std::chrono::milliseconds(1), NEVER));
+}
+
+TEST(Link, PortThatCameBackUnderAnotherNameIsOpenedByItsId)
+{
+    const QTemporaryDir folder;
+    const QString name = folder.filePath("ttyUSB0");
+    const QString idFolder = folder.filePath("by-id");
+    const QString id = idFolder + "/usb-adapter";
+    QDir().mkdir(idFolder);
+    const int terminal = posix_openpt(O_RDWR | O_NOCTTY);
+    ASSERT_TRUE(terminal >= 0 && grantpt(terminal) == 0 && unlockpt(terminal) == 0);
+    const QString port = ptsname(terminal);
+    ASSERT_TRUE(QFile::link(port, name) && QFile::link(port, id));
+    const LinkAddress address = parseLink("serial://" + name);
+    const auto device = openNow("serial://" + name);
+    EXPECT_EQ(nameById(port, idFolder), id);
+    EXPECT_EQ(nameById("/dev/null", idFolder), "");
+    QFile::remove(name);
+    EXPECT_TRUE(reconnect(*device, address, id, std::chrono::milliseconds(1), NEVER));
+    close(terminal);
 }

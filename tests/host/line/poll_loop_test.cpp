@@ -133,6 +133,8 @@ TEST_F(PollLoopTest, SilenceIsSentAgainAndThenGivenUp)
     EXPECT_EQ(m_noted[2].outcome, Outcome::GivenUp);
     EXPECT_EQ(m_noted[2].fault, ReplyFault::Silence);
     EXPECT_EQ(m_noted[2].driverText, "1#D100(1)(0)");
+    EXPECT_EQ(m_device->sentAt(),
+              (std::vector<milliseconds>{milliseconds(0), milliseconds(1000), milliseconds(2000)}));
 }
 
 TEST_F(PollLoopTest, FalseReplyNeverReachesTheDriver)
@@ -517,4 +519,33 @@ TEST_F(PollLoopTest, SlowLineThatIsLostIsWaitedForNoMore)
     line = &device;
     PollLoop loop(library(), device, m_settings, m_stop, device.clock());
     EXPECT_EQ(loop.step(), Step::LineLost);
+}
+
+TEST_F(PollLoopTest, LineThatTakesHalfOfAFrameIsLost)
+{
+    class HalfDevice : public ScriptedDevice {
+    public:
+        using ScriptedDevice::ScriptedDevice;
+
+    protected:
+        qint64 writeData(const char *data, qint64 size) override
+        {
+            ScriptedDevice::writeData(data, size);
+            return size / 2;
+        }
+    };
+    HalfDevice device([](const QByteArray &) { return std::vector<Piece>{{5, D100_IS_1234}}; });
+    PollLoop loop(library(), device, m_settings, m_stop, device.clock());
+    EXPECT_EQ(loop.step(), Step::LineLost);
+}
+
+TEST_F(PollLoopTest, AnswerThatIsThereWhenTheTimeIsOverCounts)
+{
+    answer({{{5, D100_IS_1234}}});
+    milliseconds stall{0}; // of the whole machine
+    PollLoop loop(library(), *m_device, m_settings, m_stop,
+                  [this, &stall] { return m_device->clock()() + stall; });
+    loop.setWaitObserver([&stall] { stall = milliseconds(5000); });
+    EXPECT_EQ(loop.step(), Step::Exchanged);
+    EXPECT_EQ(valueOfD100(), 0x1234);
 }

@@ -214,6 +214,19 @@ TEST_F(TwoStations, WhatIsPassedOverCountsAsNeitherSentNorGivenUp)
     EXPECT_EQ(m_session->statistics().retries(), 2U); // of the first request alone
 }
 
+TEST_F(TwoStations, SilentOneIsAskedWithRetriesAgainAfterARestartButNotForAnotherPlan)
+{
+    poll({"D0", "2#D0"});
+    runFor(milliseconds(3000));
+    poll({"D0", "2#D100"});
+    runFor(milliseconds(3000));
+    EXPECT_EQ(m_session->statistics().retries(), 2U);
+    m_session->restart();
+    poll({"D0", "2#D100"});
+    runFor(milliseconds(3000));
+    EXPECT_EQ(m_session->statistics().retries(), 4U);
+}
+
 TEST_F(TwoStations, WriteToASilentStationIsSentWithItsRetries)
 {
     poll({"D0", "2#D0"});

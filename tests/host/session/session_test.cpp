@@ -265,3 +265,34 @@ TEST_F(SessionTest, BitWriteIsUnknownWhereNothingTellsItsEchoFromItsAnswer)
     EXPECT_EQ(result.outcome, Outcome::Unknown);
     EXPECT_EQ(result.failure.fault, ReplyFault::EchoOrAnswer);
 }
+
+TEST_F(SessionTest, FirstBitWriteToAStationLearnsTheEchoFromThatStation)
+{
+    session();
+    poll({"2#M0"});
+    simulator::Controller second("02");
+    m_spoil = [&second](const QByteArray &request, const QByteArray &) {
+        return second.answer(request);
+    };
+    EXPECT_TRUE(write("2#M0", {1}).isDone());
+    EXPECT_EQ(m_device.sent()[0], ":020310000001EA\r\n");
+}
+
+TEST_F(SessionTest, RestartLeavesNothingOfTheOldLineToBeSent)
+{
+    session();
+    poll({"D0"});
+    m_spoil = [this](const QByteArray &, const QByteArray &) {
+        m_device.close();
+        return QByteArray();
+    };
+    EXPECT_EQ(write("D0", {1}).outcome, Outcome::Unknown);
+    ASSERT_TRUE(m_device.open(QIODevice::ReadWrite | QIODevice::Unbuffered));
+    m_spoil = nullptr;
+    m_session->restart();
+    poll({"D0"});
+    const auto before = static_cast<std::ptrdiff_t>(m_device.sent().size());
+    for (int i = 0; i < 4; ++i)
+        m_session->step();
+    EXPECT_EQ(std::count_if(m_device.sent().begin() + before, m_device.sent().end(), isWrite), 0);
+}
