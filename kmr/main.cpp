@@ -45,6 +45,7 @@ void addCommands(CLI::App &app, const kmr::OptionReader &reader, kmr::Command &c
     kmr::addTrace(app, chosen);
     kmr::addCheck(app, chosen);
     kmr::addSeries(app, chosen);
+    kmr::addLog(app, chosen);
     kmr::addPing(app, chosen);
     kmr::addScan(app, chosen);
     kmr::addDoctor(app, chosen);
