@@ -93,7 +93,7 @@ ExitCode fail(ExitCode code, const QString &text)
 
 ExitCode showHelp(const CLI::App &app)
 {
-    kmr::catchStopSignals(); // a reader that has seen enough is none
+    kmr::catchStopSignals(); // a reader that has gone is not an error
     kmr::print(toQString(app.help()).trimmed());
     return kmr::exitCodeAfterLosses(ExitCode::Ok);
 }

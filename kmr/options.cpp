@@ -100,7 +100,7 @@ OptionReader::Entry &OptionReader::add(const char *key, QString &value, std::str
                                        const char *variable)
 {
     if (variable != nullptr)
-        help += std::string(" (after kmr.toml: environment variable ") + variable + ')';
+        help += std::string(" (else kmr.toml, else environment: ") + variable + ')';
     CLI::Option *option = m_app.add_option_function<std::string>(
         std::string("--") + key, [&value](const std::string &text) { value = toQString(text); },
         help);
