@@ -36,6 +36,7 @@ void addCommands(CLI::App &app, const kmr::OptionReader &reader, kmr::Command &c
     kmr::addConfig(app, chosen, reader);
     kmr::addTags(app, chosen);
     kmr::addWatch(app, chosen);
+    kmr::addLog(app, chosen);
     kmr::addRead(app, chosen);
     kmr::addWrite(app, chosen);
     kmr::addRecipe(app, chosen);
@@ -45,7 +46,6 @@ void addCommands(CLI::App &app, const kmr::OptionReader &reader, kmr::Command &c
     kmr::addTrace(app, chosen);
     kmr::addCheck(app, chosen);
     kmr::addSeries(app, chosen);
-    kmr::addLog(app, chosen);
     kmr::addPing(app, chosen);
     kmr::addScan(app, chosen);
     kmr::addDoctor(app, chosen);

@@ -19,7 +19,8 @@ public:
         m_pause = FIRST_PAUSE;
     }
 
-    // Blocks until the line is open. False when `isOver`, which is asked every 50 ms, says so first.
+    // Blocks until the line is open. False when `isOver`, which is asked every 50 ms, says so
+    // first.
     bool await(const std::function<bool()> &isOver);
 
 private:

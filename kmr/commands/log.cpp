@@ -164,7 +164,7 @@ private:
         m_cycle.note(exchange, steady_clock::now());
         const ElementRange run = refreshedBy(exchange.request);
         if (exchange.outcome == Exchange::Outcome::GivenUp)
-            m_outages.noteFailure(run, {exchange.fault, exchange.exceptionCode},
+            m_outages.noteFailure(run, {exchange.fault, exchange.exceptionCode, exchange.length},
                                   steady_clock::now());
         if (exchange.outcome != Exchange::Outcome::Good)
             return;

@@ -1,5 +1,6 @@
 // A log in comma-separated values: a heading, then a line for each row.
 #include "host/error.h"
+#include "host/line/line_trace.h"
 #include "host/project/csv.h"
 #include "host/project/text_file.h"
 #include "kmr/log/log_file.h"
@@ -39,21 +40,24 @@ public:
                         QString("cannot write %1: %2").arg(path, m_file.errorString()));
         const QByteArray begin = heading(tags).toUtf8();
         const QByteArray found = m_file.read(begin.size());
-        if (begin.startsWith(found)) {
-            if (found.size() == begin.size())
-                return goOn();
+        if (!begin.startsWith(found)) {
+            throw Error(ErrorKind::Usage,
+                        QString("%1 holds something else than a log of these tags: move it away "
+                                "or name another file")
+                            .arg(path));
+        }
+        if (found.size() == begin.size()) {
+            goOn();
+        } else {
             m_file.resize(0);
             m_file.seek(0);
-            return write(begin);
+            write(begin);
         }
-        throw Error(ErrorKind::Usage, QString("%1 holds something else than a log of these tags: "
-                                              "move it away or name another file")
-                                          .arg(path));
     }
 
     void append(const LogRow &row) override
     {
-        QStringList fields{row.time.toString(Qt::ISODateWithMs)};
+        QStringList fields{timeText(row.time)};
         for (const LogCell &cell : row.cells)
             fields << cell.values << qualityText(cell);
         write(line(fields).toUtf8());

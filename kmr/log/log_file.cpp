@@ -6,9 +6,15 @@ namespace kmr {
 
 QString qualityText(const LogCell &cell)
 {
-    if (cell.quality == Quality::Good && !cell.isRead())
-        return "not read";
-    return toText(cell.quality);
+    switch (cell.quality) {
+    case Quality::Good:
+        return cell.isRead() ? "good" : "not read";
+    case Quality::Stale:
+        return "stale";
+    case Quality::Unread:
+        break;
+    }
+    return "pending";
 }
 
 std::unique_ptr<LogFile> openLogFile(const QString &path, const std::vector<Tag> &tags)

@@ -28,7 +28,8 @@ struct LogRow {
     std::vector<LogCell> cells; // one for each tag
 };
 
-// "good", "stale" or "pending", and "not read" of what is good but was not read since the row before.
+// "good", "stale" or "pending", and "not read" of what is good but was not read since the row
+// before.
 QString qualityText(const LogCell &cell);
 
 class LogFile {

@@ -17,9 +17,10 @@ LogSampler::LogSampler(Session &session, std::vector<Tag> tags)
 void LogSampler::noteConfirmed(const ElementRange &run)
 {
     for (std::vector<ElementRange> &ranges : m_unread) {
-        ranges.erase(std::remove_if(ranges.begin(), ranges.end(),
-                                    [&run](const ElementRange &range) { return overlap(range, run); }),
-                     ranges.end());
+        ranges.erase(
+            std::remove_if(ranges.begin(), ranges.end(),
+                           [&run](const ElementRange &range) { return overlap(range, run); }),
+            ranges.end());
     }
 }
 

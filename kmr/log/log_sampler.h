@@ -33,8 +33,9 @@ private:
     Session &m_session;
     const std::vector<Tag> m_tags;
     const std::vector<ElementRange> m_ranges;
-    std::vector<std::vector<ElementRange>> m_unread; // by tag: its ranges not read since the last row
-    std::vector<LogCell> m_known;                    // by tag: what rows said last
+    std::vector<std::vector<ElementRange>>
+        m_unread;                 // by tag: its ranges not read since the last row
+    std::vector<LogCell> m_known; // by tag: what rows said last
 };
 
 } // namespace kmr

@@ -14,8 +14,8 @@ constexpr qint64 SYNC_MILLISECONDS = 900; // with the time that syncing takes: a
 QString nameOf(const QString &path, const QDateTime &begin)
 {
     const QFileInfo info(path);
-    const QString stem = path.left(path.size() - info.suffix().size() - 1) + '-' +
-                         begin.toString("yyyyMMdd-HHmmss");
+    const QString stem =
+        path.left(path.size() - info.suffix().size() - 1) + '-' + begin.toString("yyyyMMdd-HHmmss");
     QString name = stem + '.' + info.suffix();
     for (int i = 2; QFileInfo::exists(name); ++i)
         name = QString("%1-%2.%3").arg(stem).arg(i).arg(info.suffix());

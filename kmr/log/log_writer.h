@@ -23,7 +23,8 @@ public:
     // Rows in the order of their times. Throws Error (Output).
     void append(const LogRow &row);
 
-    // What was appended a second ago survives a power cut. To be called often. Throws Error (Output).
+    // What was appended a second ago survives a power cut. To be called often. Throws Error
+    // (Output).
     void syncWhenDue(const QDateTime &time);
 
     // What was appended survives a power cut. Throws Error (Output).

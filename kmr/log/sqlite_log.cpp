@@ -1,6 +1,7 @@
-// A log in a database of SQLite: a table `samples` with a row for each tag and time. Readers may use
-// it at the same time.
+// A log in a database of SQLite: a table `samples` with a row for each tag and time. Readers may
+// use it at the same time.
 #include "host/error.h"
+#include "host/line/line_trace.h"
 #include "kmr/log/log_file.h"
 
 #include <QFileInfo>
@@ -42,8 +43,9 @@ public:
         if (sqlite3_exec(m_database.get(), SCHEMA, nullptr, nullptr, nullptr) != SQLITE_OK ||
             sqlite3_prepare_v2(m_database.get(), "INSERT INTO samples VALUES(?, ?, ?, ?, ?)", -1,
                                &insert, nullptr) != SQLITE_OK) {
-            throw Error(ErrorKind::Usage,
-                        QString("cannot log to %1: %2").arg(path, sqlite3_errmsg(m_database.get())));
+            throw Error(
+                ErrorKind::Usage,
+                QString("cannot log to %1: %2").arg(path, sqlite3_errmsg(m_database.get())));
         }
         m_insert.reset(insert);
     }
@@ -58,7 +60,7 @@ public:
             execute("BEGIN");
         execute("SAVEPOINT one_row");
         for (std::size_t i = 0; i < m_tags.size(); ++i)
-            insert(row.time.toString(Qt::ISODateWithMs), m_tags[i], row.cells[i]);
+            insert(timeText(row.time), m_tags[i], row.cells[i]);
         execute("RELEASE one_row");
     }
 
