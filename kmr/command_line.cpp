@@ -1,19 +1,132 @@
 #include "kmr/command_line.h"
 
+#include "host/tags/nearest.h"
+
 #include <CLI/CLI.hpp>
 
 namespace kmr {
+
+namespace {
+
+// The innermost command that was understood.
+const CLI::App &chosenCommand(const CLI::App &app)
+{
+    const std::vector<CLI::App *> commands = app.get_subcommands();
+    return commands.empty() ? app : chosenCommand(*commands.front());
+}
+
+QStringList commandNames(const CLI::App &app)
+{
+    QStringList names;
+    for (const CLI::App *command : app.get_subcommands({}))
+        names.append(toQString(command->get_name()));
+    return names;
+}
+
+// Those of the command and of those around it.
+QStringList optionNames(const CLI::App &app)
+{
+    QStringList names;
+    for (const CLI::App *command = &app; command != nullptr; command = command->get_parent()) {
+        for (const CLI::Option *option : command->get_options()) {
+            for (const std::string &name : option->get_lnames())
+                names.append("--" + toQString(name));
+        }
+    }
+    return names;
+}
+
+} // namespace
+
+QString unknownWord(const CLI::App &command, const QString &word)
+{
+    if (word.startsWith('-'))
+        return QString("unknown option %1%2").arg(word, didYouMean(word, optionNames(command)));
+    const QStringList commands = commandNames(command);
+    if (!commands.isEmpty())
+        return QString("unknown command \"%1\"%2").arg(word, didYouMean(word, commands));
+    return QString("\"%1\" is one argument too many").arg(word);
+}
+
+QString faultOf(const CLI::App &app, const CLI::ParseError &error)
+{
+    const CLI::App &command = chosenCommand(app);
+    const std::vector<std::string> unknown = app.remaining(true);
+    const QString text = toQString(error.what());
+    const bool isRequired =
+        error.get_exit_code() == static_cast<int>(CLI::ExitCodes::RequiredError);
+    const bool isExtra = error.get_exit_code() == static_cast<int>(CLI::ExitCodes::ExtrasError);
+    if ((isRequired || isExtra) && !unknown.empty())
+        return unknownWord(command, toQString(unknown.front()));
+    if (isRequired && !commandNames(command).isEmpty())
+        return QString("which command? Expected %1").arg(commandNames(command).join(", "));
+    if (error.get_exit_code() == static_cast<int>(CLI::ExitCodes::ArgumentMismatch))
+        return QString("%1 needs a value").arg(text.section(':', 0, 0));
+    if (error.get_exit_code() == static_cast<int>(CLI::ExitCodes::ConversionError)) {
+        const QString what = text.section(": ", 1); // "--timeout = abc"
+        return QString("%1: expected a number, not \"%2\"")
+            .arg(what.section(" = ", 0, 0), what.section(" = ", 1));
+    }
+    return text;
+}
+
+CLI::Validator between(int least, int most)
+{
+    const auto check = [least, most](const std::string &text) {
+        bool isNumber = false;
+        const int number = toQString(text).toInt(&isNumber);
+        if (isNumber && number >= least && number <= most)
+            return std::string();
+        return QString("expected a whole number from %1 to %2, not \"%3\"")
+            .arg(least)
+            .arg(most)
+            .arg(toQString(text))
+            .toStdString();
+    };
+    return CLI::Validator(check, QString("INT in [%1 - %2]").arg(least).arg(most).toStdString());
+}
+
+CLI::Validator numberBetween(double least, double most)
+{
+    const auto check = [least, most](const std::string &text) {
+        bool isNumber = false;
+        const double number = toQString(text).toDouble(&isNumber);
+        if (isNumber && number >= least && number <= most)
+            return std::string();
+        return QString("expected a number from %1 to %2, not \"%3\"")
+            .arg(least)
+            .arg(most)
+            .arg(toQString(text))
+            .toStdString();
+    };
+    return CLI::Validator(check, QString("FLOAT in [%1 - %2]").arg(least).arg(most).toStdString());
+}
+
+CLI::Validator oneOf(const std::vector<std::string> &words)
+{
+    const QStringList known = toQStrings(words);
+    const auto check = [known](const std::string &text) {
+        const QString typed = toQString(text);
+        if (known.contains(typed))
+            return std::string();
+        return QString("expected %1, not \"%2\"%3")
+            .arg(known.join(", "), typed, didYouMean(typed, known))
+            .toStdString();
+    };
+    return CLI::Validator(check, QString("{%1}").arg(known.join(',')).toStdString());
+}
 
 const char *const WANTED_TAGS = "what to look at (default: the tags of kmr.toml)";
 
 const char *const TAG_HELP =
     R"(A TAG is [STATION#]AREA ADDRESS[..END | xCOUNT][/TYPE] written together:
   D100     word D 100                   2#M0x16   bits M 0 to M 15 of station 2
-  X17      input X 17 (octal)           TV5.3     bit 3 of the word TV 5, read only
+  X17      input X 17 (octal)           D100.3    bit 3 of the word D 100, read only
   CV2200   counter CV2 200              CV21      word CV 21 (CV2 begins at 200)
   D100..107  eight words                D100/float32  one value in D 100 and D 101
-Types: int16, uint16, int32, uint32, float32, hex, bcd, text.
-'kmr areas' lists the areas.)";
+Types: int16, uint16, int32, uint32, float32, int64, uint64, float64, hex, bcd, text.
+A name of --names is a tag, too, also as 2#NAME, NAMExCOUNT or NAME/TYPE.
+'kmr areas' lists the areas, 'kmr tags check --help' explains names.)";
 
 CLI::Validator aboveZero(double most)
 {

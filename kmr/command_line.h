@@ -34,11 +34,26 @@ extern const char *const WANTED_TAGS;
 // How tags are typed, for the help of commands that take them.
 extern const char *const TAG_HELP;
 
+// A check of options that take a whole number.
+CLI::Validator between(int least, int most);
+
+// A check of options that take a number.
+CLI::Validator numberBetween(double least, double most);
+
+// A check of options that take one of a few words.
+CLI::Validator oneOf(const std::vector<std::string> &words);
+
 // A check of options that take a number above 0, up to `most`.
 CLI::Validator aboveZero(double most);
 
 // Texts as CLI11 has them, which knows nothing of Qt's types.
 QString toQString(const std::string &text);
 QStringList toQStrings(const std::vector<std::string> &texts);
+
+// "unknown command \"tag\", did you mean \"tags\"?": what `command` can't take.
+QString unknownWord(const CLI::App &command, const QString &word);
+
+// What is wrong with the command line, in our words: the parser's say less.
+QString faultOf(const CLI::App &app, const CLI::ParseError &error);
 
 } // namespace kmr

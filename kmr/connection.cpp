@@ -48,22 +48,27 @@ LinkAddress linkOf(const Options &options)
     return parseLink(options.link);
 }
 
-NameTable loadNames(const QString &path, const TagReader &reader)
+TagReader tagReaderOf(const Options &options, const DriverLibrary &library)
 {
-    QStringList faults;
-    NameTable names = NameTable::parse(readTextFile(path), path, faults);
-    faults.append(checkNames(names, path, reader));
-    if (!faults.isEmpty())
-        throw Error(ErrorKind::Usage, faults.join('\n'));
+    return TagReader(library.functions(), options.station, options.wordOrder, options.byteOrder);
+}
+
+NameTable loadNames(const QString &path)
+{
+    NameTable names = NameTable::parse(readTextFile(path), path);
+    const std::size_t faults = names.faults().size();
+    if (faults > 0)
+        printError(QString("kmr: %1 has %2, which 'kmr tags check %1' explains")
+                       .arg(path, faults == 1 ? QString("a bad line")
+                                              : QString("%1 bad lines").arg(faults)));
     return names;
 }
 
 Connection::Connection(const Options &options)
-    : m_options(options), m_library(loadDriver(options)),
-      m_tags(TagReader(m_library->functions(), options.station, options.wordOrder))
+    : m_options(options), m_library(loadDriver(options)), m_tags(tagReaderOf(options, *m_library))
 {
     if (!options.names.isEmpty())
-        m_tags = NamedTagReader(m_tags.unnamed(), loadNames(options.names, m_tags.unnamed()));
+        m_tags = NamedTagReader(m_tags.unnamed(), loadNames(options.names));
 }
 
 std::vector<Tag> Connection::readTags(const QStringList &texts) const

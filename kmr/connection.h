@@ -5,7 +5,7 @@
 #include "host/line/line_trace.h"
 #include "host/line/link.h"
 #include "host/project/capture.h"
-#include "host/project/name_table.h"
+#include "host/project/named_tag_reader.h"
 #include "host/session/session.h"
 #include "host/tags/tag.h"
 #include "kmr/options.h"
@@ -25,8 +25,11 @@ std::unique_ptr<DriverLibrary> loadDriver(const Options &options);
 // The link that the options name. Throws Error (Usage).
 LinkAddress linkOf(const Options &options);
 
-// Reads a file of names. Throws Error (Usage) that names every bad line with its number.
-NameTable loadNames(const QString &path, const TagReader &reader);
+// What reads tags as the options say, without names.
+TagReader tagReaderOf(const Options &options, const DriverLibrary &library);
+
+// Reads the file of names. Reports on stderr that it has bad lines.
+NameTable loadNames(const QString &path);
 
 // The driver and, once it is opened, the link.
 class Connection {

@@ -32,6 +32,7 @@ Examples:
 // In the order of the help.
 void addCommands(CLI::App &app, const kmr::OptionReader &reader, kmr::Command &chosen)
 {
+    kmr::addHelp(app);
     kmr::addAreas(app, chosen);
     kmr::addConfig(app, chosen, reader);
     kmr::addTags(app, chosen);
@@ -69,18 +70,6 @@ QString understoodCommand(const CLI::App &app)
     for (const CLI::App *command : app.get_subcommands())
         text += ' ' + understoodCommand(*command);
     return text;
-}
-
-// The parser's own words, but for what it doesn't know: it would only miss a command.
-QString faultOf(const CLI::App &app, const CLI::ParseError &error)
-{
-    const std::vector<std::string> unknown = app.remaining(true);
-    const bool isMissing = error.get_exit_code() == static_cast<int>(CLI::ExitCodes::RequiredError);
-    if (!isMissing || unknown.empty())
-        return toQString(error.what());
-    const QString first = toQString(unknown.front());
-    return QString(first.startsWith('-') ? "unknown option %1" : "unknown command \"%1\"")
-        .arg(first);
 }
 
 // Each line begins with the program's name, since those of several programs may mix.
@@ -127,10 +116,13 @@ int main(int argc, char *argv[])
     app.require_subcommand(1);
     app.footer(HELP);
     kmr::OptionReader reader(app);
-    app.set_version_flag("--version", "", "Print the versions of kmr, Qt and the driver library");
+    app.set_version_flag("-V,--version", "",
+                         "Print the versions of kmr, Qt and the driver library");
     addCommands(app, reader, chosen);
     nameCommonOptions(app);
 
+    if (argc == 1)
+        return static_cast<int>(showHelp(app));
     try {
         app.parse(argc, argv);
     } catch (const CLI::CallForVersion &) {
@@ -138,9 +130,11 @@ int main(int argc, char *argv[])
     } catch (const CLI::ParseError &error) {
         if (error.get_exit_code() == 0)
             return static_cast<int>(showHelp(app));
-        return static_cast<int>(
-            fail(ExitCode::Usage,
-                 QString("%1\nsee '%2 --help'").arg(faultOf(app, error), understoodCommand(app))));
+        return static_cast<int>(fail(
+            ExitCode::Usage,
+            QString("%1\nsee '%2 --help'").arg(kmr::faultOf(app, error), understoodCommand(app))));
+    } catch (const kmr::Error &error) {
+        return static_cast<int>(fail(kmr::exitCodeOf(error.kind()), error.text()));
     }
     try {
         kmr::catchStopSignals();

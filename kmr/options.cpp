@@ -25,6 +25,8 @@ const std::vector<std::pair<std::string, EchoMode>> ECHO_MODES = {
 const std::vector<std::pair<std::string, bool>> ON_OFF = {{"on", true}, {"off", false}};
 const std::vector<std::pair<std::string, WordOrder>> WORD_ORDERS = {{"low", WordOrder::LowFirst},
                                                                     {"high", WordOrder::HighFirst}};
+const std::vector<std::pair<std::string, ByteOrder>> BYTE_ORDERS = {{"low", ByteOrder::LowFirst},
+                                                                    {"high", ByteOrder::HighFirst}};
 const std::vector<std::pair<std::string, Format>> FORMATS = {{"plain", Format::Plain},
                                                              {"table", Format::Table},
                                                              {"csv", Format::Csv},
@@ -85,14 +87,16 @@ OptionReader::OptionReader(CLI::App &app) : m_app(app)
     add("in-step", o.inStep,
         "whether answers are checked against strays and counted only once confirmed: on or off",
         ON_OFF);
-    add("word-order", o.wordOrder, "word of a 32-bit value that comes first: low or high",
+    add("word-order", o.wordOrder, "word of a 32 or 64-bit value that comes first: low or high",
         WORD_ORDERS);
+    add("byte-order", o.byteOrder,
+        "byte of a word that holds a text's first character: low or high", BYTE_ORDERS);
     add("format", o.format, "records as plain, table, csv, json or jsonl", FORMATS);
     app.add_flag("--trace", o.trace, "explain all traffic on stderr");
     app.add_option_function<std::string>(
         "--capture", [&o](const std::string &path) { o.capture = toQString(path); },
         "write every character with its time to this new file, for 'kmr trace FILE'");
-    add("names", o.names, "file of names for tags: name,tag,unit,scale,comment").fromFile =
+    add("names", o.names, "file of names for tags; 'kmr tags check --help' explains it").fromFile =
         readableFile;
 }
 
@@ -112,7 +116,7 @@ void OptionReader::add(const char *key, int &value, const char *help, int least,
 {
     CLI::Option *option = m_app.add_option(std::string("--") + key, value, help)
                               ->capture_default_str()
-                              ->check(CLI::Range(least, most));
+                              ->check(between(least, most));
     m_entries.push_back({key, option});
 }
 
@@ -125,7 +129,7 @@ void OptionReader::add(const char *key, std::chrono::milliseconds &value, const 
                 std::string("--") + key,
                 [&value](int number) { value = std::chrono::milliseconds(number); }, help)
             ->default_str(std::to_string(value.count()))
-            ->check(CLI::Range(least, most));
+            ->check(between(least, most));
     m_entries.push_back({key, option});
 }
 
@@ -149,7 +153,7 @@ void OptionReader::add(const char *key, Choice &value, const char *help,
     CLI::Option *option =
         m_app.add_option_function<std::string>(std::string("--") + key, choose, help)
             ->default_str(usual)
-            ->check(CLI::IsMember(names));
+            ->check(oneOf(names));
     m_entries.push_back({key, option});
 }
 

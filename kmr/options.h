@@ -32,6 +32,7 @@ struct Options {
     EchoMode echo = EchoMode::Auto;
     bool inStep = true; // answers count once they are confirmed
     WordOrder wordOrder = WordOrder::LowFirst;
+    ByteOrder byteOrder = ByteOrder::LowFirst;
     Format format = Format::Plain;
     bool isFormatAsked = false; // on the command line or in the file
     bool trace = false;         // explain all traffic on stderr

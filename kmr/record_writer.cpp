@@ -20,6 +20,8 @@ Json toJson(const Value &value)
 {
     if (const auto *number = std::get_if<std::int64_t>(&value))
         return *number;
+    if (const auto *number = std::get_if<std::uint64_t>(&value))
+        return *number;
     if (const auto *number = std::get_if<double>(&value))
         return std::isfinite(*number) ? Json(*number) : Json();
     return std::get<QString>(value).toStdString();

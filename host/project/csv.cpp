@@ -4,7 +4,7 @@
 
 namespace kmr {
 
-QStringList splitCsv(const QString &line)
+QStringList splitCsv(const QString &line, QChar separator)
 {
     QStringList fields;
     QString field;
@@ -26,7 +26,7 @@ QStringList splitCsv(const QString &line)
         } else if (line[i] == '"' && field.trimmed().isEmpty()) {
             field.clear();
             isQuoted = wasQuoted = true;
-        } else if (line[i] == ',') {
+        } else if (line[i] == separator) {
             finish();
         } else if (!wasQuoted) {
             field += line[i];

@@ -1,4 +1,5 @@
-// Lines of comma-separated values (RFC 4180), without line breaks inside a field.
+// Lines of comma-separated values (RFC 4180), or separated by another character, without line
+// breaks inside a field.
 #pragma once
 
 #include <QString>
@@ -10,7 +11,7 @@ namespace kmr {
 
 // The fields of one line, trimmed unless they are quoted. Throws Error (Usage) for a field that
 // begins with a quote and goes on behind the closing one, or has none.
-QStringList splitCsv(const QString &line);
+QStringList splitCsv(const QString &line, QChar separator = ',');
 
 // The field, in quotes where it needs them.
 QString csvField(const QString &text);

@@ -2,6 +2,7 @@
 
 #include "host/error.h"
 #include "host/project/csv.h"
+#include "host/tags/nearest.h"
 
 #include <QRegularExpression>
 
@@ -11,120 +12,289 @@ namespace kmr {
 
 namespace {
 
-constexpr int MAX_FIELDS = 5;
+const QStringList USUAL_COLUMNS = {"name", "tag", "unit", "scale", "comment"};
 
-// Throws Error (Usage) that says what is wrong.
-Name readLine(const QString &line)
+Error usage(const QString &text)
 {
-    static const QRegularExpression VALID("^\\p{L}[\\p{L}\\p{Nd}._-]*$");
-    const QStringList fields = splitCsv(line);
-    if (fields.size() > MAX_FIELDS)
-        throw Error(ErrorKind::Usage, QString("has %1 fields, expected name,tag,unit,scale,comment "
-                                              "(a field with commas needs quotes)")
-                                          .arg(fields.size()));
-    Name name;
-    name.name = fields.value(0);
-    name.tag = fields.value(1);
-    name.unit = fields.value(2);
-    name.comment = fields.value(4);
-    if (!VALID.match(name.name).hasMatch())
-        throw Error(ErrorKind::Usage,
-                    QString("bad name \"%1\": expected a letter, then letters, digits and . _ -")
-                        .arg(name.name));
+    return Error(ErrorKind::Usage, text);
+}
+
+// The lines of the file that hold something.
+struct Line {
+    int number = 0;
+    QString text;
+};
+
+std::vector<Line> linesOf(const QString &text)
+{
+    std::vector<Line> lines;
+    int number = 0;
+    for (const QString &raw : text.split('\n')) {
+        ++number;
+        const QString line = QString(raw).remove('\r');
+        const QString trimmed = line.trimmed();
+        if (!trimmed.isEmpty() && !trimmed.startsWith('#'))
+            lines.push_back({number, line});
+    }
+    return lines;
+}
+
+// How the file's fields are separated, and what each of them is.
+struct Layout {
+    QChar separator = ',';
+    QStringList columns; // an empty one is ignored
+    bool hasHeading = false;
+};
+
+QChar separatorOf(const std::vector<Line> &lines)
+{
+    static const QRegularExpression SEPARATOR("^(?:[^,;\\t\"]|\"[^\"]*\")*([,;\\t])");
+    for (const Line &line : lines) {
+        const QRegularExpressionMatch match = SEPARATOR.match(line.text);
+        if (match.hasMatch())
+            return match.captured(1).front();
+    }
+    return ',';
+}
+
+// Each tag has a digit, and no column's name has one.
+bool isHeading(const QString &line, QChar separator)
+{
+    static const QRegularExpression DIGIT("[0-9]");
+    try {
+        const QStringList fields = splitCsv(line, separator);
+        return fields.size() > 1 && !fields[1].contains(DIGIT);
+    } catch (const Error &) {
+        return false; // which reading the line reports
+    }
+}
+
+QString columnOf(const QString &heading)
+{
+    QString column = heading.toLower();
+    return column.replace(' ', '-').replace('_', '-');
+}
+
+QStringList knownColumns(const QStringList &headings)
+{
+    QStringList columns;
+    QStringList unknown;
+    for (const QString &heading : headings) {
+        const QString column = columnOf(heading);
+        if (!column.isEmpty() && !nameColumns().contains(column))
+            unknown.append('"' + heading + '"' + didYouMean(column, nameColumns()));
+        columns.append(column);
+    }
+    if (!unknown.isEmpty())
+        throw usage(QString("unknown heading %1; the headings are %2")
+                        .arg(unknown.join("; "), nameColumns().join(", ")));
+    return columns;
+}
+
+QStringList namedColumns(const QStringList &headings, const NameTable::Headings &wanted)
+{
+    QStringList columns;
+    for (int i = 0; i < headings.size(); ++i)
+        columns.append(QString());
+    for (const auto &[column, heading] : wanted) {
+        int index = -1;
+        for (int i = 0; i < headings.size(); ++i) {
+            if (headings[i].compare(heading, Qt::CaseInsensitive) == 0)
+                index = i;
+        }
+        if (index < 0)
+            throw usage(QString("no column \"%1\"%2; the file's columns are %3")
+                            .arg(heading, didYouMean(heading, headings), headings.join(", ")));
+        columns[index] = column;
+    }
+    return columns;
+}
+
+Layout layoutOf(const std::vector<Line> &lines, const NameTable::Headings &headings)
+{
+    Layout layout{separatorOf(lines), USUAL_COLUMNS, false};
+    if (lines.empty())
+        return layout;
+    const QString &first = lines.front().text;
+    layout.hasHeading = !headings.empty() || isHeading(first, layout.separator);
+    if (!layout.hasHeading)
+        return layout;
+    const QStringList fields = splitCsv(first, layout.separator);
+    layout.columns = headings.empty() ? knownColumns(fields) : namedColumns(fields, headings);
+    for (const QString &column : nameColumns()) {
+        const auto count = layout.columns.count(column);
+        const bool isNeeded = column == "name" || column == "tag";
+        if (count > 1)
+            throw usage(QString("the heading has %1 twice").arg(column));
+        if (count == 0 && isNeeded)
+            throw usage(QString("the heading has no %1").arg(column));
+    }
+    return layout;
+}
+
+// The fields of a line by their column.
+using Fields = std::map<QString, QString>;
+
+Fields fieldsOf(const QString &line, const Layout &layout)
+{
+    const QStringList texts = splitCsv(line, layout.separator);
+    Fields fields;
+    for (int i = 0; i < texts.size(); ++i) {
+        if (i < layout.columns.size())
+            fields[layout.columns[i]] = texts[i];
+        else if (!texts[i].isEmpty())
+            throw usage(QString("has %1 fields, expected %2 (a field with \"%3\" needs quotes)")
+                            .arg(texts.size())
+                            .arg(layout.columns.join(layout.separator), layout.separator));
+    }
+    return fields;
+}
+
+void checkName(const QString &name)
+{
+    static const QRegularExpression VALID("^[\\p{L}_][^=,;\"\\p{C}]*$");
+    if (!VALID.match(name).hasMatch())
+        throw usage(QString("bad name \"%1\": expected a letter or _, then anything but = , ; and "
+                            "double quotes")
+                        .arg(name));
+}
+
+// An empty text, or a decimal number.
+QString readDecimal(const Name &name, const char *column, QString text, const Layout &layout)
+{
+    if (layout.separator != ',')
+        text.replace(',', '.');
+    const bool isFinite = isDecimal(text) && std::isfinite(text.toDouble());
+    const bool mayBeZero = column != std::string("scale");
+    if (text.isEmpty() || (isFinite && (mayBeZero || Scaling(text).shown("1") != "0")))
+        return text;
+    throw usage(QString("bad %1 \"%2\" of %3: expected a number%4")
+                    .arg(column, text, name.name,
+                         mayBeZero ? ", for example -40" : " other than 0, for example 0.1"));
+}
+
+// Empty for an empty text.
+template <typename Order>
+std::optional<Order> readOrder(const Name &name, const char *column, const QString &text)
+{
+    if (text.isEmpty())
+        return std::nullopt;
+    if (text.compare("low", Qt::CaseInsensitive) == 0)
+        return Order::LowFirst;
+    if (text.compare("high", Qt::CaseInsensitive) == 0)
+        return Order::HighFirst;
+    throw usage(QString("bad %1 \"%2\" of %3: expected low or high").arg(column, text, name.name));
+}
+
+Error badTexts(const Name &name, const QString &text, const QString &why)
+{
+    return usage(QString("bad texts \"%1\" of %2: %3").arg(text, name.name, why));
+}
+
+// A text that looks like a number would stand for two values when it is written.
+std::vector<ValueText> readTexts(const Name &name, const QString &field)
+{
+    std::vector<ValueText> texts;
+    for (const QString &part : field.split(';', Qt::SkipEmptyParts)) {
+        ValueText text;
+        bool isNumber = false;
+        text.number = part.section('=', 0, 0).trimmed().toLongLong(&isNumber);
+        text.text = part.section('=', 1).trimmed();
+        if (!isNumber || text.text.isEmpty())
+            throw badTexts(name, field, "expected for example 0=closed;1=open");
+        if (isDecimal(text.text) || text.text.startsWith("0x", Qt::CaseInsensitive) ||
+            text.text.contains('"'))
+            throw badTexts(name, field,
+                           QString("%1 must not look like a number or have quotes").arg(text.text));
+        for (const ValueText &other : texts) {
+            if (other.number == text.number ||
+                other.text.compare(text.text, Qt::CaseInsensitive) == 0)
+                throw badTexts(name, field, QString("%1 comes twice").arg(part.trimmed()));
+        }
+        texts.push_back(text);
+    }
+    return texts;
+}
+
+// Fills `name` as far as the fields are good. Throws Error (Usage) that says what is wrong.
+void readFields(Fields &fields, const Layout &layout, Name &name)
+{
+    name.name = fields["name"];
+    name.tag = fields["tag"];
+    name.unit = fields["unit"];
+    name.comment = fields["comment"];
+    checkName(name.name);
     if (name.tag.isEmpty())
-        throw Error(ErrorKind::Usage, QString("%1 has no tag").arg(name.name));
-    const QString scale = fields.value(3);
-    bool isNumber = true;
-    name.scale = scale.isEmpty() ? 1 : scale.toDouble(&isNumber);
-    if (!isNumber || name.scale == 0 || !std::isfinite(name.scale))
-        throw Error(
-            ErrorKind::Usage,
-            QString("bad scale \"%1\" of %2: expected a number other than 0, for example 0.1")
-                .arg(scale, name.name));
-    return name;
+        throw usage(QString("%1 has no tag").arg(name.name));
+    name.scale = readDecimal(name, "scale", fields["scale"], layout);
+    name.offset = readDecimal(name, "offset", fields["offset"], layout);
+    name.texts = readTexts(name, fields["texts"]);
+    name.wordOrder = readOrder<WordOrder>(name, "word-order", fields["word-order"]);
+    name.byteOrder = readOrder<ByteOrder>(name, "byte-order", fields["byte-order"]);
 }
 
 } // namespace
 
-NameTable NameTable::parse(const QString &text, const QString &file, QStringList &faults)
+QStringList nameColumns()
+{
+    return {"name",  "tag",        "unit",       "scale",  "offset",
+            "texts", "word-order", "byte-order", "comment"};
+}
+
+QString valueTextsOf(const Name &name)
+{
+    QStringList texts;
+    for (const ValueText &text : name.texts)
+        texts.append(QString("%1=%2").arg(text.number).arg(text.text));
+    return texts.join(';');
+}
+
+NameTable NameTable::parse(const QString &text, const QString &file, const Headings &headings)
 {
     NameTable table;
     table.m_file = file;
-    faults += readLines(text, file, "name,tag", [&table](const QString &line, int number) {
-        Name name = readLine(line);
-        name.line = number;
-        const Name *const other = table.find(name.name);
-        if (other != nullptr)
-            throw Error(ErrorKind::Usage,
-                        QString("%1 is already named in line %2").arg(name.name).arg(other->line));
-        table.m_index[name.name] = table.m_names.size();
-        table.m_names.push_back(name);
-    });
+    const std::vector<Line> lines = linesOf(text);
+    Layout layout;
+    try {
+        layout = layoutOf(lines, headings);
+    } catch (const Error &error) {
+        throw usage(QString("%1:%2: %3").arg(file).arg(lines.front().number).arg(error.text()));
+    }
+    for (auto line = lines.begin() + (layout.hasHeading ? 1 : 0); line != lines.end(); ++line) {
+        Name name;
+        name.line = line->number;
+        try {
+            Fields fields = fieldsOf(line->text, layout);
+            readFields(fields, layout, name);
+        } catch (const Error &error) {
+            name.fault = error.text();
+        }
+        table.add(name);
+    }
     return table;
+}
+
+void NameTable::add(Name name)
+{
+    const auto known = m_index.find(name.name);
+    if (known != m_index.end() && name.fault.isEmpty()) {
+        Name &other = m_names[known->second];
+        name.fault = QString("%1 is already named in line %2").arg(name.name).arg(other.line);
+        if (other.fault.isEmpty())
+            other.fault = QString("%1 is named again in line %2").arg(name.name).arg(name.line);
+    }
+    if (!name.fault.isEmpty())
+        m_faults.push_back({name.line, name.fault});
+    if (name.name.isEmpty() || known != m_index.end())
+        return;
+    m_index[name.name] = m_names.size();
+    m_names.push_back(std::move(name));
 }
 
 const Name *NameTable::find(const QString &name) const
 {
     const auto found = m_index.find(name);
     return found == m_index.end() ? nullptr : &m_names[found->second];
-}
-
-const Name *NamedTagReader::find(const QString &text) const
-{
-    return m_names ? m_names->find(text) : nullptr;
-}
-
-Tag NamedTagReader::read(const QString &text) const
-{
-    if (!m_names)
-        return m_reader.read(text);
-    if (const Name *const name = find(text))
-        return readNamed(*name);
-    try {
-        return m_reader.read(text);
-    } catch (const Error &error) {
-        throw Error(ErrorKind::Usage,
-                    QString("%1 (and %2 has no such name)").arg(error.text(), m_names->file()));
-    }
-}
-
-Tag NamedTagReader::readNamed(const Name &name) const
-{
-    Tag tag = m_reader.read(name.tag);
-    const bool hasNumbers = tag.type != ValueType::Text && tag.type != ValueType::Hex &&
-                            (tag.kind == ElementKind::Word || tag.kind == ElementKind::Counter);
-    if (name.scale != 1 && !hasNumbers)
-        throw badTag(name.name, QString("%1 has no numbers that could be scaled").arg(name.tag));
-    tag.text = name.name;
-    tag.unit = name.unit;
-    tag.scale = name.scale;
-    return tag;
-}
-
-AddressCheck NamedTagReader::check(const QString &text) const
-{
-    const Name *const name = find(text);
-    return m_reader.check(name != nullptr ? name->tag : text);
-}
-
-QStringList checkNames(const NameTable &names, const QString &file, const TagReader &reader)
-{
-    const NamedTagReader named(reader, names);
-    QStringList faults;
-    for (const Name &name : names.names()) {
-        const QString place = QString("%1:%2: ").arg(file).arg(name.line);
-        try {
-            named.read(name.name);
-        } catch (const Error &error) {
-            faults.append(place + name.name + ": " + error.text());
-        }
-        try {
-            reader.read(name.name);
-            faults.append(place + name.name + " can't be a name, it is a tag itself");
-        } catch (const Error &) { // as it should be
-        }
-    }
-    return faults;
 }
 
 } // namespace kmr

@@ -1,11 +1,26 @@
-// Names for tags, from a file of comma-separated values:
+// Names for tags, from a text file:
 //
-//     name,tag,unit,scale,comment
-//     boiler.temp,D100/int16,°C,0.1,flow temperature
-//     pump.on,2#Y17
+//     name,tag,unit,scale,offset,texts,comment
+//     boiler.temp,D100/int16,°C,0.1,-40,,flow temperature
+//     valve,2#Y17,,,,0=closed;1=open,
 //
-// The heading is optional, what is empty at the end of a line may be missing, empty lines and those
-// that begin with '#' are skipped. What is shown is the controller's value times the scale.
+// The first line that separates fields says what separates them all: a comma, a semicolon or a tab.
+// Where it isn't a comma, scale and offset may have a decimal comma.
+//
+// The heading names the columns, in any order and in capitals or small letters:
+//
+//   name        a letter or _, then anything but = , ; and double quotes
+//   tag         as a person types it
+//   unit        of its numbers
+//   scale       what is shown is the controller's number times the scale, plus the offset
+//   offset
+//   texts       what numbers are called: 0=closed;1=open
+//   word-order  of types of 32 and 64 bits: low or high, the word that comes first
+//   byte-order  of texts: low or high, the byte of a word that comes first
+//   comment
+//
+// Without a heading they are name, tag, unit, scale, comment. What is empty at the end of a line
+// may be missing, empty lines and those that begin with '#' are skipped.
 #pragma once
 
 #include "host/tags/tag.h"
@@ -20,19 +35,40 @@
 namespace kmr {
 
 struct Name {
-    QString name; // a letter, then letters, digits and . _ -
+    QString name;
     QString tag;
     QString unit;
-    double scale = 1; // not 0
+    QString scale;  // a decimal number other than 0, or empty
+    QString offset; // a decimal number, or empty
+    std::vector<ValueText> texts;
+    std::optional<WordOrder> wordOrder;
+    std::optional<ByteOrder> byteOrder;
     QString comment;
-    int line = 0; // in the file, from 1
+    int line = 0;  // in the file, from 1
+    QString fault; // why it can't be used; empty: it can
 };
+
+// What is wrong with a line of a file.
+struct LineFault {
+    int line = 0;
+    QString text;
+};
+
+// The columns that a heading may name, in the order of the list above.
+QStringList nameColumns();
+
+// "0=closed;1=open".
+QString valueTextsOf(const Name &name);
 
 class NameTable {
 public:
-    // Reads the text of the file called `file`. Every bad line is added to `faults` with its
-    // number and left out.
-    static NameTable parse(const QString &text, const QString &file, QStringList &faults);
+    // The file's own words for our columns: for "name" for example "Symbol".
+    using Headings = std::map<QString, QString>;
+
+    // Reads the text of the file called `file`. `headings`: if there are any, the heading must have
+    // them, and other columns are ignored. Throws Error (Usage) for a heading with unknown columns
+    // or without name or tag. A bad line is one of faults(), and its name can't be used.
+    static NameTable parse(const QString &text, const QString &file, const Headings &headings = {});
 
     // The name, or null.
     const Name *find(const QString &name) const;
@@ -49,42 +85,18 @@ public:
         return m_names;
     }
 
+    const std::vector<LineFault> &faults() const
+    {
+        return m_faults;
+    }
+
 private:
+    void add(Name name);
+
     QString m_file;
     std::vector<Name> m_names;
     std::map<QString, std::size_t> m_index;
+    std::vector<LineFault> m_faults;
 };
-
-// Reads tags and the names that stand for them.
-class NamedTagReader {
-public:
-    // Without names it reads what `reader` does.
-    NamedTagReader(TagReader reader) : m_reader(std::move(reader)) {}
-    NamedTagReader(TagReader reader, NameTable names)
-        : m_reader(std::move(reader)), m_names(std::move(names))
-    {
-    }
-
-    // As TagReader::read() and check(). A name counts before an address.
-    Tag read(const QString &text) const;
-    AddressCheck check(const QString &text) const;
-
-    // The reader without names.
-    const TagReader &unnamed() const
-    {
-        return m_reader;
-    }
-
-private:
-    Tag readNamed(const Name &name) const;
-    const Name *find(const QString &text) const;
-
-    TagReader m_reader;
-    std::optional<NameTable> m_names;
-};
-
-// What is wrong with the tags behind the names, and with names that are tags themselves: a line of
-// text for each.
-QStringList checkNames(const NameTable &names, const QString &file, const TagReader &reader);
 
 } // namespace kmr

@@ -1,6 +1,7 @@
 #include "host/project/project_file.h"
 
 #include "host/error.h"
+#include "host/tags/nearest.h"
 
 #include <toml++/toml.h>
 
@@ -50,7 +51,8 @@ std::vector<ConfigEntry> parseConfig(const QString &text, const QString &file,
     try {
         table = toml::parse(text.toStdString());
     } catch (const toml::parse_error &error) {
-        throw Error(ErrorKind::Usage, QString("%1:%2: %3")
+        throw Error(ErrorKind::Usage, QString("%1:%2: not TOML: expected lines such as link = "
+                                              "\"tcp://192.168.0.10:8888\" or station = 2 (%3)")
                                           .arg(file)
                                           .arg(error.source().begin.line)
                                           .arg(toQString(error.description())));
@@ -60,8 +62,8 @@ std::vector<ConfigEntry> parseConfig(const QString &text, const QString &file,
         ConfigEntry entry{toQString(key.str()), {}, static_cast<int>(key.source().begin.line), {}};
         const bool isList = lists.contains(entry.key);
         if (!known.contains(entry.key))
-            entry.fault =
-                QString("unknown key \"%1\", expected %2").arg(entry.key, known.join(", "));
+            entry.fault = QString("unknown key \"%1\"%2; the keys are %3")
+                              .arg(entry.key, didYouMean(entry.key, known), known.join(", "));
         else if (!readValues(node, isList, entry.values))
             entry.fault =
                 QString("%1: expected %2")

@@ -11,7 +11,7 @@
 // nothing behind the values: half of a number with a decimal comma would pass for a remark.
 #pragma once
 
-#include "host/project/name_table.h"
+#include "host/project/named_tag_reader.h"
 #include "host/session/recipe_transfer.h"
 
 #include <QString>

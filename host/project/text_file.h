@@ -7,8 +7,11 @@
 
 namespace kmr {
 
-// Throws Error (Usage) when the file can't be read.
-QString readTextFile(const QString &path);
+enum class TextEncoding { Utf8, Latin1, Utf16 };
+
+// A byte-order mark is left out. Throws Error (Usage) when the file can't be read, and for the
+// first line that is not in UTF-8.
+QString readTextFile(const QString &path, TextEncoding encoding = TextEncoding::Utf8);
 
 // Writes the file whole or not at all: what was there before stays in place until the new text is
 // complete. Throws Error (Output).

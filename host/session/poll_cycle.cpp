@@ -136,7 +136,7 @@ QList<KEY_ADDRESS> toRawKeys(const std::vector<Tag> &tags)
     QList<KEY_ADDRESS> keys;
     for (const Tag &tag : tags) {
         KEY_ADDRESS key = toKey(tag.elements);
-        if (tag.kind == ElementKind::WordBit) {
+        if (tag.kind == ElementKind::WordBit && key.area == "TV") {
             key.area = WORD_BIT_AREA;
             key.address = key.address * WORD_BITS + tag.firstBit;
             key.elemKind = -1;

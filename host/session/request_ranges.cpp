@@ -87,7 +87,7 @@ void checkLength(const ElementRange &values, int groupLimit)
         return;
     throw Error(
         ErrorKind::Usage,
-        QString("the values of 32 bits in %1 to %2 need a request of %3 words, but the "
+        QString("the values of 32 or 64 bits in %1 to %2 need a request of %3 words, but the "
                 "group limit is %4: %5")
             .arg(elementName(values.area, values.first), elementName(values.area, values.end() - 1))
             .arg(values.count)

@@ -3,6 +3,8 @@
 #include "host/error.h"
 #include "modbus/areas.h"
 
+#include <QRegularExpression>
+
 #include <algorithm>
 
 namespace kmr {
@@ -11,10 +13,22 @@ namespace {
 
 enum CheckResult { VALID = 0, WRONG_KIND = 1, OUT_OF_RANGE = 2, UNKNOWN_AREA = 3, NO_ADDRESS = 4 };
 
+// "100.3": bit 3 of word 100.
+bool namesBits(const QString &area, const QString &address)
+{
+    return address.count('.') == 1 && !isBitArea(area) && !isCounterArea(area);
+}
+
 // The area that the driver knows such an address by.
 QString driverArea(const QString &area, const QString &address)
 {
-    return area == "TV" && address.contains('.') ? QString(WORD_BIT_AREA) : area;
+    return area == "TV" && namesBits(area, address) ? QString(WORD_BIT_AREA) : area;
+}
+
+// Words that hold `count` bits from `firstBit` of the first one on.
+int wordsOfBits(int firstBit, int count)
+{
+    return (firstBit + count + WORD_BITS - 1) / WORD_BITS;
 }
 
 QString endFault(const QString &area, const QString &address, const TagText &tag)
@@ -64,22 +78,23 @@ void checkType(const Tag &tag)
     if (tag.kind == ElementKind::Bit || tag.kind == ElementKind::WordBit)
         throw badTag(tag.text, "bits have no type");
     if (tag.kind == ElementKind::Counter) {
-        if (type == ValueType::Int16 || type == ValueType::UInt16 || type == ValueType::Text)
+        if (type == ValueType::Int16 || type == ValueType::UInt16 || type == ValueType::Text ||
+            wordsOf(type) == 4)
             throw badTag(tag.text, "a counter has 32 bits: expected int32, uint32, float32, hex or "
                                    "bcd");
         return;
     }
-    if (!is32Bit(type))
-        return;
-    if (tag.count % 2 != 0)
-        throw badTag(
-            tag.text,
-            QString("values of 32 bits take two words each, but %1 are named").arg(tag.count));
-    for (int first = tag.elements.first; first < tag.elements.end(); first += 2) {
-        if (nextBorder(tag.elements.area, first) == first + 1)
+    const int words = wordsOf(type);
+    if (tag.count % words != 0)
+        throw badTag(tag.text, QString("values of %1 bits take %2 words each, but %3 are named")
+                                   .arg(words * WORD_BITS)
+                                   .arg(words == 2 ? "two" : "four")
+                                   .arg(tag.count));
+    for (int first = tag.elements.first; first < tag.elements.end(); first += words) {
+        if (nextBorder(tag.elements.area, first) < first + words)
             throw badTag(tag.text,
-                         QString("the two words of the value at %1 can't be read together, since "
-                                 "the controller keeps the second one elsewhere")
+                         QString("the words of the value at %1 can't be read together, since the "
+                                 "controller keeps some of them elsewhere")
                              .arg(elementName(tag.elements.area, first)));
     }
 }
@@ -88,11 +103,12 @@ void checkType(const Tag &tag)
 
 int elementsPerNumber(const Tag &tag)
 {
-    return is32Bit(tag.type) && tag.kind == ElementKind::Word ? 2 : 1;
+    return tag.kind == ElementKind::Word ? wordsOf(tag.type) : 1;
 }
 
-TagReader::TagReader(const DriverFunctions &driver, int station, WordOrder wordOrder)
-    : m_driver(&driver), m_station(station), m_wordOrder(wordOrder)
+TagReader::TagReader(const DriverFunctions &driver, int station, WordOrder wordOrder,
+                     ByteOrder byteOrder)
+    : m_driver(&driver), m_station(station), m_wordOrder(wordOrder), m_byteOrder(byteOrder)
 {
     m_driver->getRegListByType(0, m_areas);
     m_driver->getRegListByType(1, m_areas);
@@ -105,11 +121,11 @@ Tag TagReader::read(const QString &text) const
     tag.text = text;
     tag.type = parts.type;
     tag.wordOrder = m_wordOrder;
+    tag.byteOrder = m_byteOrder;
     tag.elements.station = parts.station.value_or(m_station);
     const QStringList candidates = areasThatBegin(parts.name, m_areas);
     if (candidates.isEmpty())
-        throw badTag(text, QString("expected an area in capitals (%1) and a number behind it")
-                               .arg(m_areas.join(", ")));
+        throw badTag(text, whyNoArea(parts));
     QStringList reasons;
     for (const QString &area : candidates) {
         const QString address = parts.name.mid(area.size());
@@ -164,8 +180,10 @@ int TagReader::countOf(const QString &area, const QString &address, const TagTex
     if (tag.count)
         return *tag.count;
     if (tag.end.isEmpty())
-        return is32Bit(tag.type) && !isBitArea(area) && !isCounterArea(area) ? 2 : 1;
+        return !isBitArea(area) && !isCounterArea(area) ? wordsOf(tag.type) : 1;
     const QString checked = driverArea(area, address);
+    if (namesBits(area, address) != namesBits(area, tag.end))
+        return 0;
     int first = 0;
     int last = 0;
     if (ask(checked, tag.end, 1, last) != VALID)
@@ -178,7 +196,22 @@ int TagReader::countOf(const QString &area, const QString &address, const TagTex
 int TagReader::ask(const QString &area, const QString &address, int count, int &number) const
 {
     const bool isBit = area == WORD_BIT_AREA || isBitArea(area);
+    if (!isBit && namesBits(area, address))
+        return askBits(area, address, count, number);
     return m_driver->checkAddrValidity(area, address, &number, count, isBit ? 0 : 1);
+}
+
+// As the driver numbers the bits of TV words.
+int TagReader::askBits(const QString &area, const QString &address, int count, int &number) const
+{
+    static const QRegularExpression PARTS("^([0-9]+)\\.([0-9]|1[0-5])$");
+    const QRegularExpressionMatch parts = PARTS.match(address);
+    if (!parts.hasMatch())
+        return NO_ADDRESS;
+    const int bit = parts.captured(2).toInt();
+    const int result = ask(area, parts.captured(1), wordsOfBits(bit, count), number);
+    number = number * WORD_BITS + bit;
+    return result;
 }
 
 // Fills `tag` where the address is valid.
@@ -189,12 +222,12 @@ bool TagReader::readAddress(const QString &area, const QString &address, int cou
     if (ask(checked, address, count, number) != VALID)
         return false;
     tag.elements.area = area;
-    if (checked == WORD_BIT_AREA) {
+    if (namesBits(area, address)) {
         tag.kind = ElementKind::WordBit;
         tag.isWritable = false;
         tag.firstBit = number % WORD_BITS;
         tag.elements.first = number / WORD_BITS;
-        tag.elements.count = (tag.firstBit + count + WORD_BITS - 1) / WORD_BITS;
+        tag.elements.count = wordsOfBits(tag.firstBit, count);
     } else {
         tag.kind = isBitArea(area)       ? ElementKind::Bit
                    : isCounterArea(area) ? ElementKind::Counter
@@ -215,6 +248,16 @@ bool TagReader::readAddress(const QString &area, const QString &address, int cou
     return !hidden || tag.elements.end() <= hidden->first || tag.elements.first > hidden->last;
 }
 
+QString TagReader::whyNoArea(const TagText &tag) const
+{
+    TagText meant = tag;
+    meant.name = tag.name.toUpper();
+    const bool isArea = !areasThatBegin(meant.name, m_areas).isEmpty();
+    return QString("expected an area in capitals (%1) and a number behind it%2")
+        .arg(m_areas.join(", "),
+             isArea ? QString(", did you mean %1?").arg(joinTag(meant)) : QString());
+}
+
 QString TagReader::whyInvalid(const QString &area, const QString &address, int count) const
 {
     const QString checked = driverArea(area, address);
@@ -227,7 +270,7 @@ QString TagReader::whyInvalid(const QString &area, const QString &address, int c
     case UNKNOWN_AREA:
         return QString("%1 is no area").arg(area);
     case NO_ADDRESS:
-        return checked == WORD_BIT_AREA
+        return namesBits(area, address)
                    ? QString("\"%1\" is no bit of a word, expected for example 5.3 (bit 0 to "
                              "15, without leading zero)")
                          .arg(address)

@@ -3,11 +3,14 @@
 
 #include "host/driver_library.h"
 #include "host/tags/element_range.h"
+#include "host/tags/scaling.h"
 #include "host/tags/tag_syntax.h"
 
 #include <QString>
 
 #include <cstdint>
+#include <optional>
+#include <vector>
 
 namespace kmr {
 
@@ -15,7 +18,13 @@ enum class ElementKind {
     Bit,
     Word,    // 16 bits
     Counter, // 32 bits
-    WordBit  // one bit of a TV word: read by reading the word, can't be written
+    WordBit  // one bit of a word: read by reading the word, can't be written
+};
+
+// What a number of the controller is called: "open" for 1.
+struct ValueText {
+    std::int64_t number = 0;
+    QString text;
 };
 
 struct Tag {
@@ -26,17 +35,20 @@ struct Tag {
     int firstBit = 0;      // WordBit: the first one's bit in the first word, 0 to 15
     int count = 1;         // elements or bits of words
     ValueType type = ValueType::Plain;
-    WordOrder wordOrder = WordOrder::LowFirst; // of 32-bit types in words
+    WordOrder wordOrder = WordOrder::LowFirst; // of types of 32 and 64 bits in words
+    ByteOrder byteOrder = ByteOrder::LowFirst; // of texts
     QString unit;                              // of a name: "°C"
-    double scale = 1; // of a name: what is shown is `scale` times the value
+    std::optional<Scaling> scaling;            // of a name: what is shown of its numbers
+    std::vector<ValueText> texts;              // of a name: instead of these numbers
 };
 
-// Elements that each number of the tag takes: 2 where a 32-bit type lies in words, else 1.
+// Elements that each number of the tag takes: 2 or 4 if a longer type lies in words, else 1.
 int elementsPerNumber(const Tag &tag);
 
-// What the driver says of the address in a tag.
+// What the driver says of the address in a tag. Of bits of D and CV words, what it says of the
+// words.
 struct AddressCheck {
-    QString area;    // the driver's: "TV_bit" for bits of words
+    QString area;    // the driver's: "TV_bit" for bits of TV words
     QString address; // as typed
     int count = 1;
     int result = 0; // of intf_checkAddrValidity()
@@ -44,12 +56,13 @@ struct AddressCheck {
 
 // Reads tags. The driver decides which addresses are valid. Beyond that the reader refuses what a
 // request could not fetch: words where the controller keeps its counters, and the octal numbers
-// behind an area's end, which the driver computes in decimal.
+// behind an area's end, which the driver computes in decimal. It adds the bits of D and CV words,
+// D100.3, of which the driver knows only those of TV words.
 class TagReader {
 public:
     // `station`: for tags that name none, 1 to 99. `driver` must outlive the reader.
-    TagReader(const DriverFunctions &driver, int station,
-              WordOrder wordOrder = WordOrder::LowFirst);
+    TagReader(const DriverFunctions &driver, int station, WordOrder wordOrder = WordOrder::LowFirst,
+              ByteOrder byteOrder = ByteOrder::LowFirst);
 
     // Throws Error (Usage) that says what is wrong with the tag. Where an address fits two areas,
     // the longer name counts: CV2200 is the counter CV2 200, CV21 the word CV 21, since CV2 begins
@@ -72,11 +85,14 @@ private:
     int ask(const QString &area, const QString &address, int count, int &number) const;
     int countOf(const QString &area, const QString &address, const TagText &tag) const;
     bool readAddress(const QString &area, const QString &address, int count, Tag &tag) const;
+    int askBits(const QString &area, const QString &address, int count, int &number) const;
+    QString whyNoArea(const TagText &tag) const;
     QString whyInvalid(const QString &area, const QString &address, int count) const;
 
     const DriverFunctions *m_driver;
     int m_station;
     WordOrder m_wordOrder;
+    ByteOrder m_byteOrder;
     QStringList m_areas;
 };
 

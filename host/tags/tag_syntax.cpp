@@ -1,5 +1,7 @@
 #include "host/tags/tag_syntax.h"
 
+#include "host/tags/nearest.h"
+
 #include <QRegularExpression>
 #include <QStringList>
 
@@ -10,10 +12,11 @@ namespace {
 const struct {
     const char *name;
     ValueType type;
-} TYPES[] = {{"float32", ValueType::Float32}, {"int16", ValueType::Int16},
-             {"uint16", ValueType::UInt16},   {"int32", ValueType::Int32},
-             {"uint32", ValueType::UInt32},   {"hex", ValueType::Hex},
-             {"bcd", ValueType::Bcd},         {"text", ValueType::Text}};
+} TYPES[] = {
+    {"float32", ValueType::Float32}, {"int16", ValueType::Int16},   {"uint16", ValueType::UInt16},
+    {"int32", ValueType::Int32},     {"uint32", ValueType::UInt32}, {"float64", ValueType::Float64},
+    {"int64", ValueType::Int64},     {"uint64", ValueType::UInt64}, {"hex", ValueType::Hex},
+    {"bcd", ValueType::Bcd},         {"text", ValueType::Text}};
 
 constexpr int MAX_COUNT = 65537; // elements of the largest area
 
@@ -22,7 +25,8 @@ ValueType readType(const QString &text, const QString &name)
     const std::optional<ValueType> type = valueTypeOf(name);
     if (!type)
         throw badTag(
-            text, QString("\"%1\" is no type, expected %2").arg(name, valueTypeNames().join(", ")));
+            text, QString("\"%1\" is no type, expected %2%3")
+                      .arg(name, valueTypeNames().join(", "), didYouMean(name, valueTypeNames())));
     return *type;
 }
 
@@ -45,9 +49,20 @@ QStringList valueTypeNames()
     return names;
 }
 
-bool is32Bit(ValueType type)
+int wordsOf(ValueType type)
 {
-    return type == ValueType::Int32 || type == ValueType::UInt32 || type == ValueType::Float32;
+    switch (type) {
+    case ValueType::Int32:
+    case ValueType::UInt32:
+    case ValueType::Float32:
+        return 2;
+    case ValueType::Int64:
+    case ValueType::UInt64:
+    case ValueType::Float64:
+        return 4;
+    default:
+        return 1;
+    }
 }
 
 TagText splitTag(const QString &text)
@@ -73,6 +88,20 @@ TagText splitTag(const QString &text)
     if (tag.count && (*tag.count < 1 || *tag.count > MAX_COUNT))
         throw badTag(text, QString("a count is 1 to %1").arg(MAX_COUNT));
     return tag;
+}
+
+QString joinTag(const TagText &tag)
+{
+    QString text = tag.station ? QString("%1#%2").arg(*tag.station).arg(tag.name) : tag.name;
+    if (!tag.end.isEmpty())
+        text += ".." + tag.end;
+    if (tag.count)
+        text += QString("x%1").arg(*tag.count);
+    for (const auto &entry : TYPES) {
+        if (entry.type == tag.type)
+            text += QString("/%1").arg(entry.name);
+    }
+    return text;
 }
 
 Error badTag(const QString &text, const QString &why)

@@ -2,7 +2,7 @@
 //
 //     [STATION#]AREA ADDRESS[..END | xCOUNT][/TYPE]
 //
-// written together, for example D100, X0..17, 2#M0x16, TV5.3, D100/float32, D200x8/text. END and
+// written together, for example D100, X0..17, 2#M0x16, D100.3, D100/float32, D200x8/text. END and
 // COUNT both count elements, whatever the type: D100x4/float32 are two values in four words.
 //
 // TYPE says how the words are read as values:
@@ -14,11 +14,14 @@
 //   int32     2 words or 1 counter        decimal with sign
 //   uint32    2 words or 1 counter        decimal
 //   float32   2 words or 1 counter        decimal, as many digits as tell it from its neighbours
+//   int64     4 words                     decimal with sign
+//   uint64    4 words                     decimal
+//   float64   4 words                     as float32
 //   hex       1 word or 1 counter         0x and 4 or 8 hexadecimal digits
 //   bcd       1 word or 1 counter         4 or 8 decimal digits, one in each 4 bits
-//   text      all words                   2 characters (Latin-1) a word, the low-order byte first
+//   text      all words                   2 characters (Latin-1) a word
 //
-// What isn't a number in float32 or bcd is shown as hex.
+// What isn't a number in a float or bcd is shown as hex.
 #pragma once
 
 #include "host/error.h"
@@ -30,10 +33,26 @@
 
 namespace kmr {
 
-enum class ValueType { Plain, Int16, UInt16, Int32, UInt32, Float32, Hex, Bcd, Text };
+enum class ValueType {
+    Plain,
+    Int16,
+    UInt16,
+    Int32,
+    UInt32,
+    Float32,
+    Int64,
+    UInt64,
+    Float64,
+    Hex,
+    Bcd,
+    Text
+};
 
-// Which of the two words of a 32-bit value has the lower address.
+// Which word of a value of 32 or 64 bits has the lowest address.
 enum class WordOrder { LowFirst, HighFirst };
+
+// Which byte of a word holds the first of its two characters.
+enum class ByteOrder { LowFirst, HighFirst };
 
 // The type called `name`, or nothing.
 std::optional<ValueType> valueTypeOf(const QString &name);
@@ -41,7 +60,8 @@ std::optional<ValueType> valueTypeOf(const QString &name);
 // All names, for messages.
 QStringList valueTypeNames();
 
-bool is32Bit(ValueType type);
+// The words that one value of the type takes, 1, 2 or 4.
+int wordsOf(ValueType type);
 
 // The lowest station number, and the highest: two decimal digits travel.
 constexpr int MIN_STATION = 1;
@@ -58,6 +78,9 @@ struct TagText {
 // Splits a tag. Which areas and addresses there are is for the driver to say. Throws Error (Usage)
 // for what has not this form, and for stations, counts and types that don't exist.
 TagText splitTag(const QString &text);
+
+// The tag that has these parts.
+QString joinTag(const TagText &tag);
 
 // The error (Usage) of a bad tag.
 Error badTag(const QString &text, const QString &why);

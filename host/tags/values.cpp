@@ -1,7 +1,7 @@
 #include "host/tags/values.h"
 
 #include "host/error.h"
-#include "modbus/ascii.h"
+#include "host/tags/nearest.h"
 
 #include <QRegularExpression>
 
@@ -9,14 +9,19 @@
 #include <charconv>
 #include <cmath>
 #include <cstring>
+#include <limits>
+#include <utility>
 
 namespace kmr {
 
 namespace {
 
+// After the point: they tell even the smallest doubles apart.
+constexpr int FLOAT_PLACES = 345;
+
 struct Limits {
     qint64 lowest;
-    qint64 highest;
+    quint64 highest;
 };
 
 Limits limitsOf(const Tag &tag)
@@ -30,19 +35,29 @@ Limits limitsOf(const Tag &tag)
     case ValueType::Int32:
         return {-0x80000000LL, 0x7FFFFFFF};
     case ValueType::UInt32:
-        return {0, 0xFFFFFFFFLL};
+        return {0, 0xFFFFFFFF};
+    case ValueType::Int64:
+        return {std::numeric_limits<qint64>::min(), std::numeric_limits<qint64>::max()};
+    case ValueType::UInt64:
+        return {0, std::numeric_limits<quint64>::max()};
     case ValueType::Hex:
-        return {0, isCounter ? 0xFFFFFFFFLL : 0xFFFF};
+        return {0, isCounter ? 0xFFFFFFFFU : 0xFFFF};
     case ValueType::Bcd:
-        return {0, isCounter ? 99999999 : 9999};
+        return {0, isCounter ? 99999999U : 9999};
     case ValueType::Plain:
     case ValueType::Float32:
+    case ValueType::Float64:
     case ValueType::Text:
         break;
     }
     if (isCounter)
-        return {-0x80000000LL, 0xFFFFFFFFLL};
+        return {-0x80000000LL, 0xFFFFFFFF};
     return tag.kind == ElementKind::Word ? Limits{-0x8000, 0xFFFF} : Limits{0, 1};
+}
+
+bool isFloat(ValueType type)
+{
+    return type == ValueType::Float32 || type == ValueType::Float64;
 }
 
 Error badValue(const Tag &tag, const QString &text, const QString &expected)
@@ -51,11 +66,11 @@ Error badValue(const Tag &tag, const QString &text, const QString &expected)
                  QString("bad value \"%1\" for %2: expected %3").arg(text, tag.text, expected));
 }
 
-std::uint32_t toBcd(qint64 value)
+quint64 toBcd(quint64 value)
 {
-    std::uint32_t digits = 0;
+    quint64 digits = 0;
     for (int shift = 0; value > 0; shift += 4, value /= 10)
-        digits |= static_cast<std::uint32_t>(value % 10) << shift;
+        digits |= value % 10 << shift;
     return digits;
 }
 
@@ -67,78 +82,156 @@ int widthOf(const Tag &tag)
     return tag.kind == ElementKind::Word ? 16 * elementsPerNumber(tag) : 1;
 }
 
-std::uint32_t hexBits(const Tag &tag, const QString &text)
+quint64 allBits(const Tag &tag)
 {
-    const quint64 highest = (quint64{1} << widthOf(tag)) - 1;
+    return std::numeric_limits<quint64>::max() >> (64 - widthOf(tag));
+}
+
+std::optional<quint64> hexBits(const Tag &tag, const QString &text)
+{
     bool isNumber = false;
     const quint64 bits = text.toULongLong(&isNumber, 16);
-    if (!isNumber || bits > highest)
-        throw badValue(tag, text, "0x0 to 0x" + QString::number(highest, 16).toUpper());
-    return static_cast<std::uint32_t>(bits);
+    if (!isNumber || bits > allBits(tag))
+        return std::nullopt;
+    return bits;
 }
 
-// The unscaled number nearest to a scaled one, as text.
-QString unscaled(const Tag &tag, const QString &text)
+// The bits of a number of the tag's type.
+template <typename Float, typename Bits> quint64 bitsOf(Float value)
 {
-    bool isNumber = false;
-    const double value = text.toDouble(&isNumber) / tag.scale;
-    if (!isNumber)
-        throw badValue(tag, text, "a number, for example 21.5");
-    return tag.type == ValueType::Float32 ? QString::number(value, 'g', 9)
-                                          : QString::number(value, 'f', 0);
-}
-
-// As a person types the limits: times the scale.
-QString rangeText(const Tag &tag, double lowest, double highest)
-{
-    const auto [first, last] = std::minmax({lowest * tag.scale, highest * tag.scale});
-    return QString("%1 to %2").arg(first, 0, 'g', 12).arg(last, 0, 'g', 12);
-}
-
-std::uint32_t floatBits(const Tag &tag, const QString &text)
-{
-    bool isNumber = false;
-    const float value = (tag.scale == 1 ? text : unscaled(tag, text)).toFloat(&isNumber);
-    if (!isNumber)
-        throw badValue(
-            tag, text,
-            QString("a number from %1, for example 21.5").arg(rangeText(tag, -3.4e38, 3.4e38)));
-    std::uint32_t bits = 0;
+    static_assert(sizeof(Float) == sizeof(Bits));
+    Bits bits = 0;
     std::memcpy(&bits, &value, sizeof bits);
     return bits;
 }
 
-std::uint32_t integerBits(const Tag &tag, const QString &text)
+std::optional<quint64> floatBits(const Tag &tag, const QString &text)
+{
+    bool isNumber = false;
+    quint64 bits = 0;
+    if (tag.type == ValueType::Float32)
+        bits = bitsOf<float, std::uint32_t>(text.toFloat(&isNumber));
+    else
+        bits = bitsOf<double, quint64>(text.toDouble(&isNumber));
+    return isNumber ? std::optional<quint64>(bits) : std::nullopt;
+}
+
+std::optional<quint64> integerBits(const Tag &tag, const QString &text)
 {
     const Limits limits = limitsOf(tag);
     bool isNumber = false;
-    const qint64 value = (tag.scale == 1 ? text : unscaled(tag, text)).toLongLong(&isNumber);
-    if (!isNumber || value < limits.lowest || value > limits.highest)
-        throw badValue(tag, text,
-                       rangeText(tag, static_cast<double>(limits.lowest),
-                                 static_cast<double>(limits.highest)));
-    return tag.type == ValueType::Bcd ? toBcd(value) : static_cast<std::uint32_t>(value);
+    if (text.startsWith('-')) {
+        const qint64 value = text.toLongLong(&isNumber);
+        if (!isNumber || value < limits.lowest)
+            return std::nullopt;
+        return static_cast<quint64>(value) & allBits(tag);
+    }
+    const quint64 value = text.toULongLong(&isNumber);
+    if (!isNumber || value > limits.highest)
+        return std::nullopt;
+    return tag.type == ValueType::Bcd ? toBcd(value) : value;
 }
 
-// The bits of one value, 32 at most.
-std::uint32_t parseValue(const Tag &tag, const QString &text)
+// The bits of a number as it is shown.
+std::optional<quint64> numberBits(const Tag &tag, const QString &text)
+{
+    if (!tag.scaling || !isDecimal(text)) // infinity is not scaled
+        return isFloat(tag.type) ? floatBits(tag, text)
+               : tag.scaling     ? std::nullopt
+                                 : integerBits(tag, text);
+    return isFloat(tag.type) ? floatBits(tag, tag.scaling->held(text, FLOAT_PLACES))
+                             : integerBits(tag, tag.scaling->held(text, 0));
+}
+
+// As a person types the limits.
+QString rangeText(const Tag &tag)
+{
+    const Limits limits = limitsOf(tag);
+    QString lowest = QString::number(limits.lowest);
+    QString highest = QString::number(limits.highest);
+    if (isFloat(tag.type)) {
+        highest = tag.type == ValueType::Float32 ? "3.4e38" : "1.79e308";
+        lowest = '-' + highest;
+    }
+    if (tag.scaling) {
+        lowest = tag.scaling->shown(lowest);
+        highest = tag.scaling->shown(highest);
+    }
+    if (lowest.toDouble() > highest.toDouble())
+        std::swap(lowest, highest);
+    if (!isFloat(tag.type))
+        return lowest + " to " + highest;
+    return QString("a number from %1 to %2, for example 21.5")
+        .arg(lowest.toDouble(), 0, 'g', 12)
+        .arg(highest.toDouble(), 0, 'g', 12);
+}
+
+QString expectedOf(const Tag &tag, const QString &text)
 {
     if (text.startsWith("0x", Qt::CaseInsensitive))
-        return hexBits(tag, text);
-    return tag.type == ValueType::Float32 ? floatBits(tag, text) : integerBits(tag, text);
+        return "0x0 to 0x" + QString::number(allBits(tag), 16).toUpper();
+    QStringList texts;
+    for (const ValueText &known : tag.texts)
+        texts.append(known.text);
+    if (!texts.isEmpty())
+        return QString("%1, or %2%3")
+            .arg(texts.join(", "), rangeText(tag), didYouMean(text, texts));
+    if (tag.kind == ElementKind::Bit)
+        return "0 or 1, off or on";
+    return tag.scaling && !isDecimal(text) ? QString("a number, for example 21.5") : rangeText(tag);
 }
 
-void appendElements(const Tag &tag, std::uint32_t bits, Values &values)
+std::optional<quint64> textBits(const Tag &tag, const QString &text)
+{
+    for (const ValueText &known : tag.texts) {
+        if (text.compare(known.text, Qt::CaseInsensitive) == 0)
+            return integerBits(tag, QString::number(known.number));
+    }
+    if (tag.kind == ElementKind::Bit && text.compare("on", Qt::CaseInsensitive) == 0)
+        return 1;
+    if (tag.kind == ElementKind::Bit && text.compare("off", Qt::CaseInsensitive) == 0)
+        return 0;
+    return std::nullopt;
+}
+
+// The bits of one value, 64 at most.
+quint64 parseValue(const Tag &tag, const QString &text)
+{
+    std::optional<quint64> bits = textBits(tag, text);
+    if (!bits)
+        bits =
+            text.startsWith("0x", Qt::CaseInsensitive) ? hexBits(tag, text) : numberBits(tag, text);
+    if (!bits)
+        throw badValue(tag, text, expectedOf(tag, text));
+    return *bits;
+}
+
+// Of the word with the lowest address first.
+int shiftOf(const Tag &tag, int word)
+{
+    const int words = elementsPerNumber(tag);
+    return 16 * (tag.wordOrder == WordOrder::LowFirst ? word : words - 1 - word);
+}
+
+void appendElements(const Tag &tag, quint64 bits, Values &values)
 {
     if (tag.kind != ElementKind::Word) {
-        values.push_back(bits);
-    } else if (elementsPerNumber(tag) == 1) {
-        values.push_back(bits & 0xFFFF);
-    } else {
-        const bool isLowFirst = tag.wordOrder == WordOrder::LowFirst;
-        values.push_back(isLowFirst ? bits & 0xFFFF : bits >> 16);
-        values.push_back(isLowFirst ? bits >> 16 : bits & 0xFFFF);
+        values.push_back(static_cast<std::uint32_t>(bits));
+        return;
     }
+    for (int word = 0; word < elementsPerNumber(tag); ++word)
+        values.push_back(static_cast<std::uint32_t>(bits >> shiftOf(tag, word) & 0xFFFF));
+}
+
+// `values`: one for each element, from the first of a number on.
+quint64 numberOf(const Tag &tag, Values::const_iterator values)
+{
+    if (tag.kind != ElementKind::Word)
+        return *values;
+    quint64 bits = 0;
+    for (int word = 0; word < elementsPerNumber(tag); ++word)
+        bits |= quint64{*values++} << shiftOf(tag, word);
+    return bits;
 }
 
 QByteArray unescape(const Tag &tag, const QString &text)
@@ -170,19 +263,23 @@ Values parseText(const Tag &tag, const QString &text)
         throw badValue(tag, text, QString("%1 characters at most").arg(2 * tag.count));
     bytes.append(2 * tag.count - static_cast<int>(bytes.size()), '\0');
     Values values;
-    for (int i = 0; i < tag.count; ++i)
-        values.push_back(static_cast<quint8>(bytes[2 * i]) |
-                         static_cast<std::uint32_t>(static_cast<quint8>(bytes[2 * i + 1])) << 8);
+    for (int i = 0; i < tag.count; ++i) {
+        const std::uint32_t first = static_cast<quint8>(bytes[2 * i]);
+        const std::uint32_t second = static_cast<quint8>(bytes[2 * i + 1]);
+        const bool isLowFirst = tag.byteOrder == ByteOrder::LowFirst;
+        values.push_back(isLowFirst ? second << 8 | first : first << 8 | second);
+    }
     return values;
 }
 
 // Up to the zeroes at the end.
-QString textOf(const Values &values)
+QString textOf(const Tag &tag, const Values &values)
 {
+    const int first = tag.byteOrder == ByteOrder::LowFirst ? 0 : 8;
     QByteArray bytes;
     for (const std::uint32_t value : values) {
-        bytes.append(static_cast<char>(value & 0xFF));
-        bytes.append(static_cast<char>(value >> 8));
+        bytes.append(static_cast<char>(value >> first));
+        bytes.append(static_cast<char>(value >> (8 - first)));
     }
     while (bytes.endsWith('\0'))
         bytes.chop(1);
@@ -199,13 +296,6 @@ QString textOf(const Values &values)
     return text;
 }
 
-float toFloat(std::uint32_t bits)
-{
-    float value = 0;
-    std::memcpy(&value, &bits, sizeof value);
-    return value;
-}
-
 // As few digits as tell it from its neighbours.
 template <typename Float> QString floatText(Float value)
 {
@@ -215,22 +305,24 @@ template <typename Float> QString floatText(Float value)
 }
 
 // With as many digits as the value has room for.
-QString hexText(const Tag &tag, std::uint32_t bits)
+QString hexText(const Tag &tag, quint64 bits)
 {
-    return "0x" + modbus::hex(bits, widthOf(tag) / 4);
+    return "0x" + QString::number(bits, 16).toUpper().rightJustified(widthOf(tag) / 4, '0');
 }
 
 // What is no number keeps its bits, since many of them mean none.
-Value floatValue(const Tag &tag, std::uint32_t bits)
+template <typename Float, typename Bits> Value floatValue(const Tag &tag, quint64 bits)
 {
-    const float value = toFloat(bits);
+    const Bits narrow = static_cast<Bits>(bits);
+    Float value = 0;
+    std::memcpy(&value, &narrow, sizeof value);
     if (std::isnan(value))
         return hexText(tag, bits);
     return floatText(value).toDouble();
 }
 
 // Digits that are no decimal ones make a hexadecimal number of it.
-Value bcdValue(const Tag &tag, std::uint32_t bits)
+Value bcdValue(const Tag &tag, quint64 bits)
 {
     bool isNumber = false;
     const qint64 value = QString::number(bits, 16).toLongLong(&isNumber, 10);
@@ -239,15 +331,20 @@ Value bcdValue(const Tag &tag, std::uint32_t bits)
     return hexText(tag, bits);
 }
 
-Value valueOf(const Tag &tag, std::uint32_t bits)
+// The number that the controller holds.
+Value valueOf(const Tag &tag, quint64 bits)
 {
     switch (tag.type) {
     case ValueType::Int16:
         return std::int64_t{static_cast<std::int16_t>(bits)};
     case ValueType::Int32:
         return std::int64_t{static_cast<std::int32_t>(bits)};
+    case ValueType::Int64:
+        return static_cast<std::int64_t>(bits);
     case ValueType::Float32:
-        return floatValue(tag, bits);
+        return floatValue<float, std::uint32_t>(tag, bits);
+    case ValueType::Float64:
+        return floatValue<double, quint64>(tag, bits);
     case ValueType::Hex:
         return hexText(tag, bits);
     case ValueType::Bcd:
@@ -255,23 +352,60 @@ Value valueOf(const Tag &tag, std::uint32_t bits)
     case ValueType::Plain:
     case ValueType::UInt16:
     case ValueType::UInt32:
+    case ValueType::UInt64:
     case ValueType::Text:
         break;
     }
-    return std::int64_t{bits};
+    if (bits <= static_cast<quint64>(std::numeric_limits<std::int64_t>::max()))
+        return static_cast<std::int64_t>(bits);
+    return std::uint64_t{bits};
 }
 
-// Twelve digits: beyond them lies only what the multiplication brought in.
-Value scaled(const Value &value, double scale)
+// As a double if that stands for the same bits when it is written.
+Value scaled(const Tag &tag, const Value &held, quint64 bits)
 {
-    const auto times = [scale](double number) {
-        return QString::number(number * scale, 'g', 12).toDouble();
-    };
-    if (const auto *number = std::get_if<std::int64_t>(&value))
-        return times(static_cast<double>(*number));
-    if (const auto *number = std::get_if<double>(&value))
-        return times(*number);
-    return value;
+    const QString number = toText(held);
+    if (!isDecimal(number))
+        return held;
+    const QString exact = tag.scaling->shown(number);
+    const double nearest = exact.toDouble();
+    if (numberBits(tag, floatText(nearest)) == bits)
+        return nearest;
+    return exact;
+}
+
+Value shownOf(const Tag &tag, quint64 bits)
+{
+    Value held = valueOf(tag, bits);
+    const auto *number = std::get_if<std::int64_t>(&held);
+    for (const ValueText &known : tag.texts) {
+        if (number != nullptr && *number == known.number)
+            return known.text;
+    }
+    return tag.scaling ? scaled(tag, held, bits) : held;
+}
+
+// "1 open "not ready"", where a tag has texts.
+QStringList splitValues(const Tag &tag, const QString &text)
+{
+    static const QRegularExpression SEPARATORS("[,\\s]+");
+    static const QRegularExpression QUOTED("\"([^\"]*)\"|[^,\\s\"]+");
+    if (tag.texts.empty())
+        return text.split(SEPARATORS, Qt::SkipEmptyParts);
+    if (tag.count == elementsPerNumber(tag))
+        return {text};
+    QStringList texts;
+    for (auto found = QUOTED.globalMatch(text); found.hasNext();) {
+        const QRegularExpressionMatch match = found.next();
+        texts.append(match.capturedStart(1) >= 0 ? match.captured(1) : match.captured());
+    }
+    return texts;
+}
+
+QString withoutUnit(const Tag &tag, const QString &text)
+{
+    const QString end = ' ' + tag.unit;
+    return !tag.unit.isEmpty() && text.endsWith(end) ? text.chopped(end.size()).trimmed() : text;
 }
 
 } // namespace
@@ -280,8 +414,7 @@ Values parseValues(const Tag &tag, const QString &text)
 {
     if (tag.type == ValueType::Text)
         return parseText(tag, text);
-    static const QRegularExpression SEPARATORS("[,\\s]+");
-    const QStringList texts = text.split(SEPARATORS, Qt::SkipEmptyParts);
+    const QStringList texts = splitValues(tag, withoutUnit(tag, text.trimmed()));
     const int count = tag.count / elementsPerNumber(tag);
     if (texts.size() != count) {
         throw Error(ErrorKind::Usage, QString("%1: expected %2 %3, got %4")
@@ -299,17 +432,11 @@ Values parseValues(const Tag &tag, const QString &text)
 std::vector<Value> interpret(const Tag &tag, const Values &values)
 {
     if (tag.type == ValueType::Text)
-        return {textOf(values)};
-    const std::size_t step = static_cast<std::size_t>(elementsPerNumber(tag));
+        return {textOf(tag, values)};
+    const int step = elementsPerNumber(tag);
     std::vector<Value> result;
-    for (std::size_t i = 0; i + step <= values.size(); i += step) {
-        std::uint32_t bits = values[i];
-        if (step == 2)
-            bits = tag.wordOrder == WordOrder::LowFirst ? values[i + 1] << 16 | values[i]
-                                                        : values[i] << 16 | values[i + 1];
-        const Value value = valueOf(tag, bits);
-        result.push_back(tag.scale == 1 ? value : scaled(value, tag.scale));
-    }
+    for (auto value = values.begin(); values.end() - value >= step; value += step)
+        result.push_back(shownOf(tag, numberOf(tag, value)));
     return result;
 }
 
@@ -319,20 +446,36 @@ QString toText(const Value &value)
         return QString::number(*number);
     if (const auto *number = std::get_if<double>(&value))
         return floatText(*number);
+    if (const auto *number = std::get_if<std::uint64_t>(&value))
+        return QString::number(*number);
     return std::get<QString>(value);
 }
 
 QStringList valueTexts(const Tag &tag, const Values &values)
 {
+    const std::vector<Value> shown = interpret(tag, values);
     QStringList texts;
-    for (const Value &value : interpret(tag, values))
-        texts.append(toText(value));
+    for (const Value &value : shown) {
+        const QString text = toText(value);
+        const bool needsQuotes =
+            !tag.texts.empty() && shown.size() > 1 && (text.contains(' ') || text.contains(','));
+        texts.append(needsQuotes ? '"' + text + '"' : text);
+    }
     return texts;
 }
 
 QString formatValues(const Tag &tag, const Values &values)
 {
     return valueTexts(tag, values).join(' ');
+}
+
+QString withUnit(const Tag &tag, const Values &values)
+{
+    const std::vector<Value> shown = interpret(tag, values);
+    const bool hasNumber = std::any_of(shown.begin(), shown.end(),
+                                       [](const Value &value) { return isDecimal(toText(value)); });
+    const QString text = formatValues(tag, values);
+    return hasNumber && !tag.unit.isEmpty() ? text + ' ' + tag.unit : text;
 }
 
 } // namespace kmr

@@ -16,23 +16,29 @@ namespace kmr {
 using Values = std::vector<std::uint32_t>;
 
 // Reads a tag's values, separated by blanks or commas: decimal numbers, or 0x and hexadecimal
-// digits for the bits as they are, whatever the type and the scale. Without a type 0 or 1 for bits,
-// -32768 to 65535 for words and -2147483648 to 4294967295 for counters. A text is taken as it is,
-// padded with zeroes; \xNN stands for any character, \\ for a backslash. Throws Error (Usage) where
-// a value is out of the type's range or their number is not the tag's. Numbers of a tag with a
-// scale are divided by it.
+// digits for the bits as they are, whatever the type and the scaling. Without a type 0 or 1, on or
+// off for bits, -32768 to 65535 for words and -2147483648 to 4294967295 for counters. What
+// interpret() shows stands for the same value: a scaled number, one of the tag's own texts (in
+// quotes if it has blanks and is not alone), the unit at the end. A tag of type text is taken as it
+// is, padded with zeroes; \xNN stands for any character, \\ for a backslash. Throws Error (Usage)
+// if a value is out of the type's range or their number is not the tag's.
 Values parseValues(const Tag &tag, const QString &text);
 
-// One value as its type has it. Texts are text, and what a type can't show as a number is its bits
-// in hexadecimal digits: a float32 that is no number, and a bcd value with other digits.
-using Value = std::variant<std::int64_t, double, QString>;
+// One value as its type has it. Texts are text, and so is what would not come back as a number: a
+// float that is none and a bcd value with other digits, as their bits in hexadecimal digits, and a
+// scaled number with more digits than a double has.
+using Value = std::variant<std::int64_t, double, QString, std::uint64_t>;
 
-// The values that a tag's elements hold, times its scale. `values` has one for each element.
+// The values that a tag's elements hold, scaled, or the tag's own texts for them. `values` has one
+// for each element.
 std::vector<Value> interpret(const Tag &tag, const Values &values);
 
-// The same as text for a person, and separated by blanks.
+// The same as text for a person, and separated by blanks as parseValues() takes them.
 QString toText(const Value &value);
 QStringList valueTexts(const Tag &tag, const Values &values);
 QString formatValues(const Tag &tag, const Values &values);
+
+// The same with the tag's unit at the end, unless only texts are shown.
+QString withUnit(const Tag &tag, const Values &values);
 
 } // namespace kmr

@@ -135,7 +135,7 @@ void addPing(CLI::App &app, Command &chosen)
     command->add_option("COUNT", ping->count, "requests (default: until Ctrl-C)")
         ->check(aboveZero(1e9));
     command->add_option("--interval", ping->interval, "seconds between requests")
-        ->check(CLI::Range(0.0, 3600.0))
+        ->check(numberBetween(0, 3600))
         ->capture_default_str();
     command->add_option("--tag", ping->tag, "what is read")->capture_default_str();
     command->footer(HELP);

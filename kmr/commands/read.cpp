@@ -45,7 +45,7 @@ ExitCode runRead(const Options &options, const ReadOptions &read)
         const Field unit = textField(tag.unit);
         if (result.isDone()) {
             const Values &values = readings[i].values;
-            records.add(tag.text + ' ' + formatValues(tag, values),
+            records.add(tag.text + ' ' + withUnit(tag, values),
                         {now(), tag.text, interpret(tag, values), unit, QString("good"), {}});
         } else {
             const QString error = readErrorText(readings[i], tag);

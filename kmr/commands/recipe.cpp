@@ -53,19 +53,6 @@ std::vector<RecipeItem> readFile(const QString &path, const NamedTagReader &read
     return parseRecipe(readTextFile(path), path, reader, RecipeValues::Needed);
 }
 
-// The text of a file that will be written again. Throws Error (Usage) for what would not come back
-// as it was.
-QString readOldText(const QString &path)
-{
-    QString text = readTextFile(path);
-    if (text.contains(QChar::ReplacementCharacter)) {
-        throw Error(ErrorKind::Usage,
-                    QString("%1 is not in UTF-8, so its comments would be lost: save it as UTF-8")
-                        .arg(path));
-    }
-    return text;
-}
-
 // The runs, with those that follow on one another as one.
 std::vector<ElementRange> joined(std::vector<ElementRange>::const_iterator begin,
                                  std::vector<ElementRange>::const_iterator end)
@@ -202,7 +189,7 @@ ExitCode runRecipeUpload(const Options &options, const RecipeOptions &recipe)
     const QString file = toQString(recipe.file);
     Connection connection(options);
     const bool isNew = !recipe.tags.empty();
-    const QString old = isNew ? QString() : readOldText(file);
+    const QString old = isNew ? QString() : readTextFile(file);
     std::vector<RecipeItem> items =
         isNew ? recipeOf(connection.readTags(toQStrings(recipe.tags)))
               : parseRecipe(old, file, connection.tags(), RecipeValues::Ignored);

@@ -122,7 +122,7 @@ void addSim(CLI::App &app, Command &chosen)
     command
         ->add_option("--baud", sim->baud,
                      "answer no faster than a serial line of that rate (default: at once)")
-        ->check(CLI::Range(50, 4000000));
+        ->check(between(50, 4000000));
     command->add_option("--seed", sim->seed, "the same seed repeats the same faults")
         ->capture_default_str();
     command->footer(HELP + simulator::faultHelp().toStdString() + EXAMPLES);

@@ -1,5 +1,9 @@
-// kmr tags check: is a file of names good?
-#include "host/project/name_table.h"
+// kmr tags: files of names, checked, listed, searched and made of lists from elsewhere.
+#include "host/error.h"
+#include "host/project/csv.h"
+#include "host/project/named_tag_reader.h"
+#include "host/project/text_file.h"
+#include "host/tags/nearest.h"
 #include "kmr/command_line.h"
 #include "kmr/commands/commands.h"
 #include "kmr/connection.h"
@@ -10,44 +14,267 @@ namespace {
 
 const char *const HELP = R"(Examples:
   kmr tags check names.csv
+  kmr tags find boiler --names names.csv
   kmr read boiler.temp --names names.csv --link tcp://192.168.0.10:8888)";
 
 const char *const CHECK_HELP =
-    R"(A FILE holds a line NAME,TAG,UNIT,SCALE,COMMENT for each name, for example
-  name,tag,unit,scale,comment
-  boiler.temp,D100/int16,C,0.1,flow
+    R"(A FILE, in UTF-8, holds a line for each name. Its heading names the columns, in any order:
+  name,tag,unit,scale,offset,texts,comment
+  boiler.temp,D100/int16,C,0.1,-40,,flow
+  valve,2#Y17,,,,0=closed;1=open,
+  name        a letter or _, then anything but = , ; and double quotes
+  tag         'kmr read --help' explains tags
+  unit        of its numbers
+  scale       shown is the controller's number times the scale, plus the offset
+  offset
+  texts       what numbers are called, when they are shown and written
+  word-order  low or high: the word of a 32 or 64-bit value that comes first
+  byte-order  low or high: the byte of a word that holds a text's first character
+  comment
+Only name and tag are needed. Semicolons or tabs may stand for all the commas; scale and offset may
+then have a decimal comma. Lines that begin with # are comments.
+A bad line stops only commands that use its name.
 
 Examples:
   kmr tags check names.csv
   kmr tags check names.csv --station 2)";
 
-struct TagsCheckOptions {
-    std::string file;
+const char *const LIST_HELP =
+    R"(FILE is by default the file of --names or of kmr.toml.
+
+Examples:
+  kmr tags list
+  kmr tags list names.csv --format json)";
+
+const char *const FIND_HELP =
+    R"(Finds the names that have TEXT in their name, tag, unit or comment, in capitals or small letters.
+If TEXT is a tag, such as D101, finds the names whose elements share one with it, too.
+Ends with 1 when there are none.
+
+Examples:
+  kmr tags find boiler
+  kmr tags find D101 --names names.csv)";
+
+const char *const IMPORT_HELP =
+    R"(Makes a file of names of a list that another program wrote. FILE has a heading; fields are
+separated by commas, semicolons or tabs. --columns says which of its columns are ours ('kmr tags
+check --help' lists them), the others are left out; without it the headings must be ours.
+Bad lines are reported and left out, and the command ends with 1.
+
+Examples:
+  kmr tags import plant.txt --columns name=Symbol,tag=Address,comment=Remark --output names.csv
+  kmr tags import plant.csv --encoding latin1 --columns "name=Symbol,tag=Adresse")";
+
+struct TagsOptions {
+    std::string file; // of names
+    std::string text; // to be found
+    std::string columns;
+    std::string encoding = "utf-8";
+    std::string output; // empty: stdout
 };
 
-ExitCode runTagsCheck(const Options &options, const TagsCheckOptions &check)
+ExitCode runTagsCheck(const Options &options, const TagsOptions &check)
 {
     const QString file = toQString(check.file);
     const auto library = loadDriver(options);
-    const TagReader reader(library->functions(), options.station, options.wordOrder);
-    const NameTable names = loadNames(file, reader);
+    const NameTable names = NameTable::parse(readTextFile(file), file);
+    const QStringList faults = checkNames(names, tagReaderOf(options, *library));
+    if (!faults.isEmpty())
+        throw Error(ErrorKind::Usage, faults.join('\n'));
     printError(QString("%1: %2 names, all good").arg(file).arg(names.names().size()));
     return ExitCode::Ok;
+}
+
+QString fileOf(const Options &options, const TagsOptions &own)
+{
+    const QString file = own.file.empty() ? options.names : toQString(own.file);
+    if (file.isEmpty())
+        throw Error(ErrorKind::Usage, "no file of names: name one, here or with --names or in the "
+                                      "project's kmr.toml: names = \"names.csv\"");
+    return file;
+}
+
+template <typename Order> QString orderText(const std::optional<Order> &order)
+{
+    if (!order)
+        return {};
+    return *order == Order::LowFirst ? "low" : "high";
+}
+
+// As nameColumns() lists them.
+QStringList cellsOf(const Name &name)
+{
+    return {name.name,
+            name.tag,
+            name.unit,
+            name.scale,
+            name.offset,
+            valueTextsOf(name),
+            orderText(name.wordOrder),
+            orderText(name.byteOrder),
+            name.comment};
+}
+
+void addRecord(RecordWriter &records, const Name &name)
+{
+    std::vector<Field> fields;
+    for (const QString &cell : cellsOf(name))
+        fields.push_back(textField(cell));
+    fields.push_back(textField(name.fault));
+    records.add({}, fields);
+}
+
+RecordWriter makeRecords(const Options &options, const char *command)
+{
+    QStringList fields = nameColumns() + QStringList("error");
+    fields.replaceInStrings("-", "_");
+    return RecordWriter(options.format == Format::Plain ? Format::Table : options.format, command,
+                        fields, false, print);
+}
+
+ExitCode runTagsList(const Options &options, const TagsOptions &own)
+{
+    const NameTable names = loadNames(fileOf(options, own));
+    RecordWriter records = makeRecords(options, "tags list");
+    for (const Name &name : names.names())
+        addRecord(records, name);
+    records.end();
+    return ExitCode::Ok;
+}
+
+std::optional<ElementRange> elementsOf(const NamedTagReader &reader, const QString &text)
+{
+    try {
+        return reader.read(text).elements;
+    } catch (const Error &) {
+        return std::nullopt;
+    }
+}
+
+bool overlap(const ElementRange &a, const ElementRange &b)
+{
+    return a.station == b.station && a.area == b.area && a.first < b.end() && b.first < a.end();
+}
+
+ExitCode runTagsFind(const Options &options, const TagsOptions &own)
+{
+    const QString text = toQString(own.text);
+    const auto library = loadDriver(options);
+    const NamedTagReader reader(tagReaderOf(options, *library), loadNames(fileOf(options, own)));
+    const std::optional<ElementRange> wanted = elementsOf(reader.unnamed(), text);
+    RecordWriter records = makeRecords(options, "tags find");
+    ExitCode code = ExitCode::ItemFailed;
+    for (const Name &name : reader.names()->names()) {
+        const QStringList searched = {name.name, name.tag, name.unit, name.comment};
+        const auto elements = wanted ? elementsOf(reader, name.name) : std::nullopt;
+        if (!searched.join('\n').contains(text, Qt::CaseInsensitive) &&
+            !(elements && overlap(*wanted, *elements)))
+            continue;
+        addRecord(records, name);
+        code = ExitCode::Ok;
+    }
+    records.end();
+    if (code != ExitCode::Ok)
+        printError(QString("no name in %1 has \"%2\"").arg(reader.names()->file(), text));
+    return code;
+}
+
+NameTable::Headings headingsOf(const QString &columns)
+{
+    NameTable::Headings headings;
+    for (const QString &pair : columns.split(',', Qt::SkipEmptyParts)) {
+        const QString column = pair.section('=', 0, 0).trimmed();
+        const QString heading = pair.section('=', 1).trimmed();
+        if (!nameColumns().contains(column) || heading.isEmpty())
+            throw Error(
+                ErrorKind::Usage,
+                QString("bad column \"%1\"%2: expected for example name=Symbol; the columns "
+                        "are %3")
+                    .arg(pair, didYouMean(column, nameColumns()), nameColumns().join(", ")));
+        headings[column] = heading;
+    }
+    return headings;
+}
+
+TextEncoding encodingOf(const std::string &name)
+{
+    if (name == "latin1")
+        return TextEncoding::Latin1;
+    return name == "utf-16" ? TextEncoding::Utf16 : TextEncoding::Utf8;
+}
+
+QString csvLine(const QStringList &cells)
+{
+    QStringList fields;
+    for (const QString &cell : cells)
+        fields.append(csvField(cell));
+    return fields.join(',');
+}
+
+// Bad lines are left out.
+ExitCode runTagsImport(const Options &options, const TagsOptions &own)
+{
+    const QString file = toQString(own.file);
+    const auto library = loadDriver(options);
+    const NameTable names = NameTable::parse(readTextFile(file, encodingOf(own.encoding)), file,
+                                             headingsOf(toQString(own.columns)));
+    const NamedTagReader reader(tagReaderOf(options, *library), names);
+    const QStringList faults = checkNames(names, reader.unnamed());
+    QStringList lines(csvLine(nameColumns()));
+    for (const Name &name : names.names()) {
+        if (elementsOf(reader, name.name))
+            lines.append(csvLine(cellsOf(name)));
+    }
+    for (const QString &fault : faults)
+        printError("kmr: " + fault);
+    if (own.output.empty()) {
+        for (const QString &line : lines)
+            print(line);
+    } else {
+        writeTextFile(toQString(own.output), lines.join('\n') + '\n');
+    }
+    printError(QString("%1: %2 names imported, %3 lines left out")
+                   .arg(file)
+                   .arg(lines.size() - 1)
+                   .arg(faults.size()));
+    return faults.isEmpty() ? ExitCode::Ok : ExitCode::ItemFailed;
 }
 
 } // namespace
 
 void addTags(CLI::App &app, Command &chosen)
 {
-    CLI::App *tags = app.add_subcommand("tags", "Check files of names");
+    CLI::App *tags = app.add_subcommand("tags", "Check, list, search and import files of names");
     tags->require_subcommand(1);
     tags->footer(HELP);
+    const auto own = std::make_shared<TagsOptions>();
 
-    const auto own = std::make_shared<TagsCheckOptions>();
     CLI::App *check = tags->add_subcommand("check", "Report every bad line of a file of names");
     check->add_option("FILE", own->file, "the file")->required();
     check->footer(CHECK_HELP);
     setAction(*check, chosen, own, runTagsCheck);
+
+    CLI::App *list = tags->add_subcommand("list", "List the names of a file");
+    list->add_option("FILE", own->file, "the file (default: that of --names)");
+    list->footer(LIST_HELP);
+    setAction(*list, chosen, own, runTagsList);
+
+    CLI::App *find = tags->add_subcommand("find", "Find names by a text or an element");
+    find->add_option("TEXT", own->text, "what to find")->required();
+    find->footer(FIND_HELP);
+    setAction(*find, chosen, own, runTagsFind);
+
+    CLI::App *import = tags->add_subcommand("import", "Make a file of names of another list");
+    import->add_option("FILE", own->file, "the list")->required();
+    import->add_option("--columns", own->columns,
+                       "our columns and the list's: name=Symbol,tag=Address");
+    import->add_option("--encoding", own->encoding, "of the list: utf-8, latin1 or utf-16")
+        ->default_str(own->encoding)
+        ->check(oneOf({"utf-8", "latin1", "utf-16"}));
+    import->add_option("--output", own->output,
+                       "file to write, whole or not at all (default: stdout)");
+    import->footer(IMPORT_HELP);
+    setAction(*import, chosen, own, runTagsImport);
 }
 
 } // namespace kmr

@@ -101,7 +101,7 @@ void addWatch(CLI::App &app, Command &chosen)
     command
         ->add_option("--cycle", watch->cycle,
                      "refresh all tags once in so many milliseconds (default: as fast as the line)")
-        ->check(CLI::Range(1, 3600000));
+        ->check(between(1, 3600000));
     command->footer(std::string(HELP) + TAG_HELP + EXAMPLES);
     setAction(*command, chosen, watch, runWatch);
 }

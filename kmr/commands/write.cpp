@@ -13,6 +13,8 @@ namespace kmr {
 namespace {
 
 const char *const HELP = R"(Several values of one tag are separated by commas or blanks.
+0x and hexadecimal digits are a value's bits. Bits are 0 or 1, off or on. What 'kmr read'
+shows of a name, its texts and its unit too, is taken back: kmr write "valve=open".
 After a write that fails, nothing more is written.
 
 )";
@@ -47,8 +49,8 @@ Assignment parseAssignment(const QString &text, const NamedTagReader &reader)
     if (tag.kind == ElementKind::WordBit) {
         throw Error(ErrorKind::Usage,
                     QString("%1 can't be written: the controller offers no write of "
-                            "single bits of TV words; write the whole word")
-                        .arg(tag.text));
+                            "single bits of %2 words; write the whole word")
+                        .arg(tag.text, tag.elements.area));
     }
     if (!tag.isWritable)
         throw Error(ErrorKind::Usage,

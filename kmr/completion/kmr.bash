@@ -3,7 +3,7 @@
 # The first word of each line under a heading of the help on stdin.
 _kmr_listed()
 {
-    sed -n "/^$1:/,/^\$/s/^  \(-[a-z],\)\{0,1\}\([^ ]\{1,\}\).*/\2/p"
+    sed -n "/^$1:/,/^\$/s/^  \(-[a-zA-Z],\)\{0,1\}\([^ ]\{1,\}\).*/\2/p"
 }
 
 # The choices of an option, from a line like "  --echo TEXT:{on,off,auto}" of the help on stdin.
@@ -23,17 +23,43 @@ _kmr_complete_files()
     compopt -o filenames 2>/dev/null
 }
 
-# An area; the address follows it.
+# The names of --names or of the project's file. They may have blanks.
+_kmr_names()
+{
+    local -a given=()
+    local i
+    for ((i = 1; i < COMP_CWORD; ++i)); do
+        case ${COMP_WORDS[i]} in
+        --names | --config | --driver) given+=("${COMP_WORDS[i]}" "${COMP_WORDS[i + 1]}") ;;
+        esac
+    done
+    "$kmr" tags list "${given[@]}" --format csv 2>/dev/null | sed '1d; s/,.*//'
+}
+
+# An area, which the address follows, or a name. Either may have a station before it.
 _kmr_complete_tags()
 {
-    _kmr_complete_words "$("$kmr" areas --format csv 2>/dev/null | sed '1d; s/,.*//')"
+    local station='' typed=${word//\\/} name
+    typed=${typed#[\"\']}
+    if [[ $typed =~ ^[0-9]+# ]]; then
+        station=${BASH_REMATCH[0]}
+        typed=${typed#"$station"}
+    fi
+    COMPREPLY=()
+    while IFS= read -r name; do
+        [[ $name == "$typed"* ]] || continue
+        # Inside quotes, which bash closes, a name is taken as it is.
+        [[ $word == [\"\']* ]] || name=$(printf %q "$name")
+        COMPREPLY+=("$station$name")
+    done < <("$kmr" areas --format csv 2>/dev/null | sed '1d; s/,.*//'
+        _kmr_names)
     compopt -o nospace 2>/dev/null
 }
 
 _kmr_complete_value()
 {
     case $before in
-    --config | --driver | --names | --capture | --load | --save | --pty) _kmr_complete_files ;;
+    --config | --driver | --names | --capture | --load | --save | --pty | --output) _kmr_complete_files ;;
     *) _kmr_complete_words "$(_kmr_choices "$before" <<<"$options")" ;;
     esac
 }

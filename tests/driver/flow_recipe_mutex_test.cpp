@@ -52,7 +52,11 @@ public:
     }
 
 private:
-    static void noteAccess(int, siginfo_t *info, void *)
+#ifdef __i386__ // QEMU calls handlers with a stack that Qt's vector instructions can't use
+    __attribute__((force_align_arg_pointer))
+#endif
+    static void
+    noteAccess(int, siginfo_t *info, void *)
     {
         const auto *const place = static_cast<const quint8 *>(info->si_addr);
         if (place < current->memory || place >= current->memory + current->length) {

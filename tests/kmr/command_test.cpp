@@ -108,7 +108,7 @@ TEST_P(CommandOnBothLinks, ProjectsFileNamesLinkTagsAndNames)
                          "\"\nnames = \"names.csv\"\ntags = [\"boiler.temp\", \"D101\"]\n");
     EXPECT_EQ(run({"write", "boiler.temp=-2.5", "--config", path("kmr.toml")}).exitCode, 0);
     const Finished read = run({"read", "--config", path("kmr.toml")});
-    EXPECT_EQ(read.out, "boiler.temp -2.5\nD101 0\n") << read.err.toStdString();
+    EXPECT_EQ(read.out, "boiler.temp -2.5 C\nD101 0\n") << read.err.toStdString();
 }
 
 TEST_P(CommandOnBothLinks, ProjectsFileWinsOverTheEnvironmentAndIsSaidToWhenTheyDiffer)
@@ -222,7 +222,7 @@ TEST_P(CommandOnBothLinks, SilenceEndsWithFour)
     EXPECT_TRUE(write.err.contains("may have been written all the same"));
 }
 
-TEST(Command, UploadRefusesAFileWhoseRemarksItCannotKeep)
+TEST(Command, UploadRefusesAFileThatIsNotInUtf8)
 {
     const QTemporaryDir directory;
     const QString file = directory.filePath("mill.csv");
@@ -231,8 +231,8 @@ TEST(Command, UploadRefusesAFileWhoseRemarksItCannotKeep)
     const Simulator simulator({"--listen", "tcp://127.0.0.1:0"});
     const Finished up = run({"recipe", "upload", file, "--link", simulator.link()});
     EXPECT_EQ(up.exitCode, 2);
-    EXPECT_EQ(up.err, "kmr: " + file +
-                          " is not in UTF-8, so its comments would be lost: save it as UTF-8\n");
+    EXPECT_EQ(up.err, "kmr: " + file + ":1: not in UTF-8, maybe in Latin-1: \"# M" +
+                          QString::fromUtf8("\u00fc") + "hle\"; save it as UTF-8\n");
     EXPECT_EQ(loadFile(file), latin1);
 }
 
@@ -298,16 +298,22 @@ TEST(Command, EveryFaultOfAFileIsNamedInTheOrderOfItsLines)
         {"config --config",
          "station = 700\nspeed = 9600\nnames = \"nope.csv\"\nlink = \"foo\"\necho = \"maybe\"\n",
          "^kmr: \\S+file:1: station: [^\n]*\n"
-         "kmr: \\S+file:2: unknown key \"speed\"[^\n]*\n"
+         "kmr: \\S+file:2: unknown key \"speed\"; the keys are link, [^\n]*\n"
          "kmr: \\S+file:3: cannot read \\S+nope.csv: [^\n]*\n"
          "kmr: \\S+file:4: bad link \"foo\": [^\n]*\n[^\n]*\n"
          "kmr: \\S+file:5: echo: [^\n]*\n$"},
+        {"config --config", "staton = 7\n",
+         "^kmr: \\S+file:1: unknown key \"staton\", did you mean \"station\"\\?; the keys "
+         "[^\n]*\n$"},
+        {"config --config", "station: 7\n",
+         "^kmr: \\S+file:1: not TOML: expected lines such as link = [^\n]*\n$"},
         {"read --config", "station = 7\ntags = [\"D1\", \"Q5\"]\n",
          "^kmr: \\S+file:2: bad tag \"Q5\": [^\n]*\n$"},
         {"read boiler.tmp --names", "boiler.temp,D1\n",
-         "^kmr: bad tag \"boiler.tmp\": [^\n]* \\(and \\S+file has no such name\\)\n$"},
+         "^kmr: bad tag \"boiler.tmp\": [^\n]* \\(and \\S+file has no such name, did you mean "
+         "\"boiler.temp\"\\?\\)\n$"},
         {"tags check", "a,D1\nb,Q1\nc\n",
-         "(?s)^(?=.*file:2: b: bad tag \"Q1\")(?=.*file:3: c has no tag\n)"},
+         "^kmr: \\S+file:2: b: bad tag \"Q1\"[^\n]*\nkmr: \\S+file:3: c has no tag\n$"},
     };
     const QTemporaryDir directory;
     const QString file = directory.filePath("file");
@@ -317,6 +323,42 @@ TEST(Command, EveryFaultOfAFileIsNamedInTheOrderOfItsLines)
         EXPECT_EQ(kmr.exitCode, 2) << row.typed;
         EXPECT_TRUE(matches(kmr.err, row.error)) << kmr.err.toStdString();
     }
+}
+
+TEST(Command, BadNameStopsNoCommandThatDoesNotUseIt)
+{
+    const QTemporaryDir directory;
+    const QString file = directory.filePath("names.csv");
+    saveFile(file, "a,D1\nb,D1,,x\nc,Q1\n");
+    const Finished plan = run({"plan", "a", "--names", file});
+    EXPECT_EQ(plan.exitCode, 0);
+    EXPECT_EQ(plan.err,
+              "kmr: " + file + " has a bad line, which 'kmr tags check " + file + "' explains\n");
+    EXPECT_EQ(run({"plan", "b", "--names", file}).exitCode, 2);
+}
+
+TEST(Command, ListFromElsewhereIsImportedAndSearched)
+{
+    const QTemporaryDir directory;
+    const QString list = directory.filePath("plant.txt");
+    const QString names = directory.filePath("names.csv");
+    saveFile(list, "Nr\tSymbol\tAdresse\tFaktor\n1\tT\xFCr [1]\tX5\t\n2\tb\tQ1\t\n"
+                   "3\ttemp\tD100x2\t0,1\n");
+    const Finished import = run({"tags", "import", list, "--encoding", "latin1", "--columns",
+                                 "name=symbol,tag=Adresse,scale=Faktor", "--output", names});
+    EXPECT_EQ(import.exitCode, 1);
+    EXPECT_TRUE(matches(import.err, "^kmr: \\S+plant.txt:3: b: bad tag \"Q1\"[^\n]*\n"
+                                    "\\S+plant.txt: 2 names imported, 1 lines left out\n$"))
+        << import.err.toStdString();
+    EXPECT_EQ(QString::fromUtf8(loadFile(names)),
+              QString::fromUtf8("name,tag,unit,scale,offset,texts,word-order,byte-order,comment\n"
+                                "T\u00fcr [1],X5,,,,,,,\ntemp,D100x2,,0.1,,,,,\n"));
+    const QStringList how = {"--names", names, "--format", "csv"};
+    EXPECT_EQ(run(QStringList{"tags", "find", "D101"} + how).out.section('\n', 1),
+              "temp,D100x2,,0.1,,,,,,\n");
+    EXPECT_EQ(run(QStringList{"tags", "find", "[1"} + how).out.count('\n'), 2);
+    EXPECT_EQ(run(QStringList{"tags", "find", "pump"} + how).exitCode, 1);
+    EXPECT_EQ(run(QStringList{"tags", "list"} + how).out.count('\n'), 3);
 }
 
 TEST(Command, RefusalEndsWithFiveAndDifferentFailuresEndWithOne)

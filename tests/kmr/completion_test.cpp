@@ -57,8 +57,9 @@ TEST(Completion, OffersFilesWhereFilesGo)
     saveFile(directory.filePath("mixer recipe.csv"), "D0,1\n");
     const QStringList file(directory.filePath("mixer recipe.csv"));
     const QString begin = directory.filePath("mix");
-    for (const char *words : {"recipe upload ", "tags check ", "trace ", "replay ", "--names ",
-                              "read --capture ", "sim --save ", "watch --config = "})
+    for (const char *words :
+         {"recipe upload ", "tags check ", "tags import --output ", "trace ", "replay ", "--names ",
+          "read --capture ", "sim --save ", "watch --config = "})
         EXPECT_EQ(complete(words + begin), file) << words;
 }
 
@@ -67,6 +68,17 @@ TEST(Completion, OffersTheAreasForTags)
     EXPECT_EQ(complete("read --station 2 D0 T"), (QStringList{"T", "TV"}));
     EXPECT_EQ(complete("write C"), (QStringList{"C", "CV", "CV2"}));
     EXPECT_EQ(complete("series D"), QStringList("D"));
+}
+
+TEST(Completion, OffersNamesForTagsAlsoAfterAStation)
+{
+    const QTemporaryDir directory;
+    const QString file = directory.filePath("names.csv");
+    saveFile(file, "name,tag\nDamper [1],M0\nDrum,D7\npump,Y1\n");
+    const QString words = "read --names " + file;
+    EXPECT_EQ(complete(words + " D"), (QStringList{"D", "Damper\\ \\[1\\]", "Drum"}));
+    EXPECT_EQ(complete(words + " 2#p"), QStringList("2#pump"));
+    EXPECT_EQ(complete(words + " \\\"Dam"), QStringList("Damper [1]"));
 }
 
 TEST(Completion, WorksInAShell)

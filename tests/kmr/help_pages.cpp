@@ -9,7 +9,7 @@ namespace {
 // The first words of the lines under a heading.
 QStringList listed(const QString &help, const QString &heading)
 {
-    static const QRegularExpression FIRST_WORD("^  (?:-[a-z],)?([a-z-]+)",
+    static const QRegularExpression FIRST_WORD("^  (?:-[a-zA-Z],)?([a-z-]+)",
                                                QRegularExpression::MultilineOption);
     const auto begin = help.indexOf('\n' + heading + ":\n");
     QStringList words;

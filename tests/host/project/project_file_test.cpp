@@ -40,7 +40,7 @@ TEST(Config, EveryBadKeyIsNamedInTheOrderOfLines)
 {
     const auto entries = parse("speed = 9600\nstation = [1]\nlink = 1979-05-27\n");
     ASSERT_EQ(entries.size(), 3U);
-    EXPECT_EQ(entries[0].fault, "unknown key \"speed\", expected link, station, tags");
+    EXPECT_EQ(entries[0].fault, "unknown key \"speed\"; the keys are link, station, tags");
     EXPECT_EQ(entries[1].fault, "station: expected one text or number");
     EXPECT_EQ(entries[2].fault, "link: expected one text or number");
     EXPECT_EQ(entries[2].line, 3);

@@ -39,6 +39,31 @@ TEST(TextFile, WrittenTextReadsBackAndReplacesTheOld)
     EXPECT_EQ(QDir(directory.path()).entryList(QDir::Files), QStringList("recipe.csv"));
 }
 
+TEST(TextFile, ReadsItsEncodingWithoutAByteOrderMarkAndRefusesAnotherOne)
+{
+    const QTemporaryDir directory;
+    const QString path = directory.filePath("names.csv");
+    const auto readBytes = [&path](const QByteArray &bytes, TextEncoding encoding) {
+        QFile file(path);
+        EXPECT_TRUE(file.open(QIODevice::WriteOnly) && file.write(bytes) == bytes.size());
+        file.close();
+        try {
+            return readTextFile(path, encoding);
+        } catch (const Error &error) {
+            return error.text().mid(path.size());
+        }
+    };
+    const QString text = QString::fromUtf8("\u00fc,D1\n");
+    const QByteArray utf16("\xFF\xFE\xFC\0,\0D\0\x31\0\n\0", 12);
+    EXPECT_EQ(readBytes("\xEF\xBB\xBF\xC3\xBC,D1\n", TextEncoding::Utf8), text);
+    EXPECT_EQ(readBytes("\xFC,D1\n", TextEncoding::Latin1), text);
+    EXPECT_EQ(readBytes(utf16, TextEncoding::Utf16), text);
+    EXPECT_EQ(readBytes("a,D0\n\xFC,D1\n", TextEncoding::Utf8).toStdString(),
+              ":2: not in UTF-8, maybe in Latin-1: \"\u00fc,D1\"; save it as UTF-8");
+    EXPECT_EQ(readBytes(utf16, TextEncoding::Utf8),
+              " is in UTF-16, expected UTF-8: save it as UTF-8");
+}
+
 TEST(TextFile, WhatDoesNotFitOnTheDiskLeavesTheOldFileAlone)
 {
     const QTemporaryDir directory;

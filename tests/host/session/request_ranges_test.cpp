@@ -121,8 +121,8 @@ QStringList randomTags(std::mt19937 &random, int first, int count)
     return texts;
 }
 
-// Checks by the frames that the driver really sends that each element is read, and both words of
-// each pair by the same requests.
+// Checks by the frames that the driver really sends that each element is read, and all words of
+// a value by the same requests.
 void expectWhole(const QStringList &texts, int groupLimit)
 {
     SCOPED_TRACE(texts.join(' ').toStdString() + ", group limit " + std::to_string(groupLimit));
@@ -131,8 +131,11 @@ void expectWhole(const QStringList &texts, int groupLimit)
         const ElementRange &elements = tag.elements;
         for (int number = elements.first; number < elements.end(); ++number)
             EXPECT_FALSE(holders(covered, elements, number).empty()) << number;
-        for (int low = elements.first; is32Bit(tag.type) && low < elements.end(); low += 2)
-            EXPECT_EQ(holders(covered, elements, low), holders(covered, elements, low + 1)) << low;
+        const int words = elementsPerNumber(tag);
+        for (int number = elements.first; number < elements.end(); ++number) {
+            const int low = number - (number - elements.first) % words;
+            EXPECT_EQ(holders(covered, elements, low), holders(covered, elements, number)) << low;
+        }
     }
 }
 
@@ -216,17 +219,16 @@ TEST(ReadRuns, ValuesThatOverlapComeInOneRequest)
 
 TEST(ReadRuns, ValuesThatNoRequestCanHoldAreRefused)
 {
-    EXPECT_EQ(
-        refusalOf({"D0", "D100/float32"}, 1),
-        "the values of 32 bits in D100 to D101 need a request of 2 words, but the group limit "
-        "is 1: raise it");
+    EXPECT_EQ(refusalOf({"D0", "D100/float32"}, 1),
+              "the values of 32 or 64 bits in D100 to D101 need a request of 2 words, but the "
+              "group limit "
+              "is 1: raise it");
     QStringList overlapping;
     for (int number = 100; number < 108; ++number)
         overlapping.append(QString("D%1/int32").arg(number));
-    EXPECT_EQ(
-        refusalOf(overlapping, 8),
-        "the values of 32 bits in D100 to D108 need a request of 9 words, but the group limit "
-        "is 8: name fewer values that overlap");
+    EXPECT_EQ(refusalOf(overlapping, 8), "the values of 32 or 64 bits in D100 to D108 need a "
+                                         "request of 9 words, but the group limit "
+                                         "is 8: name fewer values that overlap");
     EXPECT_EQ(refusalOf({"CV2200/float32", "D0"}, 1), "none");
 }
 
@@ -288,6 +290,8 @@ TEST(ReadRuns, DriverRefreshesEveryElementAndCrossesNoBorder)
         for (const QStringList &texts : plans)
             expectWhole(texts, limit);
     }
+    for (int limit = 4; limit <= 8; ++limit)
+        expectWhole({"D100x12/int64", "D111", "D4088x8/float64", "D4096/uint64"}, limit);
 }
 
 TEST(WriteRuns, BitsAndCountersGoOneByOneAndWordsInGroups)
@@ -306,12 +310,14 @@ TEST(WriteRuns, NoRunCrossesABorder)
               (std::vector<ElementRange>{{1, "D", 4094, 2}, {1, "D", 4096, 2}}));
 }
 
-TEST(WriteRuns, BothWordsOfAValueGoInOneRequest)
+TEST(WriteRuns, AllWordsOfAValueGoInOneRequest)
 {
     EXPECT_EQ(writeRanges(tags({"D10x8/float32"})[0], 5),
               (std::vector<ElementRange>{{1, "D", 10, 4}, {1, "D", 14, 4}}));
     EXPECT_EQ(writeRanges(tags({"D4090x8/int32"})[0], 5),
               (std::vector<ElementRange>{{1, "D", 4090, 4}, {1, "D", 4094, 2}, {1, "D", 4096, 2}}));
+    EXPECT_EQ(writeRanges(tags({"D10x8/int64"})[0], 7),
+              (std::vector<ElementRange>{{1, "D", 10, 4}, {1, "D", 14, 4}}));
     EXPECT_THROW(writeRanges(tags({"D10/uint32"})[0], 1), Error);
     EXPECT_EQ(writeRanges(tags({"CV2200/float32"})[0], 1),
               (std::vector<ElementRange>{{1, "CV2", 200, 1}}));

@@ -47,6 +47,9 @@ TEST(Tag, NamesElements)
         {"TV5.15x2", ElementKind::WordBit, {1, "TV", 5, 2}},
         {"TV5.0x16", ElementKind::WordBit, {1, "TV", 5, 1}},
         {"TV5.14..6.1", ElementKind::WordBit, {1, "TV", 5, 2}},
+        {"D100.14..101.1", ElementKind::WordBit, {1, "D", 100, 2}},
+        {"CV7.0x17", ElementKind::WordBit, {1, "CV", 7, 2}},
+        {"D100/int64", ElementKind::Word, {1, "D", 100, 4}},
         {"D100..107", ElementKind::Word, {1, "D", 100, 8}}, // the end as the panel shows it
         {"X0..17", ElementKind::Bit, {1, "X", 0, 16}},
         {"3#CV2200..210", ElementKind::Counter, {3, "CV2", 200, 11}},
@@ -70,12 +73,15 @@ TEST(Tag, NamesElements)
     EXPECT_EQ(tagOf("2#M0x16").count, 16);
     EXPECT_EQ(tagOf("TV5.14..6.1").count, 4);
     EXPECT_EQ(tagOf("TV5.3").firstBit, 3);
+    EXPECT_EQ(tagOf("D100.14..101.1").count, 4);
+    EXPECT_EQ(tagOf("D100.14..101.1").firstBit, 14);
 }
 
 TEST(Tag, InputsAndBitsOfWordsCannotBeWritten)
 {
     EXPECT_FALSE(tagOf("X0").isWritable);
     EXPECT_FALSE(tagOf("TV5.3").isWritable);
+    EXPECT_FALSE(tagOf("D5.3").isWritable);
     EXPECT_TRUE(tagOf("Y0").isWritable);
 }
 
@@ -105,7 +111,11 @@ TEST(Tag, WhatIsWrongIsNamed)
         {"D1a", "\"1a\" is no address in D"},
         {"D-1", "\"-1\" is no address in D"},
         {"D+1", "\"+1\" is no address in D"},
-        {"D100.3", "is no address in D"},
+        {"D100.16", "\"100.16\" is no bit of a word"},
+        {"D100.03", "is no bit of a word"},
+        {"D11999.15x2", "D reaches from 0 to 11999"},
+        {"D100..101.1", "\"101.1\" is no address in D at or behind 100"},
+        {"CV2200.1", "is no address in CV2"},
         {"TV5.16", "is no bit of a word"},
         {"TV5.03", "is no bit of a word"},
         {"D107..100", "\"100\" is no address in D at or behind 107"},
@@ -115,9 +125,12 @@ TEST(Tag, WhatIsWrongIsNamed)
         {"100#D1", "a station is 1 to 99"},
         {"D1x0", "a count is 1 to 65537"},
         {"D1x99999999", "a count is 1 to 65537"},
-        {"D100x3/int32", "two words each, but 3 are named"},
+        {"D100x3/int32", "values of 32 bits take two words each, but 3 are named"},
+        {"D100x6/int64", "values of 64 bits take four words each, but 6 are named"},
         {"D4095/float32", "the value at D4095"},
+        {"D4093/uint64", "the value at D4093"},
         {"D1/double", "\"double\" is no type"},
+        {"D1/flot32", "did you mean \"float32\"?"},
         {"D1/", "\"\" is no type"},
         {"M0/hex", "bits have no type"},
         {"M0/int32", "bits have no type"},
@@ -125,8 +138,10 @@ TEST(Tag, WhatIsWrongIsNamed)
         {"CV2200/int16", "a counter has 32 bits"},
         {"CV2200/uint16", "a counter has 32 bits"},
         {"CV2200/text", "a counter has 32 bits"},
+        {"CV2200/float64", "a counter has 32 bits"},
         {"Q5", "X, Y, M, S, T, C, TV, CV, CV2, D"},
-        {"d100", "expected an area in capitals"},
+        {"2#d100x2/hex", "expected an area in capitals"},
+        {"2#d100x2/hex", ", did you mean 2#D100x2/hex?"},
         {"100", "expected an area in capitals"},
         {"D", "expected an area in capitals"},
         {"", "a tag is [STATION#]AREA"},
@@ -140,4 +155,12 @@ TEST(Tag, WhatIsWrongIsNamed)
     for (const char *text : {"#D100", "D100x", "Dx5"})
         EXPECT_NE(faultOf(text), "") << text;
     EXPECT_EQ(faultOf("M65537").find("octal"), std::string::npos);
+}
+
+TEST(TagCheck, BitsOfWordsAreAsFarAsTheirWordsReach)
+{
+    const TagReader reader(library(), 1);
+    EXPECT_EQ(reader.check("D11999.15").result, 0);
+    EXPECT_EQ(reader.check("D11999.15x2").result, 2);
+    EXPECT_EQ(reader.check("D100.16").result, 4);
 }

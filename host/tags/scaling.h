@@ -1,0 +1,30 @@
+// What is shown of a number that the controller holds: the number times a factor, plus an offset.
+// All are decimal numbers as text, "0.1" or "-4e1", and are computed exactly, which floating-point
+// numbers can't: none of them is 0.1.
+#pragma once
+
+#include <QString>
+
+namespace kmr {
+
+// True for digits with an optional sign, decimal point and exponent of up to three digits.
+bool isDecimal(const QString &text);
+
+class Scaling {
+public:
+    // Both must be decimal numbers, the factor other than 0.
+    explicit Scaling(QString factor, QString offset = "0");
+
+    // What is shown of `number`, which must be a decimal number, without an exponent.
+    QString shown(const QString &number) const;
+
+    // The number whose shown one is nearest to `text`, which must be a decimal number. `places`: to
+    // how many digits after the point.
+    QString held(const QString &text, int places) const;
+
+private:
+    QString m_factor;
+    QString m_offset;
+};
+
+} // namespace kmr
