@@ -151,11 +151,6 @@ std::optional<ElementRange> elementsOf(const NamedTagReader &reader, const QStri
     }
 }
 
-bool overlap(const ElementRange &a, const ElementRange &b)
-{
-    return a.station == b.station && a.area == b.area && a.first < b.end() && b.first < a.end();
-}
-
 ExitCode runTagsFind(const Options &options, const TagsOptions &own)
 {
     const QString text = toQString(own.text);

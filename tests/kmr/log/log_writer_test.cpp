@@ -101,8 +101,7 @@ TEST_F(LogWriterTest, CsvGoesOnAfterItsLastWholeRow)
 {
     save("line.csv", HEADING + "first\nbroken of");
     open("line.csv").append(row(0, GOOD, BITS));
-    EXPECT_EQ(load("line.csv"),
-              HEADING + "first\n2026-11-22T04:30:00.000+00:00,7,good,1 0,good\n");
+    EXPECT_EQ(load("line.csv"), HEADING + "first\n2026-11-22T04:30:00.000+00:00,7,good,1 0,good\n");
 }
 
 TEST_F(LogWriterTest, CsvWhoseHeadingIsBrokenOffBeginsAnew)
