@@ -92,8 +92,8 @@ TEST_F(LogWriterTest, CsvHasARowEachWithValuesAndQualities)
     LogWriter writer = open("line.csv");
     writer.append(row(0, GOOD, BITS));
     writer.append(row(1, NOT_READ, STALE));
-    EXPECT_EQ(load("line.csv"), HEADING + "2026-11-22T04:30:00.000+00:00,7,good,1 0,good\n"
-                                          "2026-11-22T04:30:01.000+00:00,,not read,,stale\n");
+    EXPECT_EQ(load("line.csv"), HEADING + "2026-11-22T04:30:00.000Z,7,good,1 0,good\n"
+                                          "2026-11-22T04:30:01.000Z,,not read,,stale\n");
     EXPECT_EQ(writer.rows(), 2U);
 }
 
@@ -101,7 +101,7 @@ TEST_F(LogWriterTest, CsvGoesOnAfterItsLastWholeRow)
 {
     save("line.csv", HEADING + "first\nbroken of");
     open("line.csv").append(row(0, GOOD, BITS));
-    EXPECT_EQ(load("line.csv"), HEADING + "first\n2026-11-22T04:30:00.000+00:00,7,good,1 0,good\n");
+    EXPECT_EQ(load("line.csv"), HEADING + "first\n2026-11-22T04:30:00.000Z,7,good,1 0,good\n");
 }
 
 TEST_F(LogWriterTest, CsvWhoseHeadingIsBrokenOffBeginsAnew)
@@ -141,10 +141,10 @@ TEST_F(LogWriterTest, DatabaseHasARowForEachTag)
         writer.sync();
     }
     EXPECT_EQ(query("line.sqlite", "SELECT * FROM samples"),
-              "2026-11-22T04:30:00.000+00:00 D100 7 C good\n"
-              "2026-11-22T04:30:00.000+00:00 X0x2 1 0 null good\n"
-              "2026-11-22T04:30:01.000+00:00 D100 null C not read\n"
-              "2026-11-22T04:30:01.000+00:00 X0x2 null null stale\n");
+              "2026-11-22T04:30:00.000Z D100 7 C good\n"
+              "2026-11-22T04:30:00.000Z X0x2 1 0 null good\n"
+              "2026-11-22T04:30:01.000Z D100 null C not read\n"
+              "2026-11-22T04:30:01.000Z X0x2 null null stale\n");
     open("line.sqlite"); // goes on
     EXPECT_EQ(query("line.sqlite", "SELECT count(*) FROM samples"), "4\n");
     EXPECT_EQ(query("line.sqlite", "SELECT typeof(value) FROM samples LIMIT 1"), "integer\n");
