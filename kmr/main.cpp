@@ -37,6 +37,7 @@ void addCommands(CLI::App &app, const kmr::OptionReader &reader, kmr::Command &c
     kmr::addConfig(app, chosen, reader);
     kmr::addTags(app, chosen);
     kmr::addWatch(app, chosen);
+    kmr::addLog(app, chosen);
     kmr::addRead(app, chosen);
     kmr::addWrite(app, chosen);
     kmr::addRecipe(app, chosen);

@@ -2,11 +2,11 @@
 #include "kmr/command_line.h"
 #include "kmr/commands/commands.h"
 #include "kmr/connection.h"
+#include "kmr/reconnection.h"
 #include "kmr/stop_signal.h"
 #include "kmr/watch/watcher.h"
 
 #include <algorithm>
-#include <functional>
 #include <thread>
 #include <unistd.h>
 
@@ -17,12 +17,7 @@ namespace {
 using std::chrono::milliseconds;
 using std::chrono::steady_clock;
 
-// The pauses between attempts to open the line again: half a second, doubled up to half a minute.
-constexpr milliseconds FIRST_PAUSE(500);
-constexpr milliseconds LONGEST_PAUSE(30000);
 constexpr milliseconds STOP_CHECK(50);
-
-using IsOver = std::function<bool()>;
 
 const char *const HELP =
     R"(On a terminal it shows a live table (unless --count or --format is given), else a
@@ -51,37 +46,6 @@ bool isDrawable()
     return isatty(STDOUT_FILENO) == 1 && qgetenv("TERM") != "dumb";
 }
 
-// False when the end has come before the line. `pause`: before the next attempt.
-bool awaitReconnection(Connection &connection, Watcher &watcher, const IsOver &isOver,
-                       milliseconds &pause)
-{
-    steady_clock::time_point next = steady_clock::now() + pause;
-    while (!isOver()) {
-        watcher.draw();
-        std::this_thread::sleep_for(STOP_CHECK);
-        if (steady_clock::now() < next)
-            continue;
-        pause = std::min(2 * pause, LONGEST_PAUSE);
-        if (connection.reconnect())
-            return true;
-        next = steady_clock::now() + pause;
-    }
-    return false;
-}
-
-// False when the end has come before the line. `pause` grows until something is answered: some
-// gateways accept every connection and close it again.
-bool bringBack(Connection &connection, Watcher &watcher, const IsOver &isOver, milliseconds &pause)
-{
-    if (!watcher.isLost())
-        pause = FIRST_PAUSE;
-    watcher.noteLoss();
-    if (!awaitReconnection(connection, watcher, isOver, pause))
-        return false;
-    watcher.noteReconnection();
-    return true;
-}
-
 // Shows each change until the end that was asked for, or Ctrl-C.
 ExitCode runWatch(const Options &options, const WatchOptions &watch)
 {
@@ -93,20 +57,28 @@ ExitCode runWatch(const Options &options, const WatchOptions &watch)
     watcher.beginPolling();
 
     const steady_clock::time_point begin = steady_clock::now();
-    const IsOver isOver = [&] {
+    const auto isOver = [&] {
         return stopFlag() || watcher.isOver() ||
                (watch.seconds &&
                 steady_clock::now() - begin >= std::chrono::duration<double>(*watch.seconds));
     };
-    milliseconds pauseToReconnect = FIRST_PAUSE;
+    Reconnection reconnection(connection);
+    const auto bringBack = [&] {
+        if (!watcher.isLost())
+            reconnection.noteAnswer();
+        watcher.noteLoss();
+        return reconnection.await([&] {
+            watcher.draw();
+            return isOver();
+        });
+    };
     while (!isOver()) {
         const std::chrono::nanoseconds pause = watcher.pause();
         if (pause > std::chrono::nanoseconds::zero()) {
             session.confirm(false);
             std::this_thread::sleep_for(std::min<std::chrono::nanoseconds>(pause, STOP_CHECK));
-        } else if (session.step() == PollLoop::Step::LineLost && !isOver() &&
-                   !bringBack(connection, watcher, isOver, pauseToReconnect)) {
-            break;
+        } else if (session.step() == PollLoop::Step::LineLost && bringBack()) {
+            watcher.noteReconnection();
         }
         watcher.draw();
     }

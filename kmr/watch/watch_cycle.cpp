@@ -34,6 +34,7 @@ void WatchCycle::note(const Exchange &exchange, Time now)
     if (!isRequestOver(exchange) || ++m_done < m_requests)
         return;
     const Time next = std::max(now, m_begin + m_wanted);
+    ++m_ended;
     m_reached = next - m_begin;
     m_begin = next;
     m_done = 0;

@@ -6,6 +6,7 @@
 #include <QString>
 
 #include <chrono>
+#include <cstdint>
 
 namespace kmr {
 
@@ -22,6 +23,12 @@ public:
     // A request is over, for good or to be sent again.
     void note(const Exchange &exchange, Time now);
 
+    // Cycles that ended so far.
+    std::uint64_t ended() const
+    {
+        return m_ended;
+    }
+
     // Time until the next request may be made: 0, or until the next cycle begins.
     std::chrono::nanoseconds pause(Time now) const;
 
@@ -32,6 +39,7 @@ private:
     const std::chrono::milliseconds m_wanted;
     int m_requests = 1;
     int m_done = 0; // of this cycle
+    std::uint64_t m_ended = 0;
     Time m_begin;   // of this cycle, maybe still to come
     std::chrono::nanoseconds m_reached{0};
 };

@@ -1,4 +1,4 @@
-#include "kmr/watch/outages.h"
+#include "kmr/outages.h"
 
 #include "kmr/outcome.h"
 

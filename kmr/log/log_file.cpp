@@ -1,0 +1,34 @@
+#include "kmr/log/log_file.h"
+
+#include "host/error.h"
+
+namespace kmr {
+
+QString qualityText(const LogCell &cell)
+{
+    switch (cell.quality) {
+    case Quality::Good:
+        return cell.isRead() ? "good" : "not read";
+    case Quality::Stale:
+        return "stale";
+    case Quality::Unread:
+        break;
+    }
+    return "pending";
+}
+
+std::unique_ptr<LogFile> openLogFile(const QString &path, const std::vector<Tag> &tags)
+{
+    if (path.endsWith(".csv"))
+        return openCsvLog(path, tags);
+    for (const char *const ending : {".sqlite", ".sqlite3", ".db"}) {
+        if (path.endsWith(ending))
+            return openSqliteLog(path, tags);
+    }
+    throw Error(ErrorKind::Usage,
+                QString("\"%1\" does not say what to write: its name must end in .csv, .sqlite, "
+                        ".sqlite3 or .db")
+                    .arg(path));
+}
+
+} // namespace kmr

@@ -1,0 +1,77 @@
+#include "kmr/log/log_sampler.h"
+
+#include "tests/host/session_fixture.h"
+
+using namespace kmr;
+
+namespace {
+
+class LogSamplerTest : public SessionTest {
+protected:
+    LogSamplerTest()
+    {
+        session();
+        m_sampler.emplace(*m_session, tags({"D0", "D100"}));
+        m_session->setConfirmObserver(
+            [this](const ElementRange &run) { m_sampler->noteConfirmed(run); });
+        m_session->poll(m_sampler->ranges());
+    }
+
+    // What the next row says: "1 good, - pending".
+    QString row(bool *isNews = nullptr)
+    {
+        const LogRow row = m_sampler->take({});
+        const bool news = m_sampler->isNews(row);
+        if (isNews != nullptr)
+            *isNews = news;
+        QStringList cells;
+        for (const LogCell &cell : row.cells)
+            cells.append((cell.isRead() ? cell.values : "-") + ' ' + qualityText(cell));
+        return cells.join(", ");
+    }
+
+    std::optional<LogSampler> m_sampler;
+};
+
+} // namespace
+
+TEST_F(LogSamplerTest, ValueStandsOnlyInTheRowInWhichItWasRead)
+{
+    setElement("D", 0, 1);
+    EXPECT_EQ(row(), "- pending, - pending");
+    m_session->step();
+    EXPECT_EQ(row(), "1 good, - pending");
+    EXPECT_EQ(row(), "- not read, - pending");
+    m_session->step();
+    m_session->step();
+    EXPECT_EQ(row(), "1 good, 0 good");
+}
+
+TEST_F(LogSamplerTest, ValueOfARequestThatWasGivenUpIsStaleAndEmpty)
+{
+    m_session->step();
+    EXPECT_EQ(row(), "0 good, - pending");
+    m_spoil = silence;
+    for (int i = 0; i < 9; ++i)
+        m_session->step();
+    EXPECT_EQ(row(), "- stale, - stale");
+}
+
+TEST_F(LogSamplerTest, RowIsNewsWhenAValueOrAQualityIsAnother)
+{
+    const auto isNews = [this](int steps) {
+        for (int i = 0; i < steps; ++i)
+            m_session->step();
+        bool news = false;
+        row(&news);
+        return news;
+    };
+    EXPECT_TRUE(isNews(2));  // the first values
+    EXPECT_FALSE(isNews(2)); // the same again
+    EXPECT_FALSE(isNews(0)); // none
+    setElement("D", 100, 5);
+    EXPECT_TRUE(isNews(2));
+    m_spoil = silence;
+    EXPECT_TRUE(isNews(9));
+    EXPECT_FALSE(isNews(3));
+}
