@@ -127,9 +127,11 @@ int main(int argc, char *argv[])
         app.parse(argc, argv);
     } catch (const CLI::CallForVersion &) {
         chosen = kmr::runVersion;
+    } catch (const CLI::CallForHelp &) {
+        return static_cast<int>(showHelp(app));
+    } catch (const CLI::Success &) { // 'kmr help' has printed it
+        return static_cast<int>(kmr::exitCodeAfterLosses(ExitCode::Ok));
     } catch (const CLI::ParseError &error) {
-        if (error.get_exit_code() == 0)
-            return static_cast<int>(showHelp(app));
         return static_cast<int>(fail(
             ExitCode::Usage,
             QString("%1\nsee '%2 --help'").arg(kmr::faultOf(app, error), understoodCommand(app))));

@@ -46,7 +46,7 @@ void addHelp(CLI::App &app)
     command->add_option("COMMAND", *names, "which (default: kmr itself)");
     command->footer(HELP);
     command->callback([&app, names] {
-        print(helpOf(app, *names).chopped(1)); // print() ends the line
+        print(helpOf(app, *names).trimmed()); // print() ends the line
         throw CLI::Success();
     });
 }

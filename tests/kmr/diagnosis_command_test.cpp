@@ -114,9 +114,10 @@ TEST_F(DiagnosisCommand, StoppedScanCountsTheStationsThatItAsked)
     const Finished scan =
         run({"scan", "--stations", "2..9", "--timeout", "600000", "--trace", "--link", link},
             [](QProcess &process) { // the trace shows the first request
-                QObject::connect(&process, &QProcess::readyReadStandardError, [&process] {
-                    kill(static_cast<pid_t>(process.processId()), SIGINT);
-                });
+                process.setReadChannel(QProcess::StandardError);
+                while (process.peek(1).isEmpty() && process.waitForReadyRead(10000)) {
+                }
+                kill(static_cast<pid_t>(process.processId()), SIGINT);
             });
     EXPECT_EQ(scan.exitCode, 4);
     EXPECT_TRUE(
