@@ -1,5 +1,6 @@
 #!/usr/bin/env python3
-"""Each storey of the project, and each room of host/, includes only those below it."""
+"""Each storey of the project, and each room of host/, includes only those below it; and the tests
+weigh at most 1.3 lines a line of product."""
 import pathlib
 import re
 import sys
@@ -40,6 +41,19 @@ def wrong_includes(root):
             if not is_allowed(user, used):
                 wrong.append(f"{path.relative_to(root)} includes {included}")
     return wrong
+
+
+def lines_of(folders, suffixes):
+    return sum(len(path.read_text().splitlines()) for folder in folders
+               for path in folder.rglob("*") if path.suffix in suffixes)
+
+
+class Weight(unittest.TestCase):
+    def test_rules_are_proved_once(self):
+        storeys = [ROOT / name for name in ("driver", "modbus", "simulator", "host", "kmr")]
+        product = lines_of(storeys, {".h", ".cpp"})
+        tests = lines_of([ROOT / "tests"], {".h", ".cpp", ".py"})
+        self.assertLessEqual(tests, 1.3 * product)
 
 
 class Storeys(unittest.TestCase):
