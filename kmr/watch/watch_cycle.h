@@ -40,7 +40,7 @@ private:
     int m_requests = 1;
     int m_done = 0; // of this cycle
     std::uint64_t m_ended = 0;
-    Time m_begin;   // of this cycle, maybe still to come
+    Time m_begin; // of this cycle, maybe still to come
     std::chrono::nanoseconds m_reached{0};
 };
 

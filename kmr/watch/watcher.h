@@ -4,8 +4,8 @@
 
 #include "host/session/session.h"
 #include "kmr/exit_code.h"
-#include "kmr/record_writer.h"
 #include "kmr/outages.h"
+#include "kmr/record_writer.h"
 #include "kmr/watch/watch_cycle.h"
 #include "kmr/watch/watch_rates.h"
 #include "kmr/watch/watch_table.h"
