@@ -40,8 +40,8 @@ void resolve(QLibrary &library, const char *name, Function &function, QStringLis
 
 DriverLibrary::DriverLibrary(const QString &path) : m_library(path)
 {
-    if (path.contains(
-            '/')) // a bare name is not a file of this folder: the system's loader finds one
+    // A bare name is not a file of this folder: the system's loader finds one.
+    if (path.contains('/'))
         checkQtVersion(path);
     m_library.setLoadHints(QLibrary::ResolveAllSymbolsHint | QLibrary::PreventUnloadHint);
     if (!m_library.load()) {
