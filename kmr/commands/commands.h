@@ -14,6 +14,7 @@ void addCheck(CLI::App &app, Command &chosen);
 void addConfig(CLI::App &app, Command &chosen, const OptionReader &reader);
 void addDecode(CLI::App &app, Command &chosen);
 void addDoctor(CLI::App &app, Command &chosen);
+void addListen(CLI::App &app, Command &chosen);
 void addPing(CLI::App &app, Command &chosen);
 void addPlan(CLI::App &app, Command &chosen);
 void addRead(CLI::App &app, Command &chosen);
