@@ -10,10 +10,6 @@ namespace kmr {
 
 namespace {
 
-// A limit of its own: how long a controller may take to answer says nothing about the network. One
-// lost packet is sent again after a second.
-constexpr std::chrono::seconds CONNECT_LIMIT(3);
-
 // On a serial line somebody may have asked just before us and gone: his answer is on its way for as
 // long as a long exchange lasts and a controller ponders.
 std::chrono::milliseconds quietBeforeUse(std::chrono::nanoseconds characterTime)
@@ -92,6 +88,27 @@ std::vector<Tag> Connection::readTags(const QStringList &texts) const
     return tags;
 }
 
+std::unique_ptr<CaptureWriter> beginCapture(const Options &options)
+{
+    constexpr qint64 MEGABYTE = 1000000;
+    if (options.capture.isEmpty())
+        return nullptr;
+    return std::make_unique<CaptureWriter>(options.capture, options.link,
+                                           MEGABYTE * options.captureLimit);
+}
+
+void capture(std::unique_ptr<CaptureWriter> &writer, bool isSent, const QByteArray &characters)
+{
+    if (!writer)
+        return;
+    try {
+        writer->add(isSent, characters);
+    } catch (const Error &error) {
+        writer.reset();
+        reportLoss(error.text() + "; what comes from now on is not captured");
+    }
+}
+
 Session &Connection::open()
 {
     m_address = linkOf(m_options);
@@ -142,28 +159,15 @@ void Connection::tapLine(PollSettings &settings)
     if (m_options.trace)
         m_trace =
             std::make_unique<LineTrace>([](const TracedLine &line) { printError(toText(line)); });
-    if (!m_options.capture.isEmpty())
-        m_capture = std::make_unique<CaptureWriter>(m_options.capture, m_options.link);
+    m_capture = beginCapture(m_options);
     if (!m_trace && !m_capture)
         return;
     settings.tap = [this](bool isSent, const QByteArray &characters) {
         const QDateTime now = QDateTime::currentDateTime();
-        if (m_capture)
-            capture(isSent, characters);
+        capture(m_capture, isSent, characters);
         if (m_trace)
             m_trace->add(now, isSent, characters);
     };
-}
-
-// A full disk ends the capture, not the work.
-void Connection::capture(bool isSent, const QByteArray &characters)
-{
-    try {
-        m_capture->add(isSent, characters);
-    } catch (const Error &error) {
-        m_capture.reset();
-        reportLoss(error.text() + "; what comes from now on is not captured");
-    }
 }
 
 } // namespace kmr

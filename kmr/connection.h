@@ -31,6 +31,12 @@ TagReader tagReaderOf(const Options &options, const DriverLibrary &library);
 // Reads the file of names. Reports on stderr that it has bad lines.
 NameTable loadNames(const QString &path);
 
+// The capture that the options ask for, or none. Throws Error (Usage).
+std::unique_ptr<CaptureWriter> beginCapture(const Options &options);
+
+// Adds to the capture, if there is one. A full disk ends the capture, not the work.
+void capture(std::unique_ptr<CaptureWriter> &writer, bool isSent, const QByteArray &characters);
+
 // The driver and, once it is opened, the link.
 class Connection {
 public:
@@ -63,7 +69,6 @@ public:
 private:
     Session &begin(SessionSettings settings);
     void tapLine(PollSettings &settings);
-    void capture(bool isSent, const QByteArray &characters);
 
     const Options m_options;
     std::unique_ptr<DriverLibrary> m_library;

@@ -51,4 +51,16 @@ std::vector<Field> frameFields(const QString &characters, const QString &kind,
             textField(frame.fault)};
 }
 
+QStringList tracedFieldNames()
+{
+    return QStringList{"time", "direction"} + frameFieldNames();
+}
+
+std::vector<Field> tracedFields(const TracedLine &line)
+{
+    std::vector<Field> fields = frameFields(visible(line.characters), kindName(line), line.frame);
+    fields.insert(fields.begin(), {timeText(line.time), line.isSent ? "sent" : "received"});
+    return fields;
+}
+
 } // namespace kmr

@@ -1,4 +1,4 @@
-// Frames in records, as 'kmr decode' and 'kmr trace' write them.
+// Frames in records, as 'kmr decode', 'kmr trace' and 'kmr listen' write them.
 #pragma once
 
 #include "host/line/line_trace.h"
@@ -19,5 +19,9 @@ QString kindName(const TracedLine &line);
 const QStringList &frameFieldNames();
 std::vector<Field> frameFields(const QString &characters, const QString &kind,
                                const FrameText &frame);
+
+// The same of a line of traffic, which has a time and a direction besides.
+QStringList tracedFieldNames();
+std::vector<Field> tracedFields(const TracedLine &line);
 
 } // namespace kmr

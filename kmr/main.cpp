@@ -45,6 +45,7 @@ void addCommands(CLI::App &app, const kmr::OptionReader &reader, kmr::Command &c
     kmr::addReplay(app, chosen);
     kmr::addDecode(app, chosen);
     kmr::addTrace(app, chosen);
+    kmr::addListen(app, chosen);
     kmr::addCheck(app, chosen);
     kmr::addSeries(app, chosen);
     kmr::addPing(app, chosen);

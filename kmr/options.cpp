@@ -93,9 +93,13 @@ OptionReader::OptionReader(CLI::App &app) : m_app(app)
         "byte of a word that holds a text's first character: low or high", BYTE_ORDERS);
     add("format", o.format, "records as plain, table, csv, json or jsonl", FORMATS);
     app.add_flag("--trace", o.trace, "explain all traffic on stderr");
-    app.add_option_function<std::string>(
+    CLI::Option *capture = app.add_option_function<std::string>(
         "--capture", [&o](const std::string &path) { o.capture = toQString(path); },
         "write every character with its time to this new file, for 'kmr trace FILE'");
+    app.add_option("--capture-limit", o.captureLimit,
+                   "megabytes of a capture; a full one goes on as FILE.1, its newest in FILE")
+        ->check(CLI::Range(1, 100000))
+        ->needs(capture);
     add("names", o.names, "file of names for tags; 'kmr tags check --help' explains it").fromFile =
         readableFile;
 }

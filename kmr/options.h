@@ -37,6 +37,7 @@ struct Options {
     bool isFormatAsked = false; // on the command line or in the file
     bool trace = false;         // explain all traffic on stderr
     QString capture;            // file that receives every character; empty: none
+    int captureLimit = 0;       // megabytes that one of its two files may hold; 0: one, any size
     QString names;              // file of names; empty: none
     QStringList tags;           // of the project's file, for commands that are given none
     QString tagsSource;         // their place: "kmr.toml:3"

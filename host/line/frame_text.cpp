@@ -1,5 +1,6 @@
 #include "host/line/frame_text.h"
 
+#include "host/line/answer_form.h"
 #include "modbus/areas.h"
 #include "modbus/ascii.h"
 #include "modbus/protocol.h"
@@ -106,7 +107,7 @@ void explainReadAnswer(const QByteArray &message, const QByteArray &request, Fra
 {
     const modbus::Table table = tableOf(modbus::byteAt(message, 1));
     const QByteArray data = message.mid(ANSWER_HEAD_BYTES);
-    const bool isKnown = request.size() == REQUEST_BYTES && request.left(2) == message.left(2);
+    const bool isKnown = request.size() == REQUEST_BYTES && isAnswerTo(message, request);
     const int address = isKnown ? modbus::wordAt(request, 2) : -1;
     text.kind = FrameKind::Answer;
     if (modbus::byteAt(message, 2) != data.size())
@@ -128,8 +129,9 @@ void explainMessage(const QByteArray &message, const QByteArray &request, FrameT
     if (function != plain && message.size() == REFUSAL_BYTES) {
         text.kind = FrameKind::Refusal;
         text.exception = modbus::exceptionText(modbus::byteAt(message, 2));
-    } else if (modbus::isRead(function) && message.size() == REQUEST_BYTES) {
-        // An answer of three bytes would be as long, but the driver never asks for that many.
+    } else if (modbus::isRead(function) && message.size() == REQUEST_BYTES &&
+               (message == request || !isAnswerTo(message, request))) {
+        // An answer of three bytes is as long. The driver never asks for that many, others may.
         text.kind = FrameKind::Request;
         tellElements(modbus::wordAt(message, 2), modbus::wordAt(message, 4), tableOf(function),
                      text);

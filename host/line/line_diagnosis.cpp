@@ -237,9 +237,9 @@ Diagnosis diagnoseCharacters(const std::vector<Probe> &probes, const QByteArray 
 QString findingName(Finding finding)
 {
     static const char *const NAMES[] = {
-        "good",      "refused",    "unsteady",      "wrong echo", "silent",       "late",
-        "echo only", "other host", "other station", "no fit",     "wrong parity", "damaged",
-        "garbled",   "not opened", "lost",          "out of step"};
+        "good",      "refused",    "unsteady",      "wrong echo",  "silent",       "late",
+        "echo only", "other host", "other station", "no fit",      "wrong parity", "damaged",
+        "garbled",   "not opened", "lost",          "out of step", "modbus tcp",   "modbus rtu"};
     return NAMES[static_cast<std::size_t>(finding)];
 }
 
@@ -264,6 +264,20 @@ Diagnosis diagnose(const std::vector<Probe> &probes, EchoMode echo)
     if (!lines.isEmpty())
         return diagnoseLine(probes, lines.front());
     return diagnoseCharacters(probes, received);
+}
+
+Diagnosis diagnose(OtherProtocol protocol)
+{
+    const QString ours = " A tcp:// link is Modbus ASCII over raw TCP.";
+    if (protocol == OtherProtocol::ModbusTcp) {
+        return {Finding::ModbusTcp, "The other side speaks Modbus TCP." + ours,
+                "Set the gateway's port to raw TCP (also called transparent or TCP server) instead "
+                "of Modbus TCP, and its serial side to the controller's speed and frame; or name "
+                "the port that does this."};
+    }
+    return {Finding::ModbusRtu, "The other side speaks Modbus RTU." + ours,
+            "Set the controller's port to Modbus ASCII; if the gateway translates, set its port to "
+            "raw TCP (transparent)."};
 }
 
 } // namespace kmr

@@ -1,6 +1,7 @@
 // What is wrong with a line, told from what came back over it, and what to do about it.
 #pragma once
 
+#include "host/line/other_protocol.h"
 #include "host/line/reply_filter.h"
 
 #include <QByteArray>
@@ -35,7 +36,9 @@ enum class Finding {
     Garbled,      // other characters
     NotOpened,    // the link could not be opened
     Lost,         // the link broke while the station was asked
-    OutOfStep     // answered, but answers come that no request waits for
+    OutOfStep,    // answered, but answers come that no request waits for
+    ModbusTcp,    // the other side answers Modbus TCP
+    ModbusRtu     // the other side answers Modbus RTU
 };
 
 struct Diagnosis {
@@ -50,5 +53,8 @@ QString findingName(Finding finding);
 
 // Judges the probes of one station, at least one. `echo` is what the user has set.
 Diagnosis diagnose(const std::vector<Probe> &probes, EchoMode echo);
+
+// Of a peer over TCP that has answered in another protocol.
+Diagnosis diagnose(OtherProtocol protocol);
 
 } // namespace kmr

@@ -1,6 +1,14 @@
 #include "host/line/line_trace.h"
 
+#include "modbus/ascii.h"
+
 namespace kmr {
+
+namespace {
+
+constexpr int SHORTEST_REQUEST = 17; // characters, ':' to LF
+
+} // namespace
 
 QString timeText(const QDateTime &time)
 {
@@ -31,7 +39,7 @@ void LineTrace::add(const QDateTime &time, bool isSent, const QByteArray &charac
             flush();
         m_received.append(character);
         m_receivedAt = time;
-        if (m_received.endsWith("\r\n"))
+        if (m_received.endsWith("\r\n") || m_received.size() == modbus::MAX_LINE_CHARS)
             flush();
     }
 }
@@ -40,7 +48,10 @@ void LineTrace::flush()
 {
     if (m_received.isEmpty())
         return;
-    tell(m_receivedAt, false, m_received);
+    if (m_traffic == Traffic::Own)
+        tell(m_receivedAt, false, m_received);
+    else
+        tellOverheard(m_receivedAt, m_received);
     m_received.clear();
 }
 
@@ -48,6 +59,20 @@ void LineTrace::tell(const QDateTime &time, bool isSent, const QByteArray &line)
 {
     const bool isEcho = !isSent && line == m_request;
     m_sink({time, isSent, line, isEcho, explainLine(line, isSent ? QByteArray() : m_request)});
+}
+
+void LineTrace::tellOverheard(const QDateTime &time, const QByteArray &line)
+{
+    const FrameText frame = explainLine(line, m_request);
+    const bool isBitWrite = frame.kind == FrameKind::RequestOrAnswer;
+    const bool isRepeated = isBitWrite && line == m_request;
+    const bool isSent = frame.kind == FrameKind::Request || (isBitWrite && !isRepeated);
+    m_sink({time, isSent, line, isRepeated, frame});
+    // A few characters of noise may precede an answer. More may have been another request.
+    if (isSent && frame.isGood)
+        m_request = line;
+    else if (frame.kind != FrameKind::Unreadable || line.size() >= SHORTEST_REQUEST)
+        m_request.clear();
 }
 
 } // namespace kmr

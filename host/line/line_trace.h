@@ -19,7 +19,7 @@ QString timeText(const QDateTime &time);
 
 struct TracedLine {
     QDateTime time; // when its last characters passed
-    bool isSent = false;
+    bool isSent = false;   // by the host
     QByteArray characters; // ':' to LF, or what there was of it
     bool isEcho = false;   // received and equal to the request before; of a bit write it may as
                            // well be the answer
@@ -29,11 +29,18 @@ struct TracedLine {
 // The line as above.
 QString toText(const TracedLine &line);
 
+// Ours, of which it is known what was sent; or that of another host, which we only receive: then a
+// line's content says who has sent it.
+enum class Traffic { Own, Overheard };
+
 class LineTrace {
 public:
     using Sink = std::function<void(const TracedLine &line)>;
 
-    explicit LineTrace(Sink sink) : m_sink(std::move(sink)) {}
+    explicit LineTrace(Sink sink, Traffic traffic = Traffic::Own)
+        : m_sink(std::move(sink)), m_traffic(traffic)
+    {
+    }
     ~LineTrace()
     {
         flush();
@@ -42,8 +49,8 @@ public:
     LineTrace &operator=(const LineTrace &) = delete;
 
     // Takes the next characters of one direction, in pieces of any size. Received ones that are no
-    // whole frame are told when the next frame begins or is sent, at flush() and at the end of the
-    // trace.
+    // whole frame are told when the next frame begins or is sent, when they are as many as a frame
+    // can be, at flush() and at the end of the trace.
     void add(const QDateTime &time, bool isSent, const QByteArray &characters);
 
     // Tells what has been received and is not a whole frame.
@@ -51,9 +58,11 @@ public:
 
 private:
     void tell(const QDateTime &time, bool isSent, const QByteArray &line);
+    void tellOverheard(const QDateTime &time, const QByteArray &line);
 
     const Sink m_sink;
-    QByteArray m_request;   // sent last
+    const Traffic m_traffic;
+    QByteArray m_request;   // sent last; overheard: until its answer
     QByteArray m_received;  // not told yet
     QDateTime m_receivedAt; // when its newest characters came
 };

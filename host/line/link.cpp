@@ -103,12 +103,13 @@ bool isConnecting(const QAbstractSocket &socket)
 
 // Lets Qt connect, since waitForConnected() gives up the attempt at its end and can't be repeated.
 bool connectSocket(QAbstractSocket &socket, const LinkAddress &address,
-                   std::chrono::milliseconds timeout, const std::atomic<bool> &stop)
+                   std::chrono::milliseconds timeout, const std::atomic<bool> &stop,
+                   QIODevice::OpenMode mode = QIODevice::ReadWrite)
 {
     QTimer wake;
     wake.start(std::min(timeout, STOP_CHECK));
     const QDeadlineTimer end(timeout);
-    socket.connectToHost(address.host, address.port);
+    socket.connectToHost(address.host, address.port, mode);
     while (isConnecting(socket) && !stop && !end.hasExpired())
         QCoreApplication::processEvents(QEventLoop::WaitForMoreEvents);
     if (socket.state() != QAbstractSocket::ConnectedState)
@@ -130,11 +131,11 @@ QString connectFault(const QAbstractSocket &socket, bool isStopped)
 }
 
 std::unique_ptr<QIODevice> openTcp(const LinkAddress &address, std::chrono::milliseconds timeout,
-                                   const std::atomic<bool> &stop)
+                                   const std::atomic<bool> &stop, QIODevice::OpenMode mode)
 {
     auto socket = std::make_unique<QTcpSocket>();
     socket->setReadBufferSize(READ_BUFFER_BYTES); // else a peer that floods fills the memory
-    if (!connectSocket(*socket, address, timeout, stop)) {
+    if (!connectSocket(*socket, address, timeout, stop, mode)) {
         throw Error(
             ErrorKind::Link,
             QString("cannot connect to %1: %2").arg(tcpText(address), connectFault(*socket, stop)));
@@ -155,7 +156,8 @@ QString serialAdvice(const QSerialPort &port)
     return "is it a serial port that takes these settings?";
 }
 
-bool openPort(QSerialPort &port, const LinkAddress &address)
+bool openPort(QSerialPort &port, const LinkAddress &address,
+              QIODevice::OpenMode mode = QIODevice::ReadWrite)
 {
     // Before opening: a pseudo-terminal refuses 7 data bits afterwards.
     port.setBaudRate(address.baud);
@@ -163,13 +165,13 @@ bool openPort(QSerialPort &port, const LinkAddress &address)
     port.setParity(address.parity);
     port.setStopBits(address.stopBits);
     port.setFlowControl(QSerialPort::NoFlowControl);
-    return port.open(QIODevice::ReadWrite);
+    return port.open(mode);
 }
 
-std::unique_ptr<QIODevice> openSerial(const LinkAddress &address)
+std::unique_ptr<QIODevice> openSerial(const LinkAddress &address, QIODevice::OpenMode mode)
 {
     auto port = std::make_unique<QSerialPort>(address.device);
-    if (!openPort(*port, address)) {
+    if (!openPort(*port, address, mode)) {
         throw Error(ErrorKind::Link,
                     QString("cannot open %1: %2 (%3)")
                         .arg(address.device, port->errorString(), serialAdvice(*port)));
@@ -201,10 +203,10 @@ LinkAddress parseLink(const QString &text)
 }
 
 std::unique_ptr<QIODevice> openLink(const LinkAddress &address, std::chrono::milliseconds timeout,
-                                    const std::atomic<bool> &stop)
+                                    const std::atomic<bool> &stop, QIODevice::OpenMode mode)
 {
-    return address.kind == LinkAddress::Kind::Tcp ? openTcp(address, timeout, stop)
-                                                  : openSerial(address);
+    return address.kind == LinkAddress::Kind::Tcp ? openTcp(address, timeout, stop, mode)
+                                                  : openSerial(address, mode);
 }
 
 bool reconnect(QIODevice &device, const LinkAddress &address, const QString &nameById,

@@ -29,10 +29,15 @@ struct LinkAddress {
 // settings. Throws Error (Usage) that names every bad part.
 LinkAddress parseLink(const QString &text);
 
+// For connecting over TCP, a limit of its own: how long a controller may take to answer says nothing
+// about the network. One lost packet is sent again after a second.
+constexpr std::chrono::seconds CONNECT_LIMIT(3);
+
 // Opens the link, for TCP within `timeout` and until `stop` is set; needs a QCoreApplication then.
-// Throws Error (Link) with the cause and a remedy.
+// Opened for reading only, it can't send. Throws Error (Link) with the cause and a remedy.
 std::unique_ptr<QIODevice> openLink(const LinkAddress &address, std::chrono::milliseconds timeout,
-                                    const std::atomic<bool> &stop);
+                                    const std::atomic<bool> &stop,
+                                    QIODevice::OpenMode mode = QIODevice::ReadWrite);
 
 // Opens a lost link again, on the device that openLink() made; false if it does not come about,
 // over TCP within `timeout` and before `stop` is set. A serial port that is not there any more is

@@ -5,6 +5,10 @@
 #include <QFileInfo>
 #include <nlohmann/json.hpp>
 
+#include <cerrno>
+#include <cstdio>
+#include <cstring>
+
 namespace kmr {
 
 namespace {
@@ -22,6 +26,12 @@ std::string toUtf8(const QByteArray &characters)
     // With its size: Qt 5 ends at the first zero byte otherwise.
     return QString::fromLatin1(characters.constData(), static_cast<int>(characters.size()))
         .toStdString();
+}
+
+// Where a full capture goes.
+QString olderPath(const QString &path)
+{
+    return path + ".1";
 }
 
 Error badLine(const QString &name, int line, const QString &why)
@@ -49,30 +59,60 @@ CapturedPiece readPiece(const json &piece)
 
 } // namespace
 
-CaptureWriter::CaptureWriter(const QString &path, const QString &link) : m_file(path)
+CaptureWriter::CaptureWriter(const QString &path, const QString &link, qint64 limit)
+    : m_path(path), m_link(link), m_limit(limit), m_file(path)
 {
-    if (QFileInfo(path).size() > 0) {
-        throw Error(ErrorKind::Usage, QString("%1 holds something already, which a capture would "
-                                              "replace: move it away or name another file")
-                                          .arg(path));
+    for (const QString &name : {path, olderPath(path)}) {
+        if (QFileInfo(name).size() > 0 && (name == path || limit > 0)) {
+            throw Error(ErrorKind::Usage, QString("%1 holds something already, which a capture "
+                                                  "would replace: move it away or name another "
+                                                  "file")
+                                              .arg(name));
+        }
     }
+    begin();
+}
+
+void CaptureWriter::begin()
+{
     if (!m_file.open(QIODevice::WriteOnly | QIODevice::Unbuffered)) {
         throw Error(ErrorKind::Usage,
-                    QString("cannot write the capture %1: %2").arg(path, m_file.errorString()));
+                    QString("cannot write the capture %1: %2").arg(m_path, m_file.errorString()));
     }
     const QDateTime now = QDateTime::currentDateTime();
-    const QString begin = now.toOffsetFromUtc(now.offsetFromUtc()).toString(Qt::ISODateWithMs);
+    const QString time = now.toOffsetFromUtc(now.offsetFromUtc()).toString(Qt::ISODateWithMs);
     const json heading{
-        {"kmr_capture", VERSION}, {"begin", begin.toStdString()}, {"link", link.toStdString()}};
+        {"kmr_capture", VERSION}, {"begin", time.toStdString()}, {"link", m_link.toStdString()}};
     m_clock.start();
     writeLine(QByteArray::fromStdString(heading.dump()), ErrorKind::Usage);
 }
 
 void CaptureWriter::add(bool isSent, const QByteArray &characters)
 {
-    const json piece{{"us", m_clock.nsecsElapsed() / 1000},
-                     {isSent ? "sent" : "received", toUtf8(characters)}};
-    writeLine(QByteArray::fromStdString(piece.dump()), ErrorKind::Output);
+    const auto lineOf = [&] {
+        const json piece{{"us", m_clock.nsecsElapsed() / 1000},
+                         {isSent ? "sent" : "received", toUtf8(characters)}};
+        return QByteArray::fromStdString(piece.dump());
+    };
+    QByteArray line = lineOf();
+    if (m_limit > 0 && m_file.pos() + line.size() >= m_limit) {
+        goOnAnew();
+        line = lineOf();
+    }
+    writeLine(line, ErrorKind::Output);
+}
+
+void CaptureWriter::goOnAnew()
+{
+    m_file.close();
+    const QString older = olderPath(m_path);
+    if (std::rename(QFile::encodeName(m_path).constData(), QFile::encodeName(older).constData()) !=
+        0) {
+        throw Error(ErrorKind::Output,
+                    QString("cannot rename the capture %1 to %2: %3")
+                        .arg(m_path, older, QString::fromLocal8Bit(std::strerror(errno))));
+    }
+    begin();
 }
 
 void CaptureWriter::writeLine(const QByteArray &line, ErrorKind failure)

@@ -29,15 +29,24 @@ class CaptureWriter {
 public:
     // Begins a new file. Throws Error (Usage) when it can't be written, or holds something already:
     // an earlier capture may be the only evidence of a fault.
-    CaptureWriter(const QString &path, const QString &link);
+    //
+    // `limit`: bytes that the file may hold, 0 for any number. When it is full it is renamed to
+    // "PATH.1", in place of what has that name since this capture began, and goes on anew: the two
+    // are whole captures and hold the newest traffic. A single piece may exceed the limit.
+    CaptureWriter(const QString &path, const QString &link, qint64 limit = 0);
 
     // Throws Error (Output) when the piece can't be written, on a full disk for example. The
     // file then ends with the piece before, and nothing more may be added.
     void add(bool isSent, const QByteArray &characters);
 
 private:
+    void begin();
+    void goOnAnew();
     void writeLine(const QByteArray &line, ErrorKind failure);
 
+    const QString m_path;
+    const QString m_link;
+    const qint64 m_limit;
     QFile m_file;
     QElapsedTimer m_clock;
 };

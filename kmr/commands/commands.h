@@ -15,6 +15,7 @@ void addConfig(CLI::App &app, Command &chosen, const OptionReader &reader);
 void addDecode(CLI::App &app, Command &chosen);
 void addDoctor(CLI::App &app, Command &chosen);
 void addHelp(CLI::App &app); // it is done while the command line is read
+void addListen(CLI::App &app, Command &chosen);
 void addLog(CLI::App &app, Command &chosen);
 void addPing(CLI::App &app, Command &chosen);
 void addPlan(CLI::App &app, Command &chosen);

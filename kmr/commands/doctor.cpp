@@ -4,6 +4,7 @@
 #include "kmr/command_line.h"
 #include "kmr/commands/commands.h"
 #include "kmr/connection.h"
+#include "kmr/stop_signal.h"
 
 namespace kmr {
 
@@ -11,8 +12,9 @@ namespace {
 
 const char *const HELP =
     R"(Opens the link, asks the station three times and says what is wrong and what to do. A silent
-station is asked once more and given five times --timeout. With --try it asks once in each
-usual framing until one is answered, and names that link.
+station is asked once more and given five times --timeout. Over TCP a peer that still does not
+answer is asked to read a register in Modbus TCP and in Modbus RTU, to say if it speaks these
+instead. With --try it asks once in each usual framing until one is answered, and names that link.
 Ends with 0 when the line is good, 1 when only some requests are answered, 3 when the link
 could not be opened, 4 when nothing answers as it should, 5 when what is asked is refused.
 
@@ -144,6 +146,21 @@ std::optional<Diagnosis> examineSilence(Options options, const QString &tag,
             .arg(longer)};
 }
 
+// A peer over TCP that doesn't understand us may understand another Modbus.
+Diagnosis examineProtocol(const Options &options, const QString &tag, const Diagnosis &diagnosis)
+{
+    const LinkAddress address = linkOf(options);
+    const bool isStrange = diagnosis.finding == Finding::Silent ||
+                           diagnosis.finding == Finding::Lost ||
+                           diagnosis.finding == Finding::Garbled;
+    if (address.kind != LinkAddress::Kind::Tcp || !isStrange)
+        return diagnosis;
+    printError("no Modbus ASCII: asking in Modbus TCP and Modbus RTU");
+    const int station = Connection(options).readTags({tag}).front().elements.station;
+    const auto protocol = findOtherProtocol(address, station, options.timeout, stopFlag());
+    return protocol ? diagnose(*protocol) : diagnosis;
+}
+
 // With what options and commands the advice is followed.
 QString hintFor(const Diagnosis &diagnosis)
 {
@@ -236,6 +253,7 @@ ExitCode examineOnce(const Options &options, const QString &tag, RecordWriter &r
         diagnosis = examineSilence(options, tag, *diagnosis);
     if (!diagnosis)
         return stopped();
+    diagnosis = examineProtocol(options, tag, *diagnosis);
     tell(records, options.link, *diagnosis);
     return exitCodeOf(diagnosis->finding);
 }

@@ -26,14 +26,9 @@ struct TraceOptions {
 ExitCode runTrace(const Options &options, const TraceOptions &what)
 {
     const Capture capture = readCapture(toQString(what.file));
-    RecordWriter records(options.format, "trace",
-                         QStringList{"time", "direction"} + frameFieldNames(), false, print);
-    LineTrace trace([&records](const TracedLine &line) {
-        std::vector<Field> fields =
-            frameFields(visible(line.characters), kindName(line), line.frame);
-        fields.insert(fields.begin(), {timeText(line.time), line.isSent ? "sent" : "received"});
-        records.add(toText(line), fields);
-    });
+    RecordWriter records(options.format, "trace", tracedFieldNames(), false, print);
+    LineTrace trace(
+        [&records](const TracedLine &line) { records.add(toText(line), tracedFields(line)); });
     for (const CapturedPiece &piece : capture.pieces)
         trace.add(capture.begin.addMSecs(piece.microseconds / 1000), piece.isSent,
                   piece.characters);

@@ -54,7 +54,7 @@ QString shortened(const QString &text, int width)
     const int mark = static_cast<int>(qstrlen(CUT));
     if (text.size() <= width)
         return text;
-    const int end = width > mark ? text.lastIndexOf(' ', width - mark - 1) : -1;
+    const int end = static_cast<int>(width > mark ? text.lastIndexOf(' ', width - mark - 1) : -1);
     if (end > 0)
         return text.left(end).trimmed() + ' ' + CUT;
     return width > LONGEST_NUMBER + mark ? text.left(width - mark) + CUT

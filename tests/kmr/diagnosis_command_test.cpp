@@ -4,6 +4,8 @@
 #include "simulator/tcp_server.h"
 #include "tests/kmr/kmr_process.h"
 
+#include <QTcpServer>
+#include <QTcpSocket>
 #include <QTemporaryDir>
 #include <gtest/gtest.h>
 
@@ -58,6 +60,55 @@ TEST_F(DiagnosisCommand, TraceOfACutCaptureShowsWhatIsWholeAndEndsWithOne)
     EXPECT_EQ(trace.exitCode, 1);
     EXPECT_TRUE(trace.out.endsWith("station 01: read D100\n")) << trace.out.toStdString();
     EXPECT_EQ(trace.err, capture + ":3: breaks off, left out\n");
+}
+
+// A line on which another host asks, as a gateway passes it on.
+TEST_F(DiagnosisCommand, ListenExplainsAnotherHostsTrafficAndSendsNothing)
+{
+    const QByteArray traffic = ":01031064000187\r\n:01030200FA00\r\n:0103";
+    QTcpServer gateway;
+    QByteArray sent;
+    ASSERT_TRUE(gateway.listen(QHostAddress::LocalHost, 0));
+    QObject::connect(&gateway, &QTcpServer::newConnection, [&] {
+        QTcpSocket *socket = gateway.nextPendingConnection();
+        QObject::connect(socket, &QTcpSocket::readyRead,
+                         [&, socket] { sent += socket->readAll(); });
+        socket->write(traffic);
+    });
+    const QString link = QString("tcp://127.0.0.1:%1").arg(gateway.serverPort());
+    const QString capture = m_directory.filePath("field.jsonl");
+    const Finished listen = run(
+        {"listen", "--format", "csv", "--capture", capture, "--link", link}, [](QProcess &process) {
+            QObject::connect(&process, &QProcess::readyReadStandardOutput,
+                             [&process] { kill(static_cast<pid_t>(process.processId()), SIGHUP); });
+        });
+    EXPECT_EQ(listen.exitCode, 0);
+    const QStringList lines = listen.out.split('\n');
+    ASSERT_EQ(lines.size(), 5) << listen.out.toStdString();
+    EXPECT_TRUE(lines[0].startsWith("time,direction,frame,kind,station,"));
+    EXPECT_TRUE(lines[1].contains(",sent,:01031064000187\\r\\n,request,01,"));
+    EXPECT_TRUE(lines[2].contains(",received,:01030200FA00\\r\\n,answer,01,"));
+    EXPECT_TRUE(lines[3].contains(",received,:0103,unreadable,"));
+    EXPECT_EQ(listen.err, "heard 1 requests, 1 answers, 0 refusals and 1 unreadable lines\n");
+    EXPECT_EQ(sent, "");
+
+    const Simulator replay({capture, "--listen", "tcp://127.0.0.1:0"}, "replay");
+    EXPECT_EQ(run({"read", "D100", "--in-step", "off", "--link", replay.link()}).out, "D100 250\n");
+}
+
+TEST_F(DiagnosisCommand, ListenThatHearsNothingOrLosesTheLinkEndsWithFour)
+{
+    const Finished silent = kmr({"listen", "--for", "0.01"});
+    EXPECT_EQ(silent.exitCode, 4);
+    EXPECT_TRUE(silent.err.contains("\nnothing came: check that a host asks on this line"));
+    QTcpServer gateway;
+    ASSERT_TRUE(gateway.listen(QHostAddress::LocalHost, 0));
+    QObject::connect(&gateway, &QTcpServer::newConnection,
+                     [&] { gateway.nextPendingConnection()->disconnectFromHost(); });
+    const Finished lost =
+        run({"listen", "--link", QString("tcp://127.0.0.1:%1").arg(gateway.serverPort())});
+    EXPECT_EQ(lost.exitCode, 4);
+    EXPECT_TRUE(lost.err.contains("\nthe link is lost: ")) << lost.err.toStdString();
 }
 
 TEST_F(DiagnosisCommand, CheckTakesNames)

@@ -4,6 +4,8 @@
 #include "simulator/pseudo_terminal.h"
 #include "tests/kmr/kmr_process.h"
 
+#include <QTcpServer>
+#include <QTcpSocket>
 #include <QTemporaryDir>
 #include <gtest/gtest.h>
 
@@ -111,6 +113,37 @@ TEST(Doctor, LostLineEndsWithFour)
     EXPECT_EQ(doctor.exitCode, 4);
     EXPECT_TRUE(doctor.out.contains(": The other side closed the link"))
         << doctor.out.toStdString();
+}
+
+// A peer that closes the connection at what it doesn't understand, as most servers do.
+TEST(Doctor, PeerThatSpeaksAnotherModbusIsNamed)
+{
+    const struct {
+        const char *request;
+        const char *answer;
+        const char *finding;
+    } ROWS[] = {{"000100000006010300000001", "000100000003018302", "modbus tcp"},
+                {"010300000001840a", "0103020007f986", "modbus rtu"}};
+    for (const auto &row : ROWS) {
+        QTcpServer server;
+        ASSERT_TRUE(server.listen(QHostAddress::LocalHost, 0));
+        QObject::connect(&server, &QTcpServer::newConnection, [&] {
+            QTcpSocket *socket = server.nextPendingConnection();
+            QObject::connect(socket, &QTcpSocket::readyRead, [socket, &row] {
+                if (socket->readAll() == QByteArray::fromHex(row.request))
+                    socket->write(QByteArray::fromHex(row.answer));
+                else
+                    socket->disconnectFromHost();
+            });
+        });
+        const Finished doctor = run({"doctor", "--timeout", "10000", "--format", "csv", "--link",
+                                     QString("tcp://127.0.0.1:%1").arg(server.serverPort())});
+        EXPECT_EQ(doctor.exitCode, 4);
+        EXPECT_TRUE(
+            doctor.out.contains(QString(",%1,The other side speaks Modbus ").arg(row.finding)))
+            << doctor.out.toStdString();
+        EXPECT_EQ(doctor.err, "no Modbus ASCII: asking in Modbus TCP and Modbus RTU\n");
+    }
 }
 
 TEST(Doctor, LinkThatDoesNotOpenIsARecordAndEndsWithThree)

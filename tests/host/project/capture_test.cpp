@@ -3,6 +3,7 @@
 #include "host/error.h"
 #include "tests/kmr/file_size_limit.h"
 
+#include <QFileInfo>
 #include <QTemporaryDir>
 #include <gtest/gtest.h>
 
@@ -72,6 +73,27 @@ TEST(Capture, EmptyFileIsFilled)
     ASSERT_TRUE(QFile(path).open(QIODevice::WriteOnly));
     CaptureWriter(path, "tcp://a:1").add(true, ":01\r\n");
     EXPECT_EQ(readCapture(path).pieces.size(), 1U);
+}
+
+TEST(Capture, LimitedOneKeepsTheNewestInTwoWholeCaptures)
+{
+    const QTemporaryDir directory;
+    const QString path = directory.filePath("capture");
+    CaptureWriter writer(path, "tcp://a:1", 300);
+    for (const char *piece : {"1", "2", "3", "4", "5", "6"})
+        writer.add(true, QByteArray(120, *piece)); // a heading and one piece have room
+    const Capture newest = readCapture(path);
+    const Capture before = readCapture(path + ".1");
+    EXPECT_EQ(newest.link, "tcp://a:1");
+    ASSERT_EQ(newest.pieces.size(), 1U);
+    EXPECT_EQ(newest.pieces[0].characters, QByteArray(120, '6'));
+    ASSERT_EQ(before.pieces.size(), 1U);
+    EXPECT_EQ(before.pieces[0].characters, QByteArray(120, '5'));
+    EXPECT_LE(QFileInfo(path).size(), 300);
+
+    QFile::remove(path);
+    EXPECT_THROW(CaptureWriter(path, "", 300), Error); // an earlier one's older half
+    EXPECT_NO_THROW(CaptureWriter(path, ""));
 }
 
 TEST(Capture, FullDiskIsAnErrorAndLeavesTheWholePiecesBefore)
