@@ -103,7 +103,7 @@ TEST_F(ReadingTest, StationThatLeavesTwoRequestsWithoutAnswerIsNotAskedForTheRes
     EXPECT_EQ(readings[0].result.outcome, Outcome::NoAnswer);
     EXPECT_EQ(readings[1].result.outcome, Outcome::NoAnswer);
     EXPECT_EQ(readings[1].silentTag, "");
-    for (const std::size_t i : {2, 3}) {
+    for (const std::size_t i : {2u, 3u}) {
         EXPECT_EQ(readings[i].result.outcome, Outcome::NotSent);
         EXPECT_EQ(readings[i].silentTag, "D100");
     }
@@ -133,7 +133,7 @@ TEST_F(ReadingTest, StationThatGivesDamagedAnswersIsAskedOn)
     };
     const auto readings =
         readNow(*m_session, tags({"D100", "D200", "D300", "M0", "M100", "M192x16"}));
-    for (const std::size_t i : {0, 1, 3, 4})
+    for (const std::size_t i : {0u, 1u, 3u, 4u})
         EXPECT_EQ(readings[i].result.failure.fault, ReplyFault::WrongLrc) << i;
     EXPECT_TRUE(readings[2].result.isDone());
     EXPECT_TRUE(readings[5].result.isDone());
@@ -179,7 +179,7 @@ TEST_F(ReadingTest, LineLostAtAWordEndsTheRead)
     };
     const auto readings = readNow(*m_session, tags({"D100", "D500", "M0"}));
     EXPECT_EQ(readings[0].result.outcome, Outcome::NoAnswer);
-    for (const std::size_t i : {1, 2})
+    for (const std::size_t i : {1u, 2u})
         EXPECT_EQ(readings[i].result.outcome, Outcome::NotSent);
     EXPECT_EQ(m_device.sent().size(), 1U);
 }

@@ -127,7 +127,7 @@ TEST_F(LogWriterTest, RowThatDoesNotFitOnTheDiskIsLeftOut)
     LogWriter writer = open("line.csv");
     writer.append(row(0, GOOD, BITS));
     const QByteArray whole = load("line.csv");
-    const FileSizeLimit limit(static_cast<int>(whole.size()) + 10);
+    const FileSizeLimit limit(static_cast<rlim_t>(whole.size()) + 10);
     EXPECT_THROW(writer.append(row(1, GOOD, BITS)), Error);
     EXPECT_EQ(load("line.csv"), whole);
 }
