@@ -66,7 +66,8 @@ bool isRegisterAnswer(OtherProtocol protocol, int station, const QByteArray &rec
     const QByteArray request = registerRequest(protocol, station);
     const QByteArray answer =
         received.startsWith(request) ? received.mid(request.size()) : received;
-    const int head = protocol == OtherProtocol::ModbusTcp ? static_cast<int>(TCP_HEAD.size()) + 1 : 0;
+    const int head =
+        protocol == OtherProtocol::ModbusTcp ? static_cast<int>(TCP_HEAD.size()) + 1 : 0;
     if (answer.size() < head + 3)
         return false;
     const bool isRefusal = modbus::byteAt(answer, head + 1) ==
