@@ -34,11 +34,9 @@ QString valueField(const RecipeItem &item)
 
 void checkKind(const Tag &tag)
 {
-    if (tag.kind != ElementKind::Word && tag.kind != ElementKind::Counter) {
+    if (!tag.isWritable) {
         throw Error(ErrorKind::Usage,
-                    QString("%1 can't be part of a recipe: recipes hold words and "
-                            "counters (TV, CV, CV2, D)")
-                        .arg(tag.text));
+                    QString("%1 can't be part of a recipe: it can only be read").arg(tag.text));
     }
 }
 

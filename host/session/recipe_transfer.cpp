@@ -1,34 +1,65 @@
 #include "host/session/recipe_transfer.h"
 
 #include "host/error.h"
+#include "host/session/read_once.h"
 #include "host/session/request_ranges.h"
+
+#include <algorithm>
 
 namespace kmr {
 
 namespace {
 
-int wordsEach(const QString &area)
+using Outcome = RequestResult::Outcome;
+using Ranges = std::vector<ElementRange>;
+
+bool isBits(const RecipeItem &item)
 {
-    return isCounterArea(area) ? 2 : 1;
+    return isBitArea(item.tag.elements.area);
 }
 
-// All items' requests, one after the other in the recipe buffer.
-QVector<_RCP_VAR_PRO> layOut(const std::vector<RecipeItem> &items, int groupLimit)
+// The tags of the items that are bits, or of the others.
+std::vector<Tag> tagsOf(const std::vector<RecipeItem> &items, bool ofBits)
+{
+    std::vector<Tag> tags;
+    for (const RecipeItem &item : items) {
+        if (isBits(item) == ofBits)
+            tags.push_back(item.tag);
+    }
+    return tags;
+}
+
+// That one element takes in the recipe buffer.
+int wordsEach(const QString &area)
+{
+    return isBitArea(area) ? 0 : isCounterArea(area) ? 2 : 1;
+}
+
+// The driver's entries for the requests from `begin` to `end`; their values lie in the buffer from
+// `word` on.
+QVector<_RCP_VAR_PRO> layOut(Ranges::const_iterator begin, Ranges::const_iterator end, int word)
 {
     QVector<_RCP_VAR_PRO> entries;
-    int word = 0;
-    for (const ElementRange &run : recipeRanges(items, groupLimit)) {
+    for (auto run = begin; run != end; ++run) {
         _RCP_VAR_PRO entry;
         entry.devId = Session::DEVICE;
-        entry.station = run.station;
-        entry.area = run.area;
-        entry.address = shownNumber(run.area, run.first);
-        entry.count = run.count * wordsEach(run.area);
+        entry.station = run->station;
+        entry.area = run->area;
+        entry.address = shownNumber(run->area, run->first);
+        entry.count = run->count * wordsEach(run->area);
         entry.bufWord = word;
         entries.append(entry);
         word += entry.count;
     }
     return entries;
+}
+
+int wordsOf(const QVector<_RCP_VAR_PRO> &entries)
+{
+    int words = 0;
+    for (const _RCP_VAR_PRO &entry : entries)
+        words += entry.count;
+    return words;
 }
 
 void checkSize(const std::vector<RecipeItem> &items)
@@ -58,6 +89,8 @@ void fillBuffer(quint8 *buffer, const std::vector<RecipeItem> &items)
 void takeFromBuffer(const quint8 *buffer, std::vector<RecipeItem> &items)
 {
     for (RecipeItem &item : items) {
+        if (isBits(item))
+            continue;
         const int bytesEach = 2 * wordsEach(item.tag.elements.area);
         item.values.clear();
         for (int k = 0; k < item.tag.count; ++k) {
@@ -69,33 +102,82 @@ void takeFromBuffer(const quint8 *buffer, std::vector<RecipeItem> &items)
     }
 }
 
-TransferResult transfer(Session &session, const std::vector<RecipeItem> &items,
-                        Session::Transfer direction)
+QString nameOf(const ElementRange &run)
 {
-    const QVector<_RCP_VAR_PRO> entries = layOut(items, session.groupLimit());
-    TransferResult result;
-    result.requests = static_cast<int>(entries.size());
-    RecipeProgress progress;
-    result.result = session.transferRecipe(entries, direction, progress);
-    result.finished = progress.finished;
-    result.unsure = progress.unsure;
-    if (!result.result.isDone() && progress.failed < result.requests) {
-        const _RCP_VAR_PRO &entry = entries.at(progress.failed);
-        result.failedName =
-            QString("%1#%2%3").arg(entry.station).arg(entry.area).arg(entry.address);
-    }
+    return QString("%1#%2").arg(run.station).arg(elementName(run.area, run.first));
+}
+
+// Takes note of what came of the requests from `finished` on.
+void add(const RequestResult &result, const RecipeProgress &progress, const Ranges &runs,
+         TransferResult &transfer)
+{
+    transfer.result = result;
+    const std::size_t failed = static_cast<std::size_t>(transfer.finished + progress.failed);
+    transfer.finished += progress.finished;
+    transfer.unsure = progress.unsure;
+    if (!result.isDone() && failed < runs.size())
+        transfer.failedName = nameOf(runs[failed]);
+}
+
+// One bit, in the terms of a transfer of one entry.
+RequestResult writeBit(Session &session, const ElementRange &bit, std::uint32_t value,
+                       RecipeProgress &progress)
+{
+    const RequestResult result = session.write(bit, {value});
+    progress.finished = result.isDone() ? 1 : 0;
+    progress.unsure =
+        result.outcome == Outcome::NoAnswer || result.outcome == Outcome::Unknown ? 1 : 0;
     return result;
+}
+
+Values bitValues(const std::vector<RecipeItem> &items)
+{
+    Values values;
+    for (const RecipeItem &item : items) {
+        if (isBits(item))
+            values.insert(values.end(), item.values.begin(), item.values.end());
+    }
+    return values;
+}
+
+// Reads the items that are bits. `requests`: as many as that takes.
+void uploadBits(Session &session, int requests, std::vector<RecipeItem> &items,
+                TransferResult &transfer)
+{
+    const std::vector<Tag> tags = tagsOf(items, true);
+    const std::vector<Reading> readings = readNow(session, tags);
+    for (std::size_t i = 0; i < tags.size(); ++i) {
+        if (!readings[i].result.isDone()) {
+            transfer.result = readings[i].result;
+            transfer.failedName = nameOf(tags[i].elements);
+            return;
+        }
+    }
+    auto reading = readings.begin();
+    for (RecipeItem &item : items) {
+        if (isBits(item))
+            item.values = (reading++)->values;
+    }
+    transfer.finished += requests;
 }
 
 } // namespace
 
-std::vector<ElementRange> recipeRanges(const std::vector<RecipeItem> &items, int groupLimit)
+std::vector<ElementRange> downloadRanges(const Session &session,
+                                         const std::vector<RecipeItem> &items)
 {
-    std::vector<ElementRange> runs;
-    for (const RecipeItem &item : items) {
-        for (const ElementRange &run : writeRanges(item.tag, groupLimit))
-            runs.push_back(run);
-    }
+    std::vector<Tag> tags;
+    for (const RecipeItem &item : items)
+        tags.push_back(item.tag);
+    return writeRanges(tags, session.groupLimit());
+}
+
+std::vector<ElementRange> uploadRanges(const Session &session, const std::vector<RecipeItem> &items)
+{
+    Ranges runs = writeRanges(tagsOf(items, false), session.groupLimit(),
+                              session.keepsInStep() ? Neighbours::Unlike : Neighbours::Any);
+    const Ranges bits = session.ranges(tagsOf(items, true));
+    runs.insert(runs.end(), bits.begin(), bits.end());
     return runs;
 }
 
@@ -103,18 +185,54 @@ TransferResult download(Session &session, const std::vector<RecipeItem> &items)
 {
     checkSize(items);
     fillBuffer(session.recipeBuffer(), items);
-    return transfer(session, items, Session::Transfer::Download);
+    const Ranges runs = downloadRanges(session, items);
+    const Values bits = bitValues(items);
+    TransferResult transfer;
+    transfer.requests = static_cast<int>(runs.size());
+    transfer.result.outcome = Outcome::Done;
+    auto bit = bits.begin();
+    int word = 0;
+    for (auto run = runs.begin(); run != runs.end() && transfer.result.isDone();) {
+        RecipeProgress progress;
+        RequestResult result;
+        if (isBitArea(run->area)) {
+            result = writeBit(session, *run++, *bit++, progress);
+        } else {
+            const auto end = std::find_if(
+                run, runs.end(), [](const ElementRange &other) { return isBitArea(other.area); });
+            const QVector<_RCP_VAR_PRO> entries = layOut(run, end, word);
+            result = session.transferRecipe(entries, Session::Transfer::Download, progress);
+            word += wordsOf(entries);
+            run = end;
+        }
+        add(result, progress, runs, transfer);
+    }
+    return transfer;
 }
 
 TransferResult upload(Session &session, std::vector<RecipeItem> &items)
 {
     checkSize(items);
-    TransferResult result = transfer(session, items, Session::Transfer::Upload);
-    if (result.result.outcome == RequestResult::Outcome::Unknown)
-        result.result.outcome = RequestResult::Outcome::NoAnswer; // a read leaves nothing in doubt
-    if (result.result.isDone())
-        takeFromBuffer(session.recipeBuffer(), items);
-    return result;
+    const Ranges runs = uploadRanges(session, items);
+    const auto bits = std::find_if(runs.begin(), runs.end(),
+                                   [](const ElementRange &run) { return isBitArea(run.area); });
+    TransferResult transfer;
+    transfer.requests = static_cast<int>(runs.size());
+    RecipeProgress progress;
+    const RequestResult result =
+        session.transferRecipe(layOut(runs.begin(), bits, 0), Session::Transfer::Upload, progress);
+    add(result, progress, runs, transfer);
+    std::vector<RecipeItem> found = items;
+    if (transfer.result.isDone()) {
+        takeFromBuffer(session.recipeBuffer(), found);
+        if (bits != runs.end())
+            uploadBits(session, static_cast<int>(runs.end() - bits), found, transfer);
+    }
+    if (transfer.result.outcome == Outcome::Unknown)
+        transfer.result.outcome = Outcome::NoAnswer; // a read leaves nothing in doubt
+    if (transfer.result.isDone())
+        items = found;
+    return transfer;
 }
 
 } // namespace kmr

@@ -1,5 +1,6 @@
-// Recipes: lists of tags with values that the driver moves to or from the controller in one
-// transfer.
+// Recipes: lists of tags with values. The driver moves the words and counters among them to or from
+// the controller in one transfer. It has none for bits: they are written one by one, each
+// acknowledged before the next, and read in blocks.
 #pragma once
 
 #include "host/session/session.h"
@@ -13,13 +14,20 @@
 namespace kmr {
 
 struct RecipeItem {
-    Tag tag; // words or counters
+    Tag tag; // one that can be written
     Values values;
     int line = 0; // in the recipe's file, from 1 on; 0 if there is none
 };
 
-// The elements of each request of a transfer, in their order. Throws as writeRanges() does.
-std::vector<ElementRange> recipeRanges(const std::vector<RecipeItem> &items, int groupLimit);
+// The elements of each request of a download, in their order, which is that of the items. Throws as
+// writeRanges() does.
+std::vector<ElementRange> downloadRanges(const Session &session,
+                                         const std::vector<RecipeItem> &items);
+
+// The same of an upload: words and counters in the order of the items, then bits. Neighbours don't
+// look alike, as far as that is cheaper than a check question (InStep).
+std::vector<ElementRange> uploadRanges(const Session &session,
+                                       const std::vector<RecipeItem> &items);
 
 struct TransferResult {
     RequestResult result;
@@ -29,10 +37,12 @@ struct TransferResult {
     QString failedName; // first element of the request that failed: "1#D108"
 };
 
-// Moves the items' values to the controller through the driver's recipe transfer.
+// Moves the items' values to the controller, in their order; after a request that fails nothing
+// more is written.
 TransferResult download(Session &session, const std::vector<RecipeItem> &items);
 
-// Fills the items' values from the controller. On any result but Done they stay as they were.
+// Fills the items' values from the controller. On any result but Done they stay as they were. With
+// bits it replaces the poll plan and the session's observers, as readNow() does.
 TransferResult upload(Session &session, std::vector<RecipeItem> &items);
 
 } // namespace kmr

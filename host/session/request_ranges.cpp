@@ -138,6 +138,22 @@ std::vector<ElementRange> cutUnlike(const Asked &asked, int groupLimit)
     return runs;
 }
 
+// Adds a value to the last run, if it goes on with that and there is room, else as a new run.
+// `most`: elements of a run.
+void addValue(const ElementRange &value, int most, Neighbours neighbours,
+              std::vector<ElementRange> &runs)
+{
+    const bool isAfterFull = runs.size() > 1 && runs[runs.size() - 2].count == most;
+    const int room = neighbours == Neighbours::Unlike && isAfterFull ? most - 1 : most;
+    const bool goesOn = !runs.empty() && runs.back().station == value.station &&
+                        runs.back().area == value.area && runs.back().end() == value.first &&
+                        nextBorder(value.area, runs.back().first) != value.first;
+    if (goesOn && runs.back().count + value.count <= room)
+        runs.back().count += value.count;
+    else
+        runs.push_back(value);
+}
+
 } // namespace
 
 std::vector<ElementRange> readRanges(const std::vector<Tag> &tags, int groupLimit,
@@ -173,21 +189,22 @@ std::vector<ElementRange> readRanges(const std::vector<Tag> &tags, int groupLimi
                : runs;
 }
 
-std::vector<ElementRange> writeRanges(const Tag &tag, int groupLimit)
+std::vector<ElementRange> writeRanges(const std::vector<Tag> &tags, int groupLimit,
+                                      Neighbours neighbours)
 {
-    const int together = elementsPerNumber(tag);
-    int most = 1;
-    if (tag.kind == ElementKind::Word) {
-        checkLength({tag.elements.station, tag.elements.area, tag.elements.first, together},
-                    groupLimit);
-        most = groupLimit / together * together;
-    }
     std::vector<ElementRange> runs;
-    for (int number = tag.elements.first; number < tag.elements.end();) {
-        const int end =
-            std::min({number + most, tag.elements.end(), nextBorder(tag.elements.area, number)});
-        runs.push_back({tag.elements.station, tag.elements.area, number, end - number});
-        number = end;
+    for (const Tag &tag : tags) {
+        const auto &[station, area, first, count] = tag.elements;
+        const int together = elementsPerNumber(tag);
+        if (tag.kind == ElementKind::Word)
+            checkLength({station, area, first, together}, groupLimit);
+        for (int number = first; number < tag.elements.end();) {
+            const int end =
+                std::min({number + together, tag.elements.end(), nextBorder(area, number)});
+            addValue({station, area, number, end - number},
+                     tag.kind == ElementKind::Word ? groupLimit : 1, neighbours, runs);
+            number = end;
+        }
     }
     return runs;
 }

@@ -32,10 +32,12 @@ enum class Neighbours { Any, Unlike };
 std::vector<ElementRange> readRanges(const std::vector<Tag> &tags, int groupLimit,
                                      Neighbours neighbours = Neighbours::Any);
 
-// A tag's elements in the order of their numbers, in runs of one write request each: single bits
-// and counters, groups of words up to the limit and the border, both words of a 32-bit value in
-// one. Throws Error (Usage) where the limit is too low for that.
-std::vector<ElementRange> writeRanges(const Tag &tag, int groupLimit);
+// The elements of `tags` in their order, in runs of one write request each: single bits and
+// counters, groups of words up to the limit and the border, both words of a 32-bit value in one.
+// Words that follow on one another go in one request, also those of two tags. `Unlike`: full groups
+// and shorter ones in turn, for reads. Throws Error (Usage) where the limit is too low for a value.
+std::vector<ElementRange> writeRanges(const std::vector<Tag> &tags, int groupLimit,
+                                      Neighbours neighbours = Neighbours::Any);
 
 // A run as the driver takes it for one request: it halves a count of several counters.
 KEY_ADDRESS requestKey(const ElementRange &run);

@@ -175,6 +175,10 @@ public:
     // As readRanges() for what this session polls and reads.
     std::vector<ElementRange> ranges(const std::vector<Tag> &tags) const;
 
+    bool keepsInStep() const
+    {
+        return m_settings.poll.inStep;
+    }
     int groupLimit() const
     {
         return m_settings.groupLimit;

@@ -16,11 +16,14 @@ const char *const HELP = R"(Examples:
   kmr recipe download mixer.csv --verify --link serial:///dev/ttyUSB0)";
 
 const char *const FILE_HELP =
-    R"(A recipe FILE holds a line TAG,VALUE for each tag (words and counters), for example
+    R"(A recipe FILE holds a line TAG,VALUE for each tag (words, counters and bits), for example
   # bread
   tag,value
   D100,250
   D110x3,1 2 3
+  M20x2,1 0
+It is written in the order of its lines. Words of lines that follow on one another, as D100 and
+D101, go in one request of up to --group-limit words; bits are written one by one.
 A line that begins with # is a comment; a column after the values is refused.
 )";
 
@@ -108,12 +111,12 @@ ExitCode report(const TransferResult &transfer, const QString &done, const QStri
     return exitCodeOf(transfer.result);
 }
 
-// Shows how far a transfer has come. Nothing else is polled meanwhile, so each good answer is one
-// of its requests.
-void showProgress(Session &session, ProgressBar &bar)
+// Shows how far a transfer has come. Between the writes of bits the driver polls.
+void showProgress(Session &session, Session::Transfer direction, ProgressBar &bar)
 {
-    session.setObserver([&bar](const Exchange &exchange) {
-        if (exchange.outcome == Exchange::Outcome::Good)
+    session.setObserver([direction, &bar](const Exchange &exchange) {
+        const bool isPart = direction == Session::Transfer::Upload || !isRead(exchange.request);
+        if (isPart && exchange.outcome == Exchange::Outcome::Good)
             bar.advance();
     });
 }
@@ -146,8 +149,8 @@ ExitCode compare(Session &session, Format format, const std::vector<RecipeItem> 
                  const QString &file)
 {
     std::vector<RecipeItem> found = wanted;
-    ProgressBar bar(static_cast<int>(recipeRanges(wanted, session.groupLimit()).size()));
-    showProgress(session, bar);
+    ProgressBar bar(static_cast<int>(uploadRanges(session, wanted).size()));
+    showProgress(session, Session::Transfer::Upload, bar);
     const TransferResult transfer = upload(session, found);
     bar.clear();
     if (!transfer.result.isDone())
@@ -164,9 +167,9 @@ ExitCode runRecipeDownload(const Options &options, const RecipeOptions &recipe)
     Connection connection(options);
     const std::vector<RecipeItem> items = readFile(file, connection.tags());
     Session &session = connection.open();
-    const std::vector<ElementRange> runs = recipeRanges(items, session.groupLimit());
+    const std::vector<ElementRange> runs = downloadRanges(session, items);
     ProgressBar bar(static_cast<int>(runs.size()));
-    showProgress(session, bar);
+    showProgress(session, Session::Transfer::Download, bar);
     const TransferResult transfer = download(session, items);
     bar.clear();
     const ExitCode code = report(transfer, "downloaded " + file, "download stopped");
@@ -195,8 +198,8 @@ ExitCode runRecipeUpload(const Options &options, const RecipeOptions &recipe)
               : parseRecipe(old, file, connection.tags(), RecipeValues::Ignored);
     requireWritable(file); // else the values would be lost at the end
     Session &session = connection.open();
-    ProgressBar bar(static_cast<int>(recipeRanges(items, session.groupLimit()).size()));
-    showProgress(session, bar);
+    ProgressBar bar(static_cast<int>(uploadRanges(session, items).size()));
+    showProgress(session, Session::Transfer::Upload, bar);
     const TransferResult transfer = upload(session, items);
     bar.clear();
     if (transfer.result.isDone())

@@ -79,7 +79,7 @@ std::vector<Assignment> parseAll(const QStringList &texts, const NamedTagReader 
 RequestResult write(Session &session, const Assignment &assignment)
 {
     auto next = assignment.values.begin();
-    for (const ElementRange &run : writeRanges(assignment.tag, session.groupLimit())) {
+    for (const ElementRange &run : writeRanges({assignment.tag}, session.groupLimit())) {
         const RequestResult result = session.write(run, Values(next, next + run.count));
         if (!result.isDone()) {
             if (assignment.tag.count > 1)

@@ -73,7 +73,7 @@ protected:
     {
         RequestResult result;
         auto next = values.begin();
-        for (const kmr::ElementRange &run : writeRanges(tag(text), m_session->groupLimit())) {
+        for (const kmr::ElementRange &run : writeRanges({tag(text)}, m_session->groupLimit())) {
             result = m_session->write(run, Values(next, next + run.count));
             if (!result.isDone())
                 break;

@@ -28,10 +28,11 @@ std::string faultOf(const QString &file)
 
 TEST(RecipeFile, IsReadWithHeadingCommentsAndQuotes)
 {
-    const auto items = parse("# mixer\ntag,value\r\nD100,250\n\nD110x3,\"1,2,3\"\nCV2200, 7\n");
-    ASSERT_EQ(items.size(), 3U);
+    const auto items =
+        parse("# mixer\ntag,value\r\nD100,250\n\nD110x3,\"1,2,3\"\nCV2200, 7\nM0x2,1 0\n");
+    ASSERT_EQ(items.size(), 4U);
     EXPECT_EQ(items[1].values, (Values{1, 2, 3}));
-    EXPECT_EQ(formatRecipe(items), "tag,value\nD100,250\nD110x3,1 2 3\nCV2200,7\n");
+    EXPECT_EQ(formatRecipe(items), "tag,value\nD100,250\nD110x3,1 2 3\nCV2200,7\nM0x2,1 0\n");
 }
 
 TEST(RecipeFile, TextKeepsItsCommasAndBlanks)
@@ -70,7 +71,7 @@ TEST(RecipeFile, ColumnBehindTheValuesIsRefusedForAnUploadAsForADownload)
 TEST(RecipeFile, EveryBadLineIsNamedWithItsNumber)
 {
     try {
-        parse("D100,1\nQ1,2\nD101\nM0,1\n");
+        parse("D100,1\nQ1,2\nD101\nX0,1\n");
         FAIL() << "it was accepted";
     } catch (const Error &error) {
         EXPECT_EQ(error.kind(), ErrorKind::Usage);
@@ -78,7 +79,7 @@ TEST(RecipeFile, EveryBadLineIsNamedWithItsNumber)
         EXPECT_EQ(text.find("f:1:"), std::string::npos) << text;
         EXPECT_NE(text.find("f:2: bad tag \"Q1\""), std::string::npos) << text;
         EXPECT_NE(text.find("f:3: D101 has no value"), std::string::npos) << text;
-        EXPECT_NE(text.find("f:4: M0 can't be part"), std::string::npos) << text;
+        EXPECT_NE(text.find("f:4: X0 can't be part"), std::string::npos) << text;
     }
 }
 
@@ -103,7 +104,7 @@ TEST(RecipeFile, TagsOfANewRecipeNameEachElementOnce)
         EXPECT_EQ(error.kind(), ErrorKind::Usage);
         EXPECT_STREQ(error.what(), "D102 stands twice, first in D100x3");
     }
-    EXPECT_THROW(recipeOf({tagOf("M0")}), Error);
+    EXPECT_THROW(recipeOf({tagOf("TV5.3")}), Error);
 }
 
 TEST(RecipeFile, TextWithoutItsFieldHasNoValueAndAnEmptyOneIsEmpty)
@@ -143,10 +144,9 @@ TEST(RecipeFile, ValuesMayBeMissingForAnUpload)
 TEST(RecipeFile, WithOnlyBadLinesIsNotCalledEmptyAsWell)
 {
     try {
-        parse("M0,1\n");
+        parse("X0,1\n");
         FAIL() << "it was accepted";
     } catch (const Error &error) {
-        EXPECT_STREQ(error.what(), "f:1: M0 can't be part of a recipe: recipes hold words and "
-                                   "counters (TV, CV, CV2, D)");
+        EXPECT_STREQ(error.what(), "f:1: X0 can't be part of a recipe: it can only be read");
     }
 }

@@ -110,11 +110,92 @@ TEST_F(RecipeTest, RequestsOfARecipeHoldWholeValues)
 {
     session(EchoMode::Auto, 5);
     const std::vector<RecipeItem> items = {{tag("D100x8/float32"), Values(8, 1)}};
-    EXPECT_EQ(recipeRanges(items, 5),
+    EXPECT_EQ(downloadRanges(*m_session, items),
               (std::vector<kmr::ElementRange>{{1, "D", 100, 4}, {1, "D", 104, 4}}));
     EXPECT_EQ(download(*m_session, items).finished, 2);
     EXPECT_EQ(element("D", 107), 1U);
-    EXPECT_THROW(recipeRanges(items, 1), Error);
+    m_session.reset();
+    EXPECT_THROW(downloadRanges(session(EchoMode::Auto, 1), items), Error);
+}
+
+TEST_F(RecipeTest, WordsOfNeighbouringLinesGoInOneRequest)
+{
+    using kmr::ElementRange;
+    m_inStep = true;
+    session();
+    std::vector<RecipeItem> items;
+    for (int number = 100; number < 120; ++number)
+        items.push_back({tag(QString("D%1").arg(number)), {static_cast<std::uint32_t>(number)}});
+    for (const char *apart :
+         {"2#D120", "D4095", "D4096", "D100/int32", "D102", "D101", "CV2200", "CV2201"})
+        items.push_back({tag(apart), {1}});
+    const std::vector<ElementRange> rest = {
+        {2, "D", 120, 1}, {1, "D", 4095, 1},  {1, "D", 4096, 1}, {1, "D", 100, 3},
+        {1, "D", 101, 1}, {1, "CV2", 200, 1}, {1, "CV2", 201, 1}};
+    std::vector<ElementRange> down = {{1, "D", 100, 8}, {1, "D", 108, 8}, {1, "D", 116, 4}};
+    std::vector<ElementRange> up = {{1, "D", 100, 8}, {1, "D", 108, 7}, {1, "D", 115, 5}};
+    down.insert(down.end(), rest.begin(), rest.end());
+    up.insert(up.end(), rest.begin(), rest.end());
+    EXPECT_EQ(downloadRanges(*m_session, items), down);
+    EXPECT_EQ(uploadRanges(*m_session, items), up); // full groups look alike
+
+    items.resize(20);
+    EXPECT_EQ(download(*m_session, items).finished, 3);
+    EXPECT_EQ(element("D", 115), 115U);
+    setElement("D", 119, 7);
+    EXPECT_TRUE(upload(*m_session, items).result.isDone());
+    EXPECT_EQ(items[15].values, Values{115});
+    EXPECT_EQ(items[19].values, Values{7});
+}
+
+TEST_F(RecipeTest, BitsGoDownInTheOrderOfTheLinesAndComeUp)
+{
+    session();
+    std::vector<RecipeItem> items = {
+        {tag("D100"), {5}}, {tag("M0x3"), {1, 0, 1}}, {tag("D101"), {6}}, {tag("Y17"), {1}}};
+    setElement("M", 1, 1);
+    const TransferResult down = download(*m_session, items);
+    EXPECT_TRUE(down.result.isDone());
+    EXPECT_EQ(down.requests, 6);
+    EXPECT_EQ(down.finished, 6);
+    QByteArrayList written;
+    for (const QByteArray &request : m_device.sent()) {
+        if (isWrite(request))
+            written.append(request.mid(3, 6));
+    }
+    EXPECT_EQ(written,
+              (QByteArrayList{"101064", "050800", "050801", "050802", "101065", "05050F"}));
+    EXPECT_EQ(element("M", 1), 0U);
+    EXPECT_EQ(element("D", 101), 6U);
+
+    setElement("M", 1, 1);
+    const TransferResult up = upload(*m_session, items);
+    EXPECT_TRUE(up.result.isDone());
+    EXPECT_EQ(up.finished, up.requests);
+    EXPECT_EQ(items[1].values, (Values{1, 1, 1}));
+    EXPECT_EQ(items[2].values, Values{6});
+    EXPECT_EQ(items[3].values, Values{1});
+}
+
+TEST_F(RecipeTest, BitThatFailsEndsTheDownload)
+{
+    session();
+    m_spoil = [](const QByteArray &request, const QByteArray &answer) {
+        return request.mid(3, 6) == "050801" ? QByteArray() : answer;
+    };
+    std::vector<RecipeItem> items = {
+        {tag("D100"), {5}}, {tag("M0x3"), {1, 1, 1}}, {tag("D101"), {6}}};
+    const TransferResult down = download(*m_session, items);
+    EXPECT_EQ(down.result.outcome, Outcome::NoAnswer);
+    EXPECT_EQ(down.finished, 2);
+    EXPECT_EQ(down.unsure, 1);
+    EXPECT_EQ(down.failedName, "1#M1");
+    EXPECT_EQ(element("D", 101), 0U);
+
+    m_spoil = silence;
+    const TransferResult up = upload(*m_session, items);
+    EXPECT_EQ(up.result.outcome, Outcome::NoAnswer);
+    EXPECT_EQ(items[1].values, (Values{1, 1, 1}));
 }
 
 TEST_F(RecipeTest, EmptyRecipeSendsNothing)

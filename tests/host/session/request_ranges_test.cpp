@@ -296,29 +296,29 @@ TEST(ReadRuns, DriverRefreshesEveryElementAndCrossesNoBorder)
 
 TEST(WriteRuns, BitsAndCountersGoOneByOneAndWordsInGroups)
 {
-    EXPECT_EQ(writeRanges(tags({"Y7x2"})[0], 8),
+    EXPECT_EQ(writeRanges(tags({"Y7x2"}), 8),
               (std::vector<ElementRange>{{1, "Y", 7, 1}, {1, "Y", 8, 1}}));
-    EXPECT_EQ(writeRanges(tags({"CV2254x2"})[0], 8),
+    EXPECT_EQ(writeRanges(tags({"CV2254x2"}), 8),
               (std::vector<ElementRange>{{1, "CV2", 254, 1}, {1, "CV2", 255, 1}}));
-    EXPECT_EQ(writeRanges(tags({"D10x9"})[0], 8),
+    EXPECT_EQ(writeRanges(tags({"D10x9"}), 8),
               (std::vector<ElementRange>{{1, "D", 10, 8}, {1, "D", 18, 1}}));
 }
 
 TEST(WriteRuns, NoRunCrossesABorder)
 {
-    EXPECT_EQ(writeRanges(tags({"D4094x4"})[0], 8),
+    EXPECT_EQ(writeRanges(tags({"D4094x4"}), 8),
               (std::vector<ElementRange>{{1, "D", 4094, 2}, {1, "D", 4096, 2}}));
 }
 
 TEST(WriteRuns, AllWordsOfAValueGoInOneRequest)
 {
-    EXPECT_EQ(writeRanges(tags({"D10x8/float32"})[0], 5),
+    EXPECT_EQ(writeRanges(tags({"D10x8/float32"}), 5),
               (std::vector<ElementRange>{{1, "D", 10, 4}, {1, "D", 14, 4}}));
-    EXPECT_EQ(writeRanges(tags({"D4090x8/int32"})[0], 5),
+    EXPECT_EQ(writeRanges(tags({"D4090x8/int32"}), 5),
               (std::vector<ElementRange>{{1, "D", 4090, 4}, {1, "D", 4094, 2}, {1, "D", 4096, 2}}));
-    EXPECT_EQ(writeRanges(tags({"D10x8/int64"})[0], 7),
+    EXPECT_EQ(writeRanges(tags({"D10x8/int64"}), 7),
               (std::vector<ElementRange>{{1, "D", 10, 4}, {1, "D", 14, 4}}));
-    EXPECT_THROW(writeRanges(tags({"D10/uint32"})[0], 1), Error);
-    EXPECT_EQ(writeRanges(tags({"CV2200/float32"})[0], 1),
+    EXPECT_THROW(writeRanges(tags({"D10/uint32"}), 1), Error);
+    EXPECT_EQ(writeRanges(tags({"CV2200/float32"}), 1),
               (std::vector<ElementRange>{{1, "CV2", 200, 1}}));
 }
