@@ -33,7 +33,7 @@ _kmr_complete_tags()
 _kmr_complete_value()
 {
     case $before in
-    --config | --driver | --names | --capture | --load | --save | --pty) _kmr_complete_files ;;
+    --config | --driver | --names | --capture | --load | --save | --pty | --junit) _kmr_complete_files ;;
     *) _kmr_complete_words "$(_kmr_choices "$before" <<<"$options")" ;;
     esac
 }

@@ -57,8 +57,9 @@ TEST(Completion, OffersFilesWhereFilesGo)
     saveFile(directory.filePath("mixer recipe.csv"), "D0,1\n");
     const QStringList file(directory.filePath("mixer recipe.csv"));
     const QString begin = directory.filePath("mix");
-    for (const char *words : {"recipe upload ", "tags check ", "trace ", "replay ", "--names ",
-                              "read --capture ", "sim --save ", "watch --config = "})
+    for (const char *words :
+         {"recipe upload ", "tags check ", "trace ", "replay ", "run ", "--names ",
+          "read --capture ", "sim --save ", "run --junit ", "watch --config = "})
         EXPECT_EQ(complete(words + begin), file) << words;
 }
 
