@@ -41,6 +41,7 @@ void addCommands(CLI::App &app, const kmr::OptionReader &reader, kmr::Command &c
     kmr::addRead(app, chosen);
     kmr::addWrite(app, chosen);
     kmr::addRecipe(app, chosen);
+    kmr::addRun(app, chosen);
     kmr::addSim(app, chosen);
     kmr::addReplay(app, chosen);
     kmr::addDecode(app, chosen);

@@ -1,7 +1,9 @@
 #include "kmr/stop_signal.h"
 
+#include <algorithm>
 #include <csignal>
 #include <fcntl.h>
+#include <thread>
 #include <unistd.h>
 
 namespace kmr {
@@ -43,6 +45,15 @@ void catchStopSignals()
 std::atomic<bool> &stopFlag()
 {
     return g_stop;
+}
+
+void sleepUnlessStopped(std::chrono::milliseconds time)
+{
+    using std::chrono::steady_clock;
+    constexpr std::chrono::milliseconds STOP_CHECK(50);
+    const auto end = steady_clock::now() + time;
+    for (auto now = steady_clock::now(); now < end && !g_stop; now = steady_clock::now())
+        std::this_thread::sleep_for(std::min<steady_clock::duration>(end - now, STOP_CHECK));
 }
 
 int stopDescriptor()

@@ -2,6 +2,7 @@
 #pragma once
 
 #include <atomic>
+#include <chrono>
 
 namespace kmr {
 
@@ -11,6 +12,9 @@ void catchStopSignals();
 
 // Set once the end is asked for.
 std::atomic<bool> &stopFlag();
+
+// Sleeps so long, or until the end is asked for, which it notices within 50 ms.
+void sleepUnlessStopped(std::chrono::milliseconds time);
 
 // A descriptor that becomes readable when a signal sets the flag, for event loops. -1 before
 // catchStopSignals().

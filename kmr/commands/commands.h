@@ -22,6 +22,7 @@ void addPlan(CLI::App &app, Command &chosen);
 void addRead(CLI::App &app, Command &chosen);
 void addRecipe(CLI::App &app, Command &chosen);
 void addReplay(CLI::App &app, Command &chosen);
+void addRun(CLI::App &app, Command &chosen);
 void addScan(CLI::App &app, Command &chosen);
 void addSeries(CLI::App &app, Command &chosen);
 void addSim(CLI::App &app, Command &chosen);

@@ -6,7 +6,6 @@
 #include "kmr/stop_signal.h"
 
 #include <optional>
-#include <thread>
 
 namespace kmr {
 
@@ -26,8 +25,6 @@ struct PingOptions {
     std::string tag = "D0";             // what is read
 };
 
-constexpr std::chrono::milliseconds STOP_CHECK(50);
-
 // One request's record, held back until its answer is confirmed.
 struct Held {
     QString line;
@@ -44,12 +41,6 @@ Held inDoubt(const Held &held, const QString &station, const QString &tag)
             {held.fields[0], held.fields[1], tag, "out of step", {}, fault},
             {},
             true};
-}
-
-void pause(std::chrono::milliseconds time)
-{
-    for (; time.count() > 0 && !stopFlag(); time -= STOP_CHECK)
-        std::this_thread::sleep_for(std::min(time, STOP_CHECK));
 }
 
 QString summary(std::uint64_t sent, std::uint64_t answered, const Statistics &statistics)
@@ -107,7 +98,8 @@ ExitCode runPing(const Options &options, const PingOptions &ping)
     PollLoop::Step last = PollLoop::Step::Exchanged;
     while (last == PollLoop::Step::Exchanged && !(ping.count && sent >= *ping.count)) {
         if (sent > 0)
-            pause(std::chrono::milliseconds(static_cast<qint64>(ping.interval * 1000)));
+            sleepUnlessStopped(
+                std::chrono::milliseconds(static_cast<qint64>(ping.interval * 1000)));
         last = session.step();
         if (last == PollLoop::Step::Exchanged)
             last = session.confirm();

@@ -1,10 +1,12 @@
-// kmr sim: a simulated controller.
+// kmr sim: simulated controllers.
 #include "host/project/text_file.h"
 #include "kmr/command_line.h"
 #include "kmr/commands/commands.h"
-#include "kmr/outcome.h"
-#include "kmr/output.h"
+#include "kmr/connection.h"
+#include "kmr/simulation/control.h"
+#include "kmr/simulation/generator.h"
 #include "kmr/simulation/memory_file.h"
+#include "kmr/simulation/plant.h"
 #include "kmr/simulation/serve.h"
 #include "simulator/animation.h"
 #include "simulator/controller.h"
@@ -12,6 +14,9 @@
 
 #include <QTimer>
 
+#include <unistd.h>
+
+#include <optional>
 #include <utility>
 #include <vector>
 
@@ -28,7 +33,20 @@ A memory file holds a line TAG,VALUE for each bit, word or counter that isn't 0:
   M5,1
   D100,250
   CV2200,70000
-No element stands in two lines.
+No element stands in two lines. With several stations 2#D100 is that of station 2, and D100
+that of the lowest. With --names its names stand for tags, too: boiler.temp,21.5
+
+--control takes lines TAG=VALUE on stdin while it runs, inputs too, and answers each with
+'ok' or 'error: ' and what is wrong. When stdin ends, the simulation goes on:
+  X0=1
+  2#D100=5
+  boiler.temp=21.5
+
+--generate sets a tag anew every 50 ms: TAG=KIND[,period=TIME][,range=LOW..HIGH]. Kinds:
+  sine     swings about the middle    ramp     rises, then begins anew
+  square   low, then high             counter  1 more each period
+  random   another number each period
+Usual are period=10s and range=0..100, of bits 0..1.
 
 A fault hits every request, or every Nth, or each with the probability P. Kinds, with
 their usual values:
@@ -38,20 +56,26 @@ Examples:
   kmr sim --animate
   kmr sim --pty /tmp/controller --station 12
   kmr sim --load plant.csv --save plant.csv
+  kmr sim --station 1,2,5 --control
+  kmr sim --generate D100=sine,period=30s,range=150..200 --generate X0=square
   kmr sim --fault late=1500ms,every=50 --fault flip,probability=0.02 --seed 7)";
 
 constexpr std::chrono::milliseconds ANIMATION_STEP(200);
+constexpr std::chrono::milliseconds GENERATOR_STEP(50);
 
 struct SimOptions {
     ServeOptions serve;
     bool animate = false;
-    std::vector<std::string> faults; // as simulator::parseFault() takes them
-    std::uint64_t seed = 0;          // of the faults
-    int baud = 0;                    // pace of the line, bits a second; 0: none
-    bool isStrict = true;            // refuses registers that no area has
-    bool log = false;                // describe each request on stderr
-    std::string load;                // file with the memory at the beginning; empty: all 0
-    std::string save;                // file that receives the memory at the end; empty: none
+    std::vector<int> stations;           // empty: the one of all commands
+    bool control = false;                // takes lines on stdin
+    std::vector<std::string> generators; // as parseGenerator() takes them
+    std::vector<std::string> faults;     // as simulator::parseFault() takes them
+    std::uint64_t seed = 0;              // of the faults and the random numbers
+    int baud = 0;                        // pace of the line, bits a second; 0: none
+    bool isStrict = true;                // refuses registers that no area has
+    bool log = false;                    // describe each request on stderr
+    std::string load;                    // file with the memory at the beginning; empty: all 0
+    std::string save;                    // file that receives the memory at the end; empty: none
 };
 
 simulator::Faults parseFaults(const SimOptions &sim)
@@ -67,33 +91,100 @@ simulator::Faults parseFaults(const SimOptions &sim)
     return simulator::Faults(std::move(faults), sim.seed);
 }
 
-// Runs a controller of the options' station until SIGTERM or Ctrl-C.
+std::vector<Generator> parseGenerators(const SimOptions &sim, Plant &plant,
+                                       const NamedTagReader &reader)
+{
+    std::vector<Generator> generators;
+    QStringList faults;
+    for (const QString &text : toQStrings(sim.generators)) {
+        try {
+            generators.push_back(parseGenerator(text, reader));
+            plant.memory(generators.back().tag.elements.station); // throws if there is none
+        } catch (const Error &error) {
+            faults.append(error.text());
+        }
+    }
+    if (!faults.isEmpty())
+        throw Error(ErrorKind::Usage, faults.join('\n'));
+    return generators;
+}
+
+// What moves by itself while it serves.
+class Motion {
+public:
+    Motion(const SimOptions &sim, Plant &plant, std::vector<Generator> generators)
+        : m_plant(plant), m_generators(std::move(generators)), m_seed(sim.seed)
+    {
+        QObject::connect(&m_animation, &QTimer::timeout, [this] { animate(); });
+        if (sim.animate)
+            m_animation.start(ANIMATION_STEP);
+        QObject::connect(&m_generation, &QTimer::timeout, [this] { generate(); });
+        if (!m_generators.empty())
+            m_generation.start(GENERATOR_STEP);
+        generate();
+    }
+
+private:
+    void animate()
+    {
+        for (const auto &[station, controller] : m_plant.controllers())
+            simulator::advance(m_plant.memory(station));
+    }
+
+    // Each with random numbers of its own.
+    void generate()
+    {
+        const auto time = std::chrono::steady_clock::now() - m_begin;
+        std::uint64_t seed = m_seed;
+        for (const Generator &generator : m_generators)
+            m_plant.set(m_plant.settingsOf(generator.tag, valuesAt(generator, time, seed++)));
+    }
+
+    Plant &m_plant;
+    const std::vector<Generator> m_generators;
+    const std::uint64_t m_seed;
+    const std::chrono::steady_clock::time_point m_begin = std::chrono::steady_clock::now();
+    QTimer m_animation;
+    QTimer m_generation;
+};
+
+// The driver and the names, for what needs to know tags.
+std::optional<Connection> connectionFor(Options options, const SimOptions &sim, const Plant &plant)
+{
+    const bool needsTags =
+        sim.control || !sim.generators.empty() || (!sim.load.empty() && !options.names.isEmpty());
+    options.station = plant.firstStation();
+    return needsTags ? std::make_optional<Connection>(options) : std::nullopt;
+}
+
+// Runs the controllers until SIGTERM or Ctrl-C.
 ExitCode runSim(const Options &options, const SimOptions &sim)
 {
-    simulator::Controller controller(QByteArray::number(options.station).rightJustified(2, '0'),
-                                     sim.isStrict ? simulator::Registers::OfAreas
-                                                  : simulator::Registers::All);
+    Plant plant(sim.stations.empty() ? std::vector<int>{options.station} : sim.stations,
+                sim.isStrict ? simulator::Registers::OfAreas : simulator::Registers::All);
     simulator::Faults faults = parseFaults(sim);
+    const auto connection = connectionFor(options, sim, plant);
+    const NamedTagReader *tags = connection ? &connection->tags() : nullptr;
     const QString load = toQString(sim.load);
     if (!load.isEmpty())
-        controller.memory() = parseMemory(readTextFile(load), load);
+        loadMemory(readTextFile(load), load, plant, tags);
     const QString save = toQString(sim.save);
     if (!save.isEmpty())
         requireWritable(save); // else all would be lost at the end
     if (sim.log) {
-        controller.setObserver([](const simulator::Exchange &exchange) {
+        plant.setObserver([](const simulator::Exchange &exchange) {
             printError(now() + ' ' + simulator::describe(exchange));
         });
     }
-    QTimer animation;
-    QObject::connect(&animation, &QTimer::timeout,
-                     [&controller] { simulator::advance(controller.memory()); });
-    if (sim.animate)
-        animation.start(ANIMATION_STEP);
-
-    serve(sim.serve, simulator::respondAs(controller, &faults), simulator::Pacing(sim.baud));
+    const Motion motion(sim, plant,
+                        tags ? parseGenerators(sim, plant, *tags) : std::vector<Generator>());
+    std::optional<ControlInput> control;
+    if (sim.control)
+        control.emplace(STDIN_FILENO,
+                        [&](const QString &line) { return obey(line, plant, *tags); });
+    serve(sim.serve, plant.responder(faults), simulator::Pacing(sim.baud));
     if (!save.isEmpty())
-        writeTextFile(save, formatMemory(controller.memory()));
+        writeTextFile(save, formatMemory(plant));
     return ExitCode::Ok;
 }
 
@@ -102,11 +193,21 @@ ExitCode runSim(const Options &options, const SimOptions &sim)
 void addSim(CLI::App &app, Command &chosen)
 {
     const auto sim = std::make_shared<SimOptions>();
-    CLI::App *command = app.add_subcommand("sim", "Run a simulated controller");
+    CLI::App *command = app.add_subcommand("sim", "Run simulated controllers");
     addServeOptions(*command, sim->serve);
+    command->add_option("--station", sim->stations, "which to simulate, 1,2,5; may be repeated")
+        ->delimiter(',')
+        ->allow_extra_args(false)
+        ->check(CLI::Range(MIN_STATION, MAX_STATION));
     command->add_option("--load", sim->load, "begin with the memory that this file holds");
     command->add_option("--save", sim->save,
                         "write the memory to this file at the end, whole or not at all");
+    command->add_flag("--control", sim->control, "set what the lines on stdin say, TAG=VALUE");
+    command
+        ->add_option(
+            "--generate", sim->generators,
+            "a value that moves, TAG=KIND[,period=TIME][,range=LOW..HIGH]; may be repeated")
+        ->allow_extra_args(false);
     command->add_flag("--animate", sim->animate, "let X0 to X7, CV2200 and D0 move");
     command
         ->add_option_function<std::string>(
@@ -123,7 +224,9 @@ void addSim(CLI::App &app, Command &chosen)
         ->add_option("--baud", sim->baud,
                      "answer no faster than a serial line of that rate (default: at once)")
         ->check(between(50, 4000000));
-    command->add_option("--seed", sim->seed, "the same seed repeats the same faults")
+    command
+        ->add_option("--seed", sim->seed,
+                     "the same seed repeats the same faults and random numbers")
         ->capture_default_str();
     command->footer(HELP + simulator::faultHelp().toStdString() + EXAMPLES);
     setAction(*command, chosen, sim, runSim);

@@ -1,6 +1,6 @@
 // kmr write: writes values, in their order.
 #include "host/session/read_once.h"
-#include "host/session/request_ranges.h"
+#include "kmr/assignment.h"
 #include "kmr/command_line.h"
 #include "kmr/commands/commands.h"
 #include "kmr/connection.h"
@@ -30,35 +30,6 @@ struct WriteOptions {
     bool dryRun = false;                  // show the frames and send nothing
 };
 
-struct Assignment {
-    Tag tag;
-    Values values;
-};
-
-Assignment parseAssignment(const QString &text, const NamedTagReader &reader)
-{
-    const int equals = static_cast<int>(text.indexOf('='));
-    if (equals < 0) {
-        throw Error(ErrorKind::Usage, QString("\"%1\" assigns nothing: expected TAG=VALUE, for "
-                                              "example D100=250 or M0x3=1,0,1")
-                                          .arg(text));
-    }
-    Assignment assignment;
-    assignment.tag = reader.read(text.left(equals));
-    const Tag &tag = assignment.tag;
-    if (tag.kind == ElementKind::WordBit) {
-        throw Error(ErrorKind::Usage,
-                    QString("%1 can't be written: the controller offers no write of "
-                            "single bits of %2 words; write the whole word")
-                        .arg(tag.text, tag.elements.area));
-    }
-    if (!tag.isWritable)
-        throw Error(ErrorKind::Usage,
-                    QString("%1 can't be written: %2 are inputs").arg(tag.text, tag.elements.area));
-    assignment.values = parseValues(tag, text.mid(equals + 1));
-    return assignment;
-}
-
 std::vector<Assignment> parseAll(const QStringList &texts, const NamedTagReader &reader)
 {
     std::vector<Assignment> assignments;
@@ -75,22 +46,13 @@ std::vector<Assignment> parseAll(const QStringList &texts, const NamedTagReader 
     return assignments;
 }
 
-// Writes piece by piece and stops at the first that fails.
-RequestResult write(Session &session, const Assignment &assignment)
+// Reports on stderr where a tag of several elements stopped.
+RequestResult writeOne(Session &session, const Assignment &assignment)
 {
-    auto next = assignment.values.begin();
-    for (const ElementRange &run : writeRanges({assignment.tag}, session.groupLimit())) {
-        const RequestResult result = session.write(run, Values(next, next + run.count));
-        if (!result.isDone()) {
-            if (assignment.tag.count > 1)
-                printError(QString("%1: stopped at %2#%3")
-                               .arg(assignment.tag.text, QString::number(run.station),
-                                    elementName(run.area, run.first)));
-            return result;
-        }
-        next += run.count;
-    }
-    return {RequestResult::Outcome::Done, {}};
+    const WriteResult result = write(session, assignment);
+    if (!result.stoppedAt.isEmpty())
+        printError(QString("%1: stopped at %2").arg(assignment.tag.text, result.stoppedAt));
+    return result.request;
 }
 
 // One word for records. A write that got no answer may have been carried out all the same.
@@ -119,15 +81,6 @@ void addRecord(RecordWriter &records, const Assignment &assignment, const QStrin
                  textField(error)});
     if (!error.isEmpty())
         printError(QString("%1: %2").arg(tag.text, error));
-}
-
-QString failureText(const RequestResult &result)
-{
-    if (result.isDone())
-        return {};
-    return result.outcome == RequestResult::Outcome::NoAnswer
-               ? "not confirmed (it may have been written all the same): " + toText(result)
-               : toText(result);
 }
 
 // The order of writes matters, so nothing is written after one that failed.
@@ -210,10 +163,11 @@ ExitCode writeAll(Session &session, Format format, const std::vector<Assignment>
     ExitCodes codes;
     std::size_t confirmed = 0;
     for (; confirmed < assignments.size(); ++confirmed) {
-        const RequestResult result = write(session, assignments[confirmed]);
+        const RequestResult result = writeOne(session, assignments[confirmed]);
         codes.add(exitCodeOf(result));
         if (!verify || !result.isDone())
-            addRecord(records, assignments[confirmed], writeOutcome(result), failureText(result));
+            addRecord(records, assignments[confirmed], writeOutcome(result),
+                      writeErrorText(result));
         if (!result.isDone()) {
             reportUnwritten(records, assignments, confirmed + 1);
             break;
@@ -241,7 +195,7 @@ ExitCode showFrames(Session &session, Format format, const std::vector<Assignmen
     });
     for (const Assignment &assignment : assignments) {
         tag = assignment.tag.text;
-        write(session, assignment);
+        writeOne(session, assignment);
     }
     records.end();
     return ExitCode::Ok;

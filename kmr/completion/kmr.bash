@@ -59,7 +59,9 @@ _kmr_complete_tags()
 _kmr_complete_value()
 {
     case $before in
-    --config | --driver | --names | --capture | --load | --save | --pty | --output) _kmr_complete_files ;;
+    --config | --driver | --names | --capture | --load | --save | --pty | --output | --junit)
+        _kmr_complete_files
+        ;;
     *) _kmr_complete_words "$(_kmr_choices "$before" <<<"$options")" ;;
     esac
 }

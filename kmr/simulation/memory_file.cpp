@@ -2,6 +2,7 @@
 
 #include "host/error.h"
 #include "host/project/csv.h"
+#include "host/tags/values.h"
 #include "modbus/areas.h"
 
 #include <QRegularExpression>
@@ -9,6 +10,7 @@
 
 #include <map>
 #include <optional>
+#include <tuple>
 #include <utility>
 
 namespace kmr {
@@ -49,11 +51,13 @@ std::optional<Place> placeOfName(const QString &name)
 }
 
 // The name and the line of each place so far.
-using Given = std::map<std::pair<Table, int>, std::pair<QString, int>>;
+using Given = std::map<std::tuple<int, Table, int>, std::pair<QString, int>>;
 
-void noteGiven(Given &given, const Place &place, const QString &name, int number)
+void noteGiven(Given &given, const Setting &setting, const QString &name, int number)
 {
-    const auto [first, isNew] = given.try_emplace({place.table, place.address}, name, number);
+    const Place &place = setting.place;
+    const auto [first, isNew] =
+        given.try_emplace({setting.station, place.table, place.address}, name, number);
     if (isNew)
         return;
     const auto &[other, line] = first->second;
@@ -63,28 +67,59 @@ void noteGiven(Given &given, const Place &place, const QString &name, int number
                     : QString("%1 is the same place as %2 in line %3").arg(name, other).arg(line));
 }
 
-// Throws Error (Usage) that says what is wrong.
-void readLine(const QString &line, int number, Memory &memory, Given &given)
+std::uint32_t readValue(const QString &text, const QString &name, const Place &place)
 {
-    const QStringList fields = splitCsv(line);
-    const std::optional<Place> place = placeOfName(fields.front());
-    if (!place) {
-        throw Error(ErrorKind::Usage,
-                    QString("\"%1\" is not an element of the controller: expected "
-                            "one, for example D100, X17 (octal) or CV2200")
-                        .arg(fields.front()));
-    }
     bool isNumber = false;
-    const QString text = fields.mid(1).join(',');
     const qulonglong value = text.toULongLong(&isNumber);
-    if (!isNumber || value > modbus::highestValue(*place)) {
+    if (!isNumber || value > modbus::highestValue(place)) {
         throw Error(ErrorKind::Usage, QString("bad value \"%1\" for %2: expected 0 to %3")
-                                          .arg(text, fields.front())
-                                          .arg(modbus::highestValue(*place)));
+                                          .arg(text, name)
+                                          .arg(modbus::highestValue(place)));
     }
-    noteGiven(given, *place, fields.front(), number);
-    simulator::setElement(memory, *place, static_cast<std::uint32_t>(value));
+    return static_cast<std::uint32_t>(value);
 }
+
+// Reads files into the memories of a plant.
+class MemoryReader {
+public:
+    MemoryReader(Plant &plant, const NamedTagReader *names) : m_plant(plant), m_names(names) {}
+
+    // Throws Error (Usage) that says what is wrong.
+    void readLine(const QString &line, int number)
+    {
+        const QStringList fields = splitCsv(line);
+        const QString &name = fields.front();
+        const std::vector<Setting> settings = settingsOf(name, fields.mid(1).join(','));
+        for (const Setting &setting : settings)
+            noteGiven(m_given, setting, name, number);
+        m_plant.set(settings);
+    }
+
+private:
+    // An element as it was saved, else a name or any other tag.
+    std::vector<Setting> settingsOf(const QString &name, const QString &text)
+    {
+        static const QRegularExpression STATION("^([0-9]{1,2})#");
+        const QRegularExpressionMatch match = STATION.match(name);
+        const int station = match.hasMatch() ? match.captured(1).toInt() : m_plant.firstStation();
+        if (const auto place = placeOfName(name.mid(match.capturedLength()))) {
+            m_plant.memory(station); // throws if there is none
+            return {{station, *place, readValue(text, name, *place)}};
+        }
+        if (m_names == nullptr) {
+            throw Error(ErrorKind::Usage,
+                        QString("\"%1\" is not an element of the controller: expected one, for "
+                                "example D100, X17 (octal) or CV2200")
+                            .arg(name));
+        }
+        const Tag tag = m_names->read(name);
+        return m_plant.settingsOf(tag, parseValues(tag, text));
+    }
+
+    Plant &m_plant;
+    const NamedTagReader *m_names;
+    Given m_given;
+};
 
 QString nameOf(Table table, int address)
 {
@@ -94,31 +129,37 @@ QString nameOf(Table table, int address)
     return (table == Table::Bits ? BIT : REGISTER) + QString::number(address);
 }
 
-} // namespace
-
-Memory parseMemory(const QString &text, const QString &name)
+void appendMemory(QString &text, const Memory &memory, const QString &station)
 {
-    Memory memory;
-    Given given;
-    const QStringList faults = readLines(text, name, HEADING, [&](const QString &line, int number) {
-        readLine(line, number, memory, given);
-    });
-    if (!faults.isEmpty())
-        throw Error(ErrorKind::Usage, faults.join('\n'));
-    return memory;
-}
-
-QString formatMemory(const Memory &memory)
-{
-    QString text = QString(HEADING) + '\n';
     for (int address = 0; address < Memory::SIZE; ++address) {
         if (memory.bit(static_cast<std::uint16_t>(address)))
-            text += nameOf(Table::Bits, address) + ",1\n";
+            text += station + nameOf(Table::Bits, address) + ",1\n";
     }
     for (int address = 0; address < Memory::SIZE; ++address) {
         const std::uint32_t value = memory.value(static_cast<std::uint16_t>(address));
         if (value != 0)
-            text += QString("%1,%2\n").arg(nameOf(Table::Registers, address)).arg(value);
+            text += QString("%1%2,%3\n").arg(station, nameOf(Table::Registers, address)).arg(value);
+    }
+}
+
+} // namespace
+
+void loadMemory(const QString &text, const QString &file, Plant &plant, const NamedTagReader *names)
+{
+    MemoryReader reader(plant, names);
+    const QStringList faults =
+        readLines(text, file, HEADING,
+                  [&reader](const QString &line, int number) { reader.readLine(line, number); });
+    if (!faults.isEmpty())
+        throw Error(ErrorKind::Usage, faults.join('\n'));
+}
+
+QString formatMemory(const Plant &plant)
+{
+    QString text = QString(HEADING) + '\n';
+    for (const auto &[station, controller] : plant.controllers()) {
+        const bool isFirst = station == plant.firstStation();
+        appendMemory(text, controller.memory(), isFirst ? QString() : QString("%1#").arg(station));
     }
     return text;
 }

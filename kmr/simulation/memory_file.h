@@ -10,20 +10,24 @@
 // Bits are 0 or 1, words 0 to 65535, counters 0 to 4294967295. The heading is optional, empty lines
 // and those that begin with '#' are skipped. What isn't named is 0. No place stands in two lines,
 // also not by two names: where areas overlap, S1024 is X0. A place that lies in no area is named by
-// its Modbus address in decimal digits: bit43521, register12288.
+// its Modbus address in decimal digits: bit43521, register12288. Of several stations all but the
+// lowest are named: 2#D100. With a file of names its names stand for tags, and all tags that 'kmr
+// write' takes may stand here, inputs too: "boiler.temp,21.5".
 #pragma once
 
-#include "simulator/memory.h"
+#include "host/project/named_tag_reader.h"
+#include "kmr/simulation/plant.h"
 
 #include <QString>
 
 namespace kmr {
 
-// Reads a file's text. Throws Error (Usage) that names every bad line with its number; `name` is
-// the file's, for that text.
-simulator::Memory parseMemory(const QString &text, const QString &name);
+// Reads a file's text into the memories of `plant`. Throws Error (Usage) that names every bad line
+// with its number; `file` is the file's name, for that text. `names`: null for none.
+void loadMemory(const QString &text, const QString &file, Plant &plant,
+                const NamedTagReader *names = nullptr);
 
-// All places that aren't 0, in the order of their addresses, bits first.
-QString formatMemory(const simulator::Memory &memory);
+// All places that aren't 0, by station, in the order of their addresses, bits first.
+QString formatMemory(const Plant &plant);
 
 } // namespace kmr

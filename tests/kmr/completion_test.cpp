@@ -58,8 +58,8 @@ TEST(Completion, OffersFilesWhereFilesGo)
     const QStringList file(directory.filePath("mixer recipe.csv"));
     const QString begin = directory.filePath("mix");
     for (const char *words :
-         {"recipe upload ", "tags check ", "tags import --output ", "trace ", "replay ", "--names ",
-          "read --capture ", "sim --save ", "watch --config = "})
+         {"recipe upload ", "tags check ", "tags import --output ", "trace ", "replay ", "run ",
+          "--names ", "read --capture ", "sim --save ", "run --junit ", "watch --config = "})
         EXPECT_EQ(complete(words + begin), file) << words;
 }
 

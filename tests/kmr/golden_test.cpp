@@ -40,7 +40,9 @@ QString masked(QString text, const QString &link, const QString &directory)
         "(?!2024-05-01)\\d{4}-\\d\\d-\\d\\dT\\d\\d:\\d\\d:\\d\\d\\.\\d{3}Z");
     static const QRegularExpression ROUND_TRIP(
         "(good,|good {5}|round_trip_ms\":|answered in |p99/max )[\\d./]+");
-    return text.replace(TIME, "0000-00-00T00:00:00.000Z")
+    static const QRegularExpression ATTRIBUTE("( time=\"|timestamp=\")[^\"]*");
+    return text.replace(ATTRIBUTE, "\\1#")
+        .replace(TIME, "0000-00-00T00:00:00.000Z")
         .replace(ROUND_TRIP, "\\1#")
         .replace(link, "tcp://127.0.0.1:50000")
         .replace(directory + '/', "")
@@ -185,4 +187,43 @@ TEST_F(Golden, Recipe)
     text += transcript({"recipe", "upload", "mixer.csv"});
     text += "$ cat mixer.csv\n" + loadFile(m_directory.filePath("mixer.csv"));
     compare("recipe", text);
+}
+
+TEST_F(Golden, Run)
+{
+    saveFile(m_directory.filePath("mixer.test"), "# D100 is 250\r\n"
+                                                 "write D200 = 7\n"
+                                                 "expect D200=7   # as written\n"
+                                                 "repeat 2\n"
+                                                 "  expect X17=1\n"
+                                                 "  repeat 2 times\n"
+                                                 "    pause 1ms\n"
+                                                 "  end\n"
+                                                 "end\n"
+                                                 "expect D100/int16 -1..249.5\n"
+                                                 "wait until CV2200>=70000 within 1min\n"
+                                                 "wait until D100x2/hex!=0xFA,0xFFFF within 1ms\n"
+                                                 "expect D101>250\n"
+                                                 "expect D101<65535\n"
+                                                 "expect D101 <= 65535\n");
+    saveFile(m_directory.filePath("bad.test"), "wirte D1=1\n"
+                                               "write D1\n"
+                                               "expect D99999=1\n"
+                                               "expect D100\n"
+                                               "wait until X0=1\n"
+                                               "expect D100 30..20\n"
+                                               "expect D100<x\n"
+                                               "pause 5 hours\n"
+                                               "repeat 0\n"
+                                               "  write X0=1\n"
+                                               "end\n"
+                                               "end\n"
+                                               "repeat 2\n");
+    saveFile(m_directory.filePath("report.xml"), "");
+    QString text = transcript({"run", "bad.test"});
+    text += inEachFormat({"run", "mixer.test", "--keep-going"});
+    text += transcript({"run", "mixer.test", "--junit", "report.xml"});
+    text += "$ cat report.xml\n" +
+            masked(loadFile(m_directory.filePath("report.xml")), "no link", m_directory.path());
+    compare("run", text);
 }

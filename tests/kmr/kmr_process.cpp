@@ -57,15 +57,26 @@ Simulator::Simulator(const QStringList &arguments, const QString &command)
 {
     m_process.setProcessEnvironment(kmrEnvironment());
     m_process.start(KMR_EXECUTABLE, QStringList{command} + arguments);
-    while (!m_process.canReadLine() && m_process.waitForReadyRead(PATIENCE_MS)) {
-    }
-    m_ready = QString::fromLocal8Bit(m_process.readLine()).trimmed();
+    m_ready = readLine();
 }
 
 Simulator::~Simulator()
 {
     if (m_process.state() != QProcess::NotRunning)
         terminate();
+}
+
+QString Simulator::readLine()
+{
+    while (!m_process.canReadLine() && m_process.waitForReadyRead(PATIENCE_MS)) {
+    }
+    return QString::fromLocal8Bit(m_process.readLine()).trimmed();
+}
+
+QString Simulator::tell(const QByteArray &line)
+{
+    m_process.write(line + '\n');
+    return readLine();
 }
 
 QString Simulator::log()

@@ -51,6 +51,9 @@ public:
         return m_ready.section(' ', 1);
     }
 
+    // Writes a line to its stdin and returns the line that it answers with.
+    QString tell(const QByteArray &line);
+
     // What came on stderr since the last call.
     QString log();
 
@@ -58,6 +61,8 @@ public:
     int terminate();
 
 private:
+    QString readLine();
+
     QProcess m_process;
     QString m_ready;
 };

@@ -107,3 +107,48 @@ TEST(Sim, KeepsItsMemoryInAFile)
     EXPECT_EQ(simulator.terminate(), 0);
     EXPECT_EQ(loadFile(file), "tag,value\nCV2200,70000\nD100,250\n");
 }
+
+TEST(Sim, SeveralStationsAnswerOnOneLine)
+{
+    const Simulator simulator(
+        {"--listen", "tcp://127.0.0.1:0", "--station", "1,2", "--station", "5"});
+    EXPECT_EQ(run({"write", "2#D1=7", "5#D1=9", "--link", simulator.link()}).exitCode, 0);
+    EXPECT_EQ(run({"read", "D1", "2#D1", "5#D1", "--link", simulator.link()}).out,
+              "D1 0\n2#D1 7\n5#D1 9\n");
+    EXPECT_EQ(run({"read", "3#D1", "--timeout", "20", "--link", simulator.link()}).exitCode, 4);
+}
+
+TEST(Sim, SetsWhatLinesOnStdinSayAndAnswersEach)
+{
+    Simulator simulator({"--listen", "tcp://127.0.0.1:0", "--station", "1,2", "--control"});
+    for (const char *line : {"X0=1", "D100 = 5", "2#D100x2=-1 6", "CV2200=70000", "TV5.3=1"})
+        EXPECT_EQ(simulator.tell(line), "ok") << line;
+    EXPECT_TRUE(simulator.tell("D1=70000").startsWith("error: bad value \"70000\" for D1: "));
+    EXPECT_TRUE(simulator.tell("").startsWith("error: \"\" assigns nothing: "));
+    EXPECT_TRUE(simulator.tell("3#D1=1").startsWith("error: station 3 is not simulated, but 1, 2"));
+    EXPECT_EQ(
+        run({"read", "X0x2", "D100", "2#D100x2", "CV2200", "TV5", "--link", simulator.link()}).out,
+        "X0x2 1 0\nD100 5\n2#D100x2 65535 6\nCV2200 70000\nTV5 8\n");
+}
+
+TEST(Sim, KnowsNamesInItsMemoryFileAndOnStdin)
+{
+    const QTemporaryDir directory;
+    const QString names = directory.filePath("names.csv");
+    const QString plant = directory.filePath("plant.csv");
+    saveFile(names, "name,tag,unit,scale\noven,D100/int16,C,0.1\ndoor,X17\n");
+    saveFile(plant, "oven,-21.5\nCV2200,7\n");
+    Simulator simulator(
+        {"--listen", "tcp://127.0.0.1:0", "--control", "--names", names, "--load", plant});
+    EXPECT_EQ(simulator.tell("door=1"), "ok");
+    EXPECT_EQ(run({"read", "D100/int16", "X17", "CV2200", "--link", simulator.link()}).out,
+              "D100/int16 -215\nX17 1\nCV2200 7\n");
+}
+
+TEST(Sim, GeneratesValues)
+{
+    const Simulator simulator({"--listen", "tcp://127.0.0.1:0", "--generate",
+                               "D100x2=counter,period=1440min,range=5..9", "--generate",
+                               "X0=random,range=1..1"});
+    EXPECT_EQ(run({"read", "D100x2", "X0", "--link", simulator.link()}).out, "D100x2 5 5\nX0 1\n");
+}

@@ -47,6 +47,7 @@ const Row ROWS[] = {
     {"decode", 2, "FRAME is required"},
     {"trace", 2, "FILE is required"},
     {"replay", 2, "FILE is required"},
+    {"run", 2, "FILE is required"},
     {"tags list", 2, "no file of names: name one, here or with --names"},
     {"tags import /dev/null --columns nam=Symbol", 2,
      "bad column \"nam=Symbol\", did you mean \"name\"\\?: expected "},
@@ -77,8 +78,16 @@ const Row ROWS[] = {
     {"replay /no/such/file", 2, "cannot read the capture /no/such/file: "},
     {"recipe upload /no/such/directory/mixer.csv D0 --link tcp://127.0.0.1:1", 2,
      "cannot write /no/such/directory/mixer.csv: "},
+    {"run /no/such/file", 2, "cannot read /no/such/file: "},
+    {"run /dev/null --check", 2, "/dev/null: no step in it"},
     {"sim --load /no/such/file", 2, "cannot read /no/such/file: "},
     {"sim --save /no/such/directory/plant.csv", 2, "cannot write /no/such/directory/plant.csv: "},
+    {"sim --generate D0=sine,range=0..70000 --generate D1=saw --generate 2#D0=ramp,period=5", 2,
+     "bad generator \"D0=sine,range=0..70000\": bad value \"70000\" for D0: [^\n]*\n"
+     "kmr: bad generator \"D1=saw\": unknown kind: expected sine, [^\n]*\n"
+     "kmr: bad generator \"2#D0=ramp,period=5\": bad time \"5\": "},
+    {"sim --generate 2#D0=ramp", 2, "station 2 is not simulated, but 1: see --station\n$"},
+    {"sim --station 1,100", 2, "--station: "},
     {"sim --fault late=soon", 2,
      "bad fault \"late=soon\": late=soon: expected a time(.|\n)*kinds: deaf, close, silence"},
     // Links.

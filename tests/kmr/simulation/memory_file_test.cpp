@@ -7,10 +7,25 @@
 namespace kmr {
 namespace {
 
+// Of the one station of a plant.
+simulator::Memory parseMemory(const QString &text)
+{
+    Plant plant({1});
+    loadMemory(text, "plant.csv", plant);
+    return plant.memory(1);
+}
+
+QString formatMemory(const simulator::Memory &memory)
+{
+    Plant plant({1});
+    plant.memory(1) = memory;
+    return kmr::formatMemory(plant);
+}
+
 QString faultOf(const QString &text)
 {
     try {
-        parseMemory(text, "plant.csv");
+        parseMemory(text);
     } catch (const Error &error) {
         EXPECT_EQ(error.kind(), ErrorKind::Usage);
         return error.text();
@@ -23,8 +38,7 @@ QString faultOf(const QString &text)
 TEST(MemoryFile, LinesNameElementsAndTheirValues)
 {
     const simulator::Memory memory = parseMemory("# plant\ntag,value\n\nM5,1\nX17,1\nD4096,250\r\n"
-                                                 "CV2200,4294967295\nCV21,65535\n",
-                                                 "plant.csv");
+                                                 "CV2200,4294967295\nCV21,65535\n");
     EXPECT_TRUE(memory.bit(0x0805));
     EXPECT_TRUE(memory.bit(0x040F));
     EXPECT_EQ(memory.value(0x9000), 250U);
@@ -34,7 +48,7 @@ TEST(MemoryFile, LinesNameElementsAndTheirValues)
 
 TEST(MemoryFile, AnEmptyFileIsAnEmptyMemory)
 {
-    EXPECT_EQ(parseMemory("", "plant.csv"), simulator::Memory());
+    EXPECT_EQ(parseMemory(""), simulator::Memory());
     EXPECT_EQ(formatMemory(simulator::Memory()), "tag,value\n");
 }
 
@@ -60,7 +74,7 @@ TEST(MemoryFile, PlacesOfNoAreaGoByTheirModbusAddress)
     memory.setValue(0x3000, 5);
     const QString text = formatMemory(memory);
     EXPECT_EQ(text, "tag,value\nbit43521,1\nregister12288,5\n");
-    EXPECT_EQ(parseMemory(text, "plant.csv"), memory);
+    EXPECT_EQ(parseMemory(text), memory);
 }
 
 TEST(MemoryFile, EveryPlaceReadsBack)
@@ -70,7 +84,7 @@ TEST(MemoryFile, EveryPlaceReadsBack)
         memory.setBit(static_cast<std::uint16_t>(address), true);
         memory.setValue(static_cast<std::uint16_t>(address), 1 + static_cast<unsigned>(address));
     }
-    EXPECT_EQ(parseMemory(formatMemory(memory), "plant.csv"), memory);
+    EXPECT_EQ(parseMemory(formatMemory(memory)), memory);
 }
 
 TEST(MemoryFile, EveryBadLineIsNamedWithItsNumber)
@@ -90,6 +104,14 @@ TEST(MemoryFile, NoPlaceStandsInTwoLines)
     EXPECT_EQ(faultOf("tag,value\nD1,5\nX0,1\n\nD1,5\nS1024,0\n"),
               "plant.csv:5: D1 stands in line 2 already\n"
               "plant.csv:6: S1024 is the same place as X0 in line 3");
+}
+
+TEST(MemoryFile, StationsBeyondTheLowestAreNamed)
+{
+    Plant plant({5, 2});
+    loadMemory("D1,5\n5#D1,6\n2#D2,7\n", "plant.csv", plant);
+    EXPECT_EQ(kmr::formatMemory(plant), "tag,value\nD1,5\nD2,7\n5#D1,6\n");
+    EXPECT_TRUE(faultOf("2#D1,5\n").endsWith("station 2 is not simulated, but 1: see --station"));
 }
 
 TEST(MemoryFile, ValuesAreWholeNumbersOfTheElementsSize)

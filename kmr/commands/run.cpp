@@ -1,0 +1,167 @@
+// kmr run: an acceptance test from a file.
+#include "host/project/text_file.h"
+#include "kmr/command_line.h"
+#include "kmr/commands/commands.h"
+#include "kmr/connection.h"
+#include "kmr/run/junit_report.h"
+#include "kmr/run/script.h"
+#include "kmr/run/script_run.h"
+
+#include <optional>
+
+namespace kmr {
+
+namespace {
+
+const char *const HELP =
+    R"(The file holds a step a line, and they run in this order:
+  # the mixer starts and keeps its temperature
+  write M5=1
+  wait until X0=1 within 5s
+  repeat 10
+    expect boiler.temp 20..25   # a comment begins with #, after a blank
+    pause 500ms
+  end
+
+Steps:
+  write TAG=VALUE                 as 'kmr write': a write that is not confirmed fails
+  expect TAG=VALUE                also != < <= > >=, or TAG LOW..HIGH with both ends
+  wait until TAG=VALUE within 5s  reads until it is so; conditions as after expect
+  pause 500ms                     times are in ms, s or min
+  repeat 10                       runs the steps up to its end so often
+  end
+
+Tags and values are typed as for 'kmr read' and 'kmr write', whose help explains them, with
+the names of --names.
+Values are compared as they are shown. All bad lines are reported before anything is sent.
+The first step that fails ends the script. Ctrl-C ends it too, and the report says which
+step was running.
+
+Exit codes: 0 all steps passed, 1 a step failed or the script was stopped, others as of
+every command: 2 a bad file, 3 the link could not be opened, 7 no driver library.
+)";
+const char *const EXAMPLES = R"(
+Examples:
+  kmr run mixer.test --link tcp://192.168.0.10:8888
+  kmr run mixer.test --keep-going --junit report.xml --link serial:///dev/ttyUSB0
+  kmr run mixer.test --check)";
+
+struct RunOptions {
+    std::string file;
+    std::string junit;      // file for the report; empty: none
+    bool keepGoing = false; // after an expectation that fails
+    bool check = false;     // reads the file and sends nothing
+};
+
+QString outcomeName(StepOutcome outcome)
+{
+    switch (outcome) {
+    case StepOutcome::Passed:
+        return "passed";
+    case StepOutcome::Failed:
+        return "failed";
+    case StepOutcome::Stopped:
+        return "stopped";
+    case StepOutcome::NotRun:
+        break;
+    }
+    return "not run";
+}
+
+// Counts what came of the steps, and reports each.
+class Reporter {
+public:
+    Reporter(Format format, const Script &script)
+        : m_script(script),
+          m_records(format, "run",
+                    {"time", "line", "repetition", "step", "outcome", "values", "error"}, true,
+                    print),
+          m_junit(script)
+    {
+    }
+
+    void add(const StepReport &report)
+    {
+        const StepResult &result = report.result;
+        m_junit.add(report);
+        ++m_counts[result.outcome];
+        const QString turn =
+            report.repetition.isEmpty() ? QString() : " (" + report.repetition + ')';
+        const QString outcome = outcomeName(result.outcome);
+        const bool isPlain =
+            result.outcome == StepOutcome::Passed || result.outcome == StepOutcome::NotRun;
+        const QString error = isPlain ? QString() : ": " + result.error;
+        m_records.add(QString("%1:%2: %3%4 %5%6")
+                          .arg(m_script.file)
+                          .arg(report.step.line)
+                          .arg(report.step.text, turn, outcome, error),
+                      {now(), std::int64_t(report.step.line), textField(report.repetition),
+                       report.step.text, outcome, valuesField(report), textField(result.error)});
+    }
+
+    void end()
+    {
+        m_records.end();
+        printError(QString("%1: %2 passed, %3 failed, %4 stopped, %5 not run")
+                       .arg(m_script.file)
+                       .arg(m_counts[StepOutcome::Passed])
+                       .arg(m_counts[StepOutcome::Failed])
+                       .arg(m_counts[StepOutcome::Stopped])
+                       .arg(m_counts[StepOutcome::NotRun]));
+    }
+
+    const JUnitReport &junit() const
+    {
+        return m_junit;
+    }
+
+private:
+    static Field valuesField(const StepReport &report)
+    {
+        if (!report.result.values)
+            return {};
+        return interpret(report.step.condition.tag, *report.result.values);
+    }
+
+    const Script &m_script;
+    RecordWriter m_records;
+    JUnitReport m_junit;
+    std::map<StepOutcome, int> m_counts;
+};
+
+ExitCode runRun(const Options &options, const RunOptions &run)
+{
+    Connection connection(options);
+    const QString file = toQString(run.file);
+    const Script script = parseScript(readTextFile(file), file, connection.tags());
+    if (run.check)
+        return ExitCode::Ok;
+    const QString junit = toQString(run.junit);
+    if (!junit.isEmpty())
+        requireWritable(junit);
+    Session &session = connection.open();
+    Reporter reporter(options.format, script);
+    const bool isPassed = runScript(session, script, run.keepGoing,
+                                    [&](const StepReport &report) { reporter.add(report); });
+    reporter.end();
+    if (!junit.isEmpty())
+        writeTextFile(junit, reporter.junit().text());
+    return isPassed ? ExitCode::Ok : ExitCode::ItemFailed;
+}
+
+} // namespace
+
+void addRun(CLI::App &app, Command &chosen)
+{
+    const auto run = std::make_shared<RunOptions>();
+    CLI::App *command = app.add_subcommand("run", "Run a test script: write, expect, wait, repeat");
+    command->add_option("FILE", run->file, "the steps")->required();
+    command->add_option("--junit", run->junit, "also write the report to this file, as JUnit XML");
+    command->add_flag("--keep-going", run->keepGoing,
+                      "go on after an expectation that fails, never after a write that does");
+    command->add_flag("--check", run->check, "only report bad lines and send nothing");
+    command->footer(std::string(HELP) + EXAMPLES);
+    setAction(*command, chosen, run, runRun);
+}
+
+} // namespace kmr

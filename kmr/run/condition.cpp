@@ -1,0 +1,111 @@
+#include "kmr/run/condition.h"
+
+#include <QRegularExpression>
+
+#include <algorithm>
+#include <map>
+#include <optional>
+
+namespace kmr {
+
+namespace {
+
+const std::map<QString, Comparison> COMPARISONS = {
+    {"=", Comparison::Equal},   {"!=", Comparison::NotEqual}, {"<", Comparison::Less},
+    {"<=", Comparison::AtMost}, {">", Comparison::Greater},   {">=", Comparison::AtLeast},
+};
+
+// A number as it is typed and shown: 250, -0.5, 0x00FA.
+std::optional<double> numberOf(const QString &text)
+{
+    bool isNumber = false;
+    const bool isHexadecimal = text.startsWith("0x");
+    const double number = isHexadecimal ? static_cast<double>(text.toULongLong(&isNumber, 16))
+                                        : text.toDouble(&isNumber);
+    return isNumber ? std::optional<double>(number) : std::nullopt;
+}
+
+double readBound(const QString &text)
+{
+    const auto number = numberOf(text);
+    if (!number)
+        throw Error(ErrorKind::Usage, QString("\"%1\" is not a number").arg(text));
+    return *number;
+}
+
+Condition parseRange(const QString &text, const NamedTagReader &reader)
+{
+    static const QRegularExpression RANGE("^(.+?)\\s+(\\S+?)\\s*\\.\\.\\s*(\\S+)$");
+    const QRegularExpressionMatch match = RANGE.match(text);
+    if (!match.hasMatch()) {
+        throw Error(ErrorKind::Usage, QString("\"%1\" expects nothing: say what, for example "
+                                              "D100=250, D100>=20 or D100 20..25")
+                                          .arg(text));
+    }
+    Condition condition{reader.read(match.captured(1)),
+                        Comparison::Within,
+                        {},
+                        readBound(match.captured(2)),
+                        readBound(match.captured(3))};
+    if (condition.low > condition.high) {
+        throw Error(ErrorKind::Usage,
+                    QString("the range %1..%2 is empty: the lower end comes first")
+                        .arg(match.captured(2), match.captured(3)));
+    }
+    return condition;
+}
+
+bool fits(const Condition &condition, double number)
+{
+    switch (condition.comparison) {
+    case Comparison::Less:
+        return number < condition.low;
+    case Comparison::AtMost:
+        return number <= condition.low;
+    case Comparison::Greater:
+        return number > condition.low;
+    case Comparison::AtLeast:
+        return number >= condition.low;
+    case Comparison::Within:
+        return condition.low <= number && number <= condition.high;
+    case Comparison::Equal:
+    case Comparison::NotEqual:
+        break;
+    }
+    return false;
+}
+
+} // namespace
+
+Condition parseCondition(const QString &text, const NamedTagReader &reader)
+{
+    static const QRegularExpression OPERATOR("^([^=!<>]+?)\\s*(!=|<=|>=|=|<|>)\\s*(.*)$");
+    const QRegularExpressionMatch match = OPERATOR.match(text);
+    if (!match.hasMatch())
+        return parseRange(text, reader);
+    Condition condition;
+    condition.tag = reader.read(match.captured(1));
+    condition.comparison = COMPARISONS.at(match.captured(2));
+    const bool isOfValues =
+        condition.comparison == Comparison::Equal || condition.comparison == Comparison::NotEqual;
+    if (isOfValues)
+        condition.wanted = parseValues(condition.tag, match.captured(3));
+    else
+        condition.low = readBound(match.captured(3));
+    return condition;
+}
+
+bool holds(const Condition &condition, const Values &values)
+{
+    const QStringList shown = valueTexts(condition.tag, values);
+    if (condition.comparison == Comparison::Equal)
+        return shown == valueTexts(condition.tag, condition.wanted);
+    if (condition.comparison == Comparison::NotEqual)
+        return shown != valueTexts(condition.tag, condition.wanted);
+    return std::all_of(shown.begin(), shown.end(), [&condition](const QString &text) {
+        const auto number = numberOf(text);
+        return number && fits(condition, *number);
+    });
+}
+
+} // namespace kmr
