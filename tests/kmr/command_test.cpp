@@ -239,7 +239,7 @@ TEST(Command, UploadRefusesAFileThatIsNotInUtf8)
 TEST(Command, StoppedDownloadNamesNeighbouringElementsTogether)
 {
     const QTemporaryDir directory;
-    const Simulator simulator({"--listen", "tcp://127.0.0.1:0", "--fault", "exception=4,every=4"});
+    const Simulator simulator({"--listen", "tcp://127.0.0.1:0", "--fault", "exception=4,every=3"});
     saveFile(directory.filePath("mixer.csv"),
              "D0x10,0 1 2 3 4 5 6 7 8 9\nD10,10\nTV11,11\nD12x10,0 1 2 3 4 5 6 7 8 9\nD30,30\n");
     const Finished down = run({"recipe", "download", directory.filePath("mixer.csv"), "--link",
