@@ -96,8 +96,9 @@ OptionReader::OptionReader(CLI::App &app) : m_app(app)
     CLI::Option *capture = app.add_option_function<std::string>(
         "--capture", [&o](const std::string &path) { o.capture = toQString(path); },
         "write every character with its time to this new file, for 'kmr trace FILE'");
-    app.add_option("--capture-limit", o.captureLimit,
-                   "megabytes of a capture; a full one goes on as FILE.1, its newest in FILE")
+    app.add_option(
+           "--capture-limit", o.captureLimit,
+           "megabytes FILE may hold; a full FILE becomes FILE.1, the newest goes on in FILE")
         ->check(CLI::Range(1, 100000))
         ->needs(capture);
     add("names", o.names, "file of names for tags; 'kmr tags check --help' explains it").fromFile =
