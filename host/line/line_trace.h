@@ -18,7 +18,7 @@ namespace kmr {
 QString timeText(const QDateTime &time);
 
 struct TracedLine {
-    QDateTime time; // when its last characters passed
+    QDateTime time;        // when its last characters passed
     bool isSent = false;   // by the host
     QByteArray characters; // ':' to LF, or what there was of it
     bool isEcho = false;   // received and equal to the request before; of a bit write it may as

@@ -29,8 +29,8 @@ struct LinkAddress {
 // settings. Throws Error (Usage) that names every bad part.
 LinkAddress parseLink(const QString &text);
 
-// For connecting over TCP, a limit of its own: how long a controller may take to answer says nothing
-// about the network. One lost packet is sent again after a second.
+// For connecting over TCP, a limit of its own: how long a controller may take to answer says
+// nothing about the network. One lost packet is sent again after a second.
 constexpr std::chrono::seconds CONNECT_LIMIT(3);
 
 // Opens the link, for TCP within `timeout` and until `stop` is set; needs a QCoreApplication then.

@@ -29,8 +29,8 @@ enum class RecipeValues { Needed, Ignored };
 std::vector<RecipeItem> parseRecipe(const QString &text, const QString &name,
                                     const NamedTagReader &reader, RecipeValues values);
 
-// The recipe of these tags, without values. Throws Error (Usage) for a tag that can only be read, and
-// for an element that stands in two tags.
+// The recipe of these tags, without values. Throws Error (Usage) for a tag that can only be read,
+// and for an element that stands in two tags.
 std::vector<RecipeItem> recipeOf(const std::vector<Tag> &tags);
 
 // The items as a recipe file's text.
