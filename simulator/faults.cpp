@@ -111,7 +111,7 @@ QString readChoice(const QString &name, const QString &text, Fault &fault)
                    ? QString()
                    : QString("probability=%1: expected 0 to 1, for example 0.02").arg(text);
     }
-    return QString("\"%1\": behind the kind only every=N and probability=P are known").arg(name);
+    return QString("\"%1\": after the kind only every=N and probability=P are known").arg(name);
 }
 
 QString readFault(const QString &text, Fault &fault)

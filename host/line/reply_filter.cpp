@@ -44,7 +44,7 @@ QString toText(ReplyFault fault, const AnswerLength &length)
     case ReplyFault::TooLong:
         return "an answer longer than any frame";
     case ReplyFault::NotHex:
-        return "an answer with characters that are no hexadecimal digits";
+        return "an answer with characters that are not hexadecimal digits";
     case ReplyFault::WrongLrc:
         return "an answer with a wrong LRC";
     case ReplyFault::WrongStation:

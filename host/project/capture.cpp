@@ -46,7 +46,7 @@ void readHeading(const json &heading, Capture &capture)
     capture.begin = QDateTime::fromString(
         QString::fromStdString(heading.at("begin").get<std::string>()), Qt::ISODateWithMs);
     if (!capture.begin.isValid())
-        throw std::runtime_error("\"begin\" is no time such as 2024-05-01T12:00:00.000+02:00");
+        throw std::runtime_error("\"begin\" is not a time such as 2024-05-01T12:00:00.000+02:00");
     capture.link = QString::fromStdString(heading.value("link", std::string()));
 }
 

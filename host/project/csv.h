@@ -10,7 +10,7 @@
 namespace kmr {
 
 // The fields of one line, trimmed unless they are quoted. Throws Error (Usage) for a field that
-// begins with a quote and goes on behind the closing one, or has none.
+// begins with a quote and goes on after the closing one, or has none.
 QStringList splitCsv(const QString &line, QChar separator = ',');
 
 // The field, in quotes where it needs them.

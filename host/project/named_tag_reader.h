@@ -59,7 +59,7 @@ private:
     std::optional<NameTable> m_names;
 };
 
-// What is wrong with the file's lines, in their order: "FILE:LINE: what". Also with the tags behind
+// What is wrong with the file's lines, in their order: "FILE:LINE: what". Also with the tags of
 // the names, and with names that are tags themselves.
 QStringList checkNames(const NameTable &names, const TagReader &reader);
 

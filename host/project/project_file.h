@@ -24,7 +24,7 @@ struct ConfigEntry {
 
 // Reads a file's text; `file` names it in messages, `known` are the keys that may stand in it, of
 // which those in `lists` take lists. The entries are in the order of their lines. Throws Error
-// (Usage) for what is no TOML.
+// (Usage) for what is not TOML.
 std::vector<ConfigEntry> parseConfig(const QString &text, const QString &file,
                                      const QStringList &known, const QStringList &lists);
 

@@ -8,7 +8,7 @@
 //
 // The heading is optional, empty lines and those that begin with '#' are skipped. A text with
 // commas needs quotes. For an upload the values may be missing. No element stands in two lines, and
-// nothing behind the values: half of a number with a decimal comma would pass for a remark.
+// nothing after the values: half of a number with a decimal comma would pass for a remark.
 #pragma once
 
 #include "host/project/named_tag_reader.h"

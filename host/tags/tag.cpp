@@ -33,7 +33,7 @@ int wordsOfBits(int firstBit, int count)
 
 QString endFault(const QString &area, const QString &address, const TagText &tag)
 {
-    return QString("\"%1\" is no address in %2 at or behind %3").arg(tag.end, area, address);
+    return QString("\"%1\" is not an address in %2 at or after %3").arg(tag.end, area, address);
 }
 
 bool startsLikeNumber(const QString &text)
@@ -174,7 +174,7 @@ AddressCheck TagReader::checkIn(const QString &area, const TagText &tag) const
     return found;
 }
 
-// 0 or less where the end is no address or lies before the beginning.
+// 0 or less where the end is not an address or lies before the beginning.
 int TagReader::countOf(const QString &area, const QString &address, const TagText &tag) const
 {
     if (tag.count)
@@ -253,7 +253,7 @@ QString TagReader::whyNoArea(const TagText &tag) const
     TagText meant = tag;
     meant.name = tag.name.toUpper();
     const bool isArea = !areasThatBegin(meant.name, m_areas).isEmpty();
-    return QString("expected an area in capitals (%1) and a number behind it%2")
+    return QString("expected an area in capitals (%1) and a number after it%2")
         .arg(m_areas.join(", "),
              isArea ? QString(", did you mean %1?").arg(joinTag(meant)) : QString());
 }
@@ -268,13 +268,13 @@ QString TagReader::whyInvalid(const QString &area, const QString &address, int c
     case WRONG_KIND:
         return QString("%1 has no such elements").arg(area);
     case UNKNOWN_AREA:
-        return QString("%1 is no area").arg(area);
+        return QString("%1 is not an area").arg(area);
     case NO_ADDRESS:
         return namesBits(area, address)
-                   ? QString("\"%1\" is no bit of a word, expected for example 5.3 (bit 0 to "
+                   ? QString("\"%1\" is not a bit of a word, expected for example 5.3 (bit 0 to "
                              "15, without leading zero)")
                          .arg(address)
-                   : QString("\"%1\" is no address in %2").arg(address, area);
+                   : QString("\"%1\" is not an address in %2").arg(address, area);
     case VALID:
         if (const auto hidden = modbus::hiddenByCounters(area))
             return QString("%1 to %2 lie where the controller keeps its counters: use %3")

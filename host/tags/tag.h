@@ -56,7 +56,7 @@ struct AddressCheck {
 
 // Reads tags. The driver decides which addresses are valid. Beyond that the reader refuses what a
 // request could not fetch: words where the controller keeps its counters, and the octal numbers
-// behind an area's end, which the driver computes in decimal. It adds the bits of D and CV words,
+// after an area's end, which the driver computes in decimal. It adds the bits of D and CV words,
 // D100.3, of which the driver knows only those of TV words.
 class TagReader {
 public:

@@ -25,7 +25,7 @@ ValueType readType(const QString &text, const QString &name)
     const std::optional<ValueType> type = valueTypeOf(name);
     if (!type)
         throw badTag(
-            text, QString("\"%1\" is no type, expected %2%3")
+            text, QString("\"%1\" is not a type, expected %2%3")
                       .arg(name, valueTypeNames().join(", "), didYouMean(name, valueTypeNames())));
     return *type;
 }

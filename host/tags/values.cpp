@@ -247,7 +247,7 @@ QByteArray unescape(const Tag &tag, const QString &text)
         }
         const QRegularExpressionMatch match = ESCAPE.match(text, i);
         if (match.capturedLength(1) != 2 && match.captured(2) != "\\")
-            throw badValue(tag, text, "\\xNN or \\\\ behind a backslash");
+            throw badValue(tag, text, "\\xNN or \\\\ after a backslash");
         bytes.append(match.capturedLength(1) == 2
                          ? static_cast<char>(match.captured(1).toInt(nullptr, 16))
                          : '\\');
@@ -310,7 +310,7 @@ QString hexText(const Tag &tag, quint64 bits)
     return "0x" + QString::number(bits, 16).toUpper().rightJustified(widthOf(tag) / 4, '0');
 }
 
-// What is no number keeps its bits, since many of them mean none.
+// What is not a number keeps its bits, since many of them mean none.
 template <typename Float, typename Bits> Value floatValue(const Tag &tag, quint64 bits)
 {
     const Bits narrow = static_cast<Bits>(bits);
@@ -321,7 +321,7 @@ template <typename Float, typename Bits> Value floatValue(const Tag &tag, quint6
     return floatText(value).toDouble();
 }
 
-// Digits that are no decimal ones make a hexadecimal number of it.
+// Digits that are not decimal ones make a hexadecimal number of it.
 Value bcdValue(const Tag &tag, quint64 bits)
 {
     bool isNumber = false;

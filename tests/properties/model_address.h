@@ -9,7 +9,7 @@
 namespace model {
 
 // The number that `text` shows in decimal digits, blanks around and a sign in front allowed;
-// nothing when it is no number or leaves 32 bits.
+// nothing when it is not a number or leaves 32 bits.
 std::optional<int> decimal(const std::string &text);
 
 // The number whose octal digits are the decimal digits of `shown` (17 is 15); 0 when `shown` is

@@ -314,7 +314,7 @@ TEST(ParseFault, NamesWhatIsWrongAndWhatIsExpected)
         {"flip,every=0", "every=0: expected a whole number from 1 on"},
         {"flip,probability=1.5", "probability=1.5: expected 0 to 1, for example 0.02"},
         {"flip,every=2,probability=nan", "probability=nan: expected 0 to 1, for example 0.02"},
-        {"flip,often", "\"often\": behind the kind only every=N and probability=P are known"},
+        {"flip,often", "\"often\": after the kind only every=N and probability=P are known"},
     };
     for (const auto &row : ROWS)
         EXPECT_EQ(errorOf(row.text), "bad fault \"" + std::string(row.text) + "\": " + row.fault);

@@ -137,7 +137,7 @@ TEST(Capture, BadLineIsNamedWithItsNumberAndWhatIsExpected)
     EXPECT_TRUE(faultOf("{\"kmr_capture\":2,\"begin\":\"2024-05-01T12:00:00.000Z\"}\n")
                     .contains("another version"));
     EXPECT_EQ(faultOf("{\"kmr_capture\":1,\"begin\":\"yesterday\"}\n"),
-              "field:1: \"begin\" is no time such as 2024-05-01T12:00:00.000+02:00");
+              "field:1: \"begin\" is not a time such as 2024-05-01T12:00:00.000+02:00");
 }
 
 TEST(Capture, FileThatCannotBeOpenedIsAnError)
