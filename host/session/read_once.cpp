@@ -38,14 +38,22 @@ public:
             (isBitArea(run.area) ? m_bits : m_words).push_back({run});
             session.forget(run);
         }
-        session.setObserver([this](const Exchange &exchange) { note(exchange); });
-        session.setConfirmObserver([this](const ElementRange &run) { noteConfirmed(run); });
+        m_observer = session.setObserver([this](const Exchange &exchange) {
+            note(exchange);
+            if (m_observer)
+                m_observer(exchange);
+        });
+        m_confirmObserver = session.setConfirmObserver([this](const ElementRange &run) {
+            noteConfirmed(run);
+            if (m_confirmObserver)
+                m_confirmObserver(run);
+        });
         poll(bitsToAsk());
     }
     ~Reader()
     {
-        m_session.setObserver({});
-        m_session.setConfirmObserver({});
+        m_session.setObserver(m_observer);
+        m_session.setConfirmObserver(m_confirmObserver);
     }
     Reader(const Reader &) = delete;
     Reader &operator=(const Reader &) = delete;
@@ -220,6 +228,8 @@ private:
     }
 
     Session &m_session;
+    PollLoop::Observer m_observer; // of whom it reads for
+    Session::ConfirmObserver m_confirmObserver;
     std::vector<Request> m_words;
     std::vector<Request> m_bits;
     std::vector<ElementRange> m_polled;

@@ -20,6 +20,7 @@
 #include <atomic>
 #include <functional>
 #include <optional>
+#include <utility>
 #include <vector>
 
 namespace kmr {
@@ -74,9 +75,10 @@ public:
 
     // Is called after each exchange, and for each polled block that is passed over because its
     // station is silent (StationPauses), once the session has taken note of it.
-    void setObserver(PollLoop::Observer observer)
+    // Returns the one before.
+    PollLoop::Observer setObserver(PollLoop::Observer observer)
     {
-        m_observer = std::move(observer);
+        return std::exchange(m_observer, std::move(observer));
     }
 
     // Is called every 50 ms while an exchange waits for characters.
@@ -86,10 +88,11 @@ public:
     }
 
     // Is called when an answer to a read is confirmed: the run's values or states are the new ones.
+    // Returns the one before.
     using ConfirmObserver = std::function<void(const ElementRange &run)>;
-    void setConfirmObserver(ConfirmObserver observer)
+    ConfirmObserver setConfirmObserver(ConfirmObserver observer)
     {
-        m_confirmObserver = std::move(observer);
+        return std::exchange(m_confirmObserver, std::move(observer));
     }
 
     // Is called for each element whose confirmed value is another than before, 0 at first, with the

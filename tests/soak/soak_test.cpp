@@ -130,6 +130,18 @@ QByteArray writeLine(const Cell &cell, std::uint32_t value, int bit = -1)
     return modbus::encodeLine(message);
 }
 
+// The request that writes words to the cells from `first` on.
+QByteArray writeWords(const Cell &first, const std::vector<std::uint32_t> &values)
+{
+    const auto count = static_cast<std::uint32_t>(values.size());
+    QByteArray message("\x01", 1);
+    message += static_cast<char>(modbus::WRITE_MULTIPLE_REGISTERS);
+    message += word(first.address) + word(count) + static_cast<char>(2 * count);
+    for (const std::uint32_t value : values)
+        message += word(value);
+    return modbus::encodeLine(message);
+}
+
 // A host and its user, on a line with faults.
 class Soak {
 public:
@@ -300,7 +312,6 @@ private:
     {
         std::vector<std::size_t> cells;
         std::vector<kmr::RecipeItem> items;
-        std::vector<QByteArray> lines;
         for (const std::size_t cell : hostsCells()) {
             if (m_cells[cell].kind == CellKind::Bits || random(2) == 0)
                 continue;
@@ -308,19 +319,41 @@ private:
                 m_cells[cell].mark | static_cast<std::uint32_t>(random(256));
             cells.push_back(cell);
             items.push_back({tags()[cell], {value}});
-            lines.push_back(writeLine(m_cells[cell], value));
         }
         const bool isDownload = random(2) == 0;
-        m_judge.begin(isDownload ? lines : std::vector<QByteArray>());
+        std::vector<std::size_t> ends{0};
+        m_judge.begin(isDownload ? linesOf(cells, items, ends) : std::vector<QByteArray>());
         const kmr::TransferResult result =
             isDownload ? kmr::download(*m_session, items) : kmr::upload(*m_session, items);
-        const std::size_t certain = isDownload ? static_cast<std::size_t>(result.finished)
+        const std::size_t certain = isDownload ? ends.at(static_cast<std::size_t>(result.finished))
                                                : (result.result.isDone() ? cells.size() : 0);
         Judge::CellValues values;
         for (std::size_t i = 0; i < certain; ++i)
             values.emplace_back(cells[i], fromElements(items[i].values));
         m_judge.end(result.result, values);
         m_transfers += result.result.isDone() ? 1 : 0;
+    }
+
+    // The requests of a download, one for neighbouring words. `ends` receives for each how many
+    // cells are written after it.
+    std::vector<QByteArray> linesOf(const std::vector<std::size_t> &cells,
+                                    const std::vector<kmr::RecipeItem> &items,
+                                    std::vector<std::size_t> &ends) const
+    {
+        std::vector<QByteArray> lines;
+        for (std::size_t begin = 0; begin < cells.size(); begin = ends.back()) {
+            const Cell &first = m_cells[cells[begin]];
+            std::vector<std::uint32_t> values{fromElements(items[begin].values)};
+            std::size_t end = begin + 1;
+            for (; first.kind == CellKind::Word && end < cells.size() &&
+                   m_cells[cells[end]].address == first.address + (end - begin);
+                 ++end)
+                values.push_back(fromElements(items[end].values));
+            lines.push_back(first.kind == CellKind::Word ? writeWords(first, values)
+                                                         : writeLine(first, values.front()));
+            ends.push_back(end);
+        }
+        return lines;
     }
 
     std::vector<std::size_t> hostsCells() const

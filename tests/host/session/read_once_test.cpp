@@ -204,3 +204,18 @@ TEST_F(ReadingTest, StopFlagSetBeforeTheReadSendsNothing)
     EXPECT_EQ(readNow(*m_session, tags({"D100", "M0"}))[0].result.outcome, Outcome::NotSent);
     EXPECT_TRUE(m_device.sent().empty());
 }
+
+TEST_F(ReadingTest, ObserversGoOnDuringAReadAndAfterIt)
+{
+    Session &own = session();
+    int exchanges = 0;
+    int confirmed = 0;
+    own.setObserver([&exchanges](const Exchange &) { ++exchanges; });
+    own.setConfirmObserver([&confirmed](const ElementRange &) { ++confirmed; });
+    readNow(own, tags({"D0"}));
+    EXPECT_GT(exchanges, 0);
+    EXPECT_GT(confirmed, 0);
+    exchanges = 0;
+    own.step();
+    EXPECT_EQ(exchanges, 1);
+}
