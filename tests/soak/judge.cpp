@@ -48,8 +48,9 @@ void Judge::watch(kmr::Session &session)
     session.setConfirmObserver([this](const kmr::ElementRange &run) { checkConfirmed(run); });
 }
 
-void Judge::begin(const std::vector<QByteArray> &writes)
+void Judge::begin(const std::vector<QByteArray> &writes, bool isTransfer)
 {
+    m_isTransfer = isTransfer;
     m_allowedWrites = writes;
     m_writesDone = 0;
     m_hasGivenUp = false;
@@ -68,6 +69,7 @@ void Judge::end(const kmr::RequestResult &result, const CellValues &certain)
         blame("a request was given up and reported without a reason");
     checkCertain(certain);
     m_allowedWrites.clear();
+    m_isTransfer = false;
 }
 
 void Judge::checkCertain(const CellValues &certain)
@@ -133,7 +135,7 @@ void Judge::checkRepeats(const kmr::Exchange &exchange)
         exchange.outcome == Outcome::SentAgain || exchange.outcome == Outcome::GivenUp;
     m_badInARow = isBad ? (frame == m_repeated ? m_badInARow : 0) + 1 : 0;
     m_repeated = exchange.outcome == Outcome::SentAgain ? frame : QByteArray();
-    const bool isUsers = exchange.request.var.reqTag != READ_BLOCK_TAG;
+    const bool isUsers = m_isTransfer || exchange.request.var.reqTag != READ_BLOCK_TAG;
     const int retries = m_isSilent && !isUsers ? 0 : m_retries;
     if (isBad && (m_badInARow > retries) != (exchange.outcome == Outcome::GivenUp))
         blame(

@@ -21,7 +21,8 @@ public:
     void watch(kmr::Session &session);
 
     // A request of the user begins; `writes`: the lines that it may have the controller carry out.
-    void begin(const std::vector<QByteArray> &writes);
+    // `isTransfer`: of a recipe, during which each request is sent with its retries.
+    void begin(const std::vector<QByteArray> &writes, bool isTransfer = false);
 
     // Cells with what a request is reported to have written to them, or read from them.
     using CellValues = std::vector<std::pair<std::size_t, std::uint32_t>>;
@@ -75,6 +76,7 @@ private:
     std::vector<QByteArray> m_allowedWrites;
     std::size_t m_writesDone = 0; // of the current request
     bool m_hasGivenUp = false;    // the current request
+    bool m_isTransfer = false;    // likewise
     QByteArray m_repeated;        // the frame that must come again
     int m_badInARow = 0;          // its bad exchanges
     bool m_isSilent = false;      // a request was given up, and none answered since

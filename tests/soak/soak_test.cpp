@@ -322,7 +322,7 @@ private:
         }
         const bool isDownload = random(2) == 0;
         std::vector<std::size_t> ends{0};
-        m_judge.begin(isDownload ? linesOf(cells, items, ends) : std::vector<QByteArray>());
+        m_judge.begin(isDownload ? linesOf(cells, items, ends) : std::vector<QByteArray>(), true);
         const kmr::TransferResult result =
             isDownload ? kmr::download(*m_session, items) : kmr::upload(*m_session, items);
         const std::size_t certain = isDownload ? ends.at(static_cast<std::size_t>(result.finished))
