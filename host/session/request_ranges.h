@@ -35,7 +35,7 @@ std::vector<ElementRange> readRanges(const std::vector<Tag> &tags, int groupLimi
 // The elements of `tags` in their order, in runs of one write request each: single bits and
 // counters, groups of words up to the limit and the border, both words of a 32-bit value in one.
 // Words that follow on one another go in one request, also those of two tags. `Unlike`: full groups
-// and shorter ones in turn, for reads. Throws Error (Usage) where the limit is too low for a value.
+// and shorter ones in turn, for reads. Throws Error (Usage) if the limit is too low for a value.
 std::vector<ElementRange> writeRanges(const std::vector<Tag> &tags, int groupLimit,
                                       Neighbours neighbours = Neighbours::Any);
 

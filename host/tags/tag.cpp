@@ -174,7 +174,7 @@ AddressCheck TagReader::checkIn(const QString &area, const TagText &tag) const
     return found;
 }
 
-// 0 or less where the end is not an address or lies before the beginning.
+// 0 or less if the end is not an address or lies before the beginning.
 int TagReader::countOf(const QString &area, const QString &address, const TagText &tag) const
 {
     if (tag.count)

@@ -19,7 +19,7 @@ const CLI::App *find(const CLI::App &app, const std::string &name)
     return commands.empty() ? nullptr : commands.front();
 }
 
-// Throws Error (Usage) for what is no command. `App::help()` would explain the command that was
+// Throws Error (Usage) for what is not a command. `App::help()` would explain the command that was
 // chosen, which is this one.
 QString helpOf(const CLI::App &app, const std::vector<std::string> &names)
 {

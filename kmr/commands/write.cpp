@@ -46,7 +46,7 @@ std::vector<Assignment> parseAll(const QStringList &texts, const NamedTagReader 
     return assignments;
 }
 
-// Reports on stderr where a tag of several elements stopped.
+// Reports on stderr at which element a tag of several elements stopped.
 RequestResult writeOne(Session &session, const Assignment &assignment)
 {
     const WriteResult result = write(session, assignment);

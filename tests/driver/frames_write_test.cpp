@@ -129,7 +129,7 @@ TEST_F(WriteFrame, BitAreasHaveTheirBases)
                      {"S", 9999, 1, ":0105270FFF00C5"},
                      {"Y", 17, 0, ":0105050F0000E6"},
                      {"Y", 20, 1, ":01050510FF00E6"},
-                     {"Y", 18, 1, ":01050500FF00F6"}, // 8 is no octal digit
+                     {"Y", 18, 1, ":01050500FF00F6"}, // 8 is not an octal digit
                      {"Y", -7, 1, ":01050500FF00F6"},
                      {"T", 255, 1, ":010506FFFF00F6"},
                      {"M", 17, 1, ":01050811FF00E2"},
