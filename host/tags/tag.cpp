@@ -210,7 +210,8 @@ int TagReader::askBits(const QString &area, const QString &address, int count, i
         return NO_ADDRESS;
     const int bit = parts.captured(2).toInt();
     const int result = ask(area, parts.captured(1), wordsOfBits(bit, count), number);
-    number = number * WORD_BITS + bit;
+    if (result == VALID)
+        number = number * WORD_BITS + bit;
     return result;
 }
 
