@@ -1,6 +1,6 @@
 # What cmake --install puts where (GNUInstallDirs): the library, the one header, what CMake and
 # pkg-config need to find the library, and, except in a build of the driver alone, kmr with its man
-# page and completion. Components: runtime, dev, kmr.
+# page and completion, and kmr-view where it is built. Components: runtime, dev, kmr, view.
 include(CMakePackageConfigHelpers)
 
 set(package_dir ${CMAKE_INSTALL_LIBDIR}/cmake/OstrelKmr)
@@ -32,3 +32,14 @@ install(TARGETS kmr RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR} COMPONENT kmr)
 install(FILES kmr/man/kmr.1 DESTINATION ${CMAKE_INSTALL_MANDIR}/man1 COMPONENT kmr)
 install(FILES kmr/completion/kmr.bash
     DESTINATION ${CMAKE_INSTALL_DATADIR}/bash-completion/completions RENAME kmr COMPONENT kmr)
+
+if(TARGET kmr-view)
+    install(TARGETS kmr-view RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR} COMPONENT view)
+    install(FILES view/man/kmr-view.1 DESTINATION ${CMAKE_INSTALL_MANDIR}/man1 COMPONENT view)
+    install(FILES view/desktop/kmr-view.desktop
+        DESTINATION ${CMAKE_INSTALL_DATADIR}/applications COMPONENT view)
+    install(FILES view/desktop/kmr-view.svg
+        DESTINATION ${CMAKE_INSTALL_DATADIR}/icons/hicolor/scalable/apps COMPONENT view)
+    install(FILES view/desktop/kmr-view.metainfo.xml
+        DESTINATION ${CMAKE_INSTALL_DATADIR}/metainfo COMPONENT view)
+endif()

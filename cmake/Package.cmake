@@ -1,5 +1,5 @@
 # Debian packages of what is installed, made with CPack by script/package: libostrel-kmr1 (component
-# runtime), libostrel-kmr-dev (dev) and kmr (kmr). The version says which Qt they are built for.
+# runtime), libostrel-kmr-dev (dev), kmr (kmr) and, where it is built, kmr-view (view). The version says which Qt they are built for.
 set(KMR_DEBIAN_RELEASE 1+qt${KMR_QT_MAJOR})
 set(KMR_DEBIAN_VERSION ${PROJECT_VERSION}-${KMR_DEBIAN_RELEASE})
 
@@ -20,6 +20,9 @@ endif()
 set(CPACK_COMPONENTS_ALL runtime dev)
 if(NOT KMR_DRIVER_ONLY)
     list(APPEND CPACK_COMPONENTS_ALL kmr)
+endif()
+if(TARGET kmr-view)
+    list(APPEND CPACK_COMPONENTS_ALL view)
 endif()
 
 set(CPACK_DEBIAN_RUNTIME_PACKAGE_NAME libostrel-kmr1)
@@ -63,6 +66,15 @@ set(CPACK_COMPONENT_KMR_DESCRIPTION
 Reads, writes and watches a controller's memory over a serial line or TCP,
 moves recipes, diagnoses the line and simulates controllers. It speaks through
 the driver in libostrel-kmr1, as an operator panel does.")
+
+set(CPACK_DEBIAN_VIEW_PACKAGE_NAME kmr-view)
+set(CPACK_DEBIAN_VIEW_PACKAGE_SECTION comm)
+set(CPACK_DEBIAN_VIEW_PACKAGE_DEPENDS "libostrel-kmr1 (= ${KMR_DEBIAN_VERSION})")
+set(CPACK_COMPONENT_VIEW_DESCRIPTION
+"window on a line of Ostrel KMR controllers (Qt ${KMR_QT_MAJOR})
+Shows a controller's values with their quality, their trends, the traffic on
+the line byte by byte, the state of the line and its poll plan. It speaks
+through the driver in libostrel-kmr1, as an operator panel does.")
 
 # What Debian asks of a package besides. EXCLUDE_FROM_ALL: not part of a plain cmake --install.
 find_program(GZIP gzip)

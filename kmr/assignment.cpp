@@ -1,6 +1,5 @@
 #include "kmr/assignment.h"
 
-#include "host/session/request_ranges.h"
 #include "kmr/outcome.h"
 
 namespace kmr {
@@ -16,32 +15,11 @@ Assignment parseAssignment(const QString &text, const NamedTagReader &reader)
     Assignment assignment;
     assignment.tag = reader.read(text.left(equals));
     const Tag &tag = assignment.tag;
-    if (tag.kind == ElementKind::WordBit) {
-        throw Error(ErrorKind::Usage,
-                    QString("%1 can't be written: the controller offers no write of "
-                            "single bits of %2 words; write the whole word")
-                        .arg(tag.text, tag.elements.area));
-    }
-    if (!tag.isWritable)
-        throw Error(ErrorKind::Usage,
-                    QString("%1 can't be written: %2 are inputs").arg(tag.text, tag.elements.area));
+    const QString fault = whyNotWritable(tag);
+    if (!fault.isEmpty())
+        throw Error(ErrorKind::Usage, fault);
     assignment.values = parseValues(tag, text.mid(equals + 1));
     return assignment;
-}
-
-WriteResult write(Session &session, const Assignment &assignment)
-{
-    auto next = assignment.values.begin();
-    for (const ElementRange &run : writeRanges({assignment.tag}, session.groupLimit())) {
-        const RequestResult result = session.write(run, Values(next, next + run.count));
-        if (!result.isDone()) {
-            const QString place =
-                QString("%1#%2").arg(run.station).arg(elementName(run.area, run.first));
-            return {result, assignment.tag.count > 1 ? place : QString()};
-        }
-        next += run.count;
-    }
-    return {{RequestResult::Outcome::Done, {}}, {}};
 }
 
 QString writeErrorText(const RequestResult &result)

@@ -8,20 +8,6 @@
 
 namespace kmr {
 
-namespace {
-
-// On a serial line somebody may have asked just before us and gone: his answer is on its way for as
-// long as a long exchange lasts and a controller ponders.
-std::chrono::milliseconds quietBeforeUse(std::chrono::nanoseconds characterTime)
-{
-    using std::chrono::milliseconds;
-    const bool isSerial = characterTime > std::chrono::nanoseconds::zero();
-    return isSerial ? std::chrono::ceil<milliseconds>(64 * characterTime) + milliseconds(100)
-                    : milliseconds(0);
-}
-
-} // namespace
-
 std::unique_ptr<DriverLibrary> loadDriver(const Options &options)
 {
     const QString path = options.driver.isEmpty()

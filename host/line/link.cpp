@@ -245,6 +245,14 @@ std::chrono::nanoseconds characterTime(const LinkAddress &address)
     return std::chrono::nanoseconds(std::chrono::seconds(bits)) / address.baud;
 }
 
+std::chrono::milliseconds quietBeforeUse(std::chrono::nanoseconds characterTime)
+{
+    using std::chrono::milliseconds;
+    const bool isSerial = characterTime > std::chrono::nanoseconds::zero();
+    return isSerial ? std::chrono::ceil<milliseconds>(64 * characterTime) + milliseconds(100)
+                    : milliseconds(0);
+}
+
 bool isLost(const QIODevice &device)
 {
     if (!device.isOpen())

@@ -52,6 +52,11 @@ QString nameById(const QString &device, const QString &folder = "/dev/serial/by-
 // How long one character takes on the wire; 0 for TCP.
 std::chrono::nanoseconds characterTime(const LinkAddress &address);
 
+// The silence to keep before the first request. On a serial line somebody may have asked just
+// before us and gone: his answer is on its way for as long as a long exchange lasts and a
+// controller ponders.
+std::chrono::milliseconds quietBeforeUse(std::chrono::nanoseconds characterTime);
+
 // True when nothing can be sent or received over an opened device any more.
 bool isLost(const QIODevice &device);
 

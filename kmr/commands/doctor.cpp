@@ -1,6 +1,7 @@
 // kmr doctor: says in sentences what is wrong with the line and what to do.
 #include "host/line/line_diagnosis.h"
 #include "host/line/link.h"
+#include "host/session/line_examination.h"
 #include "kmr/command_line.h"
 #include "kmr/commands/commands.h"
 #include "kmr/connection.h"
@@ -49,64 +50,6 @@ ExitCode exitCodeOf(Finding finding)
     }
 }
 
-bool isAnswered(Finding finding)
-{
-    return finding == Finding::Good || finding == Finding::Refused || finding == Finding::WrongEcho;
-}
-
-// What answers say that no request waited for.
-Diagnosis diagnoseStrays(const Statistics &statistics)
-{
-    if (statistics.late() > 0) {
-        const double seconds = std::chrono::duration<double>(statistics.latest()).count();
-        return {Finding::Late,
-                QString("Answers come late, by up to %1 s: after their request was given up.")
-                    .arg(seconds, 0, 'f', 1),
-                QString("Set --timeout %1, or find what slows down the controller or its gateway.")
-                    .arg(std::chrono::ceil<std::chrono::milliseconds>(statistics.latest()).count() +
-                         100)};
-    }
-    return {
-        Finding::OutOfStep,
-        QString("Answers come twice: %1 that no request waited for.").arg(statistics.strays()),
-        "Look for a repeater, radio, modem or serial server that sends again what it passes on, "
-        "and for a second host. kmr shows no value that such an answer puts in doubt, but asks "
-        "again."};
-}
-
-// Asks `count` times, each once. Nothing when the user stops it.
-std::optional<Diagnosis> ask(Session &session, const ElementRange &element, int count,
-                             EchoMode echo)
-{
-    std::vector<Probe> probes;
-    session.setObserver([&probes](const Exchange &exchange) {
-        probes.push_back({QByteArray(exchange.request.frame, exchange.request.frameLen),
-                          exchange.received, exchange.fault, exchange.exceptionCode,
-                          exchange.length});
-    });
-    session.poll({element});
-    for (int i = 0; i < count; ++i) {
-        switch (session.step()) {
-        case PollLoop::Step::LineLost:
-            return Diagnosis{
-                Finding::Lost, "The other side closed the link, or the adapter was unplugged.",
-                "Check that no other host is connected, since some gateways take only one, and "
-                "that the other side speaks Modbus ASCII."};
-        case PollLoop::Step::Stopped:
-            return std::nullopt;
-        default:
-            break;
-        }
-    }
-    session.confirm();
-    const Diagnosis diagnosis = diagnose(probes, echo);
-    const bool isAnswering = isAnswered(diagnosis.finding) ||
-                             diagnosis.finding == Finding::Unsteady ||
-                             diagnosis.finding == Finding::NoFit;
-    return isAnswering && session.statistics().strays() > 0 ? diagnoseStrays(session.statistics())
-                                                            : diagnosis;
-}
-
 // Opens the link and asks `count` times. Throws Error for wrong usage and for a driver that does
 // not load.
 std::optional<Diagnosis> examine(Options options, const QString &tag, int count)
@@ -118,7 +61,7 @@ std::optional<Diagnosis> examine(Options options, const QString &tag, int count)
     ElementRange element = connection.readTags({tag}).front().elements;
     element.count = 1;
     try {
-        return ask(connection.open(), element, count, echo);
+        return askLine(connection.open(), element, count, echo);
     } catch (const Error &error) {
         if (error.kind() != ErrorKind::Link)
             throw;
@@ -138,12 +81,10 @@ std::optional<Diagnosis> examineSilence(Options options, const QString &tag,
     const std::optional<Diagnosis> patient = examine(options, tag, 1);
     if (!patient || !isAnswered(patient->finding))
         return patient ? silence : patient;
-    return Diagnosis{
-        Finding::Late,
-        QString("The station answers, but late: not within %1 ms, but within %2 ms.")
-            .arg(timeout, longer),
-        QString("Set --timeout %1, or find what slows down the controller or its gateway.")
-            .arg(longer)};
+    return Diagnosis{Finding::Late,
+                     QString("The station answers, but late: not within %1 ms, but within %2 ms.")
+                         .arg(timeout, longer),
+                     adviceForLate(longer)};
 }
 
 // A peer over TCP that doesn't understand us may understand another Modbus.
@@ -169,6 +110,8 @@ QString hintFor(const Diagnosis &diagnosis)
         return diagnosis.exceptionCode == 2 ? " --tag names what is read." : "";
     case Finding::Unsteady:
         return " --timeout sets how long one may take. 'kmr ping' measures the losses.";
+    case Finding::Late:
+        return " The option is --timeout.";
     case Finding::WrongEcho:
         return " The option is --echo.";
     case Finding::Silent:

@@ -1,7 +1,6 @@
 // kmr plan: the requests that polling tags takes.
-#include "host/line/answer_form.h"
-#include "host/line/in_step.h"
 #include "host/line/link.h"
+#include "host/session/cycle_cost.h"
 #include "host/session/poll_cycle.h"
 #include "host/session/request_ranges.h"
 #include "kmr/command_line.h"
@@ -11,8 +10,6 @@
 namespace kmr {
 
 namespace {
-
-constexpr int READ_ANSWER_CHARS = 11; // that are not data
 
 const char *const HELP =
     R"(Opens no link. Times are those of the characters, in the link's frame format or 7E1, and of
@@ -81,45 +78,7 @@ void tellRequest(RecordWriter &records, const PollBlock &block, std::chrono::nan
                  {}});
 }
 
-// What one round takes.
-struct Cost {
-    int requests = 0;
-    int sent = 0; // characters
-    int received = 0;
-
-    int characters() const
-    {
-        return sent + received;
-    }
-};
-
-Cost costOf(const PollCycle &plan)
-{
-    Cost cost;
-    for (const PollBlock &block : plan.blocks) {
-        ++cost.requests;
-        cost.sent += static_cast<int>(block.frame.size());
-        cost.received += block.replyChars;
-    }
-    return cost;
-}
-
-// With the check questions of --in-step on.
-Cost costInStep(const PollCycle &plan)
-{
-    std::vector<QByteArray> requests;
-    for (const PollBlock &block : plan.blocks)
-        requests.push_back(modbus::decodeLine(block.frame).message);
-    Cost cost = costOf(plan);
-    for (const QByteArray &check : checksOfRound(requests)) {
-        ++cost.requests;
-        cost.sent += static_cast<int>(modbus::encodeLine(check).size());
-        cost.received += READ_ANSWER_CHARS + 2 * answerBytes(check);
-    }
-    return cost;
-}
-
-void tellCost(RecordWriter &records, const char *kind, const QString &text, const Cost &cost,
+void tellCost(RecordWriter &records, const char *kind, const QString &text, const CycleCost &cost,
               std::chrono::nanoseconds characterTime, std::chrono::milliseconds gap)
 {
     records.add(text, {kind,
@@ -137,7 +96,7 @@ void tellCost(RecordWriter &records, const char *kind, const QString &text, cons
 void tellCycle(RecordWriter &records, const PollCycle &plan, std::chrono::nanoseconds characterTime,
                std::chrono::milliseconds gap)
 {
-    const Cost cost = costOf(plan);
+    const CycleCost cost = costOf(plan);
     const std::chrono::nanoseconds time = characterTime * cost.characters();
     const std::chrono::milliseconds silence = gap * cost.requests;
     QString text = QString("cycle: %1 requests, %2 characters, %3 ms on the wire")
@@ -153,8 +112,8 @@ void tellCycle(RecordWriter &records, const PollCycle &plan, std::chrono::nanose
 void tellInStep(RecordWriter &records, const PollCycle &plan, const PollCycle &old,
                 std::chrono::nanoseconds characterTime, std::chrono::milliseconds gap)
 {
-    const Cost with = costInStep(plan);
-    const Cost without = costOf(old);
+    const CycleCost with = costInStep(plan);
+    const CycleCost without = costOf(old);
     const double more =
         100.0 * (with.characters() - without.characters()) / std::max(1, without.characters());
     const QString text =

@@ -49,7 +49,7 @@ std::vector<Assignment> parseAll(const QStringList &texts, const NamedTagReader 
 // Reports on stderr at which element a tag of several elements stopped.
 RequestResult writeOne(Session &session, const Assignment &assignment)
 {
-    const WriteResult result = write(session, assignment);
+    const WriteResult result = writeTag(session, assignment.tag, assignment.values);
     if (!result.stoppedAt.isEmpty())
         printError(QString("%1: stopped at %2").arg(assignment.tag.text, result.stoppedAt));
     return result.request;

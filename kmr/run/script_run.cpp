@@ -30,7 +30,7 @@ StepResult failed(const QString &error, const RequestResult &result)
 
 StepResult runWrite(Session &session, const Assignment &assignment)
 {
-    const WriteResult result = write(session, assignment);
+    const WriteResult result = writeTag(session, assignment.tag, assignment.values);
     if (result.request.isDone())
         return {};
     const QString place =

@@ -102,7 +102,8 @@ TEST(Doctor, AnswerThatTakesMorePatienceIsCalledLate)
     EXPECT_EQ(doctor.out,
               controller.link() +
                   ": The station answers, but late: not within 400 ms, but within 2000 ms.\nSet "
-                  "--timeout 2000, or find what slows down the controller or its gateway.\n");
+                  "the timeout to 2000 ms, or find what slows down the controller or its gateway. "
+                  "The option is --timeout.\n");
     EXPECT_EQ(doctor.err, "no answer within 400 ms: waiting 2000 ms for one\n");
 }
 

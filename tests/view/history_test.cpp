@@ -1,0 +1,139 @@
+// What is kept of the course of values, and what is drawn of it.
+#include "host/error.h"
+#include "host/project/text_file.h"
+#include "view/history.h"
+#include "view/recording.h"
+#include "view/tag_index.h"
+#include "view/time_scale.h"
+
+#include <QTemporaryDir>
+#include <QtTest>
+
+#include <cmath>
+
+using namespace kmr;
+
+class HistoryTest : public QObject {
+    Q_OBJECT
+
+private slots:
+    void aStillValueTakesTwoSamples()
+    {
+        Series series;
+        for (int second = 0; second < 100; ++second)
+            series.add(second, 7);
+        QCOMPARE(series.samples().size(), std::size_t(2));
+        QCOMPARE(series.samples().back().time, 99.0);
+    }
+
+    void valuesMoveInAStraightLineAndEndAtAGap()
+    {
+        Series series;
+        series.add(10, 0);
+        series.add(20, 100);
+        series.addGap(30);
+        series.addGap(31);
+        series.add(40, 5);
+        QVERIFY(!series.at(9));
+        QCOMPARE(*series.at(15), 50.0);
+        QCOMPARE(*series.at(25), 100.0); // until it became stale
+        QVERIFY(!series.at(35));
+        QCOMPARE(*series.at(40), 5.0);
+        QVERIFY(!series.at(41)); // nobody has looked
+        QCOMPARE(series.samples().size(), std::size_t(4));
+    }
+
+    void figuresWeighByTime()
+    {
+        Series series;
+        series.add(0, 0);
+        series.add(10, 0);
+        series.add(10.001, 30);
+        series.add(20, 30);
+        const auto figures = series.figures(0, 20);
+        QCOMPARE(figures->least, 0.0);
+        QCOMPARE(figures->most, 30.0);
+        QVERIFY(std::abs(figures->mean - 15) < 0.01);
+        QCOMPARE(series.figures(12, 14)->mean, 30.0);
+        QVERIFY(!series.figures(-5, -1));
+    }
+
+    void eachPixelKeepsItsPeaksAndGaps()
+    {
+        Series series;
+        for (int i = 0; i < 100000; ++i)
+            series.add(i, i % 2);
+        series.add(100000, 1000); // one that nobody may miss
+        series.addGap(100001);
+        for (int i = 100002; i < 200000; ++i)
+            series.add(i, i % 2);
+        const std::vector<Sample> drawn = series.drawn(0, 200000, 100);
+        QVERIFY(drawn.size() <= 4 * 102);
+        const auto isPeak = [](const Sample &sample) { return sample.value == 1000; };
+        const auto isGap = [](const Sample &sample) { return std::isnan(sample.value); };
+        QCOMPARE(std::count_if(drawn.begin(), drawn.end(), isPeak), 1);
+        QCOMPARE(std::count_if(drawn.begin(), drawn.end(), isGap), 1);
+        QCOMPARE(series.drawn(10, 20, 100).size(), std::size_t(12)); // and one after it
+    }
+
+    void tooManySamplesLoseTheOldestQuarter()
+    {
+        History history;
+        for (std::size_t i = 0; i <= History::MOST_SAMPLES + 200000; ++i)
+            history.add(1, static_cast<double>(i), static_cast<double>(i % 2));
+        QVERIFY(history.series(1).samples().size() < History::MOST_SAMPLES);
+        QVERIFY(history.span()->from > 4e6);
+    }
+
+    void aLogOfTheCommandIsARecording()
+    {
+        const QString path = m_folder.filePath("log.csv");
+        writeTextFile(path, "time,D1 [bar],D1 quality,M0,M0 quality\n"
+                            "2026-11-22T10:00:00.000Z,250,good,1,good\n"
+                            "2026-11-22T10:00:01.500Z,,pending,0,good\n"
+                            "2026-11-22T10:00:02.0");
+        Recording recording;
+        readRecording(path, recording);
+        QCOMPARE(recording.tags.size(), std::size_t(2));
+        QCOMPARE(recording.tags[0].name, QString("D1"));
+        QCOMPARE(recording.tags[0].unit, QString("bar"));
+        QVERIFY(!recording.tags[0].isBit && recording.tags[1].isBit);
+        QCOMPARE(*recording.history.series(2).at(1795341600), 1.0);
+        QVERIFY(!recording.history.series(1).at(1795341601.6));
+    }
+
+    void anotherFileIsNoRecording()
+    {
+        const QString path = m_folder.filePath("other.csv");
+        writeTextFile(path, "a,b,c\n");
+        Recording recording;
+        try {
+            readRecording(path, recording);
+            QFAIL("it was taken");
+        } catch (const Error &error) {
+            QVERIFY(error.text().contains("is no recording"));
+        }
+    }
+
+    void tagsAreFoundByTheirElements()
+    {
+        const TagIndex index(
+            {{1, "D", 100, 1}, {1, "D", 90, 20}, {2, "D", 100, 1}, {1, "M", 100, 1}});
+        QCOMPARE(index.in({1, "D", 100, 8}), (std::vector<std::size_t>{1, 0}));
+        QCOMPARE(index.in({1, "D", 109, 1}), std::vector<std::size_t>{1});
+        QVERIFY(index.in({1, "D", 110, 5}).empty());
+        QVERIFY(index.in({3, "D", 100, 5}).empty());
+    }
+
+    void timeIsDividedAsClocksAre()
+    {
+        const QList<double> ticks = timeScale(0, 3600, 6).ticks(QwtScaleDiv::MajorTick);
+        QCOMPARE(ticks, (QList<double>{0, 600, 1200, 1800, 2400, 3000, 3600}));
+    }
+
+private:
+    QTemporaryDir m_folder;
+};
+
+QTEST_GUILESS_MAIN(HistoryTest)
+#include "history_test.moc"

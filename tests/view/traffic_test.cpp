@@ -1,0 +1,181 @@
+// The pages of traffic and of the line.
+#include "tests/view/line_fixture.h"
+#include "view/frame_bytes.h"
+#include "view/line_counts.h"
+#include "view/traffic_model.h"
+
+#include <numeric>
+
+using namespace kmr;
+
+class TrafficTest : public QObject {
+    Q_OBJECT
+
+private slots:
+    void init()
+    {
+        useOwnSettings(m_folder);
+    }
+
+    void exchangesAreExplainedAndFiltered()
+    {
+        Line line({"exception=2,every=3"});
+        MainWindow window;
+        window.show();
+        QVERIFY(window.start(line.project({"D100"})));
+        const auto *table = child<QTableView>(window, "traffic");
+        QTRY_VERIFY_WITH_TIMEOUT(table->model()->rowCount() > 20, PATIENCE);
+        QTest::keyClick(child<QComboBox>(window, "trafficKind"), Qt::Key_Down);
+        QTest::keyClick(child<QComboBox>(window, "trafficKind"), Qt::Key_Down); // refused
+        QTRY_VERIFY_WITH_TIMEOUT(table->model()->rowCount() > 2, PATIENCE);
+        for (int row = 0; row < 3; ++row)
+            QVERIFY(text(*table, row, TrafficModel::ANSWER).contains("exception 02"));
+        QTest::keyClicks(child<QLineEdit>(window, "trafficStation"), "7");
+        QCOMPARE(table->model()->rowCount(), 0);
+    }
+
+    void aClickExplainsAFrameByteByByte()
+    {
+        Line line;
+        line.set("D", 100, 258);
+        MainWindow window;
+        window.show();
+        QVERIFY(window.start(line.project({"D100"})));
+        child<QTabWidget>(window)->setCurrentIndex(1);
+        const auto *table = child<QTableView>(window, "traffic");
+        QTRY_VERIFY_WITH_TIMEOUT(table->model()->rowCount() > 5, PATIENCE);
+        int row = 0;
+        while (text(*table, row, TrafficModel::ELEMENTS) != "D100")
+            ++row;
+        QTest::mouseClick(table->viewport(), Qt::LeftButton, {},
+                          table->visualRect(table->model()->index(row, 1)).center());
+        const auto *bytes = child<QTableWidget>(window, "bytes");
+        QVERIFY(bytes->rowCount() > 10);
+        QCOMPARE(bytes->item(3, 1)->text(), QString("1064"));
+        QCOMPARE(bytes->item(3, 3)->text(), QString("D100"));
+    }
+
+    void theLrcIsWorkedOut()
+    {
+        const std::vector<FramePart> good = explainBytes(":01031064000187\r\n", {});
+        QCOMPARE(good[5].name, QString("LRC"));
+        QCOMPARE(good[5].meaning,
+                 QString::fromUtf8("right: 01+03+10+64+00+01 = 79; 100 − 79 = 87"));
+        const std::vector<FramePart> bad = explainBytes(":0103020001F8\r\n", ":01031064000187\r\n");
+        QCOMPARE(bad[4].name, QString("D100"));
+        QCOMPARE(bad[4].meaning, QString("1"));
+        QVERIFY(bad[5].isBad);
+        QCOMPARE(bad[5].meaning, QString::fromUtf8("wrong: 01+03+02+00+01 = 07; 100 − 07 = F9"));
+    }
+
+    void everyKindOfFrameIsTakenApart_data()
+    {
+        QTest::addColumn<QByteArray>("line");
+        QTest::addColumn<QByteArray>("request");
+        QTest::addColumn<QString>("meanings");
+        QTest::newRow("bits") << QByteArray(":01020105F7\r\n") << QByteArray(":010204000010E9\r\n")
+                              << "from X0 on: X0, X2 on";
+        QTest::newRow("bit write") << QByteArray(":01050500FF00F6\r\n") << QByteArray() << "Y0;on";
+        QTest::newRow("write") << QByteArray(":0110106400010200FA7E\r\n") << QByteArray()
+                               << "D100;1;2;250";
+        QTest::newRow("refusal") << QByteArray(":0183027A\r\n") << QByteArray(":01031064000187\r\n")
+                                 << "\"read registers\" is refused;illegal data address";
+        QTest::newRow("noise") << QByteArray(":01\r\n") << QByteArray() << "too short";
+    }
+
+    void everyKindOfFrameIsTakenApart()
+    {
+        QFETCH(QByteArray, line);
+        QFETCH(QByteArray, request);
+        QFETCH(QString, meanings);
+        QStringList found;
+        for (const FramePart &part : explainBytes(line, request))
+            found.append(part.meaning);
+        for (const QString &meaning : meanings.split(';'))
+            QVERIFY2(found.contains(meaning), qPrintable(found.join('|')));
+    }
+
+    void aCaptureIsWrittenAndOpened()
+    {
+        Line line;
+        MainWindow window;
+        window.show();
+        QVERIFY(window.start(line.project({"D100"})));
+        const QString path = m_folder.filePath("line.kmr");
+        auto *view = window.findChild<TrafficView *>();
+        emit view->captureWanted(path);
+        QTRY_VERIFY_WITH_TIMEOUT(QFileInfo(path).size() > 2000, PATIENCE);
+        QVERIFY(child<QAction>(*view, "capture")->isChecked());
+        child<QAction>(*view, "capture")->trigger();
+        QVERIFY(!child<QAction>(*view, "capture")->isChecked());
+        QVERIFY(window.openCapture(path));
+        auto *page = child<QTabWidget>(window)->currentWidget();
+        const auto *table = page->findChild<QTableView *>("traffic");
+        QVERIFY(table->model()->rowCount() > 5);
+        for (int row = 0; row < 5; ++row)
+            QCOMPARE(table->model()->index(row, 0).data(TrafficModel::OUTCOME_ROLE).toInt(),
+                     static_cast<int>(TrafficRow::Outcome::Good));
+    }
+
+    void countsOfASecondGiveRatesAndShares()
+    {
+        LineCounts counts;
+        using Outcome = Exchange::Outcome;
+        for (int i = 0; i < 10; ++i)
+            counts.add({100.5, 1, Outcome::Good, {}, std::chrono::milliseconds(10 + i), 40});
+        counts.add({101.0, 2, Outcome::GivenUp, {ReplyFault::Silence, 0, {}}, {}, 17});
+        counts.add({101.1, 2, Outcome::GivenUp, {ReplyFault::None, 2, {}}, {}, 30});
+        counts.add({101.2, 2, Outcome::PassedOver, {}, {}, 0});
+        QCOMPARE(counts.seconds().size(), std::size_t(2));
+        QCOMPARE(counts.seconds()[1].silent, 1);
+        QCOMPARE(counts.stations().at(2).refused, std::uint64_t(1));
+        QCOMPARE(counts.stations().at(1).longest, 0.019);
+        QCOMPARE(counts.rate(102.3, 2), 6.0);
+        QCOMPARE(counts.wireShare(101.9, 1, std::chrono::milliseconds(1)), 0.4);
+        const RoundTripBins bins = binsOf(counts.roundTrips(), 4);
+        QCOMPARE(std::accumulate(bins.counts.begin(), bins.counts.end(), 0), 10);
+        QCOMPARE(bins.counts[0], 0);
+    }
+
+    void aLimpingStationIsSeen()
+    {
+        Line line({"silence,every=4"});
+        MainWindow window;
+        window.show();
+        ProjectSettings settings = line.project({"D100"});
+        settings.timeout = std::chrono::milliseconds(30);
+        QVERIFY(window.start(settings));
+        child<QTabWidget>(window)->setCurrentIndex(2);
+        const auto *stations = child<QTableWidget>(window, "stations");
+        QTRY_VERIFY_WITH_TIMEOUT(stations->rowCount() == 1 &&
+                                     stations->item(0, 1)->text().startsWith("limps: "),
+                                 PATIENCE);
+    }
+
+    void theLineIsExaminedAtTheButton()
+    {
+        Line line({"exception=2"});
+        MainWindow window;
+        window.show();
+        QVERIFY(window.start(line.project({"D100"})));
+        child<QTabWidget>(window)->setCurrentIndex(2);
+        QTest::mouseClick(child<QPushButton>(window, "examine"), Qt::LeftButton);
+        const auto *verdict = child<QLabel>(window, "verdict");
+        QTRY_VERIFY_WITH_TIMEOUT(verdict->text().contains("illegal data address"), PATIENCE);
+        line.setHits(Line::Hits::None);
+        QTest::keyClick(child<QPushButton>(window, "examine"), Qt::Key_Space);
+        QTRY_VERIFY_WITH_TIMEOUT(verdict->text().startsWith("The station answers"), PATIENCE);
+        QTRY_COMPARE_WITH_TIMEOUT(cell(window, 0, ValuesModel::QUALITY), QString("good"), PATIENCE);
+    }
+
+private:
+    static QString text(const QTableView &table, int row, int column)
+    {
+        return table.model()->index(row, column).data().toString();
+    }
+
+    QTemporaryDir m_folder;
+};
+
+QTEST_MAIN(TrafficTest)
+#include "traffic_test.moc"

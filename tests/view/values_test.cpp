@@ -1,0 +1,198 @@
+// The table of values: what it shows, and writes.
+#include "tests/view/line_fixture.h"
+#include "view/write_dialog.h"
+
+#include <QMessageBox>
+
+using namespace kmr;
+using Model = ValuesModel;
+
+class ValuesTest : public QObject {
+    Q_OBJECT
+
+private slots:
+    void init()
+    {
+        useOwnSettings(m_folder);
+    }
+
+    void valuesAreShownAsTheyChange()
+    {
+        Line line;
+        line.set("D", 100, 65534);
+        MainWindow window;
+        QVERIFY(window.start(line.project({"D100/int16", "Y0x4"})));
+        QTRY_COMPARE_WITH_TIMEOUT(cell(window, 0, Model::VALUE), QString("-2"), PATIENCE);
+        QTRY_COMPARE_WITH_TIMEOUT(cell(window, 1, Model::VALUE), QString("0 0 0 0"), PATIENCE);
+        QCOMPARE(cell(window, 0, Model::ADDRESS), QString("1#D100"));
+        QCOMPARE(cell(window, 0, Model::CHANGES), QString("0"));
+        line.set("D", 100, 7);
+        QTRY_COMPARE_WITH_TIMEOUT(cell(window, 0, Model::VALUE), QString("7"), PATIENCE);
+        QCOMPARE(cell(window, 0, Model::CHANGES), QString("1"));
+        QCOMPARE(cell(window, 0, Model::QUALITY), QString("good"));
+    }
+
+    void whatIsNotAnsweredIsStaleAndKeepsItsValue()
+    {
+        Line line({"silence"});
+        line.setHits(Line::Hits::None);
+        line.set("D", 1, 5);
+        MainWindow window;
+        QVERIFY(window.start(line.project({"D1"})));
+        QTRY_COMPARE_WITH_TIMEOUT(cell(window, 0, Model::VALUE), QString("5"), PATIENCE);
+        line.setHits(Line::Hits::All);
+        QTRY_VERIFY_WITH_TIMEOUT(cell(window, 0, Model::QUALITY).startsWith("stale: "), PATIENCE);
+        QCOMPARE(cell(window, 0, Model::VALUE), QString("5"));
+        line.setHits(Line::Hits::None);
+        QTRY_COMPARE_WITH_TIMEOUT(cell(window, 0, Model::QUALITY), QString("good"), PATIENCE);
+    }
+
+    void theFilterLeavesWhatItsTextAndStateSay()
+    {
+        Line line;
+        MainWindow window;
+        QVERIFY(window.start(line.project({"D1", "D20", "M3"})));
+        QTRY_COMPARE_WITH_TIMEOUT(cell(window, 2, Model::QUALITY), QString("good"), PATIENCE);
+        const auto *model = child<QTableView>(window, "values")->model();
+        QTest::keyClicks(child<QLineEdit>(window, "filter"), "d2");
+        QCOMPARE(model->rowCount(), 1);
+        QCOMPARE(cell(window, 0, Model::TAG), QString("D20"));
+        child<QLineEdit>(window, "filter")->clear();
+        QTest::keyClick(child<QComboBox>(window, "filterKind"), Qt::Key_Down); // not good
+        QCOMPARE(model->rowCount(), 0);
+    }
+
+    void aClickOnTheHeadingSortsByNumber()
+    {
+        Line line;
+        line.set("D", 1, 100);
+        line.set("D", 2, 9);
+        MainWindow window;
+        window.show();
+        QVERIFY(window.start(line.project({"D1", "D2"})));
+        QTRY_COMPARE_WITH_TIMEOUT(cell(window, 1, Model::VALUE), QString("9"), PATIENCE);
+        auto *heading = child<QTableView>(window, "values")->horizontalHeader();
+        const QPoint place(heading->sectionViewportPosition(Model::VALUE) + 20, 5);
+        QTest::mouseClick(heading->viewport(), Qt::LeftButton, {}, place);
+        QTRY_COMPARE(cell(window, 0, Model::VALUE), QString("9"));
+        QTest::mouseClick(heading->viewport(), Qt::LeftButton, {}, place);
+        QTRY_COMPARE(cell(window, 0, Model::VALUE), QString("100"));
+    }
+
+    void aDoubleClickWritesAfterConfirmation()
+    {
+        Line line;
+        MainWindow window;
+        window.show();
+        QVERIFY(window.start(line.project({"D100"})));
+        QTRY_COMPARE_WITH_TIMEOUT(cell(window, 0, Model::VALUE), QString("0"), PATIENCE);
+        clickCell(window, 0, Model::VALUE);
+        auto *dialog = child<WriteDialog>(window);
+        auto *button = child<QPushButton>(*dialog, "write");
+        QVERIFY(!button->isEnabled());
+        QTest::keyClicks(child<QComboBox>(*dialog, "newValue"), "70000");
+        QVERIFY(!button->isEnabled()); // not a word
+        child<QComboBox>(*dialog, "newValue")->clearEditText();
+        QTest::keyClicks(child<QComboBox>(*dialog, "newValue"), "250");
+        QCOMPARE(child<QLabel>(*dialog, "sentence")->text(),
+                 QString("D100 will be 250 instead of 0."));
+        QCOMPARE(line.get("D", 100), 0U);
+        QTest::mouseClick(button, Qt::LeftButton);
+        QTRY_COMPARE_WITH_TIMEOUT(child<QLabel>(*dialog, "outcome")->text(),
+                                  QString("Written: the controller has confirmed it."), PATIENCE);
+        QCOMPARE(line.get("D", 100), 250U);
+        QTRY_COMPARE_WITH_TIMEOUT(cell(window, 0, Model::VALUE), QString("250"), PATIENCE);
+    }
+
+    void theKeyboardWritesToo()
+    {
+        Line line;
+        MainWindow window;
+        window.show();
+        QVERIFY(window.start(line.project({"Y0"})));
+        QTRY_COMPARE_WITH_TIMEOUT(cell(window, 0, Model::VALUE), QString("0"), PATIENCE);
+        mark(window, 0);
+        QTest::keyClick(child<QTableView>(window, "values"), Qt::Key_F2);
+        auto *dialog = child<WriteDialog>(window);
+        QTest::keyClicks(child<QComboBox>(*dialog, "newValue"), "on");
+        QTest::keyClick(child<QComboBox>(*dialog, "newValue")->lineEdit(), Qt::Key_Return);
+        QVERIFY(line.get("Y", 0) == 0U); // only then the button has the focus
+        QTest::keyClick(child<QPushButton>(*dialog, "write"), Qt::Key_Space);
+        QTRY_COMPARE_WITH_TIMEOUT(line.get("Y", 0), 1U, PATIENCE);
+    }
+
+    void aRefusedWriteSaysSo()
+    {
+        Line line({"exception=4"});
+        line.setHits(Line::Hits::None);
+        MainWindow window;
+        window.show();
+        QVERIFY(window.start(line.project({"D100"})));
+        QTRY_COMPARE_WITH_TIMEOUT(cell(window, 0, Model::VALUE), QString("0"), PATIENCE);
+        clickCell(window, 0, Model::VALUE);
+        auto *dialog = child<WriteDialog>(window);
+        line.setHits(Line::Hits::All);
+        QTest::keyClicks(child<QComboBox>(*dialog, "newValue"), "1");
+        QTest::mouseClick(child<QPushButton>(*dialog, "write"), Qt::LeftButton);
+        QTRY_VERIFY_WITH_TIMEOUT(
+            child<QLabel>(*dialog, "outcome")->text().startsWith("Not written: refused"), PATIENCE);
+        QCOMPARE(line.get("D", 100), 0U);
+    }
+
+    void inputsAreNotWritten()
+    {
+        Line line;
+        MainWindow window;
+        window.show();
+        QVERIFY(window.start(line.project({"X0"})));
+        clickCell(window, 0, Model::VALUE);
+        QCOMPARE(child<QMessageBox>(window)->text(), QString("X0 can't be written: X are inputs"));
+    }
+
+    void aFormatOfTheMenuShowsTheSameValueAnew()
+    {
+        Line line;
+        line.set("D", 5, 255);
+        MainWindow window;
+        window.show();
+        QVERIFY(window.start(line.project({"D5"})));
+        QTRY_COMPARE_WITH_TIMEOUT(cell(window, 0, Model::VALUE), QString("255"), PATIENCE);
+        mark(window, 0);
+        QMenu *menu = child<ValuesView>(window)->menu();
+        emit menu->aboutToShow();
+        for (QAction *action : menu->findChildren<QAction *>()) {
+            if (action->text() == "hex")
+                action->trigger();
+        }
+        QCOMPARE(cell(window, 0, Model::VALUE), QString("0x00FF"));
+        QCOMPARE(cell(window, 0, Model::TAG), QString("D5/hex"));
+    }
+
+    void tagsAreAddedWithTheDriversVerdictAndRemoved()
+    {
+        Line line;
+        MainWindow window;
+        window.show();
+        QVERIFY(window.start(line.project({"D5"})));
+        auto *edit = child<QLineEdit>(window, "tagText");
+        QTest::keyClicks(edit, "D99999");
+        QVERIFY(!child<QPushButton>(window, "addTag")->isEnabled());
+        QVERIFY(child<QLabel>(window, "tagVerdict")->text().contains("D99999"));
+        edit->clear();
+        QTest::keyClicks(edit, "M7");
+        QCOMPARE(child<QLabel>(window, "tagVerdict")->text(),
+                 QString("station 1, M7: 1 bit(s), can be written"));
+        QTest::keyClick(edit, Qt::Key_Return);
+        QTRY_COMPARE_WITH_TIMEOUT(cell(window, 1, Model::VALUE), QString("0"), PATIENCE);
+        mark(window, 0);
+        QTest::keyClick(child<QTableView>(window, "values"), Qt::Key_Delete);
+        QTRY_COMPARE(cell(window, 0, Model::TAG), QString("M7"));
+        QCOMPARE(window.values().rowCount(), 1);
+    }
+
+private:
+    QTemporaryDir m_folder;
+};
+
+QTEST_MAIN(ValuesTest)
+#include "values_test.moc"

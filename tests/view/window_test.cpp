@@ -1,0 +1,167 @@
+// The window as a whole: projects, a line that is lost, and closing.
+#include "host/project/text_file.h"
+#include "tests/view/line_fixture.h"
+#include "view/start_dialog.h"
+#include "view/write_dialog.h"
+
+#include <QMessageBox>
+#include <QMimeData>
+
+using namespace kmr;
+using Model = ValuesModel;
+
+class WindowTest : public QObject {
+    Q_OBJECT
+
+private slots:
+    void init()
+    {
+        useOwnSettings(m_folder);
+    }
+
+    void aProjectIsSavedAsItWasOpened()
+    {
+        Line line;
+        const QString path = m_folder.filePath("kmr.toml");
+        writeTextFile(path, formatProject(line.project({"D1", "D2/hex"}), path));
+        MainWindow window;
+        QVERIFY(window.openProject(path));
+        QTRY_COMPARE_WITH_TIMEOUT(cell(window, 1, Model::VALUE), QString("0x0000"), PATIENCE);
+        const QString copy = m_folder.filePath("copy.toml");
+        window.saveProject(copy);
+        QCOMPARE(readTextFile(copy), readTextFile(path));
+        QCOMPARE(QSettings().value("recent").toStringList(), (QStringList{copy, path}));
+    }
+
+    void aDroppedProjectIsOpened()
+    {
+        Line line;
+        const QString path = m_folder.filePath("dropped.toml");
+        writeTextFile(path, formatProject(line.project({"D9"}), path));
+        MainWindow window;
+        window.show();
+        QMimeData data;
+        data.setUrls({QUrl::fromLocalFile(path)});
+        QDragEnterEvent enter({5, 5}, Qt::CopyAction, &data, Qt::LeftButton, {});
+        QApplication::sendEvent(&window, &enter);
+        QVERIFY(enter.isAccepted());
+        QDropEvent drop({5, 5}, Qt::CopyAction, &data, Qt::LeftButton, {});
+        QApplication::sendEvent(&window, &drop);
+        QTRY_COMPARE_WITH_TIMEOUT(cell(window, 0, Model::VALUE), QString("0"), PATIENCE);
+    }
+
+    void aBadProjectIsRefusedWithItsLine()
+    {
+        const QString path = m_folder.filePath("bad.toml");
+        writeTextFile(path, "statoin = 2\n");
+        MainWindow window;
+        window.show();
+        QVERIFY(!window.openProject(path));
+        QVERIFY(child<QMessageBox>(window)->text().startsWith(path + ":1: unknown key"));
+    }
+
+    void theDialogStartsTheBuiltInController()
+    {
+        MainWindow window;
+        window.show();
+        QVERIFY(window.start(simulated()));
+        window.askForLine();
+        auto *dialog = child<StartDialog>(window);
+        QVERIFY(child<QRadioButton>(*dialog, "simulated")->isChecked());
+        QTest::mouseClick(child<QPushButton>(*dialog, "start"), Qt::LeftButton);
+        QTRY_VERIFY_WITH_TIMEOUT(cell(window, 0, Model::CHANGES).toInt() > 0, PATIENCE);
+    }
+
+    void theDialogMakesTheProjectOfALink()
+    {
+        Drivers drivers(DRIVER_LIBRARY);
+        StartDialog dialog(simulated(), drivers);
+        dialog.show();
+        QTest::mouseClick(child<QRadioButton>(dialog, "tcp"), Qt::LeftButton, {}, {10, 10});
+        auto *host = child<QLineEdit>(dialog, "host");
+        host->clear();
+        QVERIFY(!child<QPushButton>(dialog, "start")->isEnabled());
+        QTest::keyClicks(host, "10.0.0.7");
+        child<QListWidget>(dialog, "tags")->selectAll();
+        QTest::mouseClick(child<QPushButton>(dialog, "removeTag"), Qt::LeftButton);
+        QTest::keyClicks(child<QLineEdit>(dialog, "tagText"), "D7");
+        QTest::keyClick(child<QPushButton>(dialog, "addTag"), Qt::Key_Space);
+        QCOMPARE(dialog.settings().link, QString("tcp://10.0.0.7:8888"));
+        QCOMPARE(dialog.settings().tags, QStringList{"D7"});
+    }
+
+    void aLostLineIsOpenedAgain()
+    {
+        Line line({"close=100ms,every=40"});
+        MainWindow window;
+        QVERIFY(window.start(line.project({"D1"})));
+        auto *state = child<QLabel>(window, "state");
+        QTRY_VERIFY_WITH_TIMEOUT(state->text().contains("The line was lost"), PATIENCE);
+        line.setHits(Line::Hits::None);
+        line.set("D", 1, 77);
+        QTRY_COMPARE_WITH_TIMEOUT(cell(window, 0, Model::VALUE), QString("77"), PATIENCE);
+        QTRY_VERIFY_WITH_TIMEOUT(state->text().endsWith(": open"), PATIENCE);
+    }
+
+    void aLinkThatCannotBeOpenedIsReported()
+    {
+        ProjectSettings settings = Line().project({"D1"}); // nobody listens there any more
+        MainWindow window;
+        QVERIFY(window.start(settings));
+        QTRY_VERIFY_WITH_TIMEOUT(
+            child<QLabel>(window, "state")->text().contains("refused", Qt::CaseInsensitive),
+            PATIENCE);
+    }
+
+    void closingDuringAWriteSaysWhatIsUncertain()
+    {
+        Line line({"silence"});
+        line.setHits(Line::Hits::None);
+        ProjectSettings settings = line.project({"D100"});
+        settings.timeout = std::chrono::minutes(10);
+        MainWindow window;
+        window.show();
+        QVERIFY(window.start(settings));
+        QTRY_COMPARE_WITH_TIMEOUT(cell(window, 0, Model::VALUE), QString("0"), PATIENCE);
+        clickCell(window, 0, Model::VALUE);
+        auto *dialog = child<WriteDialog>(window);
+        line.setHits(Line::Hits::Writes);
+        QTest::keyClicks(child<QComboBox>(*dialog, "newValue"), "5");
+        QTest::mouseClick(child<QPushButton>(*dialog, "write"), Qt::LeftButton);
+        QTRY_COMPARE_WITH_TIMEOUT(line.get("D", 100), 5U, PATIENCE); // written, but not answered
+        window.close();
+        QVERIFY(window.isVisible());
+        auto *box = child<QMessageBox>(window);
+        QVERIFY2(box->text().contains("D100 = 5: Unknown whether it was written"),
+                 qPrintable(box->text()));
+        QTest::keyClick(box, Qt::Key_Return);
+        QTRY_VERIFY(!window.isVisible());
+    }
+
+    void theWindowComesBackAsItWasLeft()
+    {
+        {
+            MainWindow window;
+            window.resize(900, 500);
+            child<QTableView>(window, "values")->setColumnWidth(0, 222);
+            window.close();
+        }
+        MainWindow window;
+        QCOMPARE(window.size(), QSize(900, 500));
+        QCOMPARE(child<QTableView>(window, "values")->columnWidth(0), 222);
+    }
+
+private:
+    static ProjectSettings simulated()
+    {
+        ProjectSettings settings;
+        settings.driver = DRIVER_LIBRARY;
+        settings.tags = BuiltInController::tags();
+        return settings;
+    }
+
+    QTemporaryDir m_folder;
+};
+
+QTEST_MAIN(WindowTest)
+#include "window_test.moc"

@@ -1,0 +1,91 @@
+#include "view/line_counts.h"
+
+#include <algorithm>
+#include <cmath>
+
+namespace kmr {
+
+void LineCounts::clear()
+{
+    *this = LineCounts();
+}
+
+void LineCounts::add(const ExchangeNews &exchange)
+{
+    if (exchange.outcome == Exchange::Outcome::PassedOver)
+        return;
+    const auto second = static_cast<std::int64_t>(std::floor(exchange.time));
+    if (m_seconds.empty() || m_seconds.back().second != second)
+        m_seconds.push_back({second});
+    if (m_seconds.size() > MOST_SECONDS)
+        m_seconds.pop_front();
+    SecondCounts &counts = m_seconds.back();
+    StationCounts &station = m_stations[exchange.station];
+    counts.characters += exchange.characters;
+    const bool isRefused = exchange.failure.exceptionCode != 0;
+    const bool isGood = exchange.outcome == Exchange::Outcome::Good;
+    if (isGood || isRefused)
+        station.lastAnswer = exchange.time;
+    if (isRefused) {
+        ++counts.refused;
+        ++station.refused;
+    } else if (!isGood) {
+        ++(exchange.failure.fault == ReplyFault::Silence ? counts.silent : counts.faulty);
+        ++station.failed;
+    }
+    if (!isGood)
+        return;
+    const double roundTrip = std::chrono::duration<double>(exchange.roundTrip).count();
+    ++counts.good;
+    ++station.good;
+    counts.roundTrips += roundTrip;
+    counts.longest = std::max(counts.longest, roundTrip);
+    station.roundTrips += roundTrip;
+    station.longest = std::max(station.longest, roundTrip);
+    m_roundTrips.push_back(roundTrip);
+    if (m_roundTrips.size() > MOST_ROUND_TRIPS)
+        m_roundTrips.pop_front();
+}
+
+double LineCounts::rate(double now, int seconds) const
+{
+    const auto end = static_cast<std::int64_t>(std::floor(now));
+    int count = 0;
+    for (const SecondCounts &counts : m_seconds) {
+        if (counts.second >= end - seconds && counts.second < end)
+            count += counts.good + counts.refused + counts.silent + counts.faulty;
+    }
+    return static_cast<double>(count) / seconds;
+}
+
+double LineCounts::wireShare(double now, int seconds, std::chrono::nanoseconds characterTime) const
+{
+    const auto end = static_cast<std::int64_t>(std::floor(now));
+    qsizetype characters = 0;
+    for (const SecondCounts &counts : m_seconds) {
+        if (counts.second >= end - seconds && counts.second < end)
+            characters += counts.characters;
+    }
+    return std::chrono::duration<double>(characterTime).count() * static_cast<double>(characters) /
+           seconds;
+}
+
+RoundTripBins binsOf(const std::deque<double> &roundTrips, int bins)
+{
+    RoundTripBins result;
+    result.counts.resize(static_cast<std::size_t>(bins));
+    if (roundTrips.empty())
+        return result;
+    std::vector<double> sorted(roundTrips.begin(), roundTrips.end());
+    const std::size_t most = (sorted.size() - 1) * 99 / 100;
+    std::nth_element(sorted.begin(), sorted.begin() + static_cast<std::ptrdiff_t>(most),
+                     sorted.end());
+    result.width = std::max(sorted[most] * 1.1, 1e-6) / bins;
+    for (const double roundTrip : roundTrips) {
+        const auto bin = static_cast<std::size_t>(roundTrip / result.width);
+        ++result.counts[std::min(bin, result.counts.size() - 1)];
+    }
+    return result;
+}
+
+} // namespace kmr

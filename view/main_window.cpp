@@ -1,0 +1,244 @@
+#include "view/main_window.h"
+
+#include "host/error.h"
+#include "view/quality_icon.h"
+
+#include <QMessageBox>
+#include <QSettings>
+#include <QStatusBar>
+#include <QStyle>
+
+#include <algorithm>
+#include <utility>
+
+namespace kmr {
+
+namespace {
+
+constexpr std::chrono::milliseconds REFRESH_INTERVAL(200);
+
+QString commentOf(const NamedTagReader &reader, const Tag &tag)
+{
+    if (reader.names() == nullptr)
+        return {};
+    for (const Name &name : reader.names()->names()) {
+        if (tag.text.contains(name.name))
+            return name.comment;
+    }
+    return {};
+}
+
+} // namespace
+
+MainWindow::MainWindow()
+    : m_valuesView(new ValuesView(m_values)), m_trends(new TrendView(m_history)),
+      m_traffic(new TrafficView(true)), m_lineView(new LineView(m_counts)), m_plan(new PlanView),
+      m_recipe(new RecipeView), m_pages(new QTabWidget), m_splitter(new QSplitter),
+      m_state(new QLabel)
+{
+    setAcceptDrops(true);
+    m_splitter->addWidget(m_valuesView);
+    m_splitter->addWidget(m_pages);
+    m_splitter->setChildrenCollapsible(false);
+    setCentralWidget(m_splitter);
+    m_state->setObjectName("state");
+    m_state->setAccessibleName(tr("State of the line"));
+    statusBar()->addWidget(m_state, 1);
+    connect(m_valuesView, &ValuesView::tagGiven, this, &MainWindow::addTag);
+    connect(m_valuesView, &ValuesView::writeWanted, this, &MainWindow::askToWrite);
+    connect(m_valuesView, &ValuesView::removeWanted, this, [this](const std::vector<int> &ids) {
+        for (const int id : ids) {
+            m_values.remove(id);
+            forgetTrend(id);
+        }
+        pollTags();
+    });
+    connect(m_valuesView, &ValuesView::formatWanted, this, [this](int id, const Tag &tag) {
+        m_values.replace({id, tag});
+        forgetTrend(id); // its numbers are others now
+        pollTags();
+    });
+    connect(&m_refresh, &QTimer::timeout, this, [this] { refresh(); });
+    m_refresh.start(REFRESH_INTERVAL);
+    makeTrends();
+    makeTraffic();
+    makeLine();
+    makePlan();
+    makeRecipes();
+    makeMenus();
+    setProject({}, false);
+    restoreWindow();
+}
+
+MainWindow::~MainWindow()
+{
+    stopLine();
+}
+
+bool MainWindow::openProject(const QString &path)
+{
+    try {
+        if (!start(readProject(path)))
+            return false;
+    } catch (const Error &error) {
+        warn(error.text());
+        return false;
+    }
+    setProject(path, false);
+    noteRecent(path);
+    return true;
+}
+
+bool MainWindow::start(const ProjectSettings &settings)
+{
+    try {
+        if (!m_drivers || m_loaded != settings.driver) {
+            stopLine();
+            m_drivers = std::make_unique<Drivers>(settings.driver);
+            m_loaded = settings.driver;
+        }
+        auto reader = std::make_unique<NamedTagReader>(tagReaderOf(settings, *m_drivers));
+        std::vector<Tag> tags;
+        QStringList faults;
+        for (const QString &text : settings.tags) {
+            try {
+                tags.push_back(reader->read(text));
+            } catch (const Error &error) {
+                faults.append(error.text());
+            }
+        }
+        stopLine();
+        m_settings = settings;
+        m_reader = std::move(reader);
+        m_valuesView->setReader(*m_reader);
+        m_values.clear();
+        m_history.clear();
+        m_counts.clear();
+        m_recipe->clear();
+        m_trends->clear();
+        for (const Tag &tag : tags)
+            m_values.add({++m_lastId, tag}, commentOf(*m_reader, tag));
+        startLine(settings.link);
+        showPlan();
+        setProject({}, false);
+        if (!faults.isEmpty())
+            warn(tr("These tags can't be read and are left out:\n%1").arg(faults.join('\n')));
+    } catch (const Error &error) {
+        warn(error.text());
+        return false;
+    }
+    return true;
+}
+
+void MainWindow::startLine(const QString &link)
+{
+    m_simulated.reset();
+    if (link.isEmpty())
+        m_simulated = std::make_unique<BuiltInController>();
+    const LinkAddress address = parseLink(m_simulated ? m_simulated->link() : link);
+    m_line = std::make_unique<LineThread>(
+        m_drivers->forLine(),
+        LineSetup{address, sessionSettingsOf(m_settings, address), m_values.polled()});
+    connect(m_line.get(), &LineThread::newsReady, this, &MainWindow::takeNews);
+    m_line->start();
+}
+
+void MainWindow::stopLine()
+{
+    if (!m_line)
+        return;
+    m_line->stop();
+    takeNews();
+    m_line.reset();
+    m_writes.clear();
+}
+
+void MainWindow::pollTags()
+{
+    if (m_line)
+        m_line->poll(m_values.polled());
+    showPlan();
+    setProject(m_path, true);
+}
+
+void MainWindow::takeNews()
+{
+    if (!m_line)
+        return; // news of a line that is closed
+    const LineNews news = m_line->take();
+    for (const TagNews &tag : news.tags) {
+        m_values.take(tag);
+        record(tag);
+    }
+    for (const ExchangeNews &exchange : news.exchanges)
+        m_counts.add(exchange);
+    m_traffic->add(news.traffic);
+    takeWrites(news.writes);
+    takeRecipes(news);
+    for (const ExaminationNews &examination : news.examinations)
+        m_lineView->showDiagnosis(examination.diagnosis);
+    if (!news.captureFault.isEmpty()) {
+        m_traffic->showCapturing(false);
+        warn(news.captureFault);
+    }
+    showState(news);
+}
+
+void MainWindow::showState(const LineNews &news)
+{
+    const QString link = m_simulated ? tr("simulated controller") : m_settings.link;
+    QString text;
+    switch (news.state) {
+    case LinkState::Open:
+        text = tr("%1: open").arg(link);
+        break;
+    case LinkState::Opening:
+        text = news.stateText.isEmpty() ? tr("%1: opening…").arg(link)
+                                        : tr("%1: %2").arg(link, news.stateText);
+        break;
+    case LinkState::Closed:
+        text = tr("%1: closed").arg(link);
+        break;
+    }
+    m_state->setText(text.replace('\n', ' '));
+    QPalette palette = m_state->palette();
+    palette.setColor(QPalette::WindowText, news.stateText.isEmpty()
+                                               ? this->palette().color(QPalette::WindowText)
+                                               : badColour());
+    m_state->setPalette(palette);
+}
+
+void MainWindow::addTag(const Tag &tag)
+{
+    if (!m_reader)
+        return;
+    m_values.add({++m_lastId, tag}, commentOf(*m_reader, tag));
+    pollTags();
+}
+
+void MainWindow::warn(const QString &text)
+{
+    auto *box = new QMessageBox(QMessageBox::Warning, windowTitle(), text, QMessageBox::Ok, this);
+    box->setAttribute(Qt::WA_DeleteOnClose);
+    box->open();
+}
+
+void MainWindow::restoreWindow()
+{
+    resize(1200, 760);
+    const QSettings settings;
+    restoreGeometry(settings.value("window/geometry").toByteArray());
+    m_splitter->restoreState(settings.value("window/splitter").toByteArray());
+    m_valuesView->table()->horizontalHeader()->restoreState(
+        settings.value("window/values").toByteArray());
+}
+
+void MainWindow::saveWindow()
+{
+    QSettings settings;
+    settings.setValue("window/geometry", saveGeometry());
+    settings.setValue("window/splitter", m_splitter->saveState());
+    settings.setValue("window/values", m_valuesView->table()->horizontalHeader()->saveState());
+}
+
+} // namespace kmr

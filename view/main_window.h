@@ -1,0 +1,149 @@
+// The window on a line: its parts, the project that it shows, and the thread of the line.
+#pragma once
+
+#include "view/built_in_controller.h"
+#include "view/history.h"
+#include "view/line_counts.h"
+#include "view/line_thread.h"
+#include "view/line_view.h"
+#include "view/plan_view.h"
+#include "view/project.h"
+#include "view/recipe_view.h"
+#include "view/traffic_view.h"
+#include "view/trend_view.h"
+#include "view/values_model.h"
+#include "view/values_view.h"
+#include "view/write_dialog.h"
+
+#include <QLabel>
+#include <QMainWindow>
+#include <QPointer>
+#include <QSplitter>
+#include <QTabWidget>
+#include <QTimer>
+
+#include <map>
+#include <memory>
+#include <optional>
+
+namespace kmr {
+
+class MainWindow : public QMainWindow {
+    Q_OBJECT
+
+public:
+    MainWindow();
+    ~MainWindow() override;
+
+    // Opens a project's file. Tells the person what is wrong with it and returns false.
+    bool openProject(const QString &path);
+
+    // Shows these settings; without a link, the built-in controller.
+    bool start(const ProjectSettings &settings);
+
+    // Writes the project's file. Throws Error (Output).
+    void saveProject(const QString &path);
+
+    // Shows the dialog that starts without a project.
+    void askForLine();
+
+    // Opens what 'kmr log' has written, on a page of its own. Tells the person what is wrong with
+    // it and returns false.
+    bool openRecording(const QString &path);
+
+    // The same of a capture, whose traffic is explained.
+    bool openCapture(const QString &path);
+
+    // The same of a recipe, on the page of recipes.
+    bool openRecipe(const QString &path);
+
+    ValuesModel &values()
+    {
+        return m_values;
+    }
+    TrendView &trends()
+    {
+        return *m_trends;
+    }
+
+protected:
+    void closeEvent(QCloseEvent *event) override;
+    void dragEnterEvent(QDragEnterEvent *event) override;
+    void dropEvent(QDropEvent *event) override;
+
+private:
+    void makeMenus();
+    void makeFileMenu();
+    void fillRecent(QMenu &menu);
+    void noteRecent(const QString &path);
+    void restoreWindow();
+    void saveWindow();
+    void chooseProject();
+    void chooseFileToSave();
+    void save(const QString &path);
+    void setProject(const QString &path, bool isChanged);
+    bool mayLeave();
+    void stopLine();
+    void startLine(const QString &link);
+    void pollTags();
+    void takeNews();
+    void addPage(QWidget *page, const QString &title);
+    void makeTrends();
+    void record(const TagNews &news);
+    void showTrends(const std::vector<int> &ids);
+    void forgetTrend(int id);
+    void markWrite(int id, double time, const QString &text);
+    void chooseRecording();
+    void makeTraffic();
+    void makeLine();
+    void makePlan();
+    void makeRecipes();
+    void takeRecipes(const LineNews &news);
+    void chooseRecipe();
+    void showPlan();
+    void capture(const QString &path);
+    void openFile(const QString &path);
+    std::chrono::nanoseconds characterTimeOfLink() const;
+    void refresh();
+    void takeWrites(const std::vector<WriteNews> &writes);
+    void showState(const LineNews &news);
+    void addTag(const Tag &tag);
+    void askToWrite(int id);
+    void warn(const QString &text);
+
+    std::unique_ptr<Drivers> m_drivers;
+    QString m_loaded; // the path that they were loaded from
+    std::unique_ptr<BuiltInController> m_simulated;
+    std::unique_ptr<LineThread> m_line;
+
+    ProjectSettings m_settings;
+    QString m_path; // of the project's file; empty: none yet
+    std::unique_ptr<NamedTagReader> m_reader;
+    int m_lastId = 0;
+
+    struct OpenWrite {
+        int id = 0;   // of the tag
+        QString text; // "D100 = 250"
+        QPointer<WriteDialog> dialog;
+    };
+    std::map<int, OpenWrite> m_writes; // by the number of the request
+    QStringList m_uncertain;           // writes that failed when nobody could see it
+
+    ValuesModel m_values;
+    History m_history;
+    ValuesView *m_valuesView;
+    TrendView *m_trends;
+    TrafficView *m_traffic;
+    LineCounts m_counts;
+    LineView *m_lineView;
+    PlanView *m_plan;
+    RecipeView *m_recipe;
+    bool m_isTransferring = false;
+    bool m_isClosing = false;
+    QTabWidget *m_pages;
+    QSplitter *m_splitter;
+    QLabel *m_state;
+    QTimer m_refresh;
+};
+
+} // namespace kmr

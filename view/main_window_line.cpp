@@ -1,0 +1,83 @@
+// What the window does with the traffic and the state of the line.
+#include "host/error.h"
+#include "view/main_window.h"
+
+#include <QFileInfo>
+
+namespace kmr {
+
+void MainWindow::makeTraffic()
+{
+    addPage(m_traffic, tr("T&raffic"));
+    connect(m_traffic, &TrafficView::captureWanted, this, &MainWindow::capture);
+}
+
+void MainWindow::makeLine()
+{
+    addPage(m_lineView, tr("&Line"));
+    connect(m_lineView, &LineView::examinationWanted, this, [this] {
+        if (m_line)
+            m_line->examine();
+        else
+            m_lineView->showDiagnosis({});
+    });
+}
+
+void MainWindow::makePlan()
+{
+    addPage(m_plan, tr("&Plan"));
+    connect(m_pages, &QTabWidget::currentChanged, this, [this] { showPlan(); });
+}
+
+void MainWindow::showPlan()
+{
+    if (m_pages->currentWidget() != m_plan || !m_reader)
+        return;
+    std::vector<Tag> tags;
+    for (const PolledTag &polled : m_values.polled())
+        tags.push_back(polled.tag);
+    m_plan->showPlan(m_settings, std::move(tags), m_drivers->forQuestions(), *m_reader);
+}
+
+void MainWindow::capture(const QString &path)
+{
+    if (!m_line)
+        return;
+    std::shared_ptr<CaptureWriter> writer;
+    try {
+        if (!path.isEmpty())
+            writer = std::make_shared<CaptureWriter>(path, m_settings.link);
+    } catch (const Error &error) {
+        warn(error.text());
+        return;
+    }
+    m_line->capture(writer);
+    m_traffic->showCapturing(!path.isEmpty());
+}
+
+bool MainWindow::openCapture(const QString &path)
+{
+    try {
+        const Capture capture = readCapture(path);
+        auto *view = new TrafficView(false);
+        view->add(trafficOf(capture));
+        const int index = m_pages->addTab(view, QFileInfo(path).fileName());
+        m_pages->setTabToolTip(index, tr("%1, of %2").arg(path, capture.link));
+        m_pages->setCurrentIndex(index);
+        if (!capture.cut.isEmpty())
+            warn(capture.cut);
+    } catch (const Error &error) {
+        warn(error.text());
+        return false;
+    }
+    return true;
+}
+
+std::chrono::nanoseconds MainWindow::characterTimeOfLink() const
+{
+    if (m_simulated || m_settings.link.isEmpty())
+        return std::chrono::nanoseconds(0);
+    return characterTime(parseLink(m_settings.link));
+}
+
+} // namespace kmr

@@ -1,0 +1,104 @@
+// Writes, and closing the window, which may end one.
+#include "view/main_window.h"
+#include "view/outcome_text.h"
+
+#include <QCloseEvent>
+#include <QMessageBox>
+#include <QStatusBar>
+
+namespace kmr {
+
+void MainWindow::askToWrite(int id)
+{
+    const ValueRow *row = m_values.find(id);
+    if (row == nullptr || !m_line)
+        return;
+    const Tag tag = row->polled.tag;
+    const QString fault = whyNotWritable(tag);
+    if (!fault.isEmpty()) {
+        warn(fault);
+        return;
+    }
+    auto *dialog =
+        new WriteDialog(tag, row->values.empty() ? QString() : withUnit(tag, row->values), this);
+    dialog->setAttribute(Qt::WA_DeleteOnClose);
+    connect(dialog, &WriteDialog::confirmed, this, [this, id, tag, dialog](const Values &values) {
+        if (!m_line)
+            return;
+        const int request = m_line->write(tag, values);
+        m_writes[request] = {id, tr("%1 = %2").arg(tag.text, withUnit(tag, values)), dialog};
+    });
+    dialog->open();
+}
+
+void MainWindow::takeWrites(const std::vector<WriteNews> &writes)
+{
+    for (const WriteNews &write : writes) {
+        const auto found = m_writes.find(write.request);
+        if (found == m_writes.end())
+            continue;
+        const OpenWrite open = found->second;
+        m_writes.erase(found);
+        if (open.dialog)
+            open.dialog->showOutcome(write.result);
+        const QString text = tr("%1: %2").arg(open.text, writeOutcomeText(write.result));
+        statusBar()->showMessage(text, 10000);
+        if (write.result.request.isDone())
+            markWrite(open.id, write.time, open.text);
+        if (!write.result.request.isDone() && !open.dialog)
+            m_uncertain.append(text);
+    }
+}
+
+void MainWindow::closeEvent(QCloseEvent *event)
+{
+    if (!mayLeave()) {
+        event->ignore();
+        return;
+    }
+    for (auto &[request, open] : m_writes) {
+        if (open.dialog)
+            open.dialog->close();
+        open.dialog.clear();
+    }
+    m_isClosing = true;
+    stopLine();
+    m_isClosing = false;
+    if (!m_uncertain.isEmpty()) { // to be read before the window is gone
+        auto *box = new QMessageBox(
+            QMessageBox::Warning, windowTitle(),
+            tr("The window was closed during a write.\n%1").arg(m_uncertain.join('\n')),
+            QMessageBox::Ok, this);
+        box->setAttribute(Qt::WA_DeleteOnClose);
+        m_uncertain.clear();
+        connect(box, &QMessageBox::finished, this, [this] { close(); });
+        box->open();
+        event->ignore();
+        return;
+    }
+    saveWindow();
+    event->accept();
+}
+
+// Asks whether what changed is to be saved; false while the answer is awaited.
+bool MainWindow::mayLeave()
+{
+    if (!isWindowModified() || m_path.isEmpty())
+        return true;
+    auto *box = new QMessageBox(
+        QMessageBox::Question, windowTitle(), tr("Save the changes to %1?").arg(m_path),
+        QMessageBox::Save | QMessageBox::Discard | QMessageBox::Cancel, this);
+    box->setAttribute(Qt::WA_DeleteOnClose);
+    connect(box, &QMessageBox::finished, this, [this](int button) {
+        if (button == QMessageBox::Save)
+            save(m_path);
+        else if (button == QMessageBox::Discard)
+            setWindowModified(false);
+        if (!isWindowModified())
+            close();
+    });
+    box->open();
+    return false;
+}
+
+} // namespace kmr

@@ -1,0 +1,146 @@
+#include "view/recording.h"
+
+#include "host/error.h"
+#include "host/project/csv.h"
+#include "host/project/text_file.h"
+
+#include <QDateTime>
+#include <QFileInfo>
+
+#include <sqlite3.h>
+
+#include <algorithm>
+#include <map>
+#include <memory>
+
+namespace kmr {
+
+namespace {
+
+const char *const QUALITY = " quality";
+
+[[noreturn]] void refuse(const QString &path, const QString &why)
+{
+    throw Error(ErrorKind::Usage,
+                QString("%1 is no recording: %2; expected what 'kmr log' writes").arg(path, why));
+}
+
+// Seconds since 1970, or nothing.
+std::optional<double> timeOf(const QString &text)
+{
+    const QDateTime time = QDateTime::fromString(text, Qt::ISODateWithMs);
+    return time.isValid() ? std::make_optional(static_cast<double>(time.toMSecsSinceEpoch()) / 1000)
+                          : std::nullopt;
+}
+
+// The first of a cell's values as a number. Texts of a name have none.
+std::optional<double> numberOf(const QString &values)
+{
+    const QString first = values.section(' ', 0, 0);
+    bool isNumber = false;
+    const double number = first.startsWith("0x")
+                              ? static_cast<double>(first.toULongLong(&isNumber, 16))
+                              : first.toDouble(&isNumber);
+    return isNumber ? std::make_optional(number) : std::nullopt;
+}
+
+class Reader {
+public:
+    explicit Reader(Recording &recording) : m_recording(recording) {}
+
+    // The tag's number.
+    int tag(const QString &name, const QString &unit)
+    {
+        const auto found = m_ids.find(name);
+        if (found != m_ids.end())
+            return found->second;
+        const int id = static_cast<int>(m_recording.tags.size()) + 1;
+        m_recording.tags.push_back({id, name, unit, true});
+        return m_ids[name] = id;
+    }
+
+    void add(int id, double time, const QString &values, const QString &quality)
+    {
+        const std::optional<double> number = numberOf(values);
+        if (quality == "not read")
+            return;
+        if (quality != "good" || !number) {
+            m_recording.history.addGap(id, time);
+            return;
+        }
+        m_recording.history.add(id, time, *number);
+        RecordedTag &tag = m_recording.tags[static_cast<std::size_t>(id) - 1];
+        tag.isBit = tag.isBit && (*number == 0 || *number == 1);
+    }
+
+private:
+    Recording &m_recording;
+    std::map<QString, int> m_ids;
+};
+
+void readCsv(const QString &path, Reader &reader)
+{
+    const QString text = readTextFile(path);
+    const QStringList lines = text.split('\n', Qt::SkipEmptyParts);
+    const QStringList heading = lines.isEmpty() ? QStringList() : splitCsv(lines.front());
+    if (heading.size() < 3 || heading.size() % 2 == 0 || heading.front() != "time")
+        refuse(path, "its heading is not time,TAG,TAG quality,...");
+    std::vector<int> ids;
+    for (int i = 1; i < heading.size(); i += 2) {
+        if (!heading[i + 1].endsWith(QUALITY))
+            refuse(path, QString("column %1 is no quality").arg(i + 2));
+        const QString name = heading[i + 1].chopped(static_cast<int>(qstrlen(QUALITY)));
+        const QString unit = heading[i].mid(name.size() + 2);
+        ids.push_back(reader.tag(name, unit.chopped(unit.isEmpty() ? 0 : 1)));
+    }
+    for (int i = 1; i < lines.size(); ++i) {
+        const QStringList fields = splitCsv(lines[i]);
+        const std::optional<double> time = timeOf(fields.front());
+        if (!time || fields.size() != heading.size()) {
+            if (i + 1 == lines.size())
+                return; // a power cut broke it off
+            refuse(path, QString("line %1 is no row").arg(i + 1));
+        }
+        for (std::size_t tag = 0; tag < ids.size(); ++tag) {
+            const int column = static_cast<int>(2 * tag) + 1;
+            reader.add(ids[tag], *time, fields[column], fields[column + 1]);
+        }
+    }
+}
+
+void readSqlite(const QString &path, Reader &reader)
+{
+    sqlite3 *opened = nullptr;
+    sqlite3_open_v2(path.toUtf8().constData(), &opened, SQLITE_OPEN_READONLY, nullptr);
+    const std::unique_ptr<sqlite3, decltype(&sqlite3_close)> database(opened, sqlite3_close);
+    sqlite3_stmt *prepared = nullptr;
+    if (sqlite3_prepare_v2(opened,
+                           "SELECT time, tag, value, unit, quality FROM samples ORDER BY time", -1,
+                           &prepared, nullptr) != SQLITE_OK)
+        refuse(path, sqlite3_errmsg(opened));
+    const std::unique_ptr<sqlite3_stmt, decltype(&sqlite3_finalize)> rows(prepared,
+                                                                          sqlite3_finalize);
+    const auto text = [&](int column) {
+        return QString::fromUtf8(
+            reinterpret_cast<const char *>(sqlite3_column_text(prepared, column)));
+    };
+    while (sqlite3_step(prepared) == SQLITE_ROW) {
+        if (const auto time = timeOf(text(0)))
+            reader.add(reader.tag(text(1), text(3)), *time, text(2), text(4));
+    }
+}
+
+} // namespace
+
+void readRecording(const QString &path, Recording &recording)
+{
+    Reader reader(recording);
+    if (path.endsWith(".csv", Qt::CaseInsensitive))
+        readCsv(path, reader);
+    else
+        readSqlite(path, reader);
+    if (recording.tags.empty())
+        refuse(path, "it holds no row");
+}
+
+} // namespace kmr

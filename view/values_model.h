@@ -1,0 +1,99 @@
+// The tags as a table: what each was last confirmed to hold, how far that can be trusted, and how
+// it has moved.
+#pragma once
+
+#include "view/line_news.h"
+
+#include <QAbstractTableModel>
+#include <QMimeData>
+
+#include <deque>
+#include <optional>
+#include <unordered_map>
+#include <vector>
+
+namespace kmr {
+
+struct ValueRow {
+    PolledTag polled;
+    QString address; // "1#D100"
+    QString comment; // of a name
+    Quality quality = Quality::Unread;
+    QString cause;               // of Stale
+    Values values;               // the last confirmed; empty before the first
+    QString text;                // the same as shown
+    std::vector<double> numbers; // the same as numbers; not a number for a text
+    double lastGood = 0;
+    double lastChange = 0;
+    std::uint64_t changes = 0;
+    std::deque<double> course; // the newest numbers
+};
+
+// "good", "stale" or "pending".
+QString qualityName(Quality quality);
+
+// The values as numbers, for trends; not a number for a text that stands for none.
+std::vector<double> numbersOf(const Tag &tag, const Values &values);
+
+class ValuesModel : public QAbstractTableModel {
+    Q_OBJECT
+
+public:
+    enum Column { TAG, ADDRESS, VALUE, UNIT, QUALITY, AGE, CHANGES, COURSE, COLUMNS };
+
+    // Whatever stands in a column, as what it is sorted by.
+    static constexpr int SORT_ROLE = Qt::UserRole;
+    // The tag's number (PolledTag::id), its Quality, its course (QVariantList), and seconds since
+    // it changed.
+    static constexpr int ID_ROLE = Qt::UserRole + 1;
+    static constexpr int QUALITY_ROLE = Qt::UserRole + 2;
+    static constexpr int COURSE_ROLE = Qt::UserRole + 3;
+    static constexpr int STILL_ROLE = Qt::UserRole + 4;
+
+    // What a drag of rows carries: numbers of tags as text, separated by blanks.
+    static const char *const MIME_TYPE;
+
+    explicit ValuesModel(QObject *parent = nullptr);
+
+    void clear();
+    void add(const PolledTag &tag, const QString &comment);
+    void remove(int id);
+
+    // Another format of the same tag: what was measured is shown anew, if it fits.
+    void replace(const PolledTag &tag);
+
+    // Null if there is none.
+    const ValueRow *find(int id) const;
+    const std::vector<ValueRow> &rows() const
+    {
+        return m_rows;
+    }
+    std::vector<PolledTag> polled() const;
+
+    // Notes what is new of a tag. What changed is redrawn with refresh().
+    void take(const TagNews &news);
+
+    // Redraws what has changed since it was called before, and all ages. To be called some times a
+    // second.
+    void refresh(double now);
+
+    int rowCount(const QModelIndex &parent = {}) const override;
+    int columnCount(const QModelIndex &parent = {}) const override;
+    QVariant data(const QModelIndex &index, int role) const override;
+    QVariant headerData(int section, Qt::Orientation orientation, int role) const override;
+    Qt::ItemFlags flags(const QModelIndex &index) const override;
+    QStringList mimeTypes() const override;
+    QMimeData *mimeData(const QModelIndexList &indexes) const override;
+
+private:
+    QVariant text(const ValueRow &row, int column) const;
+    QVariant sortKey(const ValueRow &row, int column) const;
+    QString toolTip(const ValueRow &row) const;
+    void reindex();
+
+    std::vector<ValueRow> m_rows;
+    std::unordered_map<int, std::size_t> m_index; // by the tag's number
+    double m_now = 0;
+};
+
+} // namespace kmr
