@@ -70,7 +70,7 @@ private:
             };
             word(100, 500 + 300 * std::sin(phase / 3));
             word(101, 420 + 4 * std::sin(phase / 9));
-            word(102, m_steps % 8 < 4 ? 300 : 700);
+            word(102, m_steps % 40 < 20 ? 300 : 700);
             simulator::setElement(memory, "Y", 0, m_steps / 30 % 2);
         }
     }

@@ -68,7 +68,8 @@ void LineRun::noteTraffic(bool isSent, const QByteArray &characters)
     }
     if (m_news.traffic.empty()) // the window has taken what was sent
         m_news.traffic.push_back({now, {}, {}, 0});
-    m_news.traffic.back().received += characters;
+    // A copy: what a device hands over may have room for thousands.
+    m_news.traffic.back().received.append(characters.constData(), characters.size());
     m_news.traffic.back().lastReceived = now;
 }
 

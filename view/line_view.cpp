@@ -50,7 +50,7 @@ LineView::LineView(const LineCounts &counts, QWidget *parent)
       m_verdict(new QLabel(tr("An examination asks the first tag's station three times and says "
                               "what is wrong and what to do. Polling waits meanwhile."))),
       m_summary(new QLabel), m_stations(new QTableWidget(0, 6)),
-      m_histogramPlot(makePlot(tr("Round trips: how often"), tr("ms"))),
+      m_histogramPlot(makePlot(tr("Round trips (ms): how often"), tr("ms"))),
       m_timePlot(makePlot(tr("Round trips over time (ms)"), QString())),
       m_faultPlot(makePlot(tr("Failed attempts a second"), QString()))
 {
@@ -66,6 +66,7 @@ LineView::LineView(const LineCounts &counts, QWidget *parent)
     m_stations->setEditTriggers(QAbstractItemView::NoEditTriggers);
     m_stations->setTabKeyNavigation(false);
     m_stations->verticalHeader()->hide();
+    m_stations->horizontalHeader()->setSectionResizeMode(QHeaderView::ResizeToContents);
     m_stations->horizontalHeader()->setSectionResizeMode(1, QHeaderView::Stretch);
     auto *top = new QHBoxLayout;
     top->addWidget(m_examine, 0, Qt::AlignTop);

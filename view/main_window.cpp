@@ -225,7 +225,9 @@ void MainWindow::warn(const QString &text)
 
 void MainWindow::restoreWindow()
 {
-    resize(1200, 760);
+    resize(1280, 800);
+    m_splitter->setSizes({560, 720});
+    m_splitter->setStretchFactor(1, 1);
     const QSettings settings;
     restoreGeometry(settings.value("window/geometry").toByteArray());
     m_splitter->restoreState(settings.value("window/splitter").toByteArray());

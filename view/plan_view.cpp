@@ -84,6 +84,7 @@ PlanView::PlanView(QWidget *parent)
     m_blocks->setWordWrap(false);
     m_blocks->verticalHeader()->hide();
     m_blocks->verticalHeader()->setDefaultSectionSize(fontMetrics().height() + 8);
+    m_blocks->horizontalHeader()->setSectionResizeMode(QHeaderView::ResizeToContents);
     m_blocks->horizontalHeader()->setSectionResizeMode(MAP, QHeaderView::Stretch);
     m_blocks->setItemDelegateForColumn(MAP, new CellsDelegate(this));
     auto *key = new QLabel(tr("Map: a full cell is asked for, a hatched one is only read along."));

@@ -30,7 +30,7 @@ std::optional<double> shownAt(const Series &series, const TrendStyle &style,
 
 QString figureText(std::optional<double> value)
 {
-    return value ? QString::number(*value, 'g', 7) : QString("–");
+    return value ? QString::number(*value, 'g', 6) : QString("–");
 }
 
 TrendTable::TrendTable(QWidget *parent) : QTableWidget(0, COLUMNS, parent)
@@ -44,9 +44,9 @@ TrendTable::TrendTable(QWidget *parent) : QTableWidget(0, COLUMNS, parent)
     setTabKeyNavigation(false);
     verticalHeader()->hide();
     verticalHeader()->setDefaultSectionSize(fontMetrics().height() + 6);
-    horizontalHeader()->setDefaultSectionSize(72);
-    horizontalHeader()->resizeSection(TAG, 130);
-    horizontalHeader()->resizeSection(AXIS, 48);
+    horizontalHeader()->setDefaultSectionSize(fontMetrics().horizontalAdvance("-1234.56") + 14);
+    horizontalHeader()->resizeSection(TAG, fontMetrics().horizontalAdvance("a name [bar]") + 40);
+    horizontalHeader()->setHighlightSections(false);
     setIconSize({24, 12});
     connect(this, &QTableWidget::itemChanged, this, [this](const QTableWidgetItem *item) {
         if (!m_isFilling)

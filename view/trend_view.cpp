@@ -27,8 +27,10 @@ TrendView::TrendView(const History &history, QWidget *parent)
     auto *splitter = new QSplitter(Qt::Vertical);
     splitter->addWidget(m_plot);
     splitter->addWidget(m_table);
-    splitter->setStretchFactor(0, 4);
-    splitter->setStretchFactor(1, 1);
+    splitter->setStretchFactor(0, 1);
+    splitter->setStretchFactor(1, 0);
+    m_table->setMinimumHeight(fontMetrics().height() * 4);
+    splitter->setSizes({400, fontMetrics().height() * 10});
     splitter->setChildrenCollapsible(false);
     auto *layout = new QVBoxLayout(this);
     layout->setContentsMargins(6, 0, 6, 6);

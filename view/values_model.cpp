@@ -157,7 +157,7 @@ void ValuesModel::refresh(double now)
 {
     m_now = now;
     if (!m_rows.empty())
-        emit dataChanged(index(0, VALUE), index(static_cast<int>(m_rows.size()) - 1, COURSE));
+        emit dataChanged(index(0, VALUE), index(static_cast<int>(m_rows.size()) - 1, CHANGES));
 }
 
 int ValuesModel::rowCount(const QModelIndex &parent) const
@@ -272,8 +272,8 @@ QVariant ValuesModel::headerData(int section, Qt::Orientation orientation, int r
 {
     if (orientation != Qt::Horizontal || role != Qt::DisplayRole)
         return QAbstractTableModel::headerData(section, orientation, role);
-    const QStringList names = {tr("Tag"),     tr("Address"), tr("Value"),   tr("Unit"),
-                               tr("Quality"), tr("Age"),     tr("Changes"), tr("Course")};
+    const QStringList names = {tr("Tag"),    tr("Value"), tr("Unit"),    tr("Quality"),
+                               tr("Course"), tr("Age"),   tr("Changes"), tr("Address")};
     return names.value(section);
 }
 

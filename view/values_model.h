@@ -39,7 +39,7 @@ class ValuesModel : public QAbstractTableModel {
     Q_OBJECT
 
 public:
-    enum Column { TAG, ADDRESS, VALUE, UNIT, QUALITY, AGE, CHANGES, COURSE, COLUMNS };
+    enum Column { TAG, VALUE, UNIT, QUALITY, COURSE, AGE, CHANGES, ADDRESS, COLUMNS };
 
     // Whatever stands in a column, as what it is sorted by.
     static constexpr int SORT_ROLE = Qt::UserRole;

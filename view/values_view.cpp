@@ -92,9 +92,11 @@ ValuesView::ValuesView(ValuesModel &model, QWidget *parent)
     m_table->setTabKeyNavigation(false);
     m_table->setContextMenuPolicy(Qt::CustomContextMenu);
     m_table->setItemDelegateForColumn(ValuesModel::COURSE, new CourseDelegate(this));
-    const int widths[] = {110, 90, 90, 50, 110, 60, 70};
-    for (int column = 0; column < static_cast<int>(std::size(widths)); ++column)
-        m_table->setColumnWidth(column, widths[column]);
+    const char *const widest[] = {"boiler.temp",  "-32768.5", "bar/h",    "pending: ",
+                                  "a short line", "9999 s",   "Changes ", "1#D1000"};
+    for (int column = 0; column < ValuesModel::COLUMNS; ++column)
+        m_table->setColumnWidth(column, fontMetrics().horizontalAdvance(widest[column]) + 16);
+    m_table->horizontalHeader()->setHighlightSections(false);
     auto *line = new QHBoxLayout;
     line->addWidget(m_text, 1);
     line->addWidget(m_kind);

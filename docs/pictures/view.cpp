@@ -74,7 +74,7 @@ int main(int argc, char *argv[])
     project.tags = BuiltInController::tags();
     project.tags.append("D110");
     MainWindow window;
-    window.resize(1280, 760);
+    window.resize(1360, 800);
     window.show();
     if (!window.start(project))
         qFatal("the line could not be started");
