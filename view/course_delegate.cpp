@@ -24,10 +24,14 @@ void CourseDelegate::paint(QPainter *painter, const QStyleOptionViewItem &option
     const QRectF box = QRectF(option.rect).adjusted(4, 4, -4, -4);
     const double step = box.width() / (course.size() - 1);
     const double scale = most > least ? box.height() / (most - least) : 0;
-    QPolygonF line;
-    for (int i = 0; i < course.size(); ++i)
-        line << QPointF(box.left() + step * i,
-                        box.bottom() - (course[i].toDouble() - least) * scale);
+    QPolygonF line; // in steps: each number is held until the next
+    for (int i = 0; i < course.size(); ++i) {
+        const QPointF point(box.left() + step * i,
+                            box.bottom() - (course[i].toDouble() - least) * scale);
+        if (!line.isEmpty())
+            line << QPointF(point.x(), line.back().y());
+        line << point;
+    }
     const bool isSelected = option.state.testFlag(QStyle::State_Selected);
     painter->save();
     painter->setRenderHint(QPainter::Antialiasing);

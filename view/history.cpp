@@ -75,16 +75,23 @@ std::vector<Sample> Series::drawn(double from, double to, int pixels) const
     return drawn;
 }
 
-std::optional<double> Series::at(double time) const
+std::optional<double> Series::heldAt(double time) const
 {
     const auto after = firstAfter(time);
     if (after == m_samples.begin() || std::isnan((after - 1)->value))
         return std::nullopt;
     const Sample &before = *(after - 1);
-    if (after == m_samples.end()) // nobody has looked since
-        return before.time == time ? std::make_optional(before.value) : std::nullopt;
-    if (std::isnan(after->value) || after->time == before.time)
-        return before.value;
+    const bool isKnown = after != m_samples.end() || before.time == time; // else nobody has looked
+    return isKnown ? std::make_optional(before.value) : std::nullopt;
+}
+
+std::optional<double> Series::at(double time) const
+{
+    const std::optional<double> held = heldAt(time);
+    const auto after = firstAfter(time);
+    if (!held || after == m_samples.end() || std::isnan(after->value))
+        return held;
+    const Sample &before = *(after - 1);
     const double share = (time - before.time) / (after->time - before.time);
     return before.value + share * (after->value - before.value);
 }

@@ -44,6 +44,9 @@ public:
     // The value at a time, if one is known.
     std::optional<double> at(double time) const;
 
+    // The same of a bit, which has no values in between.
+    std::optional<double> heldAt(double time) const;
+
     // Nothing if no value is known in the span.
     std::optional<SpanFigures> figures(double from, double to) const;
 

@@ -72,14 +72,15 @@ LineView::LineView(const LineCounts &counts, QWidget *parent)
     top->addWidget(m_examine, 0, Qt::AlignTop);
     top->addWidget(m_verdict, 1);
     auto *grid = new QGridLayout;
-    grid->addWidget(m_stations, 0, 0);
-    grid->addWidget(m_histogramPlot, 0, 1);
-    grid->addWidget(m_timePlot, 1, 0);
-    grid->addWidget(m_faultPlot, 1, 1);
-    for (int i = 0; i < 2; ++i) {
-        grid->setRowStretch(i, 1);
-        grid->setColumnStretch(i, 1);
-    }
+    grid->addWidget(m_stations, 0, 0, 1, 2);
+    grid->addWidget(m_timePlot, 1, 0, 1, 2);
+    grid->addWidget(m_histogramPlot, 2, 0);
+    grid->addWidget(m_faultPlot, 2, 1);
+    grid->setColumnStretch(0, 1);
+    grid->setColumnStretch(1, 1);
+    grid->setRowStretch(1, 1);
+    grid->setRowStretch(2, 1);
+    m_stations->setFixedHeight(fontMetrics().height() * 9);
     auto *layout = new QVBoxLayout(this);
     layout->addLayout(top);
     layout->addWidget(m_summary);
@@ -102,6 +103,9 @@ QwtPlot *LineView::makePlot(const QString &title, const QString &unit)
     plot->setTitle(text);
     plot->setAccessibleName(title);
     plot->setMinimumSize(200, 140);
+    plot->setSizePolicy(QSizePolicy::Ignored, QSizePolicy::Expanding); // columns of one width
+    plot->setAxisMaxMajor(QwtPlot::yLeft, 4);
+    plot->setAxisMaxMinor(QwtPlot::yLeft, 0);
     plot->setCanvasBackground(palette().base());
     static_cast<QwtPlotCanvas *>(plot->canvas())->setFrameStyle(QFrame::NoFrame);
     if (unit.isEmpty())
@@ -219,7 +223,7 @@ void LineView::showTimes(double now)
     const double from =
         silent.isEmpty() ? now - 1 : std::max(now - SHOWN_SECONDS, silent.front().x());
     for (QwtPlot *plot : {m_timePlot, m_faultPlot}) {
-        plot->setAxisScaleDiv(QwtPlot::xBottom, timeScale(from, now, plot->width() / 110));
+        plot->setAxisScaleDiv(QwtPlot::xBottom, timeScale(from, now, plot->width() - 50));
         plot->replot();
     }
 }

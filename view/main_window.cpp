@@ -3,6 +3,7 @@
 #include "host/error.h"
 #include "view/quality_icon.h"
 
+#include <QHeaderView>
 #include <QMessageBox>
 #include <QSettings>
 #include <QStatusBar>
@@ -21,11 +22,21 @@ QString commentOf(const NamedTagReader &reader, const Tag &tag)
 {
     if (reader.names() == nullptr)
         return {};
-    for (const Name &name : reader.names()->names()) {
-        if (tag.text.contains(name.name))
-            return name.comment;
-    }
-    return {};
+    const QString text = tag.text.section('#', -1).section('/', 0, 0);
+    const Name *name = reader.names()->find(text);
+    return name != nullptr ? name->comment : QString();
+}
+
+// What is wrong with the file of names.
+QStringList faultsOf(const NamedTagReader &reader)
+{
+    QStringList faults;
+    if (reader.names() == nullptr)
+        return faults;
+    for (const LineFault &fault : reader.names()->faults())
+        faults.append(
+            QString("%1:%2: %3").arg(reader.names()->file()).arg(fault.line).arg(fault.text));
+    return faults;
 }
 
 } // namespace
@@ -99,7 +110,7 @@ bool MainWindow::start(const ProjectSettings &settings)
         }
         auto reader = std::make_unique<NamedTagReader>(tagReaderOf(settings, *m_drivers));
         std::vector<Tag> tags;
-        QStringList faults;
+        QStringList faults = faultsOf(*reader);
         for (const QString &text : settings.tags) {
             try {
                 tags.push_back(reader->read(text));
@@ -122,7 +133,8 @@ bool MainWindow::start(const ProjectSettings &settings)
         showPlan();
         setProject({}, false);
         if (!faults.isEmpty())
-            warn(tr("These tags can't be read and are left out:\n%1").arg(faults.join('\n')));
+            warn(tr("These names and tags can't be read and are left out:\n%1")
+                     .arg(faults.join('\n')));
     } catch (const Error &error) {
         warn(error.text());
         return false;
@@ -226,7 +238,7 @@ void MainWindow::warn(const QString &text)
 void MainWindow::restoreWindow()
 {
     resize(1280, 800);
-    m_splitter->setSizes({560, 720});
+    m_splitter->setSizes({600, 680});
     m_splitter->setStretchFactor(1, 1);
     const QSettings settings;
     restoreGeometry(settings.value("window/geometry").toByteArray());

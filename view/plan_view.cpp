@@ -116,12 +116,12 @@ QWidget *PlanView::makeQuestion()
     line->addWidget(new QLabel(tr("baud,")));
     line->addWidget(m_groupLimit);
     line->addWidget(new QLabel(tr("words a request,")));
-    line->addWidget(m_inStep);
     line->addWidget(m_tag, 1);
     auto *layout = new QVBoxLayout(widget);
     layout->setContentsMargins(0, 0, 0, 0);
     layout->addLayout(line);
     layout->addWidget(m_verdict);
+    layout->addWidget(m_inStep);
     connect(m_baud, QOverload<int>::of(&QComboBox::currentIndexChanged), this, [this] { ask(); });
     connect(m_groupLimit, QOverload<int>::of(&QSpinBox::valueChanged), this, [this] { ask(); });
     connect(m_inStep, &QCheckBox::toggled, this, [this] { ask(); });

@@ -13,6 +13,8 @@
 #include <optional>
 #include <vector>
 
+class QHBoxLayout;
+
 namespace kmr {
 
 class RecipeView : public QWidget {
@@ -35,7 +37,7 @@ signals:
     void transferWanted(kmr::RecipeNews::Kind kind, const std::vector<kmr::RecipeItem> &items);
 
 private:
-    void makeButtons(class QHBoxLayout &line);
+    void makeButtons(QHBoxLayout &line);
     void begin(RecipeNews::Kind kind);
     void confirmDownload();
     void showItems();

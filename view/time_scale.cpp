@@ -9,6 +9,8 @@ namespace kmr {
 
 namespace {
 
+constexpr int LABEL_PIXELS = 96; // of a label, with the room around it
+
 const double STEPS[] = {0.001, 0.002, 0.005, 0.01,   0.02,   0.05,    0.1,     0.2,
                         0.5,   1,     2,     5,      10,     15,      30,      60,
                         120,   300,   600,   900,    1800,   3600,    7200,    14400,
@@ -16,16 +18,19 @@ const double STEPS[] = {0.001, 0.002, 0.005, 0.01,   0.02,   0.05,    0.1,     0
 
 } // namespace
 
-QwtScaleDiv timeScale(double from, double to, int count)
+QwtScaleDiv timeScale(double from, double to, int pixels)
 {
-    const double wanted = (to - from) / std::max(2, count);
+    const double pixel = (to - from) / std::max(1, pixels);
+    const double wanted = pixel * LABEL_PIXELS;
+    const double edge = pixel * LABEL_PIXELS / 2;
     const auto *found = std::lower_bound(std::begin(STEPS), std::end(STEPS), wanted);
     const double step = found == std::end(STEPS) ? STEPS[std::size(STEPS) - 1] : *found;
     // Round in local time.
     const double offset =
         QDateTime::fromMSecsSinceEpoch(static_cast<qint64>(from * 1000)).offsetFromUtc();
     QList<double> ticks;
-    for (double tick = std::ceil((from + offset) / step); tick * step - offset <= to; ++tick)
+    for (double tick = std::ceil((from + edge + offset) / step); tick * step - offset <= to - edge;
+         ++tick)
         ticks.append(tick * step - offset);
     return QwtScaleDiv(from, to, {}, {}, ticks);
 }

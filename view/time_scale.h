@@ -6,8 +6,9 @@
 
 namespace kmr {
 
-// Ticks at whole seconds, minutes, hours or days; about `count` of them, at least two.
-QwtScaleDiv timeScale(double from, double to, int count);
+// Ticks at whole seconds, minutes, hours or days, for a plot of so many pixels. There is none near
+// the ends, where its label would take room from the plot: plots of one width stay in line.
+QwtScaleDiv timeScale(double from, double to, int pixels);
 
 // "14:05:09.250" with as many parts as the ticks need.
 class TimeScaleDraw : public QwtScaleDraw {

@@ -200,8 +200,8 @@ QVariant TrafficModel::headerData(int section, Qt::Orientation orientation, int 
 {
     if (orientation != Qt::Horizontal || role != Qt::DisplayRole)
         return {};
-    const QStringList names = {tr("Time"),     tr("Station"), tr("Function"),
-                               tr("Elements"), tr("Answer"),  tr("Round trip")};
+    const QStringList names = {tr("Time"),     tr("Station"),    tr("Function"),
+                               tr("Elements"), tr("Round trip"), tr("Answer")};
     return names.value(section);
 }
 

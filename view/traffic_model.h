@@ -25,7 +25,7 @@ class TrafficModel : public QAbstractTableModel {
     Q_OBJECT
 
 public:
-    enum Column { TIME, STATION, FUNCTION, ELEMENTS, ANSWER, ROUND_TRIP, COLUMNS };
+    enum Column { TIME, STATION, FUNCTION, ELEMENTS, ROUND_TRIP, ANSWER, COLUMNS };
 
     static constexpr int OUTCOME_ROLE = Qt::UserRole;      // TrafficRow::Outcome
     static constexpr int FUNCTION_ROLE = Qt::UserRole + 1; // "03"

@@ -78,7 +78,7 @@ TrafficView::TrafficView(bool canCapture, QWidget *parent)
     m_table->verticalHeader()->hide();
     m_table->verticalHeader()->setDefaultSectionSize(fontMetrics().height() + 6);
     const char *const widest[] = {"00:00:00.000", "Station ", "02 read discrete inputs",
-                                  "D1000 to D1007: 1 2", "on: X0, X1, X2, X3, X4"};
+                                  "D1000 to D1007: 1", "Round trip"};
     for (int column = 0; column < static_cast<int>(std::size(widest)); ++column)
         m_table->setColumnWidth(column, fontMetrics().horizontalAdvance(widest[column]) + 12);
     m_table->horizontalHeader()->setHighlightSections(false);

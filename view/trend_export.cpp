@@ -10,6 +10,7 @@
 #include <QPainter>
 #include <QSvgGenerator>
 
+#include <algorithm>
 #include <cmath>
 #include <set>
 
@@ -27,7 +28,24 @@ QString lineOf(const QStringList &fields)
     return texts.join(',') + '\n';
 }
 
-// The times of all samples in the span, and its two ends.
+// Value and quality. Only what was measured at that time has a value, but at the ends of the span
+// also what still held.
+QStringList cellOf(const Series &series, double time, bool isEnd)
+{
+    const auto after =
+        std::upper_bound(series.samples().begin(), series.samples().end(), time,
+                         [](double at, const Sample &sample) { return at < sample.time; });
+    if (after == series.samples().begin())
+        return {QString(), "pending"};
+    const Sample &sample = *(after - 1);
+    if (std::isnan(sample.value))
+        return {QString(), "stale"};
+    const bool isShown = sample.time == time || (isEnd && series.heldAt(time));
+    return {isShown ? QString::number(sample.value, 'g', 15) : QString(),
+            isShown ? "good" : "not read"};
+}
+
+// The times of all samples in the span.
 std::set<double> timesOf(const History &history, const std::vector<TrendStyle> &styles, double from,
                          double to)
 {
@@ -52,13 +70,12 @@ void writeCsv(const QString &path, const History &history, const std::vector<Tre
         heading.append(style.name + " quality");
     }
     QString text = lineOf(heading);
-    for (const double time : timesOf(history, styles, from, to)) {
+    const std::set<double> times = timesOf(history, styles, from, to);
+    for (const double time : times) {
+        const bool isEnd = time == *times.begin() || time == *times.rbegin();
         QStringList fields{timeText(QDateTime::fromMSecsSinceEpoch(std::llround(time * 1000)))};
-        for (const TrendStyle &style : styles) {
-            const auto value = history.series(style.id).at(time);
-            fields.append(value ? QString::number(*value, 'g', 15) : QString());
-            fields.append(value ? "good" : "stale");
-        }
+        for (const TrendStyle &style : styles)
+            fields += cellOf(history.series(style.id), time, isEnd);
         text += lineOf(fields);
     }
     writeTextFile(path, text);

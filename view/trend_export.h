@@ -9,8 +9,8 @@
 
 namespace kmr {
 
-// The samples from `from` to `to` in the form of 'kmr log': a line for each time at which a tag
-// was measured, with the value that each tag had. Throws Error (Output).
+// The samples from `from` to `to` in the form of 'kmr log': a line for each time at which a tag was
+// measured, where all others are "not read". Throws Error (Output).
 void writeCsv(const QString &path, const History &history, const std::vector<TrendStyle> &styles,
               double from, double to);
 

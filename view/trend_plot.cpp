@@ -214,7 +214,7 @@ void TrendPlot::draw()
         fitValues(QwtPlot::yLeft);
         fitValues(QwtPlot::yRight);
     }
-    const QwtScaleDiv times = timeScale(m_from, m_to, width() / 90);
+    const QwtScaleDiv times = timeScale(m_from, m_to, width() - AXIS_PIXELS);
     for (QwtPlot *plot : {m_plot.get(), m_lanes.get()}) {
         auto &lines = m_lines[plot == m_plot.get() ? 0 : 1];
         placeLine(lines[0], m_cursor);

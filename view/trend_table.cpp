@@ -22,7 +22,9 @@ QIcon lineIcon(const TrendStyle &style)
 std::optional<double> shownAt(const Series &series, const TrendStyle &style,
                               std::optional<double> time)
 {
-    const std::optional<double> value = time ? series.at(*time) : std::nullopt;
+    std::optional<double> value;
+    if (time)
+        value = style.isBit ? series.heldAt(*time) : series.at(*time);
     return value ? std::make_optional(style.shown(*value)) : std::nullopt;
 }
 

@@ -92,8 +92,8 @@ ValuesView::ValuesView(ValuesModel &model, QWidget *parent)
     m_table->setTabKeyNavigation(false);
     m_table->setContextMenuPolicy(Qt::CustomContextMenu);
     m_table->setItemDelegateForColumn(ValuesModel::COURSE, new CourseDelegate(this));
-    const char *const widest[] = {"boiler.temp",  "-32768.5", "bar/h",    "pending: ",
-                                  "a short line", "9999 s",   "Changes ", "1#D1000"};
+    const char *const widest[] = {"boiler.temp", "-32768.5", "bar/h",    "pending: ",
+                                  "Course 123",  "9999 s",   "Changes ", "1#D1000"};
     for (int column = 0; column < ValuesModel::COLUMNS; ++column)
         m_table->setColumnWidth(column, fontMetrics().horizontalAdvance(widest[column]) + 16);
     m_table->horizontalHeader()->setHighlightSections(false);

@@ -60,6 +60,22 @@ private slots:
         QVERIFY(child<QMessageBox>(window)->text().startsWith(path + ":1: unknown key"));
     }
 
+    void badNamesAndTagsAreLeftOutWithTheReason()
+    {
+        Line line;
+        ProjectSettings settings = line.project({"level", "D1", "nobody"});
+        settings.names = m_folder.filePath("names.csv");
+        writeTextFile(settings.names, "name,tag,comment\nlevel,D7,the tank's\n9,D8,\n");
+        MainWindow window;
+        window.show();
+        QVERIFY(window.start(settings));
+        QCOMPARE(window.values().rowCount(), 2);
+        QVERIFY(
+            window.values().index(0, 0).data(Qt::ToolTipRole).toString().endsWith("the tank's"));
+        const QString text = child<QMessageBox>(window)->text();
+        QVERIFY2(text.contains("names.csv:3: ") && text.contains("nobody"), qPrintable(text));
+    }
+
     void theDialogStartsTheBuiltInController()
     {
         MainWindow window;
