@@ -232,9 +232,9 @@ TEST_F(FaultyLine, LogNamesTheFaultsAndWhatCameOfTheRequest)
         std::string words;
     } ROWS[] = {
         {{}, READ, "read 1 register from 1000, answered"},
-        {{"deaf"}, READ, "read 1 register from 1000, not heard (fault deaf)"},
+        {{"deaf"}, READ, "read 1 register from 1000, not received (fault deaf)"},
         {{"silence"}, READ, "read 1 register from 1000, not answered (fault silence)"},
-        {{"close"}, WRITE, "write 1 register from 1000, obeyed, not answered (fault close)"},
+        {{"close"}, WRITE, "write 1 register from 1000, executed, not answered (fault close)"},
         {{"exception=6"},
          WRITE,
          "write 1 register from 1000, refused: server device busy (fault exception)"},
@@ -325,8 +325,8 @@ TEST(FaultHelp, ShowsEachKindWithItsUsualValue)
 {
     const QString help = simulator::faultHelp();
     EXPECT_EQ(help.count('\n'), 14);
-    EXPECT_TRUE(help.contains("  late=1500ms    all comes so much later\n"));
-    EXPECT_TRUE(help.contains("  exception=4    refused with that exception, not obeyed\n"));
+    EXPECT_TRUE(help.contains("  late=1500ms    everything comes that much later\n"));
+    EXPECT_TRUE(help.contains("  exception=4    refused with that exception, not executed\n"));
 }
 
 } // namespace
