@@ -204,7 +204,7 @@ TEST_P(CommandOnBothLinks, RecipeWithAnElementTwiceIsMovedByNoCommand)
         const Finished recipe = kmr({"recipe", command, path("twice.csv")});
         EXPECT_EQ(recipe.exitCode, 2) << command;
         EXPECT_EQ(recipe.err,
-                  "kmr: " + path("twice.csv") + ":2: D100 stands twice, first in line 1\n");
+                  "kmr: " + path("twice.csv") + ":2: D100 appears twice, first in line 1\n");
     }
     EXPECT_EQ(kmr({"recipe", "upload", path("new.csv"), "D0x2", "D1"}).exitCode, 2);
     EXPECT_FALSE(QFileInfo::exists(path("new.csv")));

@@ -59,7 +59,7 @@ TEST_F(DiagnosisCommand, TraceOfACutCaptureShowsWhatIsWholeAndEndsWithOne)
     const Finished trace = kmr({"trace", capture});
     EXPECT_EQ(trace.exitCode, 1);
     EXPECT_TRUE(trace.out.endsWith("station 01: read D100\n")) << trace.out.toStdString();
-    EXPECT_EQ(trace.err, capture + ":3: breaks off, left out\n");
+    EXPECT_EQ(trace.err, capture + ":3: is incomplete and left out\n");
 }
 
 // A line on which another host asks, as a gateway passes it on.

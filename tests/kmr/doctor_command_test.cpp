@@ -59,9 +59,9 @@ TEST_P(DoctorOnBothLinks, FindingsHaveAnExitCodeAndAdvice)
          "controller has\\. --tag names what is read\\.\n$"},
         {"exception=6", "auto", 5,
          ".* is refused: server device busy \\(exception 06\\)\\.\nAsk again later\\.\n$"},
-        {"echo", "auto", 0, ".* It hands back what is sent \\(echo\\)"},
+        {"echo", "auto", 0, ".* It echoes what is sent"},
         {"echo", "off", 4, ".*\nSet the echo to auto or on\\. The option is --echo\\.\n$"},
-        {"station", "auto", 4, "Station \\d+ answers, though station 1 was asked\\.\n"},
+        {"station", "auto", 4, "Station \\d+ answers, but station 1 was asked\\.\n"},
         {"flip", "auto", 4, "Answers come, but damaged, such as "},
         {"silence,every=5", "auto", 1,
          "The station answers only 2 of 3 requests; the first failure: no answer\\.\n.*--timeout "

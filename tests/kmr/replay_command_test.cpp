@@ -53,7 +53,7 @@ TEST_P(ReplayOnBothLinks, CutCaptureIsReplayedAsFarAsItGoes)
     Simulator replay(arguments(file), "replay");
     EXPECT_EQ(run({"read", "D100", "--in-step", "off", "--link", replay.link()}).out, "D100 250\n");
     EXPECT_EQ(replay.terminate(), 0);
-    EXPECT_EQ(replay.log(), file + ":4: breaks off, left out\n");
+    EXPECT_EQ(replay.log(), file + ":4: is incomplete and left out\n");
 }
 
 TEST_P(ReplayOnBothLinks, UnknownRequestIsReportedOnceAndNotAnswered)

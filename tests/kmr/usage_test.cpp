@@ -74,7 +74,7 @@ const Row ROWS[] = {
     {"doctor --try --capture /dev/null --link serial:///dev/ttyS0", 2, "--capture "},
     // Files.
     {"trace /no/such/file", 2, "cannot read the capture /no/such/file: "},
-    {"trace /dev/null", 2, "/dev/null:1: no capture of kmr"},
+    {"trace /dev/null", 2, "/dev/null:1: not a capture of kmr"},
     {"replay /no/such/file", 2, "cannot read the capture /no/such/file: "},
     {"recipe upload /no/such/directory/mixer.csv D0 --link tcp://127.0.0.1:1", 2,
      "cannot write /no/such/directory/mixer.csv: "},

@@ -249,7 +249,7 @@ TEST(ReplyFault, SaysWhatToDoOrWhatWasWrong)
     EXPECT_EQ(toText(ReplyFault::NoExceptionCode), "an exception without a code");
     EXPECT_EQ(toText(ReplyFault::WrongFunction), "an answer to another function");
     EXPECT_EQ(toText(ReplyFault::WrongAcknowledgement), "the acknowledgement of another write");
-    EXPECT_EQ(toText(ReplyFault::NotSendable), "the request fits no frame");
+    EXPECT_EQ(toText(ReplyFault::NotSendable), "the request does not fit a frame");
     EXPECT_EQ(toText(ReplyFault::EchoOrAnswer),
               "the request came back once, as its answer or as the line's echo");
 }

@@ -223,7 +223,7 @@ TEST(Names, TakeAStationACountAndAType)
 TEST(Names, TextsAreOfWholeNumbersAndDiffer)
 {
     static const char *const ROWS[][2] = {
-        {"a,D1,0=x;1=x", "1=x comes twice"},   {"a,D1,0=x;0=y", "0=y comes twice"},
+        {"a,D1,0=x;1=x", "1=x appears twice"}, {"a,D1,0=x;0=y", "0=y appears twice"},
         {"a,D1,open", "expected for example"}, {"a,D1,0=", "expected for example"},
         {"a,D1,1=0", "must not look like"},    {"a,M0,2=x", "\"2\" for its texts"},
         {"a,D0/float32,1=x", "no whole"},      {"a,D0/hex,1=x", "no whole"},
