@@ -11,7 +11,7 @@ namespace {
 const char *const HELP = R"(The project's kmr.toml may hold each of them, for example
   link = "tcp://192.168.0.10:8888"
   tags = ["D100", "X0..17"]
-The command line wins over kmr.toml, and kmr.toml over the environment.
+The command line takes precedence over kmr.toml, and kmr.toml over the environment.
 
 Examples:
   kmr config

@@ -93,7 +93,8 @@ TEST(DiagnosisFaults, CtrlCCompletesTheDocumentAndTheSummary)
 {
     const Finished ping = stopped("ping", "json");
     EXPECT_EQ(ping.exitCode, 4);
-    EXPECT_TRUE(ping.out.endsWith("\"error\":\"broken off\"}\n]}\n")) << ping.out.toStdString();
+    EXPECT_TRUE(ping.out.endsWith("\"error\":\"stopped or line lost\"}\n]}\n"))
+        << ping.out.toStdString();
     EXPECT_EQ(ping.err, "1 requests sent, 0 answered, 100.0% lost\n");
 }
 
@@ -102,5 +103,5 @@ TEST(DiagnosisFaults, CtrlCEndsTheDoctorWithoutARecord)
     const Finished doctor = stopped("doctor", "csv");
     EXPECT_EQ(doctor.exitCode, 4);
     EXPECT_EQ(doctor.out, "time,link,finding,text,advice\n");
-    EXPECT_EQ(doctor.err, "stopped before the line was known\n");
+    EXPECT_EQ(doctor.err, "stopped before the diagnosis was complete\n");
 }

@@ -56,7 +56,7 @@ TEST_P(DoctorOnBothLinks, FindingsHaveAnExitCodeAndAdvice)
          "asks other stations, --try other speeds and frames\\.\n$"},
         {"exception=2", "auto", 5,
          ".* is refused: illegal data address \\(exception 02\\)\\.\nName an element that this "
-         "controller has\\. --tag names what is read\\.\n$"},
+         "controller has\\. --tag names the element to read\\.\n$"},
         {"exception=6", "auto", 5,
          ".* is refused: server device busy \\(exception 06\\)\\.\nAsk again later\\.\n$"},
         {"echo", "auto", 0, ".* It echoes what is sent"},
@@ -65,7 +65,7 @@ TEST_P(DoctorOnBothLinks, FindingsHaveAnExitCodeAndAdvice)
         {"flip", "auto", 4, "Answers come, but damaged, such as "},
         {"silence,every=5", "auto", 1,
          "The station answers only 2 of 3 requests; the first failure: no answer\\.\n.*--timeout "
-         "sets how long one may take\\. 'kmr ping' measures the losses\\.\n$"},
+         "sets how long an answer may take\\. 'kmr ping' measures the losses\\.\n$"},
     };
     for (const Row &row : rows) {
         SCOPED_TRACE(row.fault);
@@ -142,7 +142,7 @@ TEST(Doctor, PeerThatSpeaksAnotherModbusIsNamed)
         EXPECT_TRUE(
             doctor.out.contains(QString(",%1,The other side speaks Modbus ").arg(row.finding)))
             << doctor.out.toStdString();
-        EXPECT_EQ(doctor.err, "no Modbus ASCII: asking in Modbus TCP and Modbus RTU\n");
+        EXPECT_EQ(doctor.err, "no Modbus ASCII: trying Modbus TCP and Modbus RTU\n");
     }
 }
 

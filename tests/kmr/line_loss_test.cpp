@@ -78,12 +78,12 @@ TEST_F(LineLossTest, WriteThatWasSentIsUnknownAndThoseBehindItAreNotSent)
     const Finished write = kmr({"write", "D100=1", "D200=2", "D300=3", "--format", "csv"});
     EXPECT_EQ(write.exitCode, 6);
     EXPECT_EQ(write.err, "D200: unknown: the line was lost before the answer came\n"
-                         "D300: not written, because of the failure before\n");
+                         "D300: not written because an earlier write failed\n");
     const char *const records =
         "^time,tag,values,unit,outcome,error\n"
         "\\S+,D100,1,,confirmed,\n"
         "\\S+,D200,2,,unknown,unknown: the line was lost before the answer came\n"
-        "\\S+,D300,3,,not sent,\"not written, because of the failure before\"\n$";
+        "\\S+,D300,3,,not sent,\"not written because an earlier write failed\"\n$";
     EXPECT_TRUE(matches(write.out, records)) << qPrintable(write.out);
 }
 

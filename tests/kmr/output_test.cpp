@@ -42,7 +42,7 @@ TEST_F(OutputTest, CaptureThatFillsTheDiskIsToldOnceAndTheReadGoesOn)
     EXPECT_EQ(read.exitCode, 1);
     EXPECT_EQ(read.out.count('\n'), 12) << qPrintable(read.err);
     EXPECT_EQ(read.err, "kmr: cannot write the capture " + path("field.jsonl") +
-                            ": File too large; what comes from now on is not captured\n");
+                            ": File too large; further traffic is not captured\n");
     EXPECT_EQ(run({"trace", path("field.jsonl")}).exitCode, 0);
 }
 

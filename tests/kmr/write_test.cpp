@@ -60,5 +60,5 @@ TEST(Write, RunWhoseSecondRequestIsRefusedIsNotConfirmed)
     EXPECT_EQ(write.out, "");
     EXPECT_EQ(write.err, "D0x10: stopped at 1#D8\n"
                          "D0x10: refused: server device failure (exception 04)\n"
-                         "D20: not written, because of the failure before\n");
+                         "D20: not written because an earlier write failed\n");
 }
