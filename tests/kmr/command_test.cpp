@@ -1,4 +1,4 @@
-// The command kmr as its users have it: a program with arguments, output and an exit code.
+// The command kmr as its users run it: a program with arguments, output and an exit code.
 #include "tests/host/line/full_server.h"
 #include "tests/kmr/kmr_process.h"
 

@@ -62,7 +62,7 @@ TEST_F(DiagnosisCommand, TraceOfACutCaptureShowsWhatIsWholeAndEndsWithOne)
     EXPECT_EQ(trace.err, capture + ":3: is incomplete and left out\n");
 }
 
-// A line on which another host asks, as a gateway passes it on.
+// The traffic of another host, as a gateway sends it.
 TEST_F(DiagnosisCommand, ListenExplainsAnotherHostsTrafficAndSendsNothing)
 {
     const QByteArray traffic = ":01031064000187\r\n:01030200FA00\r\n:0103";

@@ -23,7 +23,7 @@ protected:
     QTemporaryDir m_directory;
 };
 
-// Stops the command, which a controller sees asking, and waits for the answer in vain.
+// Stops the command while it waits for an answer that never comes.
 Finished stopped(const QString &command, const QString &format)
 {
     pid_t process = 0;
@@ -51,7 +51,7 @@ TEST_P(DiagnosisOnBothLinks, PingAndScanTellAnswersFromLosses)
         const char *err;
     };
     const Row rows[] = {
-        // A refusal is an answer, too.
+        // A refusal is also an answer.
         {"ping 2 --interval 0", "exception=4", 0,
          "^(station 1 D0: answered in [\\d.]+ ms, refused: server device failure \\(exception "
          "04\\)\n){2}$",

@@ -71,7 +71,7 @@ TEST_P(DoctorOnBothLinks, FindingsHaveAnExitCodeAndAdvice)
         SCOPED_TRACE(row.fault);
         const QStringList fault =
             *row.fault == '\0' ? QStringList() : QStringList{"--fault", row.fault};
-        // Nothing has to come in time where nothing ever comes.
+        // Without any answers the time does not matter.
         const char *const timeout = std::string(row.fault) == "deaf" ? "20" : "500";
         const Finished doctor = examine(fault, {"--timeout", timeout, "--echo", row.echo});
         EXPECT_EQ(doctor.exitCode, row.exitCode);
@@ -158,7 +158,7 @@ TEST(Doctor, LinkThatDoesNotOpenIsARecordAndEndsWithThree)
         << doctor.out.toStdString();
 }
 
-// The controller hears only what is sent at 19200 bits a second.
+// The controller receives only what is sent at 19200 bits a second.
 TEST(Doctor, TryNamesTheFramingThatWorks)
 {
     simulator::Controller controller("01");

@@ -1,4 +1,4 @@
-// What kmr does when a disk is full or a file can't be written: it says so, and no exchange is
+// kmr with a full disk or a file that can't be written: it reports this, and no exchange is
 // lost.
 #include "tests/kmr/kmr_process.h"
 

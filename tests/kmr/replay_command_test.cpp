@@ -1,4 +1,4 @@
-// 'kmr replay' as its users have it: what one kmr captured, another reads again.
+// 'kmr replay' as its users run it: one kmr captures, another reads the same again.
 #include "tests/kmr/kmr_process.h"
 
 #include <QTemporaryDir>

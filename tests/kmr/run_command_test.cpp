@@ -1,4 +1,4 @@
-// 'kmr run' on a line that fails, and stopped by the user. What it reports otherwise:
+// 'kmr run' on a line that fails, and stopped by the user. Its other reports:
 // golden_test.cpp.
 #include "tests/kmr/kmr_process.h"
 

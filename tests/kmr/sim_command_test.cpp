@@ -1,4 +1,4 @@
-// 'kmr sim' as its users have it.
+// 'kmr sim' as its users run it.
 #include "tests/kmr/kmr_process.h"
 
 #include <QFileInfo>

@@ -1,5 +1,5 @@
-// What can't be begun: it says why on stderr, each line behind the program's name, prints nothing
-// else and ends with the exit code for its kind.
+// Commands that can't begin: they say why on stderr, each line after the program's name, print
+// nothing else and end with the exit code for the error.
 #include "tests/kmr/help_pages.h"
 #include "tests/kmr/kmr_process.h"
 

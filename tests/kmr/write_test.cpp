@@ -1,4 +1,4 @@
-// What 'kmr write' says of writes that fail, and of values that read back differently.
+// The reports of 'kmr write' about writes that fail, and values that differ when read back.
 #include "simulator/controller.h"
 #include "simulator/memory.h"
 #include "tests/kmr/kmr_process.h"

@@ -1,4 +1,4 @@
-// What the controller tells its observer, and the words for it.
+// What the controller reports to its observer, and its text.
 #include "simulator/exchange.h"
 
 #include "modbus/protocol.h"

@@ -100,7 +100,7 @@ TEST_F(FaultyLine, FaultsMakeTheirOwnOfTheAnswer)
         {{"echo"}, echo + ":0103021234B4\r\n"},
         {{"echo", "deaf"}, echo},
         {{"echo", "silence"}, echo},
-        // Two at once: each acts on what the one before has made, in the order of the kinds.
+        // Two at once: each acts on the result of the one before, in the order of the kinds.
         {{"echo", "no-lf", "station"}, echo + ":0203021234B3\r"},
         {{"station", "exception=2"}, ":02830279\r\n"},
         {{"station", "station"}, ":0303021234B2\r\n"},
@@ -250,7 +250,7 @@ TEST_F(FaultyLine, LogNamesTheFaultsAndWhatCameOfTheRequest)
     }
 }
 
-// All that a line with every kind of fault sends about 300 requests.
+// Everything that a line with every kind of fault sends for 300 requests.
 std::string sentWithSeed(std::uint64_t seed)
 {
     simulator::Controller controller("01");

@@ -132,7 +132,7 @@ TEST(LineDiagnosis, StationThatNoHostCanAskIsToBeRenumbered)
               "No host can ask such a station: set the controller's station number to 1.");
 }
 
-// Seven data bits, seen as eight: the eighth is the parity's or the second stop bit.
+// Seven data bits, received as eight: the eighth is the parity or the second stop bit.
 TEST(LineDiagnosis, EighthBitNamesTheFrame)
 {
     const std::pair<QByteArray, QString> ROWS[] = {

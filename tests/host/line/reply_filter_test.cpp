@@ -19,7 +19,7 @@ Echo echoOf(EchoMode mode)
     return echo;
 }
 
-// What becomes of `received` behind `request` while nothing is known of the echo; the end of its
+// The result of `received` after `request` while nothing is known about the echo; the end of its
 // time is the end of `received`.
 ReplyFault faultOf(const QByteArray &request, const QByteArray &received)
 {

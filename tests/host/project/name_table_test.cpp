@@ -214,7 +214,7 @@ TEST(Names, TakeAStationACountAndAType)
     EXPECT_EQ(typed.elements, (ElementRange{2, "D", 100, 2}));
     EXPECT_EQ(withUnit(typed, {7, 0}), "7"); // neither scale nor unit
     EXPECT_EQ(typed.text, "2#tx2/int32");
-    EXPECT_EQ(reader.read("t/int16x2").elements.first, 7); // a name as it stands counts first
+    EXPECT_EQ(reader.read("t/int16x2").elements.first, 7); // a whole name takes precedence
     EXPECT_EQ(reader.check("tx9").count, 9);
     EXPECT_NE(faultOf("t,D1\n", "t/flat32").find("is not a type"), std::string::npos);
     EXPECT_NE(faultOf("t,D1\n", "100#t").find("a station is 1 to 99"), std::string::npos);

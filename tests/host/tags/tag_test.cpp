@@ -9,7 +9,7 @@ using namespace kmr;
 
 namespace {
 
-// The text of the error, or an empty one when the tag is fine.
+// The text of the error, or an empty one if the tag is good.
 std::string faultOf(const QString &text)
 {
     try {
