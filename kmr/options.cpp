@@ -77,7 +77,7 @@ OptionReader::OptionReader(CLI::App &app) : m_app(app)
         "driver library to load (default: libostrel_kmr.so.1 beside kmr, else the system's)",
         "KMR_DRIVER")
         .fromFile = libraryPath;
-    add("station", o.station, "station of tags that don't name one", MIN_STATION, MAX_STATION);
+    add("station", o.station, "station of tags without a station", MIN_STATION, MAX_STATION);
     add("timeout", o.timeout, "milliseconds to wait for an answer", 1, 600000);
     add("retries", o.retries, "times that a request is sent again before it is given up", 0, 1000);
     add("group-limit", o.groupLimit, "words that a request may carry", 1, 8);

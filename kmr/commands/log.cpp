@@ -28,7 +28,7 @@ const char *const HELP =
     R"(Reads all tags in turn and appends a row for each round: the time, and for each tag
 its value and quality. A value is only in the row in which it was read:
   good       read, and confirmed
-  not read   good before, but not read since the row before; the value is empty
+  not read   good before, but not read since the previous row; the value is empty
   stale      its last request was given up, or the line is lost; the value is empty
   pending    not read yet; the value is empty
 

@@ -15,7 +15,7 @@ namespace kmr {
 namespace {
 
 const char *const HELP =
-    R"(Each request is answered as the same request was in the capture: with the same delays,
+    R"(Each request is answered as in the capture: with the same delays,
 or not at all. A repeated request gets the next captured answer, and after the last one that again.
 A request that is not in the capture is reported on stderr and not answered.
 Prints 'ready' and the link to use when it is ready. SIGTERM or Ctrl-C ends it.

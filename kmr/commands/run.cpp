@@ -154,7 +154,7 @@ void addRun(CLI::App &app, Command &chosen)
 {
     const auto run = std::make_shared<RunOptions>();
     CLI::App *command = app.add_subcommand("run", "Run a test script: write, expect, wait, repeat");
-    command->add_option("FILE", run->file, "the steps")->required();
+    command->add_option("FILE", run->file, "the file with the steps")->required();
     command->add_option("--junit", run->junit, "also write the report to this file, as JUnit XML");
     command->add_flag("--keep-going", run->keepGoing,
                       "continue after an expectation that fails, but not after a failed write");

@@ -85,8 +85,10 @@ void addSeries(CLI::App &app, Command &chosen)
     command->add_option("AREA", series->area, "device area")->required();
     command->add_option("START", series->start, "first address (X and Y: its octal digits)")
         ->required();
-    command->add_option("COUNT", series->count, "how many")->required()->check(between(1, 65537));
-    command->add_option("STEP", series->step, "distance")->required();
+    command->add_option("COUNT", series->count, "number of addresses")
+        ->required()
+        ->check(between(1, 65537));
+    command->add_option("STEP", series->step, "distance between them")->required();
     command->footer(HELP);
     setAction(*command, chosen, series, runSeries);
 }

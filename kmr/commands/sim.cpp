@@ -208,7 +208,8 @@ void addSim(CLI::App &app, Command &chosen)
         ->add_option("--generate", sim->generators,
                      "a changing value, TAG=KIND[,period=TIME][,range=LOW..HIGH]; may be repeated")
         ->allow_extra_args(false);
-    command->add_flag("--animate", sim->animate, "change X0 to X7, CV2200 and D0 by themselves");
+    command->add_flag("--animate", sim->animate,
+                      "let X0 to X7, CV2200 and D0 change by themselves");
     command
         ->add_option_function<std::string>(
             "--strict", [sim](const std::string &choice) { sim->isStrict = choice == "on"; },

@@ -263,7 +263,7 @@ void addTags(CLI::App &app, Command &chosen)
     import->add_option("FILE", own->file, "the list")->required();
     import->add_option("--columns", own->columns,
                        "columns and their headings in the list: name=Symbol,tag=Address");
-    import->add_option("--encoding", own->encoding, "of the list: utf-8, latin1 or utf-16")
+    import->add_option("--encoding", own->encoding, "encoding of the list: utf-8, latin1 or utf-16")
         ->default_str(own->encoding)
         ->check(oneOf({"utf-8", "latin1", "utf-16"}));
     import->add_option("--output", own->output,
