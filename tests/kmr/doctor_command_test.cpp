@@ -55,10 +55,10 @@ TEST_P(DoctorOnBothLinks, FindingsHaveAnExitCodeAndAdvice)
          "Nothing answers: no character came back\\.\nCheck that the controller is on.* 'kmr scan' "
          "asks other stations, --try other speeds and frames\\.\n$"},
         {"exception=2", "auto", 5,
-         ".* is refused: illegal data address \\(exception 02\\)\\.\nName an element that this "
+         ".* are refused: illegal data address \\(exception 02\\)\\.\nName an element that this "
          "controller has\\. --tag names the element to read\\.\n$"},
         {"exception=6", "auto", 5,
-         ".* is refused: server device busy \\(exception 06\\)\\.\nAsk again later\\.\n$"},
+         ".* are refused: server device busy \\(exception 06\\)\\.\nAsk again later\\.\n$"},
         {"echo", "auto", 0, ".* It echoes what is sent"},
         {"echo", "off", 4, ".*\nSet the echo to auto or on\\. The option is --echo\\.\n$"},
         {"station", "auto", 4, "Station \\d+ answers, but station 1 was asked\\.\n"},

@@ -66,7 +66,7 @@ const Row ROWS[] = {
     {"ping --tag Q1 --link tcp://127.0.0.1:1", 2, "bad tag \"Q1\""},
     {"doctor --tag Q1 --link tcp://127.0.0.1:1", 2, "bad tag \"Q1\""},
     {"write TV5.3=1 X0=1 D0 D1=x --link tcp://127.0.0.1:1", 2,
-     "TV5.3 can't be written: the controller offers no write[^\n]*\n"
+     "TV5.3 can't be written: the controller has no write[^\n]*\n"
      "kmr: X0 can't be written: X are inputs\n"
      "kmr: \"D0\" is not an assignment[^\n]*\n"
      "kmr: bad value \"x\" for D1"},

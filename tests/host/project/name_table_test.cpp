@@ -107,8 +107,8 @@ TEST(Names, OnlyNumbersHaveAScale)
     EXPECT_EQ(faultsOf("a,CV2200,,0.1\n"), QStringList());
     for (const char *tag : {"D0x2/text", "D0/hex", "TV5.3"}) {
         EXPECT_EQ(faultsOf(QString("a,%1,,0.1\n").arg(tag)),
-                  QStringList(QString("names.csv:1: a: bad tag \"a\": %1 has no numbers that could "
-                                      "be scaled")
+                  QStringList(QString("names.csv:1: a: bad tag \"a\": %1 has no numbers to "
+                                      "scale")
                                   .arg(tag)));
     }
 }
