@@ -21,8 +21,8 @@
 
 namespace kmr {
 
-// Needed: each line must have its values. Ignored: the column of the values may hold anything or be
-// missing; further columns are refused as with Needed.
+// Needed: each line must have the values of its tag. Ignored: one field after the tag may hold
+// anything or be missing; several fields must be the values of the tag, as with Needed.
 enum class RecipeValues { Needed, Ignored };
 
 // Reads a recipe file's text. Throws Error (Usage) that names every bad line with its number;
