@@ -50,6 +50,12 @@ public:
     OptionReader(const OptionReader &) = delete;
     OptionReader &operator=(const OptionReader &) = delete;
 
+    // Lets the project's file hold options of a command too, in the section [SECTION]. `paths`:
+    // those that name files, relative to the project's. `variable`: of the environment, for the
+    // first of `keys`, or null.
+    void addSection(const char *section, CLI::App &command, const QStringList &keys,
+                    const QStringList &paths, const char *variable = nullptr);
+
     // After the command line is parsed: adds what it leaves out. Throws Error (Usage) that names
     // every bad key of the file with its line. Where the environment says something else than the
     // file, a line on stderr says what holds.
@@ -66,12 +72,13 @@ public:
 private:
     // An option that the project's file may hold.
     struct Entry {
-        QString key; // in the file, and after "--" on the command line
+        QString key; // in the file: "link", or "publish.broker" of a section
         CLI::Option *option = nullptr;
         const char *variable = nullptr; // of the environment, or null
         // What a value in the file stands for; throws Error for a bad one. Empty: for itself.
         std::function<QString(const QString &value, const QString &file)> fromFile = nullptr;
         QString source = "default";
+        bool isOfCommand = false; // not an option of all commands
     };
 
     // Each adds an option that sets `value`, which holds its default.
