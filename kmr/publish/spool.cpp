@@ -66,10 +66,8 @@ Spool::Spool(QString path, SpoolLimits limits)
         m_remove = prepare(
             (std::string("DELETE FROM messages WHERE number = ? RETURNING ") + SQL_BYTES).c_str());
         measure();
-    } catch (const Error &) {
-        throw Error(ErrorKind::Usage,
-                    QString("cannot spool to %1: %2")
-                        .arg(m_path, QString(sqlite3_errmsg(m_database.get()))));
+    } catch (const Error &error) {
+        throw Error(ErrorKind::Usage, error.text());
     }
 }
 

@@ -66,9 +66,11 @@ void BrokerProcess::makeCertificates()
 
 void BrokerProcess::guard(QByteArray &configuration)
 {
+    QByteArray users;
     for (const char *const user : {"kmr", "panel", "nobody"})
-        runTool("mosquitto_passwd",
-                {QFile::exists(file("users")) ? "-b" : "-cb", file("users"), user, "secret"});
+        users += QByteArray(user) + ":secret\n";
+    saveFile(file("users"), users);
+    runTool("mosquitto_passwd", {"-U", file("users")}); // hashes them
     saveFile(file("rights"), "user kmr\ntopic readwrite line/#\n"
                              "user panel\ntopic readwrite line/valve/#\n");
     configuration += "allow_anonymous false\npassword_file " + file("users").toLocal8Bit() +
