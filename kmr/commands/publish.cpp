@@ -114,7 +114,7 @@ void addSpoolOptions(CLI::App &command, PublishOptions &own)
         ->capture_default_str();
     command.add_option("--spool-size", own.spoolSize, "megabytes of messages; the oldest go first")
         ->capture_default_str()
-        ->check(numberBetween(0.001, 1e6));
+        ->check(numberBetween(0.001, 100000));
     command.add_option("--spool-age", own.spoolAge, "hours that a message may wait")
         ->capture_default_str()
         ->check(numberBetween(0.001, 100000));

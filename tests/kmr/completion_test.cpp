@@ -59,7 +59,7 @@ TEST(Completion, OffersFilesWhereFilesGo)
     const QString begin = directory.filePath("mix");
     for (const char *words :
          {"recipe upload ", "tags check ", "tags import --output ", "trace ", "replay ", "run ",
-          "--names ", "read --capture ", "sim --save ", "run --junit ", "watch --config = "})
+          "--names ", "read --capture ", "sim --save ", "run --junit ", "publish --spool ", "watch --config = "})
         EXPECT_EQ(complete(words + begin), file) << words;
 }
 
