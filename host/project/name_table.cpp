@@ -243,16 +243,16 @@ void readFields(Fields &fields, const Layout &layout, Name &name)
     name.isWritable = readYes(name, "writable", fields["writable"]);
     name.deadband = readDecimal(name, "deadband", fields["deadband"], layout);
     if (name.deadband.startsWith('-'))
-        throw usage(QString("bad deadband \"%1\" of %2: expected 0 or more")
-                        .arg(name.deadband, name.name));
+        throw usage(
+            QString("bad deadband \"%1\" of %2: expected 0 or more").arg(name.deadband, name.name));
 }
 
 } // namespace
 
 QStringList nameColumns()
 {
-    return {"name",  "tag",        "unit",       "scale",  "offset",
-            "texts", "word-order", "byte-order", "writable", "deadband", "comment"};
+    return {"name",       "tag",        "unit",     "scale",    "offset", "texts",
+            "word-order", "byte-order", "writable", "deadband", "comment"};
 }
 
 QString valueTextsOf(const Name &name)

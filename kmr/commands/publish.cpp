@@ -84,8 +84,7 @@ ExitCode runPublish(const Options &options, const PublishOptions &own)
     settings.seconds = own.seconds;
     settings.spool = toQString(own.spool);
     settings.spoolLimits.bytes = static_cast<qint64>(BYTES_EACH_MEGABYTE * own.spoolSize);
-    settings.spoolLimits.milliseconds =
-        static_cast<qint64>(MILLISECONDS_EACH_HOUR * own.spoolAge);
+    settings.spoolLimits.milliseconds = static_cast<qint64>(MILLISECONDS_EACH_HOUR * own.spoolAge);
     settings.allowsWrites = own.allowsWrites;
     return Publisher(options, settings).run();
 }
@@ -100,8 +99,7 @@ void addBrokerOptions(CLI::App &command, PublishOptions &own)
     command.add_option("--mqtt", own.mqtt, "version of MQTT: 5 or 3.1.1")
         ->capture_default_str()
         ->check(oneOf({"5", "3.1.1"}));
-    command.add_option("--ca", own.ca,
-                       "file of the certificates to trust (default: the system's)");
+    command.add_option("--ca", own.ca, "file of the certificates to trust (default: the system's)");
     command.add_option("--certificate", own.certificate, "file of the client's certificate");
     command.add_option("--key", own.key, "file of the key to it");
     command.add_option("--credentials", own.credentials,

@@ -66,8 +66,7 @@ Incoming incomingOf(const mosquitto_message &message, const mosquitto_property *
 {
     Incoming incoming;
     incoming.topic = message.topic;
-    incoming.payload =
-        QByteArray(static_cast<const char *>(message.payload), message.payloadlen);
+    incoming.payload = QByteArray(static_cast<const char *>(message.payload), message.payloadlen);
     incoming.isRetained = message.retain;
     incoming.responseTopic = stringProperty(properties, MQTT_PROP_RESPONSE_TOPIC);
     incoming.correlation = binaryProperty(properties, MQTT_PROP_CORRELATION_DATA);
@@ -105,8 +104,8 @@ struct BrokerCallbacks {
 
     static void published(mosquitto *, void *object, int id, int code, const mosquitto_property *)
     {
-        of(object).m_events.acknowledged(
-            id, code >= FIRST_FAILURE ? mosquitto_reason_string(code) : "");
+        of(object).m_events.acknowledged(id, code >= FIRST_FAILURE ? mosquitto_reason_string(code)
+                                                                   : "");
     }
 
     static void subscribed(mosquitto *, void *object, int, int count, const int *codes,
@@ -157,8 +156,8 @@ void Broker::setUp(const BrokerSettings &settings)
     mosquitto_log_callback_set(client, BrokerCallbacks::logged);
     mosquitto_username_pw_set(client, textOrNull(settings.user), textOrNull(settings.password));
     const QByteArray offline("offline");
-    mosquitto_will_set(client, settings.stateTopic.constData(),
-                       static_cast<int>(offline.size()), offline.constData(), AT_LEAST_ONCE, true);
+    mosquitto_will_set(client, settings.stateTopic.constData(), static_cast<int>(offline.size()),
+                       offline.constData(), AT_LEAST_ONCE, true);
 }
 
 bool Broker::connect()
@@ -169,9 +168,9 @@ bool Broker::connect()
         const QByteArray key = m_settings.key.toLocal8Bit();
         if (authorities.isEmpty())
             mosquitto_int_option(m_client.get(), MOSQ_OPT_TLS_USE_OS_CERTS, 1);
-        const int result = mosquitto_tls_set(
-            m_client.get(), textOrNull(authorities), authorities.isEmpty() ? "/etc/ssl/certs" : nullptr,
-            textOrNull(certificate), textOrNull(key), nullptr);
+        const int result = mosquitto_tls_set(m_client.get(), textOrNull(authorities),
+                                             authorities.isEmpty() ? "/etc/ssl/certs" : nullptr,
+                                             textOrNull(certificate), textOrNull(key), nullptr);
         if (result != MOSQ_ERR_SUCCESS)
             return fail(result);
     }

@@ -26,10 +26,10 @@ struct Incoming {
     QByteArray topic;
     QByteArray payload;
     bool isRetained = false;
-    QByteArray responseTopic;                    // MQTT 5, or empty
-    QByteArray correlation;                      // likewise
-    std::optional<std::chrono::seconds> expiry;  // likewise: until it is out of date
-    std::chrono::steady_clock::time_point time;  // when it came
+    QByteArray responseTopic;                   // MQTT 5, or empty
+    QByteArray correlation;                     // likewise
+    std::optional<std::chrono::seconds> expiry; // likewise: until it is out of date
+    std::chrono::steady_clock::time_point time; // when it came
 };
 
 class Broker {

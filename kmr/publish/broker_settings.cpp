@@ -14,8 +14,7 @@ constexpr int TLS_PORT = 8883;
 
 Error badUrl(const QString &url, const QString &why)
 {
-    return Error(ErrorKind::Usage,
-                 QString("bad broker \"%1\": %2").arg(url, why));
+    return Error(ErrorKind::Usage, QString("bad broker \"%1\": %2").arg(url, why));
 }
 
 } // namespace
@@ -50,9 +49,9 @@ void readCredentials(const QString &file, BrokerSettings &settings)
     settings.user = lines[0].trimmed().toUtf8();
     settings.password = lines.value(1).remove('\r').toUtf8();
     if (settings.user.isEmpty() || settings.password.isEmpty())
-        throw Error(ErrorKind::Usage,
-                    QString("%1: expected a line with the user and a line with the password")
-                        .arg(file));
+        throw Error(
+            ErrorKind::Usage,
+            QString("%1: expected a line with the user and a line with the password").arg(file));
 }
 
 void checkTls(const BrokerSettings &settings)

@@ -34,8 +34,8 @@ std::optional<Message> Outbox::next()
     const Lock lock(m_mutex);
     if (!m_isConnected || m_unacknowledged >= WINDOW)
         return std::nullopt;
-    const auto entry = std::find_if(m_front.begin(), m_front.end(),
-                                    [](const Entry &one) { return !one.isSent; });
+    const auto entry =
+        std::find_if(m_front.begin(), m_front.end(), [](const Entry &one) { return !one.isSent; });
     if (entry == m_front.end())
         return std::nullopt;
     entry->isSent = true;

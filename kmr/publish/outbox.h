@@ -25,9 +25,9 @@ namespace kmr {
 
 class Outbox {
 public:
-    static constexpr std::size_t WINDOW = 100;       // sent, but not acknowledged
-    static constexpr std::size_t KEPT = 2000;        // in memory, if the others are on disk
-    static constexpr std::size_t MOST_KEPT = 20000;  // in memory, if nothing can be kept on disk
+    static constexpr std::size_t WINDOW = 100;      // sent, but not acknowledged
+    static constexpr std::size_t KEPT = 2000;       // in memory, if the others are on disk
+    static constexpr std::size_t MOST_KEPT = 20000; // in memory, if nothing can be kept on disk
 
     // `wake` is called after each push, by the thread that pushes. `lastNumber`: of the messages
     // that already are on disk, `isEmpty` if there are none.

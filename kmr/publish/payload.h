@@ -16,7 +16,6 @@
 #include <QByteArray>
 #include <QString>
 
-
 namespace kmr {
 
 enum class PayloadForm { Json, Plain };

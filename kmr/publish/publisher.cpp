@@ -135,9 +135,9 @@ ExitCode Publisher::run()
 
 bool Publisher::isOver() const
 {
-    return stopFlag() || (m_settings.seconds && steady_clock::now() - m_begin >=
-                                                    std::chrono::duration<double>(
-                                                        *m_settings.seconds));
+    return stopFlag() ||
+           (m_settings.seconds &&
+            steady_clock::now() - m_begin >= std::chrono::duration<double>(*m_settings.seconds));
 }
 
 void Publisher::beginPolling()
@@ -205,10 +205,9 @@ void Publisher::reportLine(Time now)
     Message message;
     message.time = QDateTime::currentMSecsSinceEpoch();
     message.topic = m_topics.line();
-    message.payload =
-        toJson({message.time, m_isLost, m_session.statistics(), m_values.silentStations(),
-                m_spooler->stored() + m_outbox->unstored(), m_spooler->dropped(), m_requests,
-                m_inbox.refused()});
+    message.payload = toJson({message.time, m_isLost, m_session.statistics(),
+                              m_values.silentStations(), m_spooler->stored() + m_outbox->unstored(),
+                              m_spooler->dropped(), m_requests, m_inbox.refused()});
     m_outbox->pushIfConnected(std::move(message));
 }
 
@@ -238,8 +237,7 @@ void Publisher::note(const Exchange &exchange)
     m_values.noteExchange(exchange);
     const ElementRange run = refreshedBy(exchange.request);
     if (exchange.outcome == Exchange::Outcome::GivenUp)
-        m_outages.noteFailure(run, {exchange.fault, exchange.exceptionCode, exchange.length},
-                              time);
+        m_outages.noteFailure(run, {exchange.fault, exchange.exceptionCode, exchange.length}, time);
     if (exchange.outcome != Exchange::Outcome::Good)
         return;
     m_outages.noteAnswer(run, time);

@@ -23,8 +23,7 @@ std::chrono::microseconds watchdogInterval()
 
 } // namespace
 
-ServiceNotice::ServiceNotice()
-    : m_address(qgetenv("NOTIFY_SOCKET")), m_interval(watchdogInterval())
+ServiceNotice::ServiceNotice() : m_address(qgetenv("NOTIFY_SOCKET")), m_interval(watchdogInterval())
 {
 }
 

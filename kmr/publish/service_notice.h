@@ -24,7 +24,7 @@ public:
 private:
     void send(const QByteArray &text) const;
 
-    const QByteArray m_address; // of the manager's socket, or empty
+    const QByteArray m_address;                        // of the manager's socket, or empty
     std::chrono::steady_clock::duration m_interval{0}; // 0: nobody watches
     std::chrono::steady_clock::time_point m_next;
 };

@@ -120,8 +120,8 @@ QString typed(const Item &item, const Tag &tag)
         throw usage(QString("%1 is not a bit, which true and false are for").arg(tag.text));
     if (item.kind == Item::Kind::Text && !isText && isDecimalText(item.text))
         throw usage(QString("%1 is a number, not a text such as \"%2\"").arg(tag.text, item.text));
-    const bool isQuoted = item.kind == Item::Kind::Text && !tag.texts.empty() &&
-                          tag.count > elementsPerNumber(tag);
+    const bool isQuoted =
+        item.kind == Item::Kind::Text && !tag.texts.empty() && tag.count > elementsPerNumber(tag);
     return isQuoted ? '"' + item.text + '"' : item.text;
 }
 

@@ -166,9 +166,8 @@ std::uint64_t Spool::lastNumber()
 
 void Spool::measure()
 {
-    const Statement sum = prepare((std::string("SELECT count(*), ifnull(sum(") + SQL_BYTES +
-                                   "), 0) FROM messages")
-                                      .c_str());
+    const Statement sum = prepare(
+        (std::string("SELECT count(*), ifnull(sum(") + SQL_BYTES + "), 0) FROM messages").c_str());
     if (sqlite3_step(sum.get()) != SQLITE_ROW)
         fail();
     m_count = static_cast<std::uint64_t>(sqlite3_column_int64(sum.get(), 0));

@@ -10,9 +10,9 @@ namespace kmr {
 
 namespace {
 
-constexpr std::size_t BATCH = 500;                     // messages loaded at once
-constexpr std::chrono::seconds TRY_AGAIN(5);           // after a failure of the disk
-constexpr std::chrono::seconds BETWEEN_LINES(10);      // about dropped messages
+constexpr std::size_t BATCH = 500;                // messages loaded at once
+constexpr std::chrono::seconds TRY_AGAIN(5);      // after a failure of the disk
+constexpr std::chrono::seconds BETWEEN_LINES(10); // about dropped messages
 constexpr std::chrono::milliseconds PATIENCE_AT_END(0);
 
 } // namespace

@@ -64,8 +64,7 @@ std::optional<QString> Topics::nameOfSet(const QByteArray &topic) const
         return std::nullopt;
     const QByteArray of = topic.chopped(SET.size());
     const auto known = m_names.find(of);
-    return known != m_names.end() ? known->second
-                                  : QString::fromUtf8(of.mid(m_prefix.size() + 1));
+    return known != m_names.end() ? known->second : QString::fromUtf8(of.mid(m_prefix.size() + 1));
 }
 
 QByteArray Topics::outcomeOf(const QByteArray &setTopic)

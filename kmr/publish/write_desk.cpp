@@ -116,8 +116,7 @@ WriteOutcome WriteDesk::writeChecked(const SetRequest &request, const QString &n
     if (!why.isEmpty())
         return refused(why);
     const Tag tag = m_reader.read(name);
-    const Assignment assignment =
-        parseAssignment(name + '=' + typedValues(request, tag), m_reader);
+    const Assignment assignment = parseAssignment(name + '=' + typedValues(request, tag), m_reader);
     WriteOutcome outcome = m_write(tag, assignment.values);
     outcome.value = formatValues(tag, assignment.values);
     return outcome;
@@ -136,8 +135,9 @@ Message WriteDesk::answer(const Incoming &incoming, const QString &name, const Q
     object["time"] = utcText(now).toStdString();
     Message message;
     message.time = now;
-    message.topic = m_topics.mayAnswerTo(incoming.responseTopic) ? incoming.responseTopic
-                                                                 : Topics::outcomeOf(incoming.topic);
+    message.topic = m_topics.mayAnswerTo(incoming.responseTopic)
+                        ? incoming.responseTopic
+                        : Topics::outcomeOf(incoming.topic);
     message.payload = QByteArray::fromStdString(object.dump());
     message.isRetained = false;
     message.correlation = incoming.correlation;

@@ -174,7 +174,8 @@ TEST(Usage, EachHelpTeachesWithTwoExamplesAndSaysWhereTheOptionsOfAllCommandsAre
         EXPECT_TRUE(matches(page.text, "\nExamples:\n  kmr .*\n  kmr ")) << qPrintable(page.text);
         EXPECT_EQ(page.text.contains("\n'kmr --help' lists the options"), isOfACommand);
         EXPECT_EQ(page.text.contains("\nExit codes: 0 ok, "), !isOfACommand);
-        const bool takesTags = matches(page.command.join(' '), "^(watch|log|publish|read|write|plan)$");
+        const bool takesTags =
+            matches(page.command.join(' '), "^(watch|log|publish|read|write|plan)$");
         EXPECT_EQ(page.text.contains("\nA TAG is [STATION#]AREA ADDRESS"), takesTags);
     }
 }

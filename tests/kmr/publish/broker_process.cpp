@@ -56,8 +56,9 @@ BrokerProcess::~BrokerProcess()
 
 void BrokerProcess::makeCertificates()
 {
-    const QStringList common = {"req",   "-x509",           "-newkey", "ec",     "-pkeyopt",
-                                "ec_paramgen_curve:P-256", "-nodes",  "-days", "30"};
+    const QStringList common = {"req",    "-x509",    "-newkey",
+                                "ec",     "-pkeyopt", "ec_paramgen_curve:P-256",
+                                "-nodes", "-days",    "30"};
     runTool("openssl", common + QStringList{"-subj", "/CN=localhost", "-addext",
                                             "subjectAltName=DNS:localhost,IP:127.0.0.1", "-keyout",
                                             file("kmr.key"), "-out", file("kmr.pem")});
@@ -110,8 +111,8 @@ QStringList BrokerProcess::clientOptions(const QString &user) const
     if (!user.isEmpty())
         options += QStringList{"-u", user, "-P", "secret"};
     if (m_kind == Kind::Encrypted)
-        options += QStringList{"--cafile", file("ca.pem"), "--cert", file("kmr.pem"),
-                               "--key",    file("kmr.key")};
+        options += QStringList{"--cafile",      file("ca.pem"), "--cert",
+                               file("kmr.pem"), "--key",        file("kmr.key")};
     return options;
 }
 

@@ -43,8 +43,8 @@ private:
     QProcess m_process;
 };
 
-// A subscriber that keeps its session while the broker restarts: mosquitto_sub, with a line for each
-// message, "TOPIC RETAINED PAYLOAD", RETAINED being 1 for what was there before, else 0.
+// A subscriber that keeps its session while the broker restarts: mosquitto_sub, with a line for
+// each message, "TOPIC RETAINED PAYLOAD", RETAINED being 1 for what was there before, else 0.
 class Subscriber {
 public:
     // `id`: of the session; another for each subscriber.

@@ -76,10 +76,10 @@ protected:
     std::unique_ptr<PublisherProcess> publish(const QStringList &arguments)
     {
         return std::make_unique<PublisherProcess>(
-            m_directory.path(),
-            QStringList{"--names", "names.csv", "--prefix", "line", "--broker", m_broker.url(),
-                        "--link", m_simulator.link(), "--timeout", "200", "--retries", "0", "--cycle", "10"} +
-                arguments);
+            m_directory.path(), QStringList{"--names", "names.csv", "--prefix", "line", "--broker",
+                                            m_broker.url(), "--link", m_simulator.link(),
+                                            "--timeout", "200", "--retries", "0", "--cycle", "10"} +
+                                    arguments);
     }
 
     void set(const QByteArray &assignment)
@@ -125,8 +125,7 @@ TEST_F(PublishTest, PlainMessagesHaveFieldsWithTabsAlsoOverMqtt311)
 {
     set("D100=215");
     const auto publisher = publish({"oven", "--payload", "plain", "--mqtt", "3.1.1"});
-    Subscriber(m_broker, "line/oven", "one")
-        .waitFor("^line/oven . good\t[^\t]*Z\t21.5\t°C$");
+    Subscriber(m_broker, "line/oven", "one").waitFor("^line/oven . good\t[^\t]*Z\t21.5\t°C$");
 }
 
 TEST_F(PublishTest, StateIsOnlineUntilTheEndHoweverItCame)
@@ -157,8 +156,7 @@ TEST_F(PublishTest, RefusedTagIsStaleAndASilentStationIsNamed)
 {
     Subscriber subscriber(m_broker, "line/#", "one");
     const auto publisher = publish({"oven", "7#D0"});
-    subscriber.waitFor(
-        R"(^line/7%23D0 0 \{"value":null,.*"quality":"stale",.*"cause":"no answer)");
+    subscriber.waitFor(R"(^line/7%23D0 0 \{"value":null,.*"quality":"stale",.*"cause":"no answer)");
     subscriber.waitFor(R"(^line/\$line 0 \{.*"line":"open","exchanges":.*"silent_stations":\[7\])");
 }
 
@@ -280,8 +278,8 @@ TEST(PublishEncrypted, BothSidesShowTheirCertificates)
     const QTemporaryDir directory;
     const BrokerProcess broker(BrokerProcess::Kind::Encrypted);
     const Simulator simulator({"--listen", "tcp://127.0.0.1:0"});
-    const QStringList common = {"D100",         "--prefix", "line",          "--broker",
-                                broker.url(),   "--link",   simulator.link()};
+    const QStringList common = {"D100",       "--prefix", "line",          "--broker",
+                                broker.url(), "--link",   simulator.link()};
     const QStringList files = {"--certificate", broker.file("kmr.pem"), "--key",
                                broker.file("kmr.key")};
     PublisherProcess distrusting(directory.path(), common + files);

@@ -48,8 +48,8 @@ protected:
     {
         const int before = m_writes;
         const std::string text = outcome(request);
-        const bool has = text.find("\"outcome\":\"refused\",\"reason\":\"" + reason) !=
-                         std::string::npos;
+        const bool has =
+            text.find("\"outcome\":\"refused\",\"reason\":\"" + reason) != std::string::npos;
         EXPECT_TRUE(has) << text << "\ninstead of " << reason;
         return has && m_writes == before;
     }
@@ -228,8 +228,7 @@ TEST(Topics, NamesMakeLevelsAndWhatATopicCannotHaveIsEscaped)
     EXPECT_EQ(topics.nameOfSet("plant/line1/other/set"), QString("other"));
     EXPECT_FALSE(topics.nameOfSet("plant/line1/oven"));
     EXPECT_FALSE(topics.nameOfSet("plant/line10/oven/set"));
-    EXPECT_EQ(topics.setFilters(),
-              (QStringList{"plant/line1/+/set", "plant/line1/hall/oven/set"}));
+    EXPECT_EQ(topics.setFilters(), (QStringList{"plant/line1/+/set", "plant/line1/hall/oven/set"}));
 }
 
 TEST(Topics, WhatWouldShareATopicIsRefused)

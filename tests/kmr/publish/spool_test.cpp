@@ -15,7 +15,9 @@ namespace {
 
 Message message(std::uint64_t number, qint64 time = 0)
 {
-    return {number, time, "line/oven", "payload " + QByteArray::number(static_cast<qulonglong>(number)), true, "c"};
+    return {number,      time,
+            "line/oven", "payload " + QByteArray::number(static_cast<qulonglong>(number)),
+            true,        "c"};
 }
 
 class SpoolTest : public testing::Test {
@@ -154,8 +156,8 @@ TEST_F(SpoolTest, SpoolerCountsAloudWhatIsDropped)
     QStringList told;
     Spooler spooler(spool, outbox, [&told](const QString &line) { told.append(line); });
     spooler.end();
-    EXPECT_EQ(told, QStringList(
-                        "1 messages dropped, the oldest ones, because the spool holds no more"));
+    EXPECT_EQ(told,
+              QStringList("1 messages dropped, the oldest ones, because the spool holds no more"));
     EXPECT_EQ(spooler.dropped(), 1U);
     EXPECT_TRUE(outbox.isEmpty());
 }
