@@ -3,6 +3,7 @@
 #include "kmr/commands/commands.h"
 #include "kmr/options.h"
 #include "kmr/publish/publisher.h"
+#include "kmr/stop_signal.h"
 
 namespace kmr {
 
@@ -86,7 +87,13 @@ ExitCode runPublish(const Options &options, const PublishOptions &own)
     settings.spoolLimits.bytes = static_cast<qint64>(BYTES_EACH_MEGABYTE * own.spoolSize);
     settings.spoolLimits.milliseconds = static_cast<qint64>(MILLISECONDS_EACH_HOUR * own.spoolAge);
     settings.allowsWrites = own.allowsWrites;
-    return Publisher(options, settings).run();
+    try {
+        return Publisher(options, settings).run();
+    } catch (const Error &) {
+        if (stopFlag()) // the end was asked for before the line was there
+            return ExitCode::Ok;
+        throw;
+    }
 }
 
 void addBrokerOptions(CLI::App &command, PublishOptions &own)

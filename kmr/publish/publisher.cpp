@@ -19,6 +19,8 @@ using std::chrono::steady_clock;
 constexpr milliseconds STOP_CHECK(50);
 constexpr std::chrono::seconds BETWEEN_REPORTS(10);
 constexpr std::chrono::seconds BETWEEN_REFUSALS(1);
+constexpr milliseconds FIRST_PAUSE(500); // before opening the line again; doubled up to the longest
+constexpr milliseconds LONGEST_PAUSE(30000);
 
 void tell(const QString &line)
 {
@@ -32,7 +34,7 @@ Publisher::Publisher(const Options &options, PublisherSettings settings)
       m_topics(m_settings.prefix, allNames()), m_spool(m_settings.spool, m_settings.spoolLimits),
       m_outbox(std::make_shared<Outbox>(m_spool.lastNumber(), m_spool.count() == 0,
                                         [wakeUp = m_wakeUp] { wakeUp->wake(); })),
-      m_session(m_connection.open()),
+      m_session(openLine()),
       m_values(m_session, m_tags, m_settings.form, m_settings.heartbeat,
                [this](Message message) { m_outbox->push(std::move(message)); }),
       m_desk(m_connection.tags(), m_topics,
@@ -56,6 +58,31 @@ Publisher::~Publisher()
     m_session.setConfirmObserver({});
     m_session.setStepObserver({});
     m_session.setWaitObserver({});
+}
+
+// A service is begun when the machine is, maybe long before its line.
+Session &Publisher::openLine()
+{
+    milliseconds pause = FIRST_PAUSE;
+    for (;;) {
+        try {
+            return m_connection.open();
+        } catch (const Error &error) {
+            if (error.kind() != ErrorKind::Link || !m_notice.isListening())
+                throw;
+            if (pause == FIRST_PAUSE)
+                tell(error.text() + "; trying again until it works");
+            m_notice.ready();
+            const Time end = steady_clock::now() + pause;
+            while (steady_clock::now() < end) {
+                m_notice.alive();
+                sleepUnlessStopped(STOP_CHECK);
+                if (stopFlag())
+                    throw;
+            }
+            pause = std::min(2 * pause, LONGEST_PAUSE);
+        }
+    }
 }
 
 // Names with a deadband have it; others, and tags, have none.

@@ -35,7 +35,8 @@ struct PublisherSettings {
 
 class Publisher {
 public:
-    // Reads the names, and opens the spool and the line. Throws Error.
+    // Reads the names, and opens the spool and the line. As a service it waits for the line. Throws
+    // Error.
     Publisher(const Options &options, PublisherSettings settings);
     ~Publisher();
     Publisher(const Publisher &) = delete;
@@ -48,6 +49,7 @@ private:
     using Time = std::chrono::steady_clock::time_point;
 
     std::vector<PublishedTag> publishedTags() const;
+    Session &openLine();
     QStringList allNames() const;
     BrokerSettings brokerSettings() const;
     Courier::Events courierEvents();
@@ -65,6 +67,7 @@ private:
     void finish();
 
     const PublisherSettings m_settings;
+    ServiceNotice m_notice;
     Connection m_connection;
     const std::vector<PublishedTag> m_tags;
     const Topics m_topics;
@@ -78,7 +81,6 @@ private:
     WatchCycle m_cycle;
     Reconnection m_reconnection;
     Outages m_outages;
-    ServiceNotice m_notice;
     const Time m_begin = std::chrono::steady_clock::now();
     Time m_nextReport;
     Time m_nextRefusals;

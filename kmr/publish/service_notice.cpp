@@ -58,8 +58,9 @@ void ServiceNotice::send(const QByteArray &text) const
         address.sun_path[0] = '\0';
     const int descriptor = socket(AF_UNIX, SOCK_DGRAM | SOCK_CLOEXEC, 0);
     const auto size = static_cast<socklen_t>(offsetof(sockaddr_un, sun_path) + length);
-    const ssize_t sent = sendto(descriptor, text.constData(), static_cast<std::size_t>(text.size()),
-                                MSG_NOSIGNAL, reinterpret_cast<const sockaddr *>(&address), size);
+    const ssize_t sent =
+        sendto(descriptor, text.constData(), static_cast<std::size_t>(text.size()),
+               MSG_NOSIGNAL | MSG_DONTWAIT, reinterpret_cast<const sockaddr *>(&address), size);
     static_cast<void>(sent); // the manager notices silence by itself
     close(descriptor);
 }

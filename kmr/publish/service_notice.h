@@ -12,7 +12,13 @@ class ServiceNotice {
 public:
     ServiceNotice();
 
-    // It works, and from now on "still working" is said in time. Once.
+    // Whether a service manager listens.
+    bool isListening() const
+    {
+        return !m_address.isEmpty();
+    }
+
+    // It works.
     void ready();
 
     // Says that it is still working, if it is time to. To be called often.

@@ -6,8 +6,13 @@
 #include <QThread>
 #include <gtest/gtest.h>
 
-#include <csignal>
+#include <cstddef>
+#include <future>
+#include <map>
 #include <memory>
+#include <sys/socket.h>
+#include <sys/un.h>
+#include <unistd.h>
 
 namespace {
 
@@ -19,10 +24,13 @@ const char *const NAMES = "name,tag,unit,scale,writable\n"
 // kmr publish in a process of its own.
 class PublisherProcess {
 public:
-    PublisherProcess(const QString &directory, const QStringList &arguments)
+    PublisherProcess(const QString &directory, const QStringList &arguments,
+                     const std::map<QString, QString> &environment = {})
     {
         QProcessEnvironment variables = kmrEnvironment();
         variables.remove("KMR_BROKER");
+        for (const auto &[name, value] : environment)
+            variables.insert(name, value);
         m_process.setProcessEnvironment(variables);
         m_process.setWorkingDirectory(directory);
         m_process.start(KMR_EXECUTABLE, QStringList("publish") + arguments);
@@ -63,6 +71,49 @@ public:
 
 private:
     QProcess m_process;
+};
+
+// What systemd is to its services: a socket that takes notices.
+class ServiceManager {
+public:
+    ServiceManager()
+    {
+        sockaddr_un address = {};
+        address.sun_family = AF_UNIX;
+        const socklen_t size = sizeof(sa_family_t); // the system finds a free name
+        EXPECT_EQ(bind(m_socket, reinterpret_cast<const sockaddr *>(&address), size), 0);
+        socklen_t length = sizeof address;
+        EXPECT_EQ(getsockname(m_socket, reinterpret_cast<sockaddr *>(&address), &length), 0);
+        m_name = QByteArray(address.sun_path + 1,
+                            static_cast<int>(length - offsetof(sockaddr_un, sun_path)) - 1);
+    }
+    ~ServiceManager()
+    {
+        close(m_socket);
+    }
+    ServiceManager(const ServiceManager &) = delete;
+    ServiceManager &operator=(const ServiceManager &) = delete;
+
+    QString address() const
+    {
+        return '@' + m_name;
+    }
+
+    // All that come, a line each, until the last one.
+    std::string notices() const
+    {
+        std::string all;
+        while (all.find("STOPPING=1\n") == std::string::npos) {
+            char text[100];
+            const ssize_t length = recv(m_socket, text, sizeof text, 0);
+            all += std::string(text, static_cast<std::size_t>(length)) + '\n';
+        }
+        return all;
+    }
+
+private:
+    const int m_socket = socket(AF_UNIX, SOCK_DGRAM | SOCK_CLOEXEC, 0);
+    QByteArray m_name;
 };
 
 class PublishTest : public testing::Test {
@@ -244,6 +295,38 @@ TEST_F(PublishTest, AFloodOfRequestsIsCountedAndThePollingGoesOn)
     set("D0=7");
     subscriber.waitFor("^line/speed 0 \\{\"value\":7,");
     subscriber.waitFor("^line/\\$line 0 .*\"requests_refused\":[1-9]");
+}
+
+TEST(PublishService, TellsItsManagerThatItIsReadyAliveAndStopping)
+{
+    const QTemporaryDir directory;
+    const BrokerProcess broker;
+    const ServiceManager manager;
+    auto notices = std::async(std::launch::async, [&manager] { return manager.notices(); });
+    auto simulator = std::make_unique<Simulator>(QStringList{"--listen", "tcp://127.0.0.1:0"});
+    const QString link = simulator->link();
+    simulator.reset();
+    PublisherProcess publisher(directory.path(), {"D100", "--broker", broker.url(), "--link", link},
+                               {{"NOTIFY_SOCKET", manager.address()}, {"WATCHDOG_USEC", "20000"}});
+    publisher.waitFor("trying again until it works");
+    simulator = std::make_unique<Simulator>(
+        QStringList{"--listen", "tcp://127.0.0.1:" + link.section(':', -1)});
+    publisher.waitFor("connected to the broker");
+    EXPECT_EQ(publisher.terminate(), 0);
+    EXPECT_TRUE(matches(QString::fromStdString(notices.get()),
+                        "^READY=1\n(READY=1\n|WATCHDOG=1\n)*WATCHDOG=1\n(READY=1\n|WATCHDOG=1\n)*"
+                        "STOPPING=1\n$"));
+}
+
+TEST(PublishService, EndsWellWhileItWaitsForItsLine)
+{
+    const QTemporaryDir directory;
+    const ServiceManager manager;
+    PublisherProcess publisher(
+        directory.path(), {"D100", "--broker", "mqtt://127.0.0.1:1", "--link", "tcp://127.0.0.1:1"},
+        {{"NOTIFY_SOCKET", manager.address()}});
+    publisher.waitFor("trying again until it works");
+    EXPECT_EQ(publisher.terminate(), 0);
 }
 
 TEST(PublishGuarded, ClientsReadAndWriteWhatTheBrokerLetsThem)
