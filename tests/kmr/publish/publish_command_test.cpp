@@ -225,6 +225,18 @@ TEST_F(PublishTest, RestartOfTheBrokerLosesNothing)
         subscriber.waitFor(QString(R"("value":%1,.*"quality":"good")").arg(value));
 }
 
+TEST_F(PublishTest, BrokerThatForgotTheValuesGetsThemAgain)
+{
+    const auto publisher = publish({"oven"});
+    Subscriber(m_broker, "line/oven", "one").waitFor(R"("quality":"good")");
+    publishTo(m_broker, "line/oven", {"-r", "-n"});
+    m_broker.stop();
+    publisher->waitFor("no connection to the broker");
+    m_broker.start();
+    publisher->waitFor("connected to the broker");
+    Subscriber(m_broker, "line/oven", "two").waitFor(R"("quality":"good")");
+}
+
 TEST_F(PublishTest, ChangesWhileTheBrokerIsAwayOutlastKillAndArriveInOrder)
 {
     Subscriber subscriber(m_broker, "line/oven", "one");
