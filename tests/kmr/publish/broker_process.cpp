@@ -2,6 +2,7 @@
 
 #include "tests/kmr/kmr_process.h"
 
+#include <QDeadlineTimer>
 #include <QRegularExpression>
 #include <QTcpServer>
 #include <QTcpSocket>
@@ -134,10 +135,11 @@ Subscriber::~Subscriber()
 QString Subscriber::waitFor(const QString &pattern)
 {
     const QRegularExpression expression(pattern);
+    const QDeadlineTimer end(PATIENCE_MS);
     QString seen;
     for (;;) {
-        while (!m_process.canReadLine()) {
-            if (!m_process.waitForReadyRead(PATIENCE_MS)) {
+        while (!m_process.canReadLine() || end.hasExpired()) {
+            if (!m_process.waitForReadyRead(static_cast<int>(end.remainingTime()))) {
                 ADD_FAILURE() << pattern.toStdString() << " did not come, but\n"
                               << seen.toStdString();
                 return {};

@@ -2,6 +2,7 @@
 #include "tests/kmr/kmr_process.h"
 #include "tests/kmr/publish/broker_process.h"
 
+#include <QDeadlineTimer>
 #include <QTemporaryDir>
 #include <QThread>
 #include <gtest/gtest.h>
@@ -56,9 +57,10 @@ public:
     QString waitFor(const QString &text)
     {
         m_process.setReadChannel(QProcess::StandardError);
+        const QDeadlineTimer end(60000);
         for (;;) {
-            while (!m_process.canReadLine()) {
-                if (!m_process.waitForReadyRead(60000)) {
+            while (!m_process.canReadLine() || end.hasExpired()) {
+                if (!m_process.waitForReadyRead(static_cast<int>(end.remainingTime()))) {
                     ADD_FAILURE() << text.toStdString() << " was not told";
                     return {};
                 }
@@ -227,7 +229,7 @@ TEST_F(PublishTest, RestartOfTheBrokerLosesNothing)
 
 TEST_F(PublishTest, BrokerThatForgotTheValuesGetsThemAgain)
 {
-    const auto publisher = publish({"oven"});
+    const auto publisher = publish({"oven", "--heartbeat", "0"});
     Subscriber(m_broker, "line/oven", "one").waitFor(R"("quality":"good")");
     publishTo(m_broker, "line/oven", {"-r", "-n"});
     m_broker.stop();
