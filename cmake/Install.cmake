@@ -1,6 +1,7 @@
-# What cmake --install puts where (GNUInstallDirs): the library, the one header, what CMake and
-# pkg-config need to find the library, and, except in a build of the driver alone, kmr with its man
-# page and completion, and kmr-view where it is built. Components: runtime, dev, kmr, view.
+# The files of cmake --install (GNUInstallDirs): the library, its header, the files with which CMake
+# and pkg-config find it, and, except in a build of the driver alone, kmr with its man page and
+# completion, and kmr-view where it is built. Components: runtime, dev, kmr, publish (the service
+# of kmr publish), view.
 include(CMakePackageConfigHelpers)
 
 set(package_dir ${CMAKE_INSTALL_LIBDIR}/cmake/OstrelKmr)
@@ -19,7 +20,7 @@ install(FILES
     ${CMAKE_CURRENT_BINARY_DIR}/OstrelKmrConfigVersion.cmake
     DESTINATION ${package_dir} COMPONENT dev)
 
-# Relative to the file itself, so that an installed tree can be moved.
+# Relative to this file, so that an installed tree can be moved.
 file(RELATIVE_PATH pc_to_prefix /${CMAKE_INSTALL_LIBDIR}/pkgconfig /)
 configure_file(cmake/ostrel-kmr.pc.in ostrel-kmr.pc @ONLY)
 install(FILES ${CMAKE_CURRENT_BINARY_DIR}/ostrel-kmr.pc
@@ -32,6 +33,11 @@ install(TARGETS kmr RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR} COMPONENT kmr)
 install(FILES kmr/man/kmr.1 DESTINATION ${CMAKE_INSTALL_MANDIR}/man1 COMPONENT kmr)
 install(FILES kmr/completion/kmr.bash
     DESTINATION ${CMAKE_INSTALL_DATADIR}/bash-completion/completions RENAME kmr COMPONENT kmr)
+configure_file(packaging/service/kmr-publish@.service.in kmr-publish@.service @ONLY)
+install(FILES ${CMAKE_CURRENT_BINARY_DIR}/kmr-publish@.service
+    DESTINATION lib/systemd/system COMPONENT publish)
+install(FILES packaging/service/line.toml
+    DESTINATION ${CMAKE_INSTALL_DATADIR}/doc/kmr-publish/examples COMPONENT publish)
 
 if(TARGET kmr-view)
     install(TARGETS kmr-view RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR} COMPONENT view)

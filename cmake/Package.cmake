@@ -1,5 +1,6 @@
-# Debian packages of what is installed, made with CPack by script/package: libostrel-kmr1 (component
-# runtime), libostrel-kmr-dev (dev), kmr (kmr) and, where it is built, kmr-view (view). The version says which Qt they are built for.
+# Debian packages of the installed files, made with CPack by script/package: libostrel-kmr1 (component
+# runtime), libostrel-kmr-dev (dev), kmr (kmr), kmr-publish (publish) and, where it is
+# built, kmr-view (view). The version says which Qt they are built for.
 set(KMR_DEBIAN_RELEASE 1+qt${KMR_QT_MAJOR})
 set(KMR_DEBIAN_VERSION ${PROJECT_VERSION}-${KMR_DEBIAN_RELEASE})
 
@@ -19,7 +20,7 @@ else()
 endif()
 set(CPACK_COMPONENTS_ALL runtime dev)
 if(NOT KMR_DRIVER_ONLY)
-    list(APPEND CPACK_COMPONENTS_ALL kmr)
+    list(APPEND CPACK_COMPONENTS_ALL kmr publish)
 endif()
 if(TARGET kmr-view)
     list(APPEND CPACK_COMPONENTS_ALL view)
@@ -27,11 +28,11 @@ endif()
 
 set(CPACK_DEBIAN_RUNTIME_PACKAGE_NAME libostrel-kmr1)
 set(CPACK_DEBIAN_RUNTIME_PACKAGE_SECTION libs)
-# The records that cross the interface differ between Qt's major versions, so a program that links
-# to the library built for one must not get the library built for the other.
+# The records of the interface differ between major versions of Qt, so a program that links to the
+# library built for one must not get the library built for the other.
 set(CPACK_DEBIAN_PACKAGE_GENERATE_SHLIBS ON)
 set(CPACK_DEBIAN_PACKAGE_GENERATE_SHLIBS_POLICY "=")
-# CPack writes scripts that call ldconfig; Debian wants the trigger, which does no work twice.
+# CPack writes scripts that call ldconfig; Debian requires the trigger, which runs it once.
 set(CPACK_DEBIAN_RUNTIME_PACKAGE_CONTROL_EXTRA ${CMAKE_CURRENT_SOURCE_DIR}/packaging/triggers)
 set(CPACK_COMPONENT_RUNTIME_DESCRIPTION
 "Modbus ASCII driver for Ostrel KMR controllers (Qt ${KMR_QT_MAJOR})
@@ -46,17 +47,17 @@ set(CPACK_DEBIAN_DEV_PACKAGE_SECTION libdevel)
 if(KMR_QT_MAJOR EQUAL 5)
     set(qt_dev_packages qtbase5-dev)
 else()
-    set(qt_dev_packages "qt6-base-dev, libgl-dev") # Qt 6's CMake package asks for OpenGL
+    set(qt_dev_packages "qt6-base-dev, libgl-dev") # Qt 6's CMake package needs OpenGL
 endif()
 set(CPACK_DEBIAN_DEV_PACKAGE_DEPENDS "libostrel-kmr1 (= ${KMR_DEBIAN_VERSION}), ${qt_dev_packages}")
 set(CPACK_COMPONENT_DEV_DESCRIPTION
 "Modbus ASCII driver for Ostrel KMR controllers (header, Qt ${KMR_QT_MAJOR})
-What is needed to build hosts for the driver in libostrel-kmr1: its header,
+The files to build hosts for the driver in libostrel-kmr1: its header,
 the CMake package OstrelKmr and ostrel-kmr.pc for pkg-config.")
 
 set(CPACK_DEBIAN_KMR_PACKAGE_NAME kmr)
 set(CPACK_DEBIAN_KMR_PACKAGE_SECTION comm)
-# kmr loads the library when it runs, which shlibdeps can't see.
+# kmr loads the library at run time, which shlibdeps can't see.
 set(CPACK_DEBIAN_KMR_PACKAGE_DEPENDS "libostrel-kmr1 (= ${KMR_DEBIAN_VERSION})")
 if(KMR_FOREIGN_ARCHITECTURE)
     set(CPACK_DEBIAN_KMR_PACKAGE_DEPENDS ${KMR_FOREIGN_KMR_DEPENDS})
@@ -64,8 +65,8 @@ endif()
 set(CPACK_COMPONENT_KMR_DESCRIPTION
 "commissioning command for Ostrel KMR controllers (Qt ${KMR_QT_MAJOR})
 Reads, writes and watches a controller's memory over a serial line or TCP,
-moves recipes, diagnoses the line and simulates controllers. It speaks through
-the driver in libostrel-kmr1, as an operator panel does.")
+transfers recipes, diagnoses the line and simulates controllers. It uses the
+driver in libostrel-kmr1, as an operator panel does.")
 
 set(CPACK_DEBIAN_VIEW_PACKAGE_NAME kmr-view)
 set(CPACK_DEBIAN_VIEW_PACKAGE_SECTION comm)
@@ -76,7 +77,24 @@ Shows a controller's values with their quality, their trends, the traffic on
 the line byte by byte, the state of the line and its poll plan. It speaks
 through the driver in libostrel-kmr1, as an operator panel does.")
 
-# What Debian asks of a package besides. EXCLUDE_FROM_ALL: not part of a plain cmake --install.
+set(CPACK_DEBIAN_PUBLISH_PACKAGE_NAME kmr-publish)
+set(CPACK_DEBIAN_PUBLISH_PACKAGE_SECTION comm)
+set(CPACK_DEBIAN_PUBLISH_PACKAGE_ARCHITECTURE all)
+set(CPACK_DEBIAN_PUBLISH_PACKAGE_SHLIBDEPS OFF)
+set(CPACK_DEBIAN_PUBLISH_PACKAGE_DEPENDS "kmr (= ${KMR_DEBIAN_VERSION})")
+set(CPACK_DEBIAN_PUBLISH_PACKAGE_SUGGESTS mosquitto)
+set(CPACK_DEBIAN_PUBLISH_PACKAGE_CONTROL_EXTRA
+    ${CMAKE_CURRENT_SOURCE_DIR}/packaging/service/postinst
+    ${CMAKE_CURRENT_SOURCE_DIR}/packaging/service/prerm
+    ${CMAKE_CURRENT_SOURCE_DIR}/packaging/service/postrm)
+set(CPACK_DEBIAN_PUBLISH_PACKAGE_CONTROL_STRICT_PERMISSION ON)
+set(CPACK_COMPONENT_PUBLISH_DESCRIPTION
+"values of Ostrel KMR controllers to an MQTT broker, as a service
+The service kmr-publish@NAME runs 'kmr publish' for the line that
+/etc/kmr/NAME.toml describes: it publishes the line's values and, if that is
+allowed, takes writes. It is confined and watched by systemd.")
+
+# Further files that Debian requires. EXCLUDE_FROM_ALL: not part of a plain cmake --install.
 find_program(GZIP gzip)
 function(compress input output)
     execute_process(COMMAND ${GZIP} -9nc ${input} OUTPUT_FILE ${output} COMMAND_ERROR_IS_FATAL ANY)
@@ -99,6 +117,11 @@ if(GZIP)
     install(FILES packaging/libostrel-kmr1.lintian-overrides
         DESTINATION ${CMAKE_INSTALL_DATADIR}/lintian/overrides RENAME libostrel-kmr1
         COMPONENT runtime EXCLUDE_FROM_ALL)
+    if(NOT KMR_DRIVER_ONLY)
+        install(FILES packaging/kmr-publish.lintian-overrides
+            DESTINATION ${CMAKE_INSTALL_DATADIR}/lintian/overrides RENAME kmr-publish
+            COMPONENT publish EXCLUDE_FROM_ALL)
+    endif()
     set(CPACK_PRE_BUILD_SCRIPTS ${CMAKE_CURRENT_SOURCE_DIR}/packaging/compress-man-pages.cmake)
 endif()
 

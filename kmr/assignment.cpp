@@ -8,9 +8,10 @@ Assignment parseAssignment(const QString &text, const NamedTagReader &reader)
 {
     const int equals = static_cast<int>(text.indexOf('='));
     if (equals < 0) {
-        throw Error(ErrorKind::Usage, QString("\"%1\" assigns nothing: expected TAG=VALUE, for "
-                                              "example D100=250 or M0x3=1,0,1")
-                                          .arg(text));
+        throw Error(ErrorKind::Usage,
+                    QString("\"%1\" is not an assignment: expected TAG=VALUE, for "
+                            "example D100=250 or M0x3=1,0,1")
+                        .arg(text));
     }
     Assignment assignment;
     assignment.tag = reader.read(text.left(equals));
@@ -27,7 +28,7 @@ QString writeErrorText(const RequestResult &result)
     if (result.isDone())
         return {};
     return result.outcome == RequestResult::Outcome::NoAnswer
-               ? "not confirmed (it may have been written all the same): " + toText(result)
+               ? "not confirmed (it may have been written): " + toText(result)
                : toText(result);
 }
 

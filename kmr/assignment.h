@@ -1,4 +1,4 @@
-// TAG=VALUE: what a person has written to the controller.
+// TAG=VALUE: a typed write to the controller.
 #pragma once
 
 #include "host/project/named_tag_reader.h"
@@ -14,10 +14,10 @@ struct Assignment {
     Values values;
 };
 
-// Throws Error (Usage) for what is not TAG=VALUE, and for a tag that can't be written.
+// Reads "D100=250". Throws Error (Usage) for other texts, and for a tag that can't be written.
 Assignment parseAssignment(const QString &text, const NamedTagReader &reader);
 
-// Why a value is not written for certain, and whether it may be all the same. Empty if it is.
+// Why a value is not confirmed, and whether it may have been written. Empty if it is confirmed.
 QString writeErrorText(const RequestResult &result);
 
 } // namespace kmr

@@ -24,7 +24,7 @@ std::unique_ptr<DriverLibrary> loadDriver(const Options &options)
 LinkAddress linkOf(const Options &options)
 {
     if (options.link.isEmpty()) {
-        throw Error(ErrorKind::Usage, "no link: name it with --link or the environment variable "
+        throw Error(ErrorKind::Usage, "no link: give it with --link or the environment variable "
                                       "KMR_LINK, for example --link tcp://192.168.0.10:8888");
     }
     return parseLink(options.link);
@@ -57,7 +57,7 @@ std::vector<Tag> Connection::readTags(const QStringList &texts) const
 {
     const QStringList &wanted = texts.isEmpty() ? m_options.tags : texts;
     if (wanted.isEmpty())
-        throw Error(ErrorKind::Usage, "no tags: name some, for example D100, or list them in the "
+        throw Error(ErrorKind::Usage, "no tags: give some, for example D100, or list them in the "
                                       "project's kmr.toml: tags = [\"D100\"]");
     std::vector<Tag> tags;
     QStringList faults;
@@ -91,7 +91,7 @@ void capture(std::unique_ptr<CaptureWriter> &writer, bool isSent, const QByteArr
         writer->add(isSent, characters);
     } catch (const Error &error) {
         writer.reset();
-        reportLoss(error.text() + "; what comes from now on is not captured");
+        reportLoss(error.text() + "; further traffic is not captured");
     }
 }
 

@@ -13,8 +13,8 @@ namespace kmr {
 
 namespace {
 
-bool g_isLost = false;         // something could not be written
-bool g_isStdoutBroken = false; // not even the next line is worth a try
+bool g_isLost = false;         // an output could not be written
+bool g_isStdoutBroken = false; // further lines are not tried
 std::function<void()> g_beforeErrors;
 std::function<void()> g_afterErrors;
 
@@ -47,7 +47,7 @@ void printError(const QString &line)
     if (g_beforeErrors)
         g_beforeErrors();
     const int written = std::fputs((line.toLocal8Bit() + '\n').constData(), stderr);
-    static_cast<void>(written); // there is nowhere left to report it
+    static_cast<void>(written); // there is no place to report it
     if (g_afterErrors)
         g_afterErrors();
 }

@@ -1,4 +1,4 @@
-// What a command reports: values and records on stdout, all else on stderr.
+// The output of commands: values and records on stdout, everything else on stderr.
 #pragma once
 
 #include "kmr/exit_code.h"
@@ -9,25 +9,25 @@
 
 namespace kmr {
 
-// Writes a line to stdout at once. When it can't be written, the stop flag is set and further lines
+// Writes a line to stdout at once. If it can't be written, the stop flag is set and further lines
 // are dropped; unless the reader has gone, reportLoss() says why.
 void print(const QString &line);
 
-// Sets the stop flag when nobody reads stdout any more. To be called often where there may be
-// nothing to print for long.
+// Sets the stop flag if nobody reads stdout any more. To be called often by code that may print
+// nothing for a long time.
 void stopWithoutReader();
 
 // Writes a line to stderr.
 void printError(const QString &line);
 
-// From now on printError() calls these before and after it writes, so that what is drawn on a
-// terminal can make room. Empty ones end it.
+// Sets functions that printError() calls before and after it writes, so that a drawing on the
+// terminal can be removed and drawn again. Empty functions end this.
 void setAroundErrors(std::function<void()> before, std::function<void()> after);
 
-// Says on stderr what could not be written. The program goes on.
+// Reports on stderr what could not be written. The program continues.
 void reportLoss(const QString &text);
 
-// The program's exit code: `code`, but ItemFailed instead of Ok once a loss was reported.
+// The program's exit code: `code`, but ItemFailed instead of Ok if a loss was reported.
 ExitCode exitCodeAfterLosses(ExitCode code);
 
 } // namespace kmr

@@ -6,14 +6,14 @@
 
 namespace kmr {
 
-// From now on these signals only set the flag. A second one ends the program at once, but for
-// SIGHUP. A reader of stdout that has gone ends it no longer with a signal.
+// From now on these signals only set the flag. A second one, except SIGHUP, ends the program at
+// once. SIGPIPE, from a reader of stdout that has gone, is ignored.
 void catchStopSignals();
 
-// Set once the end is asked for.
+// True when the program has to end.
 std::atomic<bool> &stopFlag();
 
-// Sleeps so long, or until the end is asked for, which it notices within 50 ms.
+// Sleeps for `time`, or until the stop flag is set, which is checked every 50 ms.
 void sleepUnlessStopped(std::chrono::milliseconds time);
 
 // A descriptor that becomes readable when a signal sets the flag, for event loops. -1 before

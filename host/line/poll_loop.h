@@ -4,6 +4,8 @@
 
 #include "host/driver_library.h"
 #include "host/line/in_step.h"
+#include "host/line/line_device.h"
+#include "host/line/owed_answers.h"
 #include "host/line/reply_filter.h"
 #include "host/line/station_pauses.h"
 #include "modbus/ascii.h"
@@ -16,40 +18,36 @@
 #include <chrono>
 #include <cstdint>
 #include <functional>
-#include <map>
 #include <optional>
 
 namespace kmr {
 
-using Clock = std::function<std::chrono::steady_clock::time_point()>;
-
 struct PollSettings {
-    // From the end of a request to the end of its answer; for every character on the wire
-    // `characterTime` comes on top.
+    // From the end of a request to the end of its answer; `characterTime` is added for every
+    // character on the wire.
     std::chrono::milliseconds timeout{1000};
     std::chrono::nanoseconds characterTime{0};
     EchoMode echo = EchoMode::Auto;
-    bool inStep = true;               // InStep guards the answers; else each counts at once
+    bool inStep = true;               // InStep confirms the answers; else each counts at once
     std::chrono::milliseconds gap{0}; // silence on the line before each request
-    // Silence before the first request: what somebody else asked before may still be answered.
+    // Silence before the first request: an earlier request of another host may still be answered.
     std::chrono::milliseconds firstQuiet{0};
-    // Told of all characters as they are sent and as they arrive, those of no use included.
-    std::function<void(bool isSent, const QByteArray &characters)> tap = {};
+    Tap tap = {};
 };
 
-// One request, and what came of it.
+// One request and its outcome.
 struct Exchange {
     enum class Outcome {
         Good,        // answered
         SentAgain,   // bad: the driver sends the same frame again
         GivenUp,     // bad for the last time
-        Interrupted, // the line was lost, or the loop stopped, before the answer was there
+        Interrupted, // the line was lost, or the loop stopped, before the answer came
         PassedOver   // not sent: its station is silent and has a pause (Turn::PassOver)
     };
 
     const FRAME_PRO &request; // valid during the observer's call
     std::uint64_t number = 0; // of the exchanges of a loop, from 1 on
-    QByteArray received = {}; // all that arrived, echo and noise included; of a flood its two ends
+    QByteArray received = {}; // all that arrived, also echo and noise; only both ends of a flood
     qint64 receivedChars = 0; // how many characters arrived
     Outcome outcome = Outcome::Interrupted;
     ReplyFault fault = ReplyFault::None;   // why it brought no usable line
@@ -59,10 +57,10 @@ struct Exchange {
     std::chrono::nanoseconds roundTrip{0}; // from the first character sent to the answer's last
 };
 
-// What became of the answers that waited to be confirmed (InStep).
+// What happened to the answers that wait to be confirmed (InStep).
 struct StepNews {
     enum class Kind {
-        Confirmed, // those of the station up to `upTo` are true
+        Confirmed, // those of the station up to `upTo` are confirmed
         Stray,     // a line came that no request waited for: it may put them in doubt
         Unanswered // the request after them was given up: they stay in doubt
     };
@@ -99,7 +97,7 @@ public:
         Stopped    // the stop flag is set
     };
 
-    // All arguments by reference must outlive the loop. `stop` is looked at every 50 ms at least.
+    // All arguments by reference must outlive the loop. `stop` is checked at least every 50 ms.
     PollLoop(const DriverFunctions &driver, QIODevice &device, const PollSettings &settings,
              const std::atomic<bool> &stop, Clock clock);
 
@@ -109,8 +107,8 @@ public:
         m_observer = std::move(observer);
     }
 
-    // Decides on each request before it is sent; without it all are asked. Must let one of those in
-    // turn pass, or the loop goes on looking for it.
+    // Decides on each request before it is sent; without it all are sent. It must allow one of the
+    // requests in turn, otherwise the loop does not end.
     using TurnOf = std::function<Turn(const FRAME_PRO &request)>;
     void setTurnOf(TurnOf turnOf)
     {
@@ -118,14 +116,14 @@ public:
     }
 
     // Is called when an exchange confirms earlier ones, before the observer is called; without
-    // PollSettings::inStep after each exchange. And when a line comes that no request waited for.
+    // PollSettings::inStep after each exchange. Also when a line comes that no request waited for.
     using StepObserver = std::function<void(const StepNews &)>;
     void setStepObserver(StepObserver observer)
     {
         m_stepObserver = std::move(observer);
     }
 
-    // Is called after each check question with the time to its answer, or 0 when none came.
+    // Is called after each check question with the time to its answer, or 0 if none came.
     void setCheckObserver(std::function<void(std::chrono::nanoseconds roundTrip)> observer)
     {
         m_checkObserver = std::move(observer);
@@ -134,15 +132,15 @@ public:
     // Is called every 50 ms while the loop waits.
     void setWaitObserver(std::function<void()> observer)
     {
-        m_waitObserver = std::move(observer);
+        m_line.setWaitObserver(std::move(observer));
     }
 
-    // Makes one exchange, or waits 10 ms when there is nothing to send. After LineLost or Stopped
-    // the driver may wait for an answer that never comes: start anew with intf_initProperty.
+    // Makes one exchange, or waits 10 ms if there is nothing to send. After LineLost or Stopped the
+    // driver may wait for an answer that never comes: configure it again with intf_initProperty.
     Step step();
 
-    // Asks check questions until nothing waits for one, or no answer comes. `isToTheLast`: also
-    // waits until no late answer can put anything in doubt. Exchanged, LineLost or Stopped.
+    // Sends check questions until nothing waits for one, or no answer comes. `isToTheLast`: also
+    // waits until no late answer can put anything in doubt. Returns Exchanged, LineLost or Stopped.
     Step confirm(bool isToTheLast);
 
     // What is known of the line's echo.
@@ -152,20 +150,11 @@ public:
     }
 
 private:
-    enum class Wait { Characters, TimeOver, Broken };
+    using Wait = LineDevice::Wait;
     enum class Check { Answered, Unanswered, Broken };
     using TimePoint = std::chrono::steady_clock::time_point;
 
-    // What a station has not answered yet.
-    struct Owed {
-        int answers = 0;
-        TimePoint firstSent; // the oldest of their requests
-        TimePoint lastSent;
-        TimePoint until;                     // then what has not come is taken for lost
-        std::chrono::nanoseconds slowest{0}; // what came late, came within this time
-    };
-
-    // What came of a frame on the line.
+    // The outcome of a frame on the line.
     struct Answer {
         enum class End { NotSent, BrokenOff, Over };
 
@@ -193,7 +182,6 @@ private:
     Check check(const QByteArray &station, const QByteArray &next, int attempts);
     bool settle(const QByteArray &station, bool isRetry);
     void emptyLine();
-    QByteArray receive();
     void takeStrays(const QByteArray &bytes);
     void takeStraysAround(const QByteArray &bytes, const QByteArray &reply,
                           const QByteArray &frame);
@@ -201,23 +189,18 @@ private:
     void noteStray(const QByteArray &line, int awaited);
     void noteSent(const QByteArray &frame, bool isRetry);
     void noteEnd(const QByteArray &frame, ReplyFault fault);
-    bool send(const QByteArray &frame);
     ReplyFilter::Verdict collect(ReplyFilter &filter, const QByteArray &frame, TimePoint deadline,
                                  Answer &answer);
     void handIn(Exchange &exchange, QByteArray reply);
-    Wait waitUntil(TimePoint deadline);
     void quietAfter(ReplyFault fault, bool isRetry);
     Step broken() const;
     void tell(const Exchange &exchange) const;
     void tell(const StepNews &news) const;
 
     const DriverFunctions &m_driver;
-    QIODevice &m_device;
     const PollSettings m_settings;
-    const std::atomic<bool> &m_stop;
-    const Clock m_clock;
+    LineDevice m_line;
     Observer m_observer;
-    std::function<void()> m_waitObserver;
     StepObserver m_stepObserver;
     std::function<void(std::chrono::nanoseconds)> m_checkObserver;
     TurnOf m_turnOf;
@@ -228,11 +211,10 @@ private:
     Turn m_turn = Turn::Ask;           // of m_frame
     std::chrono::milliseconds m_quiet; // silence that must pass before the next request
     TimePoint m_lastHeard;             // when it began
-    TimePoint m_heard;                 // the last characters
-    std::map<QByteArray, Owed> m_owed; // by the station's characters
-    QByteArray m_lastStation;          // that of the last request
-    bool m_isRetry = false;            // the next request is the last one once more
-    modbus::LineCollector m_strays;    // finds lines too much in all that comes
+    OwedAnswers m_owed;
+    QByteArray m_lastStation;       // that of the last request
+    bool m_isRetry = false;         // the next request is a retry of the last one
+    modbus::LineCollector m_strays; // finds surplus lines in all that comes
 };
 
 } // namespace kmr

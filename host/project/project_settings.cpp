@@ -6,6 +6,7 @@
 
 #include <QDir>
 #include <QFileInfo>
+#include <QRegularExpression>
 
 #include <functional>
 #include <utility>
@@ -191,6 +192,13 @@ void readEntry(const ConfigEntry &entry, const QString &path, ProjectSettings &s
 
 ProjectSettings parseProject(const QString &text, const QString &path)
 {
+    static const QRegularExpression section("^\\[[A-Za-z]", QRegularExpression::MultilineOption);
+    const int end = static_cast<int>(text.indexOf(section));
+    if (end >= 0) {
+        ProjectSettings settings = parseProject(text.left(end), path);
+        settings.sections = text.mid(end);
+        return settings;
+    }
     QStringList known;
     for (const Key &key : keys())
         known.append(key.name);
@@ -223,12 +231,13 @@ QString formatProject(const ProjectSettings &settings, const QString &path)
         if (value != key.write(ProjectSettings(), path))
             text += QString("%1 = %2\n").arg(key.name, value);
     }
-    if (settings.tags.isEmpty())
-        return text;
-    text += "tags = [\n";
+    if (!settings.tags.isEmpty())
+        text += "tags = [\n";
     for (const QString &tag : settings.tags)
         text += QString("    %1,\n").arg(quoted(tag));
-    return text + "]\n";
+    if (!settings.tags.isEmpty())
+        text += "]\n";
+    return settings.sections.isEmpty() ? text : text + '\n' + settings.sections;
 }
 
 SessionSettings sessionSettingsOf(const ProjectSettings &settings, const LinkAddress &address)

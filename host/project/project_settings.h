@@ -29,6 +29,7 @@ struct ProjectSettings {
     QString format; // of the command's records; kept for it
     QString names;  // path of the file of names; empty: none
     QStringList tags;
+    QString sections; // of commands, as they stand in the file; kept
 };
 
 // Reads a file's text; `path` names it and is where its relative paths begin. Throws Error (Usage)

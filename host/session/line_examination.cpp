@@ -18,12 +18,11 @@ Diagnosis diagnoseStrays(const Statistics &statistics)
             adviceForLate(QString::number(
                 std::chrono::ceil<std::chrono::milliseconds>(statistics.latest()).count() + 100))};
     }
-    return {
-        Finding::OutOfStep,
-        QString("Answers come twice: %1 that no request waited for.").arg(statistics.strays()),
-        "Look for a repeater, radio, modem or serial server that sends again what it passes on, "
-        "and for a second host. No value is shown that such an answer puts in doubt; it is asked "
-        "again."};
+    return {Finding::OutOfStep,
+            QString("Answers come twice: %1 that no request waited for.").arg(statistics.strays()),
+            "Look for a repeater, radio, modem or serial server that sends characters twice, and "
+            "for a second host. No value is shown that such an answer puts in doubt; it is asked "
+            "again."};
 }
 
 } // namespace
@@ -55,7 +54,7 @@ std::optional<Diagnosis> askLine(Session &session, const ElementRange &element, 
         case PollLoop::Step::LineLost:
             return Diagnosis{
                 Finding::Lost, "The other side closed the link, or the adapter was unplugged.",
-                "Check that no other host is connected, since some gateways take only one, and "
+                "Check that no other host is connected, since some gateways accept only one, and "
                 "that the other side speaks Modbus ASCII."};
         case PollLoop::Step::Stopped:
             return std::nullopt;

@@ -22,7 +22,7 @@ WriteResult writeTag(Session &session, const Tag &tag, const Values &values)
 QString whyNotWritable(const Tag &tag)
 {
     if (tag.kind == ElementKind::WordBit) {
-        return QString("%1 can't be written: the controller offers no write of single bits of %2 "
+        return QString("%1 can't be written: the controller has no write of single bits of %2 "
                        "words; write the whole word")
             .arg(tag.text, tag.elements.area);
     }

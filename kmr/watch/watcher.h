@@ -1,4 +1,4 @@
-// What 'kmr watch' shows: changes, as records or in a live table, and a line on stderr when an
+// The output of 'kmr watch': changes, as records or in a live table, and a line on stderr when an
 // outage begins and when it ends.
 #pragma once
 
@@ -32,22 +32,22 @@ public:
 
     void beginPolling();
 
-    // The time until the next request is to be made: 0 but between two cycles.
+    // The time until the next request; 0 except between two cycles.
     std::chrono::nanoseconds pause() const;
 
-    // The line is lost: nothing is fresh any more.
+    // The line is lost: all values are stale.
     void noteLoss();
 
-    // It is open again. That it is back is reported with the first answer.
+    // The line is open again. This is reported with the first answer.
     void noteReconnection();
 
-    // Lost, and nothing was answered since.
+    // Whether the line was lost and nothing has been answered since.
     bool isLost() const
     {
         return m_isLost;
     }
 
-    // Draws the table when it is time to, and ends the watch when nobody reads it any more. To be
+    // Draws the table when it is time to, and ends the watch if nobody reads it any more. To be
     // called often.
     void draw();
 
@@ -59,7 +59,7 @@ public:
         return m_maxChanges && m_changes >= *m_maxChanges;
     }
 
-    // What keeps tags from being up to date.
+    // Why tags are not up to date, or Ok.
     ExitCode outcome() const;
 
 private:

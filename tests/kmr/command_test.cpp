@@ -1,4 +1,4 @@
-// The command kmr as its users have it: a program with arguments, output and an exit code.
+// The command kmr as its users run it: a program with arguments, output and an exit code.
 #include "tests/host/line/full_server.h"
 #include "tests/kmr/kmr_process.h"
 
@@ -204,7 +204,7 @@ TEST_P(CommandOnBothLinks, RecipeWithAnElementTwiceIsMovedByNoCommand)
         const Finished recipe = kmr({"recipe", command, path("twice.csv")});
         EXPECT_EQ(recipe.exitCode, 2) << command;
         EXPECT_EQ(recipe.err,
-                  "kmr: " + path("twice.csv") + ":2: D100 stands twice, first in line 1\n");
+                  "kmr: " + path("twice.csv") + ":2: D100 appears twice, first in line 1\n");
     }
     EXPECT_EQ(kmr({"recipe", "upload", path("new.csv"), "D0x2", "D1"}).exitCode, 2);
     EXPECT_FALSE(QFileInfo::exists(path("new.csv")));
@@ -219,7 +219,7 @@ TEST_P(CommandOnBothLinks, SilenceEndsWithFour)
     EXPECT_EQ(read.err, "D100: no answer\n");
     const Finished write = kmr({"write", "2#D100=1", "--timeout", "20"});
     EXPECT_EQ(write.exitCode, 4);
-    EXPECT_TRUE(write.err.contains("may have been written all the same"));
+    EXPECT_TRUE(write.err.contains("may have been written"));
 }
 
 TEST(Command, UploadRefusesAFileThatIsNotInUtf8)
@@ -351,11 +351,12 @@ TEST(Command, ListFromElsewhereIsImportedAndSearched)
                                     "\\S+plant.txt: 2 names imported, 1 lines left out\n$"))
         << import.err.toStdString();
     EXPECT_EQ(QString::fromUtf8(loadFile(names)),
-              QString::fromUtf8("name,tag,unit,scale,offset,texts,word-order,byte-order,comment\n"
-                                "T\u00fcr [1],X5,,,,,,,\ntemp,D100x2,,0.1,,,,,\n"));
+              QString::fromUtf8("name,tag,unit,scale,offset,texts,word-order,byte-order,writable,"
+                                "deadband,comment\n"
+                                "T\u00fcr [1],X5,,,,,,,,,\ntemp,D100x2,,0.1,,,,,,,\n"));
     const QStringList how = {"--names", names, "--format", "csv"};
     EXPECT_EQ(run(QStringList{"tags", "find", "D101"} + how).out.section('\n', 1),
-              "temp,D100x2,,0.1,,,,,,\n");
+              "temp,D100x2,,0.1,,,,,,,,\n");
     EXPECT_EQ(run(QStringList{"tags", "find", "[1"} + how).out.count('\n'), 2);
     EXPECT_EQ(run(QStringList{"tags", "find", "pump"} + how).exitCode, 1);
     EXPECT_EQ(run(QStringList{"tags", "list"} + how).out.count('\n'), 3);

@@ -13,7 +13,7 @@ QString watch(const QString &arguments)
     return "\"$KMR\" watch " + arguments;
 }
 
-// A controller whose D100 can be set, and which can fall silent.
+// A controller whose D100 can be set, and which can be made silent.
 class LiveTableTest : public testing::Test {
 protected:
     QString arguments() const

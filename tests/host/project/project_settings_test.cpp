@@ -47,6 +47,14 @@ TEST(ProjectSettings, EveryKeyIsReadAndWrittenBack)
     EXPECT_EQ(formatProject(settings, "/p/kmr.toml"), text);
 }
 
+TEST(ProjectSettings, SectionsOfCommandsAreKept)
+{
+    const QString text = "station = 3\n\n[publish]\nbroker = \"mqtt://b\"\n";
+    const ProjectSettings settings = parseProject(text, "/p/kmr.toml");
+    EXPECT_EQ(settings.station, 3);
+    EXPECT_EQ(formatProject(settings, "/p/kmr.toml"), text);
+}
+
 TEST(ProjectSettings, WhatIsAsUsualIsNotWritten)
 {
     EXPECT_EQ(formatProject(ProjectSettings(), "/p/kmr.toml"), "");

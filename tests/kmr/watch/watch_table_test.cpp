@@ -27,7 +27,7 @@ WatchRow row(const QString &tag, WatchRow::State state)
     return row;
 }
 
-// What reaches a terminal that knows nothing of its size. It may come in pieces.
+// The output on a terminal without a known size. It may come in pieces.
 QByteArray shownBy(const std::function<void()> &draw)
 {
     const int terminal = posix_openpt(O_RDWR | O_NOCTTY);
