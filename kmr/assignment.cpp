@@ -5,6 +5,19 @@
 
 namespace kmr {
 
+void requireWritable(const Tag &tag)
+{
+    if (tag.kind == ElementKind::WordBit) {
+        throw Error(ErrorKind::Usage,
+                    QString("%1 can't be written: the controller offers no write of "
+                            "single bits of %2 words; write the whole word")
+                        .arg(tag.text, tag.elements.area));
+    }
+    if (!tag.isWritable)
+        throw Error(ErrorKind::Usage,
+                    QString("%1 can't be written: %2 are inputs").arg(tag.text, tag.elements.area));
+}
+
 Assignment parseAssignment(const QString &text, const NamedTagReader &reader)
 {
     const int equals = static_cast<int>(text.indexOf('='));
@@ -15,17 +28,8 @@ Assignment parseAssignment(const QString &text, const NamedTagReader &reader)
     }
     Assignment assignment;
     assignment.tag = reader.read(text.left(equals));
-    const Tag &tag = assignment.tag;
-    if (tag.kind == ElementKind::WordBit) {
-        throw Error(ErrorKind::Usage,
-                    QString("%1 can't be written: the controller offers no write of "
-                            "single bits of %2 words; write the whole word")
-                        .arg(tag.text, tag.elements.area));
-    }
-    if (!tag.isWritable)
-        throw Error(ErrorKind::Usage,
-                    QString("%1 can't be written: %2 are inputs").arg(tag.text, tag.elements.area));
-    assignment.values = parseValues(tag, text.mid(equals + 1));
+    requireWritable(assignment.tag);
+    assignment.values = parseValues(assignment.tag, text.mid(equals + 1));
     return assignment;
 }
 
@@ -42,6 +46,14 @@ WriteResult write(Session &session, const Assignment &assignment)
         next += run.count;
     }
     return {{RequestResult::Outcome::Done, {}}, {}};
+}
+
+QString writeOutcome(const RequestResult &result)
+{
+    if (result.isDone())
+        return "confirmed";
+    return result.outcome == RequestResult::Outcome::NoAnswer ? QString("given up")
+                                                              : outcomeName(result);
 }
 
 QString writeErrorText(const RequestResult &result)

@@ -14,6 +14,9 @@ struct Assignment {
     Values values;
 };
 
+// Throws Error (Usage) for a tag that can't be written, with the reason.
+void requireWritable(const Tag &tag);
+
 // Throws Error (Usage) for what is not TAG=VALUE, and for a tag that can't be written.
 Assignment parseAssignment(const QString &text, const NamedTagReader &reader);
 
@@ -24,6 +27,9 @@ struct WriteResult {
 
 // Writes piece by piece and stops at the first that fails.
 WriteResult write(Session &session, const Assignment &assignment);
+
+// One word for records. A write that got no answer may have been carried out all the same.
+QString writeOutcome(const RequestResult &result);
 
 // Why a value is not written for certain, and whether it may be all the same. Empty if it is.
 QString writeErrorText(const RequestResult &result);

@@ -17,12 +17,16 @@ void print(const QString &line);
 // nothing to print for long.
 void stopWithoutReader();
 
-// Writes a line to stderr.
+// Writes a line to stderr, or hands it to the sink.
 void printError(const QString &line);
 
-// From now on printError() calls these before and after it writes, so that what is drawn on a
-// terminal can make room. Empty ones end it.
-void setAroundErrors(std::function<void()> before, std::function<void()> after);
+// From now on printError() hands its lines to `sink`, so that what is drawn on a terminal can make
+// room for them. An empty one ends it.
+using ErrorSink = std::function<void(const QString &line)>;
+void setErrorSink(ErrorSink sink);
+
+// Writes a line to stderr, whatever the sink: for the sink.
+void writeError(const QString &line);
 
 // Says on stderr what could not be written. The program goes on.
 void reportLoss(const QString &text);

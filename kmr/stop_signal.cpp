@@ -10,12 +10,32 @@ namespace kmr {
 
 namespace {
 
+constexpr int ENDING_SIGNALS[] = {SIGQUIT, SIGABRT, SIGBUS, SIGFPE, SIGILL, SIGSEGV};
+
 std::atomic<bool> g_stop{false};
+std::atomic<void (*)()> g_lastAct{nullptr};
 int g_pipe[2] = {-1, -1};
 
-extern "C" void noteStop(int)
+void handle(int signal, void (*handler)(int))
+{
+    struct sigaction action = {};
+    action.sa_handler = handler;
+    action.sa_flags = static_cast<int>(SA_RESETHAND);
+    sigaction(signal, &action, nullptr);
+}
+
+extern "C" void endAtOnce(int signal)
+{
+    if (void (*act)() = g_lastAct)
+        act();
+    raise(signal);
+}
+
+extern "C" void noteStop(int signal)
 {
     g_stop = true;
+    if (signal != SIGHUP)
+        handle(signal, endAtOnce);
     const char byte = 0;
     const ssize_t written = write(g_pipe[1], &byte, 1);
     static_cast<void>(written); // a full pipe wakes the reader as well
@@ -27,19 +47,22 @@ void catchStopSignals()
 {
     if (pipe2(g_pipe, O_CLOEXEC | O_NONBLOCK) != 0)
         return; // the program then ends at the signal, as without us
-    struct sigaction action = {};
-    action.sa_handler = noteStop;
-    action.sa_flags = static_cast<int>(SA_RESETHAND);
-    sigaction(SIGINT, &action, nullptr);
-    sigaction(SIGTERM, &action, nullptr);
+    handle(SIGINT, noteStop);
+    handle(SIGTERM, noteStop);
     // A closed terminal sends it more than once, and nohup has it ignored.
     struct sigaction hangUp = {};
     if (sigaction(SIGHUP, nullptr, &hangUp) == 0 && hangUp.sa_handler != SIG_IGN) {
-        action.sa_flags = 0;
-        sigaction(SIGHUP, &action, nullptr);
+        hangUp.sa_handler = noteStop;
+        sigaction(SIGHUP, &hangUp, nullptr);
     }
-    action.sa_handler = SIG_IGN; // print() notices it
-    sigaction(SIGPIPE, &action, nullptr);
+    handle(SIGPIPE, SIG_IGN); // print() notices it
+}
+
+void setLastAct(void (*act)())
+{
+    g_lastAct = act;
+    for (const int signal : ENDING_SIGNALS)
+        handle(signal, act != nullptr ? endAtOnce : SIG_DFL);
 }
 
 std::atomic<bool> &stopFlag()

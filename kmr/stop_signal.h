@@ -10,6 +10,10 @@ namespace kmr {
 // SIGHUP. A reader of stdout that has gone ends it no longer with a signal.
 void catchStopSignals();
 
+// From now on `act` is called before a signal ends the program at once, also one that says that the
+// program is broken. It may do only what a handler of signals may. Null ends it.
+void setLastAct(void (*act)());
+
 // Set once the end is asked for.
 std::atomic<bool> &stopFlag();
 

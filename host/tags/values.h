@@ -15,10 +15,10 @@ namespace kmr {
 // One for each element of a tag, or for each bit of a word: what the controller holds.
 using Values = std::vector<std::uint32_t>;
 
-// Reads a tag's values, separated by blanks or commas: decimal numbers, or 0x and hexadecimal
-// digits for the bits as they are, whatever the type and the scaling. Without a type 0 or 1, on or
-// off for bits, -32768 to 65535 for words and -2147483648 to 4294967295 for counters. What
-// interpret() shows stands for the same value: a scaled number, one of the tag's own texts (in
+// Reads a tag's values, separated by blanks or commas: decimal numbers, or 0x and hexadecimal or 0b
+// and binary digits for the bits as they are, whatever the type and the scaling. Without a type 0
+// or 1, on or off for bits, -32768 to 65535 for words and -2147483648 to 4294967295 for counters.
+// What interpret() shows stands for the same value: a scaled number, one of the tag's own texts (in
 // quotes if it has blanks and is not alone), the unit at the end. A tag of type text is taken as it
 // is, padded with zeroes; \xNN stands for any character, \\ for a backslash. Throws Error (Usage)
 // if a value is out of the type's range or their number is not the tag's.
