@@ -292,11 +292,23 @@ TEST(NumberFormats, ShowTheHeldBitsWhateverTheTypeAndTheScalingSay)
         Values values;
         const char *unsignedText, *signedText, *hexText, *binaryText;
     } ROWS[] = {
-        {"D0x2", {0xFFFE, 7}, "65534 7", "-2 7", "0xFFFE 0x0007",
+        {"D0x2",
+         {0xFFFE, 7},
+         "65534 7",
+         "-2 7",
+         "0xFFFE 0x0007",
          "0b1111111111111110 0b0000000000000111"},
-        {"D0/float32", {0, 0x8000}, "2147483648", "-2147483648", "0x80000000",
+        {"D0/float32",
+         {0, 0x8000},
+         "2147483648",
+         "-2147483648",
+         "0x80000000",
          "0b10000000000000000000000000000000"},
-        {"CV2200", {0xFFFFFFFF}, "4294967295", "-1", "0xFFFFFFFF",
+        {"CV2200",
+         {0xFFFFFFFF},
+         "4294967295",
+         "-1",
+         "0xFFFFFFFF",
          "0b11111111111111111111111111111111"},
         {"M0x2", {0, 1}, "0 1", "0 1", "0 1", "0 1"},
     };
