@@ -1,7 +1,6 @@
 #include "host/line/poll_loop.h"
 
 #include "host/line/answer_form.h"
-#include "host/line/link.h"
 #include "modbus/protocol.h"
 
 #include <algorithm>
@@ -13,7 +12,6 @@ namespace {
 
 using std::chrono::milliseconds;
 
-constexpr milliseconds STOP_CHECK(50); // longest wait without a look at the stop flag
 constexpr milliseconds IDLE_WAIT(10);
 constexpr milliseconds DAMAGED_QUIET(50);   // the answer was there, only its rest may follow
 constexpr int SEND_AGAIN = 8;               // intf_dealRcvFrame's result
@@ -50,25 +48,25 @@ void giveUp(const DriverFunctions &driver, QString &driverText)
 
 PollLoop::PollLoop(const DriverFunctions &driver, QIODevice &device, const PollSettings &settings,
                    const std::atomic<bool> &stop, Clock clock)
-    : m_driver(driver), m_device(device), m_settings(settings), m_stop(stop),
-      m_clock(std::move(clock)), m_inStep(settings.timeout), m_quiet(settings.firstQuiet),
-      m_lastHeard(m_clock())
+    : m_driver(driver), m_settings(settings), m_line(device, stop, std::move(clock), settings.tap),
+      m_inStep(settings.timeout), m_quiet(settings.firstQuiet), m_lastHeard(m_line.now()),
+      m_owed(settings.timeout)
 {
     m_echo.mode = settings.echo;
 }
 
 PollLoop::Step PollLoop::step()
 {
-    if (m_stop)
+    if (m_line.isStopped())
         return Step::Stopped;
-    if (isLost(m_device))
+    if (m_line.isLost())
         return Step::LineLost;
     do {
         if (m_driver.getSendFrame(&m_frame) == 0)
             return idle();
         if (!isNextPassedOver())
             return exchange();
-    } while (!m_stop);
+    } while (!m_line.isStopped());
     return Step::Stopped;
 }
 
@@ -127,21 +125,21 @@ PollLoop::Answer PollLoop::talk(const QByteArray &frame, int replyChars, bool is
 {
     Answer answer;
     emptyLine();
-    if (!settle(modbus::stationOf(frame), isRetry) || m_stop || isLost(m_device))
+    if (!settle(modbus::stationOf(frame), isRetry) || m_line.isStopped() || m_line.isLost())
         return answer;
     noteSent(frame, isRetry);
-    const TimePoint begin = m_clock();
+    const TimePoint begin = m_line.now();
     ReplyFilter filter(frame, m_echo);
     ReplyFilter::Verdict verdict = ReplyFilter::Verdict::MoreWanted;
-    if (send(frame)) {
+    if (m_line.send(frame, m_settings.timeout + m_settings.characterTime * frame.size())) {
         const auto wireTime = m_settings.characterTime * (frame.size() + replyChars);
-        verdict = collect(filter, frame, m_clock() + m_settings.timeout + wireTime, answer);
+        verdict = collect(filter, frame, m_line.now() + m_settings.timeout + wireTime, answer);
     }
     answer.end =
         verdict == ReplyFilter::Verdict::MoreWanted ? Answer::End::BrokenOff : Answer::End::Over;
     if (answer.end == Answer::End::BrokenOff)
         return answer;
-    answer.roundTrip = m_clock() - begin;
+    answer.roundTrip = m_line.now() - begin;
     answer.reply = filter.reply();
     answer.fault = filter.fault();
     answer.exceptionCode = filter.exceptionCode();
@@ -154,7 +152,7 @@ PollLoop::Answer PollLoop::talk(const QByteArray &frame, int replyChars, bool is
 PollLoop::Check PollLoop::checkBefore(const QByteArray &frame)
 {
     const QByteArray request = modbus::decodeLine(frame).message;
-    const QByteArray waiting = m_inStep.waitingSince(m_clock() - LONGEST_DOUBT);
+    const QByteArray waiting = m_inStep.waitingSince(m_line.now() - LONGEST_DOUBT);
     if (!waiting.isEmpty() && waiting != request.left(1) &&
         check(waiting, {}, CHECK_ATTEMPTS) == Check::Broken)
         return Check::Broken;
@@ -186,7 +184,7 @@ PollLoop::Check PollLoop::check(const QByteArray &station, const QByteArray &nex
         if (!isAnswered)
             continue;
         tellConfirmed(station,
-                      m_inStep.noteCheckAnswer(question, answer.exceptionCode != 0, m_clock()));
+                      m_inStep.noteCheckAnswer(question, answer.exceptionCode != 0, m_line.now()));
         return Check::Answered;
     }
     m_inStep.noteCheckGiveUp(station);
@@ -200,7 +198,7 @@ PollLoop::Step PollLoop::confirm(bool isToTheLast)
         if (!checkAll() || (isToTheLast && !waitForLate()))
             return broken();
     }
-    return m_stop ? Step::Stopped : Step::Exchanged;
+    return m_line.isStopped() ? Step::Stopped : Step::Exchanged;
 }
 
 bool PollLoop::isHeld() const
@@ -213,7 +211,7 @@ bool PollLoop::isHeld() const
 bool PollLoop::checkAll()
 {
     QByteArray last;
-    for (QByteArray station; !(station = m_inStep.waitingSince(m_clock())).isEmpty();) {
+    for (QByteArray station; !(station = m_inStep.waitingSince(m_line.now())).isEmpty();) {
         const bool isSecond = station == last;
         if (check(station, {}, CHECK_ATTEMPTS) == Check::Broken)
             return false;
@@ -228,9 +226,9 @@ bool PollLoop::checkAll()
 bool PollLoop::waitForLate()
 {
     for (;;) {
-        switch (waitUntil(m_inStep.heldUntil())) {
+        switch (m_line.waitUntil(m_inStep.heldUntil())) {
         case Wait::Characters:
-            takeStrays(receive());
+            takeStrays(m_line.receive());
             break;
         case Wait::TimeOver:
             return true;
@@ -259,7 +257,7 @@ void PollLoop::noteSteps(const Exchange &exchange, bool isAnswered)
         modbus::decodeLine(QByteArray(m_frame.frame, m_frame.frameLen)).message;
     if (isAnswered)
         tellConfirmed(request.left(1), m_inStep.noteAnswer(request, exchange.exceptionCode != 0,
-                                                           exchange.number, m_clock()));
+                                                           exchange.number, m_line.now()));
     else if (exchange.outcome == Exchange::Outcome::GivenUp)
         noteGiveUp(request.left(1));
 }
@@ -308,7 +306,7 @@ PollLoop::Step PollLoop::idle()
     const Step confirmed = confirm(false);
     if (confirmed != Step::Exchanged)
         return confirmed;
-    if (waitUntil(m_clock() + IDLE_WAIT) == Wait::Broken)
+    if (m_line.waitUntil(m_line.now() + IDLE_WAIT) == Wait::Broken)
         return broken();
     emptyLine();
     return Step::Idle;
@@ -318,20 +316,19 @@ PollLoop::Step PollLoop::idle()
 // owes. False when the wait was broken off.
 bool PollLoop::settle(const QByteArray &station, bool isRetry)
 {
-    const TimePoint begin = m_clock();
+    const TimePoint begin = m_line.now();
     for (;;) {
         TimePoint end = std::min(m_lastHeard + m_quiet, begin + MAX_QUIET_TIMES * m_quiet);
-        const auto owed = m_owed.find(station);
-        if (owed != m_owed.end() && owed->second.answers > 0 && !isRetry)
-            end = std::max(end, owed->second.until);
-        if (m_clock() >= end)
+        if (!isRetry)
+            end = std::max(end, m_owed.until(station));
+        if (m_line.now() >= end)
             break;
-        const Wait wait = waitUntil(end);
+        const Wait wait = m_line.waitUntil(end);
         if (wait == Wait::Broken)
             return false;
         if (wait == Wait::Characters) {
-            takeStrays(receive());
-            m_lastHeard = m_clock();
+            takeStrays(m_line.receive());
+            m_lastHeard = m_line.now();
         }
     }
     m_quiet = milliseconds(0);
@@ -362,52 +359,36 @@ void PollLoop::takeStraysAround(const QByteArray &bytes, const QByteArray &reply
 void PollLoop::noteStray(const QByteArray &line, int awaited)
 {
     const QByteArray message = modbus::decodeLine(line).message;
-    const auto asked = m_owed.find(modbus::stationOf(line));
-    if (message.isEmpty() || asked == m_owed.end())
+    const QByteArray station = modbus::stationOf(line);
+    if (message.isEmpty() || !m_owed.isAsked(station))
         return;
-    Owed &owed = asked->second;
-    const auto late = m_inStep.noteStray(message, m_clock());
-    if (owed.answers > awaited) {
-        --owed.answers;
-        owed.slowest = std::max<std::chrono::nanoseconds>(owed.slowest, m_clock() - owed.firstSent);
-        owed.until = std::max(owed.until, owed.lastSent + owed.slowest + m_settings.timeout);
-    } else if (awaited == 0 && modbus::stationOf(line) == m_lastStation) {
+    const auto late = m_inStep.noteStray(message, m_line.now());
+    if (!m_owed.noteStray(station, awaited, m_line.now()) && awaited == 0 &&
+        station == m_lastStation) {
         m_quiet = std::max(m_quiet, m_settings.timeout);
-        m_lastHeard = m_clock();
+        m_lastHeard = m_line.now();
     }
     tell(StepNews{StepNews::Kind::Stray, stationNumber(message.left(1)), 0, message, late});
 }
 
 void PollLoop::noteSent(const QByteArray &frame, bool isRetry)
 {
-    m_inStep.noteSent(modbus::decodeLine(frame).message, m_clock());
+    m_inStep.noteSent(modbus::decodeLine(frame).message, m_line.now());
     m_lastStation = modbus::stationOf(frame);
-    Owed &owed = m_owed[m_lastStation];
-    if (!isRetry)
-        owed.answers = 0;
-    owed.lastSent = m_clock();
-    if (owed.answers == 0)
-        owed.firstSent = owed.lastSent;
-    ++owed.answers;
+    m_owed.noteSent(m_lastStation, isRetry, m_line.now());
 }
 
 void PollLoop::noteEnd(const QByteArray &frame, ReplyFault fault)
 {
-    Owed &owed = m_owed[modbus::stationOf(frame)];
     const bool isAnswered = wasAnswered(fault);
-    if (isAnswered)
-        --owed.answers;
-    else
+    m_owed.noteEnd(modbus::stationOf(frame), isAnswered, m_line.now());
+    if (!isAnswered)
         m_inStep.noteSilence(modbus::decodeLine(frame).message);
-    const TimePoint now = m_clock();
-    owed.until = isAnswered ? now + (owed.lastSent - owed.firstSent) + m_settings.timeout
-                            : now + 3 * m_settings.timeout;
-    owed.until = std::max(owed.until, owed.lastSent + owed.slowest + m_settings.timeout);
 }
 
 void PollLoop::quietAfter(ReplyFault fault, bool isRetry)
 {
-    m_lastHeard = m_clock();
+    m_lastHeard = m_line.now();
     switch (fault) {
     case ReplyFault::None:
     case ReplyFault::NotSendable:
@@ -423,7 +404,7 @@ void PollLoop::quietAfter(ReplyFault fault, bool isRetry)
     case ReplyFault::WrongLength:
     case ReplyFault::WrongAcknowledgement:
         m_quiet = std::max(m_settings.gap, m_settings.timeout);
-        m_lastHeard = m_heard;
+        m_lastHeard = m_line.heard();
         break;
     case ReplyFault::Silence:
         m_quiet = isRetry ? m_settings.gap : std::max(m_settings.gap, m_settings.timeout);
@@ -436,37 +417,10 @@ void PollLoop::quietAfter(ReplyFault fault, bool isRetry)
 
 void PollLoop::emptyLine()
 {
-    const TimePoint latest = m_clock() + m_settings.timeout;
+    const TimePoint latest = m_line.now() + m_settings.timeout;
     do {
-        takeStrays(receive());
-    } while (!m_stop && m_device.waitForReadyRead(0) && m_clock() < latest);
-}
-
-QByteArray PollLoop::receive()
-{
-    QByteArray bytes = m_device.readAll();
-    if (!bytes.isEmpty())
-        m_heard = m_clock();
-    if (m_settings.tap && !bytes.isEmpty())
-        m_settings.tap(false, bytes);
-    return bytes;
-}
-
-// False when the wait was broken off, also because the line takes no characters any more.
-bool PollLoop::send(const QByteArray &frame)
-{
-    if (m_settings.tap)
-        m_settings.tap(true, frame);
-    if (m_device.write(frame) != frame.size())
-        return false;
-    const TimePoint latest =
-        m_clock() + m_settings.timeout + m_settings.characterTime * frame.size();
-    while (m_device.bytesToWrite() > 0) {
-        const bool written = m_device.waitForBytesWritten(static_cast<int>(STOP_CHECK.count()));
-        if (!written && (m_stop || isLost(m_device) || m_clock() >= latest))
-            return false;
-    }
-    return true;
+        takeStrays(m_line.receive());
+    } while (!m_line.isStopped() && m_line.hasMore() && m_line.now() < latest);
 }
 
 // MoreWanted when the wait was broken off.
@@ -474,16 +428,16 @@ ReplyFilter::Verdict PollLoop::collect(ReplyFilter &filter, const QByteArray &fr
                                        TimePoint deadline, Answer &answer)
 {
     for (;;) {
-        switch (waitUntil(deadline)) {
+        switch (m_line.waitUntil(deadline)) {
         case Wait::Characters: {
-            const QByteArray bytes = receive();
+            const QByteArray bytes = m_line.receive();
             answer.receivedChars += bytes.size();
             answer.received = withinLimit(answer.received + bytes);
             const ReplyFilter::Verdict verdict = filter.take(bytes);
             takeStraysAround(bytes, filter.reply(), frame);
             if (verdict != ReplyFilter::Verdict::MoreWanted)
                 return verdict;
-            if (m_clock() >= deadline) // also on a line that never falls silent
+            if (m_line.now() >= deadline) // also on a line that never falls silent
                 return filter.end();
             break;
         }
@@ -495,27 +449,9 @@ ReplyFilter::Verdict PollLoop::collect(ReplyFilter &filter, const QByteArray &fr
     }
 }
 
-PollLoop::Wait PollLoop::waitUntil(TimePoint deadline)
-{
-    for (;;) {
-        if (m_stop)
-            return Wait::Broken;
-        if (m_device.bytesAvailable() > 0)
-            return Wait::Characters;
-        const auto left = std::chrono::ceil<milliseconds>(deadline - m_clock());
-        if (left.count() <= 0)
-            return Wait::TimeOver;
-        if (m_waitObserver)
-            m_waitObserver();
-        const int wait = static_cast<int>(std::min(left, STOP_CHECK).count());
-        if (!m_device.waitForReadyRead(wait) && m_device.bytesAvailable() == 0 && isLost(m_device))
-            return Wait::Broken;
-    }
-}
-
 PollLoop::Step PollLoop::broken() const
 {
-    return m_stop ? Step::Stopped : Step::LineLost;
+    return m_line.isStopped() ? Step::Stopped : Step::LineLost;
 }
 
 void PollLoop::tell(const Exchange &exchange) const

@@ -4,6 +4,8 @@
 
 #include "host/driver_library.h"
 #include "host/line/in_step.h"
+#include "host/line/line_device.h"
+#include "host/line/owed_answers.h"
 #include "host/line/reply_filter.h"
 #include "host/line/station_pauses.h"
 #include "modbus/ascii.h"
@@ -16,12 +18,9 @@
 #include <chrono>
 #include <cstdint>
 #include <functional>
-#include <map>
 #include <optional>
 
 namespace kmr {
-
-using Clock = std::function<std::chrono::steady_clock::time_point()>;
 
 struct PollSettings {
     // From the end of a request to the end of its answer; for every character on the wire
@@ -33,8 +32,7 @@ struct PollSettings {
     std::chrono::milliseconds gap{0}; // silence on the line before each request
     // Silence before the first request: what somebody else asked before may still be answered.
     std::chrono::milliseconds firstQuiet{0};
-    // Told of all characters as they are sent and as they arrive, those of no use included.
-    std::function<void(bool isSent, const QByteArray &characters)> tap = {};
+    Tap tap = {};
 };
 
 // One request, and what came of it.
@@ -134,7 +132,7 @@ public:
     // Is called every 50 ms while the loop waits.
     void setWaitObserver(std::function<void()> observer)
     {
-        m_waitObserver = std::move(observer);
+        m_line.setWaitObserver(std::move(observer));
     }
 
     // Makes one exchange, or waits 10 ms when there is nothing to send. After LineLost or Stopped
@@ -152,18 +150,9 @@ public:
     }
 
 private:
-    enum class Wait { Characters, TimeOver, Broken };
+    using Wait = LineDevice::Wait;
     enum class Check { Answered, Unanswered, Broken };
     using TimePoint = std::chrono::steady_clock::time_point;
-
-    // What a station has not answered yet.
-    struct Owed {
-        int answers = 0;
-        TimePoint firstSent; // the oldest of their requests
-        TimePoint lastSent;
-        TimePoint until;                     // then what has not come is taken for lost
-        std::chrono::nanoseconds slowest{0}; // what came late, came within this time
-    };
 
     // What came of a frame on the line.
     struct Answer {
@@ -193,7 +182,6 @@ private:
     Check check(const QByteArray &station, const QByteArray &next, int attempts);
     bool settle(const QByteArray &station, bool isRetry);
     void emptyLine();
-    QByteArray receive();
     void takeStrays(const QByteArray &bytes);
     void takeStraysAround(const QByteArray &bytes, const QByteArray &reply,
                           const QByteArray &frame);
@@ -201,23 +189,18 @@ private:
     void noteStray(const QByteArray &line, int awaited);
     void noteSent(const QByteArray &frame, bool isRetry);
     void noteEnd(const QByteArray &frame, ReplyFault fault);
-    bool send(const QByteArray &frame);
     ReplyFilter::Verdict collect(ReplyFilter &filter, const QByteArray &frame, TimePoint deadline,
                                  Answer &answer);
     void handIn(Exchange &exchange, QByteArray reply);
-    Wait waitUntil(TimePoint deadline);
     void quietAfter(ReplyFault fault, bool isRetry);
     Step broken() const;
     void tell(const Exchange &exchange) const;
     void tell(const StepNews &news) const;
 
     const DriverFunctions &m_driver;
-    QIODevice &m_device;
     const PollSettings m_settings;
-    const std::atomic<bool> &m_stop;
-    const Clock m_clock;
+    LineDevice m_line;
     Observer m_observer;
-    std::function<void()> m_waitObserver;
     StepObserver m_stepObserver;
     std::function<void(std::chrono::nanoseconds)> m_checkObserver;
     TurnOf m_turnOf;
@@ -228,11 +211,10 @@ private:
     Turn m_turn = Turn::Ask;           // of m_frame
     std::chrono::milliseconds m_quiet; // silence that must pass before the next request
     TimePoint m_lastHeard;             // when it began
-    TimePoint m_heard;                 // the last characters
-    std::map<QByteArray, Owed> m_owed; // by the station's characters
-    QByteArray m_lastStation;          // that of the last request
-    bool m_isRetry = false;            // the next request is the last one once more
-    modbus::LineCollector m_strays;    // finds lines too much in all that comes
+    OwedAnswers m_owed;
+    QByteArray m_lastStation;       // that of the last request
+    bool m_isRetry = false;         // the next request is the last one once more
+    modbus::LineCollector m_strays; // finds lines too much in all that comes
 };
 
 } // namespace kmr

@@ -1,14 +1,12 @@
 #include "host/session/session.h"
 
 #include "host/error.h"
-#include "host/line/answer_form.h"
 #include "host/session/request_ranges.h"
-#include "modbus/ascii.h"
-#include "modbus/protocol.h"
 
 #include <QMutexLocker>
 
 #include <algorithm>
+#include <set>
 #include <utility>
 
 namespace kmr {
@@ -28,34 +26,6 @@ ElementRange writtenBy(const VARIABLE &request)
     const int words = isCounterArea(request.area) ? 2 : 1;
     return {request.station, request.area, linearNumber(request.area, request.address),
             std::max(1, request.count / words)};
-}
-
-// `wasUnanswered`: it was sent before and got no answer, so that a write may have been carried out
-// though it is refused now.
-RequestResult resultOf(const Exchange &exchange, bool wasUnanswered)
-{
-    using Outcome = RequestResult::Outcome;
-    const Failure failure{exchange.fault, exchange.exceptionCode, exchange.length};
-    if (exchange.outcome == Exchange::Outcome::Good)
-        return {Outcome::Done, {}};
-    if (failure.exceptionCode != 0)
-        return {wasUnanswered && !isRead(exchange.request) ? Outcome::Unknown : Outcome::Refused,
-                failure};
-    if (exchange.outcome == Exchange::Outcome::Interrupted ||
-        failure.fault == ReplyFault::EchoOrAnswer)
-        return {Outcome::Unknown, failure};
-    return {failure.fault == ReplyFault::NotSendable ? Outcome::NotSent : Outcome::NoAnswer,
-            failure};
-}
-
-QByteArray messageOf(const FRAME_PRO &request)
-{
-    return modbus::decodeLine(QByteArray(request.frame, request.frameLen)).message;
-}
-
-bool isFinal(const Exchange &exchange)
-{
-    return exchange.outcome != Exchange::Outcome::SentAgain;
 }
 
 int bytesEach(const QString &area)
@@ -191,7 +161,7 @@ void Session::beginRead(const ElementRange &run)
     keepPolling(run);
     beginRequest(std::nullopt);
     KEY_ADDRESS key = requestKey(run);
-    m_driver.addConditionRead(key, m_request->tag);
+    m_driver.addConditionRead(key, m_request->tag());
 }
 
 RequestResult Session::write(const ElementRange &run, const Values &values)
@@ -208,7 +178,7 @@ RequestResult Session::write(const ElementRange &run, const Values &values)
     forget(disturbed);
     std::vector<quint8> bytes = toBytes(run, values);
     m_driver.setData(run.station, run.area, shownNumber(run.area, run.first), driverCount(run),
-                     bytes.data(), m_request->tag);
+                     bytes.data(), m_request->tag());
     return await(true);
 }
 
@@ -248,30 +218,18 @@ Values Session::driverValues(const ElementRange &run) const
 RequestResult Session::transferRecipe(const QVector<_RCP_VAR_PRO> &entries, Transfer direction,
                                       RecipeProgress &progress)
 {
-    using Outcome = RequestResult::Outcome;
     checkEntries(entries);
     progress = {};
     if (entries.isEmpty()) // the driver would repeat its last request for ever
-        return {Outcome::Done, {}};
+        return {RequestResult::Outcome::Done, {}};
 
     const int most = direction == Transfer::Upload ? MOST_UPLOADS : 1;
     for (int i = 0; i < most; ++i) {
         runTransfer(entries, direction);
-        if (m_recipeTransfer->result || !m_recipeTransfer->isInDoubt)
+        if (!m_recipeTransfer->isInDoubt())
             break;
     }
-    const RecipeTransfer transfer = *std::exchange(m_recipeTransfer, std::nullopt);
-    const int answered = static_cast<int>(transfer.answered.size());
-    progress.finished = transfer.confirmed();
-    progress.unsure = answered - progress.finished + (transfer.wasSent ? 1 : 0);
-    progress.failed = transfer.result ? answered : progress.finished;
-    if (transfer.result)
-        return *transfer.result;
-    if (progress.finished == entries.size())
-        return {Outcome::Done, {}};
-    if (answered > progress.finished && !transfer.wasSent)
-        return {Outcome::Unknown, {ReplyFault::NotConfirmed, 0}};
-    return {transfer.wasSent ? Outcome::Unknown : Outcome::NotSent, {}};
+    return std::exchange(m_recipeTransfer, std::nullopt)->result(progress);
 }
 
 void Session::runTransfer(const QVector<_RCP_VAR_PRO> &entries, Transfer direction)
@@ -279,9 +237,8 @@ void Session::runTransfer(const QVector<_RCP_VAR_PRO> &entries, Transfer directi
     PollLoop::Step last = PollLoop::Step::Exchanged;
     while (last == PollLoop::Step::Exchanged && m_isRetrying) // not an entry's exchange
         last = step();
-    m_recipeTransfer = RecipeTransfer{};
-    m_recipeTransfer->entries = entries;
-    m_driver.setRcpAddress(&m_recipeTransfer->entries);
+    m_recipeTransfer.emplace(entries);
+    m_driver.setRcpAddress(m_recipeTransfer->entries());
     const int position =
         direction == Transfer::Download ? STATUS_RECIPE_DOWNLOAD : STATUS_RECIPE_UPLOAD;
     setRequestByte(position, 1);
@@ -320,8 +277,10 @@ void Session::note(const Exchange &exchange)
     count(exchange);
     noteStation(exchange);
     noteQuality(exchange);
-    noteRecipe(exchange);
-    noteRequest(exchange);
+    if (m_recipeTransfer)
+        m_recipeTransfer->note(exchange);
+    if (m_request)
+        m_request->note(exchange);
     if (m_observer)
         m_observer(exchange);
 }
@@ -375,8 +334,8 @@ void Session::noteQuality(const Exchange &exchange)
     else if (exchange.outcome == Exchange::Outcome::GivenUp ||
              exchange.outcome == Exchange::Outcome::PassedOver)
         m_values.set(run, failed);
-    if (m_request && m_request->disturbed)
-        forget(*m_request->disturbed); // the driver still shows the written value there
+    if (m_request && m_request->disturbed())
+        forget(*m_request->disturbed()); // the driver still shows the written value there
 }
 
 void Session::noteStep(const StepNews &news)
@@ -386,55 +345,21 @@ void Session::noteStep(const StepNews &news)
     if (news.kind == StepNews::Kind::Confirmed) {
         for (const HeldAnswer &answer : m_held.take(news.station, news.upTo))
             commit(answer);
-        noteConfirmed(news);
+        if (m_request)
+            m_request->noteConfirmed(news);
+        if (m_recipeTransfer)
+            m_recipeTransfer->noteConfirmed(news);
     } else if (m_settings.poll.inStep) {
-        noteDoubt(news);
+        m_held.drop(news.station);
+        if (m_request)
+            m_request->noteDoubt(news);
+        if (m_recipeTransfer)
+            m_recipeTransfer->noteDoubt(news);
     } else if (news.kind == StepNews::Kind::Stray && !news.late) {
         m_values.setStation(news.station, {});
     }
     if (m_stepObserver)
         m_stepObserver(news);
-}
-
-void Session::noteConfirmed(const StepNews &news)
-{
-    const auto isMeant = [&news](const QByteArray &request, std::uint64_t number) {
-        return stationNumber(request.left(1)) == news.station && number <= news.upTo;
-    };
-    if (m_request && m_request->result && isMeant(m_request->message, m_request->number))
-        m_request->isConfirmed = !m_request->isInDoubt;
-    if (!m_recipeTransfer)
-        return;
-    for (AnsweredEntry &entry : m_recipeTransfer->answered)
-        entry.isConfirmed = entry.isConfirmed ||
-                            (!m_recipeTransfer->isInDoubt && isMeant(entry.message, entry.number));
-}
-
-int Session::RecipeTransfer::confirmed() const
-{
-    const auto first =
-        std::find_if_not(answered.begin(), answered.end(),
-                         [](const AnsweredEntry &entry) { return entry.isConfirmed; });
-    return static_cast<int>(first - answered.begin());
-}
-
-void Session::noteDoubt(const StepNews &news)
-{
-    m_held.drop(news.station);
-    const auto isDoubtful = [&news](const QByteArray &request, bool isRefused) {
-        return stationNumber(request.left(1)) == news.station &&
-               (news.kind == StepNews::Kind::Unanswered ||
-                putsInDoubt(news.stray, request, isRefused));
-    };
-    if (m_request && m_request->result && !m_request->isConfirmed &&
-        isDoubtful(m_request->message, !m_request->result->isDone()))
-        m_request->isInDoubt = true;
-    if (!m_recipeTransfer)
-        return;
-    for (const AnsweredEntry &entry : m_recipeTransfer->answered) {
-        if (!entry.isConfirmed && isDoubtful(entry.message, false))
-            m_recipeTransfer->isInDoubt = true;
-    }
 }
 
 void Session::commit(const HeldAnswer &answer)
@@ -454,44 +379,6 @@ void Session::commit(const HeldAnswer &answer)
         m_confirmObserver(answer.run);
 }
 
-void Session::noteRequest(const Exchange &exchange)
-{
-    if (!m_request || exchange.request.var.reqTag != m_request->tag)
-        return;
-    m_request->wasSent = true;
-    m_request->message = messageOf(exchange.request);
-    m_request->number = exchange.number;
-    if (isFinal(exchange))
-        m_request->result = resultOf(exchange, m_request->wasUnanswered);
-    else if (exchange.exceptionCode == 0)
-        m_request->wasUnanswered = true;
-}
-
-// Entries go out in their order; other requests may still be on their way when a transfer begins.
-void Session::noteRecipe(const Exchange &exchange)
-{
-    if (!m_recipeTransfer)
-        return;
-    const int answered = static_cast<int>(m_recipeTransfer->answered.size());
-    if (answered == m_recipeTransfer->entries.size())
-        return;
-    const _RCP_VAR_PRO &entry = m_recipeTransfer->entries.at(answered);
-    const VARIABLE &request = exchange.request.var;
-    if (request.station != entry.station || request.area != entry.area ||
-        request.address != entry.address)
-        return;
-    m_recipeTransfer->wasSent = true;
-    if (exchange.outcome == Exchange::Outcome::Good) {
-        m_recipeTransfer->answered.push_back({messageOf(exchange.request), exchange.number, false});
-        m_recipeTransfer->wasSent = false;
-        m_recipeTransfer->wasUnanswered = false;
-    } else if (isFinal(exchange)) {
-        m_recipeTransfer->result = resultOf(exchange, m_recipeTransfer->wasUnanswered);
-    } else if (exchange.exceptionCode == 0) {
-        m_recipeTransfer->wasUnanswered = true;
-    }
-}
-
 void Session::keepPolling(const ElementRange &run)
 {
     if (!m_hasPlan)
@@ -500,29 +387,19 @@ void Session::keepPolling(const ElementRange &run)
 
 void Session::beginRequest(const std::optional<ElementRange> &disturbed)
 {
-    m_request = Request{};
-    m_request->tag = ++m_lastRequestTag;
-    m_request->disturbed = disturbed;
+    m_request.emplace(++m_lastRequestTag, disturbed);
 }
 
 RequestResult Session::await(bool isToBeConfirmed)
 {
-    using Outcome = RequestResult::Outcome;
     PollLoop::Step last = PollLoop::Step::Exchanged;
-    while (!m_request->result && last == PollLoop::Step::Exchanged)
+    while (!m_request->isOver() && last == PollLoop::Step::Exchanged)
         last = step();
-    const bool isAnswered = m_request->result && (m_request->result->isDone() ||
-                                                  m_request->result->failure.exceptionCode != 0);
-    if (isAnswered && isToBeConfirmed)
+    if (m_request->isAnswered() && isToBeConfirmed)
         confirm();
-    const Request request = *std::exchange(m_request, std::nullopt);
-    if (!request.result)
-        return {request.wasSent ? Outcome::Unknown : Outcome::NotSent, {}};
-    if (isAnswered && isToBeConfirmed && !request.isConfirmed)
-        return {modbus::isRead(modbus::byteAt(request.message, 1)) ? Outcome::NoAnswer
-                                                                   : Outcome::Unknown,
-                {ReplyFault::NotConfirmed, 0}};
-    return *request.result;
+    const RequestResult result = m_request->result(isToBeConfirmed);
+    m_request.reset();
+    return result;
 }
 
 void Session::setRequestByte(int position, quint8 value)

@@ -8,7 +8,10 @@
 #include "host/line/statistics.h"
 #include "host/session/confirmed_values.h"
 #include "host/session/held_answers.h"
+#include "host/session/pending_recipe.h"
+#include "host/session/pending_request.h"
 #include "host/session/quality.h"
+#include "host/session/request_result.h"
 #include "host/tags/element_range.h"
 #include "host/tags/tag.h"
 #include "host/tags/values.h"
@@ -29,33 +32,6 @@ struct SessionSettings {
     PollSettings poll;
     int retries = 2;    // times that a request is sent again before it is given up, 0 or more
     int groupLimit = 8; // words that a request may carry, 1 to 8
-};
-
-// What became of one request.
-struct RequestResult {
-    enum class Outcome {
-        Done,     // answered; a write is confirmed
-        Refused,  // the controller's last answer was an exception
-        NoAnswer, // given up; a write may have been carried out all the same
-        NotSent,  // the line was lost, or the user stopped, before it was sent
-        Unknown   // sent, but then the line was lost, the user stopped, or no one can tell: also
-                  // of a write that was refused only when it was sent again without an answer
-    };
-
-    Outcome outcome = Outcome::NotSent;
-    Failure failure; // of the last attempt, where there was one; not with Done
-
-    bool isDone() const
-    {
-        return outcome == Outcome::Done;
-    }
-};
-
-// How far a recipe transfer came.
-struct RecipeProgress {
-    int finished = 0; // entries answered for certain
-    int unsure = 0;   // entries after these that were sent
-    int failed = 0;   // index of the entry that ended the transfer, when it failed
 };
 
 // The driver has one object for the whole program, so only one Session may exist at a time. Not for
@@ -196,46 +172,13 @@ public:
     }
 
 private:
-    struct Request { // a one-shot read or a write of ours on its way through the driver
-        qint32 tag = 0;
-        std::optional<ElementRange> disturbed; // of a write
-        bool wasSent = false;
-        bool wasUnanswered = false; // when it was sent before
-        QByteArray message;         // as it was sent last
-        std::uint64_t number = 0;   // likewise, Exchange::number
-        bool isConfirmed = false;   // the result
-        bool isInDoubt = false;     // the result, for good
-        std::optional<RequestResult> result;
-    };
-
-    struct AnsweredEntry {
-        QByteArray message;       // its request
-        std::uint64_t number = 0; // Exchange::number
-        bool isConfirmed = false;
-    };
-
-    struct RecipeTransfer {
-        QVector<_RCP_VAR_PRO> entries;
-        std::vector<AnsweredEntry> answered; // the first ones of the entries
-        bool isInDoubt = false;              // an answered entry, for good
-        bool wasSent = false;                // the entry after those answered
-        bool wasUnanswered = false;          // likewise, when it was sent before
-        std::optional<RequestResult> result; // of the entry that failed
-
-        int confirmed() const; // those answered before the first that is not confirmed
-    };
-
     void configureDriver();
     Turn turnOf(const FRAME_PRO &request) const;
     void note(const Exchange &exchange);
     void count(const Exchange &exchange);
     void noteStation(const Exchange &exchange);
     void noteQuality(const Exchange &exchange);
-    void noteRequest(const Exchange &exchange);
-    void noteRecipe(const Exchange &exchange);
     void noteStep(const StepNews &news);
-    void noteConfirmed(const StepNews &news);
-    void noteDoubt(const StepNews &news);
     void commit(const HeldAnswer &answer);
     Values driverValues(const ElementRange &run) const;
     void runTransfer(const QVector<_RCP_VAR_PRO> &entries, Transfer direction);
@@ -263,8 +206,8 @@ private:
     Statistics m_statistics;
     HeldAnswers m_held;
     ConfirmedValues m_values;
-    std::optional<Request> m_request;
-    std::optional<RecipeTransfer> m_recipeTransfer;
+    std::optional<PendingRequest> m_request;
+    std::optional<PendingRecipe> m_recipeTransfer;
     bool m_hasPlan = false;         // there is something to read in turn, whatever is requested
     bool m_isRetrying = false;      // the driver sends its last request again
     qint32 m_lastRequestTag = 1000; // above the driver's own tag of read blocks

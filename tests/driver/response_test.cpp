@@ -30,7 +30,7 @@ protected:
         for (const _DATA_ &entry : std::as_const(driver.dataAreas)) {
             const QByteArray bytes(reinterpret_cast<const char *>(entry.readValue), 4);
             all += (all.empty() ? "" : " ") + entry.area.toStdString() + ":" +
-                   std::to_string(entry.index) + "=" + bytes.toHex().toUpper().toStdString();
+                   std::to_string(entry.index) + "=" + bytes.toHex().toUpper().constData();
         }
         return all;
     }
