@@ -2,6 +2,8 @@
 
 #include <algorithm>
 #include <csignal>
+#include <cstdint>
+#include <ctime>
 #include <fcntl.h>
 #include <thread>
 #include <unistd.h>
@@ -12,7 +14,10 @@ namespace {
 
 constexpr int ENDING_SIGNALS[] = {SIGQUIT, SIGABRT, SIGBUS, SIGFPE, SIGILL, SIGSEGV};
 
+constexpr std::int64_t ONE_STOP_NS = 500000000;
+
 std::atomic<bool> g_stop{false};
+std::atomic<std::int64_t> g_firstStop{0}; // ns of the steady clock; 0 before
 std::atomic<void (*)()> g_lastAct{nullptr};
 int g_pipe[2] = {-1, -1};
 
@@ -20,22 +25,33 @@ void handle(int signal, void (*handler)(int))
 {
     struct sigaction action = {};
     action.sa_handler = handler;
-    action.sa_flags = static_cast<int>(SA_RESETHAND);
     sigaction(signal, &action, nullptr);
+}
+
+std::int64_t nowInNanoseconds()
+{
+    timespec now = {};
+    clock_gettime(CLOCK_MONOTONIC, &now);
+    return std::int64_t{now.tv_sec} * 1000000000 + now.tv_nsec;
 }
 
 extern "C" void endAtOnce(int signal)
 {
     if (void (*act)() = g_lastAct)
         act();
+    handle(signal, SIG_DFL);
     raise(signal);
 }
 
+// timeout(1) and a shell that ends may send a signal twice at once: that is one request.
 extern "C" void noteStop(int signal)
 {
+    const std::int64_t now = nowInNanoseconds();
+    std::int64_t first = 0;
+    const bool isFirst = g_firstStop.compare_exchange_strong(first, now);
+    if (!isFirst && signal != SIGHUP && now - first >= ONE_STOP_NS)
+        endAtOnce(signal);
     g_stop = true;
-    if (signal != SIGHUP)
-        handle(signal, endAtOnce);
     const char byte = 0;
     const ssize_t written = write(g_pipe[1], &byte, 1);
     static_cast<void>(written); // a full pipe wakes the reader as well
@@ -51,10 +67,8 @@ void catchStopSignals()
     handle(SIGTERM, noteStop);
     // A closed terminal sends it more than once, and nohup has it ignored.
     struct sigaction hangUp = {};
-    if (sigaction(SIGHUP, nullptr, &hangUp) == 0 && hangUp.sa_handler != SIG_IGN) {
-        hangUp.sa_handler = noteStop;
-        sigaction(SIGHUP, &hangUp, nullptr);
-    }
+    if (sigaction(SIGHUP, nullptr, &hangUp) == 0 && hangUp.sa_handler != SIG_IGN)
+        handle(SIGHUP, noteStop);
     handle(SIGPIPE, SIG_IGN); // print() notices it
 }
 

@@ -6,8 +6,8 @@
 
 namespace kmr {
 
-// From now on these signals only set the flag. A second one ends the program at once, but for
-// SIGHUP. A reader of stdout that has gone ends it no longer with a signal.
+// From now on these signals only set the flag. Half a second later another one ends the program at
+// once, but for SIGHUP. A reader of stdout that has gone ends it no longer with a signal.
 void catchStopSignals();
 
 // From now on `act` is called before a signal ends the program at once, also one that says that the

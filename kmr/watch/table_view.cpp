@@ -230,9 +230,9 @@ void TableView::unhideAll()
 QStringList TableView::facts() const
 {
     QStringList facts;
-    facts.append(m_shown.size() == m_rows.size()
-                     ? QString("%1 tags").arg(m_rows.size())
-                     : QString("%1 of %2 tags").arg(m_shown.size()).arg(m_rows.size()));
+    const QString all = m_rows.size() == 1 ? "1 tag" : QString("%1 tags").arg(m_rows.size());
+    facts.append(
+        m_shown.size() == m_rows.size() ? all : QString("%1 of %2").arg(m_shown.size()).arg(all));
     if (!m_filter.isEmpty())
         facts.append("filter " + m_filter);
     const auto hidden = std::count(m_isHidden.begin(), m_isHidden.end(), true);
