@@ -6,8 +6,10 @@
 
 #include <algorithm>
 #include <chrono>
+#include <clocale>
 #include <csignal>
 #include <cstdio>
+#include <langinfo.h>
 #include <string>
 #include <termios.h>
 #include <unistd.h>
@@ -140,8 +142,10 @@ Screen::Screen()
         throw Error(ErrorKind::Usage,
                     "there is no terminal to read keys of; --format plain shows a "
                     "line for each change instead");
-    std::signal(SIGTSTP, noteSuspend); // ncurses then leaves it to us
-    qunsetenv("LINES");                // else the window could not change its size
+    if (nl_langinfo(CODESET) == QByteArray("ANSI_X3.4-1968")) // of the locale C
+        std::setlocale(LC_CTYPE, "C.UTF-8");                  // as kmr prints
+    std::signal(SIGTSTP, noteSuspend);                        // ncurses then leaves it to us
+    qunsetenv("LINES"); // else the window could not change its size
     qunsetenv("COLUMNS");
     if (newterm(nullptr, stdout, keys) == nullptr)
         throw Error(ErrorKind::Usage, "the terminal can't show a table; --format plain shows a "
@@ -157,6 +161,8 @@ Screen::~Screen()
 {
     m_isOver = true;
     m_thread.join();
+    werase(stdscr); // what some terminals keep would mix with what follows
+    wrefresh(stdscr);
     endwin();
     setLastAct(nullptr);
     std::signal(SIGTSTP, SIG_DFL);
