@@ -1,5 +1,5 @@
-// What the driver takes from the heap: a fixed number of blocks for an exchange, none for an
-// element of it, and in the long run nothing.
+// The driver's allocations: a fixed number for an exchange, none for each of its elements, and none
+// that stay.
 #include "benchmarks/exchanges.h"
 
 #include <gtest/gtest.h>
@@ -57,8 +57,8 @@ const int MANY = 5000;
 // In Qt 5, whose lists keep each record in a block of its own, a frame and a request.
 const long IN_EXCHANGE = QT_VERSION_MAJOR == 5 ? 2 : 0;
 
-// Of one exchange that reads `words` words in a store of `areas`. The first exchanges, which may
-// grow lists, are not counted.
+// Allocations of one exchange that reads `words` words in a store of `areas`. The first exchanges,
+// which may grow lists, are not counted.
 long allocationsOfRead(int areas, int words, bool changes)
 {
     openStore(areas, {{1, "D", 0, words}});
@@ -68,7 +68,8 @@ long allocationsOfRead(int areas, int words, bool changes)
     return allocationsOf([&] { loop.exchange(); });
 }
 
-// Of one exchange that uploads `words` words of a recipe, to a host that listens or does not.
+// Allocations of one exchange that uploads `words` words of a recipe, to a host with or without a
+// callback.
 long allocationsOfUpload(int words, bool heard)
 {
     openStore(100, {{1, "D", 0, 8}});
@@ -90,7 +91,7 @@ long allocationsOfUpload(int words, bool heard)
     return made;
 }
 
-// By how much `operation`, carried out many times, makes the heap grow once it is under way.
+// The growth of the heap by `operation`, repeated many times, without its first calls.
 template <typename Operation> long growthOf(Operation operation)
 {
     for (int i = 0; i < MANY; ++i)
@@ -135,7 +136,7 @@ TEST(Allocations, EveryExchangeMakesTheSameFew)
     openStore(100, plan);
     ReadLoop loop(plan.size(), true);
     for (int i = 0; i < 100; ++i)
-        loop.exchange(); // until lists have their size
+        loop.exchange(); // until lists have their final size
     for (int i = 0; i < MANY; ++i)
         ASSERT_EQ(allocationsOf([&] { loop.exchange(); }), IN_EXCHANGE) << "exchange " << i;
 }

@@ -68,7 +68,7 @@ void series(benchmark::State &state, const char *areaName, int last)
     }
 }
 BENCHMARK_CAPTURE(series, decimal, "D", 99)->Name("editor/series_of_100");
-// Only the last digit is carried over in octal: 0 to 7, 10 to 17, ... 77, 80, ...
+// Only the last digit carries in octal: 0 to 7, 10 to 17, ... 77, 80, ...
 BENCHMARK_CAPTURE(series, octal, "X", 123)->Name("editor/series_of_100_octal");
 
 } // namespace

@@ -1,5 +1,5 @@
-// Reading words: a request is built, its reply checked and decoded into the store. By the size of
-// the store, which must not matter much.
+// Reading words: a request is built, its reply checked and decoded into the store. For several
+// sizes of the store, which must not matter much.
 #include "benchmarks/exchanges.h"
 
 #include <benchmark/benchmark.h>
@@ -10,7 +10,7 @@ namespace {
 
 struct Store {
     int areas;
-    const char *lastRequest; // for its last eight words
+    const char *lastRequest; // for the last eight words of the store
 };
 
 const char *const FIRST_REQUEST = ":010310000008E4";

@@ -1,11 +1,11 @@
-// Stores of words, and the exchanges that are repeated over them.
+// Stores of words, and repeated exchanges with them.
 #pragma once
 
 #include "benchmarks/panel.h"
 
 namespace bench {
 
-enum { READ_WORDS = 8 }; // that an exchange reads
+enum { READ_WORDS = 8 }; // words that an exchange reads
 
 // Which eight words of the store are read: always the first, always the last, or 125 runs in turn
 // that are spread evenly over the store (fewer, and so all of it, in a store below 1,000).
@@ -52,7 +52,7 @@ private:
     size_t m_done = 0;
 };
 
-// A write to station 1, and what it looks like on the line.
+// A write to station 1, and its characters on the line.
 struct Write {
     const char *area;
     qint32 address;
@@ -70,7 +70,7 @@ extern const Write WRITE_BIT;
 // goes out.
 void checkWrites(const Write &write);
 
-// Three writes and the read that is due then, time and again. To be used behind checkWrites.
+// Repeats three writes and the read that follows them. To be used after checkWrites.
 class WriteLoop {
 public:
     explicit WriteLoop(const Write &write) : m_write(write) {}

@@ -1,5 +1,5 @@
-// The floor: what a read of 8 words costs when nothing else is done. One request is encoded, its
-// reply checked and decoded; nothing is allocated, looked up or remembered.
+// The floor: the time of a read of 8 words and nothing else. One request is encoded, its reply
+// checked and decoded; nothing is allocated, looked up or stored.
 #include "benchmarks/panel.h"
 
 #include <benchmark/benchmark.h>
@@ -16,7 +16,7 @@ constexpr size_t REQUEST_CHARS = 17;
 constexpr size_t REPLY_CHARS = 43;
 constexpr char DIGITS[] = "0123456789ABCDEF";
 
-// -1 for a character that is no digit, so that a pair or a sum of pairs with it is negative.
+// -1 for a character that is not a digit, so that a pair or a sum of pairs with it is negative.
 constexpr std::array<std::int16_t, 256> DIGIT_VALUES = [] {
     std::array<std::int16_t, 256> values{};
     for (std::int16_t &value : values)
@@ -53,7 +53,7 @@ void encodeRead(unsigned station, unsigned address, unsigned count, char *out)
     *out = '\n';
 }
 
-// False for anything but the good reply to a read of 8 words.
+// True only for a good reply to a read of 8 words.
 bool decodeReply(std::string_view reply, int station, std::uint16_t *values)
 {
     const char *const text = reply.data();

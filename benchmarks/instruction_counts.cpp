@@ -1,6 +1,6 @@
-// What count-instructions counts: each operation some times over, under callgrind, which
-// writes one dump for each, named after it and the number of times. Prints what else the counts
-// depend on, one a line.
+// The operations that count-instructions counts. Each runs several times under callgrind, which
+// writes one dump for each, named after it and the number of times. Prints the versions that the
+// counts depend on, one in each line.
 #include "benchmarks/exchanges.h"
 
 #include <gnu/libc-version.h>

@@ -1,4 +1,4 @@
-// Runs the benchmarks; --help tells how. The report names the versions given here.
+// Runs the benchmarks; see --help. The report names the versions given here.
 #include <QtGlobal>
 #include <benchmark/benchmark.h>
 #include <modbus.h>

@@ -1,5 +1,5 @@
-// The same read of 8 words with libmodbus: its RTU side over a descriptor that does not exist. For
-// this descriptor alone write, select and read are replaced, so that no system call is timed.
+// The same read of 8 words with libmodbus, in RTU, over a descriptor that does not exist. write,
+// select and read are replaced for this descriptor, so that no system call is timed.
 #include "benchmarks/panel.h"
 
 #include <benchmark/benchmark.h>

@@ -1,4 +1,4 @@
-// A plain scan of as much memory as a store takes: the measure for searching the store.
+// A plain scan of as much memory as a store takes, to compare with searching the store.
 #include "benchmarks/panel.h"
 
 #include <benchmark/benchmark.h>
@@ -7,8 +7,8 @@
 
 namespace {
 
-// For a byte that is not there until the end. The C library's own scan is as fast as memory, and
-// not at the mercy of how a loop of ours happens to be aligned.
+// Scans for a byte that is only at the end. The C library's scan is as fast as memory and does not
+// depend on the alignment of a loop.
 void scanMemory(benchmark::State &state)
 {
     std::vector<quint8> memory(static_cast<size_t>(state.range(0)) * sizeof(_DATA_), 0xEE);

@@ -1,4 +1,4 @@
-// Planning: address runs become read blocks, and entries of the store.
+// Planning: address runs are merged into read blocks and entries of the store.
 #include "benchmarks/panel.h"
 
 #include <benchmark/benchmark.h>
@@ -43,7 +43,7 @@ BENCHMARK_CAPTURE(merge, ordered_10000, runsOf(10000, 1, 1), 1250)->Unit(benchma
 BENCHMARK_CAPTURE(merge, ordered_100000, runsOf(100000, 1, 1), 12500)
     ->Unit(benchmark::kMillisecond);
 
-// The store knows every address already.
+// The store already has every address.
 void mergeAgain(benchmark::State &state)
 {
     const QList<KEY_ADDRESS> keys = keysOf(runsOf(1000, 1, 1));

@@ -1,5 +1,5 @@
-// A host as small as a benchmark needs it: the built library, reached by its exported names, and
-// ready replies in the controller's place.
+// A minimal host for benchmarks: the built library, called by its exported names, and prepared
+// replies instead of a controller.
 #pragma once
 
 #include "host/driver_library.h"
@@ -9,8 +9,8 @@
 
 namespace bench {
 
-// Ends the program with `what` on stderr and exit code 1 unless `holds`. The figures of a benchmark
-// that does something else than it says are worth nothing.
+// Ends the program with `what` on stderr and exit code 1 unless `holds`: a benchmark must do what
+// it claims to measure.
 void require(bool holds, const std::string &what);
 
 // The driver's functions, loaded on first use from the build tree.
@@ -26,17 +26,17 @@ struct Run {
 
 QList<KEY_ADDRESS> keysOf(const std::vector<Run> &runs);
 
-// Configures the driver anew: device 1, retry limit 3, 8 elements a request, callback
-// `countReport`. Store, plan and queues are empty then.
+// Configures the driver again: device 1, retry limit 3, 8 elements a request, callback
+// `countReport`. Clears store, plan and queues.
 void openLink();
 
-// Sets or takes back the host's request for an upload of the recipe.
+// Sets or clears the host's request for an upload of the recipe.
 void requestUpload(bool wanted);
 
 // How often openLink was called.
 int linksOpened();
 
-// Hands `runs` over for polling and requires that they make `blocks` read blocks.
+// Starts polling `runs` and requires that they make `blocks` read blocks.
 void poll(const std::vector<Run> &runs, int blocks);
 
 // The callback: counts.

@@ -1,6 +1,6 @@
 // The same read of 8 words with Qt SerialBus, in Modbus ASCII: request and reply are its public
-// classes. Its ASCII frame is private, so the frame is put around them here in the same way: a byte
-// array, LRC, hexadecimal digits.
+// classes. Its ASCII framing is private, so they are framed here in the same way: a byte array,
+// LRC, hexadecimal digits.
 #include "benchmarks/panel.h"
 
 #include <benchmark/benchmark.h>

@@ -1,8 +1,8 @@
-"""Makes tables and a plot of what kmr_bench and pymodbus_bench.py measured.
+"""Makes tables and a plot from the measurements of kmr_bench and pymodbus_bench.py.
 
     report.py KMR_BENCH_JSON PYMODBUS_JSON [DOCS]
 
-Prints the tables. With DOCS, puts them into DOCS/performance.md between the two marks there, too,
+Prints the tables. With DOCS, also writes them into DOCS/performance.md between the two marks there
 and writes the plot DOCS/exchange-time.svg.
 """
 
@@ -52,7 +52,7 @@ OPERATIONS = (
 
 
 def fastest(results):
-    """{benchmark: fastest of its rounds in ns of thread CPU time}: what else runs only adds to it."""
+    """{benchmark: fastest of its rounds in ns of thread CPU time}: other load only adds to it."""
     unit_ns = {"ns": 1, "us": 1e3, "ms": 1e6}
     rounds = {}
     for entry in results["benchmarks"]:
@@ -77,7 +77,7 @@ def share(ns, baud):
 
 
 def table(head, rows, texts=(0,)):
-    """A Markdown table that reads well as plain text, too. Columns in `texts` are left-aligned."""
+    """A Markdown table that is also readable as plain text. Columns in `texts` are left-aligned."""
     widths = [max(map(len, column)) for column in zip(head, *rows)]
 
     def line(cells):

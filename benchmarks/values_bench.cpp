@@ -66,7 +66,7 @@ void setIntoFullQueue(benchmark::State &state)
 }
 BENCHMARK(setIntoFullQueue)->Name("set/8_words_into_full_queue");
 
-// The write before is still queued and is superseded.
+// The previous write is still queued and is replaced.
 void setAgain(benchmark::State &state)
 {
     const kmr::DriverFunctions &functions = intf();

@@ -1,6 +1,6 @@
-# What cmake --install puts where (GNUInstallDirs): the library, the one header, what CMake and
-# pkg-config need to find the library, and, except in a build of the driver alone, kmr with its man
-# page and completion. Components: runtime, dev, kmr.
+# The files of cmake --install (GNUInstallDirs): the library, its header, the files with which CMake
+# and pkg-config find it, and, except in a build of the driver alone, kmr with its man page and
+# completion. Components: runtime, dev, kmr.
 include(CMakePackageConfigHelpers)
 
 set(package_dir ${CMAKE_INSTALL_LIBDIR}/cmake/OstrelKmr)
@@ -19,7 +19,7 @@ install(FILES
     ${CMAKE_CURRENT_BINARY_DIR}/OstrelKmrConfigVersion.cmake
     DESTINATION ${package_dir} COMPONENT dev)
 
-# Relative to the file itself, so that an installed tree can be moved.
+# Relative to this file, so that an installed tree can be moved.
 file(RELATIVE_PATH pc_to_prefix /${CMAKE_INSTALL_LIBDIR}/pkgconfig /)
 configure_file(cmake/ostrel-kmr.pc.in ostrel-kmr.pc @ONLY)
 install(FILES ${CMAKE_CURRENT_BINARY_DIR}/ostrel-kmr.pc

@@ -1,4 +1,4 @@
-# Debian packages of what is installed, made with CPack by script/package: libostrel-kmr1 (component
+# Debian packages of the installed files, made with CPack by script/package: libostrel-kmr1 (component
 # runtime), libostrel-kmr-dev (dev) and kmr (kmr). The version says which Qt they are built for.
 set(KMR_DEBIAN_RELEASE 1+qt${KMR_QT_MAJOR})
 set(KMR_DEBIAN_VERSION ${PROJECT_VERSION}-${KMR_DEBIAN_RELEASE})
@@ -24,11 +24,11 @@ endif()
 
 set(CPACK_DEBIAN_RUNTIME_PACKAGE_NAME libostrel-kmr1)
 set(CPACK_DEBIAN_RUNTIME_PACKAGE_SECTION libs)
-# The records that cross the interface differ between Qt's major versions, so a program that links
-# to the library built for one must not get the library built for the other.
+# The records of the interface differ between major versions of Qt, so a program that links to the
+# library built for one must not get the library built for the other.
 set(CPACK_DEBIAN_PACKAGE_GENERATE_SHLIBS ON)
 set(CPACK_DEBIAN_PACKAGE_GENERATE_SHLIBS_POLICY "=")
-# CPack writes scripts that call ldconfig; Debian wants the trigger, which does no work twice.
+# CPack writes scripts that call ldconfig; Debian requires the trigger, which runs it once.
 set(CPACK_DEBIAN_RUNTIME_PACKAGE_CONTROL_EXTRA ${CMAKE_CURRENT_SOURCE_DIR}/packaging/triggers)
 set(CPACK_COMPONENT_RUNTIME_DESCRIPTION
 "Modbus ASCII driver for Ostrel KMR controllers (Qt ${KMR_QT_MAJOR})
@@ -43,17 +43,17 @@ set(CPACK_DEBIAN_DEV_PACKAGE_SECTION libdevel)
 if(KMR_QT_MAJOR EQUAL 5)
     set(qt_dev_packages qtbase5-dev)
 else()
-    set(qt_dev_packages "qt6-base-dev, libgl-dev") # Qt 6's CMake package asks for OpenGL
+    set(qt_dev_packages "qt6-base-dev, libgl-dev") # Qt 6's CMake package needs OpenGL
 endif()
 set(CPACK_DEBIAN_DEV_PACKAGE_DEPENDS "libostrel-kmr1 (= ${KMR_DEBIAN_VERSION}), ${qt_dev_packages}")
 set(CPACK_COMPONENT_DEV_DESCRIPTION
 "Modbus ASCII driver for Ostrel KMR controllers (header, Qt ${KMR_QT_MAJOR})
-What is needed to build hosts for the driver in libostrel-kmr1: its header,
+The files to build hosts for the driver in libostrel-kmr1: its header,
 the CMake package OstrelKmr and ostrel-kmr.pc for pkg-config.")
 
 set(CPACK_DEBIAN_KMR_PACKAGE_NAME kmr)
 set(CPACK_DEBIAN_KMR_PACKAGE_SECTION comm)
-# kmr loads the library when it runs, which shlibdeps can't see.
+# kmr loads the library at run time, which shlibdeps can't see.
 set(CPACK_DEBIAN_KMR_PACKAGE_DEPENDS "libostrel-kmr1 (= ${KMR_DEBIAN_VERSION})")
 if(KMR_FOREIGN_ARCHITECTURE)
     set(CPACK_DEBIAN_KMR_PACKAGE_DEPENDS ${KMR_FOREIGN_KMR_DEPENDS})
@@ -61,10 +61,10 @@ endif()
 set(CPACK_COMPONENT_KMR_DESCRIPTION
 "commissioning command for Ostrel KMR controllers (Qt ${KMR_QT_MAJOR})
 Reads, writes and watches a controller's memory over a serial line or TCP,
-moves recipes, diagnoses the line and simulates controllers. It speaks through
-the driver in libostrel-kmr1, as an operator panel does.")
+transfers recipes, diagnoses the line and simulates controllers. It uses the
+driver in libostrel-kmr1, as an operator panel does.")
 
-# What Debian asks of a package besides. EXCLUDE_FROM_ALL: not part of a plain cmake --install.
+# Further files that Debian requires. EXCLUDE_FROM_ALL: not part of a plain cmake --install.
 find_program(GZIP gzip)
 function(compress input output)
     execute_process(COMMAND ${GZIP} -9nc ${input} OUTPUT_FILE ${output} COMMAND_ERROR_IS_FATAL ANY)

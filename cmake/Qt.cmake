@@ -1,8 +1,8 @@
 # Chooses Qt: KMR_QT_MAJOR=4, 5 or 6, or empty for Qt 5 if it is installed and Qt 6 otherwise. The
 # rest of the build names its parts Qt::Core and so on.
-#   KMR_QT_CORE      the target of Qt Core as Qt itself names it, for what is exported
+#   KMR_QT_CORE      the target of Qt Core by Qt's own name, for exported targets
 #   KMR_QT_CORE_PC   its name for pkg-config
-# The driver alone (KMR_DRIVER_ONLY) needs Qt Core and nothing else. Qt 4 is for the driver alone;
+# The driver alone (KMR_DRIVER_ONLY) needs only Qt Core. Qt 4 is only for the driver;
 # CMake finds it by its qmake (QT_QMAKE_EXECUTABLE).
 set(KMR_QT_MAJOR "" CACHE STRING "Major version of Qt: 4, 5, 6 or empty for the first that is found")
 
@@ -15,7 +15,7 @@ endif()
 
 if(KMR_QT_MAJOR STREQUAL "")
     find_package(Qt5 QUIET COMPONENTS ${qt_parts})
-    if(Qt5_FOUND) # one search for both names finds either first
+    if(Qt5_FOUND) # a single search for both names may find either
         set(KMR_QT_MAJOR 5 CACHE STRING "" FORCE)
     else()
         set(KMR_QT_MAJOR 6 CACHE STRING "" FORCE)

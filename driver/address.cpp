@@ -4,7 +4,7 @@ namespace {
 
 const qint32 NO_UPPER = 0x7FFFFFFF; // an address too: such a row has the same base on both sides
 
-const qint32 LOWEST = -0x7FFFFFFF - 1; // lies outside of every area
+const qint32 LOWEST = -0x7FFFFFFF - 1; // outside of every area
 
 const ElementKind BIT = BIT_ELEMENTS;
 const ElementKind WORD = WORD_ELEMENTS;
@@ -21,14 +21,14 @@ const DeviceArea DEVICE_AREAS[] = {
     {"D", WORD, WORDS, 3, false, 0, 11999, "ddddd", true, 0x1000, 4096, 0x8000},
     {"X", BIT, BITS, 4, true, 0, 23417, "ooooo", false, 0x0400, NO_UPPER, 0x0400},
     {"Y", BIT, BITS, 5, true, 0, 23417, "ooooo", true, 0x0500, NO_UPPER, 0x0500},
-    // 65536 lies one past the 16-bit range; panels rely on being let through there.
+    // 65536 is one above the 16-bit range on purpose: panels rely on it being valid.
     {"M", BIT, BITS, 6, false, 0, 65536, "ddddd", true, 0x0800, 1536, 0xAA00},
     {"S", BIT, BITS, 7, false, 0, 9999, "dddd", true, 0x0000, NO_UPPER, 0x0000},
     {"T", BIT, BITS, 8, false, 0, 9999, "dddd", true, 0x0600, NO_UPPER, 0x0600},
     {"C", BIT, BITS, 9, false, 0, 9999, "dddd", true, 0x0E00, NO_UPPER, 0x0E00},
-    // Bits for values, words for watching: each watched bit has an entry of its own address.
+    // Bits for values, words for watching: each watched bit has an entry of its own.
     {"TV_bit", BIT, WORDS, 10, false, 0, 159999, nullptr, true, 0, NO_UPPER, 0},
-    // Watched as bits, but neither polled nor served.
+    // Watched as bits, but neither polled nor available as values.
     {"SM", NO_ELEMENTS, BITS, -1, false, 0, 0, nullptr, true, 0, NO_UPPER, 0},
 };
 
@@ -37,7 +37,7 @@ const DeviceArea &TV_BIT = DEVICE_AREAS[10];
 const char *const BIT_AREA_NAMES[] = {"X", "Y", "M", "S", "T", "C"};
 const char *const WORD_AREA_NAMES[] = {"TV", "CV", "CV2", "D"};
 
-// Character by character: nearly every row differs in the first, and each call into Qt costs more.
+// Character by character: most rows differ in the first one, and a call into Qt costs more.
 bool isNamed(const DeviceArea &area, const QString &name)
 {
     const int length = static_cast<int>(name.size());
@@ -48,7 +48,7 @@ bool isNamed(const DeviceArea &area, const QString &name)
     return area.name[length] == '\0';
 }
 
-// Decimal digits as an unsigned 32-bit number shows them.
+// The decimal digits of `value` as an unsigned 32-bit number.
 QString unsignedText(qint64 value)
 {
     return QString::number(static_cast<quint32>(value));
@@ -70,7 +70,7 @@ bool parseAddress(const DeviceArea &area, const QString &text, qint32 *value)
     return ok;
 }
 
-// Everything after the type checks, in which the two exported checks differ.
+// Everything after the type checks; these differ in the two exported checks.
 AddressCheck checkAddressText(const DeviceArea &area, const QString &text, qint32 *address,
                               qint32 count)
 {
@@ -95,7 +95,7 @@ bool isCounterDataType(qint32 dataType)
     return dataType == 1 || dataType == 3 || dataType == 5 || dataType == 6 || dataType == 9;
 }
 
-// The step that the editor asks for: -2 stands for "one 32-bit value further".
+// The step that the editor wants: -2 means one 32-bit value.
 qint32 seriesStep(const DeviceArea &area, qint32 step)
 {
     if (step >= 1)
@@ -111,7 +111,7 @@ int octalSeries(qint32 start, qint32 n, qint32 step, QVector<QString> &texts,
     qint64 correction = 0;
     for (qint32 i = 0; i < n; ++i) {
         qint64 value = start + qint64(i) * step + correction;
-        // Only the last digit is carried over: a tens digit that becomes 8 or 9 stays.
+        // Only the last digit carries, on purpose: a tens digit that becomes 8 or 9 stays.
         const qint64 lastDigit = value % 10;
         if (lastDigit > 7) {
             value += 10 - lastDigit;
@@ -130,7 +130,7 @@ int octalSeries(qint32 start, qint32 n, qint32 step, QVector<QString> &texts,
 int wordBitSeries(qint32 start, qint32 n, qint32 step, QVector<QString> &texts,
                   QVector<qint32> &numbers)
 {
-    // The end's text does not match its number; editors show it as it stands.
+    // The text of the end does not match its number, on purpose; editors show it as it is.
     const qint32 max = 65535 * 16 + 15;
     const QLatin1String endText("65536.15");
     int result = SERIES_INSIDE;
@@ -286,7 +286,7 @@ qint32 intf_getRegDiscription(QString area, QStringList &out) noexcept
 
 qint32 intf_getRegListByType(qint32 type, QStringList &out) noexcept
 {
-    // Type 0 fills the list and yet returns 0: the result is the type, not a success.
+    // Type 0 fills the list and returns 0: the result is the type, not success.
     if (type == 0) {
         for (const char *name : BIT_AREA_NAMES)
             out << QString(QLatin1String(name));

@@ -30,7 +30,7 @@ const quint8 *currentValue(const _DATA_ &entry)
     return entry.writePending == 1 ? entry.writtenValue : entry.readValue;
 }
 
-// Bit of its byte that a bit address selects; none for negative addresses.
+// The mask of a bit address within its byte; 0 for negative addresses.
 quint8 maskOfBit(qint32 bit)
 {
     return bit % BLOCK_BITS < 0 ? quint8(0) : static_cast<quint8>(1 << (bit % 8));
@@ -99,8 +99,8 @@ VARIABLE writeRequest(qint32 station, const QString &area, qint32 address, qint3
     return request;
 }
 
-// One request a bit, at the next decimal number: after Y7 comes 8, which is not an octal digit and
-// goes out as Y0. Hosts end a run of Y at a digit 7.
+// One request for each bit, at the next decimal number: Y7 is followed by 8, which is not an octal
+// digit and is sent as Y0. Hosts end a run of Y at a digit 7.
 void queueBitWrites(qint32 station, const QString &area, qint32 first, qint32 count,
                     const quint8 *data, qint32 reqTag)
 {
@@ -111,7 +111,7 @@ void queueBitWrites(qint32 station, const QString &area, qint32 first, qint32 co
     }
 }
 
-// Counters are cut by words like the rest, so a cut may fall between the two words of one counter.
+// Counters are cut by words, too, so a cut may be between the two words of one counter.
 void queueWordWrites(qint32 station, const QString &area, qint32 first, qint32 count,
                      const quint8 *data, qint32 reqTag)
 {

@@ -23,8 +23,9 @@ int hexDigitValue(ushort code)
     return -1;
 }
 
-// The value of a pair, or of a last single character: what Qt reads in base 16, 0 when it refuses
-// it. "-2" takes 2 off the LRC's sum, and blanks count for nothing.
+// The value of a pair, or of a last single character, as Qt reads it in base 16; 0 if Qt refuses
+// it.
+// "-2" takes 2 off the sum of the LRC, and blanks are skipped.
 int hexValue(const ushort *characters, int count)
 {
     if (count == 2) {
@@ -50,7 +51,7 @@ char hexDigit(int nibble)
     return "0123456789ABCDEF"[nibble];
 }
 
-// A request from ':' to its last data digit, put together without allocating.
+// A request from ':' to its last data digit, built without allocating.
 struct RequestText {
     ushort characters[REQUEST_TEXT_MOST];
     int length;
@@ -97,7 +98,7 @@ RequestText requestStart(qint32 station)
     RequestText text;
     text.length = 0;
     append(text, ':');
-    // Decimal digits on purpose: station 12 goes out as "12", which the controller reads as 18.
+    // Decimal digits on purpose: station 12 is sent as "12", which the controller reads as 18.
     appendDecimal(text, station, 2);
     return text;
 }
@@ -130,8 +131,8 @@ void appendWordValues(RequestText &text, const VARIABLE &var)
         appendHex(text, wordOf(var, word), 4);
 }
 
-// High word first. A request for several counters carries its last and its first word only, while
-// quantity and byte count announce them all: controllers in the field are used to it.
+// High word first. A request for several counters carries only its last and its first word, but
+// quantity and byte count announce all of them, on purpose: controllers in the field expect it.
 void appendCounterValues(RequestText &text, const VARIABLE &var)
 {
     if (var.count > 1)
@@ -162,8 +163,8 @@ void appendBitWrite(RequestText &text, const DeviceArea &area, const VARIABLE &v
 }
 
 // Bit reads start at a multiple of 16 and cover 16 or 32 bits. 16 bits from such a multiple on read
-// 32: a margin that the line can afford. Of a longer block, up to the bit group limit, the rest is
-// never polled: hosts keep their runs of bits short.
+// 32, on purpose. The rest of a longer block, up to the bit group limit, is never polled: hosts
+// keep their runs of bits short.
 bool readsTwoWords(const VARIABLE &var, qint32 bit)
 {
     return var.count > 1 && qint64(bit % BLOCK_BITS) + var.count > 15;
@@ -190,7 +191,7 @@ void finishFrame(FRAME_PRO &frame, const ushort *text, int length)
 
 void appendFrame(const RequestText &text, qint32 replyLen, qint32 replyDataLen, const VARIABLE &var)
 {
-    // Only what the frame before has left is cleared: its characters.
+    // Only the characters that the previous frame left are cleared.
     FRAME_PRO &frame = driver.nextFrame;
     memset(frame.frame, 0, static_cast<size_t>(frame.frameLen));
     finishFrame(frame, text.characters, text.length);

@@ -27,15 +27,15 @@ enum {
 // `frameLen` becomes 0.
 void getFrame(FRAME_PRO &frame, QString text);
 
-// Makes `text` upper case (a to z only), up to its first NUL. Characters that Latin-1 lacks become
-// '?'. The builders format upper-case digits from the start and don't need it.
+// Converts `text` to upper case (a to z only), up to its first NUL. Characters outside Latin-1
+// become '?'. Not used by the frame builders, which write upper-case digits.
 void sToS(QString &text);
 
-// Copies `src` in upper case (a to z only) to `dst`, which holds its length plus one.
+// Copies `src` in upper case (a to z only) to `dst`, which has room for its length plus one.
 void uppers(char *dst, const char *src);
 
 // Appends the request that reads `var` to the driver's frames. For "CV2" a count above 1 is halved,
-// in `var` too: from the number of words to the number of counters.
+// also in `var`: from the number of words to the number of counters.
 void getReadFrame(VARIABLE &var);
 
 // Appends the request that writes `var` to the driver's frames. A bit is written from `data[0]`:

@@ -2,8 +2,8 @@
 
 #include <cstddef>
 
-// The layout of what crosses the interface, pinned for 32 and 64 bits. QString is one pointer in
-// Qt 4 and 5 and three words in Qt 6; 64 bits leave a gap before one that follows an odd number of
+// The layout of the records, checked for 32 and 64 bits. QString is one pointer in Qt 4 and 5 and
+// three words in Qt 6; with 64 bits there is a gap before a QString that follows an odd number of
 // 32-bit fields.
 namespace layout {
 const size_t TEXT = sizeof(QString);
@@ -61,7 +61,7 @@ namespace {
 const qint32 GROUP_LIMIT_MOST = 8;
 const int PROPERTY_PIECES = 5;
 
-// The bits that `words` stand for. A limit far below 0 stays below 0 instead of wrapping round.
+// The number of bits in `words`. A limit far below 0 stays below 0 instead of wrapping round.
 qint32 eightTimes(qint32 words)
 {
     return qMax(words, -0x10000000) * 8;
@@ -127,7 +127,7 @@ qint32 intf_initProperty(quint8 *status, void *second, quint8 *recipe, qint32 *r
     driver.cyclicReads.clear();
     driver.pendingWrites.clear();
     driver.pendingReads.clear();
-    // In Qt 6 clear() would take new memory, because the index shares the old.
+    // In Qt 6 clear() would allocate, because the index shares the list's memory.
     driver.dataAreas = QList<_DATA_>();
     driver.sendState = SEND_NOTHING;
     driver.burstCount = 0;
@@ -139,7 +139,7 @@ qint32 intf_initProperty(quint8 *status, void *second, quint8 *recipe, qint32 *r
     driver.frames.clear();
     driver.stateC = 0;
     driver.stateD = 1;
-    // The recipe list and its cursor stay: a transfer survives a re-initialisation.
+    // The recipe list and its cursor are kept: a transfer continues after a re-initialisation.
     return 1;
 }
 

@@ -1,29 +1,30 @@
 /// \file
 /// Communication driver for operator panels: Modbus ASCII to controllers of the Ostrel KMR line.
 ///
-/// This is the one header that a host needs. Conventions of the whole interface:
+/// A host needs only this header. Conventions of the whole interface:
 ///
 ///  1. Order of calls. When a link opens: intf_setAddrValueChangeCallBack, intf_initProperty,
 ///     intf_addrMerge, intf_setRcpAddress. Then, for as long as the link is up: intf_getSendFrame,
 ///     transmit, collect the reply, intf_dealRcvFrame. Values may be read, written and queued
 ///     between any two calls. The editor's services (identity, address checks, catalogue, series)
 ///     may be called at any time and change no state.
-///  2. Threads. The driver starts none and locks nothing of its own: no two calls may overlap.
+///  2. Threads. The driver starts no thread and has no lock of its own: no two calls may overlap.
 ///     Only the recipe request bytes of the status block are shared with other host threads; the
-///     driver touches them under the host's mutex.
+///     driver accesses them while it holds the host's mutex.
 ///  3. Callback. It runs synchronously inside intf_dealRcvFrame and intf_setData. It may read,
 ///     write and queue; it may not call intf_getSendFrame, intf_dealRcvFrame, intf_initProperty or
 ///     intf_addrMerge.
-///  4. Ownership. The driver keeps copies of every record that it is handed. The status block, the
-///     recipe buffer, the mutex and the callback are lent: they must outlive the driver's use of
-///     them. Nothing that the driver hands out refers to memory of the library.
+///  4. Ownership. The driver copies every record that it receives. The status block, the recipe
+///     buffer, the mutex and the callback are lent: they must stay valid until the next
+///     intf_initProperty (the callback: until it is replaced) or until the library is unloaded.
+///     Nothing that the driver returns refers to memory of the library.
 ///  5. Results. Small integers with the names below, never exceptions. Outputs are written only
-///     where the function's comment says so.
-///  6. Null pointers. Nothing is written through a null output, a null input reads as empty.
-///     Without status block or mutex no recipe request is seen, without callback no change is
+///     if the function's comment says so.
+///  6. Null pointers. Nothing is written through a null output; a null input counts as empty.
+///     Without status block or mutex no recipe request is seen; without callback no change is
 ///     reported.
-///  7. Addresses. "X" and "Y" are numbered in octal; their addresses travel as the decimal number
-///     that shows the same digits (X17 is 17).
+///  7. Addresses. "X" and "Y" are numbered in octal; their addresses are passed as the decimal
+///     number with the same digits (X17 is 17).
 #ifndef OSTREL_KMR_H
 #define OSTREL_KMR_H
 
@@ -39,7 +40,7 @@
 
 /// Called when a watched value changes, as (devId, station, area, address), and for two events:
 ///  - (0, -1, "RWI", word): a word of the recipe buffer was uploaded
-///  - (-1, -1, "-1", 0 or -1): the last queued one-shot read ended well (0) or was given up (-1)
+///  - (-1, -1, "-1", 0 or -1): the last queued one-shot read succeeded (0) or was given up (-1)
 ///
 /// Its result is ignored.
 typedef qint32 (*ValueChangedCallback)(qint32 devId, qint32 station, QString area, qint32 address);
@@ -49,17 +50,16 @@ enum {
     FRAME_CHARS = 1024  ///< size of the text buffer of FRAME_PRO, characters
 };
 
-/// Copies `size` bytes of a record's buffer by a call to the C library. Left to the compiler, GCC
-/// 12 copies byte by byte at -O2, and where it sees that the two don't overlap it puts in string
-/// instructions, which take twice as long.
+/// Copies `size` bytes of a record's buffer by a call to the C library. Without it, GCC 12 copies
+/// byte by byte at -O2 or, if it sees that the two don't overlap, uses string instructions, which
+/// take twice as long.
 inline void copyBuffer(void *to, const void *from, size_t size)
 {
     __asm__("" : "+r"(to)); // the compiler no longer knows what `to` is
     memmove(to, from, size);
 }
 
-/// Copies a text. One that is the same already is left: taking another part in it costs two locked
-/// instructions.
+/// Copies a text, unless both already share it: another reference costs two locked instructions.
 inline void copyText(QString &to, const QString &from)
 {
     if (to.constData() != from.constData() || to.size() != from.size())
@@ -70,7 +70,7 @@ inline void copyText(QString &to, const QString &from)
 
 /// The target of one read or write request.
 struct VARIABLE {
-    qint32 reqTag;            ///< set by whoever queues the request, carried along; read blocks: 4
+    qint32 reqTag;            ///< set by the host for its request, kept as it is; read blocks: 4
     qint32 station;           ///< controller station number, as the host counts it
     QString area;             ///< device area name
     qint32 address;           ///< first element inside the area
@@ -101,14 +101,14 @@ struct VARIABLE {
     }
 };
 
-/// One request frame ready to send, with what the reply side needs to file the reply.
+/// One request frame ready to send, with what is needed to decode its reply.
 struct FRAME_PRO {
     char frame[FRAME_CHARS]; ///< ':' to CR LF, not zero-terminated
     qint32 frameLen;         ///< characters in `frame`; 0 when the request does not fit a frame
     qint32 replyLen;         ///< characters of the expected normal reply
     qint32 replyDataPos;     ///< position of the reply's first data character: 7
     qint32 replyDataLen;     ///< data characters in the expected reply
-    qint32 frameSpare;       ///< not set by the driver, carried along
+    qint32 frameSpare;       ///< not set by the driver, kept as it is
     VARIABLE var;            ///< the request
 
     FRAME_PRO() : frameLen(0), replyLen(0), replyDataPos(0), replyDataLen(0), frameSpare(0)
@@ -144,7 +144,7 @@ struct _RCP_VAR_PRO {
     qint32 address;  ///< first word inside the area
     qint32 count;    ///< 16-bit words, 1 to 251 (a longer write does not fit a frame)
     qint32 bufWord;  ///< index of the first word in the recipe buffer, from 0
-    qint32 rcpSpare; ///< carried along
+    qint32 rcpSpare; ///< kept as it is
 
     _RCP_VAR_PRO() : devId(0), station(0), address(0), count(0), bufWord(0), rcpSpare(0) {}
 };
@@ -169,18 +169,18 @@ struct _DATA_ {
     }
 };
 
-/// One address run handed in by the host, for polling or for a one-shot read.
+/// One address run passed by the host, for polling or for a one-shot read.
 struct KEY_ADDRESS {
-    QString label;            ///< carried along
-    qint32 hostWord1;         ///< carried along
-    qint32 hostWord2;         ///< carried along
+    QString label;            ///< kept as it is
+    qint32 hostWord1;         ///< kept as it is
+    qint32 hostWord2;         ///< kept as it is
     qint32 station;           ///< controller station number
     QString area;             ///< device area name
-    QString hostText;         ///< carried along
+    QString hostText;         ///< kept as it is
     qint32 address;           ///< first element; "TV_bit": word x 16 + bit
     qint32 elemKind;          ///< -1: bits, anything else: 16-bit elements
     qint32 count;             ///< number of elements
-    quint8 data[VALUE_BYTES]; ///< carried along
+    quint8 data[VALUE_BYTES]; ///< kept as it is
 
     KEY_ADDRESS() : hostWord1(0), hostWord2(0), station(0), address(0), elemKind(0), count(0)
     {
@@ -213,10 +213,10 @@ struct KEY_ADDRESS {
 
 /// How the driver finds an entry of its store without searching it; see store_index.h.
 struct StoreIndex {
-    QVector<qint32> places; ///< hash table of positions in the store, -1 where it is free
-    QList<_DATA_> seen;     ///< shares the memory of the store until someone else changes it
-    bool distinct;          ///< no key stands twice in the store
-    qint64 lead;            ///< by which the position found last is ahead of its entry's index
+    QVector<qint32> places; ///< hash table of positions in the store, -1: free
+    QList<_DATA_> seen;     ///< shares the memory of the store until other code changes it
+    bool distinct;          ///< no key is in the store twice
+    qint64 lead;            ///< position found last minus the index of its entry
 
     StoreIndex() : distinct(true), lead(0) {}
 };
@@ -241,7 +241,7 @@ public:
     QList<VARIABLE> pendingReads;  ///< one-shot reads, at most 513; the front one may be in flight
     QList<_DATA_> dataAreas;       ///< the store, in order of creation; entries are only added
     QVector<_RCP_VAR_PRO> recipeVars; ///< recipe variables of this device
-    VARIABLE lastVar;                 ///< the one-shot read queued last: its end is the job's end
+    VARIABLE lastVar;                 ///< the one-shot read queued last: its end is reported
     VARIABLE curVar;                  ///< the request being framed
     qint32 sendState;                 ///< SendState of the request chosen last
     qint32 burstCount;                ///< writes and one-shot reads sent since the last cyclic read
@@ -256,7 +256,7 @@ public:
     qint32 recipeCursor;              ///< index in `recipeVars` of the next transfer
     quint8 spareFlag;                 ///< always 0
     StoreIndex storeIndex;            ///< of `dataAreas`
-    FRAME_PRO nextFrame;              ///< where a frame is put together before it joins `frames`
+    FRAME_PRO nextFrame;              ///< a frame is built here before it is appended to `frames`
 };
 
 /// Values of Ostrel_kmr::sendState.
@@ -276,7 +276,7 @@ enum { STATUS_RECIPE_DOWNLOAD = 60115, STATUS_RECIPE_UPLOAD = 60116, STATUS_BLOC
 /// What the address checks return.
 enum AddressCheck {
     ADDRESS_VALID = 0,
-    ADDRESS_KIND_MISMATCH = 1,     ///< bits asked of a word area, or words of a bit area
+    ADDRESS_KIND_MISMATCH = 1,     ///< bits wanted from a word area, or words from a bit area
     ADDRESS_OUT_OF_RANGE = 2,      ///< the run leaves the area, or a digit of "X" or "Y" is 8 or 9
     ADDRESS_UNKNOWN_AREA = 3,      ///< no area has that name
     ADDRESS_SYNTAX_ERROR = 4,      ///< the text is not an address
@@ -286,7 +286,7 @@ enum AddressCheck {
 /// What intf_multiCopy returns.
 enum SeriesResult {
     SERIES_UNKNOWN_AREA = 0, ///< no area has that name, nothing was appended
-    SERIES_INSIDE = 1,       ///< all addresses lie inside the area
+    SERIES_INSIDE = 1,       ///< all addresses are inside the area
     SERIES_CLIPPED = 2       ///< at least one was replaced by the area's end
 };
 
@@ -301,10 +301,10 @@ enum ReplyResult {
     REPLY_SEND_AGAIN = 8  ///< bad: the same frame is to be sent again
 };
 
-/// Of what the library exports, by its plain C name.
+/// Marks a function that the library exports by its plain C name.
 #define OSTREL_KMR_EXPORT extern "C" __attribute__((visibility("default")))
 
-/// That a function throws nothing, in C++98 too.
+/// Marks a function that throws no exception, also in C++98.
 #if __cplusplus >= 201103L
 #define OSTREL_KMR_NOEXCEPT noexcept
 #else
@@ -351,12 +351,12 @@ OSTREL_KMR_EXPORT void intf_getDriverPropertyPage(QString &page) OSTREL_KMR_NOEX
 /// Sets `page` to the empty text; the driver takes no settings this way.
 OSTREL_KMR_EXPORT void intf_SetDriverPropertyPage(QString &page) OSTREL_KMR_NOEXCEPT;
 
-/// Stores the function that is called at each change; null switches reports off.
+/// Stores the function that is called for each change; null turns reports off.
 OSTREL_KMR_EXPORT void
 intf_setAddrValueChangeCallBack(ValueChangedCallback callback) OSTREL_KMR_NOEXCEPT;
 
-/// Configures the driver and empties the poll plan, every queue and the store; a recipe list and
-/// its cursor stay, so that a transfer survives.
+/// Configures the driver and clears the poll plan, every queue and the store. The recipe list and
+/// its cursor are kept, so that a transfer continues.
 /// \param status    status block, at least STATUS_BLOCK_BYTES bytes, or null
 /// \param second    stored only
 /// \param recipe    recipe buffer, two bytes a word, low-order byte first, or null
@@ -371,8 +371,8 @@ OSTREL_KMR_EXPORT qint32 intf_initProperty(quint8 *status, void *second, quint8 
                                            qint32 *result, const char *property,
                                            QMutex *mutex) OSTREL_KMR_NOEXCEPT;
 
-/// Replaces the recipe variables by those of `list` that carry this link's device number, in their
-/// order, and returns how many were kept. A transfer in progress goes on at its cursor.
+/// Replaces the recipe variables by those of `list` that have this link's device number, in their
+/// order, and returns their number. A transfer in progress continues at its cursor.
 OSTREL_KMR_EXPORT qint32 intf_setRcpAddress(const QVector<_RCP_VAR_PRO> *list) OSTREL_KMR_NOEXCEPT;
 
 // --- The editor's address services ---
@@ -381,22 +381,21 @@ OSTREL_KMR_EXPORT qint32 intf_setRcpAddress(const QVector<_RCP_VAR_PRO> *list) O
 /// \param area         device area name, exact spelling
 /// \param addressText  the address as typed, in octal digits for "X" and "Y", "word.bit" for
 ///                     "TV_bit"
-/// \param address      receives the numeric address as soon as the text converts, else stays
-///                     untouched
+/// \param address      receives the numeric address if the text converts, else stays untouched
 /// \param count        elements of the run
-/// \param wantWord     0 when the host wants bits, else words
+/// \param wantWord     0 if the host wants bits, else words
 /// \return AddressCheck, never ADDRESS_DATA_TYPE_MISMATCH
 OSTREL_KMR_EXPORT qint32 intf_checkAddrValidity(QString area, QString addressText, qint32 *address,
                                                 qint32 count, qint32 wantWord) OSTREL_KMR_NOEXCEPT;
 
-/// The same check with a data type: -1 for bits, any other for words. Mind the order of the last
+/// The same check with a data type: -1 for bits, any other for words. Note the order of the last
 /// two arguments. Returns AddressCheck.
 OSTREL_KMR_EXPORT qint32 intf_checkAddr(QString area, QString addressText, qint32 *address,
                                         qint32 dataType, qint32 count) OSTREL_KMR_NOEXCEPT;
 
 /// Appends five texts about an area to `out`: input mask (one 'd' or 'o' per decimal or octal
 /// digit), lowest address, highest address, "1" for words or "0" for bits, "1" for writable or "0".
-/// Returns 1, or 0 with nothing appended for a name that the catalogue does not hold.
+/// Returns 1, or 0 with nothing appended for a name that is not in the catalogue.
 OSTREL_KMR_EXPORT qint32 intf_getRegDiscription(QString area, QStringList &out) OSTREL_KMR_NOEXCEPT;
 
 /// Appends the names of the bit areas (`type` 0, returns 0) or of the word areas (`type` 1, returns
@@ -413,29 +412,29 @@ OSTREL_KMR_EXPORT qint32 intf_multiCopy(const QString &area, qint32 start, qint3
 // --- Polling ---
 
 /// Replaces the poll plan and the watch marks by the runs of `list` (fields `station`, `area`,
-/// `address`, `count`) and returns the number of read blocks. Values already known stay known.
+/// `address`, `count`) and returns the number of read blocks. Values in the store are kept.
 /// Unknown areas are watched but not polled. A run longer than the group limit (bits: 8 times it)
 /// is cut in decimal steps: a piece of an "X" or "Y" run that begins at a number with a digit 8 or
 /// 9 reads from 0 on.
 OSTREL_KMR_EXPORT qint32 intf_addrMerge(const QList<KEY_ADDRESS> &list) OSTREL_KMR_NOEXCEPT;
 
 /// Queues a one-shot read of a run, cut into pieces that fit a request. Bit areas are queued as
-/// 16-bit words (address / 16), and that number is read as a bit's: a one-shot read from M40 on
-/// reads M0 to M15. Read bits by polling them. A piece already queued after the front is refreshed
-/// instead; the queue holds 513 pieces and then replaces its last. `reqTag` is carried along.
-/// Returns 1.
+/// 16-bit words (address / 16), but that number is used as a bit address: a one-shot read from M40
+/// on reads M0 to M15. Read bits by polling them. A piece that is already queued after the front is
+/// replaced; the queue holds 513 pieces and then replaces its last. `reqTag` is kept with the
+/// request. Returns 1.
 OSTREL_KMR_EXPORT qint32 intf_addConditionRead(KEY_ADDRESS &key, qint32 reqTag) OSTREL_KMR_NOEXCEPT;
 
 // --- The communication loop ---
 
 /// Copies the frame to send next to `*out` and returns FRAME_TO_SEND, or returns NOTHING_TO_SEND
-/// and leaves `*out` alone. The same frame is handed out until its reply has been handed in.
+/// and leaves `*out` unchanged. The same frame is returned until its reply has been handed in.
 OSTREL_KMR_EXPORT qint32 intf_getSendFrame(FRAME_PRO *out) OSTREL_KMR_NOEXCEPT;
 
 /// Takes `reply`, ':' to CR LF as received or empty for silence, as the answer to the frame that
-/// intf_getSendFrame handed out. Of its form only the function code is checked here, in at least 5
-/// characters: neither LRC nor station nor the length that fits the request. `errorInfo` receives
-/// "station#areaAddress(count)(reply length)", or the empty text when no frame was out. Returns
+/// intf_getSendFrame returned. Checks only the function code, in at least 5 characters; the host
+/// must check LRC, station and length. `errorInfo` receives
+/// "station#areaAddress(count)(reply length)", or the empty text if no frame was out. Returns
 /// ReplyResult.
 OSTREL_KMR_EXPORT qint32 intf_dealRcvFrame(QByteArray &reply,
                                            QString &errorInfo) OSTREL_KMR_NOEXCEPT;
@@ -443,30 +442,30 @@ OSTREL_KMR_EXPORT qint32 intf_dealRcvFrame(QByteArray &reply,
 // --- Values ---
 
 /// Copies values out of the store; never causes traffic. `count` is in bits (one byte each in
-/// `out`), in words (two bytes, low-order first) or, for "CV2", in words, two per counter. Unknown
-/// areas and a `count` below 1 write nothing. What was never read nor written reads as 0.
-/// Returns 1.
+/// `out`), in words (two bytes, low-order first) or, for "CV2", in words, two per counter. Nothing
+/// is written for unknown areas and a `count` below 1. An element that was neither read nor written
+/// is 0. Returns 1.
 OSTREL_KMR_EXPORT qint32 intf_getData(qint32 station, QString area, qint32 address, qint32 count,
                                       quint8 *out) OSTREL_KMR_NOEXCEPT;
 
-/// Queues writes and mirrors the values into the store at once. `data` and `count` as in
-/// intf_getData; a bit is set by 1 and cleared by any other byte. A queued write of the same target
-/// after the front is superseded; the queue holds 513 requests and then replaces its last. Of a run
-/// of "Y" each bit goes to the next decimal number: 8 after Y7, which is not an octal digit and
-/// counts as Y0. When a write of "CV2" counters ends, as many counters again after them take the
-/// value last written to them, or 0, until their next read, and their change is reported. `reqTag`
-/// is carried along. Returns 1.
+/// Queues writes and copies the values into the store at once. `data` and `count` are as in
+/// intf_getData; a bit is set by 1 and cleared by any other byte. A write of the same target that
+/// is queued after the front is replaced; the queue holds 513 requests and then replaces its last.
+/// In a run of "Y" each bit has the next decimal number: Y7 is followed by 8, which is not an octal
+/// digit and counts as Y0. When a write of "CV2" counters ends, as many counters after them take
+/// the value last written to them, or 0, until their next read, and their change is reported.
+/// `reqTag` is kept with the request. Returns 1.
 OSTREL_KMR_EXPORT qint32 intf_setData(qint32 station, QString area, qint32 address, qint32 count,
                                       quint8 *data, qint32 reqTag) OSTREL_KMR_NOEXCEPT;
 
 // --- Inside the library ---
-// Hidden: a host can't link to these, and other drivers in it also call their object `driver`.
+// Not exported: a host can't link to these, and other drivers in it also have an object `driver`.
 
 extern Ostrel_kmr driver __attribute__((visibility("hidden")));
 
-/// Fills `var` from a recipe entry, its tag excepted. With `withData` not 0, `var.data` receives
-/// the entry's words out of the recipe buffer, high-order byte first, as far as they fit; the rest
-/// of `var.data` is 0.
+/// Fills `var` from a recipe entry, except its tag. If `withData` is not 0, `var.data` receives the
+/// entry's words from the recipe buffer, high-order byte first, as far as they fit; the rest of
+/// `var.data` is 0.
 void rcpAddrToVar(_RCP_VAR_PRO entry, VARIABLE &var, int withData);
 
 #endif

@@ -26,7 +26,7 @@ bool sameTarget(const VARIABLE &left, const VARIABLE &right)
            left.station == right.station && left.area == right.area;
 }
 
-// Bits are cut at eight times the words' limit, though a read covers no more than 32 of them.
+// Bits are cut at eight times the limit of words, although a read covers at most 32 of them.
 qint32 chunkLimit(const DeviceArea &area)
 {
     const bool bits = area.watch == WATCHED_AS_BITS;
@@ -54,7 +54,7 @@ void cutIntoChunks(const KEY_ADDRESS &key, QVector<Chunk> &chunks)
     const qint32 group = addressPlus(key.station, area->pollingOrder * 256);
     const qint32 limit = chunkLimit(*area);
     // Cut in decimal steps: a chunk of an octal run may begin at a number with a digit 8 or 9,
-    // which its read takes for 0. Hosts keep runs of X and Y within one request.
+    // which is read as 0. Hosts keep runs of X and Y within one request.
     for (qint64 done = 0; done < count; done += limit) {
         const Chunk chunk = {group, addressPlus(start, done),
                              static_cast<qint32>(qMin<qint64>(limit, count - done)), &key};
@@ -90,10 +90,10 @@ bool crosses255(const Chunk &chunk, qint64 blockStart)
     return dividedAt255 && chunk.address >= 255 && blockStart < 255;
 }
 
-// Joins chunks, sorted by group and address, into read blocks. X and Y are measured on their octal
-// digits as they stand. A counter chunk after the first of its group is a block of its own, and the
-// open one keeps its start and length: when stations of 256 and more share a group, a later chunk
-// that joins that one lengthens the block opened last all the same.
+// Joins chunks, sorted by group and address, into read blocks. Lengths of X and Y are differences
+// of their octal digits read as decimal numbers. A counter chunk after the first of its group is a
+// block of its own, and the open block keeps its start and length: if stations of 256 and more
+// share a group, a later chunk that joins the open block still lengthens the block added last.
 void appendBlocks(const QVector<Chunk> &chunks)
 {
     OpenBlock open = {0, 0};
@@ -110,7 +110,7 @@ void appendBlocks(const QVector<Chunk> &chunks)
         }
         if (end <= open.start + open.length)
             continue;
-        // The word limit counts for bits too: a bit run may be long, joined bit runs may not.
+        // The word limit also applies to bits: a bit run may be long, joined bit runs may not.
         if (end - open.start > driver.wordGroupLimit) {
             open = openBlock(chunk);
             continue;
@@ -133,8 +133,8 @@ VARIABLE oneShotRead(const KEY_ADDRESS &piece, qint32 reqTag)
     request.address = piece.address;
     request.count = piece.count;
     if (elementKind(findDeviceArea(piece.area)) == BIT_ELEMENTS) {
-        // The words that the bits would fill, wherever in its word the run starts. The read takes
-        // the word's number for a bit's again: from M40 on the queue holds 2, and M0 to M15 are
+        // The words that the bits would fill, wherever in its word the run starts. The read uses
+        // the number of the word as a bit address: for M40 the queue holds 2, and M0 to M15 are
         // read. Hosts read bits once by polling them.
         request.address = piece.address / BLOCK_BITS;
         request.count = static_cast<qint32>(wordsOfBits(piece.count));
@@ -216,7 +216,7 @@ qint32 intf_addrMerge(const QList<KEY_ADDRESS> &list) noexcept
     QVector<Chunk> chunks;
     for (const KEY_ADDRESS &key : list)
         cutIntoChunks(key, chunks);
-    std::reverse(chunks.begin(), chunks.end()); // of equals the newest comes first
+    std::reverse(chunks.begin(), chunks.end()); // among equal ones the newest comes first
     std::stable_sort(chunks.begin(), chunks.end(), comesBefore);
     appendBlocks(chunks);
     return static_cast<qint32>(driver.cyclicReads.size());

@@ -13,7 +13,7 @@ const int COUNTER_CHARS = 8;
 
 const int ERROR_INFO_NUMBERS_MOST = 64; // characters of everything but the area in the error text
 
-// What decoding needs of the request, copied: a callback may make the driver's lists grow.
+// The fields of the request for decoding, copied: a callback may make the driver's lists grow.
 struct Request {
     qint32 station;
     QString area;
@@ -30,15 +30,15 @@ Request requestInFlight()
             frame.var.count,   frame.replyDataPos, frame.replyDataLen};
 }
 
-// Any character has a value: codes below '0' count as 0, those above '@' run on from 'A', which is
-// 10, in sixteens. So lower-case digits count like upper-case ones.
+// Any character has a value: codes below '0' are 0, those above '@' count from 'A', which is 10,
+// modulo 16. So lower-case digits have the value of upper-case ones.
 inline int nibbleOf(char character)
 {
     const int code = static_cast<quint8>(character);
     return code < '0' ? 0 : (code + (code > '@' ? 9 : 0)) & 0x0F;
 }
 
-// A missing character counts as 0, so that a short reply decodes as zeros.
+// A missing character counts as 0, so that the missing end of a short reply is decoded as zeros.
 int nibbleAt(const QByteArray &reply, qint64 position)
 {
     return position < reply.size() ? nibbleOf(reply.at(static_cast<int>(position))) : 0;
@@ -52,8 +52,8 @@ inline quint8 byteAt(const QByteArray &reply, qint64 position)
     return static_cast<quint8>(nibbleOf(digits[0]) * 16 + nibbleOf(digits[1]));
 }
 
-// Values are numbers on their way from the reply to the store: put together byte by byte in memory
-// and read as a whole, each would wait until all its bytes are written.
+// Values are kept as numbers between reply and store: if they were built byte by byte in memory and
+// then read as a whole, each read would wait for the writes.
 quint32 wordAt(const QByteArray &reply, qint64 position)
 {
     return quint32(byteAt(reply, position)) << 8 | byteAt(reply, position + 2);
@@ -110,20 +110,20 @@ void storeBlock(const Request &request, const DeviceArea &area, qint32 block, qu
     put(reported.readValue, bits, BLOCK_BITS / 8);
 }
 
-// The area text of the reports about an upload: made once a reply, and only for a host that
-// listens.
+// The area text of the reports about an upload: built once for each reply, and only if the host has
+// a callback.
 QString uploadEvent()
 {
     const bool heard = driver.sendState == SEND_RECIPE_UPLOAD && driver.valueChangedCallback;
     return heard ? QString(QLatin1String("RWI")) : QString();
 }
 
-// Hands a value of an uploaded recipe entry to the host. `word` is where it goes and `reportedWord`
-// what is reported to the host, both counted from the entry's first word.
+// Passes a value of an uploaded recipe entry to the host. `word` is its place in the buffer and
+// `reportedWord` the number reported to the host, both counted from the entry's first word.
 void storeInRecipe(const QString &event, qint32 word, qint32 reportedWord, quint32 value,
                    size_t size)
 {
-    // A report about the word before may have replaced the recipe list.
+    // The report of the previous word may have replaced the recipe list.
     if (!driver.recipeBuffer || driver.recipeCursor >= driver.recipeVars.size())
         return;
     const qint32 first = driver.recipeVars.at(driver.recipeCursor).bufWord;
@@ -153,8 +153,8 @@ void decodeCounters(const Request &request, const QByteArray &reply)
         const quint32 counter =
             wordAt(reply, position) << 16 | wordAt(reply, position + WORD_CHARS);
         storeElement(request, addressPlus(request.address, i), counter, 4);
-        // The reported index steps by one a counter while the buffer steps by two words: hosts
-        // count the reports.
+        // The reported number goes up by one for each counter, that of the buffer by two words, on
+        // purpose: hosts count the reports.
         if (driver.sendState == SEND_RECIPE_UPLOAD)
             storeInRecipe(event, 2 * i, i, counter, 4);
     }
@@ -183,9 +183,9 @@ void decodeReply(const Request &request, const QByteArray &reply)
         decodeBlocks(request, *area, reply);
 }
 
-// The elements are counted from the request's address as it stands, bits too: no octal reading, no
-// division by 16, an entry for each byte of bits and two for each counter. Nothing reads the marks
-// yet; entries that this adds to the store count for nothing but its length.
+// The elements are counted from the request's address, also for bits: it is neither read as octal
+// nor divided by 16, and there is an entry for each byte of bits and two for each counter. Nothing
+// reads the marks yet; entries that this adds change only the length of the store.
 void markFailed(const Request &request)
 {
     const DeviceArea *const area = findDeviceArea(request.area);
@@ -255,7 +255,7 @@ void turnCyclicBlocks()
     driver.cyclicReads.removeFirst();
 }
 
-// Steps the transfer on; at its end the cursor goes back and the host's request is cleared.
+// Advances the transfer; at its end resets the cursor and clears the host's request.
 void finishRecipeEntry(int requestByte)
 {
     if (driver.commError == 0) {
@@ -286,7 +286,7 @@ QChar *putNumber(QChar *out, qint64 number)
     return out;
 }
 
-// Every reply gets an error text, so it is put together in the memory that `text` has already.
+// Every reply gets an error text, so it is built in the memory that `text` already has.
 void describeRequest(QString &text, qint64 replyLength)
 {
     const VARIABLE &var = driver.frames.at(0).var;
@@ -307,9 +307,9 @@ void describeRequest(QString &text, qint64 replyLength)
     text.truncate(static_cast<int>(out - begin));
 }
 
-// A counter write counts words, two a counter, and settles as many records: the counters after
-// those that it wrote take their own last written value for read, 0 when there was none, and the
-// change there is reported to the host. Their real value comes with the next read.
+// A counter write counts words, two for each counter, and settles as many records. The counters
+// after the written ones take their own last written value, or 0, as the value read, and the change
+// is reported to the host. Their real value comes with the next read.
 void settleElement(qint32 station, const QString &area, qint32 address, size_t bytes,
                    qint32 success)
 {
@@ -320,10 +320,10 @@ void settleElement(qint32 station, const QString &area, qint32 address, size_t b
     _OnlyOneDataTypeDataChange(station, area, address, 0, 0, 0);
 }
 
-// The first bit settled releases its whole block of 16, and `success` takes the place of
-// `wholeBlock`: an acknowledged bit address is reported as if it were a block number whose values
-// are equal, that is, not at all. Hosts get their value from the next read. The report leaves an
-// entry of that block number in the store.
+// The first bit settled releases its whole block of 16, and `success` is passed as `wholeBlock`: an
+// acknowledged bit address is treated as a block number whose values are equal, so that nothing is
+// reported. Hosts get the value from the next read. The call leaves an entry of that block number
+// in the store.
 void settleBit(qint32 station, const QString &area, qint32 bit, qint32 success)
 {
     _DATA_ &entry = dataAreaToChange(station, area, bit / BLOCK_BITS);

@@ -1,5 +1,5 @@
-// The choice of the next request. What asks for one stands in lists and in the host's status block;
-// what is chosen is framed and stays in `driver.frames` until its reply has been handed in.
+// The choice of the next request. Requests wait in the driver's lists and in the host's status
+// block; the chosen one is framed and stays in `driver.frames` until its reply has been handed in.
 #include "frames.h"
 
 namespace {
@@ -18,7 +18,8 @@ void readRecipeRequests(bool *download, bool *upload)
     driver.hostMutex->unlock();
 }
 
-// Between the end of a transfer and the host's seeing its request byte cleared.
+// For a request byte that is set while the recipe list has no entry at the cursor: the list is
+// empty or was replaced by a shorter one.
 void repeatLastRequest()
 {
     switch (driver.sendState) {

@@ -2,7 +2,8 @@
 
 namespace {
 
-// Names are a few characters long: less than a call into Qt costs. Most often the two are one.
+// Names are a few characters long, so a call into Qt would cost more. Most often both share one
+// text.
 bool sameText(const QString &left, const QString &right)
 {
     const QChar *const characters = left.constData();
@@ -31,8 +32,8 @@ quint32 hashOf(qint32 station, const QString &area, qint32 index)
     return hash ^ hash >> 15;
 }
 
-// The place in the hash table where the position of the first entry with that key stands, or the
-// free one where it belongs.
+// The place in the hash table that holds the position of the first entry with that key, or the free
+// place for it.
 int placeOf(qint32 station, const QString &area, qint32 index)
 {
     const QVector<qint32> &places = driver.storeIndex.places;
@@ -46,7 +47,7 @@ int placeOf(qint32 station, const QString &area, qint32 index)
     return static_cast<int>(place);
 }
 
-// Makes the index anew for the store as it is, with room for as many entries again.
+// Rebuilds the index for the present store, with room for twice as many entries.
 void indexStore()
 {
     StoreIndex &known = driver.storeIndex;
@@ -76,8 +77,8 @@ void noticeChanges()
         indexStore();
 }
 
-// Where the entry stands when it is the one found last or of the same run of entries, else -1.
-// As long as no key stands twice, any entry with the key is the first.
+// The position of the entry if it is the one found last or in the same run of entries, else -1. As
+// long as no key is there twice, any entry with the key is the first.
 int positionNearLast(qint32 station, const QString &area, qint32 index)
 {
     const QList<_DATA_> &store = driver.dataAreas;
@@ -105,7 +106,7 @@ int appendEntry(qint32 station, const QString &area, qint32 index, int place)
     return position;
 }
 
-// Apart from the short way, which would be slower with this in it.
+// Separate from the short way, which would be slower with this code in it.
 __attribute__((noinline)) int findOrAppend(qint32 station, const QString &area, qint32 index)
 {
     const int place = placeOf(station, area, index);

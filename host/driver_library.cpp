@@ -15,7 +15,7 @@ namespace {
 
 const char *const LIBRARY_NAME = "libostrel_kmr.so.1";
 
-// The records that cross the interface hold QStrings, which differ between Qt's major versions.
+// The records of the interface have QStrings, which differ between major versions of Qt.
 void checkQtVersion(const QString &path)
 {
     const QString version = qtVersionOf(path);
@@ -40,7 +40,7 @@ void resolve(QLibrary &library, const char *name, Function &function, QStringLis
 
 DriverLibrary::DriverLibrary(const QString &path) : m_library(path)
 {
-    // A bare name is not a file of this folder: the system's loader finds one.
+    // A bare name must not be a file of this folder: the system's loader looks it up.
     if (path.contains('/'))
         checkQtVersion(path);
     m_library.setLoadHints(QLibrary::ResolveAllSymbolsHint | QLibrary::PreventUnloadHint);
@@ -91,7 +91,7 @@ QString qtVersionOf(const QString &path)
         return {};
     const QByteArray bytes = file.readAll();
     const QString content = QString::fromLatin1(bytes.constData(), static_cast<int>(bytes.size()));
-    // Qt gives its symbols versions, and one of them is that which a library was built with.
+    // Qt's symbols have versions; one of them is the version that a library was built with.
     for (const char *trace : {"\\x00Qt_(\\d+\\.\\d+)\\x00", "libQt(\\d+)Core\\.so"}) {
         const auto match = QRegularExpression(trace).match(content);
         if (match.hasMatch())

@@ -8,8 +8,8 @@
 
 namespace kmr {
 
-// The eighteen functions of the driver, each under its exported name without "intf_". What they do
-// stands in ostrel_kmr.h.
+// The eighteen functions of the driver, each by its exported name without "intf_". ostrel_kmr.h
+// describes them.
 struct DriverFunctions {
     decltype(&intf_getProtocolType) getProtocolType = nullptr;
     decltype(&intf_getDriverParameter) getDriverParameter = nullptr;
@@ -31,12 +31,12 @@ struct DriverFunctions {
     decltype(&intf_setData) setData = nullptr;
 };
 
-// One loaded driver. It stays in memory until the program ends, because the driver's one object is
-// shared by all who load it.
+// One loaded driver. It stays in memory until the program ends, because all code that loads the
+// same file shares the driver's one object.
 class DriverLibrary {
 public:
     // Loads `path`, a file or a name for the system's loader. Throws Error (Library) with the
-    // reason when it does not load, lacks one of the eighteen names or is built for another Qt.
+    // reason if it does not load, lacks one of the eighteen names or is built for another Qt.
     explicit DriverLibrary(const QString &path);
 
     const DriverFunctions &functions() const
@@ -44,7 +44,7 @@ public:
         return m_functions;
     }
 
-    // The file that was loaded, with its folder also where the system's loader found it.
+    // The path of the loaded file, also if the system's loader found it.
     QString fileName() const;
 
 private:
@@ -52,13 +52,13 @@ private:
     DriverFunctions m_functions;
 };
 
-// The version of Qt that the library was built with: "5.15", or "5" where it does not tell more, or
-// empty where the file can't be read or has nothing to do with Qt.
+// The version of Qt that the library was built with: "5.15", or "5" if the file does not say more.
+// Empty if the file can't be read or does not use Qt.
 QString qtVersionOf(const QString &path);
 
-// The library to load when none is named: the first that exists of `directory`,
-// `directory`/../driver (a build tree) and `directory`/../lib, else the bare name for the system's
-// loader. `directory` is that of the executable.
+// The library to load by default: the first that exists in `directory`, `directory`/../driver (a
+// build tree) and `directory`/../lib, else the bare name for the system's loader. `directory` is
+// that of the executable.
 QString findDriver(const QString &directory);
 
 } // namespace kmr

@@ -1,4 +1,4 @@
-// Why something could not be done: its kind for a program, and words for a person.
+// Why something could not be done: a kind for programs, and a text for people.
 #pragma once
 
 #include <QString>
@@ -14,7 +14,7 @@ enum class ErrorKind {
     Library // the driver library is missing or does not fit
 };
 
-// Ends what was asked for. The text says what is wrong, where, and what to do about it.
+// Ends the operation. The text says what is wrong, where, and what to do about it.
 class Error : public std::runtime_error {
 public:
     Error(ErrorKind kind, const QString &text)

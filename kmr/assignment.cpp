@@ -8,10 +8,9 @@ namespace kmr {
 void requireWritable(const Tag &tag)
 {
     if (tag.kind == ElementKind::WordBit) {
-        throw Error(ErrorKind::Usage,
-                    QString("%1 can't be written: the controller offers no write of "
-                            "single bits of %2 words; write the whole word")
-                        .arg(tag.text, tag.elements.area));
+        throw Error(ErrorKind::Usage, QString("%1 can't be written: the controller has no write of "
+                                              "single bits of %2 words; write the whole word")
+                                          .arg(tag.text, tag.elements.area));
     }
     if (!tag.isWritable)
         throw Error(ErrorKind::Usage,
@@ -22,9 +21,10 @@ Assignment parseAssignment(const QString &text, const NamedTagReader &reader)
 {
     const int equals = static_cast<int>(text.indexOf('='));
     if (equals < 0) {
-        throw Error(ErrorKind::Usage, QString("\"%1\" assigns nothing: expected TAG=VALUE, for "
-                                              "example D100=250 or M0x3=1,0,1")
-                                          .arg(text));
+        throw Error(ErrorKind::Usage,
+                    QString("\"%1\" is not an assignment: expected TAG=VALUE, for "
+                            "example D100=250 or M0x3=1,0,1")
+                        .arg(text));
     }
     Assignment assignment;
     assignment.tag = reader.read(text.left(equals));
@@ -61,7 +61,7 @@ QString writeErrorText(const RequestResult &result)
     if (result.isDone())
         return {};
     return result.outcome == RequestResult::Outcome::NoAnswer
-               ? "not confirmed (it may have been written all the same): " + toText(result)
+               ? "not confirmed (it may have been written): " + toText(result)
                : toText(result);
 }
 

@@ -8,7 +8,7 @@ namespace kmr {
 
 namespace {
 
-// The innermost command that was understood.
+// The innermost command that was recognised.
 const CLI::App &chosenCommand(const CLI::App &app)
 {
     const std::vector<CLI::App *> commands = app.get_subcommands();
@@ -23,7 +23,7 @@ QStringList commandNames(const CLI::App &app)
     return names;
 }
 
-// Those of the command and of those around it.
+// The options of the command and of its parents.
 QStringList optionNames(const CLI::App &app)
 {
     QStringList names;
@@ -53,7 +53,7 @@ QString unknownWord(const CLI::App &command, const QString &word)
     const QStringList commands = commandNames(command);
     if (!commands.isEmpty())
         return QString("unknown command \"%1\"%2").arg(word, didYouMean(word, commands));
-    return QString("\"%1\" is one argument too many").arg(word);
+    return QString("unexpected argument \"%1\"").arg(word);
 }
 
 QString faultOf(const CLI::App &app, const CLI::ParseError &error)
@@ -126,16 +126,16 @@ CLI::Validator oneOf(const std::vector<std::string> &words)
     return CLI::Validator(check, QString("{%1}").arg(known.join(',')).toStdString());
 }
 
-const char *const WANTED_TAGS = "what to look at (default: the tags of kmr.toml)";
+const char *const WANTED_TAGS = "the tags (default: those of kmr.toml)";
 
 const char *const TAG_HELP =
-    R"(A TAG is [STATION#]AREA ADDRESS[..END | xCOUNT][/TYPE] written together:
+    R"(A TAG is [STATION#]AREA ADDRESS[..END | xCOUNT][/TYPE] without blanks:
   D100     word D 100                   2#M0x16   bits M 0 to M 15 of station 2
   X17      input X 17 (octal)           D100.3    bit 3 of the word D 100, read only
   CV2200   counter CV2 200              CV21      word CV 21 (CV2 begins at 200)
   D100..107  eight words                D100/float32  one value in D 100 and D 101
 Types: int16, uint16, int32, uint32, float32, int64, uint64, float64, hex, bcd, text.
-A name of --names is a tag, too, also as 2#NAME, NAMExCOUNT or NAME/TYPE.
+A name of --names is also a tag, and can be typed as 2#NAME, NAMExCOUNT or NAME/TYPE.
 'kmr areas' lists the areas, 'kmr tags check --help' explains names.)";
 
 CLI::Validator aboveZero(double most)

@@ -1,4 +1,4 @@
-// What the parts of the command line share.
+// Helpers for the definition of the command line.
 #pragma once
 
 #include "kmr/exit_code.h"
@@ -15,10 +15,10 @@
 
 namespace kmr {
 
-// What the command line has chosen to do.
+// The function that the command line has chosen.
 using Command = std::function<ExitCode(const Options &)>;
 
-// Chooses `run` with the command's own options when the command line names `command`.
+// Chooses `run` with the command's own options if the command line names `command`.
 template <typename Own>
 void setAction(CLI::App &command, Command &chosen, const std::shared_ptr<Own> &own,
                ExitCode (*run)(const Options &, const Own &))
@@ -28,32 +28,33 @@ void setAction(CLI::App &command, Command &chosen, const std::shared_ptr<Own> &o
     });
 }
 
-// The help of an argument TAG that may be left out.
+// The help of an optional argument TAG.
 extern const char *const WANTED_TAGS;
 
-// How tags are typed, for the help of commands that take them.
+// How tags are typed, for the help of commands with tags.
 extern const char *const TAG_HELP;
 
-// A check of options that take a whole number.
+// Checks an option with a whole number from `least` to `most`.
 CLI::Validator between(int least, int most);
 
-// A check of options that take a number.
+// Checks an option with a number from `least` to `most`.
 CLI::Validator numberBetween(double least, double most);
 
-// A check of options that take one of a few words.
+// Checks an option with one of a few words.
 CLI::Validator oneOf(const std::vector<std::string> &words);
 
-// A check of options that take a number above 0, up to `most`.
+// Checks an option with a number above 0, up to `most`.
 CLI::Validator aboveZero(double most);
 
-// Texts as CLI11 has them, which knows nothing of Qt's types.
+// Converts texts of CLI11, in the encoding of the command line.
 QString toQString(const std::string &text);
 QStringList toQStrings(const std::vector<std::string> &texts);
 
-// "unknown command \"tag\", did you mean \"tags\"?": what `command` can't take.
+// The error for a word that `command` does not accept: "unknown command \"tag\", did you mean
+// \"tags\"?".
 QString unknownWord(const CLI::App &command, const QString &word);
 
-// What is wrong with the command line, in our words: the parser's say less.
+// What is wrong with the command line; clearer than the parser's own text.
 QString faultOf(const CLI::App &app, const CLI::ParseError &error);
 
 } // namespace kmr

@@ -10,8 +10,8 @@ namespace kmr {
 
 namespace {
 
-// On a serial line somebody may have asked just before us and gone: his answer is on its way for as
-// long as a long exchange lasts and a controller ponders.
+// On a serial line a request of another host may still be answered: this waits for the time of a
+// long exchange and the controller's delay.
 std::chrono::milliseconds quietBeforeUse(std::chrono::nanoseconds characterTime)
 {
     using std::chrono::milliseconds;
@@ -38,7 +38,7 @@ std::unique_ptr<DriverLibrary> loadDriver(const Options &options)
 LinkAddress linkOf(const Options &options)
 {
     if (options.link.isEmpty()) {
-        throw Error(ErrorKind::Usage, "no link: name it with --link or the environment variable "
+        throw Error(ErrorKind::Usage, "no link: give it with --link or the environment variable "
                                       "KMR_LINK, for example --link tcp://192.168.0.10:8888");
     }
     return parseLink(options.link);
@@ -71,7 +71,7 @@ std::vector<Tag> Connection::readTags(const QStringList &texts) const
 {
     const QStringList &wanted = texts.isEmpty() ? m_options.tags : texts;
     if (wanted.isEmpty())
-        throw Error(ErrorKind::Usage, "no tags: name some, for example D100, or list them in the "
+        throw Error(ErrorKind::Usage, "no tags: give some, for example D100, or list them in the "
                                       "project's kmr.toml: tags = [\"D100\"]");
     std::vector<Tag> tags;
     QStringList faults;
@@ -105,7 +105,7 @@ void capture(std::unique_ptr<CaptureWriter> &writer, bool isSent, const QByteArr
         writer->add(isSent, characters);
     } catch (const Error &error) {
         writer.reset();
-        reportLoss(error.text() + "; what comes from now on is not captured");
+        reportLoss(error.text() + "; further traffic is not captured");
     }
 }
 

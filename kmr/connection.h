@@ -1,4 +1,4 @@
-// What every command that talks to a controller begins with.
+// Loads the driver and opens the link, for all commands that need them.
 #pragma once
 
 #include "host/driver_library.h"
@@ -19,22 +19,22 @@
 
 namespace kmr {
 
-// Loads the driver that the options name, or the one that is found.
+// Loads the driver of the options, else the one of findDriver(). Throws Error (Library).
 std::unique_ptr<DriverLibrary> loadDriver(const Options &options);
 
-// The link that the options name. Throws Error (Usage).
+// The link of the options. Throws Error (Usage) if it is missing or bad.
 LinkAddress linkOf(const Options &options);
 
-// What reads tags as the options say, without names.
+// A reader of tags with the settings of the options, without names.
 TagReader tagReaderOf(const Options &options, const DriverLibrary &library);
 
-// Reads the file of names. Reports on stderr that it has bad lines.
+// Reads the file of names. Reports on stderr if it has bad lines. Throws Error (Usage).
 NameTable loadNames(const QString &path);
 
-// The capture that the options ask for, or none. Throws Error (Usage).
+// The capture of the options, or null. Throws Error (Usage).
 std::unique_ptr<CaptureWriter> beginCapture(const Options &options);
 
-// Adds to the capture, if there is one. A full disk ends the capture, not the work.
+// Adds to the capture, if there is one. A full disk ends the capture, not the command.
 void capture(std::unique_ptr<CaptureWriter> &writer, bool isSent, const QByteArray &characters);
 
 // The driver and, once it is opened, the link.
@@ -53,17 +53,18 @@ public:
         return m_library->functions();
     }
 
-    // Reads all tags, or the project's if there are none; one Error names all bad ones.
+    // Reads all tags, or the project's if there are none. Throws Error (Usage) that names all bad
+    // ones.
     std::vector<Tag> readTags(const QStringList &texts) const;
 
     // Opens the link. Throws Error.
     Session &open();
 
-    // Tries once to open the lost link again; the session then has to be told what to poll.
+    // Tries once to open the lost link again; then the session's poll plan must be set again.
     bool reconnect();
 
-    // Instead: a session on an open device that is not a line. It neither echoes nor needs pauses,
-    // and answers at once or never.
+    // Instead of open(): a session on an open device that is not a line. It does not echo, needs no
+    // pauses, and answers at once or never.
     Session &openOn(std::unique_ptr<QIODevice> device);
 
 private:
@@ -75,8 +76,8 @@ private:
     NamedTagReader m_tags;
     std::unique_ptr<CaptureWriter> m_capture;
     std::unique_ptr<LineTrace> m_trace;
-    LinkAddress m_address; // once it is opened
-    QString m_nameById;    // likewise, of a serial port
+    LinkAddress m_address; // of the open link
+    QString m_nameById;    // of the open link, if it is a serial port
     std::unique_ptr<QIODevice> m_device;
     std::unique_ptr<Session> m_session;
 };

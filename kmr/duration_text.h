@@ -1,4 +1,4 @@
-// Times as a person types them: 500ms, 5s, 2min.
+// Typed times: 500ms, 5s, 2min.
 #pragma once
 
 #include <QString>

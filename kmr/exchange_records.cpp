@@ -28,7 +28,7 @@ QString replyText(const Exchange &exchange)
     if (exchange.exceptionCode != 0)
         return time + ", refused: " + modbus::exceptionText(exchange.exceptionCode);
     if (exchange.outcome == Exchange::Outcome::Interrupted)
-        return "broken off";
+        return "stopped or line lost";
     return toTextWithHint({exchange.fault, 0, exchange.length});
 }
 

@@ -1,4 +1,4 @@
-// Single requests in records, as 'kmr ping' and 'kmr scan' write them.
+// Records of single requests, for 'kmr ping' and 'kmr scan'.
 #pragma once
 
 #include "host/session/session.h"
@@ -14,10 +14,10 @@ namespace kmr {
 // The same options, but each request is sent once, so that every loss counts.
 Options withoutRetries(Options options);
 
-// A refusal is an answer, too: the station is there.
+// True also for a refusal, since the station has answered.
 bool isAnswered(const Exchange &exchange);
 
-// For a person: "answered in 12.345 ms".
+// The result in words: "answered in 12.345 ms".
 QString replyText(const Exchange &exchange);
 
 // Records of requests for `command`, and the fields of one.

@@ -1,4 +1,4 @@
-// The exit codes of kmr, which say to a script what came of a command.
+// The exit codes of kmr, for scripts.
 #pragma once
 
 #include "host/error.h"

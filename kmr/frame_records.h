@@ -1,4 +1,4 @@
-// Frames in records, as 'kmr decode', 'kmr trace' and 'kmr listen' write them.
+// Records of frames, for 'kmr decode', 'kmr trace' and 'kmr listen'.
 #pragma once
 
 #include "host/line/line_trace.h"
@@ -11,7 +11,7 @@
 
 namespace kmr {
 
-// One word or two: "request or answer". The direction may decide which.
+// The kind in words: "request or answer". For a traced line the direction may decide.
 QString kindName(FrameKind kind);
 QString kindName(const TracedLine &line);
 
@@ -20,7 +20,7 @@ const QStringList &frameFieldNames();
 std::vector<Field> frameFields(const QString &characters, const QString &kind,
                                const FrameText &frame);
 
-// The same of a line of traffic, which has a time and a direction besides.
+// The same for a line of traffic, which also has a time and a direction.
 QStringList tracedFieldNames();
 std::vector<Field> tracedFields(const TracedLine &line);
 

@@ -21,12 +21,12 @@ using kmr::ExitCode;
 using kmr::toQString;
 
 const char *const HELP =
-    R"(Exit codes: 0 ok, 1 items failed for different reasons, a step of 'kmr run' failed, or
+    R"(Exit codes: 0 success, 1 items failed for different reasons, a step of 'kmr run' failed, or
 output could not be written, 2 wrong usage, 3 the link could not be opened, 4 no answer,
-5 refused by the controller, 6 outcome unknown or verify differs, 7 driver library missing
-or not fitting.
+5 refused by the controller, 6 outcome unknown or values differ, 7 driver library missing
+or not suitable.
 
-tcp:// is Modbus ASCII over raw TCP, as gateways call it, and not Modbus TCP.
+A tcp:// link is Modbus ASCII over raw TCP, not Modbus TCP.
 
 Examples:
   kmr watch D100 X0x8 --link tcp://192.168.0.10:8888
@@ -60,17 +60,17 @@ void addCommands(CLI::App &app, const kmr::OptionReader &reader, kmr::Command &c
     kmr::addPlan(app, chosen);
 }
 
-// Says at the end of each command's help where the options of all commands are listed.
+// Adds a reference to the common options at the end of each command's help.
 void nameCommonOptions(CLI::App &app)
 {
     for (CLI::App *command : app.get_subcommands({})) {
-        command->footer(command->get_footer() + "\n\n'kmr --help' lists the options that go with "
-                                                "every command, such as --link and --format.");
+        command->footer(command->get_footer() + "\n\n'kmr --help' lists the options of every "
+                                                "command, such as --link and --format.");
         nameCommonOptions(*command);
     }
 }
 
-// "kmr recipe": as far as the command line could be understood.
+// The recognised part of the command line: "kmr recipe".
 QString understoodCommand(const CLI::App &app)
 {
     QString text = toQString(app.get_name());
@@ -79,7 +79,7 @@ QString understoodCommand(const CLI::App &app)
     return text;
 }
 
-// Each line begins with the program's name, since those of several programs may mix.
+// Each line begins with the program's name, since lines of several programs may mix.
 ExitCode fail(ExitCode code, const QString &text)
 {
     for (const QString &line : text.split('\n'))
@@ -89,13 +89,13 @@ ExitCode fail(ExitCode code, const QString &text)
 
 ExitCode showHelp(const CLI::App &app)
 {
-    kmr::catchStopSignals(); // a reader that has gone is not an error
+    kmr::catchStopSignals(); // it is not an error if the reader has gone
     kmr::print(toQString(app.help()).trimmed());
     return kmr::exitCodeAfterLosses(ExitCode::Ok);
 }
 
-// The first argument that is not in the encoding of names and texts: another file than the one
-// named would be read or written.
+// The first argument that is not in the encoding of the locale: a file with another name than the
+// typed one would be read or written.
 std::optional<QByteArray> foreignArgument(int argc, char *argv[])
 {
     for (int i = 1; i < argc; ++i) {
@@ -122,10 +122,10 @@ int main(int argc, char *argv[])
     occupyStandardStreams();
     const QCoreApplication application(argc, argv);
     if (const auto foreign = foreignArgument(argc, argv)) {
-        return static_cast<int>(fail(
-            ExitCode::Usage, QString("%1 is not UTF-8: kmr could not name that file; rename it, or "
-                                     "link to it by another name")
-                                 .arg(kmr::visible(*foreign))));
+        return static_cast<int>(
+            fail(ExitCode::Usage, QString("%1 is not UTF-8: kmr can't use that name; rename it, or "
+                                          "link to it by another name")
+                                      .arg(kmr::visible(*foreign))));
     }
     kmr::Command chosen;
     CLI::App app("kmr talks to controllers of the Ostrel KMR line through their driver library.",
@@ -147,7 +147,7 @@ int main(int argc, char *argv[])
         chosen = kmr::runVersion;
     } catch (const CLI::CallForHelp &) {
         return static_cast<int>(showHelp(app));
-    } catch (const CLI::Success &) { // 'kmr help' has printed it
+    } catch (const CLI::Success &) { // 'kmr help' has printed the help
         return static_cast<int>(kmr::exitCodeAfterLosses(ExitCode::Ok));
     } catch (const CLI::ParseError &error) {
         return static_cast<int>(fail(

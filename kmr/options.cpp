@@ -17,7 +17,7 @@ namespace kmr {
 namespace {
 
 const char *const DEFAULT_FILE = "kmr.toml";
-const char *const TAGS = "tags"; // stands in the file only
+const char *const TAGS = "tags"; // only in the file
 const char *const COMMAND_LINE = "command line";
 
 const std::vector<std::pair<std::string, EchoMode>> ECHO_MODES = {
@@ -39,7 +39,7 @@ QString checkedLink(const QString &value, const QString &)
     return value;
 }
 
-// A path in the file, as seen from where kmr runs.
+// A path in the file, relative to the folder in which kmr runs.
 QString besideFile(const QString &value, const QString &file)
 {
     return QDir::cleanPath(QDir(QFileInfo(file).path()).filePath(value));
@@ -74,19 +74,18 @@ OptionReader::OptionReader(CLI::App &app) : m_app(app)
     add("link", o.link, "serial:///dev/ttyUSB0?baud=9600&frame=7E1 or tcp://host:port", "KMR_LINK")
         .fromFile = checkedLink;
     add("driver", o.driver,
-        "driver library to load; else libostrel_kmr.so.1 beside kmr, else the system's",
+        "driver library to load (default: libostrel_kmr.so.1 beside kmr, else the system's)",
         "KMR_DRIVER")
         .fromFile = libraryPath;
-    add("station", o.station, "station of tags that don't name one", MIN_STATION, MAX_STATION);
+    add("station", o.station, "station of tags without a station", MIN_STATION, MAX_STATION);
     add("timeout", o.timeout, "milliseconds to wait for an answer", 1, 600000);
-    add("retries", o.retries, "how often a request is sent again before it is given up", 0, 1000);
+    add("retries", o.retries, "times that a request is sent again before it is given up", 0, 1000);
     add("group-limit", o.groupLimit, "words that a request may carry", 1, 8);
     add("gap", o.gap, "milliseconds of silence before each request", 0, 60000);
     add("echo", o.echo, "whether the line echoes requests, as two-wire lines do: on, off or auto",
         ECHO_MODES);
     add("in-step", o.inStep,
-        "whether answers are checked against strays and counted only once confirmed: on or off",
-        ON_OFF);
+        "whether an answer counts only when the next exchange confirms it: on or off", ON_OFF);
     add("word-order", o.wordOrder, "word of a 32 or 64-bit value that comes first: low or high",
         WORD_ORDERS);
     add("byte-order", o.byteOrder,
@@ -98,7 +97,7 @@ OptionReader::OptionReader(CLI::App &app) : m_app(app)
         "write every character with its time to this new file, for 'kmr trace FILE'");
     app.add_option(
            "--capture-limit", o.captureLimit,
-           "megabytes FILE may hold; a full FILE becomes FILE.1, the newest goes on in FILE")
+           "megabytes that FILE may hold; a full FILE is renamed to FILE.1 and a new one begins")
         ->check(CLI::Range(1, 100000))
         ->needs(capture);
     add("names", o.names, "file of names for tags; 'kmr tags check --help' explains it").fromFile =
@@ -109,7 +108,7 @@ OptionReader::Entry &OptionReader::add(const char *key, QString &value, std::str
                                        const char *variable)
 {
     if (variable != nullptr)
-        help += std::string(" (else kmr.toml, else environment: ") + variable + ')';
+        help += std::string("; also from kmr.toml or environment variable ") + variable;
     CLI::Option *option = m_app.add_option_function<std::string>(
         std::string("--") + key, [&value](const std::string &text) { value = toQString(text); },
         help);

@@ -1,6 +1,6 @@
-// The options that hold for all commands: from the command line, else from the project's file, else
-// from the environment. A project's folder talks to its own controller, whatever was exported
-// elsewhere.
+// The options of all commands: from the command line, else from the project's file, else from the
+// environment. In a project's folder kmr uses the project's controller, whatever the environment
+// says.
 #pragma once
 
 #include "host/line/reply_filter.h"
@@ -20,7 +20,7 @@
 
 namespace kmr {
 
-// Their values; here those that hold when nothing else is said.
+// The values, with their defaults.
 struct Options {
     QString link;
     QString driver; // empty: findDriver()
@@ -30,7 +30,7 @@ struct Options {
     int groupLimit = 8;
     std::chrono::milliseconds gap{0}; // silence before each request
     EchoMode echo = EchoMode::Auto;
-    bool inStep = true; // answers count once they are confirmed
+    bool inStep = true; // answers count when they are confirmed
     WordOrder wordOrder = WordOrder::LowFirst;
     ByteOrder byteOrder = ByteOrder::LowFirst;
     Format format = Format::Plain;
@@ -39,7 +39,7 @@ struct Options {
     QString capture;            // file that receives every character; empty: none
     int captureLimit = 0;       // megabytes that one of its two files may hold; 0: one, any size
     QString names;              // file of names; empty: none
-    QStringList tags;           // of the project's file, for commands that are given none
+    QStringList tags;           // of the project's file, for commands without tags
     QString tagsSource;         // their place: "kmr.toml:3"
 };
 
@@ -50,12 +50,12 @@ public:
     OptionReader(const OptionReader &) = delete;
     OptionReader &operator=(const OptionReader &) = delete;
 
-    // After the command line is parsed: adds what it leaves out. Throws Error (Usage) that names
-    // every bad key of the file with its line. Where the environment says something else than the
-    // file, a line on stderr says what holds.
+    // To be called after the command line is parsed: adds the file and the environment. Throws
+    // Error (Usage) that names every bad key of the file with its line. If the environment differs
+    // from the file, a line on stderr says which value is used.
     Options read();
 
-    // After read(): a line for each option that the project's file may hold.
+    // After read(): a row for each option that the project's file may hold.
     struct Row {
         QString key;
         QString value;
@@ -69,17 +69,17 @@ private:
         QString key; // in the file, and after "--" on the command line
         CLI::Option *option = nullptr;
         const char *variable = nullptr; // of the environment, or null
-        // What a value in the file stands for; throws Error for a bad one. Empty: for itself.
+        // Converts a value of the file; throws Error for a bad one. Empty: the value as it is.
         std::function<QString(const QString &value, const QString &file)> fromFile = nullptr;
         QString source = "default";
     };
 
-    // Each adds an option that sets `value`, which holds its default.
+    // Each adds an option that sets `value`; its present value is the default.
     Entry &add(const char *key, QString &value, std::string help, const char *variable = nullptr);
     void add(const char *key, int &value, const char *help, int least, int most);
     void add(const char *key, std::chrono::milliseconds &value, const char *help, int least,
              int most);
-    template <typename Choice> // of named ones, which must outlive this
+    template <typename Choice> // `choices` must outlive this object
     void add(const char *key, Choice &value, const char *help,
              const std::vector<std::pair<std::string, Choice>> &choices);
 
@@ -89,7 +89,7 @@ private:
 
     CLI::App &m_app;
     std::vector<Entry> m_entries;
-    std::string m_file; // as --config names it
+    std::string m_file; // the value of --config
     Options m_options;
 };
 

@@ -58,8 +58,8 @@ void Outages::noteStray(int station, std::optional<std::chrono::nanoseconds> lat
         return;
     const QString how = late ? QString("late, by %1 s: raise --timeout")
                                    .arg(std::chrono::duration<double>(*late).count(), 0, 'f', 1)
-                             : QString("that no request waits for, as if they came twice");
-    m_tell(QString("%1 station %2: answers come %3; what they put in doubt is asked again")
+                             : QString("that no request waits for, for example twice");
+    m_tell(QString("%1 station %2: answers come %3; values in doubt are read again")
                .arg(m_wallClock())
                .arg(station)
                .arg(how));

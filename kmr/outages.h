@@ -1,4 +1,4 @@
-// Tells of outages on stderr: a line when one begins and a line when it ends.
+// Reports outages: a line when one begins and a line when it ends.
 #pragma once
 
 #include "host/session/quality.h"
@@ -14,9 +14,9 @@
 
 namespace kmr {
 
-// A station that does not answer is one outage, however many requests it concerns and whatever they
-// fail of; elements that it refuses are one each. An outage has ended when all its requests are
-// answered and none failed for CALM, so that a line that fails now and then is reported once.
+// A station that does not answer is one outage, for all its requests and all causes; elements that
+// it refuses are one outage each. An outage has ended when all its requests are answered and none
+// failed for CALM, so that a line that fails now and then is reported once.
 class Outages {
 public:
     using Time = std::chrono::steady_clock::time_point;
@@ -25,10 +25,10 @@ public:
 
     static constexpr std::chrono::seconds CALM{3};
 
-    // Answers of a station that come twice or late are one outage until none did so for this long.
+    // Answers of a station that come twice or late are one outage, until none came for this time.
     static constexpr std::chrono::seconds STEADY{60};
 
-    // `tell` is called with each line, which begins with what `wallClock` returned at the time.
+    // `tell` is called with each line, which begins with the text of `wallClock`.
     Outages(Tell tell, WallClock wallClock)
         : m_tell(std::move(tell)), m_wallClock(std::move(wallClock))
     {
@@ -37,19 +37,19 @@ public:
     // The request for `run` was given up.
     void noteFailure(const ElementRange &run, const Failure &failure, Time now);
 
-    // It was answered.
+    // The request for `run` was answered.
     void noteAnswer(const ElementRange &run, Time now);
 
     // An answer came that no request waited for, `late` after its request if it was owed.
     void noteStray(int station, std::optional<std::chrono::nanoseconds> late, Time now);
 
-    // Tells the ends of those that have ended by `now`. To be called often.
+    // Reports the outages that have ended by `now`. To be called often.
     void tellEnds(Time now);
 
-    // Tells the ends of all whose requests are answered by now.
+    // Reports the end of all outages whose requests have been answered.
     void tellAllEnds();
 
-    // Whatever was out, the line has been opened anew.
+    // Forgets all outages: the line has been opened again.
     void forget()
     {
         m_outages.clear();
@@ -59,8 +59,8 @@ public:
 private:
     struct Outage {
         std::set<QString> unanswered; // its requests
-        Time answered;                // when the last of them was
-        QString answeredAt;           // likewise, for people
+        Time answered;                // time of the last answer
+        QString answeredAt;           // the same as text
     };
 
     struct Strays {
@@ -72,7 +72,7 @@ private:
 
     const Tell m_tell;
     const WallClock m_wallClock;
-    std::map<QString, Outage> m_outages; // by what they concern
+    std::map<QString, Outage> m_outages; // by station or elements
     std::map<int, Strays> m_strays;      // by station
 };
 

@@ -1,4 +1,4 @@
-// What came of requests, in exit codes and in words.
+// The outcomes of requests, as exit codes and in words.
 #pragma once
 
 #include "host/session/read_once.h"
@@ -9,7 +9,7 @@
 
 namespace kmr {
 
-// The exit code for one request, and the words for a person: "no answer".
+// The exit code for one request, and its outcome in words: "no answer".
 ExitCode exitCodeOf(const RequestResult &result);
 QString toText(const RequestResult &result);
 
@@ -22,10 +22,10 @@ QString toTextWithHint(const Failure &failure);
 // One word for records: "done", "refused", "no answer", "not sent" or "unknown".
 QString outcomeName(const RequestResult &result);
 
-// The time now, as records have it.
+// The present time as in records.
 QString now();
 
-// Gathers exit codes: that of the failed items if all failed alike, else ItemFailed.
+// Combines exit codes: that of the failed items if all failed alike, else ItemFailed.
 class ExitCodes {
 public:
     void add(ExitCode code);

@@ -13,8 +13,8 @@ namespace kmr {
 
 namespace {
 
-bool g_isLost = false;         // something could not be written
-bool g_isStdoutBroken = false; // not even the next line is worth a try
+bool g_isLost = false;         // an output could not be written
+bool g_isStdoutBroken = false; // further lines are not tried
 ErrorSink g_errorSink;
 
 } // namespace
@@ -57,7 +57,7 @@ void setErrorSink(ErrorSink sink)
 void writeError(const QString &line)
 {
     const int written = std::fputs((line.toLocal8Bit() + '\n').constData(), stderr);
-    static_cast<void>(written); // there is nowhere left to report it
+    static_cast<void>(written); // there is no place to report it
 }
 
 void reportLoss(const QString &text)

@@ -16,10 +16,10 @@ constexpr int BAR_WIDTH = 20;
 void erase()
 {
     const int written = std::fputs("\r\x1b[K", stderr);
-    static_cast<void>(written); // only a drawing
+    static_cast<void>(written); // it is only a drawing
 }
 
-// Characters of a line of the terminal, but one: the cursor stands after what is shown.
+// Characters of a line of the terminal minus one, for the cursor.
 int roomOnLine()
 {
     winsize size = {};
@@ -78,7 +78,7 @@ void ProgressBar::draw() const
     const QString text = progressText(m_done, m_total, elapsed, BAR_WIDTH);
     erase();
     const int written = std::fputs(qPrintable(text.left(roomOnLine())), stderr);
-    static_cast<void>(written); // only a drawing
+    static_cast<void>(written); // it is only a drawing
 }
 
 } // namespace kmr

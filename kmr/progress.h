@@ -1,4 +1,4 @@
-// A line on the terminal that shows how far a transfer has come.
+// A line on the terminal with the progress of a transfer.
 #pragma once
 
 #include <QString>
@@ -10,8 +10,7 @@ namespace kmr {
 // "[#####...............] 12 of 50 entries, 24 a second, 2 s left". `width`: characters of the bar.
 QString progressText(int done, int total, std::chrono::milliseconds elapsed, int width);
 
-// Shows the line on stderr, redrawn in place below what printError() writes, where that is a
-// terminal; else nothing at all.
+// Shows the line on stderr if that is a terminal, redrawn in place below the lines of printError().
 class ProgressBar {
 public:
     explicit ProgressBar(int total);
@@ -25,7 +24,7 @@ public:
     // One more entry is done.
     void advance();
 
-    // Takes the line away for good.
+    // Removes the line.
     void clear();
 
 private:

@@ -1,4 +1,4 @@
-// Opens a lost line again, with pauses that grow until something is answered: some gateways accept
+// Opens a lost line again, with pauses that grow until a request is answered: some gateways accept
 // every connection and close it again.
 #pragma once
 
@@ -13,14 +13,14 @@ class Reconnection {
 public:
     explicit Reconnection(Connection &connection) : m_connection(connection) {}
 
-    // The next pause is the shortest again.
+    // A request was answered: the next pause is the shortest again.
     void noteAnswer()
     {
         m_pause = FIRST_PAUSE;
     }
 
-    // Blocks until the line is open. False when `isOver`, which is asked every 50 ms, says so
-    // first.
+    // Blocks until the line is open. Returns false if `isOver`, which is called every 50 ms,
+    // returns true first.
     bool await(const std::function<bool()> &isOver);
 
 private:

@@ -127,7 +127,7 @@ void RecordWriter::add(const QString &plainLine, const std::vector<Field> &field
         m_output(csvLine(cellsOf(fields)));
         break;
     case Format::Json:
-        // The comma leads, so that each record can be written as soon as it is there.
+        // The comma comes first, so that each record can be written at once.
         m_output((std::exchange(m_hasRecords, true) ? "," : " ") + jsonOf(fields, false));
         break;
     case Format::JsonLines:

@@ -1,4 +1,4 @@
-// What a command reports, one record at a time, in the format that the user wants.
+// Writes the records of a command, one at a time, in the format that the user wants.
 //
 //   plain  the command's own lines
 //   table  columns under a heading
@@ -24,10 +24,10 @@ namespace kmr {
 
 enum class Format { Plain, Table, Csv, Json, JsonLines };
 
-// No content, a text or number, or a tag's values.
+// The content of a field: nothing, a text or number, or a tag's values.
 using Field = std::variant<std::monostate, Value, std::vector<Value>>;
 
-// Text, or no content if it is empty.
+// The text, or no content if it is empty.
 Field textField(const QString &text);
 
 // A time in milliseconds, with three decimals.
@@ -37,14 +37,15 @@ class RecordWriter {
 public:
     using Output = std::function<void(const QString &line)>;
 
-    // `fields`: their names. `isStreamed`: the rows of a table come at once, in columns that fit
-    // the first one and widen as needed, else at the end in columns that fit all. Nothing is
-    // written before the first record, so that what fails before leaves nothing half begun.
+    // `fields`: the names of the fields. `isStreamed`: the rows of a table are written at once, in
+    // columns that fit the first row and widen as needed; else at the end, in columns that fit all.
+    // Nothing is written before the first record, so that a command that fails earlier writes no
+    // incomplete document.
     RecordWriter(Format format, QString command, QStringList fields, bool isStreamed,
                  Output output);
 
-    // One record; `fields` as many as there are names. `plainLine` is written for Plain, where it
-    // isn't empty.
+    // Adds a record; `fields` has one for each name. `plainLine` is written for Format::Plain,
+    // unless it is empty.
     void add(const QString &plainLine, const std::vector<Field> &fields);
 
     // Completes the document or the table. To be called once, also without any record.

@@ -54,7 +54,7 @@ extern "C" void noteStop(int signal)
     g_stop = true;
     const char byte = 0;
     const ssize_t written = write(g_pipe[1], &byte, 1);
-    static_cast<void>(written); // a full pipe wakes the reader as well
+    static_cast<void>(written); // a full pipe also wakes the reader
 }
 
 } // namespace
@@ -62,10 +62,10 @@ extern "C" void noteStop(int signal)
 void catchStopSignals()
 {
     if (pipe2(g_pipe, O_CLOEXEC | O_NONBLOCK) != 0)
-        return; // the program then ends at the signal, as without us
+        return; // the signal then ends the program
     handle(SIGINT, noteStop);
     handle(SIGTERM, noteStop);
-    // A closed terminal sends it more than once, and nohup has it ignored.
+    // A closed terminal sends SIGHUP more than once, and nohup ignores it.
     struct sigaction hangUp = {};
     if (sigaction(SIGHUP, nullptr, &hangUp) == 0 && hangUp.sa_handler != SIG_IGN)
         handle(SIGHUP, noteStop);

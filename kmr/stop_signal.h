@@ -6,18 +6,18 @@
 
 namespace kmr {
 
-// From now on these signals only set the flag. Half a second later another one ends the program at
-// once, but for SIGHUP. A reader of stdout that has gone ends it no longer with a signal.
+// From now on these signals only set the flag. Another one half a second later, except SIGHUP, ends
+// the program at once. SIGPIPE, from a reader of stdout that has gone, is ignored.
 void catchStopSignals();
 
-// From now on `act` is called before a signal ends the program at once, also one that says that the
-// program is broken. It may do only what a handler of signals may. Null ends it.
+// From now on `act` is called before a signal ends the program at once, also a signal that reports
+// a fault of the program. It may do only what a signal handler may. Null ends this.
 void setLastAct(void (*act)());
 
-// Set once the end is asked for.
+// True when the program has to end.
 std::atomic<bool> &stopFlag();
 
-// Sleeps so long, or until the end is asked for, which it notices within 50 ms.
+// Sleeps for `time`, or until the stop flag is set, which is checked every 50 ms.
 void sleepUnlessStopped(std::chrono::milliseconds time);
 
 // A descriptor that becomes readable when a signal sets the flag, for event loops. -1 before

@@ -13,7 +13,7 @@ namespace {
 
 constexpr Window COUNTERS = {Table::Registers, "CV2", 200, 255, 0x0EC8, 4};
 
-// Each table from the highest address down, so that the window that begins closest below an
+// Each table in descending order of addresses, so that the window that begins closest below an
 // address is found first.
 constexpr Window WINDOWS[] = {
     {Table::Bits, "M", 1536, 22015, 0xB000, 0},
@@ -49,7 +49,7 @@ const Window *findArea(const QString &area)
     return found == std::end(WINDOWS) ? nullptr : found;
 }
 
-// A register of another size is none of the window's.
+// A register of another size does not belong to the window.
 bool holds(const Window &window, Table table, int address)
 {
     return window.table == table && address >= window.address && address <= lastAddress(window) &&

@@ -99,7 +99,7 @@ DecodedLine decodeLine(const QByteArray &line)
     if (!isHexPairs(digits))
         return {LineFault::NotHex, {}};
     QByteArray message = QByteArray::fromHex(digits);
-    if (lrc(message) != 0) // the LRC complements the sum of the rest to 0
+    if (lrc(message) != 0) // with the LRC the sum of all bytes is 0
         return {LineFault::WrongLrc, {}};
     message.chop(1);
     return {LineFault::None, message};

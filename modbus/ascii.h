@@ -1,5 +1,5 @@
-// Modbus ASCII on the wire, for both ends of a line: the host's and the simulated controller's.
-// Modbus over Serial Line V1.02, section 2.5.2.
+// Modbus ASCII on the wire, for both ends of a line: the host and the simulated controller. Modbus
+// over Serial Line V1.02, section 2.5.2.
 #pragma once
 
 #include <QByteArray>
@@ -11,8 +11,8 @@
 
 namespace modbus {
 
-// Longest line, ':' to LF, that a controller of this line sends or takes, in characters. Longer
-// than the standard's 513, because this driver's frames may be.
+// Longest line, ':' to LF, that a controller of this line sends or accepts, in characters. Above
+// the 513 of the standard, because this driver's frames may be longer.
 constexpr int MAX_LINE_CHARS = 1024;
 
 // The two's complement of the sum of all bytes (section 2.5.2.2).
@@ -21,17 +21,17 @@ std::uint8_t lrc(const QByteArray &message);
 // `message` (station, function, data) as a line: ':', upper-case digits, LRC, CR LF.
 QByteArray encodeLine(const QByteArray &message);
 
-// The two characters of the station in a line: "12", also where the line is bad. Empty if it is too
+// The two characters of the station in a line: "12", also in a bad line. Empty if the line is too
 // short.
 QByteArray stationOf(const QByteArray &line);
 
-// One byte of a message, two and `bytes` (0 to 4) of them as a number, the high-order byte first.
+// One byte of a message, two bytes, and `bytes` (0 to 4) bytes as a number, high-order byte first.
 // `position` counts from 0, and the bytes must exist.
 std::uint8_t byteAt(const QByteArray &message, int position);
 std::uint16_t wordAt(const QByteArray &message, int position);
 std::uint32_t valueAt(const QByteArray &message, int position, int bytes);
 
-// `value` in upper-case hexadecimal digits, `digits` at least: as it stands in a line.
+// `value` in at least `digits` upper-case hexadecimal digits, as in a line.
 QString hex(unsigned value, int digits);
 
 enum class LineFault {
@@ -44,27 +44,27 @@ enum class LineFault {
     WrongLrc
 };
 
-// The fault in words, for a person: "wrong LRC".
+// The fault in words: "wrong LRC".
 const char *toText(LineFault fault);
 
 struct DecodedLine {
     LineFault fault = LineFault::None;
-    QByteArray message; // station, function, data, without LRC; empty where there is a fault
+    QByteArray message; // station, function, data, without LRC; empty if there is a fault
 };
 
 // Checks and decodes one whole line, ':' to CR LF.
 DecodedLine decodeLine(const QByteArray &line);
 
-// Collects characters, in pieces of any size, into lines. What stands before a ':' is dropped; a
-// ':' in the middle starts the line anew; a line of more than MAX_LINE_CHARS characters is cut off
-// there and handed out so, to be found bad. Characters with the top bit set (a wrong parity
+// Collects characters, in pieces of any size, into lines. Characters before a ':' are dropped; a
+// ':' within a line starts a new one. A line of more than MAX_LINE_CHARS characters is cut off and
+// returned, so that decodeLine() finds it bad. Characters with the top bit set (a wrong parity
 // setting) are kept as they are.
 class LineCollector {
 public:
     // Takes `bytes` and returns the lines that they complete, ':' to LF each.
     QList<QByteArray> take(const QByteArray &bytes);
 
-    // What has arrived of the line in progress; empty when nothing is in progress.
+    // The characters of the line in progress; empty if there is none.
     const QByteArray &partial() const
     {
         return m_line;

@@ -24,7 +24,7 @@ QString exceptionName(int code)
                                         "gateway path unavailable",
                                         "gateway target device failed to respond"};
     const bool isNamed = code > 0 && code < static_cast<int>(std::size(NAMES)) && NAMES[code];
-    return isNamed ? NAMES[code] : "a reason of its own";
+    return isNamed ? NAMES[code] : "unknown reason";
 }
 
 QString exceptionText(int code)

@@ -1,5 +1,4 @@
-// Function and exception codes of the Modbus Application Protocol V1.1b3, those that this line
-// uses.
+// The function and exception codes of the Modbus Application Protocol V1.1b3 that this line uses.
 #pragma once
 
 #include <QString>
@@ -31,8 +30,8 @@ constexpr std::uint16_t MAX_WRITE_REGISTERS = 0x007B;
 constexpr std::uint16_t COIL_ON = 0xFF00;
 constexpr std::uint16_t COIL_OFF = 0x0000;
 
-// Station number that all stations obey and none answers (Modbus over Serial Line V1.02, section
-// 2.2).
+// The station number of requests that all stations carry out and none answers (Modbus over Serial
+// Line V1.02, section 2.2).
 constexpr std::uint8_t BROADCAST = 0x00;
 
 // Highest station number of a controller (the same section); those above are reserved.
@@ -41,7 +40,7 @@ constexpr std::uint8_t MAX_STATION = 0xF7;
 // True for READ_DISCRETE_INPUTS and READ_HOLDING_REGISTERS.
 bool isRead(int function);
 
-// An exception in words: "illegal data address"; "a reason of its own" for a code without a name.
+// An exception in words: "illegal data address"; "unknown reason" for a code without a name.
 QString exceptionName(int code);
 
 // The same with its code in hexadecimal digits: "illegal data address (exception 02)".

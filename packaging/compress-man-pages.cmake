@@ -1,4 +1,4 @@
-# Debian's man pages are compressed; run by CPack on what is about to be packed.
+# Debian's man pages are compressed; CPack runs this on the files to be packed.
 file(GLOB_RECURSE pages ${CPACK_TEMPORARY_DIRECTORY}/*.1)
 list(FILTER pages INCLUDE REGEX "/man/man1/[^/]*$")
 foreach(page IN LISTS pages)

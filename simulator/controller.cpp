@@ -12,7 +12,7 @@ using modbus::Table;
 
 constexpr int RANGE_BYTES = 4; // address and quantity, or address and value
 
-// What a function made of a request: an exception, or the data of the answer.
+// The result of a function: an exception, or the data of the answer.
 struct Result {
     std::uint8_t exception = 0;
     QByteArray data;
@@ -29,7 +29,7 @@ void appendValue(QByteArray &data, std::uint32_t value, int size)
         data.append(static_cast<char>(value >> shift & 0xFF));
 }
 
-// The byte count and the bytes that it counts.
+// The byte count, then the bytes.
 QByteArray counted(const QByteArray &bytes)
 {
     return static_cast<char>(bytes.size()) + bytes;
@@ -148,7 +148,7 @@ QByteArray answerLine(const Exchange &exchange, const QByteArray &data)
     return modbus::encodeLine(message);
 }
 
-// What the line says, before anything is done about it.
+// The content of the line, without carrying it out.
 Exchange decode(const QByteArray &line, const QByteArray &message)
 {
     Exchange exchange;
@@ -194,7 +194,7 @@ bool isStation(const QByteArray &characters)
 {
     bool ok = false;
     const int station = characters.toInt(&ok, 16);
-    // Formatting it again rules out lower case, signs and blanks.
+    // Formatting the number again excludes lower case, signs and blanks.
     return ok && station > modbus::BROADCAST && station <= modbus::MAX_STATION &&
            characters == modbus::hex(static_cast<unsigned>(station), 2).toLatin1();
 }

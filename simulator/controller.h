@@ -1,4 +1,4 @@
-// The simulated controller: takes lines of Modbus ASCII and answers them as a controller would.
+// The simulated controller: answers lines of Modbus ASCII as a controller does.
 #pragma once
 
 #include "simulator/exchange.h"
@@ -18,36 +18,36 @@ enum class Registers { All, OfAreas };
 // True for the two characters of a station that a controller can have: "01" to "F7".
 bool isStation(const QByteArray &characters);
 
-// What a line says, before anything is done about it: without an answer, and the outcome counts
-// only for a bad line.
+// The content of a line, without carrying it out: there is no answer, and the outcome is valid only
+// for a bad line.
 Exchange understand(const QByteArray &line);
 
-// A controller with its memory. Functions 02, 03, 05 and 10 (hexadecimal) are served, every other
-// is refused. A read or write lies wholly within the counter registers or wholly outside them.
+// A controller with its memory. Carries out functions 02, 03, 05 and 10 (hexadecimal) and refuses
+// every other. A read or write must be wholly within the counter registers or wholly outside them.
 //
 // It has no clock and no link: the same lines always give the same answers.
 class Controller {
 public:
     using Observer = std::function<void(const Exchange &)>;
 
-    // `station`: the two characters that it goes by on the wire. A panel writes its station number
-    // in decimal digits, so its station 12 is "12" here. Must be a station as isStation() has it.
+    // `station`: its two characters on the wire; isStation() must be true for them. A panel writes
+    // its station number in decimal digits, so station 12 of a panel is "12" here.
     explicit Controller(const QByteArray &station, Registers registers = Registers::All);
 
     // Answers one line, ':' to LF. Returns the answer, ':' to LF, or an empty array for silence:
-    // to a bad line, to another station's and to a broadcast (station "00"), which is obeyed.
+    // after a bad line, a line to another station and a broadcast (station "00"), which is carried
+    // out.
     QByteArray answer(const QByteArray &line);
 
-    // The same in two steps, for faults between them: does what the line asks for, and tells the
-    // observer of it.
+    // The same in two steps, so that faults can act between them: carries out the line, and calls
+    // the observer.
     Exchange obey(const QByteArray &line);
     void tell(const Exchange &exchange) const;
 
     // True for a good line to this station alone.
     bool isAddressedBy(const QByteArray &line) const;
 
-    // `observer` is called at the end of each answer(), before the answer is handed out, and by
-    // tell(). An empty
+    // `observer` is called by tell() and at the end of each answer(), before it returns. An empty
     // one is never called.
     void setObserver(Observer observer);
 

@@ -47,22 +47,22 @@ QString requestText(const Exchange &exchange)
     }
 }
 
-// What came of a request to this station or to all.
+// The outcome of a request to this station or to all.
 QString outcomeText(const Exchange &exchange)
 {
     const bool isBroadcast = exchange.station == modbus::BROADCAST;
     const bool isUnanswered = exchange.answer.isEmpty() && !isBroadcast;
     if (exchange.outcome == Outcome::NotHeard)
-        return "not heard";
+        return "not received";
     if (exchange.outcome == Outcome::Refused)
         return QString("refused: ") + modbus::exceptionName(exchange.exception) +
                (isUnanswered ? ", not answered" : "");
     if (modbus::isRead(exchange.function) && isBroadcast)
         return "ignored: a read of all stations gets no answer";
     if (isBroadcast)
-        return "obeyed";
+        return "executed";
     if (isUnanswered)
-        return modbus::isRead(exchange.function) ? "not answered" : "obeyed, not answered";
+        return modbus::isRead(exchange.function) ? "not answered" : "executed, not answered";
     return "answered";
 }
 

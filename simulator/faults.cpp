@@ -24,7 +24,7 @@ struct KindRow {
     FaultKind kind;
     const char *name;
     ValueKind valueKind;
-    int usual; // value where none is typed
+    int usual; // value if none is typed
     const char *meaning;
 };
 
@@ -32,20 +32,20 @@ constexpr KindRow KINDS[] = {
     {FaultKind::Deaf, "deaf", ValueKind::None, 0, "the request does not reach the controller"},
     {FaultKind::Close, "close", ValueKind::Milliseconds, 500,
      "the link closes instead of an answer, for that time"},
-    {FaultKind::Silence, "silence", ValueKind::None, 0, "obeyed, but no answer comes"},
+    {FaultKind::Silence, "silence", ValueKind::None, 0, "executed, but no answer comes"},
     {FaultKind::Exception, "exception", ValueKind::ExceptionCode, 4,
-     "refused with that exception, not obeyed"},
-    {FaultKind::Station, "station", ValueKind::None, 0, "another station's number in the answer"},
-    {FaultKind::Long, "long", ValueKind::None, 0, "a line longer than any frame as the answer"},
+     "refused with that exception, not executed"},
+    {FaultKind::Station, "station", ValueKind::None, 0, "the answer has another station's number"},
+    {FaultKind::Long, "long", ValueKind::None, 0, "the answer is longer than any frame"},
     {FaultKind::NoLineFeed, "no-lf", ValueKind::None, 0, "the answer's LF is missing"},
     {FaultKind::Noise, "noise", ValueKind::None, 0, "1 to 20 characters before the answer's ':'"},
-    {FaultKind::Echo, "echo", ValueKind::None, 0, "the request comes back in front"},
+    {FaultKind::Echo, "echo", ValueKind::None, 0, "the request comes back before the answer"},
     {FaultKind::Lose, "lose", ValueKind::None, 0, "one to three characters are lost"},
     {FaultKind::Double, "double", ValueKind::None, 0, "one to three characters come twice"},
     {FaultKind::Flip, "flip", ValueKind::None, 0, "one character has its lowest bit flipped"},
-    {FaultKind::Late, "late", ValueKind::Milliseconds, 1500, "all comes so much later"},
+    {FaultKind::Late, "late", ValueKind::Milliseconds, 1500, "everything comes that much later"},
     {FaultKind::Pieces, "pieces", ValueKind::Milliseconds, 20,
-     "two to five pieces with that pause between them"},
+     "comes in two to five pieces with that pause between them"},
 };
 
 const KindRow *findKind(const QString &name)
@@ -155,7 +155,7 @@ QByteArray exceptionLine(const QByteArray &request, int code)
     return modbus::encodeLine(message + static_cast<char>(code));
 }
 
-// The answer under the next station's number.
+// The answer with the next station's number.
 QByteArray fromOtherStation(const QByteArray &answer)
 {
     QByteArray message = modbus::decodeLine(answer).message;
@@ -163,7 +163,7 @@ QByteArray fromOtherStation(const QByteArray &answer)
     return modbus::encodeLine(message);
 }
 
-// What the controller does and says, before anything happens to its answer on the way.
+// What the controller does and answers, before faults act on its answer.
 Exchange meet(Controller &controller, const QByteArray &line, const std::vector<Fault> &hits)
 {
     Exchange exchange;
@@ -268,7 +268,7 @@ std::vector<Fault> Faults::draw()
     return hits;
 }
 
-// What the fault makes of the characters, if anything.
+// Applies the fault to the characters, if it acts on them.
 void Faults::spoil(const Fault &fault, const QByteArray &request, QByteArray &bytes)
 {
     if (fault.kind == FaultKind::Echo) {

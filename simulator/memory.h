@@ -23,7 +23,7 @@ public:
 
     std::uint32_t value(std::uint16_t address) const;
 
-    // Stores `value` in a register; what exceeds its bytes is cut off.
+    // Stores `value` in a register; bits beyond its size are cut off.
     void setValue(std::uint16_t address, std::uint32_t value);
 
     bool operator==(const Memory &other) const;
@@ -33,7 +33,7 @@ private:
     std::vector<std::uint32_t> m_registers = std::vector<std::uint32_t>(SIZE);
 };
 
-// Stores `value`, which fits the element.
+// Stores `value`, which must fit the element.
 void setElement(Memory &memory, const modbus::Place &place, std::uint32_t value);
 
 // Stores `value` in the element of `area` that the panel shows as `number`: "X" and 17. Returns

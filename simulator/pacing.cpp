@@ -57,8 +57,7 @@ struct Sending {
     std::vector<Piece> pieces;
 };
 
-// A timer for one piece at a time: those that expire together in a late event loop fire in any
-// order.
+// One timer at a time: timers that expire together in a late event loop fire in any order.
 void sendFrom(std::size_t index, const std::shared_ptr<const Sending> &sending)
 {
     for (; index < sending->pieces.size(); ++index) {
@@ -95,7 +94,7 @@ void Pacing::slowDown(Plan &plan, qint64 requestChars) const
 void callAfter(std::chrono::nanoseconds time, QObject &owner, std::function<void()> action)
 {
     const auto file = std::make_shared<TimerFile>(time);
-    if (time.count() <= 0 || file->descriptor() < 0) { // no descriptors left: a little later, then
+    if (time.count() <= 0 || file->descriptor() < 0) { // no descriptors left: rounds up
         QTimer::singleShot(std::chrono::ceil<std::chrono::milliseconds>(time), Qt::PreciseTimer,
                            &owner, std::move(action));
         return;

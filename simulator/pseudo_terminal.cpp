@@ -34,8 +34,8 @@ int openSlave(int master, QString &devicePath)
     return slave;
 }
 
-// True when `path` is a link that an earlier run may have left: to a terminal that is gone, or to
-// `devicePath`, which is ours now.
+// True if `path` is a link that an earlier run may have left: to a terminal that is gone, or to
+// `devicePath`, which is this object's terminal now.
 bool isLeftBehind(const QFileInfo &path, const QString &devicePath)
 {
     const QString target = path.symLinkTarget();
@@ -44,7 +44,7 @@ bool isLeftBehind(const QFileInfo &path, const QString &devicePath)
 
 void send(int master, const QByteArray &bytes)
 {
-    // What nobody reads is lost when the terminal's buffer is full, as on a real line.
+    // Characters that nobody reads are lost when the terminal's buffer is full, as on a real line.
     const ssize_t written =
         ::write(master, bytes.constData(), static_cast<std::size_t>(bytes.size()));
     Q_UNUSED(written)
@@ -72,7 +72,7 @@ void PseudoTerminal::close()
         m_notifier->setEnabled(false);
         m_notifier.release()->deleteLater(); // it may be the one that called
     }
-    // Somebody may have put a link of their own there meanwhile.
+    // Another program may have created its own link there meanwhile.
     if (!m_linkPath.isEmpty() && QFileInfo(m_linkPath).symLinkTarget() == m_devicePath)
         QFile::remove(m_linkPath);
     m_linkPath.clear();
@@ -96,8 +96,9 @@ QString PseudoTerminal::makeTerminal()
     if (m_master >= 0)
         m_slave = openSlave(m_master, m_devicePath);
     if (m_slave < 0)
-        return QString("cannot make a pseudo-terminal: %1; check that /dev/pts is mounted and has "
-                       "terminals left")
+        return QString(
+                   "cannot create a pseudo-terminal: %1; check that /dev/pts is mounted and has "
+                   "terminals left")
             .arg(QString::fromStdString(std::generic_category().message(errno)));
     m_waiting = std::make_unique<QObject>();
     m_notifier = std::make_unique<QSocketNotifier>(m_master, QSocketNotifier::Read);
@@ -131,7 +132,7 @@ void PseudoTerminal::receive()
     std::array<char, 4096> buffer{};
     const ssize_t size = ::read(m_master, buffer.data(), buffer.size());
     if (size <= 0)
-        return; // nothing there after all
+        return; // nothing to read
     const QByteArray bytes(buffer.data(), static_cast<int>(size));
     for (const QByteArray &line : m_collector.take(bytes)) {
         Plan plan = m_respond(line);
@@ -147,7 +148,7 @@ void PseudoTerminal::receive()
     }
 }
 
-// Until it succeeds: the path may be taken meanwhile, and be given back.
+// Retries until it succeeds: another program may use the path for a while.
 void PseudoTerminal::reopen()
 {
     if (!open(m_pathToReopen).isEmpty()) {

@@ -1,4 +1,4 @@
-// Serves the simulated controller, or whatever else answers, over a pseudo-terminal, which programs
+// Serves the simulated controller, or another responder, over a pseudo-terminal, which programs
 // open like a serial port.
 #pragma once
 
@@ -14,21 +14,21 @@
 
 namespace simulator {
 
-// Makes a pseudo-terminal of its own. Programs may open, close and open it again. Needs a running
-// Qt event loop. What it is handed by reference must outlive it.
+// A pseudo-terminal. Programs may open, close and open it again. Needs a running Qt event loop.
+// What `respond` refers to must outlive it.
 class PseudoTerminal {
 public:
-    // `respond`: what answers, for a controller respondAs(). A plan that closes the link makes the
-    // terminal vanish, with the link to it, and a new one takes its place. `pacing`: the pace of
+    // `respond`: answers the lines; respondAs() for a controller. A plan that closes the link
+    // removes the terminal and the link to it; a new one replaces it later. `pacing`: the pace of
     // the line, whatever rate the programs set.
     explicit PseudoTerminal(Responder respond, Pacing pacing = Pacing());
     ~PseudoTerminal();
     PseudoTerminal(const PseudoTerminal &) = delete;
     PseudoTerminal &operator=(const PseudoTerminal &) = delete;
 
-    // Makes the terminal, and `linkPath` a symbolic link to it until the end of this object. A link
-    // that an earlier run left behind is replaced, anything else there is left alone. Returns an
-    // empty text, or else what went wrong and what to do about it. To be called once.
+    // Creates the terminal, and `linkPath` as a symbolic link to it until this object is destroyed.
+    // Replaces a link that an earlier run left, and nothing else. Returns an empty text, or what
+    // went wrong and what to do about it. Must be called only once.
     QString open(const QString &linkPath);
 
     // The terminal itself: "/dev/pts/3"; empty before open(), the last one while a fault keeps the
@@ -49,13 +49,13 @@ private:
     const Pacing m_pacing;
     modbus::LineCollector m_collector;
     std::unique_ptr<QSocketNotifier> m_notifier;
-    std::unique_ptr<QObject> m_waiting; // whom timers of pieces to send belong to
+    std::unique_ptr<QObject> m_waiting; // owns the timers of pieces to send
     QTimer m_reopening;                 // while a fault keeps the link closed
     QString m_devicePath;
-    QString m_linkPath;     // empty while there is no link of ours
+    QString m_linkPath;     // empty while this object has no link
     QString m_pathToReopen; // while a fault keeps the link closed
     int m_master = -1;      // our end
-    int m_slave = -1;       // the programs' end, kept open so that their closing ends nothing
+    int m_slave = -1;       // the programs' end, kept open so that they may close theirs
 };
 
 } // namespace simulator

@@ -1,4 +1,4 @@
-// What answers the requests on a link, simulated or replayed, and when.
+// How the requests on a link are answered, simulated or replayed, and when.
 #pragma once
 
 #include <QByteArray>
@@ -10,10 +10,10 @@
 
 namespace simulator {
 
-// What a link does about one request.
+// What a link does after one request.
 struct Plan {
     struct Piece {
-        std::chrono::nanoseconds after; // the piece before, or the request
+        std::chrono::nanoseconds after; // time after the previous piece, or after the request
         QByteArray bytes;               // never empty
     };
 
@@ -21,7 +21,7 @@ struct Plan {
     std::optional<std::chrono::milliseconds> closedFor; // the link closes at once, for that time
 };
 
-// Answers one line, ':' to LF: what a link asks for every line that it collects.
+// Answers one line, ':' to LF. A link calls it for every line that it collects.
 using Responder = std::function<Plan(const QByteArray &line)>;
 
 } // namespace simulator

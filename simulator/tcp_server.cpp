@@ -9,7 +9,7 @@ namespace simulator {
 
 namespace {
 
-// The address that `host` stands for, a null address when there is none.
+// The address of `host`, a null address if there is none.
 QHostAddress addressOf(const QString &host)
 {
     const QHostAddress address(host);
@@ -76,7 +76,7 @@ void TcpServer::closeFor(std::chrono::milliseconds time)
     m_reopening.start(time);
 }
 
-// Until it succeeds: another program may have taken the port meanwhile, and may give it back.
+// Retries until it succeeds: another program may use the port for a while.
 void TcpServer::reopen()
 {
     if (!m_server.listen(m_address, m_port))

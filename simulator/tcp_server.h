@@ -1,4 +1,4 @@
-// Serves the simulated controller, or whatever else answers, over TCP.
+// Serves the simulated controller, or another responder, over TCP.
 #pragma once
 
 #include "modbus/ascii.h"
@@ -13,18 +13,18 @@
 
 namespace simulator {
 
-// Any number of clients talk to the same controller at the same time, each over a line of its own.
-// Needs a running Qt event loop. What it is handed by reference must outlive the server.
+// Serves any number of clients at the same time, each over a line of its own. Needs a running Qt
+// event loop. What `respond` refers to must outlive the server.
 class TcpServer {
 public:
-    // `respond`: what answers, for a controller respondAs(). `pacing`: the pace of each line.
+    // `respond`: answers the lines; respondAs() for a controller. `pacing`: the pace of each line.
     explicit TcpServer(Responder respond, Pacing pacing = Pacing());
 
     // Starts to listen at `host` (an address or a name) and `port` (0 for any free one). Returns an
-    // empty text, or else what went wrong and what to do about it.
+    // empty text, or what went wrong and what to do about it.
     QString listen(const QString &host, quint16 port);
 
-    // The port that it listens on, 0 before listen() and while a fault keeps the link closed.
+    // The port on which it listens; 0 before listen() and while a fault keeps the link closed.
     quint16 port() const
     {
         return m_server.serverPort();

@@ -1,5 +1,5 @@
 #!/usr/bin/env python3
-"""Prints the summary of `llvm-cov export -summary-only` (standard input) as a table, a line a file.
+"""Prints the summary of `llvm-cov export -summary-only` (standard input) as a table of files.
 
 Exit codes: 0 everything in driver/ is reached, 1 something is not.
 """

@@ -1,6 +1,6 @@
 #!/usr/bin/env python3
-"""Each storey of the project, and each room of host/, includes only those below it; and the tests
-weigh at most 1.3 lines a line of product."""
+"""Each folder of the project, and each folder of host/, includes only those below it; and the tests
+have at most 1.3 lines for each line of product."""
 import pathlib
 import re
 import sys

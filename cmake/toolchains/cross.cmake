@@ -1,4 +1,4 @@
-# Included by the toolchain files beside it, which set `processor` (as `uname -m` names it), `triplet`
+# Included by the toolchain files, which set `processor` (as `uname -m` prints it), `triplet`
 # (the prefix of the compiler and of binutils) and `qemu` (QEMU's emulator for one program).
 #   SYSROOT   folder with the target's headers and libraries, from a vendor's SDK or Debian's
 #             packages; without it the compiler uses its own
@@ -24,7 +24,7 @@ if(SYSROOT)
     endif()
 endif()
 
-# Headers, libraries and CMake packages are the target's, programs this machine's.
+# Headers, libraries and CMake packages are those of the target, programs those of this machine.
 set(CMAKE_FIND_ROOT_PATH_MODE_PROGRAM NEVER)
 set(CMAKE_FIND_ROOT_PATH_MODE_LIBRARY ONLY)
 set(CMAKE_FIND_ROOT_PATH_MODE_INCLUDE ONLY)

@@ -1,8 +1,8 @@
-// The shortest honest host: loads the driver, polls one controller over TCP, writes one word, and
+// A minimal host: loads the driver, polls one controller over TCP, writes one word, and
 // prints every change.   minimal_host LIBRARY ADDRESS PORT
-// The driver matches replies by order alone, so the host keeps in step: neighbouring requests
-// differ in the length of their replies, a reply must have that length, and what it brought is
-// shown when the next one has its own. A real host also checks the LRC.
+// The driver matches replies by order alone, so the host keeps in step: successive requests
+// differ in the length of their replies, a reply must have that length, and its values are
+// shown when the next reply has its own length. A real host also checks the LRC.
 #include "ostrel_kmr.h"
 
 #include <QCoreApplication>
@@ -16,7 +16,7 @@
 
 namespace {
 
-// What this host lends to the driver; it must live as long as the driver is used.
+// The buffers that this host lends to the driver; they must exist as long as the driver is used.
 quint8 statusBlock[STATUS_BLOCK_BYTES];
 quint8 recipeBuffer[2 * 1000];
 QMutex statusMutex;
@@ -44,7 +44,7 @@ template <typename Function> Function *resolve(QLibrary &library, const char *na
 }
 #define RESOLVE(library, name) resolve<decltype(name)>(library, #name)
 
-// Whether a reply has the request's station and function, and of a read its length.
+// Whether a reply has the request's station and function, and for a read its length.
 bool fits(const QByteArray &reply, const FRAME_PRO &frame)
 {
     const QByteArray head(frame.frame, 5);
@@ -54,20 +54,21 @@ bool fits(const QByteArray &reply, const FRAME_PRO &frame)
 // Sends a frame and collects the answer up to its line end, or nothing within one second.
 QByteArray exchange(QTcpSocket &line, const FRAME_PRO &frame)
 {
-    line.readAll(); // what is left of an earlier answer
+    line.readAll(); // the rest of an earlier answer
     line.write(frame.frame, frame.frameLen);
     QByteArray reply;
     QElapsedTimer timer;
     timer.start();
     while (!reply.endsWith("\r\n")) {
-        const int left = 1000 - static_cast<int>(timer.elapsed()); // below 0 would wait for ever
+        const int left =
+            1000 - static_cast<int>(timer.elapsed()); // a negative value would wait for ever
         if (left <= 0 || !line.waitForReadyRead(left))
             break;
         reply += line.readAll();
     }
     if (reply.endsWith("\r\n") && fits(reply, frame))
         return reply;
-    while (line.waitForReadyRead(1000)) // out of step: what still comes is dropped
+    while (line.waitForReadyRead(1000)) // out of step: drops what still comes
         line.readAll();
     return QByteArray();
 }
@@ -101,12 +102,12 @@ int main(int argc, char **argv)
     setCallback(printChange);
     initProperty(statusBlock, nullptr, recipeBuffer, &result, "1#0#0#3#8", &statusMutex);
 
-    KEY_ADDRESS words; // D100 to D103 of station 1, polled all the time
+    KEY_ADDRESS words; // D100 to D103 of station 1, polled continuously
     words.station = 1;
     words.area = QLatin1String("D");
     words.address = 100;
     words.count = 4;
-    KEY_ADDRESS others = words; // a second question, whose reply is shorter
+    KEY_ADDRESS others = words; // a second request with a shorter reply
     others.address = 110;
     others.count = 3;
     addrMerge({words, others});

@@ -1,4 +1,4 @@
-// A tool of one's own on the host's library: prints a tag's values whenever they change.
+// A tool that uses the host library: prints a tag's values whenever they change.
 //
 //     own_tool LIBRARY LINK TAG [COUNT]
 //     own_tool libostrel_kmr.so.1 tcp://192.168.0.10:8888 D100x2 10
@@ -29,7 +29,7 @@ void watch(kmr::Session &session, const kmr::Tag &tag, int count)
     session.poll(session.ranges({tag}));
     kmr::Values shown;
     while (count > 0 && session.step() == kmr::PollLoop::Step::Exchanged) {
-        // The driver shows written and old values as well: only a good one was just read.
+        // The driver also returns written and old values: only a good one was just read.
         if (session.state(tag).quality != kmr::Quality::Good)
             continue;
         const kmr::Values values = session.values(tag);

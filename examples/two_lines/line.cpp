@@ -21,7 +21,7 @@ int openSerialPort(const char *name)
     const int file = ::open(name, O_RDWR | O_NOCTTY | O_CLOEXEC);
     termios settings;
     if (file < 0 || tcgetattr(file, &settings) != 0)
-        return file; // a device without settings, such as a test's, is used as it is
+        return file; // a device without settings, for example of a test, is used as it is
     cfmakeraw(&settings);
     cfsetspeed(&settings, B9600);
     settings.c_cflag &= ~static_cast<tcflag_t>(CSIZE | CSTOPB | PARODD);
@@ -94,7 +94,7 @@ bool Line::send(const char *frame, int length)
 QByteArray Line::exchange(const char *frame, int length)
 {
     char bytes[512];
-    while (waitFor(m_file, POLLIN, 0)) { // what is left of an earlier answer
+    while (waitFor(m_file, POLLIN, 0)) { // the rest of an earlier answer
         if (read(m_file, bytes, sizeof bytes) <= 0)
             return QByteArray();
     }

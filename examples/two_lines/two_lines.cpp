@@ -6,7 +6,7 @@
 //
 // One object in the library holds all of a driver's state, so each line loads a file of its own:
 // the same library under two names. Calls of one copy may not overlap; those of two copies may. A
-// real host also checks LRC and station of each reply before it hands it on (docs/integrating.md).
+// real host also checks LRC and station of each reply before it hands it in (docs/integrating.md).
 #include "line.h"
 
 #include "ostrel_kmr.h"
@@ -45,7 +45,7 @@ struct Driver {
     }
 
 private:
-    // QLibrary gives an object's address in Qt 4 and a function's in Qt 5 and later.
+    // QLibrary returns an object pointer in Qt 4 and a function pointer in Qt 5 and later.
     template <typename Address, typename Function>
     static void take(Address address, Function &function)
     {
@@ -53,7 +53,7 @@ private:
     }
 };
 
-// A callback is not told which copy calls it, and the events of a transfer name no device: each
+// A callback does not learn which copy calls it, and the events of a transfer name no device: each
 // line has a function of its own. It runs in the line's thread.
 template <int NUMBER> qint32 printChange(qint32, qint32 station, QString area, qint32 address)
 {
@@ -92,7 +92,7 @@ private:
         m_driver.setAddrValueChangeCallBack(m_callback);
         m_driver.initProperty(m_status.data(), 0, m_recipe.data(), &result, property.constData(),
                               &m_statusMutex);
-        KEY_ADDRESS words; // D100 to D103 of station 1, polled all the time
+        KEY_ADDRESS words; // D100 to D103 of station 1, polled continuously
         words.station = 1;
         words.area = QLatin1String("D");
         words.address = 100;

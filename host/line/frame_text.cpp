@@ -42,8 +42,8 @@ QString counted(int count, modbus::Table table)
     return QString::number(count) + ' ' + unit + (count == 1 ? "" : "s");
 }
 
-// Bits travel eight in a byte, the first one lowest (Modbus Application Protocol V1.1b3, section
-// 6.2). `address` is that of the first, or -1 where it isn't known.
+// Eight bits are in a byte, the first one lowest (Modbus Application Protocol V1.1b3, section
+// 6.2). `address` is that of the first bit, or -1 if it isn't known.
 QString bitsText(const QByteArray &data, int address)
 {
     QStringList names;
@@ -79,10 +79,10 @@ void explainBitWrite(const QByteArray &message, FrameText &text)
     text.kind = FrameKind::RequestOrAnswer;
     tellElements(modbus::wordAt(message, 2), 1, modbus::Table::Bits, text);
     const int value = modbus::wordAt(message, 4);
-    text.values = value == modbus::COIL_ON    ? QString("on")
-                  : value == modbus::COIL_OFF ? QString("off")
-                                              : modbus::hex(static_cast<unsigned>(value), 4) +
-                                                    ", which is neither on nor off";
+    text.values = value == modbus::COIL_ON ? QString("on")
+                  : value == modbus::COIL_OFF
+                      ? QString("off")
+                      : modbus::hex(static_cast<unsigned>(value), 4) + ", neither on nor off";
 }
 
 void explainRegisterWrite(const QByteArray &message, FrameText &text)
@@ -102,7 +102,7 @@ void explainRegisterWrite(const QByteArray &message, FrameText &text)
     text.values = registersText(data, modbus::registerBytes(address));
 }
 
-// `request` is the message of the line before, or empty.
+// `request`: the message of the line before, or empty.
 void explainReadAnswer(const QByteArray &message, const QByteArray &request, FrameText &text)
 {
     const modbus::Table table = tableOf(modbus::byteAt(message, 1));
@@ -131,7 +131,7 @@ void explainMessage(const QByteArray &message, const QByteArray &request, FrameT
         text.exception = modbus::exceptionText(modbus::byteAt(message, 2));
     } else if (modbus::isRead(function) && message.size() == REQUEST_BYTES &&
                (message == request || !isAnswerTo(message, request))) {
-        // An answer of three bytes is as long. The driver never asks for that many, others may.
+        // An answer of three bytes has the same length. Only other hosts ask for three bytes.
         text.kind = FrameKind::Request;
         tellElements(modbus::wordAt(message, 2), modbus::wordAt(message, 4), tableOf(function),
                      text);
@@ -144,7 +144,7 @@ void explainMessage(const QByteArray &message, const QByteArray &request, FrameT
     } else if (functionName(plain)[1] == '(') {
         text.fault = "a function that is not used on this line";
     } else {
-        text.fault = QString("%1 bytes fit no frame of this function").arg(message.size());
+        text.fault = QString("%1 bytes do not fit a frame of this function").arg(message.size());
     }
 }
 

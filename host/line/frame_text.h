@@ -1,4 +1,4 @@
-// What one line of text between a host and a controller says, in words for a person.
+// Explains one line between a host and a controller in words.
 #pragma once
 
 #include <QByteArray>
@@ -12,7 +12,7 @@ enum class FrameKind {
     Answer,
     RequestOrAnswer, // the answer to the write of a bit repeats its request
     Refusal,         // an answer that is an exception
-    Unreadable       // no frame, or one whose length fits no function
+    Unreadable       // not a frame, or its length fits no function
 };
 
 struct FrameText {
@@ -20,24 +20,25 @@ struct FrameText {
     bool isGood = false;  // a whole frame with the right LRC
     QString station;      // its two digits: "12"
     QString function;     // "03 read holding registers"
-    QString elements;     // "D100 to D107"; empty where the line does not tell
-    QStringList aliases;  // further names of the same elements
+    QString elements;     // "D100 to D107"; empty if the line does not say
+    QStringList aliases;  // other names of the same elements
     QString addressRange; // "8 registers from 1064", the address in hexadecimal digits
-    QString values;       // "1 2 3", "on: X0, X5", "on"; empty where it carries none
+    QString values;       // "1 2 3", "on: X0, X5", "on"; empty if there are none
     QString exception;    // of a refusal: "illegal data address (exception 02)"
     QString lrc;          // "8C right", "8C wrong, 8D would be right"
-    QString fault;        // what keeps it from being good, else empty
+    QString fault;        // why it is not good, else empty
 };
 
-// Explains `line`, ':' to CR LF. An answer to a read does not say what it answers: `request`, the
-// line before it, tells its elements; it is ignored where it doesn't fit. A line whose LRC is wrong
-// is explained all the same.
+// Explains `line`, ':' to CR LF. An answer to a read does not say which elements it has: they are
+// taken from `request`, the line before it, which is ignored if it doesn't fit. A line with a wrong
+// LRC is explained, too.
 FrameText explainLine(const QByteArray &line, const QByteArray &request = QByteArray());
 
-// All of it in one line: "station 01 answers D100 to D101: 1 2".
+// The explanation in one line: "station 01 answers D100 to D101: 1 2".
 QString toText(const FrameText &frame);
 
-// What a person types for a line, without its invisible end or with "\r\n" spelled out, as a line.
+// The line that a person typed, with CR LF at the end. `text` has no line end or "\r\n" spelled
+// out.
 QByteArray lineFromText(const QString &text);
 
 // Characters for display: control characters and those beyond ASCII as \r, \n or \xFF.

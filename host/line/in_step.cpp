@@ -9,8 +9,8 @@ namespace kmr {
 
 namespace {
 
-// What a check question asks for. The bits fill an odd number of bytes, as no request of the driver
-// does. The words are for stations that leave the bits unanswered.
+// What a check question reads. The bits fill an odd number of bytes, unlike any request of the
+// driver. The words are for stations that do not answer the bits.
 struct Question {
     int function;
     int address;
@@ -20,7 +20,7 @@ struct Question {
 constexpr int BITS = 4; // questions for bits
 constexpr Question QUESTIONS[] = {
     {modbus::READ_DISCRETE_INPUTS, 0x0400, 8}, // X0 and on
-    // Not 24: the answer to that has the length of a request.
+    // Not 24: its answer has the length of a request.
     {modbus::READ_DISCRETE_INPUTS, 0x0400, 40},
     {modbus::READ_DISCRETE_INPUTS, 0x0400, 56},
     {modbus::READ_DISCRETE_INPUTS, 0x0400, 72},
@@ -29,7 +29,7 @@ constexpr Question QUESTIONS[] = {
     {modbus::READ_HOLDING_REGISTERS, 0x1000, 3},
     {modbus::READ_HOLDING_REGISTERS, 0x1000, 4},
 };
-constexpr int LONGEST_LATENESS = 25; // timeouts; what comes later is not known for late
+constexpr int LONGEST_LATENESS = 25; // timeouts; what comes later is not recognised as late
 constexpr int WORDS = static_cast<int>(std::size(QUESTIONS)) - BITS;
 
 QByteArray messageOf(const QByteArray &station, const Question &question)
@@ -53,7 +53,7 @@ QByteArray stationOf(const QByteArray &message)
     return message.left(1);
 }
 
-// Whether an answer to `earlier`, good or the exception that it got, passes for that to `later`.
+// Whether the answer to `earlier`, good or an exception, can be taken for the answer to `later`.
 bool looksLike(const QByteArray &earlier, bool isRefused, const QByteArray &later)
 {
     return answerForm(earlier) == answerForm(later) ||
@@ -106,7 +106,7 @@ void InStep::noteSent(const QByteArray &request, TimePoint now)
                        station.late.end());
 }
 
-// What an answer in step confirms. One that could be that to an earlier request proves nothing.
+// What an answer in step confirms. One that could belong to an earlier request proves nothing.
 InStep::Number InStep::confirm(Station &station, const QByteArray &request, bool isRefused,
                                TimePoint now)
 {
@@ -128,7 +128,7 @@ InStep::Number InStep::confirm(Station &station, const QByteArray &request, bool
     return confirmed;
 }
 
-// When an answer to another request that may come instead of that to `request` has had its time.
+// When the time is over for late answers that could be taken for the answer to `request`.
 InStep::TimePoint InStep::timeOfLate(const Station &station, const QByteArray &request,
                                      bool isRefused) const
 {
@@ -253,7 +253,7 @@ std::vector<QByteArray> checksOfRound(const std::vector<QByteArray> &requests)
     std::vector<QByteArray> checks;
     InStep::Number number = 0;
     for (int round = 0; round < 2; ++round) {
-        checks.clear(); // those of the second round are those of all that follow
+        checks.clear(); // all further rounds have those of the second one
         for (const QByteArray &request : requests) {
             if (inStep.needsCheck(request)) {
                 checks.push_back(inStep.checkQuestion(stationOf(request), request));

@@ -1,4 +1,4 @@
-// Characters to and from a line's device, with waits that look at the stop flag.
+// Sends and receives characters on a line's device. Waits end when the stop flag is set.
 #pragma once
 
 #include <QByteArray>
@@ -13,7 +13,7 @@ namespace kmr {
 
 using Clock = std::function<std::chrono::steady_clock::time_point()>;
 
-// Is called with all characters as they are sent and as they arrive, those of no use included.
+// Is called with all characters as they are sent and as they arrive, also with useless ones.
 using Tap = std::function<void(bool isSent, const QByteArray &characters)>;
 
 class LineDevice {
@@ -21,7 +21,7 @@ public:
     using TimePoint = std::chrono::steady_clock::time_point;
     enum class Wait { Characters, TimeOver, Broken };
 
-    // Longest wait without a look at the stop flag.
+    // The stop flag is checked at least this often.
     static constexpr std::chrono::milliseconds STOP_CHECK{50};
 
     // All arguments by reference must outlive this. `tap` may be empty.
@@ -30,7 +30,7 @@ public:
     {
     }
 
-    // Is called every 50 ms while a wait lasts.
+    // Is called every 50 ms during a wait.
     void setWaitObserver(std::function<void()> observer)
     {
         m_waitObserver = std::move(observer);
@@ -46,14 +46,14 @@ public:
     }
     bool isLost() const;
 
-    // Sends all characters. False when the wait was broken off, also because the line has not taken
-    // them within `limit`.
+    // Sends all characters. Returns false if the program stopped, the line was lost, or the device
+    // did not accept them within `limit`.
     bool send(const QByteArray &characters, std::chrono::nanoseconds limit);
 
-    // All that has arrived; doesn't wait.
+    // Returns all that has arrived; does not wait.
     QByteArray receive();
 
-    // Whether more has arrived; doesn't wait.
+    // Returns whether more has arrived; does not wait.
     bool hasMore()
     {
         return m_device.waitForReadyRead(0);

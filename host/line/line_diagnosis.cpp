@@ -36,7 +36,7 @@ QByteArray allReceived(const std::vector<Probe> &probes)
     return bytes;
 }
 
-// The good lines in `bytes` that are none of the requests.
+// The good lines in `bytes` that are not one of the requests.
 QList<QByteArray> goodLines(const QByteArray &bytes, const std::vector<Probe> &probes)
 {
     QList<QByteArray> lines;
@@ -71,7 +71,7 @@ QString frameOfTopBits(const QByteArray &bytes)
     return std::all_of(bytes.begin(), bytes.end(), isEven) ? "7E1" : "7O1";
 }
 
-// True when at least three in four characters are those of frames. At a wrong speed they are any.
+// True if at least three in four characters occur in frames. At a wrong speed they are random.
 bool isMostlyFrames(const QByteArray &bytes)
 {
     const auto frames = std::count_if(bytes.begin(), bytes.end(), [](char byte) {
@@ -86,7 +86,7 @@ QString shown(const QByteArray &bytes)
     return bytes.size() > MAX_SHOWN_CHARS ? text + "..." : text;
 }
 
-// "2" for "02", as a person writes it; other characters than decimal digits as they are.
+// "2" for "02"; other characters than decimal digits as they are.
 QString stationText(const QByteArray &line)
 {
     const QByteArray digits = modbus::stationOf(line);
@@ -104,7 +104,8 @@ QString refusalAdvice(int exceptionCode)
         return "Ask again later.";
     case 10: // gateway path unavailable
     case 11: // gateway target device failed to respond
-        return "This is the gateway's answer: check the controller behind it, its station number, "
+        return "This is the gateway's answer: check the controller behind the gateway, its station "
+               "number, "
                "and speed and frame in the gateway's settings.";
     default:
         return "Look at the controller's own diagnosis for the cause.";
@@ -115,23 +116,23 @@ Diagnosis diagnoseEcho(bool isEchoed, EchoMode echo)
 {
     if (isEchoed && echo == EchoMode::Off) {
         return {Finding::WrongEcho,
-                "The station answers, but the line hands back what is sent (echo), and the "
-                "setting denies that.",
+                "The station answers, but the line echoes what is sent although the "
+                "setting is off.",
                 "Set the echo to auto or on."};
     }
     if (!isEchoed && echo == EchoMode::On) {
         return {Finding::WrongEcho,
-                "The station answers, but the line does not hand back what is sent (echo), and "
-                "the setting demands that.",
+                "The station answers, but the line does not echo what is sent although "
+                "the setting is on.",
                 "Set the echo to auto or off."};
     }
     QString text = "The station answers, the line is good.";
     if (isEchoed)
-        text += " It hands back what is sent (echo), which is left out.";
+        text += " It echoes what is sent; the echo is ignored.";
     return {Finding::Good, text, {}};
 }
 
-// Whichever of the requests were refused; Good if none was.
+// Reports the refused requests; Good if none was refused.
 Diagnosis diagnoseRefusals(const std::vector<Probe> &probes)
 {
     std::map<int, int> counts; // by exception code
@@ -145,7 +146,7 @@ Diagnosis diagnoseRefusals(const std::vector<Probe> &probes)
     for (const auto &[code, count] : counts)
         reasons.append(modbus::exceptionText(code));
     const std::size_t refused = probes.size() - static_cast<std::size_t>(answered);
-    const QString what = answered == 0 ? QString("what was asked is refused")
+    const QString what = answered == 0 ? QString("the requests are refused")
                                        : QString("%1 of %2 requests %3 refused")
                                              .arg(refused)
                                              .arg(probes.size())
@@ -175,7 +176,7 @@ Diagnosis diagnoseAnswers(const std::vector<Probe> &probes, std::size_t answered
     return diagnoseEcho(std::any_of(probes.begin(), probes.end(), isEchoed), echo);
 }
 
-// "It is an answer of the wrong length: ..." where one of the probes got one.
+// "It is an answer of the wrong length: ..." if one of the probes got such an answer.
 QString lengthText(const std::vector<Probe> &probes)
 {
     for (const Probe &probe : probes) {
@@ -198,9 +199,9 @@ Diagnosis diagnoseLine(const std::vector<Probe> &probes, const QByteArray &line)
         const QString advice = QString("set the controller's station number to %1.").arg(asked);
         const bool canBeAsked = other.toInt() != 0; // "0A" can't
         return {Finding::OtherStation,
-                QString("Station %1 answers, though station %2 was asked.").arg(other, asked),
+                QString("Station %1 answers, but station %2 was asked.").arg(other, asked),
                 canBeAsked ? QString("Ask station %1, or ").arg(other) + advice
-                           : "No host can ask that one: " + advice};
+                           : "No host can ask such a station: " + advice};
     }
     return {Finding::NoFit,
             QString("The station answers something that was not asked: %1.")
@@ -256,7 +257,7 @@ Diagnosis diagnose(const std::vector<Probe> &probes, EchoMode echo)
     }
     if (std::all_of(probes.begin(), probes.end(),
                     [](const Probe &probe) { return probe.received == probe.request; })) {
-        return {Finding::EchoOnly, "The line hands back what is sent (echo), but nothing answers.",
+        return {Finding::EchoOnly, "The line echoes what is sent, but nothing answers.",
                 "The adapter works. Check that the controller is on, its station number, and that "
                 "its two wires are not exchanged."};
     }

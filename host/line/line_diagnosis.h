@@ -1,4 +1,4 @@
-// What is wrong with a line, told from what came back over it, and what to do about it.
+// Finds out what is wrong with a line from what came back over it, and what to do about it.
 #pragma once
 
 #include "host/line/other_protocol.h"
@@ -11,7 +11,7 @@
 
 namespace kmr {
 
-// One read request, sent once and judged with EchoMode::Auto, and what came back.
+// One read request, sent once and checked with EchoMode::Auto, and what came back.
 struct Probe {
     QByteArray request;  // ':' to LF
     QByteArray received; // all characters, echo and noise included
@@ -24,14 +24,14 @@ enum class Finding {
     Good,
     Refused,      // answered by an exception
     Unsteady,     // some requests were answered, others not
-    WrongEcho,    // answered, but the line echoes where the setting denies it, or the reverse
+    WrongEcho,    // answered, but the line echoes although the setting is off, or the reverse
     Silent,       // no character came
     Late,         // answered, but not within the timeout
-    EchoOnly,     // nothing but the requests themselves
-    OtherHost,    // requests that are not ours
+    EchoOnly,     // only the requests themselves came back
+    OtherHost,    // requests of another host came
     OtherStation, // good lines of a station that was not asked
     NoFit,        // good lines of the station that answer something else
-    WrongParity,  // the characters make sense without their top bit
+    WrongParity,  // the characters are valid without their top bit
     Damaged,      // the characters of frames, but no good line
     Garbled,      // other characters
     NotOpened,    // the link could not be opened
@@ -44,7 +44,7 @@ enum class Finding {
 struct Diagnosis {
     Finding finding = Finding::Silent;
     QString text;          // what is wrong, in sentences
-    QString advice;        // what to do, in sentences; empty where nothing is to be done
+    QString advice;        // what to do, in sentences; empty if there is nothing to do
     int exceptionCode = 0; // of a refusal, else 0
 };
 
@@ -54,7 +54,7 @@ QString findingName(Finding finding);
 // Judges the probes of one station, at least one. `echo` is what the user has set.
 Diagnosis diagnose(const std::vector<Probe> &probes, EchoMode echo);
 
-// Of a peer over TCP that has answered in another protocol.
+// The diagnosis of a peer over TCP that has answered in another protocol.
 Diagnosis diagnose(OtherProtocol protocol);
 
 } // namespace kmr

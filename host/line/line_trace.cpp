@@ -68,7 +68,7 @@ void LineTrace::tellOverheard(const QDateTime &time, const QByteArray &line)
     const bool isRepeated = isBitWrite && line == m_request;
     const bool isSent = frame.kind == FrameKind::Request || (isBitWrite && !isRepeated);
     m_sink({time, isSent, line, isRepeated, frame});
-    // A few characters of noise may precede an answer. More may have been another request.
+    // A few characters of noise may precede an answer. More may be another request.
     if (isSent && frame.isGood)
         m_request = line;
     else if (frame.kind != FrameKind::Unreadable || line.size() >= SHORTEST_REQUEST)

@@ -1,4 +1,4 @@
-// Traffic, line by line: time, direction, frame and what it means.
+// Traffic, line by line: time, direction, frame and its meaning.
 //
 //     2024-05-01T12:00:00.125+02:00 > :01031064000187\r\n  station 01: read D100
 //     2024-05-01T12:00:00.133+02:00 < :0103020001F9\r\n  station 01 answers D100: 1
@@ -14,23 +14,23 @@
 
 namespace kmr {
 
-// The time as RFC 3339 has it, with milliseconds and the offset from UTC.
+// The time according to RFC 3339, with milliseconds and the offset from UTC.
 QString timeText(const QDateTime &time);
 
 struct TracedLine {
     QDateTime time;        // when its last characters passed
     bool isSent = false;   // by the host
-    QByteArray characters; // ':' to LF, or what there was of it
-    bool isEcho = false;   // received and equal to the request before; of a bit write it may as
-                           // well be the answer
+    QByteArray characters; // ':' to LF, or a part of a line
+    bool isEcho = false;   // received and equal to the request before; for a bit write it may also
+                           // be the answer
     FrameText frame;
 };
 
 // The line as above.
 QString toText(const TracedLine &line);
 
-// Ours, of which it is known what was sent; or that of another host, which we only receive: then a
-// line's content says who has sent it.
+// Own traffic, of which is known what was sent; or overheard traffic of another host, which is only
+// received: then the content of a line says who sent it.
 enum class Traffic { Own, Overheard };
 
 class LineTrace {
@@ -48,12 +48,12 @@ public:
     LineTrace(const LineTrace &) = delete;
     LineTrace &operator=(const LineTrace &) = delete;
 
-    // Takes the next characters of one direction, in pieces of any size. Received ones that are no
-    // whole frame are told when the next frame begins or is sent, when they are as many as a frame
-    // can be, at flush() and at the end of the trace.
+    // Takes the next characters of one direction, in pieces of any size. Received characters that
+    // are not a whole frame are reported when the next frame begins or is sent, when they are as
+    // many as a frame can have, by flush() and at the end of the trace.
     void add(const QDateTime &time, bool isSent, const QByteArray &characters);
 
-    // Tells what has been received and is not a whole frame.
+    // Reports the received characters that are not a whole frame.
     void flush();
 
 private:
@@ -63,7 +63,7 @@ private:
     const Sink m_sink;
     const Traffic m_traffic;
     QByteArray m_request;   // sent last; overheard: until its answer
-    QByteArray m_received;  // not told yet
+    QByteArray m_received;  // not reported yet
     QDateTime m_receivedAt; // when its newest characters came
 };
 

@@ -78,7 +78,7 @@ void parseTcp(const QUrl &url, LinkAddress &address, QStringList &faults)
     if (address.host.isEmpty())
         faults.append("the host is missing");
     const int port = url.port(address.port);
-    if (port < 1) // QUrl refuses those above
+    if (port < 1) // QUrl refuses ports above 65535
         faults.append(QString("port %1: expected 1 to 65535").arg(port));
     address.port = static_cast<quint16>(port);
     if (!url.path().isEmpty() || url.hasQuery())
@@ -101,7 +101,7 @@ bool isConnecting(const QAbstractSocket &socket)
            socket.state() != QAbstractSocket::UnconnectedState;
 }
 
-// Lets Qt connect, since waitForConnected() gives up the attempt at its end and can't be repeated.
+// Lets Qt connect: waitForConnected() ends the attempt when it times out and can't be repeated.
 bool connectSocket(QAbstractSocket &socket, const LinkAddress &address,
                    std::chrono::milliseconds timeout, const std::atomic<bool> &stop,
                    QIODevice::OpenMode mode = QIODevice::ReadWrite)
@@ -114,11 +114,12 @@ bool connectSocket(QAbstractSocket &socket, const LinkAddress &address,
         QCoreApplication::processEvents(QEventLoop::WaitForMoreEvents);
     if (socket.state() != QAbstractSocket::ConnectedState)
         return false;
-    socket.setSocketOption(QAbstractSocket::LowDelayOption, 1); // requests are small and awaited
+    socket.setSocketOption(QAbstractSocket::LowDelayOption,
+                           1); // requests are small and must not wait
     return true;
 }
 
-// Why a connection has not come about.
+// Why the connection failed.
 QString connectFault(const QAbstractSocket &socket, bool isStopped)
 {
     if (isStopped)
@@ -134,7 +135,7 @@ std::unique_ptr<QIODevice> openTcp(const LinkAddress &address, std::chrono::mill
                                    const std::atomic<bool> &stop, QIODevice::OpenMode mode)
 {
     auto socket = std::make_unique<QTcpSocket>();
-    socket->setReadBufferSize(READ_BUFFER_BYTES); // else a peer that floods fills the memory
+    socket->setReadBufferSize(READ_BUFFER_BYTES); // otherwise a peer that floods fills the memory
     if (!connectSocket(*socket, address, timeout, stop, mode)) {
         throw Error(
             ErrorKind::Link,
@@ -159,7 +160,7 @@ QString serialAdvice(const QSerialPort &port)
 bool openPort(QSerialPort &port, const LinkAddress &address,
               QIODevice::OpenMode mode = QIODevice::ReadWrite)
 {
-    // Before opening: a pseudo-terminal refuses 7 data bits afterwards.
+    // Before opening: an open pseudo-terminal refuses 7 data bits.
     port.setBaudRate(address.baud);
     port.setDataBits(address.dataBits);
     port.setParity(address.parity);
@@ -187,7 +188,7 @@ LinkAddress parseLink(const QString &text)
     QStringList faults;
     const QUrl url(text, QUrl::StrictMode);
     if (!url.isValid())
-        faults.append(url.errorString().section(';', 0, 0)); // what follows is Qt's own
+        faults.append(url.errorString().section(';', 0, 0)); // the rest is Qt's own text
     else if (url.scheme() == "serial")
         parseSerial(url, address, faults);
     else if (url.scheme() == "tcp")

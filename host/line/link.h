@@ -25,34 +25,34 @@ struct LinkAddress {
     QSerialPort::StopBits stopBits = QSerialPort::OneStop;
 };
 
-// Reads a typed link. What it leaves out keeps the values above, which are the driver's own default
+// Reads a typed link. Parts that are left out have the values above, the driver's own default
 // settings. Throws Error (Usage) that names every bad part.
 LinkAddress parseLink(const QString &text);
 
-// For connecting over TCP, a limit of its own: how long a controller may take to answer says
-// nothing about the network. One lost packet is sent again after a second.
+// The time for connecting over TCP. It does not depend on the timeout of a controller's answer: a
+// lost packet is sent again after a second.
 constexpr std::chrono::seconds CONNECT_LIMIT(3);
 
-// Opens the link, for TCP within `timeout` and until `stop` is set; needs a QCoreApplication then.
-// Opened for reading only, it can't send. Throws Error (Link) with the cause and a remedy.
+// Opens the link, for TCP within `timeout` and unless `stop` is set; TCP needs a QCoreApplication.
+// With `mode` QIODevice::ReadOnly the link can't send. Throws Error (Link) with cause and remedy.
 std::unique_ptr<QIODevice> openLink(const LinkAddress &address, std::chrono::milliseconds timeout,
                                     const std::atomic<bool> &stop,
                                     QIODevice::OpenMode mode = QIODevice::ReadWrite);
 
-// Opens a lost link again, on the device that openLink() made; false if it does not come about,
-// over TCP within `timeout` and before `stop` is set. A serial port that is not there any more is
-// looked for under `nameById`, unless that is empty.
+// Opens a lost link again, on the device that openLink() returned. Returns false if that fails,
+// over TCP within `timeout` and before `stop` is set. If a serial port no longer exists, it is
+// opened by `nameById`, unless that is empty.
 bool reconnect(QIODevice &device, const LinkAddress &address, const QString &nameById,
                std::chrono::milliseconds timeout, const std::atomic<bool> &stop);
 
-// The name that a serial port keeps when its adapter is plugged in again, which may give it another
-// number: the link in `folder` that leads to it, or an empty text.
+// The name of a serial port that stays the same when its adapter is plugged in again and gets
+// another number: the link in `folder` that leads to it, or an empty text.
 QString nameById(const QString &device, const QString &folder = "/dev/serial/by-id");
 
-// How long one character takes on the wire; 0 for TCP.
+// The time of one character on the wire; 0 for TCP.
 std::chrono::nanoseconds characterTime(const LinkAddress &address);
 
-// True when nothing can be sent or received over an opened device any more.
+// True if nothing can be sent or received over an opened device any more.
 bool isLost(const QIODevice &device);
 
 } // namespace kmr

@@ -14,7 +14,7 @@ namespace {
 
 constexpr std::chrono::milliseconds STOP_CHECK(50);
 
-// Transaction 1, protocol 0, and the high-order byte of a length that is always small.
+// Transaction 1, protocol 0, and the high-order byte of the length, which is small.
 const QByteArray TCP_HEAD = QByteArray::fromHex("0001000000");
 
 // The CRC of Modbus RTU, low-order byte first (Modbus over Serial Line V1.02, section 6.2.2).
@@ -38,7 +38,7 @@ QByteArray framed(OtherProtocol protocol, const QByteArray &message)
     return TCP_HEAD + static_cast<char>(message.size()) + message;
 }
 
-// True when the peer's characters are the answer.
+// True if the peer sends the answer.
 bool answers(QIODevice &peer, OtherProtocol protocol, int station,
              std::chrono::milliseconds timeout, const std::atomic<bool> &stop)
 {
@@ -74,7 +74,7 @@ bool isRegisterAnswer(OtherProtocol protocol, int station, const QByteArray &rec
                            (modbus::READ_HOLDING_REGISTERS | modbus::EXCEPTION_BIT);
     const QByteArray message = answer.mid(head, isRefusal ? 3 : 5);
     const bool isValue = message.size() == 5 && message.mid(1, 2) == QByteArray::fromHex("0302");
-    // Over TCP a server may put its own unit in.
+    // Over TCP a server may answer with its own unit.
     const bool isOfStation =
         protocol == OtherProtocol::ModbusTcp || modbus::byteAt(message, 0) == station;
     return (isRefusal || isValue) && isOfStation && answer == framed(protocol, message);
@@ -89,7 +89,7 @@ std::optional<OtherProtocol> findOtherProtocol(const LinkAddress &address, int s
             const auto peer = openLink(address, CONNECT_LIMIT, stop);
             if (answers(*peer, protocol, station, timeout, stop))
                 return protocol;
-        } catch (const Error &) { // one that takes no further connection can't be asked
+        } catch (const Error &) { // a peer that accepts no further connection can't be asked
             return std::nullopt;
         }
     }

@@ -1,4 +1,4 @@
-// Peers over TCP that speak another Modbus than this line's Modbus ASCII over raw TCP.
+// Peers over TCP that speak another Modbus protocol than Modbus ASCII over raw TCP.
 #pragma once
 
 #include "host/line/link.h"
@@ -19,11 +19,11 @@ enum class OtherProtocol {
 // A request to read one holding register at address 0. `station`: 1 to 247.
 QByteArray registerRequest(OtherProtocol protocol, int station);
 
-// Whether `received` is the answer to that request or its refusal, after an echo or none.
+// Whether `received` is the answer to that request or its refusal, with or without an echo before.
 bool isRegisterAnswer(OtherProtocol protocol, int station, const QByteArray &received);
 
 // Sends that request in each of these protocols, over a connection of its own, and waits up to
-// `timeout` for its answer. Nothing when none answers or `stop` is set.
+// `timeout` for its answer. Nothing if neither is answered or `stop` is set.
 std::optional<OtherProtocol> findOtherProtocol(const LinkAddress &address, int station,
                                                std::chrono::milliseconds timeout,
                                                const std::atomic<bool> &stop);

@@ -1,5 +1,5 @@
-// Counts the answers that each station owes, because one that comes late could be taken for that
-// of another request.
+// Counts the answers that each station still owes: a late answer could be taken for the answer to
+// another request.
 #pragma once
 
 #include <QByteArray>
@@ -16,15 +16,15 @@ public:
 
     explicit OwedAnswers(std::chrono::milliseconds timeout) : m_timeout(timeout) {}
 
-    // A request goes out. `isRetry`: it is the last one once more; else what the station owed
-    // before counts as lost.
+    // A request is sent. `isRetry`: it is the last one again; if not, answers that the station owed
+    // before count as lost.
     void noteSent(const QByteArray &station, bool isRetry, TimePoint now);
 
     // The wait for its answer ended, with an answer or without.
     void noteEnd(const QByteArray &station, bool isAnswered, TimePoint now);
 
-    // A line too much came. True if the station owed it, `awaited` being those that the request in
-    // flight waits for.
+    // A surplus line came. Returns whether the station owed it. `awaited`: the answers that the
+    // request in flight waits for, 0 or 1.
     bool noteStray(const QByteArray &station, int awaited, TimePoint now);
 
     // Whether anything was sent to the station.
@@ -33,8 +33,7 @@ public:
         return m_stations.count(station) > 0;
     }
 
-    // When the last answer that the station owes has come or can be taken for lost; the past when
-    // it owes none.
+    // When an answer that the station owes counts as lost; the past if it owes none.
     TimePoint until(const QByteArray &station) const;
 
 private:
@@ -42,8 +41,8 @@ private:
         int answers = 0;
         TimePoint firstSent; // the oldest of their requests
         TimePoint lastSent;
-        TimePoint until;                     // then what has not come is taken for lost
-        std::chrono::nanoseconds slowest{0}; // what came late, came within this time
+        TimePoint until;                     // when the answers count as lost
+        std::chrono::nanoseconds slowest{0}; // time of the slowest late answer
     };
 
     const std::chrono::milliseconds m_timeout;

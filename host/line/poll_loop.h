@@ -23,31 +23,31 @@
 namespace kmr {
 
 struct PollSettings {
-    // From the end of a request to the end of its answer; for every character on the wire
-    // `characterTime` comes on top.
+    // From the end of a request to the end of its answer; `characterTime` is added for every
+    // character on the wire.
     std::chrono::milliseconds timeout{1000};
     std::chrono::nanoseconds characterTime{0};
     EchoMode echo = EchoMode::Auto;
-    bool inStep = true;               // InStep guards the answers; else each counts at once
+    bool inStep = true;               // InStep confirms the answers; else each counts at once
     std::chrono::milliseconds gap{0}; // silence on the line before each request
-    // Silence before the first request: what somebody else asked before may still be answered.
+    // Silence before the first request: an earlier request of another host may still be answered.
     std::chrono::milliseconds firstQuiet{0};
     Tap tap = {};
 };
 
-// One request, and what came of it.
+// One request and its outcome.
 struct Exchange {
     enum class Outcome {
         Good,        // answered
         SentAgain,   // bad: the driver sends the same frame again
         GivenUp,     // bad for the last time
-        Interrupted, // the line was lost, or the loop stopped, before the answer was there
+        Interrupted, // the line was lost, or the loop stopped, before the answer came
         PassedOver   // not sent: its station is silent and has a pause (Turn::PassOver)
     };
 
     const FRAME_PRO &request; // valid during the observer's call
     std::uint64_t number = 0; // of the exchanges of a loop, from 1 on
-    QByteArray received = {}; // all that arrived, echo and noise included; of a flood its two ends
+    QByteArray received = {}; // all that arrived, also echo and noise; only both ends of a flood
     qint64 receivedChars = 0; // how many characters arrived
     Outcome outcome = Outcome::Interrupted;
     ReplyFault fault = ReplyFault::None;   // why it brought no usable line
@@ -57,10 +57,10 @@ struct Exchange {
     std::chrono::nanoseconds roundTrip{0}; // from the first character sent to the answer's last
 };
 
-// What became of the answers that waited to be confirmed (InStep).
+// What happened to the answers that wait to be confirmed (InStep).
 struct StepNews {
     enum class Kind {
-        Confirmed, // those of the station up to `upTo` are true
+        Confirmed, // those of the station up to `upTo` are confirmed
         Stray,     // a line came that no request waited for: it may put them in doubt
         Unanswered // the request after them was given up: they stay in doubt
     };
@@ -97,7 +97,7 @@ public:
         Stopped    // the stop flag is set
     };
 
-    // All arguments by reference must outlive the loop. `stop` is looked at every 50 ms at least.
+    // All arguments by reference must outlive the loop. `stop` is checked at least every 50 ms.
     PollLoop(const DriverFunctions &driver, QIODevice &device, const PollSettings &settings,
              const std::atomic<bool> &stop, Clock clock);
 
@@ -107,8 +107,8 @@ public:
         m_observer = std::move(observer);
     }
 
-    // Decides on each request before it is sent; without it all are asked. Must let one of those in
-    // turn pass, or the loop goes on looking for it.
+    // Decides on each request before it is sent; without it all are sent. It must allow one of the
+    // requests in turn, otherwise the loop does not end.
     using TurnOf = std::function<Turn(const FRAME_PRO &request)>;
     void setTurnOf(TurnOf turnOf)
     {
@@ -116,14 +116,14 @@ public:
     }
 
     // Is called when an exchange confirms earlier ones, before the observer is called; without
-    // PollSettings::inStep after each exchange. And when a line comes that no request waited for.
+    // PollSettings::inStep after each exchange. Also when a line comes that no request waited for.
     using StepObserver = std::function<void(const StepNews &)>;
     void setStepObserver(StepObserver observer)
     {
         m_stepObserver = std::move(observer);
     }
 
-    // Is called after each check question with the time to its answer, or 0 when none came.
+    // Is called after each check question with the time to its answer, or 0 if none came.
     void setCheckObserver(std::function<void(std::chrono::nanoseconds roundTrip)> observer)
     {
         m_checkObserver = std::move(observer);
@@ -135,12 +135,12 @@ public:
         m_line.setWaitObserver(std::move(observer));
     }
 
-    // Makes one exchange, or waits 10 ms when there is nothing to send. After LineLost or Stopped
-    // the driver may wait for an answer that never comes: start anew with intf_initProperty.
+    // Makes one exchange, or waits 10 ms if there is nothing to send. After LineLost or Stopped the
+    // driver may wait for an answer that never comes: configure it again with intf_initProperty.
     Step step();
 
-    // Asks check questions until nothing waits for one, or no answer comes. `isToTheLast`: also
-    // waits until no late answer can put anything in doubt. Exchanged, LineLost or Stopped.
+    // Sends check questions until nothing waits for one, or no answer comes. `isToTheLast`: also
+    // waits until no late answer can put anything in doubt. Returns Exchanged, LineLost or Stopped.
     Step confirm(bool isToTheLast);
 
     // What is known of the line's echo.
@@ -154,7 +154,7 @@ private:
     enum class Check { Answered, Unanswered, Broken };
     using TimePoint = std::chrono::steady_clock::time_point;
 
-    // What came of a frame on the line.
+    // The outcome of a frame on the line.
     struct Answer {
         enum class End { NotSent, BrokenOff, Over };
 
@@ -213,8 +213,8 @@ private:
     TimePoint m_lastHeard;             // when it began
     OwedAnswers m_owed;
     QByteArray m_lastStation;       // that of the last request
-    bool m_isRetry = false;         // the next request is the last one once more
-    modbus::LineCollector m_strays; // finds lines too much in all that comes
+    bool m_isRetry = false;         // the next request is a retry of the last one
+    modbus::LineCollector m_strays; // finds surplus lines in all that comes
 };
 
 } // namespace kmr

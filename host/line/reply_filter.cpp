@@ -70,7 +70,7 @@ QString toText(ReplyFault fault, const AnswerLength &length)
     case ReplyFault::EchoOrAnswer:
         return "the request came back once, as its answer or as the line's echo";
     case ReplyFault::NotSendable:
-        return "the request fits no frame";
+        return "the request does not fit a frame";
     case ReplyFault::NotConfirmed:
         return "the answer is not confirmed: after it, answers came out of step or none came";
     }
@@ -98,7 +98,7 @@ ReplyFilter::Verdict ReplyFilter::take(const QByteArray &bytes)
     return Verdict::MoreWanted;
 }
 
-// Whether `line`, after the answer, is another one from the same station.
+// Whether `line`, after the answer, is another answer of the same station.
 bool ReplyFilter::isRival(const QByteArray &line) const
 {
     return line != m_reply && modbus::stationOf(line) == modbus::stationOf(m_request) &&
@@ -130,7 +130,7 @@ ReplyFilter::Verdict ReplyFilter::judgeOwnText(const QByteArray &line)
         return bad(ReplyFault::UnexpectedEcho);
     if (m_ownTexts > 1)
         return bad(
-            ReplyFault::WrongLength); // no answer equals such a request, and one echo was due
+            ReplyFault::WrongLength); // no answer equals such a request, and one echo is expected
     m_echo.learned = Echo::Learned::Present;
     return Verdict::MoreWanted;
 }
@@ -140,7 +140,7 @@ ReplyFilter::Verdict ReplyFilter::judge(const QByteArray &line)
     const modbus::DecodedLine decoded = modbus::decodeLine(line);
     if (decoded.fault != modbus::LineFault::None)
         return bad(toReplyFault(decoded.fault));
-    // Characters, not numbers: that is what the controller was called by.
+    // Characters, not numbers: the request has these characters for the station.
     if (modbus::stationOf(line) != modbus::stationOf(m_request))
         return passOver(ReplyFault::WrongStation);
     return judgeMessage(line, decoded.message);
@@ -149,15 +149,15 @@ ReplyFilter::Verdict ReplyFilter::judge(const QByteArray &line)
 ReplyFilter::Verdict ReplyFilter::judgeMessage(const QByteArray &line, const QByteArray &message)
 {
     if (m_requestMessage.size() <
-        6) // function, address and quantity or value: else it asks nothing
+        6) // function, address and quantity or value: a shorter request reads nothing
         return bad(ReplyFault::WrongFunction);
     const int asked = modbus::byteAt(m_requestMessage, 1);
     const int answered = modbus::byteAt(message, 1);
     if (answered == (asked | modbus::EXCEPTION_BIT)) {
         if (message.size() != 3)
             return passOverLength(1, static_cast<int>(message.size()) - 2);
-        // Codes begin with 1 (MODBUS Application Protocol V1.1b3, section 7); 0 would pass for no
-        // exception, and what was refused for done.
+        // Codes begin with 1 (Modbus Application Protocol V1.1b3, section 7); 0 would be taken for
+        // no exception, and the refused request for done.
         m_exceptionCode = modbus::byteAt(message, 2);
         return m_exceptionCode != 0 ? good(line) : bad(ReplyFault::NoExceptionCode);
     }
@@ -174,7 +174,7 @@ ReplyFilter::Verdict ReplyFilter::judgeMessage(const QByteArray &line, const QBy
     }
     if (message.size() != 6)
         return passOverLength(4, static_cast<int>(message.size()) - 2);
-    // A write's answer repeats its address and its value or quantity.
+    // The answer to a write repeats its address and its value or quantity.
     return message == m_requestMessage.left(6) ? good(line)
                                                : passOver(ReplyFault::WrongAcknowledgement);
 }
@@ -183,7 +183,7 @@ ReplyFilter::Verdict ReplyFilter::good(const QByteArray &line)
 {
     if (m_echo.isCertain() && m_ownTexts == 0)
         return bad(ReplyFault::MissingEcho);
-    // Whatever else arrived may be the rest of an echo.
+    // Other characters may be the rest of an echo.
     const bool cameAlone = m_taken == line.size();
     if (m_echo.isUnknown() && cameAlone && !isBitWrite())
         m_echo.learned = Echo::Learned::Absent;
@@ -201,7 +201,7 @@ ReplyFilter::Verdict ReplyFilter::bad(ReplyFault fault)
     return Verdict::Bad;
 }
 
-// A good line that is not an answer to the request: the answer may follow.
+// A good line that does not answer the request: the answer may follow.
 ReplyFilter::Verdict ReplyFilter::passOver(ReplyFault fault)
 {
     if (m_passedOver == ReplyFault::None)

@@ -1,5 +1,5 @@
-// Tells the answer to a request from everything else that a line may bring: the driver takes any
-// characters for the answer, so only a true one may reach it.
+// Separates the answer to a request from everything else that comes over a line: the driver takes
+// any characters for the answer, so only a correct one may reach it.
 #pragma once
 
 #include "modbus/ascii.h"
@@ -9,12 +9,12 @@
 
 namespace kmr {
 
-// Whether the line hands back what we send, as two-wire lines do.
+// Whether the line echoes what is sent, as two-wire lines do.
 enum class EchoMode { On, Off, Auto };
 
-// What is known of the echo. With EchoMode::Auto it is learned from requests whose answer can't
-// equal them: the request in front of the answer proves an echo, an answer without it disproves it
-// until an echo is seen. A proven echo stays.
+// What is known about the echo. With EchoMode::Auto it is learned from requests whose answer can't
+// equal them: the request before the answer proves an echo; an answer without it disproves the echo
+// until one is seen. A proven echo stays.
 struct Echo {
     enum class Learned { Nothing, Present, Absent };
 
@@ -34,28 +34,27 @@ struct Echo {
 // Why an exchange brought no good reply.
 enum class ReplyFault {
     None,
-    Silence,    // nothing, or nothing but the echo
+    Silence,    // nothing, or only the echo
     Noise,      // characters, but no line
     Incomplete, // a line without its end
-    TooLong,    // a line beyond modbus::MAX_LINE_CHARS
+    TooLong,    // a line of more than modbus::MAX_LINE_CHARS characters
     NotHex,     // a line with other characters than hexadecimal digits
     WrongLrc,
     WrongStation,         // another station's line
-    WrongFunction,        // a line about another function
+    WrongFunction,        // a line with another function
     WrongLength,          // a line shorter or longer than the request's answer
-    WrongAcknowledgement, // a write acknowledged that isn't ours
-    NoExceptionCode,      // an exception with code 0, which stands for none
+    WrongAcknowledgement, // the acknowledgement of another write
+    NoExceptionCode,      // an exception with code 0, which is not a valid code
     SeveralAnswers,       // two different answers came at once
-    MissingEcho,          // an answer came, but not the echo that was certain to precede it
-    UnexpectedEcho,       // the request came back although EchoMode::Off rules that out
-    EchoOrAnswer, // a bit write came back once, and no one knows yet whether the line echoes
-    NotSendable,  // the request fits no frame and was not sent
-    NotConfirmed  // an answer came, but what came after it leaves in doubt whether it was the true
-                  // one
+    MissingEcho,          // an answer came without the echo that must precede it
+    UnexpectedEcho,       // the request came back although EchoMode::Off excludes that
+    EchoOrAnswer,         // a bit write came back once, and it is not known whether the line echoes
+    NotSendable,          // the request does not fit a frame and was not sent
+    NotConfirmed          // an answer came, but what came after it does not confirm it
 };
 
-// Bytes of data that an answer should have had, and that it had; 0 and 0 unless its length is
-// wrong.
+// The data bytes that an answer should have had, and those that it had; 0 and 0 unless its length
+// is wrong.
 struct AnswerLength {
     int expected = 0;
     int received = 0;
@@ -64,33 +63,33 @@ struct AnswerLength {
 // The fault in words: "an answer of the wrong length: expected 16 bytes of data, received 14".
 QString toText(ReplyFault fault, const AnswerLength &length = {});
 
-// Judges what arrives after one request. Has no device and no clock.
+// Checks what arrives after one request. Has no device and no clock.
 //
-// A line that answers something else is passed over, since the answer may follow it. When none
-// does, the fault is that of the first such line.
+// A line that answers something else is skipped, since the answer may follow it. If no answer
+// follows, the fault is that of the first such line.
 //
-// The answer to a bit write equals the request, so there an echo can only be told by counting.
-// While nothing is known about the echo, one equal line proves nothing: only a second one makes the
+// The answer to a bit write equals the request, so an echo can only be found by counting. While
+// nothing is known about the echo, one equal line proves nothing: only a second one makes the
 // exchange good, and without it the fault is EchoOrAnswer.
 //
-// Where the echo is certain, no answer counts without it: a damaged echo may look like an answer.
-// A read of 32 bits from X0 whose doubled "00" passes every other check is one:
-// ":010204000020D9" comes back as ":01020400000020D9".
+// If the echo is certain, no answer counts without it: a damaged echo may look like an answer. A
+// read of 32 bits from X0 with a doubled "00" passes every other check: ":010204000020D9" comes
+// back as ":01020400000020D9".
 class ReplyFilter {
 public:
     enum class Verdict { MoreWanted, Good, Bad };
 
-    // `request`: the frame as sent, ':' to LF. `echo` is lent and learns.
+    // `request`: the frame as sent, ':' to LF. `echo` is lent and updated.
     ReplyFilter(const QByteArray &request, Echo &echo);
 
     // Takes the next characters, in pieces of any size. After Good or Bad nothing may follow.
     Verdict take(const QByteArray &bytes);
 
-    // The time for an answer is over: Bad, with the fault that explains it best.
+    // To be called when the time for an answer is over: Bad, with the fault that explains it best.
     Verdict end();
 
-    // After Good: the answer, ':' to LF; the code it carries if it is an exception, else 0. After
-    // Bad: nothing, and 0.
+    // After Good: the answer, ':' to LF, and its code if it is an exception, else 0. After Bad:
+    // empty, and 0.
     const QByteArray &reply() const
     {
         return m_reply;
@@ -131,7 +130,7 @@ private:
     int m_exceptionCode = 0;
     ReplyFault m_fault = ReplyFault::None;
     ReplyFault m_passedOver = ReplyFault::None; // of the first line that answers something else
-    AnswerLength m_length;                      // likewise
+    AnswerLength m_length;                      // of the same line
 };
 
 } // namespace kmr

@@ -1,14 +1,15 @@
-// Keeps a silent station from starving the others on its line: each request to it costs a whole
-// timeout and the quiet time after it, and with retries a multiple, while everyone else waits.
+// Keeps a silent station from blocking the others on its line: each request to it takes a whole
+// timeout and the quiet time after it, and several with retries, while the others wait.
 //
 //  - A station whose request was given up is asked without retries until it answers, and its polled
 //    blocks are passed over for a pause of three timeouts: a late answer may still come.
-//  - Each further give-up doubles the pause, up to ten timeouts: one that is switched on again is
-//    found soon, and silent it takes no more than a fifth of the line.
-//  - An answer ends all that, a refusal as well.
+//  - Each further give-up doubles the pause, up to ten timeouts: a station that is switched on
+//  again
+//    is found soon, and a silent one takes at most a fifth of the line.
+//  - An answer, also a refusal, ends the pauses.
 //
-// Nobody is passed over while no other station can use the time: a lone station, and stations that
-// are all silent, are asked in turn, without retries. Only polling is concerned, not single
+// No station is passed over if no other station can use the time: a lone station, and stations that
+// are all silent, are asked in turn, without retries. This applies only to polling, not to single
 // requests and recipes.
 #pragma once
 
@@ -18,11 +19,11 @@
 
 namespace kmr {
 
-// How a request is treated when its turn has come.
+// What is done with a request when it is its turn.
 enum class Turn {
     Ask,
     AskOnce, // without retries
-    PassOver // not at all: to the driver it has failed
+    PassOver // not sent: for the driver it has failed
 };
 
 class StationPauses {
@@ -34,7 +35,7 @@ public:
 
     explicit StationPauses(std::chrono::milliseconds timeout) : m_timeout(timeout) {}
 
-    // The stations that are polled; what is known of them is kept.
+    // Sets the stations that are polled; what is known about them is kept.
     void setStations(const std::set<int> &stations)
     {
         m_stations = stations;
@@ -46,7 +47,7 @@ public:
     }
     void noteGiveUp(int station, TimePoint now);
 
-    // Whether two requests to it in a row were given up.
+    // True if two requests to the station in a row were given up.
     bool isSilent(int station) const;
 
     void forgetAll()
@@ -54,7 +55,7 @@ public:
         m_silent.clear();
     }
 
-    // For the next polled block of a station.
+    // What to do with the next polled block of a station.
     Turn turnOf(int station, TimePoint now) const;
 
 private:

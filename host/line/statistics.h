@@ -22,15 +22,15 @@ struct RoundTrips {
 
 class Statistics {
 public:
-    // Round trips kept for the percentiles: the newest ones of a long run.
+    // Round trips kept for the percentiles, the newest ones.
     static constexpr std::size_t KEPT_ROUND_TRIPS = 65536;
 
     void countGood(std::chrono::nanoseconds roundTrip);
     void countRetry();
     void countGiveUp();
-    void countCheck(std::chrono::nanoseconds roundTrip); // 0 when no answer came
-    void countStray(std::optional<std::chrono::nanoseconds> late);
-    void countInterrupted(); // sent, but the line was lost or the user ended it before the answer
+    void countCheck(std::chrono::nanoseconds roundTrip);           // 0: no answer came
+    void countStray(std::optional<std::chrono::nanoseconds> late); // late: time since its request
+    void countInterrupted(); // sent, but the line was lost or the user stopped before the answer
 
     std::uint64_t sent() const
     {
@@ -50,12 +50,12 @@ public:
         return m_giveUps;
     }
 
-    // Check questions (InStep), which are none of the requests.
+    // Check questions (InStep), which are not counted as requests.
     std::uint64_t checks() const
     {
         return m_checks;
     }
-    // Answers that no request waited for, and those of them that came late.
+    // Answers that no request waited for, and the late ones among them.
     std::uint64_t strays() const
     {
         return m_strays;
@@ -64,7 +64,7 @@ public:
     {
         return m_late;
     }
-    // From its request to the latest of these.
+    // The longest time from a request to its late answer.
     std::chrono::nanoseconds latest() const
     {
         return m_latest;
@@ -90,8 +90,8 @@ private:
 // "round trip min/median/p95/p99/max 1.500/1.610/2.200/2.900/3.100 ms"
 QString toText(const RoundTrips &trips);
 
-// For the end of a run, like ping's: a line of counts, and one of round trips where there were any.
-// Answers out of step are named when there were any.
+// The summary at the end of a run: a line of counts, a line of round trips if there were any, and
+// the answers out of step if there were any.
 QString summary(const Statistics &statistics);
 
 } // namespace kmr

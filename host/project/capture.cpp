@@ -17,18 +17,18 @@ using json = nlohmann::ordered_json;
 
 constexpr int VERSION = 1;
 
-const char *const NO_CAPTURE = "no capture of kmr, which begins with {\"kmr_capture\":1, ...}";
+const char *const NO_CAPTURE = "not a capture of kmr, which begins with {\"kmr_capture\":1, ...}";
 const char *const NO_PIECE =
-    "no piece of traffic, such as {\"us\":1250,\"sent\":\":01031064000187\\r\\n\"}";
+    "not a piece of traffic, such as {\"us\":1250,\"sent\":\":01031064000187\\r\\n\"}";
 
 std::string toUtf8(const QByteArray &characters)
 {
-    // With its size: Qt 5 ends at the first zero byte otherwise.
+    // With its size: otherwise Qt 5 stops at the first zero byte.
     return QString::fromLatin1(characters.constData(), static_cast<int>(characters.size()))
         .toStdString();
 }
 
-// Where a full capture goes.
+// The name of a full capture.
 QString olderPath(const QString &path)
 {
     return path + ".1";
@@ -64,7 +64,7 @@ CaptureWriter::CaptureWriter(const QString &path, const QString &link, qint64 li
 {
     for (const QString &name : {path, olderPath(path)}) {
         if (QFileInfo(name).size() > 0 && (name == path || limit > 0)) {
-            throw Error(ErrorKind::Usage, QString("%1 holds something already, which a capture "
+            throw Error(ErrorKind::Usage, QString("%1 is not empty, and a capture "
                                                   "would replace: move it away or name another "
                                                   "file")
                                               .arg(name));
@@ -121,7 +121,7 @@ void CaptureWriter::writeLine(const QByteArray &line, ErrorKind failure)
     if (writeAll(m_file, line + '\n'))
         return;
     const QString cause = m_file.errorString();
-    m_file.resize(begin); // half a line would spoil the whole capture
+    m_file.resize(begin); // an incomplete line would make the whole capture bad
     throw Error(failure, QString("cannot write the capture %1: %2").arg(m_file.fileName(), cause));
 }
 
@@ -129,7 +129,7 @@ Capture parseCapture(const QByteArray &text, const QString &name)
 {
     Capture capture;
     const QList<QByteArray> lines = text.split('\n');
-    const int last = static_cast<int>(lines.size()) - 1; // empty, unless the text breaks off
+    const int last = static_cast<int>(lines.size()) - 1; // empty, unless the text is incomplete
     for (int i = 0; i <= last; ++i) {
         if (i > 0 && lines[i].trimmed().isEmpty())
             continue;
@@ -139,10 +139,10 @@ Capture parseCapture(const QByteArray &text, const QString &name)
                 readHeading(record, capture);
             else
                 capture.pieces.push_back(readPiece(record));
-        } catch (const json::exception &) { // its text would tell of the library
+        } catch (const json::exception &) { // its text is about the JSON library
             if (i == 0 || i < last)
                 throw badLine(name, i + 1, i == 0 ? NO_CAPTURE : NO_PIECE);
-            capture.cut = QString("%1:%2: breaks off, left out").arg(name).arg(i + 1);
+            capture.cut = QString("%1:%2: is incomplete and left out").arg(name).arg(i + 1);
         } catch (const std::runtime_error &error) {
             throw badLine(name, i + 1, error.what());
         }

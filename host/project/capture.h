@@ -1,14 +1,14 @@
-// Captures: every character of a line with its time, in a file that can be explained or replayed
+// Captures: every character on a line with its time, in a file that can be explained or replayed
 // later.
 //
-// JSON lines. The first names the format, the others are pieces of traffic in their order:
+// JSON lines. The first line names the format, the others are pieces of traffic in order:
 //
 //     {"kmr_capture":1,"begin":"2024-05-01T12:00:00.000+02:00","link":"tcp://192.168.0.10:8888"}
 //     {"us":1250,"sent":":01031064000187\r\n"}
 //     {"us":9870,"received":":0103020001F9\r\n"}
 //
-// "us" counts microseconds since "begin". Characters that arrive together have one time. One beyond
-// ASCII stands for the byte of the same number (Latin-1).
+// "us" is microseconds since "begin". Characters that arrive together have one time. A character
+// beyond ASCII is the byte with the same number (Latin-1).
 #pragma once
 
 #include "host/error.h"
@@ -27,16 +27,16 @@ namespace kmr {
 // Writes a capture while the traffic passes; each piece is in the file at once.
 class CaptureWriter {
 public:
-    // Begins a new file. Throws Error (Usage) when it can't be written, or holds something already:
-    // an earlier capture may be the only evidence of a fault.
+    // Begins a new file. Throws Error (Usage) if it can't be written, or is not empty: an earlier
+    // capture may be the only evidence of a fault.
     //
-    // `limit`: bytes that the file may hold, 0 for any number. When it is full it is renamed to
-    // "PATH.1", in place of what has that name since this capture began, and goes on anew: the two
-    // are whole captures and hold the newest traffic. A single piece may exceed the limit.
+    // `limit`: bytes that the file may hold, 0 for any number. A full file is renamed to "PATH.1",
+    // which replaces the one that this capture renamed before, and a new file begins: both are
+    // whole captures and hold the newest traffic. A single piece may exceed the limit.
     CaptureWriter(const QString &path, const QString &link, qint64 limit = 0);
 
-    // Throws Error (Output) when the piece can't be written, on a full disk for example. The
-    // file then ends with the piece before, and nothing more may be added.
+    // Appends a piece. Throws Error (Output) if it can't be written, for example on a full disk.
+    // The file then ends with the previous piece, and nothing more may be added.
     void add(bool isSent, const QByteArray &characters);
 
 private:
@@ -61,11 +61,11 @@ struct Capture {
     QDateTime begin;
     QString link; // as typed
     std::vector<CapturedPiece> pieces;
-    QString cut; // names a last line that breaks off and is left out; else empty
+    QString cut; // names an incomplete last line, which is left out; else empty
 };
 
 // Reads a capture's text. Throws Error (Usage) that names the bad line; `name` is the file's. Only
-// the last line may break off, as a lost supply or a kill leaves it.
+// the last line may be incomplete, as after a power failure or a kill.
 Capture parseCapture(const QByteArray &text, const QString &name);
 
 // Reads a capture's file. Throws Error (Usage).

@@ -19,7 +19,7 @@ Error usage(const QString &text)
     return Error(ErrorKind::Usage, text);
 }
 
-// The lines of the file that hold something.
+// The lines of the file that are neither empty nor comments.
 struct Line {
     int number = 0;
     QString text;
@@ -39,7 +39,7 @@ std::vector<Line> linesOf(const QString &text)
     return lines;
 }
 
-// How the file's fields are separated, and what each of them is.
+// The separator of the file's fields, and their columns.
 struct Layout {
     QChar separator = ',';
     QStringList columns; // an empty one is ignored
@@ -57,7 +57,7 @@ QChar separatorOf(const std::vector<Line> &lines)
     return ',';
 }
 
-// Each tag has a digit, and no column's name has one.
+// Each tag has a digit; no column name has one.
 bool isHeading(const QString &line, QChar separator)
 {
     static const QRegularExpression DIGIT("[0-9]");
@@ -65,7 +65,7 @@ bool isHeading(const QString &line, QChar separator)
         const QStringList fields = splitCsv(line, separator);
         return fields.size() > 1 && !fields[1].contains(DIGIT);
     } catch (const Error &) {
-        return false; // which reading the line reports
+        return false; // reported when the line is read
     }
 }
 
@@ -206,7 +206,7 @@ Error badTexts(const Name &name, const QString &text, const QString &why)
     return usage(QString("bad texts \"%1\" of %2: %3").arg(text, name.name, why));
 }
 
-// A text that looks like a number would stand for two values when it is written.
+// A text that looks like a number could mean two values in a write.
 std::vector<ValueText> readTexts(const Name &name, const QString &field)
 {
     std::vector<ValueText> texts;
@@ -224,14 +224,14 @@ std::vector<ValueText> readTexts(const Name &name, const QString &field)
         for (const ValueText &other : texts) {
             if (other.number == text.number ||
                 other.text.compare(text.text, Qt::CaseInsensitive) == 0)
-                throw badTexts(name, field, QString("%1 comes twice").arg(part.trimmed()));
+                throw badTexts(name, field, QString("%1 appears twice").arg(part.trimmed()));
         }
         texts.push_back(text);
     }
     return texts;
 }
 
-// Fills `name` as far as the fields are good. Throws Error (Usage) that says what is wrong.
+// Fills `name` up to the first bad field. Throws Error (Usage) that says what is wrong.
 void readFields(Fields &fields, const Layout &layout, Name &name)
 {
     name.name = fields["name"];

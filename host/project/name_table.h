@@ -4,23 +4,23 @@
 //     boiler.temp,D100/int16,°C,0.1,-40,,flow temperature
 //     valve,2#Y17,,,,0=closed;1=open,
 //
-// The first line that separates fields says what separates them all: a comma, a semicolon or a tab.
-// Where it isn't a comma, scale and offset may have a decimal comma.
+// The first line with several fields decides on the separator: a comma, a semicolon or a tab.
+// Unless it is a comma, scale and offset may have a decimal comma.
 //
-// The heading names the columns, in any order and in capitals or small letters:
+// The heading names the columns, in any order and in upper or lower case:
 //
 //   name        a letter or _, then anything but = , ; and double quotes
-//   tag         as a person types it
-//   unit        of its numbers
-//   scale       what is shown is the controller's number times the scale, plus the offset
+//   tag         as typed
+//   unit        of the values
+//   scale       the value shown is the controller's number times the scale, plus the offset
 //   offset
-//   texts       what numbers are called: 0=closed;1=open
+//   texts       texts for numbers: 0=closed;1=open
 //   word-order  of types of 32 and 64 bits: low or high, the word that comes first
 //   byte-order  of texts: low or high, the byte of a word that comes first
 //   comment
 //
-// Without a heading they are name, tag, unit, scale, comment. What is empty at the end of a line
-// may be missing, empty lines and those that begin with '#' are skipped.
+// Without a heading the columns are name, tag, unit, scale, comment. Empty fields at the end of a
+// line may be missing; empty lines and lines that begin with '#' are skipped.
 #pragma once
 
 #include "host/tags/tag.h"
@@ -45,7 +45,7 @@ struct Name {
     std::optional<ByteOrder> byteOrder;
     QString comment;
     int line = 0;  // in the file, from 1
-    QString fault; // why it can't be used; empty: it can
+    QString fault; // why it can't be used, else empty
 };
 
 // What is wrong with a line of a file.
@@ -57,23 +57,24 @@ struct LineFault {
 // The columns that a heading may name, in the order of the list above.
 QStringList nameColumns();
 
-// "0=closed;1=open".
+// The texts as in the file: "0=closed;1=open".
 QString valueTextsOf(const Name &name);
 
 class NameTable {
 public:
-    // The file's own words for our columns: for "name" for example "Symbol".
+    // The headings of another file by the column names above: "Symbol" for "name".
     using Headings = std::map<QString, QString>;
 
-    // Reads the text of the file called `file`. `headings`: if there are any, the heading must have
-    // them, and other columns are ignored. Throws Error (Usage) for a heading with unknown columns
-    // or without name or tag. A bad line is one of faults(), and its name can't be used.
+    // Reads the text of the file called `file`. `headings`: if there are any, the file's heading
+    // must have them, and other columns are ignored. Throws Error (Usage) for a heading with
+    // unknown columns or without name or tag. A bad line is in faults(), and its name can't be
+    // used.
     static NameTable parse(const QString &text, const QString &file, const Headings &headings = {});
 
     // The name, or null.
     const Name *find(const QString &name) const;
 
-    // Where they stand.
+    // The file's name.
     const QString &file() const
     {
         return m_file;

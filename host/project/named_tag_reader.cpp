@@ -24,7 +24,7 @@ bool isScaled(const Name &name)
     return !(scale.toDouble() == 1 && name.offset.toDouble() == 0);
 }
 
-// What is shown of the name's values. Throws Error (Usage) if the tag has no such values.
+// Sets how the name's values are shown. Throws Error (Usage) if the tag has no such values.
 void addMeaning(const Name &name, Tag &tag)
 {
     const bool isNumeric = tag.type != ValueType::Text && tag.type != ValueType::Hex;
@@ -33,16 +33,14 @@ void addMeaning(const Name &name, Tag &tag)
     tag.unit = name.unit;
     if (isScaled(name)) {
         if (!isNumeric || isBit)
-            throw badTag(name.name,
-                         QString("%1 has no numbers that could be scaled").arg(name.tag));
+            throw badTag(name.name, QString("%1 has no numbers to scale").arg(name.tag));
         tag.scaling = Scaling(name.scale.isEmpty() ? "1" : name.scale,
                               name.offset.isEmpty() ? "0" : name.offset);
     }
     if (name.texts.empty())
         return;
     if (!isNumeric || isFloat)
-        throw badTag(name.name,
-                     QString("%1 has no whole numbers that texts could stand for").arg(name.tag));
+        throw badTag(name.name, QString("%1 has no whole numbers for texts").arg(name.tag));
     Tag one = tag;
     one.text = "its texts";
     one.scaling.reset();

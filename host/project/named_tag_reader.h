@@ -1,4 +1,4 @@
-// Tags, and the names that stand for them.
+// Reads tags and the names of tags.
 #pragma once
 
 #include "host/project/name_table.h"
@@ -11,20 +11,20 @@
 
 namespace kmr {
 
-// Reads tags and the names that stand for them. A name may have a station before it and a count or
-// a type after it, as a tag has: 2#valve, boiler.tempx4, boiler.temp/hex. With a type it is shown
-// as that type has it, without scale, offset, texts and unit.
+// Reads tags and names of tags. A name may have a station before it and a count or a type after it,
+// like a tag: 2#valve, boiler.tempx4, boiler.temp/hex. With a type its values are shown in that
+// type, without scale, offset, texts and unit.
 class NamedTagReader {
 public:
-    // Without names it reads what `reader` does.
+    // Without names it reads the same as `reader`.
     NamedTagReader(TagReader reader) : m_reader(std::move(reader)) {}
     NamedTagReader(TagReader reader, NameTable names)
         : m_reader(std::move(reader)), m_names(std::move(names))
     {
     }
 
-    // As TagReader::read() and check(). A name counts before an address. Throws Error (Usage) also
-    // for a name that can't be used.
+    // As TagReader::read() and check(). A name takes precedence over an address. Throws Error
+    // (Usage) also for a name that can't be used.
     Tag read(const QString &text) const;
     AddressCheck check(const QString &text) const;
 
@@ -34,7 +34,7 @@ public:
         return m_reader;
     }
 
-    // Null without names.
+    // The names, or null.
     const NameTable *names() const
     {
         return m_names ? &*m_names : nullptr;
@@ -59,8 +59,8 @@ private:
     std::optional<NameTable> m_names;
 };
 
-// What is wrong with the file's lines, in their order: "FILE:LINE: what". Also with the tags of
-// the names, and with names that are tags themselves.
+// What is wrong with the file's lines, in order: "FILE:LINE: what". Includes tags that are not
+// valid and names that are tags themselves.
 QStringList checkNames(const NameTable &names, const TagReader &reader);
 
 } // namespace kmr

@@ -16,7 +16,7 @@ QString toQString(std::string_view text)
     return QString::fromUtf8(text.data(), static_cast<int>(text.size()));
 }
 
-// False for dates and tables, which no setting is.
+// False for dates and tables, which are not valid settings.
 bool appendScalar(const toml::node &node, QStringList &values)
 {
     if (const auto *text = node.as_string())

@@ -17,14 +17,14 @@ namespace kmr {
 
 struct ConfigEntry {
     QString key;
-    QStringList values; // as text; several only of a list
+    QStringList values; // as text; more than one only for a list
     int line = 0;       // in the file, from 1
-    QString fault;      // what is wrong with the key or its values, which then are missing
+    QString fault;      // what is wrong with the key or its values, then there are no values
 };
 
-// Reads a file's text; `file` names it in messages, `known` are the keys that may stand in it, of
-// which those in `lists` take lists. The entries are in the order of their lines. Throws Error
-// (Usage) for what is not TOML.
+// Reads a file's text. `file` names it in messages, `known` has the allowed keys, `lists` those of
+// them that take lists. The entries are in the order of their lines. Throws Error (Usage) for a
+// text that is not TOML.
 std::vector<ConfigEntry> parseConfig(const QString &text, const QString &file,
                                      const QStringList &known, const QStringList &lists);
 

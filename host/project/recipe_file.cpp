@@ -40,10 +40,10 @@ void checkKind(const Tag &tag)
     }
 }
 
-// Where each element of a recipe stands, by its station, area and number.
+// The place of each element of a recipe, by station, area and number.
 using Places = std::map<std::tuple<int, QString, int>, QString>;
 
-// Throws Error (Usage) for a tag that no recipe can hold, and for one that shares an element with
+// Throws Error (Usage) for a tag that can't be in a recipe, and for one that has an element of
 // an earlier tag.
 void addTag(const Tag &tag, const QString &place, Places &places)
 {
@@ -52,7 +52,7 @@ void addTag(const Tag &tag, const QString &place, Places &places)
     for (int number = run.first; number < run.end(); ++number) {
         const auto [known, isNew] = places.insert({{run.station, run.area, number}, place});
         if (!isNew) {
-            throw Error(ErrorKind::Usage, QString("%1 stands twice, first in %2")
+            throw Error(ErrorKind::Usage, QString("%1 appears twice, first in %2")
                                               .arg(elementName(run.area, number), known->second));
         }
     }

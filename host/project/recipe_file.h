@@ -1,4 +1,4 @@
-// Recipe files: text, one line for each tag:
+// Recipe files: text with one line for each tag:
 //
 //     # mixer, recipe 7
 //     tag,value
@@ -6,9 +6,10 @@
 //     D110x3,1 2 3
 //     CV2200,70000
 //
-// The heading is optional, empty lines and those that begin with '#' are skipped. A text with
-// commas needs quotes. For an upload the values may be missing. No element stands in two lines, and
-// nothing after the values: half of a number with a decimal comma would pass for a remark.
+// The heading is optional; empty lines and lines that begin with '#' are skipped. A text with
+// commas needs quotes. For an upload the values may be missing. No element may be in two lines.
+// Nothing may follow the values: half of a number with a decimal comma could be taken for a
+// comment.
 #pragma once
 
 #include "host/project/named_tag_reader.h"
@@ -20,24 +21,24 @@
 
 namespace kmr {
 
-// Ignored: what stands in the place of the values may be anything, but in more than one column only
-// what is needed there.
+// Needed: each line must have the values of its tag. Ignored: one field after the tag may hold
+// anything or be missing; several fields must be the values of the tag, as with Needed.
 enum class RecipeValues { Needed, Ignored };
 
 // Reads a recipe file's text. Throws Error (Usage) that names every bad line with its number;
-// `name` is the file's, for that text.
+// `name` is the file's name in the error.
 std::vector<RecipeItem> parseRecipe(const QString &text, const QString &name,
                                     const NamedTagReader &reader, RecipeValues values);
 
-// The recipe of these tags, without values. Throws Error (Usage) for a tag that can only be read,
-// and for an element that stands in two tags.
+// The recipe of these tags, without values. Throws Error (Usage) for a tag that can't be written,
+// and for an element that is in two tags.
 std::vector<RecipeItem> recipeOf(const std::vector<Tag> &tags);
 
 // The items as a recipe file's text.
 QString formatRecipe(const std::vector<RecipeItem> &items);
 
-// The text of a recipe file with the values of the items that were read from it: all else stays as
-// it is.
+// The text of a recipe file with new values of the items that were read from it. Everything else
+// stays as it is.
 QString withValues(const QString &text, const std::vector<RecipeItem> &items);
 
 } // namespace kmr

@@ -13,7 +13,7 @@ namespace kmr {
 
 namespace {
 
-// A device or a pipe: takes what comes and must not be replaced by a file.
+// A device or a pipe: must not be replaced by a file.
 bool isStream(const QString &path)
 {
     const QFileInfo file(path);
@@ -91,7 +91,7 @@ void writeTextFile(const QString &path, const QString &text)
 void requireWritable(const QString &path)
 {
     if (isStream(path))
-        return; // opening it may already do something
+        return; // opening it may have an effect
     QSaveFile file(path);
     if (!file.open(QIODevice::WriteOnly))
         throw cannotWrite(ErrorKind::Usage, path, file);

@@ -1,4 +1,4 @@
-// Whole text files in UTF-8, and writing so that a full disk is noticed.
+// Reads and writes whole text files, and reports a full disk.
 #pragma once
 
 #include <QByteArray>
@@ -9,20 +9,20 @@ namespace kmr {
 
 enum class TextEncoding { Utf8, Latin1, Utf16 };
 
-// A byte-order mark is left out. Throws Error (Usage) when the file can't be read, and for the
-// first line that is not in UTF-8.
+// The file's text without a byte-order mark. Throws Error (Usage) if the file can't be read, and
+// for the first line that is not in UTF-8.
 QString readTextFile(const QString &path, TextEncoding encoding = TextEncoding::Utf8);
 
-// Writes the file whole or not at all: what was there before stays in place until the new text is
-// complete. Throws Error (Output).
+// Writes the file in UTF-8, completely or not at all: an existing file stays in place until the new
+// text is complete. Throws Error (Output).
 void writeTextFile(const QString &path, const QString &text);
 
-// Throws Error (Usage) where writeTextFile() could not write, for those who write late.
+// Throws Error (Usage) if writeTextFile() could not write: an early check for a late write.
 void requireWritable(const QString &path);
 
-// Writes all bytes to `file`, which must be open and unbuffered. False when the last of them could
-// not be written; file.errorString() then says why, which after a single write() that falls short
-// it does not.
+// Writes all bytes to `file`, which must be open and unbuffered. Returns false if some of them
+// could not be written; file.errorString() then says why, which it does not after a single write()
+// that writes only a part.
 bool writeAll(QFileDevice &file, const QByteArray &bytes);
 
 } // namespace kmr

@@ -1,4 +1,4 @@
-// What the controller is known to hold: an element's value is that of the last confirmed answer.
+// The confirmed values of the controller: an element has the value of its last confirmed answer.
 #pragma once
 
 #include "host/session/quality.h"
@@ -15,20 +15,20 @@ namespace kmr {
 
 class ConfirmedValues {
 public:
-    // One element is good and holds `value`. True when it held another before, or was not 0 at
-    // first.
+    // Makes an element Good with `value`. Returns true if its value changes; the first one changes
+    // from 0.
     bool confirm(int station, const QString &area, int number, std::uint32_t value);
 
     // Sets the state of all elements of a run; their values stay.
     void set(const ElementRange &run, const ElementState &state);
 
-    // Sets that of all elements of a station that have one.
+    // Sets the state of all elements of a station that have one.
     void setStation(int station, const ElementState &state);
 
     // The state of the first element that isn't Good, or Good.
     ElementState worst(const ElementRange &run) const;
 
-    // The last confirmed values of a run, 0 where there is none.
+    // The last confirmed values of a run; 0 for elements without one.
     std::vector<std::uint32_t> values(const ElementRange &run) const;
 
 private:

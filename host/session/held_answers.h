@@ -1,4 +1,4 @@
-// What answers say that are not confirmed yet.
+// The content of answers that are not confirmed yet.
 #pragma once
 
 #include "host/session/quality.h"
@@ -15,9 +15,9 @@ namespace kmr {
 struct HeldAnswer {
     std::uint64_t number = 0; // Exchange::number
     ElementRange run;
-    ElementState state;                // that it gives the run
-    std::vector<std::uint32_t> values; // one for each element when the state is Good
-    std::set<int> spoilt;              // numbers of elements that it says nothing about any more
+    ElementState state;                // the new state of the run
+    std::vector<std::uint32_t> values; // one for each element if the state is Good
+    std::set<int> spoilt;              // numbers of elements that were written since
 };
 
 class HeldAnswers {
@@ -27,13 +27,13 @@ public:
         m_answers[answer.run.station].push_back(std::move(answer));
     }
 
-    // The elements were written: what was read before says nothing about them.
+    // The elements were written: answers from before no longer apply to them.
     void spoil(const ElementRange &run);
 
     // Removes the answers of a station up to this number and returns them, the oldest first.
     std::vector<HeldAnswer> take(int station, std::uint64_t upTo);
 
-    // Drops all of a station.
+    // Drops all answers of a station.
     void drop(int station)
     {
         m_answers.erase(station);

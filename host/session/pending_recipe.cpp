@@ -4,7 +4,7 @@
 
 namespace kmr {
 
-// Entries go out in their order; other requests may still be on their way when a transfer begins.
+// Entries go out in their order; other requests may still be queued when a transfer begins.
 void PendingRecipe::note(const Exchange &exchange)
 {
     const int answered = static_cast<int>(m_answered.size());

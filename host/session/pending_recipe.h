@@ -1,4 +1,4 @@
-// A recipe transfer on its way through the driver.
+// A recipe transfer that the driver carries out.
 #pragma once
 
 #include "host/session/request_result.h"
@@ -12,9 +12,9 @@
 
 namespace kmr {
 
-// How far a recipe transfer came.
+// The progress of a recipe transfer.
 struct RecipeProgress {
-    int finished = 0; // entries answered for certain
+    int finished = 0; // entries with a confirmed answer
     int unsure = 0;   // entries after these that were sent
     int failed = 0;   // index of the entry that ended the transfer, when it failed
 };
@@ -29,12 +29,12 @@ public:
         return &m_entries;
     }
 
-    // To be called with every exchange and all news; those of other requests are passed over.
+    // To be called with every exchange and all news; those of other requests are ignored.
     void note(const Exchange &exchange);
     void noteConfirmed(const StepNews &news);
     void noteDoubt(const StepNews &news);
 
-    // All entries were answered, but an answer is in doubt for good: only a new transfer helps.
+    // An answer is in doubt for ever, though no entry failed: only a new transfer helps.
     bool isInDoubt() const
     {
         return m_isInDoubt && !m_failed;
@@ -54,9 +54,9 @@ private:
 
     QVector<_RCP_VAR_PRO> m_entries;
     std::vector<Answered> m_answered;      // the first ones of the entries
-    bool m_isInDoubt = false;              // an answered entry, for good
+    bool m_isInDoubt = false;              // an answered entry, for ever
     bool m_wasSent = false;                // the entry after those answered
-    bool m_wasUnanswered = false;          // likewise, when it was sent before
+    bool m_wasUnanswered = false;          // the same entry, when it was sent before
     std::optional<RequestResult> m_failed; // the result of the entry that failed
 };
 

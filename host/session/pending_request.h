@@ -1,4 +1,4 @@
-// A one-shot read or a write on its way through the driver.
+// A one-shot read or a write that the driver has queued or sent.
 #pragma once
 
 #include "host/session/request_result.h"
@@ -29,7 +29,7 @@ public:
         return m_disturbed;
     }
 
-    // To be called with every exchange and all news; those of other requests are passed over.
+    // To be called with every exchange and all news; those of other requests are ignored.
     void note(const Exchange &exchange);
     void noteConfirmed(const StepNews &news);
     void noteDoubt(const StepNews &news);
@@ -46,7 +46,7 @@ public:
         return m_result && (m_result->isDone() || m_result->failure.exceptionCode != 0);
     }
 
-    // `mustBeConfirmed`: an answer that is not confirmed counts as none.
+    // `mustBeConfirmed`: an answer that is not confirmed does not count.
     RequestResult result(bool mustBeConfirmed) const;
 
 private:
@@ -55,9 +55,9 @@ private:
     bool m_wasSent = false;
     bool m_wasUnanswered = false; // when it was sent before
     QByteArray m_message;         // as it was sent last
-    std::uint64_t m_number = 0;   // likewise, Exchange::number
+    std::uint64_t m_number = 0;   // of its last exchange, Exchange::number
     bool m_isConfirmed = false;   // the result
-    bool m_isInDoubt = false;     // the result, for good
+    bool m_isInDoubt = false;     // the result, for ever
     std::optional<RequestResult> m_result;
 };
 

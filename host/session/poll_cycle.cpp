@@ -25,7 +25,7 @@ bool contains(const ElementRange &run, const Element &element)
     return run.station == station && run.area == area && number >= run.first && number < run.end();
 }
 
-// The elements that the driver believes a good answer to refresh.
+// The elements that the driver stores from a good answer.
 ElementRange believedBy(const FRAME_PRO &frame)
 {
     const VARIABLE &request = frame.var;
@@ -45,16 +45,17 @@ QByteArray goodReply(const FRAME_PRO &frame)
                               static_cast<char>(bytes) + QByteArray(bytes, '\0'));
 }
 
-// Why no block brings `element`.
+// Why no block reads `element` correctly.
 QString reasonFor(const Element &element, const std::vector<FRAME_PRO> &frames)
 {
     for (const FRAME_PRO &frame : frames) {
         if (frame.var.area == WORD_BIT_AREA && std::get<1>(element) == "TV" &&
             contains({frame.var.station, "TV", frame.var.address, frame.var.count}, element))
-            return "never refreshed: the driver's request for single bits of TV words asks nothing";
+            return "never refreshed: the driver's request for single bits of TV words reads "
+                   "nothing";
         if (contains(storedBy(frame), element)) {
             const ElementRange run = refreshedBy(frame);
-            return QString("read wrongly: the block from %1 goes on in other memory after the "
+            return QString("read wrongly: the block from %1 continues in other memory after the "
                            "border at %2, where the area's base address changes")
                 .arg(elementName(run.area, run.first), elementName(run.area, run.end()));
         }
@@ -65,9 +66,11 @@ QString reasonFor(const Element &element, const std::vector<FRAME_PRO> &frames)
                 .arg(frame.var.count);
     }
     if (isCounterArea(std::get<1>(element)))
-        return "never refreshed: the driver takes a block's number of counters for one of words, "
+        return "never refreshed: the driver treats the number of counters in a block as a number "
+               "of words, "
                "and reads half of them";
-    return "never refreshed: no block holds it, since the driver counts octal numbers in decimal";
+    return "never refreshed: no block contains it, since the driver counts octal numbers in "
+           "decimal";
 }
 
 std::vector<FRAME_PRO> oneCycle(const DriverFunctions &driver, const QList<KEY_ADDRESS> &keys,

@@ -1,4 +1,4 @@
-// How far an element's value can be trusted.
+// The quality of an element's value.
 #pragma once
 
 #include "host/line/reply_filter.h"
@@ -9,12 +9,12 @@
 namespace kmr {
 
 enum class Quality {
-    Unread, // never read since the run began, or since the last write near it
+    Unread, // not read since the start, or since the last write near it
     Good,   // the controller held this value when it was last read, and that is confirmed
-    Stale,  // the last read was given up: the value is an old one, or none
+    Stale,  // the last read was given up: the value is old, or there is none
 };
 
-// Why requests fail.
+// Why a request failed.
 struct Failure {
     ReplyFault fault = ReplyFault::None;
     int exceptionCode = 0; // not 0: refused by the controller
@@ -29,8 +29,8 @@ struct ElementState {
     Failure failure; // with Stale
 };
 
-// The elements whose value the driver no longer shows as read once `written` is queued: all of a
-// block of 16 bits, for a counter also the next one, which the driver settles along with it.
+// The elements whose value in the driver is no longer the one read once `written` is queued: all of
+// a block of 16 bits, and for a counter also the next one, which the driver settles with it.
 ElementRange disturbedBy(const ElementRange &written);
 
 } // namespace kmr

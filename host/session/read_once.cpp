@@ -12,19 +12,19 @@ namespace {
 using Outcome = RequestResult::Outcome;
 
 constexpr int MOST_PASSES = 3;
-constexpr int SILENT_REQUESTS = 2; // in a row, until a station is not asked any more
+constexpr int SILENT_REQUESTS = 2; // in a row, after which a station is not asked any more
 
-// One request, and what is known of it.
+// One request and its state.
 struct Request {
     ElementRange run;
     bool wasAsked = false;
     bool isToBeAsked = true; // in this pass
     bool wasGood = false;    // confirmed
-    bool hasFailed = false;  // given up, or refused for certain
+    bool hasFailed = false;  // given up, or a confirmed refusal
     Failure failure = {};    // with hasFailed
 };
 
-// Requests in a row that a station left without any answer.
+// Requests in a row without any answer of a station.
 struct Silence {
     int requests = 0;
     ElementRange last;
@@ -58,7 +58,7 @@ public:
     Reader(const Reader &) = delete;
     Reader &operator=(const Reader &) = delete;
 
-    // Again when answers turned out to be out of step.
+    // Repeats them if answers were out of step.
     void run()
     {
         for (int pass = 0; pass < MOST_PASSES; ++pass) {
@@ -152,7 +152,7 @@ private:
                 fail(request, {exchange.fault, 0, exchange.length});
         });
         if (exchange.fault != ReplyFault::Silence)
-            m_silent.erase(run.station); // damaged or refused, something answers
+            m_silent.erase(run.station); // a damaged answer or a refusal is an answer
         else if (isGivenUp)
             m_silent[run.station] = {m_silent[run.station].requests + 1, run};
     }
@@ -174,7 +174,7 @@ private:
         eachRequest([this](Request &request) { request.isToBeAsked = !isDecided(request); });
     }
 
-    // False when the line is lost or the user stopped.
+    // False if the line was lost or the user stopped.
     bool readWords()
     {
         for (const Request &request : m_words) {
@@ -187,8 +187,8 @@ private:
         return true;
     }
 
-    // Rounds of polling, until none is left that was passed over because its station gave no
-    // answer before. False as readWords().
+    // Rounds of polling, until no request is left that was passed over because its station gave no
+    // answer before. Returns the same as readWords().
     bool readBits()
     {
         for (std::vector<ElementRange> runs; !(runs = bitsToAsk()).empty();) {
@@ -228,7 +228,7 @@ private:
     }
 
     Session &m_session;
-    PollLoop::Observer m_observer; // of whom it reads for
+    PollLoop::Observer m_observer; // the caller's observer
     Session::ConfirmObserver m_confirmObserver;
     std::vector<Request> m_words;
     std::vector<Request> m_bits;

@@ -29,13 +29,13 @@ std::vector<Tag> tagsOf(const std::vector<RecipeItem> &items, bool ofBits)
     return tags;
 }
 
-// That one element takes in the recipe buffer.
+// Words of one element in the recipe buffer.
 int wordsEach(const QString &area)
 {
     return isBitArea(area) ? 0 : isCounterArea(area) ? 2 : 1;
 }
 
-// The driver's entries for the requests from `begin` to `end`; their values lie in the buffer from
+// The driver's entries for the requests from `begin` to `end`; their values are in the buffer from
 // `word` on.
 QVector<_RCP_VAR_PRO> layOut(Ranges::const_iterator begin, Ranges::const_iterator end, int word)
 {
@@ -107,7 +107,7 @@ QString nameOf(const ElementRange &run)
     return QString("%1#%2").arg(run.station).arg(elementName(run.area, run.first));
 }
 
-// Takes note of what came of the requests from `finished` on.
+// Stores the result of the requests from `finished` on.
 void add(const RequestResult &result, const RecipeProgress &progress, const Ranges &runs,
          TransferResult &transfer)
 {
@@ -119,7 +119,7 @@ void add(const RequestResult &result, const RecipeProgress &progress, const Rang
         transfer.failedName = nameOf(runs[failed]);
 }
 
-// One bit, in the terms of a transfer of one entry.
+// Writes one bit; the result is that of a transfer of one entry.
 RequestResult writeBit(Session &session, const ElementRange &bit, std::uint32_t value,
                        RecipeProgress &progress)
 {
@@ -140,7 +140,7 @@ Values bitValues(const std::vector<RecipeItem> &items)
     return values;
 }
 
-// Reads the items that are bits. `requests`: as many as that takes.
+// Reads the items that are bits. `requests`: the number of requests for them.
 void uploadBits(Session &session, int requests, std::vector<RecipeItem> &items,
                 TransferResult &transfer)
 {
@@ -229,7 +229,7 @@ TransferResult upload(Session &session, std::vector<RecipeItem> &items)
             uploadBits(session, static_cast<int>(runs.end() - bits), found, transfer);
     }
     if (transfer.result.outcome == Outcome::Unknown)
-        transfer.result.outcome = Outcome::NoAnswer; // a read leaves nothing in doubt
+        transfer.result.outcome = Outcome::NoAnswer; // a read changes nothing
     if (transfer.result.isDone())
         items = found;
     return transfer;

@@ -17,13 +17,13 @@ constexpr int MOST_WORDS = 8; // the highest group limit
 
 using Numbers = std::set<int>;
 
-// What is asked for in one area of one station.
+// The elements wanted in one area of one station.
 struct Elements {
     Numbers numbers;
-    Numbers tied; // must come in one request with the number after them
+    Numbers tied; // must be in one request with the number after them
 };
 
-// Asks for the numbers from `first` to below `end`, in one request.
+// Adds the numbers from `first` to `end` - 1, to be read in one request.
 void addTied(int first, int end, Elements &elements)
 {
     for (int number = first; number < end; ++number) {
@@ -33,7 +33,7 @@ void addTied(int first, int end, Elements &elements)
     }
 }
 
-// The bits asked for, widened below borders so that the last run there is complete.
+// The wanted bits, extended below borders so that the last run there is complete.
 void widenBelowBorders(const QString &area, int runLength, Numbers &numbers)
 {
     std::set<int> borders;
@@ -48,7 +48,7 @@ void widenBelowBorders(const QString &area, int runLength, Numbers &numbers)
     }
 }
 
-// `runBits`: from a multiple of it on, a run of so many bits makes one request.
+// `runBits`: a run of so many bits, from a multiple of it on, makes one request.
 void cutBits(ElementRange run, const Numbers &numbers, int runBits, std::vector<ElementRange> &runs)
 {
     const int blockBits = std::min(runBits, BLOCK_BITS);
@@ -65,7 +65,7 @@ void cutBits(ElementRange run, const Numbers &numbers, int runBits, std::vector<
     }
 }
 
-// Makes the last request below a border and the first one after it too long to be joined.
+// Extends the last request below a border and the first one after it until they can't be joined.
 void keepApartAtBorders(const QString &area, int groupLimit, Elements &words)
 {
     for (int border = nextBorder(area, 0); border != INT_MAX; border = nextBorder(area, border)) {
@@ -116,7 +116,7 @@ void cutWords(const ElementRange &kind, const Elements &words, int groupLimit,
 
 using Asked = std::map<std::pair<int, QString>, Elements>; // by station and area
 
-// With neighbours that don't look alike. The driver polls the areas of a station in this order.
+// Runs whose neighbours don't look alike. The driver polls the areas of a station in this order.
 std::vector<ElementRange> cutUnlike(const Asked &asked, int groupLimit)
 {
     std::map<int, UnlikeCut> stations;
@@ -138,7 +138,7 @@ std::vector<ElementRange> cutUnlike(const Asked &asked, int groupLimit)
     return runs;
 }
 
-// Adds a value to the last run, if it goes on with that and there is room, else as a new run.
+// Adds a value to the last run if it follows that and there is room, else as a new run.
 // `most`: elements of a run.
 void addValue(const ElementRange &value, int most, Neighbours neighbours,
               std::vector<ElementRange> &runs)
@@ -167,7 +167,7 @@ std::vector<ElementRange> readRanges(const std::vector<Tag> &tags, int groupLimi
             addTied(first, first + step, elements);
     }
 
-    const int chunkBits = 8 * groupLimit; // the driver cuts longer runs itself
+    const int chunkBits = 8 * groupLimit; // the driver cuts longer runs
     const int runBits =
         chunkBits >= 2 * BLOCK_BITS ? 2 * BLOCK_BITS : std::min(chunkBits, BLOCK_BITS);
     for (auto &[key, elements] : asked) {

@@ -1,4 +1,4 @@
-// What became of one request, as the exchanges on the line show it.
+// The outcome of one request, as the exchanges on the line show it.
 #pragma once
 
 #include "host/line/poll_loop.h"
@@ -10,10 +10,10 @@ struct RequestResult {
     enum class Outcome {
         Done,     // answered; a write is confirmed
         Refused,  // the controller's last answer was an exception
-        NoAnswer, // given up; a write may have been carried out all the same
+        NoAnswer, // given up; a write may have been carried out
         NotSent,  // the line was lost, or the user stopped, before it was sent
-        Unknown   // sent, but then the line was lost, the user stopped, or no one can tell: also
-                  // of a write that was refused only when it was sent again without an answer
+        Unknown   // sent, but then the line was lost, the user stopped, or the answer does not say;
+                  // also a write that got no answer and was refused when it was sent again
     };
 
     Outcome outcome = Outcome::NotSent;
@@ -25,8 +25,8 @@ struct RequestResult {
     }
 };
 
-// The result of a request that this exchange ended. `wasUnanswered`: it was sent before and got no
-// answer, so that a write may have been carried out though it is refused now.
+// The result of a request that this exchange ended. `wasUnanswered`: an earlier attempt got no
+// answer, so a write may have been carried out although it is refused now.
 RequestResult resultOf(const Exchange &exchange, bool wasUnanswered);
 
 // Whether the driver turns to another request after the exchange.
@@ -38,7 +38,7 @@ QByteArray messageOf(const Exchange &exchange);
 // Whether the news confirm the answer to a request: its message and Exchange::number.
 bool confirms(const StepNews &news, const QByteArray &request, std::uint64_t number);
 
-// Whether the news leave that answer in doubt for good.
+// Whether the news put that answer in doubt for ever.
 bool putsInDoubt(const StepNews &news, const QByteArray &request, bool isRefused);
 
 } // namespace kmr

@@ -1,5 +1,5 @@
-// One running driver on one link: what the driver borrows from its host, the poll plan, values, and
-// single requests with their outcome.
+// One running driver on one link: the buffers that a host lends to the driver, the poll plan, the
+// values, and single requests with their outcome.
 #pragma once
 
 #include "host/driver_library.h"
@@ -34,15 +34,15 @@ struct SessionSettings {
     int groupLimit = 8; // words that a request may carry, 1 to 8
 };
 
-// The driver has one object for the whole program, so only one Session may exist at a time. Not for
-// several threads.
+// The driver has one object for the whole program, so only one Session may exist at a time. Not
+// thread-safe.
 class Session {
 public:
     // Words in the recipe buffer.
     static constexpr int RECIPE_WORDS = 32768;
 
-    // Configures the driver. Everything handed in must outlive the session. `stop` ends whatever is
-    // going on within 50 ms.
+    // Configures the driver. All arguments by reference must outlive the session. `stop` ends any
+    // operation within 50 ms.
     Session(const DriverFunctions &driver, QIODevice &device, const SessionSettings &settings,
             const std::atomic<bool> &stop, Clock clock = std::chrono::steady_clock::now);
     ~Session();
@@ -50,8 +50,8 @@ public:
     Session &operator=(const Session &) = delete;
 
     // Is called after each exchange, and for each polled block that is passed over because its
-    // station is silent (StationPauses), once the session has taken note of it.
-    // Returns the one before.
+    // station is silent (StationPauses), after the session has been updated. Returns the previous
+    // observer.
     PollLoop::Observer setObserver(PollLoop::Observer observer)
     {
         return std::exchange(m_observer, std::move(observer));
@@ -64,14 +64,14 @@ public:
     }
 
     // Is called when an answer to a read is confirmed: the run's values or states are the new ones.
-    // Returns the one before.
+    // Returns the previous observer.
     using ConfirmObserver = std::function<void(const ElementRange &run)>;
     ConfirmObserver setConfirmObserver(ConfirmObserver observer)
     {
         return std::exchange(m_confirmObserver, std::move(observer));
     }
 
-    // Is called for each element whose confirmed value is another than before, 0 at first, with the
+    // Is called for each element whose confirmed value changes (the first one from 0), with the
     // driver's address.
     using ChangeObserver = std::function<void(qint32 station, const QString &area, qint32 address)>;
     void setChangeObserver(ChangeObserver observer)
@@ -79,48 +79,47 @@ public:
         m_changeObserver = std::move(observer);
     }
 
-    // Is called when answers are confirmed or turn out to be out of step, once the session has
-    // taken note of it.
+    // Is called when answers are confirmed or prove to be out of step, after the session has been
+    // updated.
     void setStepObserver(PollLoop::StepObserver observer)
     {
         m_stepObserver = std::move(observer);
     }
 
-    // After the line was lost and is open again: configures the driver anew and forgets all values.
-    // What is to be polled must be set again.
+    // To be called when a lost line is open again: configures the driver again and forgets all
+    // values. The poll plan must be set again.
     void restart();
 
-    // Replaces what is polled in turn: runs of readRanges(). When it is empty, the elements of each
-    // request are polled, because without any the driver sends no more than three others.
+    // Replaces the runs that are polled in turn, from readRanges(). If there are none, the elements
+    // of each request are polled, because without a block the driver sends only three others.
     // Returns the number of requests that the driver makes of them.
     int poll(const std::vector<ElementRange> &runs);
 
-    // Makes one exchange. What it brings is shown once the next one to the station confirms it.
+    // Makes one exchange. Its values are shown when the next one with the station confirms it.
     PollLoop::Step step();
 
-    // Has confirmed what was answered, if the stations answer. `isToTheLast`: also waits for late
-    // answers that may still put it in doubt. To be called at the end, without waiting before a
-    // pause. Exchanged, LineLost or Stopped.
+    // Confirms what was answered, if the stations answer. `isToTheLast`: also waits for late
+    // answers that may still put it in doubt. To be called at the end, and with false before a
+    // pause. Returns Exchanged, LineLost or Stopped.
     PollLoop::Step confirm(bool isToTheLast = true);
 
-    // Reads one run of readRanges(), words or a counter, once and ahead of the polling. Blocks
-    // until it is done and confirmed.
+    // Reads one run of readRanges(), words or a counter, once and before the polling. Blocks until
+    // it is done and confirmed.
     RequestResult readOnce(const ElementRange &run);
 
-    // The same, but what it brings is confirmed by the next exchange or confirm().
+    // The same, but the answer is confirmed by the next exchange or confirm().
     RequestResult ask(const ElementRange &run);
 
     // Writes one run of writeRanges(), `values` one for each element. Blocks until it is settled
-    // and confirmed; Unknown when it was answered, but that is not confirmed. The first write of
-    // bits is preceded by a read of D0 of their station, which shows whether the line echoes; where
-    // it gets no answer, the write isn't sent. Afterwards the elements around it count as Unread
-    // until they are read again.
+    // and confirmed; Unknown if the answer is not confirmed. Before the first write of bits it
+    // reads D0 of their station, which shows whether the line echoes; without an answer to that the
+    // write isn't sent. Afterwards the elements around it are Unread until they are read again.
     RequestResult write(const ElementRange &run, const Values &values);
 
-    // The last confirmed values, whatever their quality now; 0 before the first.
+    // The last confirmed values, whatever their present quality; 0 before the first.
     Values values(const Tag &tag) const;
 
-    // How far they can be trusted.
+    // The worst state of their elements.
     ElementState state(const Tag &tag) const
     {
         return m_values.worst(tag.elements);
@@ -136,8 +135,8 @@ public:
     enum class Transfer { Download, Upload };
 
     // The recipe transfer of the driver: moves words between the recipe buffer and the controller,
-    // entry by entry. Throws Error (Usage), before anything is sent, for an entry that fits neither
-    // the buffer nor a frame. Blocks until the transfer is over. An upload that is not confirmed
+    // entry by entry. Throws Error (Usage), before anything is sent, for an entry that does not fit
+    // the buffer or a frame. Blocks until the transfer is over. An upload that is not confirmed
     // begins again, up to three times.
     RequestResult transferRecipe(const QVector<_RCP_VAR_PRO> &entries, Transfer direction,
                                  RecipeProgress &progress);
@@ -151,7 +150,7 @@ public:
     // The device number for recipe entries.
     static constexpr int DEVICE = 1;
 
-    // As readRanges() for what this session polls and reads.
+    // readRanges() of the tags, for polling and reading with this session.
     std::vector<ElementRange> ranges(const std::vector<Tag> &tags) const;
 
     bool keepsInStep() const
@@ -208,7 +207,7 @@ private:
     ConfirmedValues m_values;
     std::optional<PendingRequest> m_request;
     std::optional<PendingRecipe> m_recipeTransfer;
-    bool m_hasPlan = false;         // there is something to read in turn, whatever is requested
+    bool m_hasPlan = false;         // poll() set runs
     bool m_isRetrying = false;      // the driver sends its last request again
     qint32 m_lastRequestTag = 1000; // above the driver's own tag of read blocks
 };

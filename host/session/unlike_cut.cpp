@@ -8,10 +8,10 @@ namespace {
 
 constexpr int WORD_BYTES = 2;
 constexpr int COUNTER_BYTES = 4;
-constexpr int PAIR_KEY = 4; // the count that makes the driver read two counters
+constexpr int PAIR_KEY = 4; // the count for which the driver reads two counters
 constexpr int LAST_COUNTER = 255;
 
-// Words that come in one request whatever is cut.
+// Words that must be in one request.
 struct Atom {
     int first;
     int end;
@@ -40,15 +40,15 @@ AtomIterator longest(AtomIterator begin, AtomIterator end, int limit)
     return last;
 }
 
-// Whether a request from `begin` to before `cut` can be followed by one that neither is joined to
-// it nor looks like it.
+// Whether a request from `begin` to before `cut` can be followed by one that is not joined to
+// it and does not look like it.
 bool canFollow(AtomIterator begin, AtomIterator cut, AtomIterator end, int limit)
 {
     if (cut == end)
         return true;
     const auto next = longest(cut, end, limit);
     if (next != end)
-        return true; // it can be cut in turn
+        return true; // the rest can be cut again
     const int length = std::prev(cut)->end - begin->first;
     const int nextLength = std::prev(next)->end - cut->first;
     return nextLength != length && std::prev(next)->end - begin->first > limit;
@@ -132,7 +132,7 @@ void UnlikeCut::cutBits(const ElementRange &kind, const std::set<int> &numbers,
             run.count = 2 * BLOCK_BITS;
             add(run, TWO_BLOCKS, runs);
             number = afterTwo;
-        } else { // of 16 bits the driver would make 32; it refreshes the last one as well
+        } else { // for 16 bits the driver reads 32; it also refreshes the last one
             run.count = BLOCK_BITS - 1;
             add(run, ONE_BLOCK, runs);
             number = afterOne;

@@ -1,11 +1,11 @@
-// Cuts the elements of one station so that the answers to neighbouring requests have different
-// forms (AnswerForm), as far as that costs less than a check question between them (InStep).
+// Cuts the elements of one station so that the answers to successive requests have different forms
+// (AnswerForm), if that costs less than a check question between them (InStep).
 //
 //  - Words: full groups, groups of one word less and of two less in turn.
 //  - Counters: one and two in turn.
 //  - Bits: one block of 16 and two in turn.
-//  - What stays alike has no neighbour to be cut off or joined: words are read along with the one
-//    below, a block of 16 bits with the one after it.
+//  - If two would still look alike, words are read with the word below, and a block of 16 bits with
+//    the next block.
 #pragma once
 
 #include "host/tags/element_range.h"
@@ -17,11 +17,11 @@ namespace kmr {
 
 class UnlikeCut {
 public:
-    // The areas of a station are to be handed in in the driver's order of polling. `kind`: station
-    // and area; the runs are added to `runs`.
+    // The areas of a station must be passed in the driver's order of polling. `kind`: station and
+    // area; the runs are appended to `runs`.
     explicit UnlikeCut(int groupLimit) : m_groupLimit(groupLimit) {}
 
-    // `tied`: words that must come in one request with the word after them. No group of them is
+    // `tied`: words that must be in one request with the word after them. No group of them is
     // longer than the group limit.
     void cutWords(const ElementRange &kind, const std::set<int> &numbers, const std::set<int> &tied,
                   std::vector<ElementRange> &runs);
@@ -33,7 +33,7 @@ public:
 private:
     int m_groupLimit;
     int m_last = 0;       // bytes of the last request's answer; negative: bits
-    int m_beforeLast = 0; // likewise
+    int m_beforeLast = 0; // the same for the request before
 
     void add(ElementRange run, int bytes, std::vector<ElementRange> &runs);
 };

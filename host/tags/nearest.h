@@ -1,4 +1,4 @@
-// What a person may have meant by a word that nobody knows.
+// Suggestions for unknown words.
 #pragma once
 
 #include <QString>
@@ -6,12 +6,12 @@
 
 namespace kmr {
 
-// The one of `known` that takes the fewest changes to make of `typed`: a character inserted, left
-// out, replaced, or two neighbours exchanged. Capitals count as small letters. Empty if more than a
-// third of the characters would change.
+// The one of `known` with the fewest changes from `typed`: a character inserted, left out,
+// replaced, or two neighbours exchanged. Case does not matter. Empty if more than a third of the
+// characters would change.
 QString nearest(const QString &typed, const QStringList &known);
 
-// The same as the end of a message: ", did you mean \"station\"?", or nothing.
+// The same as the end of a message: ", did you mean \"station\"?", or empty.
 QString didYouMean(const QString &typed, const QStringList &known);
 
 } // namespace kmr

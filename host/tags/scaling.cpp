@@ -36,7 +36,7 @@ mpq_class toRational(const QString &text)
     return parts.captured(1) == "-" ? mpq_class(-number) : number;
 }
 
-// The nearest whole number, of two that are equally near the one farther from 0.
+// The nearest whole number; of two that are equally near, the one farther from 0.
 mpz_class rounded(const mpq_class &number)
 {
     const mpq_class half(1, 2);
@@ -45,7 +45,7 @@ mpz_class rounded(const mpq_class &number)
     return sgn(number) < 0 ? mpz_class(-whole) : whole;
 }
 
-// With `places` digits after the point, of which zeroes at the end are left out.
+// With `places` digits after the point, without zeros at the end.
 QString toText(const mpq_class &number, unsigned long places)
 {
     const mpz_class scaled = rounded(mpq_class(number * powerOf(10, places)));
@@ -59,7 +59,7 @@ QString toText(const mpq_class &number, unsigned long places)
     return fraction.isEmpty() ? whole : whole + '.' + fraction;
 }
 
-// Digits after the point that show a decimal number whole: its denominator is a product of twos
+// Digits after the point that show a decimal number exactly: its denominator is a product of twos
 // and fives.
 unsigned long placesOf(const mpq_class &number)
 {

@@ -1,6 +1,6 @@
-// What is shown of a number that the controller holds: the number times a factor, plus an offset.
-// All are decimal numbers as text, "0.1" or "-4e1", and are computed exactly, which floating-point
-// numbers can't: none of them is 0.1.
+// The value shown for a number in the controller: the number times a factor, plus an offset. All
+// are decimal numbers as text, "0.1" or "-4e1", and are computed exactly. Floating-point numbers
+// can't represent 0.1 exactly.
 #pragma once
 
 #include <QString>
@@ -15,11 +15,11 @@ public:
     // Both must be decimal numbers, the factor other than 0.
     explicit Scaling(QString factor, QString offset = "0");
 
-    // What is shown of `number`, which must be a decimal number, without an exponent.
+    // The value shown for `number`, which must be a decimal number without an exponent.
     QString shown(const QString &number) const;
 
-    // The number whose shown one is nearest to `text`, which must be a decimal number. `places`: to
-    // how many digits after the point.
+    // The number whose shown value is nearest to `text`, which must be a decimal number. `places`:
+    // digits after the point.
     QString held(const QString &text, int places) const;
 
 private:

@@ -19,7 +19,7 @@ bool namesBits(const QString &area, const QString &address)
     return address.count('.') == 1 && !isBitArea(area) && !isCounterArea(area);
 }
 
-// The area that the driver knows such an address by.
+// The driver's area for such an address.
 QString driverArea(const QString &area, const QString &address)
 {
     return area == "TV" && namesBits(area, address) ? QString(WORD_BIT_AREA) : area;
@@ -41,7 +41,7 @@ bool startsLikeNumber(const QString &text)
     return !text.isEmpty() && (text[0].isDigit() || text[0] == '-' || text[0] == '+');
 }
 
-// All up to the first digit.
+// The text up to the first digit.
 QString lettersOf(const QString &name)
 {
     int count = 0;
@@ -146,7 +146,7 @@ AddressCheck TagReader::check(const QString &text) const
 {
     const TagText tag = splitTag(text);
     QStringList candidates = areasThatBegin(tag.name, m_areas);
-    if (candidates.isEmpty()) // the driver shall say it
+    if (candidates.isEmpty()) // let the driver report it
         candidates.append(lettersOf(tag.name));
     std::optional<AddressCheck> longest;
     for (const QString &area : candidates) {
@@ -174,7 +174,7 @@ AddressCheck TagReader::checkIn(const QString &area, const TagText &tag) const
     return found;
 }
 
-// 0 or less if the end is not an address or lies before the beginning.
+// 0 or less if the end is not an address or is before the beginning.
 int TagReader::countOf(const QString &area, const QString &address, const TagText &tag) const
 {
     if (tag.count)
@@ -189,7 +189,7 @@ int TagReader::countOf(const QString &area, const QString &address, const TagTex
     if (ask(checked, tag.end, 1, last) != VALID)
         return 0;
     if (ask(checked, address, 1, first) != VALID)
-        return 1; // the address is what is wrong
+        return 1; // the address is wrong, not the count
     return linearNumber(checked, last) - linearNumber(checked, first) + 1;
 }
 
@@ -201,7 +201,7 @@ int TagReader::ask(const QString &area, const QString &address, int count, int &
     return m_driver->checkAddrValidity(area, address, &number, count, isBit ? 0 : 1);
 }
 
-// As the driver numbers the bits of TV words.
+// The driver's number of a bit of a TV word.
 int TagReader::askBits(const QString &area, const QString &address, int count, int &number) const
 {
     static const QRegularExpression PARTS("^([0-9]+)\\.([0-9]|1[0-5])$");
@@ -215,7 +215,7 @@ int TagReader::askBits(const QString &area, const QString &address, int count, i
     return result;
 }
 
-// Fills `tag` where the address is valid.
+// Fills `tag` if the address is valid.
 bool TagReader::readAddress(const QString &area, const QString &address, int count, Tag &tag) const
 {
     int number = 0;
@@ -278,7 +278,7 @@ QString TagReader::whyInvalid(const QString &area, const QString &address, int c
                    : QString("\"%1\" is not an address in %2").arg(address, area);
     case VALID:
         if (const auto hidden = modbus::hiddenByCounters(area))
-            return QString("%1 to %2 lie where the controller keeps its counters: use %3")
+            return QString("%1 to %2 are at the addresses of the counters: use %3")
                 .arg(elementName(area, hidden->first), elementName(area, hidden->last),
                      counterNames());
         break;

@@ -1,4 +1,4 @@
-// Tags, as a person types them, and the elements of the controller that they name.
+// Tags, as typed, and the elements of the controller that they name.
 #pragma once
 
 #include "host/driver_library.h"
@@ -21,7 +21,7 @@ enum class ElementKind {
     WordBit  // one bit of a word: read by reading the word, can't be written
 };
 
-// What a number of the controller is called: "open" for 1.
+// The text for a number of the controller: "open" for 1.
 struct ValueText {
     std::int64_t number = 0;
     QString text;
@@ -38,15 +38,14 @@ struct Tag {
     WordOrder wordOrder = WordOrder::LowFirst; // of types of 32 and 64 bits in words
     ByteOrder byteOrder = ByteOrder::LowFirst; // of texts
     QString unit;                              // of a name: "°C"
-    std::optional<Scaling> scaling;            // of a name: what is shown of its numbers
-    std::vector<ValueText> texts;              // of a name: instead of these numbers
+    std::optional<Scaling> scaling;            // of a name
+    std::vector<ValueText> texts;              // of a name: shown instead of numbers
 };
 
-// Elements that each number of the tag takes: 2 or 4 if a longer type lies in words, else 1.
+// Elements of each value of the tag: 2 or 4 for a longer type in words, else 1.
 int elementsPerNumber(const Tag &tag);
 
-// What the driver says of the address in a tag. Of bits of D and CV words, what it says of the
-// words.
+// The driver's check of the address in a tag. For bits of D and CV words, that of the words.
 struct AddressCheck {
     QString area;    // the driver's: "TV_bit" for bits of TV words
     QString address; // as typed
@@ -54,24 +53,24 @@ struct AddressCheck {
     int result = 0; // of intf_checkAddrValidity()
 };
 
-// Reads tags. The driver decides which addresses are valid. Beyond that the reader refuses what a
-// request could not fetch: words where the controller keeps its counters, and the octal numbers
-// after an area's end, which the driver computes in decimal. It adds the bits of D and CV words,
-// D100.3, of which the driver knows only those of TV words.
+// Reads tags. The driver decides which addresses are valid. The reader also refuses what a request
+// can't read: words at the addresses of the controller's counters, and octal numbers after an
+// area's end, which the driver computes in decimal. It adds the bits of D and CV words, D100.3; the
+// driver knows only those of TV words.
 class TagReader {
 public:
-    // `station`: for tags that name none, 1 to 99. `driver` must outlive the reader.
+    // `station`: for tags without a station, 1 to 99. `driver` must outlive the reader.
     TagReader(const DriverFunctions &driver, int station, WordOrder wordOrder = WordOrder::LowFirst,
               ByteOrder byteOrder = ByteOrder::LowFirst);
 
-    // Throws Error (Usage) that says what is wrong with the tag. Where an address fits two areas,
-    // the longer name counts: CV2200 is the counter CV2 200, CV21 the word CV 21, since CV2 begins
-    // at 200.
+    // Throws Error (Usage) that says what is wrong with the tag. If an address fits two areas, the
+    // one with the longer name counts: CV2200 is the counter CV2 200, CV21 the word CV 21, since
+    // CV2 begins at 200.
     Tag read(const QString &text) const;
 
-    // What the driver says of a tag, whose areas read() would try, too. Of a run whose end is
-    // wrong, what it says of the end. Throws Error (Usage) for what has not the form of a tag, or
-    // ends before it begins.
+    // The driver's check of a tag, for the same areas as read(). For a run whose end is wrong, the
+    // check of the end. Throws Error (Usage) for a text that does not have the form of a tag, and
+    // for a run that ends before it begins.
     AddressCheck check(const QString &text) const;
 
     // The areas of the driver's catalogue, bit areas first.

@@ -78,7 +78,7 @@ TagText splitTag(const QString &text)
     if (match.capturedStart(1) >= 0)
         tag.station = match.captured(1).toInt();
     if (tag.station && (*tag.station < MIN_STATION || *tag.station > MAX_STATION))
-        throw badTag(text, "a station is 1 to 99, two decimal digits travel on the line");
+        throw badTag(text, "a station is 1 to 99, sent as two decimal digits");
     tag.name = match.captured(2);
     if (match.capturedStart(5) >= 0)
         tag.type = readType(text, match.captured(5));

@@ -1,9 +1,9 @@
-// The parts of what a person types to name elements of the controller:
+// The parts of a typed tag:
 //
 //     [STATION#]AREA ADDRESS[..END | xCOUNT][/TYPE]
 //
-// written together, for example D100, X0..17, 2#M0x16, D100.3, D100/float32, D200x8/text. END and
-// COUNT both count elements, whatever the type: D100x4/float32 are two values in four words.
+// written without blanks, for example D100, X0..17, 2#M0x16, D100.3, D100/float32, D200x8/text. END
+// and COUNT both count elements, whatever the type: D100x4/float32 are two values in four words.
 //
 // TYPE says how the words are read as values:
 //
@@ -13,7 +13,7 @@
 //   uint16    1 word                      decimal
 //   int32     2 words or 1 counter        decimal with sign
 //   uint32    2 words or 1 counter        decimal
-//   float32   2 words or 1 counter        decimal, as many digits as tell it from its neighbours
+//   float32   2 words or 1 counter        decimal, as many digits as needed to read it back
 //   int64     4 words                     decimal with sign
 //   uint64    4 words                     decimal
 //   float64   4 words                     as float32
@@ -21,7 +21,7 @@
 //   bcd       1 word or 1 counter         4 or 8 decimal digits, one in each 4 bits
 //   text      all words                   2 characters (Latin-1) a word
 //
-// What isn't a number in a float or bcd is shown as hex.
+// A float or bcd that isn't a number is shown as hex.
 #pragma once
 
 #include "host/error.h"
@@ -60,26 +60,26 @@ std::optional<ValueType> valueTypeOf(const QString &name);
 // All names, for messages.
 QStringList valueTypeNames();
 
-// The words that one value of the type takes, 1, 2 or 4.
+// The words of one value of the type: 1, 2 or 4.
 int wordsOf(ValueType type);
 
-// The lowest station number, and the highest: two decimal digits travel.
+// The lowest and the highest station number: a request has two decimal digits for it.
 constexpr int MIN_STATION = 1;
 constexpr int MAX_STATION = 99;
 
 struct TagText {
     std::optional<int> station;
     QString name;             // area and address: "CV2200"
-    QString end;              // empty where there is none
+    QString end;              // empty if there is none
     std::optional<int> count; // 1 to 65537
     ValueType type = ValueType::Plain;
 };
 
-// Splits a tag. Which areas and addresses there are is for the driver to say. Throws Error (Usage)
-// for what has not this form, and for stations, counts and types that don't exist.
+// Splits a tag without checking area and address. Throws Error (Usage) for a text without this
+// form, and for stations, counts and types that don't exist.
 TagText splitTag(const QString &text);
 
-// The tag that has these parts.
+// The tag with these parts.
 QString joinTag(const TagText &tag);
 
 // The error (Usage) of a bad tag.

@@ -17,7 +17,7 @@ namespace kmr {
 
 namespace {
 
-// After the point: they tell even the smallest doubles apart.
+// After the point: enough to distinguish the smallest doubles.
 constexpr int FLOAT_PLACES = 345;
 
 struct Limits {
@@ -147,7 +147,7 @@ std::optional<quint64> numberBits(const Tag &tag, const QString &text)
                              : integerBits(tag, tag.scaling->held(text, 0));
 }
 
-// As a person types the limits.
+// The limits as they are typed.
 QString rangeText(const Tag &tag)
 {
     const Limits limits = limitsOf(tag);
@@ -249,7 +249,7 @@ Values parseText(const Tag &tag, const QString &text)
     return values;
 }
 
-// Up to the zeroes at the end.
+// The text without zeros at the end.
 QString textOf(const Tag &tag, const Values &values)
 {
     const int first = tag.byteOrder == ByteOrder::LowFirst ? 0 : 8;
@@ -273,7 +273,7 @@ QString textOf(const Tag &tag, const Values &values)
     return text;
 }
 
-// As few digits as tell it from its neighbours.
+// As few digits as needed to read it back.
 template <typename Float> QString floatText(Float value)
 {
     char text[32];
@@ -281,7 +281,7 @@ template <typename Float> QString floatText(Float value)
     return QString::fromLatin1(text, static_cast<int>(result.ptr - text));
 }
 
-// What is not a number keeps its bits, since many of them mean none.
+// A value that is not a number is shown as its bits, since many bit patterns are not a number.
 template <typename Float, typename Bits> Value floatValue(const Tag &tag, quint64 bits)
 {
     const Bits narrow = static_cast<Bits>(bits);
@@ -292,7 +292,7 @@ template <typename Float, typename Bits> Value floatValue(const Tag &tag, quint6
     return floatText(value).toDouble();
 }
 
-// Digits that are not decimal ones make a hexadecimal number of it.
+// With digits that are not decimal it is shown as a hexadecimal number.
 Value bcdValue(const Tag &tag, quint64 bits)
 {
     bool isNumber = false;
@@ -302,7 +302,7 @@ Value bcdValue(const Tag &tag, quint64 bits)
     return hexText(tag, bits);
 }
 
-// The number that the controller holds.
+// The number in the controller.
 Value valueOf(const Tag &tag, quint64 bits)
 {
     switch (tag.type) {
@@ -332,7 +332,7 @@ Value valueOf(const Tag &tag, quint64 bits)
     return std::uint64_t{bits};
 }
 
-// As a double if that stands for the same bits when it is written.
+// As a double if that has the same bits when it is written.
 Value scaled(const Tag &tag, const Value &held, quint64 bits)
 {
     const QString number = toText(held);
@@ -356,7 +356,7 @@ Value shownOf(const Tag &tag, quint64 bits)
     return tag.scaling ? scaled(tag, held, bits) : held;
 }
 
-// "1 open "not ready"", where a tag has texts.
+// "1 open "not ready"", if a tag has texts.
 QStringList splitValues(const Tag &tag, const QString &text)
 {
     static const QRegularExpression SEPARATORS("[,\\s]+");

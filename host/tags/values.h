@@ -1,4 +1,4 @@
-// Values: as the driver has them, as a person types and sees them, and as programs take them.
+// Values: as the driver has them, as people type and see them, and as programs use them.
 #pragma once
 
 #include "host/tags/tag.h"
@@ -12,28 +12,28 @@
 
 namespace kmr {
 
-// One for each element of a tag, or for each bit of a word: what the controller holds.
+// The controller's values: one for each element of a tag, or for each bit of a word.
 using Values = std::vector<std::uint32_t>;
 
 // Reads a tag's values, separated by blanks or commas: decimal numbers, or 0x and hexadecimal or 0b
-// and binary digits for the bits as they are, whatever the type and the scaling. Without a type 0
-// or 1, on or off for bits, -32768 to 65535 for words and -2147483648 to 4294967295 for counters.
-// What interpret() shows stands for the same value: a scaled number, one of the tag's own texts (in
-// quotes if it has blanks and is not alone), the unit at the end. A tag of type text is taken as it
-// is, padded with zeroes; \xNN stands for any character, \\ for a backslash. Throws Error (Usage)
-// if a value is out of the type's range or their number is not the tag's.
+// and binary digits for the bits, whatever the type and the scaling. Without a type 0 or 1, on or
+// off for bits, -32768 to 65535 for words and -2147483648 to 4294967295 for counters. The text of
+// interpret() gives the same value: a scaled number, one of the tag's own texts (in quotes if it
+// has blanks and is not alone), the unit at the end. The value of type text is used as it is,
+// padded with zeros; \xNN is any character, \\ a backslash. Throws Error (Usage) if a value is out
+// of the type's range or their number does not fit the tag.
 Values parseValues(const Tag &tag, const QString &text);
 
-// One value as its type has it. Texts are text, and so is what would not come back as a number: a
-// float that is none and a bcd value with other digits, as their bits in hexadecimal digits, and a
-// scaled number with more digits than a double has.
+// One value in its type. It is a text for type text, and if it could not be read back as a number:
+// a float that is not a number and a bcd value with other digits, as their bits in hexadecimal
+// digits, and a scaled number with more digits than a double has.
 using Value = std::variant<std::int64_t, double, QString, std::uint64_t>;
 
-// The values that a tag's elements hold, scaled, or the tag's own texts for them. `values` has one
-// for each element.
+// The values of a tag's elements, scaled, or the tag's own texts for them. `values` has one for
+// each element.
 std::vector<Value> interpret(const Tag &tag, const Values &values);
 
-// The same as text for a person, and separated by blanks as parseValues() takes them.
+// The same as texts, and separated by blanks as parseValues() accepts them.
 QString toText(const Value &value);
 QStringList valueTexts(const Tag &tag, const Values &values);
 QString formatValues(const Tag &tag, const Values &values);

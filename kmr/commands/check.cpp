@@ -8,8 +8,8 @@ namespace kmr {
 namespace {
 
 const char *const HELP =
-    R"(Results: 0 valid, 1 wrong kind, 2 out of range, 3 unknown area, 4 no address.
-Ends with 1 when one is not valid.
+    R"(Results: 0 valid, 1 wrong kind, 2 out of range, 3 unknown area, 4 not an address.
+Ends with 1 if one is not valid.
 
 Examples:
   kmr check D100 X17 TV5.3
@@ -22,14 +22,14 @@ struct CheckOptions {
 QString resultText(int result)
 {
     static const char *const TEXTS[] = {
-        "valid",        "bits asked of a word area, or words of a bit area",
-        "out of range", "unknown area",
-        "no address",   "a data type that counters don't have"};
+        "valid",          "bits wanted from a word area, or words from a bit area",
+        "out of range",   "unknown area",
+        "not an address", "a data type that counters don't have"};
     return result >= 0 && result < static_cast<int>(std::size(TEXTS)) ? TEXTS[result]
                                                                       : "unknown result";
 }
 
-// False if the tag is not valid.
+// Returns false if the tag is not valid.
 bool addCheck(RecordWriter &records, const NamedTagReader &tags, const QString &text)
 {
     try {
@@ -42,7 +42,7 @@ bool addCheck(RecordWriter &records, const NamedTagReader &tags, const QString &
                         .arg(check.count),
                     {text, check.area, check.address, check.count, check.result, meaning});
         return check.result == 0;
-    } catch (const Error &error) { // the driver was not even asked
+    } catch (const Error &error) { // the driver was not asked
         records.add(error.text(), {text, {}, {}, {}, {}, error.text()});
         return false;
     }
@@ -68,7 +68,7 @@ void addCheck(CLI::App &app, Command &chosen)
 {
     const auto check = std::make_shared<CheckOptions>();
     CLI::App *command = app.add_subcommand("check", "Ask the driver whether addresses are valid");
-    command->add_option("TAG", check->tags, "what to ask about")->required();
+    command->add_option("TAG", check->tags, "the tags to check")->required();
     command->footer(HELP);
     setAction(*command, chosen, check, runCheck);
 }

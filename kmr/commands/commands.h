@@ -1,6 +1,6 @@
 // The commands of kmr, each in the file of its name. Each function adds one to the command line,
-// and that sets `chosen` when it is named. Values and records go to stdout, all else to stderr;
-// what can't even be begun is thrown as Error.
+// which sets `chosen` if the command is named. Values and records go to stdout, everything else to
+// stderr. A command that can't begin throws Error.
 #pragma once
 
 #include "kmr/command_line.h"
@@ -14,7 +14,7 @@ void addCheck(CLI::App &app, Command &chosen);
 void addConfig(CLI::App &app, Command &chosen, const OptionReader &reader);
 void addDecode(CLI::App &app, Command &chosen);
 void addDoctor(CLI::App &app, Command &chosen);
-void addHelp(CLI::App &app); // it is done while the command line is read
+void addHelp(CLI::App &app); // runs while the command line is read
 void addListen(CLI::App &app, Command &chosen);
 void addLog(CLI::App &app, Command &chosen);
 void addPing(CLI::App &app, Command &chosen);
@@ -31,9 +31,8 @@ void addTrace(CLI::App &app, Command &chosen);
 void addWatch(CLI::App &app, Command &chosen);
 void addWrite(CLI::App &app, Command &chosen);
 
-// Not a command but the flag --version: the versions of kmr and of its Qt, and which driver library
-// it loads, built with which Qt. A library that is missing or does not fit is reported, and no
-// failure.
+// The flag --version: the versions of kmr and its Qt, and the driver library with its Qt. A library
+// that is missing or does not fit is reported, but is not a failure.
 ExitCode runVersion(const Options &options);
 
 } // namespace kmr

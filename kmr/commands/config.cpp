@@ -8,10 +8,10 @@ namespace kmr {
 
 namespace {
 
-const char *const HELP = R"(The project's kmr.toml may hold each of them, for example
+const char *const HELP = R"(The project's kmr.toml may hold each of these settings, for example
   link = "tcp://192.168.0.10:8888"
   tags = ["D100", "X0..17"]
-The command line wins over kmr.toml, and kmr.toml over the environment.
+The command line takes precedence over kmr.toml, and kmr.toml over the environment.
 
 Examples:
   kmr config

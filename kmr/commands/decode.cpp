@@ -1,4 +1,4 @@
-// kmr decode: explains lines of text that are typed.
+// kmr decode: explains typed lines.
 #include "host/line/frame_text.h"
 #include "kmr/command_line.h"
 #include "kmr/commands/commands.h"
@@ -10,8 +10,8 @@ namespace kmr {
 namespace {
 
 const char *const HELP =
-    R"(An answer to a read does not say what it answers: give the request before it.
-Ends with 1 when a line is not a good frame.
+    R"(An answer to a read does not say which elements it has: give the request before it.
+Ends with 1 if a line is not a good frame.
 
 Examples:
   kmr decode :01031064000880
@@ -80,8 +80,8 @@ ExitCode runDecode(const Options &options, const DecodeOptions &decode)
 void addDecode(CLI::App &app, Command &chosen)
 {
     const auto decode = std::make_shared<DecodeOptions>();
-    CLI::App *command = app.add_subcommand("decode", "Explain lines of text from the wire");
-    command->add_option("FRAME", decode->frames, "a line, ':' to LRC; the end may be left out")
+    CLI::App *command = app.add_subcommand("decode", "Explain lines from the wire");
+    command->add_option("FRAME", decode->frames, "a line, ':' to LRC; CR LF may be left out")
         ->required();
     command->footer(HELP);
     setAction(*command, chosen, decode, runDecode);

@@ -11,12 +11,12 @@ namespace kmr {
 namespace {
 
 const char *const HELP =
-    R"(Opens the link, asks the station three times and says what is wrong and what to do. A silent
-station is asked once more and given five times --timeout. Over TCP a peer that still does not
-answer is asked to read a register in Modbus TCP and in Modbus RTU, to say if it speaks these
-instead. With --try it asks once in each usual framing until one is answered, and names that link.
-Ends with 0 when the line is good, 1 when only some requests are answered, 3 when the link
-could not be opened, 4 when nothing answers as it should, 5 when what is asked is refused.
+    R"(Opens the link, sends three requests to the station and says what is wrong and what to do.
+If the station is silent, it sends one more and waits five times --timeout. If a peer over TCP still
+does not answer, it tries Modbus TCP and Modbus RTU and reports if the peer speaks one of these.
+With --try it sends one request in each usual framing until one is answered, and names that link.
+Ends with 0 if the line is good, 1 if only some requests are answered, 3 if the link could not
+be opened, 4 if there is no good answer, 5 if the requests are refused.
 
 Examples:
   kmr doctor --link serial:///dev/ttyUSB0?baud=19200
@@ -24,7 +24,7 @@ Examples:
 
 struct DoctorOptions {
     bool tryFramings = false; // the usual speeds and frame formats of a serial line
-    std::string tag = "D0";   // what is read
+    std::string tag = "D0";   // to be read
 };
 
 constexpr int PROBES = 3;
@@ -54,7 +54,7 @@ bool isAnswered(Finding finding)
     return finding == Finding::Good || finding == Finding::Refused || finding == Finding::WrongEcho;
 }
 
-// What answers say that no request waited for.
+// The diagnosis of answers that no request waited for.
 Diagnosis diagnoseStrays(const Statistics &statistics)
 {
     if (statistics.late() > 0) {
@@ -69,12 +69,11 @@ Diagnosis diagnoseStrays(const Statistics &statistics)
     return {
         Finding::OutOfStep,
         QString("Answers come twice: %1 that no request waited for.").arg(statistics.strays()),
-        "Look for a repeater, radio, modem or serial server that sends again what it passes on, "
-        "and for a second host. kmr shows no value that such an answer puts in doubt, but asks "
-        "again."};
+        "Look for a repeater, radio, modem or serial server that sends characters twice, and for a "
+        "second host. kmr shows no value that such an answer puts in doubt, but asks again."};
 }
 
-// Asks `count` times, each once. Nothing when the user stops it.
+// Sends `count` requests, without retries. Nothing if the user stops it.
 std::optional<Diagnosis> ask(Session &session, const ElementRange &element, int count,
                              EchoMode echo)
 {
@@ -90,7 +89,7 @@ std::optional<Diagnosis> ask(Session &session, const ElementRange &element, int 
         case PollLoop::Step::LineLost:
             return Diagnosis{
                 Finding::Lost, "The other side closed the link, or the adapter was unplugged.",
-                "Check that no other host is connected, since some gateways take only one, and "
+                "Check that no other host is connected, since some gateways accept only one, and "
                 "that the other side speaks Modbus ASCII."};
         case PollLoop::Step::Stopped:
             return std::nullopt;
@@ -107,12 +106,12 @@ std::optional<Diagnosis> ask(Session &session, const ElementRange &element, int 
                                                             : diagnosis;
 }
 
-// Opens the link and asks `count` times. Throws Error for wrong usage and for a driver that does
-// not load.
+// Opens the link and sends `count` requests. Throws Error for wrong usage and for a driver that
+// does not load.
 std::optional<Diagnosis> examine(Options options, const QString &tag, int count)
 {
     const EchoMode echo = options.echo;
-    options.echo = EchoMode::Auto; // or a wrong setting would hide the answers
+    options.echo = EchoMode::Auto; // a wrong setting would hide the answers
     options.retries = 0;
     Connection connection(options);
     ElementRange element = connection.readTags({tag}).front().elements;
@@ -126,13 +125,13 @@ std::optional<Diagnosis> examine(Options options, const QString &tag, int count)
     }
 }
 
-// Silence may only be slowness: asks once more and waits longer.
+// A silent station may only be slow: sends one more request and waits longer.
 std::optional<Diagnosis> examineSilence(Options options, const QString &tag,
                                         const Diagnosis &silence)
 {
     const QString timeout = QString::number(options.timeout.count());
     options.timeout *= PATIENCE;
-    options.capture.clear(); // its file is written already
+    options.capture.clear(); // the file is already written
     const QString longer = QString::number(options.timeout.count());
     printError(QString("no answer within %1 ms: waiting %2 ms for one").arg(timeout, longer));
     const std::optional<Diagnosis> patient = examine(options, tag, 1);
@@ -146,7 +145,7 @@ std::optional<Diagnosis> examineSilence(Options options, const QString &tag,
             .arg(longer)};
 }
 
-// A peer over TCP that doesn't understand us may understand another Modbus.
+// A peer over TCP that doesn't answer may speak another Modbus protocol.
 Diagnosis examineProtocol(const Options &options, const QString &tag, const Diagnosis &diagnosis)
 {
     const LinkAddress address = linkOf(options);
@@ -155,28 +154,28 @@ Diagnosis examineProtocol(const Options &options, const QString &tag, const Diag
                            diagnosis.finding == Finding::Garbled;
     if (address.kind != LinkAddress::Kind::Tcp || !isStrange)
         return diagnosis;
-    printError("no Modbus ASCII: asking in Modbus TCP and Modbus RTU");
+    printError("no Modbus ASCII: trying Modbus TCP and Modbus RTU");
     const int station = Connection(options).readTags({tag}).front().elements.station;
     const auto protocol = findOtherProtocol(address, station, options.timeout, stopFlag());
     return protocol ? diagnose(*protocol) : diagnosis;
 }
 
-// With what options and commands the advice is followed.
+// The options and commands for the advice.
 QString hintFor(const Diagnosis &diagnosis)
 {
     switch (diagnosis.finding) {
     case Finding::Refused:
-        return diagnosis.exceptionCode == 2 ? " --tag names what is read." : "";
+        return diagnosis.exceptionCode == 2 ? " --tag names the element to read." : "";
     case Finding::Unsteady:
-        return " --timeout sets how long one may take. 'kmr ping' measures the losses.";
+        return " --timeout sets how long an answer may take. 'kmr ping' measures the losses.";
     case Finding::WrongEcho:
         return " The option is --echo.";
     case Finding::Silent:
         return " 'kmr scan' asks other stations, --try other speeds and frames.";
     case Finding::OtherStation:
-        return " --station names the one that is asked.";
+        return " --station names the station to ask.";
     case Finding::NoFit:
-        return " --timeout sets how long one may take.";
+        return " --timeout sets how long an answer may take.";
     case Finding::WrongParity:
         return " In --link it is frame=.";
     case Finding::Garbled:
@@ -196,7 +195,7 @@ void tell(RecordWriter &records, const QString &link, const Diagnosis &diagnosis
 
 ExitCode stopped()
 {
-    printError("stopped before the line was known");
+    printError("stopped before the diagnosis was complete");
     return ExitCode::NoAnswer;
 }
 
@@ -220,7 +219,7 @@ QStringList usualLinks(const Options &options)
     return links;
 }
 
-// Asks once over each link until one is answered, or can't be opened.
+// Sends one request over each link until one is answered, or can't be opened.
 ExitCode tryFramings(Options options, const QString &tag, RecordWriter &records)
 {
     const QStringList links = usualLinks(options);
@@ -237,7 +236,7 @@ ExitCode tryFramings(Options options, const QString &tag, RecordWriter &records)
         }
         const QString name = findingName(diagnosis->finding);
         printError(link + ": " + name);
-        records.add({}, {now(), link, name, {}, {}}); // advice for each would only confuse
+        records.add({}, {now(), link, name, {}, {}}); // no advice for framings that don't fit
     }
     printError(QString("none of %1 usual framings is answered: check that the controller is on, "
                        "its station number, the cable and its two wires")
@@ -277,7 +276,7 @@ void addDoctor(CLI::App &app, Command &chosen)
     CLI::App *command = app.add_subcommand("doctor", "Say what is wrong with the line");
     command->add_flag("--try", doctor->tryFramings,
                       "try the usual speeds and frame formats of a serial link");
-    command->add_option("--tag", doctor->tag, "what is read")->capture_default_str();
+    command->add_option("--tag", doctor->tag, "the element to read")->capture_default_str();
     command->footer(HELP);
     setAction(*command, chosen, doctor, runDoctor);
 }

@@ -1,4 +1,4 @@
-// kmr help: what --help shows.
+// kmr help: the same texts as --help.
 #include "host/error.h"
 #include "kmr/command_line.h"
 #include "kmr/commands/commands.h"
@@ -19,8 +19,8 @@ const CLI::App *find(const CLI::App &app, const std::string &name)
     return commands.empty() ? nullptr : commands.front();
 }
 
-// Throws Error (Usage) for what is not a command. `App::help()` would explain the command that was
-// chosen, which is this one.
+// Throws Error (Usage) for an unknown command. `App::help()` would explain the chosen command,
+// which is this one.
 QString helpOf(const CLI::App &app, const std::vector<std::string> &names)
 {
     const CLI::App *command = &app;
@@ -43,7 +43,7 @@ void addHelp(CLI::App &app)
 {
     const auto names = std::make_shared<std::vector<std::string>>();
     CLI::App *command = app.add_subcommand("help", "Explain a command, as --help does");
-    command->add_option("COMMAND", *names, "which (default: kmr itself)");
+    command->add_option("COMMAND", *names, "the command (default: kmr itself)");
     command->footer(HELP);
     command->callback([&app, names] {
         print(helpOf(app, *names).trimmed()); // print() ends the line

@@ -1,4 +1,4 @@
-// kmr listen: explains the traffic of a line that another host is master of.
+// kmr listen: explains the traffic of a line with another master.
 #include "host/line/line_trace.h"
 #include "host/line/link.h"
 #include "kmr/command_line.h"
@@ -15,17 +15,16 @@ namespace kmr {
 namespace {
 
 const char *const HELP =
-    R"(Only reads: it never sends, so the host that asks and its controllers are not disturbed.
+    R"(Never sends, so it does not disturb the other host and its controllers.
 Each line: time, direction (> request, < answer), frame, meaning. An answer is explained by the
-request before it. Characters that are not a whole frame are shown once the next frame begins or
-nothing has come for a second.
-On a two-wire line it hears both sides; on RS-232 and four wires only what arrives at its
-receiver. Over TCP the gateway has to pass on what it hears to each connection.
-With --capture the requests are kept as sent, so that 'kmr replay' can stand in for the
-controller.
-Ends on Ctrl-C, after --for, and when the link is lost, with a summary on stderr: with 0 when
-whole frames were heard, 3 when the link could not be opened, 4 when none was heard or the link
-was lost.
+request before it. Characters that are not a whole frame are shown when the next frame begins or
+after a second of silence.
+On a two-wire line it receives both sides; on RS-232 and four wires only the side that is connected
+to its receiver. Over TCP the gateway has to send all traffic to each connection.
+With --capture the requests are stored as sent, so that 'kmr replay' can replace the controller.
+Ends on Ctrl-C, after --for, and when the link is lost, with a summary on stderr. Exit codes: 0
+whole frames were received, 3 the link could not be opened, 4 no whole frame was received or the
+link was lost.
 
 Examples:
   kmr listen --link serial:///dev/ttyUSB0?baud=19200
@@ -44,7 +43,7 @@ struct Heard {
     int requests = 0;
     int answers = 0;
     int refusals = 0;
-    int unreadable = 0; // or with a wrong LRC
+    int unreadable = 0; // also those with a wrong LRC
 };
 
 void count(const TracedLine &line, Heard &heard)
@@ -56,7 +55,7 @@ void count(const TracedLine &line, Heard &heard)
     ++counter;
 }
 
-// Hands on what the line brings. False when it is lost before the end that was asked for.
+// Passes the received characters to `trace`. Returns false if the line is lost before `end`.
 bool hear(QIODevice &line, const QDeadlineTimer &end, LineTrace &trace)
 {
     QDeadlineTimer silence(LONGEST_SILENCE);
@@ -91,8 +90,8 @@ ExitCode report(const Heard &heard, bool isLineLost)
         return ExitCode::Ok;
     printError(heard.unreadable > 0
                    ? "no whole frame came: check baud and frame in --link, and the wires"
-                   : "nothing came: check that a host asks on this line, the wires and their "
-                     "order, and over TCP that the gateway passes on what it hears");
+                   : "nothing came: check that a host uses this line, the wires and their order, "
+                     "and over TCP that the gateway sends all traffic to each connection");
     return ExitCode::NoAnswer;
 }
 

@@ -1,4 +1,4 @@
-// kmr log: keeps values in a file.
+// kmr log: records values in a file.
 #include "host/error.h"
 #include "kmr/command_line.h"
 #include "kmr/commands/commands.h"
@@ -26,16 +26,16 @@ constexpr milliseconds STOP_CHECK(50);
 
 const char *const HELP =
     R"(Reads all tags in turn and appends a row for each round: the time, and for each tag
-its value and quality. A value stands only in the row in which it was read:
+its value and quality. A value is only in the row in which it was read:
   good       read, and confirmed
-  not read   good before, but not read since the row before; the value is empty
+  not read   good before, but not read since the previous row; the value is empty
   stale      its last request was given up, or the line is lost; the value is empty
   pending    not read yet; the value is empty
 
-The file's name says what it is: .csv has a row for each round and two columns for
-each tag; .sqlite, .sqlite3 and .db are databases with a table
-samples(time, tag, value, unit, quality). A file that holds the same tags is continued.
-A power cut costs the last second at most. A lost line is opened again. Ctrl-C ends it.
+The file's name decides on the format: .csv has a row for each round and two columns
+for each tag; .sqlite, .sqlite3 and .db are databases with a table
+samples(time, tag, value, unit, quality). A file with the same tags is continued.
+A power failure loses at most the last second. A lost line is opened again. Ctrl-C ends it.
 
 )";
 const char *const EXAMPLES = R"(
@@ -116,7 +116,7 @@ private:
         m_cycle.begin(m_session.poll(m_sampler.ranges()), steady_clock::now());
     }
 
-    // One exchange, a part of a pause, or the way back from a lost line.
+    // One exchange, a part of a pause, or a reconnection.
     void next()
     {
         if (m_rowsOfCycles != m_cycle.ended()) {
@@ -212,16 +212,16 @@ ExitCode runLog(const Options &options, const LogOptions &log)
 void addLog(CLI::App &app, Command &chosen)
 {
     const auto log = std::make_shared<LogOptions>();
-    CLI::App *command = app.add_subcommand("log", "Keep values in a file");
+    CLI::App *command = app.add_subcommand("log", "Record values in a file");
     command->add_option("TAG", log->tags, WANTED_TAGS);
     command->add_option("--output", log->output, "the file: NAME.csv, .sqlite, .sqlite3 or .db")
         ->required();
-    command->add_option("--every", log->every, "seconds from one row to the next, at least")
+    command->add_option("--every", log->every, "minimum seconds from one row to the next")
         ->check(CLI::Range(0.001, 86400.0))
         ->capture_default_str();
-    command->add_flag("--on-change", log->isOnChange, "leave out rows that say nothing new");
+    command->add_flag("--on-change", log->isOnChange, "leave out rows without a change");
     command->add_option("--rotate", log->rotate,
-                        "go on with a new file, named after its begin: day, or after so many "
+                        "begin a new file, with its start time in the name: day, or after so many "
                         "megabytes");
     command->add_option("--for", log->seconds, "end after this many seconds")
         ->check(aboveZero(1e9));

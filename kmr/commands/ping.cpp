@@ -12,8 +12,8 @@ namespace kmr {
 namespace {
 
 const char *const HELP =
-    R"(Nothing is sent again, so every loss counts. A refusal is an answer, too. Ends with 0 when
-all were answered, 1 when some were lost, 4 when all were.
+    R"(Nothing is sent again, so every loss counts. A refusal is also an answer. Ends with 0 if all
+requests were answered, 1 if some were lost, 4 if all were lost.
 
 Examples:
   kmr ping 10 --link tcp://192.168.0.10:8888
@@ -22,18 +22,18 @@ Examples:
 struct PingOptions {
     std::optional<std::uint64_t> count; // requests; none: until Ctrl-C
     double interval = 1;                // seconds
-    std::string tag = "D0";             // what is read
+    std::string tag = "D0";             // to be read
 };
 
 // One request's record, held back until its answer is confirmed.
 struct Held {
     QString line;
     std::vector<Field> fields;
-    std::optional<std::chrono::nanoseconds> roundTrip; // when it was answered
+    std::optional<std::chrono::nanoseconds> roundTrip; // if it was answered
     bool isInDoubt = false;
 };
 
-// What is said of an answer that came out of step instead.
+// The record of an answer that came out of step.
 Held inDoubt(const Held &held, const QString &station, const QString &tag)
 {
     const QString fault = toText(ReplyFault::NotConfirmed);
@@ -54,7 +54,7 @@ QString summary(std::uint64_t sent, std::uint64_t answered, const Statistics &st
     return answered == 0 ? counts : counts + '\n' + toText(statistics.roundTrips());
 }
 
-// Reads one element again and again, each time once.
+// Reads one element repeatedly, without retries.
 ExitCode runPing(const Options &options, const PingOptions &ping)
 {
     Connection connection(withoutRetries(options));
@@ -110,7 +110,7 @@ ExitCode runPing(const Options &options, const PingOptions &ping)
     if (last == PollLoop::Step::LineLost)
         printError("the line was lost: check the cable or the network, then start again");
     if (answered == 0 && last == PollLoop::Step::Exchanged)
-        printError(QString("no answer within %1 ms: 'kmr doctor' finds out whether they come late")
+        printError(QString("no answer within %1 ms: 'kmr doctor' finds out if answers come late")
                        .arg(options.timeout.count()));
     if (answered == 0)
         return ExitCode::NoAnswer;
@@ -129,7 +129,7 @@ void addPing(CLI::App &app, Command &chosen)
     command->add_option("--interval", ping->interval, "seconds between requests")
         ->check(numberBetween(0, 3600))
         ->capture_default_str();
-    command->add_option("--tag", ping->tag, "what is read")->capture_default_str();
+    command->add_option("--tag", ping->tag, "the element to read")->capture_default_str();
     command->footer(HELP);
     setAction(*command, chosen, ping, runPing);
 }

@@ -1,4 +1,4 @@
-// kmr plan: the requests that polling tags takes.
+// kmr plan: the requests for polling tags.
 #include "host/line/answer_form.h"
 #include "host/line/in_step.h"
 #include "host/line/link.h"
@@ -12,11 +12,11 @@ namespace kmr {
 
 namespace {
 
-constexpr int READ_ANSWER_CHARS = 11; // that are not data
+constexpr int READ_ANSWER_CHARS = 11; // characters that are not data
 
 const char *const HELP =
     R"(Opens no link. Times are those of the characters, in the link's frame format or 7E1, and of
---gap. Ends with 1 when an element would never be refreshed or read wrongly.
+--gap. Ends with 1 if an element would never be refreshed or would be read wrongly.
 
 )";
 const char *const EXAMPLES = R"(
@@ -31,7 +31,7 @@ struct PlanOptions {
     bool isRaw = false;      // the tags as typed, not as kmr polls them
 };
 
-// The link's settings if it is a serial one, else the driver's default ones.
+// With the settings of a serial link, else with the driver's default settings.
 std::chrono::nanoseconds characterTimeOf(const Options &options, std::optional<int> baud)
 {
     LinkAddress address;
@@ -81,7 +81,7 @@ void tellRequest(RecordWriter &records, const PollBlock &block, std::chrono::nan
                  {}});
 }
 
-// What one round takes.
+// The requests and characters of one round.
 struct Cost {
     int requests = 0;
     int sent = 0; // characters
@@ -149,7 +149,7 @@ void tellCycle(RecordWriter &records, const PollCycle &plan, std::chrono::nanose
     tellCost(records, "cycle", text, cost, characterTime, gap);
 }
 
-// What keeping in step costs: check questions, and requests that are cut so that they differ.
+// The cost of keeping in step: check questions, and requests that are cut so that they differ.
 void tellInStep(RecordWriter &records, const PollCycle &plan, const PollCycle &old,
                 std::chrono::nanoseconds characterTime, std::chrono::milliseconds gap)
 {
@@ -216,11 +216,11 @@ ExitCode runPlan(const Options &options, const PlanOptions &request)
 void addPlan(CLI::App &app, Command &chosen)
 {
     const auto plan = std::make_shared<PlanOptions>();
-    CLI::App *command = app.add_subcommand("plan", "Show the requests that polling tags takes");
-    command->add_option("TAG", plan->tags, "what to poll (default: the tags of the project file)");
+    CLI::App *command = app.add_subcommand("plan", "Show the requests for polling tags");
+    command->add_option("TAG", plan->tags, "the tags to poll (default: those of kmr.toml)");
     command->add_option("--baud", plan->baud, "bits a second (default: the link's, else 9600)")
         ->check(aboveZero(4e6));
-    command->add_flag("--raw", plan->isRaw, "the list as typed, as another host hands it over");
+    command->add_flag("--raw", plan->isRaw, "the list as typed, as another host would pass it");
     command->footer(std::string(HELP) + TAG_HELP + EXAMPLES);
     setAction(*command, chosen, plan, runPlan);
 }

@@ -9,8 +9,8 @@ namespace kmr {
 namespace {
 
 const char *const HELP =
-    R"(Prints only what the controller has just answered. A station that leaves two requests in a row
-without any answer is not asked for the rest, which is reported as not asked.
+    R"(Prints only values that the controller has just answered. If a station does not answer two
+requests in a row, its other tags are reported as not asked.
 
 )";
 const char *const EXAMPLES = R"(

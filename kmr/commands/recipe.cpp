@@ -22,8 +22,8 @@ const char *const FILE_HELP =
   D100,250
   D110x3,1 2 3
   M20x2,1 0
-It is written in the order of its lines. Words of lines that follow on one another, as D100 and
-D101, go in one request of up to --group-limit words; bits are written one by one.
+It is written in the order of its lines. Words of consecutive lines, such as D100 and D101, are sent
+in one request of up to --group-limit words; bits are written one by one.
 A line that begins with # is a comment; a column after the values is refused.
 )";
 
@@ -39,7 +39,7 @@ Examples:
 
 const char *const UPLOAD_EXAMPLES =
     R"(Without a TAG the values in FILE are replaced and everything else stays as it is;
-with TAGs FILE is written anew.
+with TAGs a new FILE is written.
 
 Examples:
   kmr recipe upload mixer.csv --link tcp://192.168.0.10:8888
@@ -47,7 +47,7 @@ Examples:
 
 struct RecipeOptions {
     std::string file;
-    std::vector<std::string> tags; // to upload; none: those that the file has
+    std::vector<std::string> tags; // to upload; none: those in the file
     bool verify = false;           // read back after a download and compare
 };
 
@@ -56,7 +56,7 @@ std::vector<RecipeItem> readFile(const QString &path, const NamedTagReader &read
     return parseRecipe(readTextFile(path), path, reader, RecipeValues::Needed);
 }
 
-// The runs, with those that follow on one another as one.
+// The runs, with consecutive ones joined.
 std::vector<ElementRange> joined(std::vector<ElementRange>::const_iterator begin,
                                  std::vector<ElementRange>::const_iterator end)
 {
@@ -81,7 +81,7 @@ QString namesOf(std::vector<ElementRange>::const_iterator begin,
     return names.isEmpty() ? QString("none") : names.join(' ');
 }
 
-// After a download that failed: what the controller holds of it for certain, and what not.
+// After a download that failed: what is written for certain, what may be, and what is not.
 void reportCertainty(const TransferResult &transfer, const std::vector<ElementRange> &runs)
 {
     const auto failed = runs.begin() + transfer.finished;
@@ -111,7 +111,7 @@ ExitCode report(const TransferResult &transfer, const QString &done, const QStri
     return exitCodeOf(transfer.result);
 }
 
-// Shows how far a transfer has come. Between the writes of bits the driver polls.
+// Shows the progress of a transfer. Between the writes of bits the driver polls.
 void showProgress(Session &session, Session::Transfer direction, ProgressBar &bar)
 {
     session.setObserver([direction, &bar](const Exchange &exchange) {
@@ -196,7 +196,7 @@ ExitCode runRecipeUpload(const Options &options, const RecipeOptions &recipe)
     std::vector<RecipeItem> items =
         isNew ? recipeOf(connection.readTags(toQStrings(recipe.tags)))
               : parseRecipe(old, file, connection.tags(), RecipeValues::Ignored);
-    requireWritable(file); // else the values would be lost at the end
+    requireWritable(file); // otherwise the values would be lost at the end
     Session &session = connection.open();
     ProgressBar bar(static_cast<int>(uploadRanges(session, items).size()));
     showProgress(session, Session::Transfer::Upload, bar);
@@ -222,15 +222,15 @@ void addRecipe(CLI::App &app, Command &chosen)
     download->footer(std::string(FILE_HELP) + DOWNLOAD_EXAMPLES);
     setAction(*download, chosen, own, runRecipeDownload);
 
-    CLI::App *compare = recipe->add_subcommand("compare", "Show where values differ from a file's");
+    CLI::App *compare = recipe->add_subcommand("compare", "Show values that differ from a file");
     compare->add_option("FILE", own->file, "the recipe file")->required();
     compare->footer(std::string(FILE_HELP) + COMPARE_EXAMPLES);
     setAction(*compare, chosen, own, runRecipeCompare);
 
     CLI::App *upload = recipe->add_subcommand("upload", "Read values into a file");
-    upload->add_option("FILE", own->file, "the recipe file; written whole or not at all")
+    upload->add_option("FILE", own->file, "the recipe file; written completely or not at all")
         ->required();
-    upload->add_option("TAG", own->tags, "what to upload (default: the tags that FILE holds)");
+    upload->add_option("TAG", own->tags, "the tags to upload (default: those in FILE)");
     upload->footer(std::string(FILE_HELP) + UPLOAD_EXAMPLES);
     setAction(*upload, chosen, own, runRecipeUpload);
 }

@@ -15,10 +15,10 @@ namespace kmr {
 namespace {
 
 const char *const HELP =
-    R"(Each request is answered as the same request was in the capture: with the same delays,
-or not at all. A repeated request gets the next captured answer, and the last one from then on.
-A request that the capture doesn't hold is reported on stderr and not answered.
-Prints 'ready' and the link to use when it serves. SIGTERM or Ctrl-C ends it.
+    R"(Each request is answered as in the capture: with the same delays,
+or not at all. A repeated request gets the next captured answer, and after the last one that again.
+A request that is not in the capture is reported on stderr and not answered.
+Prints 'ready' and the link to use when it is ready. SIGTERM or Ctrl-C ends it.
 
 Examples:
   kmr replay field.jsonl
@@ -36,7 +36,7 @@ ExitCode runReplay(const Options &, const ReplayOptions &replay)
     if (!captured.cut.isEmpty())
         printError(captured.cut);
     CaptureReplay capture(captured);
-    std::set<QByteArray> reported; // each once: a host sends the same again and again
+    std::set<QByteArray> reported; // each only once: a host repeats its requests
     serve(replay.serve, [&](const QByteArray &line) {
         const std::optional<simulator::Plan> plan = capture.answer(line);
         if (!plan && reported.insert(line).second) {
@@ -54,7 +54,7 @@ void addReplay(CLI::App &app, Command &chosen)
 {
     const auto replay = std::make_shared<ReplayOptions>();
     CLI::App *command = app.add_subcommand("replay", "Answer as a captured controller did");
-    command->add_option("FILE", replay->file, "what --capture has written")->required();
+    command->add_option("FILE", replay->file, "a file of --capture")->required();
     addServeOptions(*command, replay->serve);
     command->footer(HELP);
     setAction(*command, chosen, replay, runReplay);

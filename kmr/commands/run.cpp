@@ -14,7 +14,7 @@ namespace kmr {
 namespace {
 
 const char *const HELP =
-    R"(The file holds a step a line, and they run in this order:
+    R"(The file holds a step in each line. They run in this order:
   # the mixer starts and keeps its temperature
   write M5=1
   wait until X0=1 within 5s
@@ -26,18 +26,17 @@ const char *const HELP =
 Steps:
   write TAG=VALUE                 as 'kmr write': a write that is not confirmed fails
   expect TAG=VALUE                also != < <= > >=, or TAG LOW..HIGH with both ends
-  wait until TAG=VALUE within 5s  reads until it is so; conditions as after expect
+  wait until TAG=VALUE within 5s  reads until the condition holds; conditions as for expect
   pause 500ms                     times are in ms, s or min
-  repeat 10                       runs the steps up to its end so often
+  repeat 10                       repeats the steps up to its end
   end
 
-Tags and values are typed as for 'kmr read' and 'kmr write', whose help explains them, with
-the names of --names.
-Values are compared as they are shown. All bad lines are reported before anything is sent.
-The first step that fails ends the script. Ctrl-C ends it too, and the report says which
-step was running.
+Tags and values are typed as for 'kmr read' and 'kmr write', see their help, with the names of
+--names. Values are compared as they are shown. All bad lines are reported before anything is sent.
+The first step that fails ends the script. Ctrl-C also ends it, and the report says which step
+was running.
 
-Exit codes: 0 all steps passed, 1 a step failed or the script was stopped, others as of
+Exit codes: 0 all steps passed, 1 a step failed or the script was stopped, others as for
 every command: 2 a bad file, 3 the link could not be opened, 7 no driver library.
 )";
 const char *const EXAMPLES = R"(
@@ -49,8 +48,8 @@ Examples:
 struct RunOptions {
     std::string file;
     std::string junit;      // file for the report; empty: none
-    bool keepGoing = false; // after an expectation that fails
-    bool check = false;     // reads the file and sends nothing
+    bool keepGoing = false; // continue after an expectation that fails
+    bool check = false;     // read the file and send nothing
 };
 
 QString outcomeName(StepOutcome outcome)
@@ -68,7 +67,7 @@ QString outcomeName(StepOutcome outcome)
     return "not run";
 }
 
-// Counts what came of the steps, and reports each.
+// Counts the outcomes of the steps, and reports each step.
 class Reporter {
 public:
     Reporter(Format format, const Script &script)
@@ -155,10 +154,10 @@ void addRun(CLI::App &app, Command &chosen)
 {
     const auto run = std::make_shared<RunOptions>();
     CLI::App *command = app.add_subcommand("run", "Run a test script: write, expect, wait, repeat");
-    command->add_option("FILE", run->file, "the steps")->required();
+    command->add_option("FILE", run->file, "the file with the steps")->required();
     command->add_option("--junit", run->junit, "also write the report to this file, as JUnit XML");
     command->add_flag("--keep-going", run->keepGoing,
-                      "go on after an expectation that fails, never after a write that does");
+                      "continue after an expectation that fails, but not after a failed write");
     command->add_flag("--check", run->check, "only report bad lines and send nothing");
     command->footer(std::string(HELP) + EXAMPLES);
     setAction(*command, chosen, run, runRun);

@@ -1,4 +1,4 @@
-// kmr scan: which stations answer at all.
+// kmr scan: finds the stations that answer.
 #include "host/tags/tag.h"
 #include "kmr/command_line.h"
 #include "kmr/commands/commands.h"
@@ -12,13 +12,13 @@ namespace kmr {
 namespace {
 
 const char *const HELP =
-    R"(Each is asked once and given --timeout to answer. Ends with 4 when none does.
+    R"(Asks each station once and waits --timeout for its answer. Ends with 4 if none answers.
 
 Examples:
   kmr scan --link tcp://192.168.0.10:8888
   kmr scan --stations 1..99 --timeout 200 --link serial:///dev/ttyUSB0)";
 
-const char *const TAG = "D0"; // what is read
+const char *const TAG = "D0"; // to be read
 
 struct ScanOptions {
     int first = 1; // stations
@@ -33,7 +33,7 @@ ExitCode runScan(const Options &options, const ScanOptions &scan)
     Session &session = connection.open();
     RecordWriter records = exchangeRecords(options.format, "scan");
     int asked = 0;
-    bool isBrokenOff = false; // before the last one's answer came
+    bool isBrokenOff = false; // stopped before the last answer came
     int found = 0;
     session.setObserver([&](const Exchange &exchange) {
         const QString line =
@@ -57,7 +57,7 @@ ExitCode runScan(const Options &options, const ScanOptions &scan)
     records.end();
     const int left = scan.last - scan.first + 1 - asked;
     printError(QString("%1 of %2 stations answer").arg(found).arg(asked) +
-               (isBrokenOff ? ", the last one was not waited for" : "") +
+               (isBrokenOff ? ", stopped while waiting for the last one" : "") +
                (left > 0 ? QString(", %1 not asked").arg(left) : QString()));
     if (last == PollLoop::Step::LineLost)
         printError("the line was lost: check the cable or the network, then start again");
@@ -89,7 +89,7 @@ void addScan(CLI::App &app, Command &chosen)
                 if (!fault.empty())
                     throw CLI::ValidationError("--stations", fault);
             },
-            "which to ask, FIRST..LAST")
+            "the stations to ask, FIRST..LAST")
         ->default_str("1..31");
     command->footer(HELP);
     setAction(*command, chosen, scan, runScan);

@@ -18,12 +18,12 @@ Examples:
 
 struct SeriesOptions {
     std::string area;
-    int start = 0; // as the driver takes it: for X and Y the octal digits
+    int start = 0; // as the driver expects it: for X and Y the octal digits
     int count = 1;
     int step = 1;
 };
 
-// Whether the driver takes the text for an address, of bits or of words.
+// Whether the driver accepts the text as an address of bits or of words.
 bool isAddress(const DriverFunctions &driver, const QString &area, const QString &text)
 {
     qint32 address = 0;
@@ -31,8 +31,8 @@ bool isAddress(const DriverFunctions &driver, const QString &area, const QString
            driver.checkAddrValidity(area, text, &address, 1, 1) == 0;
 }
 
-// A series may hold what is not an address: the driver carries only an octal number's last digit
-// over, and shows a start below 0 as a large number. False if it does.
+// A series may contain texts that are not addresses: in an octal number the driver carries only the
+// last digit, and it shows a start below 0 as a large number. Returns false if it does.
 bool checkSeries(const DriverFunctions &driver, const QString &area, const QVector<QString> &texts)
 {
     QStringList wrong;
@@ -85,8 +85,10 @@ void addSeries(CLI::App &app, Command &chosen)
     command->add_option("AREA", series->area, "device area")->required();
     command->add_option("START", series->start, "first address (X and Y: its octal digits)")
         ->required();
-    command->add_option("COUNT", series->count, "how many")->required()->check(between(1, 65537));
-    command->add_option("STEP", series->step, "distance")->required();
+    command->add_option("COUNT", series->count, "number of addresses")
+        ->required()
+        ->check(between(1, 65537));
+    command->add_option("STEP", series->step, "distance between them")->required();
     command->footer(HELP);
     setAction(*command, chosen, series, runSeries);
 }

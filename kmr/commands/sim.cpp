@@ -25,7 +25,7 @@ namespace kmr {
 namespace {
 
 const char *const HELP =
-    R"(Prints 'ready' and the link to use when it serves. SIGTERM, Ctrl-C or closing
+    R"(Prints 'ready' and the link to use when it is ready. SIGTERM, Ctrl-C or closing
 the terminal ends it.
 
 A memory file holds a line TAG,VALUE for each bit, word or counter that isn't 0:
@@ -33,23 +33,23 @@ A memory file holds a line TAG,VALUE for each bit, word or counter that isn't 0:
   M5,1
   D100,250
   CV2200,70000
-No element stands in two lines. With several stations 2#D100 is that of station 2, and D100
-that of the lowest. With --names its names stand for tags, too: boiler.temp,21.5
+No element may be in two lines. With several stations 2#D100 is that of station 2, and D100
+that of the lowest. The names of --names can be used as tags: boiler.temp,21.5
 
---control takes lines TAG=VALUE on stdin while it runs, inputs too, and answers each with
-'ok' or 'error: ' and what is wrong. When stdin ends, the simulation goes on:
+With --control, lines TAG=VALUE are read from stdin while it runs, also for inputs. Each is
+answered with 'ok' or 'error: ' and what is wrong. The end of stdin does not end the simulation:
   X0=1
   2#D100=5
   boiler.temp=21.5
 
---generate sets a tag anew every 50 ms: TAG=KIND[,period=TIME][,range=LOW..HIGH]. Kinds:
-  sine     swings about the middle    ramp     rises, then begins anew
+--generate sets a tag every 50 ms: TAG=KIND[,period=TIME][,range=LOW..HIGH]. Kinds:
+  sine     swings about the middle    ramp     rises, then starts again
   square   low, then high             counter  1 more each period
   random   another number each period
-Usual are period=10s and range=0..100, of bits 0..1.
+Defaults: period=10s and range=0..100, for bits 0..1.
 
 A fault hits every request, or every Nth, or each with the probability P. Kinds, with
-their usual values:
+their default values:
 )";
 const char *const EXAMPLES = R"(
 Examples:
@@ -66,13 +66,13 @@ constexpr std::chrono::milliseconds GENERATOR_STEP(50);
 struct SimOptions {
     ServeOptions serve;
     bool animate = false;
-    std::vector<int> stations;           // empty: the one of all commands
-    bool control = false;                // takes lines on stdin
-    std::vector<std::string> generators; // as parseGenerator() takes them
-    std::vector<std::string> faults;     // as simulator::parseFault() takes them
+    std::vector<int> stations;           // empty: Options::station
+    bool control = false;                // read lines from stdin
+    std::vector<std::string> generators; // as parseGenerator() reads them
+    std::vector<std::string> faults;     // as simulator::parseFault() reads them
     std::uint64_t seed = 0;              // of the faults and the random numbers
     int baud = 0;                        // pace of the line, bits a second; 0: none
-    bool isStrict = true;                // refuses registers that no area has
+    bool isStrict = true;                // refuse registers that no area has
     bool log = false;                    // describe each request on stderr
     std::string load;                    // file with the memory at the beginning; empty: all 0
     std::string save;                    // file that receives the memory at the end; empty: none
@@ -109,7 +109,7 @@ std::vector<Generator> parseGenerators(const SimOptions &sim, Plant &plant,
     return generators;
 }
 
-// What moves by itself while it serves.
+// Changes values by timers while the simulation runs.
 class Motion {
 public:
     Motion(const SimOptions &sim, Plant &plant, std::vector<Generator> generators)
@@ -131,7 +131,7 @@ private:
             simulator::advance(m_plant.memory(station));
     }
 
-    // Each with random numbers of its own.
+    // Each generator has random numbers of its own.
     void generate()
     {
         const auto time = std::chrono::steady_clock::now() - m_begin;
@@ -148,7 +148,7 @@ private:
     QTimer m_generation;
 };
 
-// The driver and the names, for what needs to know tags.
+// The driver and the names, if an option needs tags.
 std::optional<Connection> connectionFor(Options options, const SimOptions &sim, const Plant &plant)
 {
     const bool needsTags =
@@ -170,7 +170,7 @@ ExitCode runSim(const Options &options, const SimOptions &sim)
         loadMemory(readTextFile(load), load, plant, tags);
     const QString save = toQString(sim.save);
     if (!save.isEmpty())
-        requireWritable(save); // else all would be lost at the end
+        requireWritable(save); // otherwise everything would be lost at the end
     if (sim.log) {
         plant.setObserver([](const simulator::Exchange &exchange) {
             printError(now() + ' ' + simulator::describe(exchange));
@@ -195,34 +195,35 @@ void addSim(CLI::App &app, Command &chosen)
     const auto sim = std::make_shared<SimOptions>();
     CLI::App *command = app.add_subcommand("sim", "Run simulated controllers");
     addServeOptions(*command, sim->serve);
-    command->add_option("--station", sim->stations, "which to simulate, 1,2,5; may be repeated")
+    command
+        ->add_option("--station", sim->stations, "the stations to simulate, 1,2,5; may be repeated")
         ->delimiter(',')
         ->allow_extra_args(false)
         ->check(CLI::Range(MIN_STATION, MAX_STATION));
-    command->add_option("--load", sim->load, "begin with the memory that this file holds");
+    command->add_option("--load", sim->load, "start with the memory from this file");
     command->add_option("--save", sim->save,
-                        "write the memory to this file at the end, whole or not at all");
-    command->add_flag("--control", sim->control, "set what the lines on stdin say, TAG=VALUE");
+                        "write the memory to this file at the end, completely or not at all");
+    command->add_flag("--control", sim->control, "set values from lines TAG=VALUE on stdin");
     command
-        ->add_option(
-            "--generate", sim->generators,
-            "a value that moves, TAG=KIND[,period=TIME][,range=LOW..HIGH]; may be repeated")
+        ->add_option("--generate", sim->generators,
+                     "a changing value, TAG=KIND[,period=TIME][,range=LOW..HIGH]; may be repeated")
         ->allow_extra_args(false);
-    command->add_flag("--animate", sim->animate, "let X0 to X7, CV2200 and D0 move");
+    command->add_flag("--animate", sim->animate,
+                      "let X0 to X7, CV2200 and D0 change by themselves");
     command
         ->add_option_function<std::string>(
             "--strict", [sim](const std::string &choice) { sim->isStrict = choice == "on"; },
-            "whether registers that no area has are refused with exception 02: on or off")
+            "refuse registers that no area has, with exception 02: on or off")
         ->default_str("on")
         ->check(CLI::IsMember({"on", "off"}));
     command->add_flag("--log", sim->log, "describe each request on stderr");
     command
         ->add_option("--fault", sim->faults,
-                     "what goes wrong, KIND[=VALUE][,every=N][,probability=P]; may be repeated")
+                     "a fault, KIND[=VALUE][,every=N][,probability=P]; may be repeated")
         ->allow_extra_args(false);
     command
         ->add_option("--baud", sim->baud,
-                     "answer no faster than a serial line of that rate (default: at once)")
+                     "answer at the speed of a serial line of this rate (default: at once)")
         ->check(between(50, 4000000));
     command
         ->add_option("--seed", sim->seed,

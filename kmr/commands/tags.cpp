@@ -1,4 +1,4 @@
-// kmr tags: files of names, checked, listed, searched and made of lists from elsewhere.
+// kmr tags: checks, lists, searches and imports files of names.
 #include "host/error.h"
 #include "host/project/csv.h"
 #include "host/project/named_tag_reader.h"
@@ -24,15 +24,15 @@ const char *const CHECK_HELP =
   valve,2#Y17,,,,0=closed;1=open,
   name        a letter or _, then anything but = , ; and double quotes
   tag         'kmr read --help' explains tags
-  unit        of its numbers
-  scale       shown is the controller's number times the scale, plus the offset
+  unit        of its values
+  scale       the value shown is the controller's number times the scale, plus the offset
   offset
-  texts       what numbers are called, when they are shown and written
+  texts       texts for numbers, as they are shown and written
   word-order  low or high: the word of a 32 or 64-bit value that comes first
   byte-order  low or high: the byte of a word that holds a text's first character
   comment
-Only name and tag are needed. Semicolons or tabs may stand for all the commas; scale and offset may
-then have a decimal comma. Lines that begin with # are comments.
+Only name and tag are needed. Semicolons or tabs may replace all commas; scale and offset may then
+have a decimal comma. Lines that begin with # are comments.
 A bad line stops only commands that use its name.
 
 Examples:
@@ -47,19 +47,19 @@ Examples:
   kmr tags list names.csv --format json)";
 
 const char *const FIND_HELP =
-    R"(Finds the names that have TEXT in their name, tag, unit or comment, in capitals or small letters.
-If TEXT is a tag, such as D101, finds the names whose elements share one with it, too.
-Ends with 1 when there are none.
+    R"(Finds names with TEXT in their name, tag, unit or comment, in upper or lower case.
+If TEXT is a tag, such as D101, also finds names with an element of that tag.
+Ends with 1 if there are none.
 
 Examples:
   kmr tags find boiler
   kmr tags find D101 --names names.csv)";
 
 const char *const IMPORT_HELP =
-    R"(Makes a file of names of a list that another program wrote. FILE has a heading; fields are
-separated by commas, semicolons or tabs. --columns says which of its columns are ours ('kmr tags
-check --help' lists them), the others are left out; without it the headings must be ours.
-Bad lines are reported and left out, and the command ends with 1.
+    R"(Converts a list of another program to a file of names. FILE has a heading; fields are
+separated by commas, semicolons or tabs. --columns names the columns to use, by the names of
+'kmr tags check --help'; the others are left out. Without it the heading must have these names.
+Bad lines are reported and left out, and the command then ends with 1.
 
 Examples:
   kmr tags import plant.txt --columns name=Symbol,tag=Address,comment=Remark --output names.csv
@@ -67,7 +67,7 @@ Examples:
 
 struct TagsOptions {
     std::string file; // of names
-    std::string text; // to be found
+    std::string text; // to find
     std::string columns;
     std::string encoding = "utf-8";
     std::string output; // empty: stdout
@@ -89,7 +89,7 @@ QString fileOf(const Options &options, const TagsOptions &own)
 {
     const QString file = own.file.empty() ? options.names : toQString(own.file);
     if (file.isEmpty())
-        throw Error(ErrorKind::Usage, "no file of names: name one, here or with --names or in the "
+        throw Error(ErrorKind::Usage, "no file of names: give one, here or with --names or in the "
                                       "project's kmr.toml: names = \"names.csv\"");
     return file;
 }
@@ -101,7 +101,7 @@ template <typename Order> QString orderText(const std::optional<Order> &order)
     return *order == Order::LowFirst ? "low" : "high";
 }
 
-// As nameColumns() lists them.
+// In the order of nameColumns().
 QStringList cellsOf(const Name &name)
 {
     return {name.name,
@@ -255,19 +255,19 @@ void addTags(CLI::App &app, Command &chosen)
     setAction(*list, chosen, own, runTagsList);
 
     CLI::App *find = tags->add_subcommand("find", "Find names by a text or an element");
-    find->add_option("TEXT", own->text, "what to find")->required();
+    find->add_option("TEXT", own->text, "the text or tag to find")->required();
     find->footer(FIND_HELP);
     setAction(*find, chosen, own, runTagsFind);
 
-    CLI::App *import = tags->add_subcommand("import", "Make a file of names of another list");
+    CLI::App *import = tags->add_subcommand("import", "Convert another list to a file of names");
     import->add_option("FILE", own->file, "the list")->required();
     import->add_option("--columns", own->columns,
-                       "our columns and the list's: name=Symbol,tag=Address");
-    import->add_option("--encoding", own->encoding, "of the list: utf-8, latin1 or utf-16")
+                       "columns and their headings in the list: name=Symbol,tag=Address");
+    import->add_option("--encoding", own->encoding, "encoding of the list: utf-8, latin1 or utf-16")
         ->default_str(own->encoding)
         ->check(oneOf({"utf-8", "latin1", "utf-16"}));
     import->add_option("--output", own->output,
-                       "file to write, whole or not at all (default: stdout)");
+                       "file to write, completely or not at all (default: stdout)");
     import->footer(IMPORT_HELP);
     setAction(*import, chosen, own, runTagsImport);
 }

@@ -12,8 +12,8 @@ namespace {
 
 const char *const HELP =
     R"(Each line: time, direction (> sent, < received), frame, meaning. With --trace any
-command explains its traffic while it runs. A last line that breaks off is reported and
-left out; the command then ends with 1.
+command explains its traffic while it runs. An incomplete last line is reported and left
+out; the command then ends with 1.
 
 Examples:
   kmr read D100 --capture field.jsonl --link serial:///dev/ttyUSB0
@@ -46,7 +46,7 @@ void addTrace(CLI::App &app, Command &chosen)
 {
     const auto trace = std::make_shared<TraceOptions>();
     CLI::App *command = app.add_subcommand("trace", "Explain the traffic of a capture");
-    command->add_option("FILE", trace->file, "what --capture has written")->required();
+    command->add_option("FILE", trace->file, "a file of --capture")->required();
     command->footer(HELP);
     setAction(*command, chosen, trace, runTrace);
 }

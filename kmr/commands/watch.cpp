@@ -21,10 +21,10 @@ using std::chrono::steady_clock;
 constexpr milliseconds STOP_CHECK(50);
 
 const char *const HELP =
-    R"(On a terminal it shows a live table (unless --count or --format is given), else a
+    R"(Shows a live table on a terminal, unless --count or --format is given; otherwise a
 line for each change. A lost line is opened again: a TCP connection, and a serial
-port also under the name that its adapter has in /dev/serial/by-id.
-A station that stays silent is asked less often while others answer.
+port also under its adapter's name in /dev/serial/by-id.
+A silent station is asked less often while others answer.
 q or Ctrl-C ends it, with a summary on stderr.
 
 Keys of the live table: arrows and pages move, / filters, s sorts, r reverses, space
@@ -56,7 +56,7 @@ bool isTable(const Options &options, const WatchOptions &watch)
     return why.isEmpty();
 }
 
-// Shows each change until the end that was asked for, or Ctrl-C.
+// Shows each change until the wanted end, or Ctrl-C.
 ExitCode runWatch(const Options &options, const WatchOptions &watch)
 {
     Connection connection(options);
@@ -111,7 +111,7 @@ void addWatch(CLI::App &app, Command &chosen)
         ->check(aboveZero(1e9));
     command
         ->add_option("--cycle", watch->cycle,
-                     "refresh all tags once in so many milliseconds (default: as fast as the line)")
+                     "milliseconds to refresh all tags once (default: as fast as the line)")
         ->check(between(1, 3600000));
     command->footer(std::string(HELP) + TAG_HELP + EXAMPLES);
     setAction(*command, chosen, watch, runWatch);

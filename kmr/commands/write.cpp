@@ -13,9 +13,9 @@ namespace kmr {
 namespace {
 
 const char *const HELP = R"(Several values of one tag are separated by commas or blanks.
-0x and hexadecimal digits, or 0b and binary ones, are a value's bits. Bits are 0 or 1, off
-or on. What 'kmr read' shows of a name, its texts and its unit too, is taken back:
-kmr write "valve=open".
+0x and hexadecimal digits, or 0b and binary digits, are a value's bits. Bits are 0 or 1, off
+or on. Values can be written as 'kmr read' shows them, also with the texts and the unit of a
+name: kmr write "valve=open".
 After a write that fails, nothing more is written.
 
 )";
@@ -81,7 +81,7 @@ void reportUnwritten(RecordWriter &records, const std::vector<Assignment> &assig
 {
     for (std::size_t i = from; i < assignments.size(); ++i)
         addRecord(records, assignments[i], "not sent",
-                  "not written, because of the failure before");
+                  "not written because an earlier write failed");
 }
 
 std::vector<Tag> tagsOf(const std::vector<Assignment> &assignments)
@@ -99,7 +99,7 @@ bool contains(const ElementRange &run, const ElementRange &element)
            run.first <= element.first && element.end() <= run.end();
 }
 
-// Whether an assignment after the one at `index` writes its element at `offset` once more.
+// Whether an assignment after the one at `index` writes its element at `offset` again.
 bool isWrittenAgain(const std::vector<Assignment> &assignments, std::size_t index, int offset)
 {
     ElementRange element = assignments[index].tag.elements;
@@ -210,7 +210,7 @@ void addWrite(CLI::App &app, Command &chosen)
 {
     const auto write = std::make_shared<WriteOptions>();
     CLI::App *command = app.add_subcommand("write", "Write values, each acknowledged in turn");
-    command->add_option("TAG=VALUE", write->assignments, "what to write, in this order")
+    command->add_option("TAG=VALUE", write->assignments, "the values to write, in this order")
         ->required();
     command->add_flag("--verify", write->verify, "read back and compare");
     command->add_flag("--dry-run", write->dryRun, "show the frames and send nothing");

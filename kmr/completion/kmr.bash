@@ -23,7 +23,7 @@ _kmr_complete_files()
     compopt -o filenames 2>/dev/null
 }
 
-# The names of --names or of the project's file. They may have blanks.
+# The names of --names or of the project file. They may have blanks.
 _kmr_names()
 {
     local -a given=()
@@ -36,7 +36,7 @@ _kmr_names()
     "$kmr" tags list "${given[@]}" --format csv 2>/dev/null | sed '1d; s/,.*//'
 }
 
-# An area, which the address follows, or a name. Either may have a station before it.
+# An area, before its address, or a name. Both may have a station before them.
 _kmr_complete_tags()
 {
     local station='' typed=${word//\\/} name
@@ -48,7 +48,7 @@ _kmr_complete_tags()
     COMPREPLY=()
     while IFS= read -r name; do
         [[ $name == "$typed"* ]] || continue
-        # Inside quotes, which bash closes, a name is taken as it is.
+        # Inside quotes, which bash closes, a name needs no escaping.
         [[ $word == [\"\']* ]] || name=$(printf %q "$name")
         COMPREPLY+=("$station$name")
     done < <("$kmr" areas --format csv 2>/dev/null | sed '1d; s/,.*//'
@@ -79,14 +79,14 @@ _kmr_complete_argument()
 _kmr()
 {
     local kmr=${COMP_WORDS[0]} word=${COMP_WORDS[COMP_CWORD]} before=${COMP_WORDS[COMP_CWORD - 1]}
-    # Bash takes "--format=csv" for three words.
+    # Bash splits "--format=csv" into three words.
     if [[ $word == = ]]; then
         word=
     elif [[ $before == = ]]; then
         before=${COMP_WORDS[COMP_CWORD - 2]}
     fi
 
-    # Those of kmr itself go with each command.
+    # The options of kmr itself are valid for each command.
     local help options i
     local -a command=()
     help=$("$kmr" --help 2>/dev/null) || return

@@ -41,10 +41,9 @@ public:
         const QByteArray begin = heading(tags).toUtf8();
         const QByteArray found = m_file.read(begin.size());
         if (!begin.startsWith(found)) {
-            throw Error(ErrorKind::Usage,
-                        QString("%1 holds something else than a log of these tags: move it away "
-                                "or name another file")
-                            .arg(path));
+            throw Error(ErrorKind::Usage, QString("%1 is not a log of these tags: move it away "
+                                                  "or name another file")
+                                              .arg(path));
         }
         if (found.size() == begin.size()) {
             goOn();
@@ -75,7 +74,7 @@ public:
     }
 
 private:
-    // After the last whole line.
+    // Continues after the last whole line.
     void goOn()
     {
         m_size = m_file.size();
@@ -93,7 +92,7 @@ private:
     {
         if (!writeAll(m_file, bytes)) {
             const Error error = failure();
-            m_file.resize(m_size); // nothing of a row that doesn't fit
+            m_file.resize(m_size); // no part of a row that doesn't fit
             throw error;
         }
         m_size += bytes.size();
@@ -101,8 +100,8 @@ private:
 
     Error failure() const
     {
-        return Error(ErrorKind::Output, QString("cannot write %1: %2 (what was logged until now "
-                                                "is complete)")
+        return Error(ErrorKind::Output, QString("cannot write %1: %2 (the earlier rows "
+                                                "are complete)")
                                             .arg(m_file.fileName(), m_file.errorString()));
     }
 

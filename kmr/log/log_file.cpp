@@ -26,7 +26,7 @@ std::unique_ptr<LogFile> openLogFile(const QString &path, const std::vector<Tag>
             return openSqliteLog(path, tags);
     }
     throw Error(ErrorKind::Usage,
-                QString("\"%1\" does not say what to write: its name must end in .csv, .sqlite, "
+                QString("\"%1\" has no known format: its name must end in .csv, .sqlite, "
                         ".sqlite3 or .db")
                     .arg(path));
 }

@@ -1,4 +1,4 @@
-// A file that 'kmr log' appends rows to: comma-separated values, or a database of SQLite.
+// A file to which 'kmr log' appends rows: comma-separated values, or an SQLite database.
 #pragma once
 
 #include "host/session/quality.h"
@@ -14,7 +14,7 @@
 namespace kmr {
 
 struct LogCell {
-    QString values; // as kmr shows them; empty: not read since the row before
+    QString values; // as kmr shows them; empty: not read since the previous row
     Quality quality = Quality::Unread;
 
     bool isRead() const
@@ -28,30 +28,30 @@ struct LogRow {
     std::vector<LogCell> cells; // one for each tag
 };
 
-// "good", "stale" or "pending", and "not read" of what is good but was not read since the row
-// before.
+// "good", "stale" or "pending", or "not read" for a good value that was not read since the previous
+// row.
 QString qualityText(const LogCell &cell);
 
 class LogFile {
 public:
     virtual ~LogFile() = default;
 
-    // Appends a row whole or not at all. Throws Error (Output).
+    // Appends a row, completely or not at all. Throws Error (Output).
     virtual void append(const LogRow &row) = 0;
 
-    // What was appended survives a power cut from now on. Throws Error (Output).
+    // Makes all appended rows safe against a power failure. Throws Error (Output).
     virtual void sync() = 0;
 
-    // Bytes in it.
+    // The size in bytes.
     virtual qint64 size() const = 0;
 };
 
-// Makes the file, or goes on with one that holds the same tags; a row that a power cut broke off is
-// removed. The name's ending says which kind: .csv, or .sqlite, .sqlite3 and .db. Throws Error
-// (Usage) for another ending and for a file that holds something else.
+// Creates the file, or continues one with the same tags; a row that a power failure left incomplete
+// is removed. The name's ending decides on the kind: .csv, or .sqlite, .sqlite3 and .db. Throws
+// Error (Usage) for another ending and for a file with other content.
 std::unique_ptr<LogFile> openLogFile(const QString &path, const std::vector<Tag> &tags);
 
-// The two kinds.
+// The two kinds of openLogFile().
 std::unique_ptr<LogFile> openCsvLog(const QString &path, const std::vector<Tag> &tags);
 std::unique_ptr<LogFile> openSqliteLog(const QString &path, const std::vector<Tag> &tags);
 

@@ -1,4 +1,4 @@
-// Gathers the rows of 'kmr log': what the session has read since the row before.
+// Collects the rows of 'kmr log': what the session has read since the previous row.
 #pragma once
 
 #include "host/session/session.h"
@@ -13,7 +13,7 @@ public:
     // The session must outlive it.
     LogSampler(Session &session, std::vector<Tag> tags);
 
-    // What the session is to poll.
+    // The ranges for the session to poll.
     const std::vector<ElementRange> &ranges() const
     {
         return m_ranges;
@@ -22,11 +22,11 @@ public:
     // These elements were read (Session::ConfirmObserver).
     void noteConfirmed(const ElementRange &run);
 
-    // The row of this time; the next one begins.
+    // Returns the row of this time and begins the next one.
     LogRow take(const QDateTime &time);
 
-    // Whether `row` says something else of a tag than the rows before, but for tags that were not
-    // read. To be asked once for each row.
+    // Whether `row` differs from the previous rows, apart from tags that were not read. To be
+    // called once for each row.
     bool isNews(const LogRow &row);
 
 private:
@@ -35,7 +35,7 @@ private:
     const std::vector<ElementRange> m_ranges;
     std::vector<std::vector<ElementRange>>
         m_unread;                 // by tag: its ranges not read since the last row
-    std::vector<LogCell> m_known; // by tag: what rows said last
+    std::vector<LogCell> m_known; // by tag: its last cell
 };
 
 } // namespace kmr

@@ -8,9 +8,9 @@ namespace kmr {
 
 namespace {
 
-constexpr qint64 SYNC_MILLISECONDS = 900; // with the time that syncing takes: a second
+constexpr qint64 SYNC_MILLISECONDS = 900; // with the time for syncing: a second
 
-// "line-20261122-043000.csv", or with "-2", "-3", ... where that is taken.
+// "line-20261122-043000.csv", or with "-2", "-3", ... if that name is used.
 QString nameOf(const QString &path, const QDateTime &begin)
 {
     const QFileInfo info(path);

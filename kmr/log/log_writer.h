@@ -1,4 +1,4 @@
-// Writes the rows of 'kmr log' to a file, or to one after another.
+// Writes the rows of 'kmr log' to a file, or to several files in turn.
 #pragma once
 
 #include "kmr/log/log_file.h"
@@ -8,26 +8,26 @@
 
 namespace kmr {
 
-// When to go on with a new file. Its name then holds the time at which it begins:
+// When to begin a new file. Its name then has the time at which it begins:
 // "line-20261122-043000.csv".
 struct LogRotation {
-    qint64 bytes = 0;     // once a file has so many; 0: never
+    qint64 bytes = 0;     // when a file has so many bytes; 0: never
     bool isDaily = false; // at midnight, local time
 };
 
 class LogWriter {
 public:
-    // Opens the first file. `begin`: the time now. Throws as openLogFile() does.
+    // Opens the first file. `begin`: the present time. Throws the same as openLogFile().
     LogWriter(QString path, std::vector<Tag> tags, LogRotation rotation, const QDateTime &begin);
 
-    // Rows in the order of their times. Throws Error (Output).
+    // Appends a row; rows must come in the order of their times. Throws Error (Output).
     void append(const LogRow &row);
 
-    // What was appended a second ago survives a power cut. To be called often. Throws Error
-    // (Output).
+    // Makes rows safe against a power failure after at most a second. To be called often. Throws
+    // Error (Output).
     void syncWhenDue(const QDateTime &time);
 
-    // What was appended survives a power cut. Throws Error (Output).
+    // Makes all appended rows safe against a power failure. Throws Error (Output).
     void sync();
 
     std::uint64_t rows() const
@@ -35,7 +35,7 @@ public:
         return m_rows;
     }
 
-    // The file that is written now.
+    // The present file.
     const QString &file() const
     {
         return m_name;
@@ -50,7 +50,7 @@ private:
     const LogRotation m_rotation;
     QString m_name;
     QDateTime m_begin;  // of the file
-    QDateTime m_synced; // when it was
+    QDateTime m_synced; // time of the last sync()
     bool m_isSynced = true;
     std::unique_ptr<LogFile> m_file;
     std::uint64_t m_rows = 0;

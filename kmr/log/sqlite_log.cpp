@@ -1,4 +1,4 @@
-// A log in a database of SQLite: a table `samples` with a row for each tag and time. Readers may
+// A log in an SQLite database: a table `samples` with a row for each tag and time. Readers may
 // use it at the same time.
 #include "host/error.h"
 #include "host/line/line_trace.h"
@@ -20,7 +20,7 @@ const char *const SCHEMA = "PRAGMA journal_mode = WAL;"
                            " unit TEXT,"
                            " quality TEXT NOT NULL);"
                            "CREATE INDEX IF NOT EXISTS samples_by_tag ON samples(tag, time);";
-constexpr int BUSY_MILLISECONDS = 5000; // that another program may keep it
+constexpr int BUSY_MILLISECONDS = 5000; // for which another program may lock it
 
 using Database = std::unique_ptr<sqlite3, decltype(&sqlite3_close)>;
 using Statement = std::unique_ptr<sqlite3_stmt, decltype(&sqlite3_finalize)>;
@@ -111,7 +111,7 @@ private:
         const QString cause = sqlite3_errmsg(m_database.get());
         sqlite3_exec(m_database.get(), "ROLLBACK", nullptr, nullptr, nullptr);
         throw Error(ErrorKind::Output,
-                    QString("cannot write %1: %2 (what was logged until a second ago is complete)")
+                    QString("cannot write %1: %2 (rows older than a second are complete)")
                         .arg(m_path, cause));
     }
 

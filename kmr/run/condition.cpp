@@ -15,7 +15,7 @@ const std::map<QString, Comparison> COMPARISONS = {
     {"<=", Comparison::AtMost}, {">", Comparison::Greater},   {">=", Comparison::AtLeast},
 };
 
-// A number as it is typed and shown: 250, -0.5, 0x00FA.
+// A number as typed and shown: 250, -0.5, 0x00FA.
 std::optional<double> numberOf(const QString &text)
 {
     bool isNumber = false;
@@ -38,7 +38,7 @@ Condition parseRange(const QString &text, const NamedTagReader &reader)
     static const QRegularExpression RANGE("^(.+?)\\s+(\\S+?)\\s*\\.\\.\\s*(\\S+)$");
     const QRegularExpressionMatch match = RANGE.match(text);
     if (!match.hasMatch()) {
-        throw Error(ErrorKind::Usage, QString("\"%1\" expects nothing: say what, for example "
+        throw Error(ErrorKind::Usage, QString("\"%1\" is not a condition: expected for example "
                                               "D100=250, D100>=20 or D100 20..25")
                                           .arg(text));
     }
@@ -49,7 +49,7 @@ Condition parseRange(const QString &text, const NamedTagReader &reader)
                         readBound(match.captured(3))};
     if (condition.low > condition.high) {
         throw Error(ErrorKind::Usage,
-                    QString("the range %1..%2 is empty: the lower end comes first")
+                    QString("the range %1..%2 is empty: the lower end must come first")
                         .arg(match.captured(2), match.captured(3)));
     }
     return condition;

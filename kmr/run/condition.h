@@ -1,9 +1,9 @@
-// What a test script expects of a tag: "D100=250", "boiler.temp 20..25".
+// A condition of a test script: "D100=250", "boiler.temp 20..25".
 //
-//   TAG=VALUE   TAG!=VALUE      values as 'kmr write' takes them, for all elements of the tag
+//   TAG=VALUE   TAG!=VALUE      values as for 'kmr write', for all elements of the tag
 //   TAG<VALUE   TAG<=VALUE      one number, for each value of the tag
 //   TAG>VALUE   TAG>=VALUE
-//   TAG LOW..HIGH               likewise, both included
+//   TAG LOW..HIGH               two numbers, both included, for each value of the tag
 //
 // Values are compared as they are shown: with the scale and the type of the tag.
 #pragma once
@@ -21,15 +21,15 @@ struct Condition {
     Tag tag;
     Comparison comparison = Comparison::Equal;
     Values wanted;   // Equal, NotEqual
-    double low = 0;  // Within; of the others that compare numbers the one bound
+    double low = 0;  // Within; for Less, AtMost, Greater and AtLeast the bound
     double high = 0; // Within
 };
 
-// Throws Error (Usage).
+// Reads a condition. Throws Error (Usage) that says what is wrong with it.
 Condition parseCondition(const QString &text, const NamedTagReader &reader);
 
-// Whether the values that the tag's elements hold are as expected. What is shown as no number is in
-// no range.
+// Whether the values of the tag's elements meet the condition. A value that is not shown as a
+// number is in no range.
 bool holds(const Condition &condition, const Values &values);
 
 } // namespace kmr

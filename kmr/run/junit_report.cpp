@@ -14,7 +14,7 @@ QString seconds(std::chrono::nanoseconds time)
     return QString::number(std::chrono::duration<double>(time).count(), 'f', 3);
 }
 
-// XML has no control characters, not even escaped.
+// XML does not allow control characters, not even escaped.
 QString xmlText(QString text)
 {
     for (QChar &character : text) {
@@ -24,7 +24,7 @@ QString xmlText(QString text)
     return text;
 }
 
-// The element within a test case that says what became of it; null if it passed.
+// The element within a test case for its outcome; null if it passed.
 const char *elementOf(StepOutcome outcome)
 {
     switch (outcome) {

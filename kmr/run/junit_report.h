@@ -1,8 +1,8 @@
-// The report of a test script as JUnit XML, as continuous integration reads it.
+// The report of a test script as JUnit XML, for continuous integration.
 //
 // A test case is a step of the file, however often it is run: its time is that of all its runs, and
-// it fails with the first run that fails. A step that was stopped is an error, one that was not run
-// is skipped.
+// its failure is that of the first run that fails. A step that was stopped is an error; one that
+// was not run is skipped.
 #pragma once
 
 #include "kmr/run/script_run.h"

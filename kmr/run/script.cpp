@@ -39,7 +39,7 @@ void parseWait(const QString &text, const NamedTagReader &reader, Step &step)
     step.time = parseTime(match.captured(2));
 }
 
-// Blanks around the '=' are for the eye.
+// Blanks around the '=' are allowed.
 Assignment parseWrite(const QString &text, const NamedTagReader &reader)
 {
     static const QRegularExpression EQUALS("^([^=]*?)\\s*=\\s*");
@@ -84,9 +84,9 @@ Script parseScript(const QString &text, const QString &file, const NamedTagReade
 {
     static const QRegularExpression COMMENT("\\s+#.*$");
     Script script{file, {}};
-    std::vector<int> open; // lines of repetitions without their end so far
+    std::vector<int> open; // lines of repetitions that have no end yet
     const auto read = [&](const QString &line, int number) {
-        // A bad repetition is one, too: its end is not to be reported as well.
+        // A bad repetition counts, so that its end is not also reported.
         if (line.startsWith("repeat"))
             open.push_back(number);
         Step step = parseStep(QString(line).remove(COMMENT), reader);

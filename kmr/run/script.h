@@ -1,4 +1,4 @@
-// A test script: an acceptance test as a file, one step a line.
+// A test script: an acceptance test as a file, with one step in each line.
 //
 //     # the mixer starts and stops
 //     write M5=1
@@ -33,7 +33,7 @@ struct Step {
     std::chrono::milliseconds time{0}; // WaitUntil: the limit; Pause
     int times = 1;                     // Repeat
 
-    // Whether it does something itself: a repetition is only an order of steps.
+    // Whether it is reported. A repetition is not: only its steps are.
     bool isReported() const
     {
         return kind != StepKind::Repeat && kind != StepKind::End;

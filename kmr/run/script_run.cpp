@@ -14,9 +14,10 @@ namespace {
 
 using std::chrono::steady_clock;
 
-constexpr std::chrono::milliseconds BETWEEN_READS(20); // of a wait: spares the controller
+constexpr std::chrono::milliseconds
+    BETWEEN_READS(20); // of a wait: limits the load of the controller
 
-// Neither an answer nor a fault is known of a request that the user or a lost line ended.
+// True if the line was lost during the request, which then has neither an answer nor a fault.
 bool isLineLost(const RequestResult &result)
 {
     return !result.isDone() && result.failure.fault == ReplyFault::None &&
@@ -52,7 +53,7 @@ StepResult runExpect(Session &session, const Condition &condition)
             reading.values};
 }
 
-// What keeps it from reading may pass, all but a lost line.
+// Reads until the condition holds. Only a lost line ends it early: other failures may be temporary.
 StepResult runWait(Session &session, const Step &step)
 {
     const auto begin = steady_clock::now();
@@ -84,11 +85,11 @@ StepResult runStep(Session &session, const Step &step)
     else if (sleepUnlessStopped(step.time); stopFlag())
         result.outcome = StepOutcome::Stopped;
     if (result.outcome == StepOutcome::Stopped && step.kind != StepKind::Write)
-        result.error = "stopped while it ran"; // what became of a write has been said
+        result.error = "stopped while it ran"; // a write has an error of its own
     return result;
 }
 
-// Where the script is: which steps come next, and in which repetition.
+// The position in the script: the next step, and its repetitions.
 class Position {
 public:
     explicit Position(const std::vector<Step> &steps) : m_steps(steps)
@@ -129,7 +130,7 @@ private:
         int turn = 1;
     };
 
-    // Passes over the beginnings and ends of repetitions.
+    // Skips the beginnings and ends of repetitions.
     void enter()
     {
         for (; !isAtEnd() && !step().isReported(); ++m_index) {

@@ -22,22 +22,22 @@ enum class StepOutcome {
 struct StepResult {
     StepOutcome outcome = StepOutcome::Passed;
     QString error;                // why it did not pass
-    std::optional<Values> values; // that it read last
-    bool isLineLost = false;      // so that no further step can run
+    std::optional<Values> values; // the values read last
+    bool isLineLost = false;      // no further step can run
 };
 
-// One time that a step was run. Steps that were never run come at the end, as NotRun.
+// One run of a step. Steps that were not run come at the end, as NotRun.
 struct StepReport {
     const Step &step;
-    QString repetition; // "3/10", and of repetitions within another "3/10 1/2"; empty outside
+    QString repetition; // "3/10", for a repetition within another "3/10 1/2"; empty outside
     StepResult result;
     std::chrono::nanoseconds duration{0};
 };
 
 using StepObserver = std::function<void(const StepReport &report)>;
 
-// Ends at the first step that does not pass. `isToGoOn`: goes on after an expectation that fails,
-// but never after a write that is not confirmed. Returns whether all steps passed.
+// Ends at the first step that does not pass. `isToGoOn`: continues after an expectation that fails,
+// but not after a write that is not confirmed. Returns whether all steps passed.
 bool runScript(Session &session, const Script &script, bool isToGoOn, const StepObserver &observer);
 
 } // namespace kmr

@@ -1,4 +1,4 @@
-// The answers of a captured controller, for those who ask it the same again.
+// Answers requests as a captured controller did.
 #pragma once
 
 #include "host/project/capture.h"
@@ -16,9 +16,9 @@ class CaptureReplay {
 public:
     explicit CaptureReplay(const Capture &capture);
 
-    // What the capture received after it sent `request`, ':' to LF, with the same delays: the first
-    // time after the first such request, then after the next, after the last of them again and
-    // again. Without pieces if nothing was received. Nothing if the capture never sent it.
+    // What was received in the capture after `request`, ':' to LF, with the same delays: at first
+    // after the first such request, then after the next one; after the last one it is repeated.
+    // Without pieces if nothing was received. Nothing if the request is not in the capture.
     std::optional<simulator::Plan> answer(const QByteArray &request);
 
 private:

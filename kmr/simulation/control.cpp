@@ -10,7 +10,7 @@ namespace kmr {
 
 namespace {
 
-constexpr int LONGEST_LINE = 65536; // keeps the memory small, whatever comes
+constexpr int LONGEST_LINE = 65536; // limits the memory
 
 } // namespace
 
@@ -19,7 +19,7 @@ TagAndText splitAssignment(const QString &text)
     const auto equals = text.indexOf('=');
     if (equals < 1) {
         throw Error(ErrorKind::Usage,
-                    QString("\"%1\" assigns nothing: expected TAG=VALUE, for example X0=1 or "
+                    QString("\"%1\" is not an assignment: expected TAG=VALUE, for example X0=1 or "
                             "2#D100=5")
                         .arg(text));
     }
@@ -58,7 +58,7 @@ void ControlInput::read()
         m_received.remove(0, end + 1);
     }
     if (m_received.size() > LONGEST_LINE || (count <= 0 && !m_received.isEmpty())) {
-        print(m_answer(QString::fromUtf8(m_received))); // a last line may lack its end
+        print(m_answer(QString::fromUtf8(m_received))); // the last line may have no end
         m_received.clear();
     }
     if (count <= 0)

@@ -1,5 +1,5 @@
-// What 'kmr sim --control' takes while it runs: a line TAG=VALUE on stdin, inputs too, for each of
-// which it answers with a line.
+// The lines of 'kmr sim --control': TAG=VALUE on stdin, also for inputs. Each is answered with a
+// line.
 #pragma once
 
 #include "host/project/named_tag_reader.h"
@@ -13,17 +13,18 @@
 
 namespace kmr {
 
-// TAG and VALUE of "X0=1". Throws Error (Usage) when there is no '='.
+// TAG and VALUE of "X0=1". Throws Error (Usage) if there is no '='.
 struct TagAndText {
     QString tag;
     QString text;
 };
 TagAndText splitAssignment(const QString &text);
 
-// Sets what the line says. Returns "ok", or "error: " and why nothing is changed.
+// Sets the tag of the line. Returns "ok", or "error: " and why nothing was changed.
 QString obey(const QString &line, Plant &plant, const NamedTagReader &reader);
 
-// Reads lines from a descriptor as they come, until its end. `answer` makes the answer to each.
+// Reads lines from a descriptor as they come, until its end, and prints the answer of `answer` to
+// each.
 class ControlInput {
 public:
     using Answer = std::function<QString(const QString &line)>;
@@ -35,7 +36,7 @@ private:
 
     const int m_descriptor;
     const Answer m_answer;
-    QByteArray m_received; // of a line that has not ended yet
+    QByteArray m_received; // the incomplete line
     QSocketNotifier m_notifier;
 };
 

@@ -64,7 +64,7 @@ Generator parse(const QString &text, const NamedTagReader &reader)
         generator.high = 1;
     for (const QString &part : parts)
         parseParameter(part, generator);
-    for (const double end : {generator.low, generator.high}) { // whether the tag can hold them
+    for (const double end : {generator.low, generator.high}) { // checks that the tag can hold them
         Generator constant = generator;
         constant.low = constant.high = end;
         valuesAt(constant, {}, 0);

@@ -1,13 +1,13 @@
-// Values that move by themselves, for 'kmr sim --generate':
+// Generated values, for 'kmr sim --generate':
 //
 //     TAG=KIND[,period=TIME][,range=LOW..HIGH]
 //
 //   kind      value, as it is shown (with the scale of a name)
 //   sine      swings about the middle of the range, upwards first
-//   ramp      rises from the lower end to the upper one, then begins anew
-//   square    the lower end for half of the period, then the upper one
-//   counter   the lower end first, then 1 more each period, after the upper end the lower one
-//   random    another number of the range each period
+//   ramp      rises from the lower end to the upper end, then starts again
+//   square    the lower end for half of the period, then the upper end
+//   counter   the lower end first, then 1 more each period; after the upper end the lower end again
+//   random    another number in the range each period
 #pragma once
 
 #include "host/project/named_tag_reader.h"
@@ -27,16 +27,16 @@ struct Generator {
     GeneratorKind kind = GeneratorKind::Sine;
     std::chrono::milliseconds period{10000};
     double low = 0;
-    double high = 100; // of bits 1
+    double high = 100; // for bits 1
 };
 
-// Throws Error (Usage).
+// Reads a typed generator. Throws Error (Usage) that says what is wrong with it.
 Generator parseGenerator(const QString &text, const NamedTagReader &reader);
 
-// The number after that time. The same seed repeats the same random numbers.
+// The number after `time` from the start. The same seed repeats the same random numbers.
 double numberAt(const Generator &generator, std::chrono::nanoseconds time, std::uint64_t seed);
 
-// What its tag's elements hold then: the same in each of its values.
+// The values of its tag's elements at that time; all values of the tag are the same.
 Values valuesAt(const Generator &generator, std::chrono::nanoseconds time, std::uint64_t seed);
 
 } // namespace kmr

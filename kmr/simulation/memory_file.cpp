@@ -50,7 +50,7 @@ std::optional<Place> placeOfName(const QString &name)
     return modbus::placeOf(area, modbus::linearNumber(area, digits.toInt()));
 }
 
-// The name and the line of each place so far.
+// The name and the line of each element so far.
 using Given = std::map<std::tuple<int, Table, int>, std::pair<QString, int>>;
 
 void noteGiven(Given &given, const Setting &setting, const QString &name, int number)
@@ -61,10 +61,11 @@ void noteGiven(Given &given, const Setting &setting, const QString &name, int nu
     if (isNew)
         return;
     const auto &[other, line] = first->second;
-    throw Error(ErrorKind::Usage,
-                other == name
-                    ? QString("%1 stands in line %2 already").arg(name).arg(line)
-                    : QString("%1 is the same place as %2 in line %3").arg(name, other).arg(line));
+    throw Error(
+        ErrorKind::Usage,
+        other == name
+            ? QString("%1 is already in line %2").arg(name).arg(line)
+            : QString("%1 is the same element as %2 in line %3").arg(name, other).arg(line));
 }
 
 std::uint32_t readValue(const QString &text, const QString &name, const Place &place)
@@ -96,7 +97,7 @@ public:
     }
 
 private:
-    // An element as it was saved, else a name or any other tag.
+    // An element as it is saved, else a name or another tag.
     std::vector<Setting> settingsOf(const QString &name, const QString &text)
     {
         static const QRegularExpression STATION("^([0-9]{1,2})#");

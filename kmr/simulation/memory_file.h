@@ -7,12 +7,12 @@
 //     D100,250
 //     CV2200,70000
 //
-// Bits are 0 or 1, words 0 to 65535, counters 0 to 4294967295. The heading is optional, empty lines
-// and those that begin with '#' are skipped. What isn't named is 0. No place stands in two lines,
-// also not by two names: where areas overlap, S1024 is X0. A place that lies in no area is named by
-// its Modbus address in decimal digits: bit43521, register12288. Of several stations all but the
-// lowest are named: 2#D100. With a file of names its names stand for tags, and all tags that 'kmr
-// write' takes may stand here, inputs too: "boiler.temp,21.5".
+// Bits are 0 or 1, words 0 to 65535, counters 0 to 4294967295. The heading is optional; empty lines
+// and lines that begin with '#' are skipped. Elements that are not in the file are 0. No element
+// may be in two lines, not even by two names: areas overlap, S1024 is X0. A bit or register outside
+// of all areas is named by its Modbus address in decimal digits: bit43521, register12288. With
+// several stations all but the lowest are named: 2#D100. With a file of names, names and all tags
+// that 'kmr write' accepts can be used, also for inputs: "boiler.temp,21.5".
 #pragma once
 
 #include "host/project/named_tag_reader.h"
@@ -23,11 +23,11 @@
 namespace kmr {
 
 // Reads a file's text into the memories of `plant`. Throws Error (Usage) that names every bad line
-// with its number; `file` is the file's name, for that text. `names`: null for none.
+// with its number; `file` is the file's name in the error. `names` may be null.
 void loadMemory(const QString &text, const QString &file, Plant &plant,
                 const NamedTagReader *names = nullptr);
 
-// All places that aren't 0, by station, in the order of their addresses, bits first.
+// The text of all elements that aren't 0, by station, in the order of their addresses, bits first.
 QString formatMemory(const Plant &plant);
 
 } // namespace kmr

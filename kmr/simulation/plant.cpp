@@ -22,7 +22,7 @@ simulator::Memory &Plant::memory(int station)
     QStringList known;
     for (const auto &[number, controller] : m_controllers)
         known.append(QString::number(number));
-    throw Error(ErrorKind::Usage, QString("station %1 is not simulated, but %2: see --station")
+    throw Error(ErrorKind::Usage, QString("station %1 is not simulated, only %2: see --station")
                                       .arg(station)
                                       .arg(known.join(", ")));
 }
@@ -70,7 +70,7 @@ simulator::Responder Plant::responder(simulator::Faults &faults)
             if (controller.isAddressedBy(line))
                 return faults.answer(controller, line);
         }
-        // All obey a broadcast, and one reports the line.
+        // All controllers carry out a broadcast, and one reports the line.
         for (auto next = std::next(m_controllers.begin()); next != m_controllers.end(); ++next)
             next->second.obey(line);
         return faults.answer(m_controllers.begin()->second, line);

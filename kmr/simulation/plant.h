@@ -12,7 +12,7 @@
 
 namespace kmr {
 
-// One bit or register of a station and what it is to hold.
+// One bit or register of a station, and its new value.
 struct Setting {
     int station = 1;
     modbus::Place place;
@@ -31,7 +31,7 @@ public:
         return m_controllers;
     }
 
-    // The one that is meant where no station is named: the lowest.
+    // The lowest station, which is used if none is named.
     int firstStation() const
     {
         return m_controllers.begin()->first;
@@ -40,14 +40,15 @@ public:
     // Throws Error (Usage) for a station that is not simulated.
     simulator::Memory &memory(int station);
 
-    // What has to be set for a tag to hold `values`, inputs too. Throws as memory().
+    // The settings that give a tag `values`, also for inputs. Throws the same as memory().
     std::vector<Setting> settingsOf(const Tag &tag, const Values &values);
 
     void set(const std::vector<Setting> &settings);
 
     void setObserver(const simulator::Controller::Observer &observer);
 
-    // Answers as the controllers do on a line with `faults`. Both are lent.
+    // Answers as the controllers do on a line with `faults`. This object and `faults` must outlive
+    // it.
     simulator::Responder responder(simulator::Faults &faults);
 
 private:

@@ -34,10 +34,12 @@ QUrl parseListen(const QString &text)
 
 void addServeOptions(CLI::App &command, ServeOptions &options)
 {
-    command.add_option("--listen", options.listen,
-                       "serve TCP there, port 0 for any free one (default without --pty: " +
-                           std::string(DEFAULT_LISTEN) + ')');
-    command.add_option("--pty", options.pty, "make a pseudo-terminal, and this path a link to it");
+    command.add_option(
+        "--listen", options.listen,
+        "listen on this TCP address, port 0 for any free port (default without --pty: " +
+            std::string(DEFAULT_LISTEN) + ')');
+    command.add_option("--pty", options.pty,
+                       "create a pseudo-terminal, and this path as a link to it");
 }
 
 void serve(const ServeOptions &where, const simulator::Responder &respond, simulator::Pacing pacing)

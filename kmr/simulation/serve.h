@@ -1,4 +1,4 @@
-// Serves a controller, simulated or replayed, at the links that the command line names.
+// Serves a controller, simulated or replayed, at the links of the command line.
 #pragma once
 
 #include "simulator/pacing.h"
@@ -10,7 +10,7 @@
 
 namespace kmr {
 
-// Where a command serves. With neither: at tcp://127.0.0.1:8888.
+// The links of a command. If both are empty: tcp://127.0.0.1:8888.
 struct ServeOptions {
     std::string listen; // "tcp://127.0.0.1:8888", port 0 for any free one; empty: no TCP
     std::string pty;    // path for a link to a pseudo-terminal; empty: none
@@ -18,8 +18,8 @@ struct ServeOptions {
 
 void addServeOptions(CLI::App &command, ServeOptions &options);
 
-// Prints 'ready' and each link once all of them serve, and serves until SIGTERM or Ctrl-C. Throws
-// Error (Usage, Link) before, when one can't.
+// Opens all links, prints 'ready' and each link, and serves until SIGTERM or Ctrl-C. Throws Error
+// (Usage, Link) if one can't be opened.
 void serve(const ServeOptions &where, const simulator::Responder &respond,
            simulator::Pacing pacing = simulator::Pacing());
 

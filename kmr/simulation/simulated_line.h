@@ -1,5 +1,5 @@
-// A line without a controller: simulated ones of all stations take every request, so that the
-// driver's frames can be shown without sending them.
+// A line with simulated controllers of all stations, so that the driver's frames can be shown
+// without sending them.
 #pragma once
 
 #include "modbus/ascii.h"

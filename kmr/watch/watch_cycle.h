@@ -14,13 +14,13 @@ class WatchCycle {
 public:
     using Time = std::chrono::steady_clock::time_point;
 
-    // `wanted`: from the begin of a cycle to that of the next, 0 for as soon as the line allows.
+    // `wanted`: time from the begin of a cycle to that of the next; 0: as fast as the line allows.
     explicit WatchCycle(std::chrono::milliseconds wanted) : m_wanted(wanted) {}
 
     // The first cycle begins. `requests`: those of each cycle, 1 or more.
     void begin(int requests, Time now);
 
-    // A request is over, for good or to be sent again.
+    // A request has ended, also if it is sent again.
     void note(const Exchange &exchange, Time now);
 
     // Cycles that ended so far.
@@ -32,7 +32,7 @@ public:
     // Time until the next request may be made: 0, or until the next cycle begins.
     std::chrono::nanoseconds pause(Time now) const;
 
-    // The time that the last cycle took, "103 ms", and after it the one wanted: "512/500 ms".
+    // The time of the last cycle, "103 ms", or with the wanted time "512/500 ms".
     QString text() const;
 
 private:

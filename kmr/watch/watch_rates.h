@@ -21,7 +21,7 @@ public:
 private:
     std::chrono::steady_clock::time_point m_begin = std::chrono::steady_clock::now();
     int m_exchanges = 0;                // since m_begin
-    std::chrono::nanoseconds m_busy{0}; // likewise, from a request's begin to its answer's end
+    std::chrono::nanoseconds m_busy{0}; // since m_begin, from each request to its answer's end
     double m_rate = 0;                  // exchanges a second
     double m_use = 0;                   // per cent of the time
 };

@@ -1,5 +1,5 @@
-// What 'kmr watch' shows: changes, as records or in a live table, and a line on stderr when an
-// outage begins and when it ends. What goes to stderr is shown below the live table meanwhile.
+// The output of 'kmr watch': changes, as records or in a live table, and a line on stderr when an
+// outage begins and when it ends. Lines for stderr are shown below the live table meanwhile.
 #pragma once
 
 #include "host/session/session.h"
@@ -34,22 +34,22 @@ public:
 
     void beginPolling();
 
-    // The time until the next request is to be made: 0 but between two cycles.
+    // The time until the next request; 0 except between two cycles.
     std::chrono::nanoseconds pause() const;
 
-    // The line is lost: nothing is fresh any more.
+    // The line is lost: all values are stale.
     void noteLoss();
 
-    // It is open again. That it is back is reported with the first answer.
+    // The line is open again. This is reported with the first answer.
     void noteReconnection();
 
-    // Lost, and nothing was answered since.
+    // Whether the line was lost and nothing has been answered since.
     bool isLost() const
     {
         return m_isLost;
     }
 
-    // Takes keys, draws the table when it is time to, and ends the watch when nobody reads it any
+    // Takes keys, draws the table when it is time to, and ends the watch if nobody reads it any
     // more. To be called often.
     void draw();
 
@@ -65,7 +65,7 @@ public:
         return (m_maxChanges && m_changes >= *m_maxChanges) || (m_table && m_table->isLeft());
     }
 
-    // What keeps tags from being up to date.
+    // Why tags are not up to date, or Ok.
     ExitCode outcome() const;
 
 private:

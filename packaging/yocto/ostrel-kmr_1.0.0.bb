@@ -2,7 +2,7 @@ SUMMARY = "Modbus ASCII driver for Ostrel KMR controllers"
 DESCRIPTION = "The shared library that an operator panel's host loads."
 LICENSE = "CLOSED"
 
-# Unpacked as the folder that S names. For Qt 6: qtbase of meta-qt6, inherit qt6-cmake, and 6 below.
+# Unpacked into the folder S. For Qt 6: qtbase of meta-qt6, inherit qt6-cmake, and 6 below.
 SRC_URI = "file://ostrel-kmr-${PV}.tar.gz"
 S = "${WORKDIR}/ostrel-kmr-${PV}"
 

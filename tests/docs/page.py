@@ -2,8 +2,8 @@
 
 A page shows commands in fenced blocks:
 
-  console   a session: lines that begin with "$ " are commands, the lines behind one are its output.
-            A line "..." stands for any number of lines. Lines that begin with "> " go on with
+  console   a session: lines that begin with "$ " are commands, the lines after one are its output.
+            A line "..." matches any number of lines. Lines that begin with "> " continue
             a command that has a here-document.
   sh        commands alone
 
@@ -103,7 +103,7 @@ MASKS = [
 
 
 def masked(line):
-    """A line without what differs from run to run, nor blanks at its end."""
+    """A line without what differs from run to run and without blanks at its end."""
     for pattern, word in MASKS:
         line = pattern.sub(word, line)
     return line.rstrip()

@@ -1,5 +1,5 @@
 #!/usr/bin/env python3
-"""The rules by which pages are read: see page.py."""
+"""Tests the rules of page.py."""
 import unittest
 
 import page

@@ -1,5 +1,5 @@
 #!/usr/bin/env python3
-"""Runs the commands of a page, and says where the page shows something else than what they print.
+"""Runs the commands of a page, and reports output that differs from what the page shows.
 
     page_test.py PAGE KMR LIBRARY     in the folder of the repository
 """
@@ -15,7 +15,7 @@ import time
 
 import page
 
-# Where pages let the simulator listen. It becomes a free port, so that tests can run side by side.
+# The port of the simulator on pages. It is replaced by a free port, so that tests can run in parallel.
 PORT = "8888"
 DONE = "page_test: done"
 SECONDS = 20  # a command that takes longer hangs
@@ -44,8 +44,8 @@ class Shell:
             stdin=subprocess.PIPE, stdout=subprocess.PIPE, start_new_session=True)
 
     def run(self, text, lines_to_wait_for):
-        """The exit code of a command and the lines that it printed. What goes into the background
-        is waited for until it has printed so many lines."""
+        """The exit code of a command and the lines that it printed. For a command in the background
+        it waits until that has printed so many lines."""
         self.count += 1
         output = os.path.join(self.outputs, f"output{self.count}")
         text = text.replace(PORT, self.port)
@@ -81,7 +81,7 @@ def shows_exit_code(command):
 
 
 def check(shell, command, following):
-    """Runs a command and returns what is wrong with it, or nothing."""
+    """Runs a command and returns what is wrong, or an empty text."""
     signal.signal(signal.SIGALRM, hangs)
     signal.alarm(SECONDS)
     try:

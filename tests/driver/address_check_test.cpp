@@ -68,7 +68,7 @@ TEST(CheckedAddress, LiesInsideItsAreaWithTheWholeRun)
     expectChecked({{"TV_bit", "100.15", 1, VALID, 1615}, {"M", "89", 1, VALID, 89}}, true);
 }
 
-// A run is measured in decimal, through digits 8 and 9 that no address has.
+// A run is measured in decimal, including digits 8 and 9 that no address has.
 TEST(CheckedAddress, OfAnOctalAreaHasOctalDigitsOnly)
 {
     expectChecked({{"X", "17", 2, VALID, 17},
@@ -104,7 +104,7 @@ TEST(CheckedAddress, BeyondTheAreaIsWrittenUpTo32Bits)
                   true);
 }
 
-// Start + count - 1 is compared as it stands, in 64 bits.
+// Start + count - 1 is compared in 64 bits.
 TEST(CheckedAddress, MayHaveAnyCount)
 {
     expectChecked({{"D", "0", 0, VALID, 0},

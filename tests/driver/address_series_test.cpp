@@ -131,7 +131,7 @@ TEST(Series, AddressesBehindTheAreaAreItsLast)
         expectSeries({{area, 9999, 2, 1, 2, "9999 9999", ""}});
 }
 
-// The end's text does not match its number.
+// The text of the end does not match its number.
 TEST(Series, WordBitsBehindTheEndAreReplacedToo)
 {
     expectSeries({{"TV_bit", 1048575, 2, 1, 2, "65535.15 65536.15", "1048575 1048575"}});
@@ -145,7 +145,7 @@ TEST(Series, SumsAreTakenIn64Bits)
                   {"TV_bit", 1, 3, INT_MAX, 2, "0.1 65536.15 65536.15", "1 1048575 1048575"}});
 }
 
-// Only the last digit is carried over: a tens digit that becomes 8 stays.
+// Only the last digit carries: a tens digit that becomes 8 stays.
 TEST(Series, OfOctalAddressesSkipsEightAndNine)
 {
     expectSeries({{"X", 0, 10, 1, 1, "0 1 2 3 4 5 6 7 10 11", ""},
@@ -165,7 +165,7 @@ TEST(Series, OfWordBitsShowsWordAndBit)
                   {"TV_bit", 160000, 1, 1, 1, "10000.0", "160000"}});
 }
 
-// Decimal and word.bit texts are unsigned, numbers are not; octal digits carry their sign.
+// Decimal and word.bit texts are unsigned, numbers are not; octal digits have their sign.
 TEST(Series, MayStartBelowZero)
 {
     expectSeries({{"D", -1, 2, 1, 1, "4294967295 0", "-1 0"},

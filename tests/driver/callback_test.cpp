@@ -39,7 +39,7 @@ protected:
         dealListWhenFinish();
     }
 
-    // Not even this, which the header forbids in a callback, may harm the driver.
+    // The header forbids this in a callback, but it must not harm the driver.
     static void emptyLists()
     {
         intf_initProperty(nullptr, nullptr, nullptr, nullptr, "1#0#0#3#8", nullptr);
@@ -54,7 +54,7 @@ protected:
     }
 
 private:
-    // Touches 40 words that nobody touched before: the store, the writes and the one-shot reads
+    // Uses 40 new words: the store, the writes and the one-shot reads
     // grow by 40 entries.
     void growLists()
     {

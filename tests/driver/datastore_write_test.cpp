@@ -15,7 +15,7 @@ protected:
     }
 };
 
-// The value of a word in the middle of the report of its change.
+// The value of a word during the report of its change.
 int valueDuringReport = 0;
 
 qint32 noteValue(qint32, qint32 station, QString area, qint32 address)

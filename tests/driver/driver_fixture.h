@@ -1,4 +1,4 @@
-// A freshly configured driver for each test, and a host that records what it is told.
+// A newly configured driver for each test, and a host that records its reports.
 #pragma once
 
 #include "driver/frames.h"
@@ -31,7 +31,7 @@ inline VARIABLE variable(const char *area, qint32 address, qint32 count)
     return var;
 }
 
-// The same as the host hands it in.
+// The same as the host passes it.
 inline KEY_ADDRESS keyOf(const char *area, qint32 address, qint32 count)
 {
     KEY_ADDRESS key;
@@ -81,7 +81,7 @@ inline std::string targetsOf(const QList<VARIABLE> &list)
     return all;
 }
 
-// The characters of a frame as they go out.
+// The characters of a frame as they are sent.
 inline std::string textOf(const FRAME_PRO &frame)
 {
     return std::string(frame.frame, static_cast<size_t>(frame.frameLen));
@@ -148,7 +148,7 @@ inline Bytes writtenValueOf(const char *area, qint32 index)
     return Bytes(entry.writtenValue, entry.writtenValue + 4);
 }
 
-// Configures `driver` anew before each test with the property text of `configure` and a status
+// Configures `driver` again before each test with the property text of `configure` and a status
 // block, a recipe buffer and a mutex of its own, and records the reports of the callback.
 class DriverTest : public testing::Test {
 protected:
@@ -203,7 +203,7 @@ protected:
         driver.sendState = SEND_WRITE;
     }
 
-    // Hands in the reply to the frame in flight, which keeps its characters.
+    // Passes the reply to the frame in flight; it keeps its characters.
     qint32 answer(const QByteArray &reply)
     {
         QByteArray bytes = reply;
@@ -212,7 +212,7 @@ protected:
         return result;
     }
 
-    // Reads `count` elements and hands in `reply`.
+    // Reads `count` elements and passes `reply`.
     void readAnswered(const char *area, qint32 address, qint32 count, const QByteArray &reply)
     {
         readInFlight(area, address, count);
@@ -243,7 +243,7 @@ protected:
         return all;
     }
 
-    // What the host does in a report besides; empty when it only records.
+    // What else the host does in a report; empty if it only records.
     static std::function<void()> &onReport()
     {
         static std::function<void()> reaction;

@@ -1,4 +1,4 @@
-# What the built library shows to the outside, checked with the tools of binutils. Run with
+# The exports and the hardening of the built library, checked with binutils. Run with
 # -D LIBRARY=... -D NM=... -D READELF=... -D QT_CORE=libQt5Core.so.5
 
 cmake_minimum_required(VERSION 3.25)

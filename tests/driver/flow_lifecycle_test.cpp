@@ -1,4 +1,4 @@
-// The editor's services beside a running link, and a library that is loaded again or gone.
+// The editor's services during a running link, and a library that is loaded again or unloaded.
 #include "loaded_driver.h"
 
 using LifecycleFlow = FlowTest;

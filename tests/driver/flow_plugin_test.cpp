@@ -1,4 +1,4 @@
-// The library as a guest in somebody else's process: it leaves whole, and it keeps to itself.
+// The library as a plugin of another process: it unloads completely and does not affect others.
 #include "loaded_driver.h"
 
 #include <malloc.h>
@@ -32,7 +32,7 @@ TEST_F(PluginFlow, ThousandsOfLoadsLeaveNoLibraryAndNoMemoryBehind)
 {
     kmr.reset();
     for (int round = 0; round < 100; ++round)
-        liveOnce(); // what the loader and the C library keep for good
+        liveOnce(); // what the loader and the C library keep permanently
     const size_t before = mallinfo2().uordblks;
     for (int round = 0; round < LOAD_ROUNDS; ++round) {
         liveOnce();
@@ -63,7 +63,7 @@ TEST_F(PluginFlow, LibraryWithTheSameNamesInFrontOfItChangesNothing)
 
 TEST_F(PluginFlow, CopyHasItsOwnSettingsAndMayLeaveFirst)
 {
-    kmr.reset(); // both with their names for all to see
+    kmr.reset(); // both with global symbols
     kmr = std::make_unique<LoadedDriver>(OSTREL_KMR_LIBRARY, RTLD_GLOBAL);
     configure("1#0#0#3#8");
     const LibraryCopy copy;

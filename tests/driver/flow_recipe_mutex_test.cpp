@@ -8,8 +8,8 @@
 
 namespace {
 
-// A status block whose two request bytes lie in two pages. Whoever touches a page first after
-// `watch` is noted, and whether the mutex was held then.
+// A status block whose two request bytes are in two pages. The first access to a page after
+// `watch` is recorded, and whether the mutex was held.
 class GuardedStatus {
 public:
     explicit GuardedStatus(QMutex &mutex) : guard(mutex)
@@ -60,7 +60,7 @@ private:
     {
         const auto *const place = static_cast<const quint8 *>(info->si_addr);
         if (place < current->memory || place >= current->memory + current->length) {
-            sigaction(SIGSEGV, &current->before, nullptr); // happens again, unhandled
+            sigaction(SIGSEGV, &current->before, nullptr); // is raised again, unhandled
             return;
         }
         const bool held = !current->guard.tryLock();

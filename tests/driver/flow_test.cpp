@@ -1,4 +1,4 @@
-// Polling, from the address list to the change report, with replies good and bad.
+// Polling, from the address list to the change report, with good and bad replies.
 #include "loaded_driver.h"
 
 using PollFlow = FlowTest;

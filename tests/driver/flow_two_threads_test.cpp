@@ -9,7 +9,7 @@ namespace {
 constexpr int EXCHANGES = 3000;
 constexpr int WRITE_EVERY = 5; // exchanges
 
-// A link that polls D0 to D3 of its own station, where each exchange finds other words.
+// A link that polls D0 to D3 of its own station; each exchange reads other words.
 class Link {
 public:
     Link(int linkNumber, const std::string &library) : number(linkNumber), kmr(library) {}
@@ -27,7 +27,7 @@ public:
         kmr.addrMerge({words});
     }
 
-    // Stops at the first thing that belongs to the other link.
+    // Stops at the first value or frame that belongs to the other link.
     void run()
     {
         thread = std::this_thread::get_id();
@@ -96,7 +96,7 @@ private:
     std::thread::id thread;
 };
 
-// A callback is not told which copy of the library calls it, so each link has its own.
+// A callback does not learn which copy of the library calls it, so each link has its own.
 Link *links[2];
 
 template <int INDEX> qint32 record(qint32 device, qint32 station, QString, qint32)

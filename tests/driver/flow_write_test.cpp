@@ -1,4 +1,4 @@
-// Writes, from the host's value to the acknowledgement, and one-shot reads beside them.
+// Writes, from the host's value to the acknowledgement, and one-shot reads among them.
 #include "loaded_driver.h"
 
 using WriteFlow = FlowTest;
@@ -88,7 +88,8 @@ TEST_F(WriteFlow, CounterAcknowledgementSettlesOneCounterPerWord)
     takeReports();
     writeWords("CV2", 200, {0x5678, 0x1234});
     EXPECT_EQ(takeReports(), (Reports{{1, 1, "CV2", 200}}));
-    exchange(":01100EC8000118"); // its two words settle CV2 201 as well, never written and so 0
+    exchange(
+        ":01100EC8000118"); // its two words also settle CV2 201, which was not written and so is 0
     EXPECT_EQ(takeReports(), (Reports{{1, 1, "CV2", 200}, {1, 1, "CV2", 201}}));
     EXPECT_EQ(words("CV2", 200, 4), (std::vector<int>{0x5678, 0x1234, 0, 0}));
 }

@@ -1,4 +1,4 @@
-// Read requests: where each area lies, how much is read, what reply is expected.
+// Read requests: the address of each area, the quantity, and the expected reply.
 #include "driver/frames.h"
 
 #include "driver_fixture.h"

@@ -70,7 +70,7 @@ TEST_F(WriteFrame, WordAreasHaveTheirBases)
     EXPECT_EQ(write("CV2", 255, {0x0001, 0x0002}), ":01100EFF00010400020001DA\r\n");
 }
 
-// Of several counters only the last and the first word go out.
+// For several counters only the last and the first word are sent.
 TEST_F(WriteFrame, CounterGoesOutHighWordFirst)
 {
     EXPECT_EQ(write("CV2", 200, {0x1234}), ":01100EC80000021234D1\r\n");

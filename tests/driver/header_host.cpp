@@ -1,4 +1,4 @@
-// What a host does with the public header, in C++98: compiled, never run, in every version of C++
+// Uses the public header as a host does, in C++98: compiled, never run, in every version of C++
 // that a host may use (CMakeLists.txt).
 #include "ostrel_kmr.h"
 
@@ -47,7 +47,7 @@ void useFunctions()
         intf_dealRcvFrame(reply, info);
 }
 
-// Each function has the type that the header declares, looked up by name as well.
+// Each function has the type that the header declares, also when looked up by name.
 #define OSTREL_KMR_COUNT(name) +(&intf_##name != 0)
 int countFunctions()
 {

@@ -1,4 +1,4 @@
-// The built library, loaded as a host loads it and reached through its exported names alone.
+// The built library, loaded as a host loads it and used only by its exported names.
 #pragma once
 
 #include "driver/ostrel_kmr.h"
@@ -94,7 +94,7 @@ struct AddressRun {
     int count;
 };
 
-// A host around a library loaded anew for each test. The driver starts as device 1 with write
+// A host for a library that is loaded again for each test. The driver starts as device 1 with write
 // queue, retry limit 3 and grouping limit 8.
 class FlowTest : public testing::Test {
 protected:
@@ -106,7 +106,7 @@ protected:
         configure("1#0#0#3#8");
     }
 
-    // The driver has given the mutex back whatever happened in the test.
+    // The driver has released the mutex, whatever happened in the test.
     void TearDown() override
     {
         EXPECT_TRUE(mutex.tryLock());
@@ -140,7 +140,7 @@ protected:
         return key;
     }
 
-    // Hands the runs over for polling; the number of read blocks.
+    // Starts polling the runs and returns the number of read blocks.
     int watch(const std::vector<AddressRun> &runs)
     {
         QList<KEY_ADDRESS> list;
@@ -186,7 +186,7 @@ protected:
         return text.substr(0, text.size() - 2);
     }
 
-    // Hands in a reply, its line end added, or silence when it is empty. It keeps its characters.
+    // Passes a reply with its line end, or silence if it is empty. It keeps its characters.
     int answer(const std::string &reply)
     {
         const QByteArray line = reply.empty() ? QByteArray() : QByteArray(reply.c_str()) + "\r\n";
@@ -198,7 +198,7 @@ protected:
         return result;
     }
 
-    // Takes the next frame and has `reply` accepted for it.
+    // Takes the next frame and requires that `reply` is accepted for it.
     std::string exchange(const std::string &reply)
     {
         const std::string text = nextFrame();
@@ -206,7 +206,7 @@ protected:
         return text;
     }
 
-    // Lets the front request fail for good.
+    // Lets the front request be given up.
     void giveUp()
     {
         nextFrame();
@@ -273,6 +273,6 @@ protected:
     std::vector<quint8> status = std::vector<quint8>(STATUS_BLOCK_BYTES, 0);
     std::vector<quint8> recipe = std::vector<quint8>(4096, 0);
     QMutex mutex;
-    FRAME_PRO frame;       // the frame handed out last
+    FRAME_PRO frame;       // the last frame
     std::string errorInfo; // the description of the last reply
 };

@@ -1,4 +1,4 @@
-// Another library of a panel's process that happens to use names of the driver's.
+// Another library in a panel's process that uses the same names as the driver.
 #include <QString>
 
 #include <cstdlib>

@@ -1,5 +1,5 @@
-// The records and the driver object: construction and copies. Their layout is pinned where they are
-// compiled.
+// The records and the driver object: construction and copies. Their layout is checked where they
+// are compiled.
 #include "driver/ostrel_kmr.h"
 
 #include "driver_fixture.h"

@@ -44,7 +44,7 @@ protected:
 
 } // namespace
 
-// --- What becomes of runs with a group limit of 8 ------------------------------------------------
+// --- Runs with a group limit of 8 ----------------------------------------------------------------
 
 TEST_F(AddrMerge, WordsAreJoinedUpToTheLimitAndCutAtIt)
 {
@@ -155,7 +155,7 @@ TEST_F(AddrMerge, BlocksStandByAreaAndThenByStation)
          {"UnknownAreasAreSkipped", "Q:0x1 SM:0x1 d:0x1 :0x1 D:0x1", "D:0x1"}});
 }
 
-// Each chunk is judged by its own area.
+// Each chunk is treated according to its own area.
 TEST_F(AddrMerge, StationsFrom256OnRunIntoTheGroupsOfTheNextArea)
 {
     expectPlans(
@@ -163,8 +163,8 @@ TEST_F(AddrMerge, StationsFrom256OnRunIntoTheGroupsOfTheNextArea)
          {"DroppedInTheNextArea", "256#D:10x4 0#X:12x1", "256#D:10x4"},
          {"CounterThenWord", "256#CV2:200x1 0#D:202x1", "256#CV2:200x3"},
          {"CounterStaysOutOfAWordBlock", "0#D:200x4 256#CV2:201x1", "0#D:200x4 256#CV2:201x1"},
-         // The counter leaves the block's start and length alone, but takes the count as the last
-         // block.
+         // The counter does not change the block's start and length, but takes the count as the
+         // last block.
          {"ExtendingWritesTheLastBlock", "0#D:200x2 256#CV2:201x1 0#D:203x1",
           "0#D:200x2 256#CV2:201x4"},
          {"NewestCounterHidesTheWord", "0#D:200x1 256#CV2:200x1", "256#CV2:200x1"},

@@ -43,7 +43,7 @@ QList<VARIABLE> queueOf(int requests)
     return queue;
 }
 
-// A request with a tag that tells it from those queued.
+// A request with a tag that distinguishes it from those queued.
 VARIABLE tagged(const char *area, qint32 address, qint32 count)
 {
     VARIABLE request = variable(area, address, count);
@@ -198,7 +198,7 @@ TEST_F(ConditionRead, WordCountIgnoresWhereInItsWordTheRunStarts)
     ask("M", 15, 2, BITS);
     ask("M", 47, 16, BITS);
     ask("M", 79, 17, BITS);
-    ask("X", 17, 1, BITS); // octal digits as they stand
+    ask("X", 17, 1, BITS); // octal digits as they are
     EXPECT_EQ(queued(), "M:0x1 M:2x1 M:4x2 X:1x1");
 }
 

@@ -77,7 +77,7 @@ TEST_F(MonitorFlag, MarksBitsInBlocksOfSixteenAndReturnsTheLastMark)
     } rows[] = {
         {"X", 17, 2, 1, "X:0=8000 X:1=1"}, // octal
         {"Y", 21, 1, 2, "Y:1=2"},
-        {"X", 18, 1, 1, "X:0=1"}, // no octal digit, and no octal number below: counts as 0
+        {"X", 18, 1, 1, "X:0=1"}, // not an octal digit: counts as 0
         {"Y", -17, 2, 3, "Y:0=3"},
         {"X", INT_MIN, 3, 7, "X:0=7"},
         {"M", 15, 2, 1, "M:0=8000 M:1=1"},

@@ -1,4 +1,4 @@
-// Good replies: which changes the host hears of, and what becomes of pending writes and marks.
+// Good replies: the reported changes, and the pending writes and marks after them.
 #include "driver/response.h"
 
 #include "driver_fixture.h"
@@ -7,7 +7,7 @@ namespace {
 
 class ReplyChange : public DriverTest {
 protected:
-    // Notes, instead of the report, what the host reads in the middle of it.
+    // Records what the host reads during the report, instead of the report.
     void lookDuringReports()
     {
         seen().clear();
@@ -34,7 +34,7 @@ private:
 
 TEST_F(ReplyChange, OnlyWatchedWordsThatChangedAreReported)
 {
-    // What stands behind the two bytes of a word does not count.
+    // The bytes after the two bytes of a word do not count.
     driver.dataAreas << holding(watchedWord("D", 100), {0x34, 0x12, 0x99}) << watchedWord("D", 101);
     readAnswered("D", 100, 3, ":0103061234ABCD000137\r\n");
     EXPECT_EQ(told(), "D:101");

@@ -1,4 +1,4 @@
-// Replies to recipe uploads: the words go to the host's recipe buffer as well as to the store.
+// Replies to recipe uploads: the words are stored in the host's recipe buffer and in the store.
 #include "driver/response.h"
 
 #include "driver_fixture.h"
@@ -97,7 +97,7 @@ TEST_F(RecipeReply, CursorThatHasNoEntryLeftFillsTheStoreOnly)
 
 TEST_F(RecipeReply, EachReplyFillsTheEntryAtTheCursorAndTheLastEndsTheTransfer)
 {
-    intf_setAddrValueChangeCallBack(nullptr); // though nobody listens
+    intf_setAddrValueChangeCallBack(nullptr); // without a callback
     driver.recipeVars << recipeEntry("D", 100, 1, 10) << recipeEntry("D", 200, 1, 20);
     uploadAnswered(":0103021111D8\r\n");
     EXPECT_EQ(status[60116], 1);

@@ -16,7 +16,7 @@ protected:
         ASSERT_EQ(answer(""), 2);
     }
 
-    // Puts a request in flight that no function frames so.
+    // Puts a request in flight that no function builds.
     static void inFlight(const char *area, qint32 address)
     {
         FRAME_PRO frame;

@@ -1,4 +1,4 @@
-// What a reply counts as, and how the characters of good ones land in the store.
+// The kinds of replies, and how the characters of good ones are stored.
 #include "driver/response.h"
 
 #include "driver_fixture.h"
@@ -13,7 +13,7 @@ int kindOf(const char *text)
 
 class Reply : public DriverTest {
 protected:
-    // Byte 0 and byte 1 that a reply to a read of one word leaves behind.
+    // Byte 0 and byte 1 after a reply to a read of one word.
     Bytes decoded(const QByteArray &characters)
     {
         driver.dataAreas.clear();
@@ -35,7 +35,7 @@ protected:
         return all;
     }
 
-    // Puts a request in flight that no function frames so.
+    // Puts a request in flight that no function builds.
     static void inFlight(const char *area, qint32 address, qint32 dataPos, qint32 dataLen)
     {
         FRAME_PRO frame;
@@ -176,7 +176,7 @@ TEST_F(Reply, MissingCharactersAreZeros)
     EXPECT_EQ(readValueOf("D", 100), Bytes({0, 0, 0, 0}));
     EXPECT_EQ(readValueOf("D", 101), Bytes({0, 0, 0, 0}));
     EXPECT_EQ(told(), "D:100 D:101");
-    // What stands behind the end in the host's memory does not count.
+    // The host's memory after the end does not count.
     readAnswered("D", 100, 2, QByteArray::fromRawData(":01030412345678", 12));
     EXPECT_EQ(readValueOf("D", 100), Bytes({0x34, 0x12, 0, 0}));
     EXPECT_EQ(readValueOf("D", 101), Bytes({0, 0x50, 0, 0}));

@@ -1,4 +1,4 @@
-// The end of a batch: what becomes of the request lists, and what the host is told.
+// The end of a batch: the request lists after it, and the reports to the host.
 #include "driver/response.h"
 
 #include "driver_fixture.h"

@@ -1,4 +1,4 @@
-// Settled writes: what an acknowledgement or a give-up leaves in the store.
+// Settled writes: the store after an acknowledgement or a give-up.
 #include "driver/response.h"
 
 #include "driver_fixture.h"

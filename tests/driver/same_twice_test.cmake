@@ -1,5 +1,5 @@
-# Builds the library once more, in a folder of its own, and compares: two builds of the same sources
-# are the same, byte for byte. Run with
+# Builds the library again, in a folder of its own, and compares: two builds of the same sources
+# are equal, byte for byte. Run with
 # -D LIBRARY=... -D SOURCE=... -D BUILD=... -D COMPILER=... -D BUILD_TYPE=... -D QT_MAJOR=5
 # and, for Qt 4, -D QT_QMAKE_EXECUTABLE=...
 

@@ -24,7 +24,7 @@ protected:
 
 } // namespace
 
-// --- Handing out ---------------------------------------------------------------------------------
+// --- Getting a frame -----------------------------------------------------------------------------
 
 TEST_F(SendFrame, NothingToSendLeavesEveryByteOfTheOutput)
 {
@@ -238,7 +238,7 @@ TEST_F(RecipeFrame, WithoutStatusBlockOrMutexNoRequestIsSeen)
     EXPECT_EQ(nextAnswered(), ":010310000001EB\r\n");
 }
 
-// A request without an entry left: between the end of a transfer and the host's seeing it.
+// A recipe request without an entry at the cursor.
 
 TEST_F(SendFrame, RecipeRequestWithoutEntriesOrHistorySendsNothing)
 {

@@ -1,4 +1,4 @@
-// The index of the store against a plain search from the front, whoever changes the store.
+// The index of the store against a plain search from the front, for all changes of the store.
 #include "driver/store_index.h"
 
 #include "driver_fixture.h"
@@ -27,12 +27,12 @@ int firstOf(const QList<_DATA_> &store, const Key &key)
     return position;
 }
 
-// A host, and others that change the list behind the driver's back.
+// A host, and other code that changes the list without the driver.
 class Changes {
 public:
     explicit Changes(unsigned seed) : random(seed) {}
 
-    // Few keys, so that they meet. Texts that are equal are not always one.
+    // Few keys, so that they collide. Equal texts do not always share memory.
     Key key()
     {
         static const QString names[] = {"D", "D", "d", "TV", "TV_bit", ""};
@@ -133,7 +133,7 @@ TEST_F(StoreIndexTest, FindsEveryEntryOfALargeStore)
     EXPECT_EQ(driver.dataAreas.size(), 5000);
 }
 
-// A text may lie in the middle of others, without a 0 at its end.
+// A text may be in the middle of others, without a 0 at its end.
 TEST_F(StoreIndexTest, FindsAnEntryByTheCharactersOfItsNameAlone)
 {
     const QChar memory[] = {QLatin1Char('x'), QLatin1Char('D'), QLatin1Char('y')};
@@ -154,7 +154,7 @@ TEST_F(StoreIndexTest, CopyOfTheStoreKeepsItsValues)
     EXPECT_EQ(readValueOf("D", 5), Bytes({2, 0, 0, 0}));
 }
 
-// The driver's own changes leave the list where it is: a change of one value takes no time that
+// The driver's own changes do not copy the list: a change of one value takes no time that
 // grows with the store.
 TEST_F(StoreIndexTest, OwnChangesMoveNothing)
 {

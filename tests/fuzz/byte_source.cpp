@@ -4,7 +4,7 @@
 
 namespace {
 
-// Beside these the driver changes its mind: ends of areas, second bases, octal and 32-bit limits.
+// Limits of the driver: ends of areas, second bases, octal and 32-bit limits.
 const qint32 LIMITS[] = {0,     -1,    1,     7,     8,          15,          16,   17,
                          199,   200,   254,   255,   256,        1535,        1536, 4095,
                          4096,  9999,  10000, 11999, 12000,      23417,       2047, 32767,

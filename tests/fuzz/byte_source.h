@@ -1,5 +1,5 @@
-// Arguments made of bytes: a fuzzer's input or a random sequence becomes numbers, texts and
-// records. What the bytes do not hold any more reads as 0.
+// Arguments from bytes: a fuzzer's input or a random sequence is converted to numbers, texts and
+// records. After the end of the bytes everything is 0.
 #pragma once
 
 #include "driver/ostrel_kmr.h"
@@ -26,13 +26,13 @@ public:
         return byte() % end;
     }
 
-    // Any 32-bit number. Small ones and those beside a limit of the driver come most often.
+    // Any 32-bit number. Small ones and those next to a limit of the driver are most frequent.
     qint32 number();
 
     // A number of at most `most`, negative ones included.
     qint32 numberUpTo(qint32 most);
 
-    // A controller station: mostly 0 to 3, so that calls meet, else any number.
+    // A controller station: mostly 0 to 3, so that calls collide, else any number.
     qint32 station();
 
     // A device area name, mostly one that the driver knows.

@@ -1,5 +1,5 @@
-// Gives each file of the folders that are named to a fuzzer's function, without a fuzzer: what it
-// once found, or found interesting, stays a test with every compiler.
+// Passes each file of the given folders to a fuzzer's function, without a fuzzer: inputs that it
+// once found, or found interesting, remain a test with every compiler.
 //   NAME_corpus FOLDER...
 #include <cstddef>
 #include <cstdint>

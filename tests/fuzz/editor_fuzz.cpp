@@ -14,7 +14,7 @@ void requireOctalThereAndBack(qint32 digits)
         abort();
 }
 
-// A text that an area takes is taken as the address that it gave.
+// A text that is valid in an area is accepted as the address that it gave.
 void requireSameAgain(const QString &area, qint32 address, qint32 count)
 {
     qint32 again = -1;
@@ -36,7 +36,8 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t *data, std::size_t size
     const qint32 type = bytes.below(12) - 1;
     const qint32 start = bytes.number();
     const qint32 step = bytes.number();
-    const qint32 length = bytes.numberUpTo(64); // a series of a billion addresses fills the memory
+    const qint32 length =
+        bytes.numberUpTo(64); // a series of a billion addresses would fill the memory
     const QString text = QString::fromUtf8(bytes.rest());
 
     qint32 address = 0;

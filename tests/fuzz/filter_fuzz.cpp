@@ -1,4 +1,4 @@
-// What a line may bring in answer to a request, before the host tells the answer from the rest. The
+// Anything that may come over a line after a request, for the host's reply filter. The
 // first byte chooses request and echo, the second the size of the pieces that arrive.
 #include "host/line/reply_filter.h"
 

@@ -1,4 +1,4 @@
-// Links as a person may type them.
+// Typed links.
 #include "host/error.h"
 #include "host/line/link.h"
 

@@ -1,8 +1,8 @@
 #!/usr/bin/env python3
 """Writes the fuzzers' seeds in tests/fuzz/corpus: `script/fuzz --seeds`.
 
-A seed is a plain case that a fuzzer starts from. Texts are themselves; for a reply and the editor
-the numbers below choose as tests/fuzz/byte_source.h and the fuzzers say.
+A seed is a simple case from which a fuzzer starts. Texts are seeds as they are; for a reply and the
+editor the numbers below choose as described in tests/fuzz/byte_source.h and the fuzzers.
 """
 
 import pathlib

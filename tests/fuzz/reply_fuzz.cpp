@@ -1,5 +1,5 @@
 // Replies of any characters to every kind of request. The first five bytes choose the request, the
-// rest is what the line brings; a reply ends where a line feed stands.
+// rest comes over the line; a reply ends at a line feed.
 #include "tests/fuzz/byte_source.h"
 
 #include <numeric>

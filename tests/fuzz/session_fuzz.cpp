@@ -1,5 +1,5 @@
 // The exported functions in any order: what is defined is compared with the model, anything else
-// has to be survived.
+// must not crash.
 #include "tests/properties/generator.h"
 #include "tests/properties/session.h"
 

@@ -1,4 +1,4 @@
-// What a line may bring to the simulated controller: any characters, and any message in a good
+// Anything that may come to the simulated controller: any characters, and any message in a good
 // line.
 #include "modbus/ascii.h"
 #include "simulator/controller.h"
@@ -11,7 +11,7 @@ constexpr char STATION = 0x01;
 
 simulator::Controller &controller()
 {
-    // One for all inputs: its memory is large, and no answer's form depends on what it holds.
+    // One for all inputs: its memory is large, and the form of answers does not depend on it.
     static simulator::Controller *const instance = [] {
         simulator::Controller *const made = new simulator::Controller("01");
         made->setObserver([](const simulator::Exchange &exchange) { describe(exchange); });

@@ -1,4 +1,4 @@
-// Tags as a person may type them.
+// Typed tags.
 #include "host/error.h"
 #include "host/tags/tag.h"
 

@@ -1,4 +1,4 @@
-// A library with all of a driver's names that tells of a Qt which no kmr is built with.
+// A library with all of a driver's names that says it is built with a Qt that kmr never uses.
 extern "C" {
 extern const char builtWith[];
 const char builtWith[] = "libQt4Core.so";

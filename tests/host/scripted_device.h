@@ -1,5 +1,5 @@
 // A line without hardware and without waiting: answers come from a function, and time passes only
-// while somebody waits for characters.
+// while the host waits for characters.
 #pragma once
 
 #include "host/line/poll_loop.h"

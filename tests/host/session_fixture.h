@@ -24,7 +24,7 @@ inline bool isWrite(const QByteArray &request)
     return request.mid(3, 2) == "10" || request.mid(3, 2) == "05";
 }
 
-// `m_spoil`, where it is set, makes something else of the controller's answers.
+// `m_spoil`, if it is set, changes the controller's answers.
 class SessionTest : public testing::Test {
 protected:
     // Makes the session; to be called once.

@@ -1,4 +1,4 @@
-// A library that has two of a driver's names and lacks the others.
+// A library with two of a driver's names.
 extern "C" __attribute__((visibility("default"))) void intf_getProtocolType(int *type)
 {
     *type = 0;

@@ -1,4 +1,4 @@
-// kmr/completion/kmr.bash, which bash asks for the words that may come next.
+// kmr/completion/kmr.bash: the words that may come next.
 #include "tests/kmr/help_pages.h"
 #include "tests/kmr/kmr_process.h"
 #include "tests/kmr/terminal.h"
@@ -8,7 +8,7 @@
 
 namespace {
 
-// What may stand for the last word of a line, which begins with kmr.
+// The completions of the last word of a line that begins with kmr.
 QStringList complete(const QString &words)
 {
     const Finished bash = runShell(

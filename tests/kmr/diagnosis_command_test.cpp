@@ -59,10 +59,10 @@ TEST_F(DiagnosisCommand, TraceOfACutCaptureShowsWhatIsWholeAndEndsWithOne)
     const Finished trace = kmr({"trace", capture});
     EXPECT_EQ(trace.exitCode, 1);
     EXPECT_TRUE(trace.out.endsWith("station 01: read D100\n")) << trace.out.toStdString();
-    EXPECT_EQ(trace.err, capture + ":3: breaks off, left out\n");
+    EXPECT_EQ(trace.err, capture + ":3: is incomplete and left out\n");
 }
 
-// A line on which another host asks, as a gateway passes it on.
+// The traffic of another host, as a gateway sends it.
 TEST_F(DiagnosisCommand, ListenExplainsAnotherHostsTrafficAndSendsNothing)
 {
     const QByteArray traffic = ":01031064000187\r\n:01030200FA00\r\n:0103";
@@ -100,7 +100,7 @@ TEST_F(DiagnosisCommand, ListenThatHearsNothingOrLosesTheLinkEndsWithFour)
 {
     const Finished silent = kmr({"listen", "--for", "0.01"});
     EXPECT_EQ(silent.exitCode, 4);
-    EXPECT_TRUE(silent.err.contains("\nnothing came: check that a host asks on this line"));
+    EXPECT_TRUE(silent.err.contains("\nnothing came: check that a host uses this line"));
     QTcpServer gateway;
     ASSERT_TRUE(gateway.listen(QHostAddress::LocalHost, 0));
     QObject::connect(&gateway, &QTcpServer::newConnection,
@@ -146,7 +146,7 @@ TEST_F(DiagnosisCommand, PingOfASilentStationEndsWithFour)
     EXPECT_EQ(ping.exitCode, 4);
     EXPECT_EQ(ping.out, "station 2 D0: no answer\nstation 2 D0: no answer\n");
     EXPECT_EQ(ping.err, "2 requests sent, 0 answered, 100.0% lost\n"
-                        "no answer within 20 ms: 'kmr doctor' finds out whether they come late\n");
+                        "no answer within 20 ms: 'kmr doctor' finds out if answers come late\n");
 }
 
 TEST_F(DiagnosisCommand, ScanFindsTheStationThatAnswers)
@@ -171,8 +171,8 @@ TEST_F(DiagnosisCommand, StoppedScanCountsTheStationsThatItAsked)
                 kill(static_cast<pid_t>(process.processId()), SIGINT);
             });
     EXPECT_EQ(scan.exitCode, 4);
-    EXPECT_TRUE(
-        scan.err.endsWith("0 of 1 stations answer, the last one was not waited for, 7 not asked\n"))
+    EXPECT_TRUE(scan.err.endsWith(
+        "0 of 1 stations answer, stopped while waiting for the last one, 7 not asked\n"))
         << scan.err.toStdString();
 }
 

@@ -23,7 +23,7 @@ protected:
     QTemporaryDir m_directory;
 };
 
-// Stops the command, which a controller sees asking, and waits for the answer in vain.
+// Stops the command while it waits for an answer that never comes.
 Finished stopped(const QString &command, const QString &format)
 {
     pid_t process = 0;
@@ -51,7 +51,7 @@ TEST_P(DiagnosisOnBothLinks, PingAndScanTellAnswersFromLosses)
         const char *err;
     };
     const Row rows[] = {
-        // A refusal is an answer, too.
+        // A refusal is also an answer.
         {"ping 2 --interval 0", "exception=4", 0,
          "^(station 1 D0: answered in [\\d.]+ ms, refused: server device failure \\(exception "
          "04\\)\n){2}$",
@@ -93,7 +93,8 @@ TEST(DiagnosisFaults, CtrlCCompletesTheDocumentAndTheSummary)
 {
     const Finished ping = stopped("ping", "json");
     EXPECT_EQ(ping.exitCode, 4);
-    EXPECT_TRUE(ping.out.endsWith("\"error\":\"broken off\"}\n]}\n")) << ping.out.toStdString();
+    EXPECT_TRUE(ping.out.endsWith("\"error\":\"stopped or line lost\"}\n]}\n"))
+        << ping.out.toStdString();
     EXPECT_EQ(ping.err, "1 requests sent, 0 answered, 100.0% lost\n");
 }
 
@@ -102,5 +103,5 @@ TEST(DiagnosisFaults, CtrlCEndsTheDoctorWithoutARecord)
     const Finished doctor = stopped("doctor", "csv");
     EXPECT_EQ(doctor.exitCode, 4);
     EXPECT_EQ(doctor.out, "time,link,finding,text,advice\n");
-    EXPECT_EQ(doctor.err, "stopped before the line was known\n");
+    EXPECT_EQ(doctor.err, "stopped before the diagnosis was complete\n");
 }

@@ -55,23 +55,23 @@ TEST_P(DoctorOnBothLinks, FindingsHaveAnExitCodeAndAdvice)
          "Nothing answers: no character came back\\.\nCheck that the controller is on.* 'kmr scan' "
          "asks other stations, --try other speeds and frames\\.\n$"},
         {"exception=2", "auto", 5,
-         ".* is refused: illegal data address \\(exception 02\\)\\.\nName an element that this "
-         "controller has\\. --tag names what is read\\.\n$"},
+         ".* are refused: illegal data address \\(exception 02\\)\\.\nName an element that this "
+         "controller has\\. --tag names the element to read\\.\n$"},
         {"exception=6", "auto", 5,
-         ".* is refused: server device busy \\(exception 06\\)\\.\nAsk again later\\.\n$"},
-        {"echo", "auto", 0, ".* It hands back what is sent \\(echo\\)"},
+         ".* are refused: server device busy \\(exception 06\\)\\.\nAsk again later\\.\n$"},
+        {"echo", "auto", 0, ".* It echoes what is sent"},
         {"echo", "off", 4, ".*\nSet the echo to auto or on\\. The option is --echo\\.\n$"},
-        {"station", "auto", 4, "Station \\d+ answers, though station 1 was asked\\.\n"},
+        {"station", "auto", 4, "Station \\d+ answers, but station 1 was asked\\.\n"},
         {"flip", "auto", 4, "Answers come, but damaged, such as "},
         {"silence,every=5", "auto", 1,
          "The station answers only 2 of 3 requests; the first failure: no answer\\.\n.*--timeout "
-         "sets how long one may take\\. 'kmr ping' measures the losses\\.\n$"},
+         "sets how long an answer may take\\. 'kmr ping' measures the losses\\.\n$"},
     };
     for (const Row &row : rows) {
         SCOPED_TRACE(row.fault);
         const QStringList fault =
             *row.fault == '\0' ? QStringList() : QStringList{"--fault", row.fault};
-        // Nothing has to come in time where nothing ever comes.
+        // Without any answers the time does not matter.
         const char *const timeout = std::string(row.fault) == "deaf" ? "20" : "500";
         const Finished doctor = examine(fault, {"--timeout", timeout, "--echo", row.echo});
         EXPECT_EQ(doctor.exitCode, row.exitCode);
@@ -142,7 +142,7 @@ TEST(Doctor, PeerThatSpeaksAnotherModbusIsNamed)
         EXPECT_TRUE(
             doctor.out.contains(QString(",%1,The other side speaks Modbus ").arg(row.finding)))
             << doctor.out.toStdString();
-        EXPECT_EQ(doctor.err, "no Modbus ASCII: asking in Modbus TCP and Modbus RTU\n");
+        EXPECT_EQ(doctor.err, "no Modbus ASCII: trying Modbus TCP and Modbus RTU\n");
     }
 }
 
@@ -158,7 +158,7 @@ TEST(Doctor, LinkThatDoesNotOpenIsARecordAndEndsWithThree)
         << doctor.out.toStdString();
 }
 
-// The controller hears only what is sent at 19200 bits a second.
+// The controller receives only what is sent at 19200 bits a second.
 TEST(Doctor, TryNamesTheFramingThatWorks)
 {
     simulator::Controller controller("01");

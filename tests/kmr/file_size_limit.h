@@ -6,7 +6,7 @@
 
 namespace kmr {
 
-// While it lives, no file of this process can grow beyond so many bytes.
+// While it exists, no file of this process can grow beyond `bytes`.
 class FileSizeLimit {
 public:
     explicit FileSizeLimit(rlim_t bytes) : m_handler(std::signal(SIGXFSZ, SIG_IGN))

@@ -1,6 +1,6 @@
-// What commands report of a controller with fixed memory, word for word: as plain lines, in a table
-// and as typed records. The texts lie in tests/kmr/golden. When one changes on purpose, write them
-// anew and look at the difference:
+// The output of commands with a controller of fixed memory, word for word: plain lines, a table
+// and typed records. The texts are in tests/kmr/golden. If one changes on purpose, write them
+// again and check the difference:
 //
 //     KMR_WRITE_GOLDEN=1 ctest -R Golden && git diff tests/kmr/golden
 #include "simulator/controller.h"
@@ -32,8 +32,8 @@ const char *const CAPTURE =
 {"us":49500,"received":"\u00ff?\u0080"}
 )";
 
-// The text without what differs from run to run: times (but those of CAPTURE), round trips, the
-// port and paths. What columns depend on keeps its length.
+// The text without what differs from run to run: times (except those of CAPTURE), round trips, the
+// port and paths. Texts that determine the width of columns keep their length.
 QString masked(QString text, const QString &link, const QString &directory)
 {
     static const QRegularExpression TIME(
@@ -49,7 +49,7 @@ QString masked(QString text, const QString &link, const QString &directory)
         .replace(KMR_EXECUTABLE, "kmr");
 }
 
-// Fails where the text is not the recorded one, or records it.
+// Fails if the text is not the recorded one, or records it.
 void compare(const QString &name, const QString &text)
 {
     const QString path = QString(GOLDEN_DIRECTORY "/%1.txt").arg(name);
@@ -78,7 +78,7 @@ protected:
         EXPECT_TRUE(simulator::setElement(m_controller.memory(), area, number, value));
     }
 
-    // What a user sees: the command, what it prints, lines of stderr behind '!', the exit code.
+    // What a user sees: the command, its output, lines of stderr after '!', the exit code.
     QString transcript(const QStringList &arguments)
     {
         const QString link = QString("tcp://127.0.0.1:%1").arg(m_server.port());

@@ -13,5 +13,5 @@ struct HelpPage {
     QString text;
 };
 
-// All of them, each command after that which it belongs to.
+// All pages, each command after its parent.
 const std::vector<HelpPage> &helpPages();

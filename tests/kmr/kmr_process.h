@@ -1,5 +1,5 @@
-// The command kmr as its users have it: a program with arguments, output and an exit code. And what
-// it talks to: a simulated controller in a process of its own, or one of bad manners.
+// The command kmr as its users run it: a program with arguments, output and an exit code. And what
+// peers: a simulated controller in a process of its own, or a misbehaving one.
 //
 // The test program needs a QCoreApplication.
 #pragma once
@@ -15,8 +15,8 @@
 
 #include <functional>
 
-// What kmr is run in: of this program's, with the built driver, without a link, with KMR, the
-// command for lines of shell.
+// The environment of kmr: that of this program, with the built driver, without a link, with KMR,
+// the command for lines of shell.
 QProcessEnvironment kmrEnvironment();
 
 struct Finished {
@@ -25,7 +25,7 @@ struct Finished {
     QString err;
 };
 
-// Runs kmr to its end while this program goes on serving. `started` may watch it on the way.
+// Runs kmr to its end while this program continues to serve. `started` is called after its start.
 Finished run(const QStringList &arguments,
              const std::function<void(QProcess &)> &started = std::function<void(QProcess &)>());
 
@@ -41,7 +41,7 @@ public:
     Simulator(const Simulator &) = delete;
     Simulator &operator=(const Simulator &) = delete;
 
-    // What it says when it serves, and the link of that.
+    // The line that it prints when it is ready, and its link.
     QString ready() const
     {
         return m_ready;
@@ -67,7 +67,7 @@ private:
     QString m_ready;
 };
 
-// A controller of bad manners, in this process: answers each line as a function says. A null answer
+// A misbehaving controller in this process: answers each line by a function. A null answer
 // closes the connection.
 class FakeController {
 public:

@@ -1,5 +1,5 @@
-// What read, write and recipe say and return when a TCP line is lost: before something is sent,
-// after it was sent, and in a recipe.
+// The output and results of read, write and recipe when a TCP line is lost: before a request is
+// sent, after it was sent, and in a recipe.
 #include "tests/kmr/kmr_process.h"
 
 #include <QTemporaryDir>
@@ -10,7 +10,7 @@ namespace {
 const char *const ANSWER = ":0103020001F9\r\n";            // one word, 1
 const char *const ACKNOWLEDGEMENT = ":0110106400017A\r\n"; // of D100
 
-// Where a request is aimed: "1064" is D100.
+// The address of a request: "1064" is D100.
 QByteArray addressOf(const QByteArray &line)
 {
     return line.mid(5, 4);
@@ -21,7 +21,7 @@ bool isRead(const QByteArray &line)
     return line.mid(3, 2) == "03";
 }
 
-// Answers about D100 and hangs up on everything else.
+// Answers requests for D100 and closes the connection on all others.
 QByteArray onlyD100(const QByteArray &line)
 {
     if (addressOf(line) != "1064")
@@ -78,12 +78,12 @@ TEST_F(LineLossTest, WriteThatWasSentIsUnknownAndThoseBehindItAreNotSent)
     const Finished write = kmr({"write", "D100=1", "D200=2", "D300=3", "--format", "csv"});
     EXPECT_EQ(write.exitCode, 6);
     EXPECT_EQ(write.err, "D200: unknown: the line was lost before the answer came\n"
-                         "D300: not written, because of the failure before\n");
+                         "D300: not written because an earlier write failed\n");
     const char *const records =
         "^time,tag,values,unit,outcome,error\n"
         "\\S+,D100,1,,confirmed,\n"
         "\\S+,D200,2,,unknown,unknown: the line was lost before the answer came\n"
-        "\\S+,D300,3,,not sent,\"not written, because of the failure before\"\n$";
+        "\\S+,D300,3,,not sent,not written because an earlier write failed\n$";
     EXPECT_TRUE(matches(write.out, records)) << qPrintable(write.out);
 }
 

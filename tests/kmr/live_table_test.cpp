@@ -13,7 +13,7 @@ QString watch(const QString &arguments)
     return "\"$KMR\" watch " + arguments;
 }
 
-// A controller whose D100 can be set, and which can fall silent.
+// A controller whose D100 can be set, and which can be made silent.
 class LiveTableTest : public testing::Test {
 protected:
     QString arguments() const
@@ -103,7 +103,7 @@ TEST_F(LiveTableTest, WriteThatIsNotConfirmedSaysSoAsKmrWriteDoes)
 {
     const std::pair<QByteArray, const char *> cases[] = {
         {":0190026D\r\n", "write D100=7: refused: illegal data address"},
-        {"", "write D100=7: not confirmed .it may have been written all the same.: no answer"}};
+        {"", "write D100=7: not confirmed .it may have been written.: no answer"}};
     for (const auto &[answer, report] : cases) {
         const FakeController controller([this, answer = answer](const QByteArray &line) {
             return line.startsWith(":0110") ? answer : m_answer;

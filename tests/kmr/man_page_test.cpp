@@ -1,4 +1,4 @@
-// kmr/man/kmr.1 against what kmr shows of itself.
+// kmr/man/kmr.1 against the help of kmr.
 #include "tests/kmr/help_pages.h"
 #include "tests/kmr/kmr_process.h"
 
@@ -16,7 +16,7 @@ const QString &manPage()
     return PAGE;
 }
 
-// From a heading that begins so to the next heading.
+// From a heading with this beginning to the next heading.
 QString section(const QString &heading)
 {
     const auto begin = manPage().indexOf('\n' + heading);

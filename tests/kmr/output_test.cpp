@@ -1,4 +1,4 @@
-// What kmr does when a disk is full or a file can't be written: it says so, and no exchange is
+// kmr with a full disk or a file that can't be written: it reports this, and no exchange is
 // lost.
 #include "tests/kmr/kmr_process.h"
 
@@ -42,7 +42,7 @@ TEST_F(OutputTest, CaptureThatFillsTheDiskIsToldOnceAndTheReadGoesOn)
     EXPECT_EQ(read.exitCode, 1);
     EXPECT_EQ(read.out.count('\n'), 12) << qPrintable(read.err);
     EXPECT_EQ(read.err, "kmr: cannot write the capture " + path("field.jsonl") +
-                            ": File too large; what comes from now on is not captured\n");
+                            ": File too large; further traffic is not captured\n");
     EXPECT_EQ(run({"trace", path("field.jsonl")}).exitCode, 0);
 }
 

@@ -1,4 +1,4 @@
-// How far a transfer has come, in words and on a terminal.
+// The progress of a transfer, in words and on a terminal.
 #include "kmr/progress.h"
 
 #include "simulator/controller.h"
@@ -15,7 +15,7 @@ using std::chrono::milliseconds;
 
 namespace {
 
-// A controller that halts after 20 answers, so that a screen can be looked at, until it may go on.
+// A controller that pauses after 20 answers, so that the screen can be checked, until it continues.
 class HaltingController {
 public:
     HaltingController()
@@ -23,7 +23,7 @@ public:
         EXPECT_EQ(m_server.listen("127.0.0.1", 0), "");
     }
 
-    // Of kmr, which asks until it goes on.
+    // The link for kmr, which waits until it continues.
     QString options() const
     {
         return QString("--timeout 500 --retries 1000 --in-step off --link tcp://127.0.0.1:%1")

@@ -1,4 +1,4 @@
-// 'kmr replay' as its users have it: what one kmr captured, another reads again.
+// 'kmr replay' as its users run it: one kmr captures, another reads the same again.
 #include "tests/kmr/kmr_process.h"
 
 #include <QTemporaryDir>
@@ -53,7 +53,7 @@ TEST_P(ReplayOnBothLinks, CutCaptureIsReplayedAsFarAsItGoes)
     Simulator replay(arguments(file), "replay");
     EXPECT_EQ(run({"read", "D100", "--in-step", "off", "--link", replay.link()}).out, "D100 250\n");
     EXPECT_EQ(replay.terminate(), 0);
-    EXPECT_EQ(replay.log(), file + ":4: breaks off, left out\n");
+    EXPECT_EQ(replay.log(), file + ":4: is incomplete and left out\n");
 }
 
 TEST_P(ReplayOnBothLinks, UnknownRequestIsReportedOnceAndNotAnswered)

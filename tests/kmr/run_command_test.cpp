@@ -1,4 +1,4 @@
-// 'kmr run' on a line that fails, and stopped by the user. What it reports otherwise:
+// 'kmr run' on a line that fails, and stopped by the user. Its other reports:
 // golden_test.cpp.
 #include "tests/kmr/kmr_process.h"
 
@@ -41,7 +41,7 @@ TEST_F(Run, EndsAfterAWriteOfUnknownOutcomeAndSaysSo)
     const Finished kmr = run(typed("write D1=1\nexpect D1=1\n", silent.link()));
     EXPECT_EQ(kmr.exitCode, 1);
     EXPECT_EQ(without(m_directory.path(), kmr.out),
-              "a.test:1: write D1=1 failed: not confirmed (it may have been written all the same): "
+              "a.test:1: write D1=1 failed: not confirmed (it may have been written): "
               "no answer\n"
               "a.test:2: expect D1=1 not run\n");
 }

@@ -1,4 +1,4 @@
-// 'kmr sim' as its users have it.
+// 'kmr sim' as its users run it.
 #include "tests/kmr/kmr_process.h"
 
 #include <QFileInfo>
@@ -124,8 +124,9 @@ TEST(Sim, SetsWhatLinesOnStdinSayAndAnswersEach)
     for (const char *line : {"X0=1", "D100 = 5", "2#D100x2=-1 6", "CV2200=70000", "TV5.3=1"})
         EXPECT_EQ(simulator.tell(line), "ok") << line;
     EXPECT_TRUE(simulator.tell("D1=70000").startsWith("error: bad value \"70000\" for D1: "));
-    EXPECT_TRUE(simulator.tell("").startsWith("error: \"\" assigns nothing: "));
-    EXPECT_TRUE(simulator.tell("3#D1=1").startsWith("error: station 3 is not simulated, but 1, 2"));
+    EXPECT_TRUE(simulator.tell("").startsWith("error: \"\" is not an assignment: "));
+    EXPECT_TRUE(
+        simulator.tell("3#D1=1").startsWith("error: station 3 is not simulated, only 1, 2"));
     EXPECT_EQ(
         run({"read", "X0x2", "D100", "2#D100x2", "CV2200", "TV5", "--link", simulator.link()}).out,
         "X0x2 1 0\nD100 5\n2#D100x2 65535 6\nCV2200 70000\nTV5 8\n");

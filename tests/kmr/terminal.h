@@ -1,6 +1,6 @@
-// kmr on a terminal, which tmux emulates: nothing needs a real one.
+// kmr on a terminal that tmux emulates: no real one is needed.
 //
-// Waiting goes by what the screen shows, never by a fixed time.
+// Tests wait for the content of the screen, never for a fixed time.
 #pragma once
 
 #include <QString>
@@ -22,7 +22,7 @@ public:
     QString screen();
     QString colouredScreen();
 
-    // Waits until the screen satisfies this, and returns it. Fails the test after long patience.
+    // Waits until the screen meets the condition, and returns it. Fails the test after a long time.
     QString waitFor(const std::function<bool(const QString &screen)> &isThere);
 
     // The same for a pattern that is to be found on it.
@@ -38,7 +38,7 @@ public:
     // Lines that have left the screen at its top.
     int scrolledLines();
 
-    // Whether the cursor can be seen, and the row in which it stands, 0 for the topmost.
+    // Whether the cursor is visible, and its row, 0 for the topmost.
     bool isCursorVisible();
     int cursorRow();
 

@@ -1,5 +1,5 @@
-// What can't be begun: it says why on stderr, each line behind the program's name, prints nothing
-// else and ends with the exit code for its kind.
+// Commands that can't begin: they say why on stderr, each line after the program's name, print
+// nothing else and end with the exit code for the error.
 #include "tests/kmr/help_pages.h"
 #include "tests/kmr/kmr_process.h"
 
@@ -24,7 +24,7 @@ const Row ROWS[] = {
     {"help wach", 2, "unknown command \"wach\", did you mean \"watch\"\\?\nkmr: 'kmr help' lists"},
     {"read D1 --staton 2", 2, "unknown option --staton, did you mean \"--station\"\\?\n"},
     {"write D1=1 --verfy", 2, "unknown option --verfy, did you mean \"--verify\"\\?\n"},
-    {"areas D", 2, "\"D\" is one argument too many\n"},
+    {"areas D", 2, "unexpected argument \"D\"\n"},
     {"read D1 --link", 2, "--link needs a value\n"},
     {"series D x 1 1", 2, "START: expected a number, not \"x\"\n"},
     {"read d100", 2, "bad tag \"d100\": [^\n]*, did you mean D100\\?\n"},
@@ -51,7 +51,7 @@ const Row ROWS[] = {
     {"replay", 2, "FILE is missing, for example: kmr "},
     {"run", 2, "FILE is missing, for example: kmr "},
     {"log D1", 2, "--output is missing, for example: kmr log "},
-    {"tags list", 2, "no file of names: name one, here or with --names"},
+    {"tags list", 2, "no file of names: give one, here or with --names"},
     {"tags import /dev/null --columns nam=Symbol", 2,
      "bad column \"nam=Symbol\", did you mean \"name\"\\?: expected "},
     {"tags check", 2, "FILE is missing, for example: kmr "},
@@ -60,8 +60,8 @@ const Row ROWS[] = {
     {"recipe upload", 2, "FILE is missing, for example: kmr "},
     {"series Q 1 1 1", 2, "Q is not an area \\(result 0\\): 'kmr areas' lists them\n"},
     // The link and the tags, all bad ones at once.
-    {"read", 2, "no tags: name some, for example D100, or list them in the project's kmr.toml"},
-    {"read D1", 2, "no link: name it with --link or the environment variable KMR_LINK"},
+    {"read", 2, "no tags: give some, for example D100, or list them in the project's kmr.toml"},
+    {"read D1", 2, "no link: give it with --link or the environment variable KMR_LINK"},
     {"doctor", 2, "no link: "},
     {"read D99999 D1 Q7 --link tcp://127.0.0.1:1", 2,
      "bad tag \"D99999\": [^\n]*\nkmr: bad tag \"Q7\": [^\n]*\n$"},
@@ -69,15 +69,15 @@ const Row ROWS[] = {
     {"ping --tag Q1 --link tcp://127.0.0.1:1", 2, "bad tag \"Q1\""},
     {"doctor --tag Q1 --link tcp://127.0.0.1:1", 2, "bad tag \"Q1\""},
     {"write TV5.3=1 X0=1 D0 D1=x --link tcp://127.0.0.1:1", 2,
-     "TV5.3 can't be written: the controller offers no write[^\n]*\n"
+     "TV5.3 can't be written: the controller has no write[^\n]*\n"
      "kmr: X0 can't be written: X are inputs\n"
-     "kmr: \"D0\" assigns nothing[^\n]*\n"
+     "kmr: \"D0\" is not an assignment[^\n]*\n"
      "kmr: bad value \"x\" for D1"},
     {"doctor --try --link tcp://127.0.0.1:1", 2, "--try needs a serial link"},
     {"doctor --try --capture /dev/null --link serial:///dev/ttyS0", 2, "--capture "},
     // Files.
     {"trace /no/such/file", 2, "cannot read the capture /no/such/file: "},
-    {"trace /dev/null", 2, "/dev/null:1: no capture of kmr"},
+    {"trace /dev/null", 2, "/dev/null:1: not a capture of kmr"},
     {"replay /no/such/file", 2, "cannot read the capture /no/such/file: "},
     {"recipe upload /no/such/directory/mixer.csv D0 --link tcp://127.0.0.1:1", 2,
      "cannot write /no/such/directory/mixer.csv: "},
@@ -89,7 +89,7 @@ const Row ROWS[] = {
      "bad generator \"D0=sine,range=0..70000\": bad value \"70000\" for D0: [^\n]*\n"
      "kmr: bad generator \"D1=saw\": unknown kind: expected sine, [^\n]*\n"
      "kmr: bad generator \"2#D0=ramp,period=5\": bad time \"5\": "},
-    {"sim --generate 2#D0=ramp", 2, "station 2 is not simulated, but 1: see --station\n$"},
+    {"sim --generate 2#D0=ramp", 2, "station 2 is not simulated, only 1: see --station\n$"},
     {"sim --station 1,100", 2, "--station: "},
     {"sim --fault late=soon", 2,
      "bad fault \"late=soon\": late=soon: expected a time(.|\n)*kinds: deaf, close, silence"},
@@ -120,7 +120,7 @@ TEST(Usage, FileNameThatIsNotUtf8IsRefusedBeforeAnotherFileIsMade)
     const Finished read = runShell("cd " + directory.path() +
                                    " && \"$KMR\" read D1 --capture \"$(printf 'l\\351.csv')\"");
     EXPECT_EQ(read.exitCode, 2);
-    EXPECT_EQ(read.err, "kmr: l\\xE9.csv is not UTF-8: kmr could not name that file; rename it, or "
+    EXPECT_EQ(read.err, "kmr: l\\xE9.csv is not UTF-8: kmr can't use that name; rename it, or "
                         "link to it by another name\n");
     EXPECT_TRUE(QDir(directory.path()).isEmpty());
 }
@@ -170,7 +170,7 @@ TEST(Usage, EachHelpTeachesWithTwoExamplesAndSaysWhereTheOptionsOfAllCommandsAre
         const bool isOfACommand = !page.command.isEmpty();
         EXPECT_TRUE(matches(page.text, "\nExamples:\n  kmr .*\n  kmr ")) << qPrintable(page.text);
         EXPECT_EQ(page.text.contains("\n'kmr --help' lists the options"), isOfACommand);
-        EXPECT_EQ(page.text.contains("\nExit codes: 0 ok, "), !isOfACommand);
+        EXPECT_EQ(page.text.contains("\nExit codes: 0 success, "), !isOfACommand);
         const bool takesTags = matches(page.command.join(' '), "^(watch|log|read|write|plan)$");
         EXPECT_EQ(page.text.contains("\nA TAG is [STATION#]AREA ADDRESS"), takesTags);
     }

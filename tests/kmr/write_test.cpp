@@ -1,4 +1,4 @@
-// What 'kmr write' says of writes that fail, and of values that read back differently.
+// The reports of 'kmr write' about writes that fail, and values that differ when read back.
 #include "simulator/controller.h"
 #include "simulator/memory.h"
 #include "tests/kmr/kmr_process.h"
@@ -60,5 +60,5 @@ TEST(Write, RunWhoseSecondRequestIsRefusedIsNotConfirmed)
     EXPECT_EQ(write.out, "");
     EXPECT_EQ(write.err, "D0x10: stopped at 1#D8\n"
                          "D0x10: refused: server device failure (exception 04)\n"
-                         "D20: not written, because of the failure before\n");
+                         "D20: not written because an earlier write failed\n");
 }

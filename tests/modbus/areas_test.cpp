@@ -11,7 +11,7 @@ using namespace modbus;
 
 namespace {
 
-// Elements whose addresses follow one another.
+// Elements with consecutive addresses.
 struct Row {
     const char *area;
     Table table;
@@ -161,7 +161,7 @@ TEST(Areas, NamesOfARunEndWithItsWindow)
               (QStringList{"D4080 to D4095", "TV6640 to TV6655"}));
     EXPECT_EQ(elementsAt(Table::Registers, 0x1FF0, 17),
               (QStringList{"D4080 and on", "TV6640 to TV6656"}));
-    // No word lies where the counters do.
+    // No word has the address of a counter.
     EXPECT_EQ(elementsAt(Table::Registers, 0x0EC7, 2),
               (QStringList{"CV199 and on", "TV2247 and on"}));
     EXPECT_EQ(elementsAt(Table::Registers, 0x0EC8, 1), QStringList{"CV2200"});

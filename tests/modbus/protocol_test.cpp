@@ -14,7 +14,7 @@ TEST(Protocol, ExceptionsThatNoStandardNamesKeepTheirCode)
 {
     EXPECT_EQ(exceptionText(0x02), "illegal data address (exception 02)");
     EXPECT_EQ(exceptionText(0x0B), "gateway target device failed to respond (exception 0b)");
-    EXPECT_EQ(exceptionText(0x00), "a reason of its own (exception 00)");
-    EXPECT_EQ(exceptionText(0x07), "a reason of its own (exception 07)");
-    EXPECT_EQ(exceptionText(0x0C), "a reason of its own (exception 0c)");
+    EXPECT_EQ(exceptionText(0x00), "unknown reason (exception 00)");
+    EXPECT_EQ(exceptionText(0x07), "unknown reason (exception 07)");
+    EXPECT_EQ(exceptionText(0x0C), "unknown reason (exception 0c)");
 }

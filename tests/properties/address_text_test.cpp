@@ -1,6 +1,6 @@
 // Every address text of up to five characters over digits, '.', '-', '+', blank and a letter, in
-// every area, through both checks: 813,616 texts in 12 areas. The wrong type, which no text can
-// heal, is tried on every text of up to three characters.
+// every area, with both checks: 813,616 texts in 12 areas. The wrong type, which does not depend on
+// the text, is tried with every text of up to three characters.
 #include "tests/driver/loaded_driver.h"
 #include "tests/properties/model_address.h"
 

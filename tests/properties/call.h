@@ -1,4 +1,4 @@
-// One call that a host makes, or one thing that happens around it, as a record that can be
+// One call that a host makes, or one event around it, as a record that can be
 // generated, printed, dropped and repeated.
 #pragma once
 
@@ -16,11 +16,11 @@ enum class Kind {
     Reply,
     GetData,
     SetData,
-    // exported functions without; what the others hand out never changes
+    // exported functions without state; the results of the others never change
     CheckValidity,
     CheckAddr,
     Series,
-    // what happens around: the host asks for a recipe transfer, fills its recipe buffer, prepares
+    // events: the host requests a recipe transfer, fills its recipe buffer, prepares
     // what its callback does, and the controller's values change
     HostAsks,
     HostFillsRecipe,
@@ -28,7 +28,7 @@ enum class Kind {
     ControllerMoves
 };
 
-// How the reply to the frame in flight comes about.
+// The kind of reply to the frame in flight.
 enum class ReplyKind {
     Right,
     Empty,

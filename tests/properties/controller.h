@@ -1,4 +1,4 @@
-// A controller as small as can be, and the ways in which its replies go wrong on the line.
+// A minimal controller, and the ways in which its replies go wrong on the line.
 #pragma once
 
 #include "tests/properties/call.h"
@@ -8,10 +8,10 @@
 
 class Controller {
 public:
-    // The reply to the frame text `request` ("" when nothing was sent), spoilt as `call` says.
+    // The reply to the frame text `request` ("" if nothing was sent), changed according to `call`.
     std::string reply(const std::string &request, const Call &call);
 
-    // Changes what the registers hold that nobody wrote since.
+    // Changes the registers that were not written since.
     void move(unsigned salt);
 
 private:

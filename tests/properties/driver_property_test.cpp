@@ -41,8 +41,8 @@ const char *const usage =
 std::string crashNote; // names the session under way
 struct sigaction handlersBefore[NSIG];
 
-// A crash can't be shrunk, but it can be repeated. Afterwards the fault happens again and is
-// handled as if nobody had looked.
+// A crash can't be shrunk, but it can be repeated. Afterwards the signal is raised again and
+// handled as usual.
 void noteCrash(int signalNumber)
 {
     sigaction(signalNumber, &handlersBefore[signalNumber], nullptr);
@@ -77,7 +77,7 @@ bool readNumber(const char *text, std::uint64_t &number)
 
 } // namespace
 
-// The sanitizers, where they are built in, end in a signal too.
+// The sanitizers also end with a signal.
 extern "C" const char *__asan_default_options()
 {
     return "abort_on_error=1";

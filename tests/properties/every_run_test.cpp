@@ -1,5 +1,5 @@
-// Every start of every area with 1 to 20 elements: what is polled, what stands on the line, what
-// arrives in the store and what is reported. Here the rules are written out for single runs: which
+// Every start of every area with 1 to 20 elements: what is polled, what is on the line, what
+// is stored and what is reported. Here the rules are written out for single runs: which
 // Modbus address an element has, and which elements a read covers. With the sanitizers every 13th
 // start only.
 #include "tests/driver/loaded_driver.h"
@@ -14,7 +14,7 @@ namespace {
 
 enum Kind { BITS, WORDS, COUNTERS, BITS_OF_WORDS };
 
-// An area and where its elements lie; from `upperFrom` on they lie from `upperBase` on.
+// An area and the addresses of its elements; from `upperFrom` on they begin at `upperBase`.
 struct Area {
     const char *name;
     Kind kind;
@@ -129,7 +129,7 @@ protected:
         expectPolled(area, start, count, exchanges, expected);
     }
 
-    // A run of bits is one read of 16 or 32 bits from a multiple of 16 on; what lies behind is 0.
+    // A run of bits is one read of 16 or 32 bits from a multiple of 16 on; bits after it are 0.
     void expectBitsPolled(const Area &area, int start, int count)
     {
         const int first = start - start % 16;
@@ -149,7 +149,7 @@ protected:
         expectPolled(area, start, count, {exchange}, expected);
     }
 
-    // Counters are read in blocks of 8 as well, but of each block only half, one at least.
+    // Counters are also read in blocks of 8, but only half of each block, at least one.
     void expectCountersPolled(const Area &area, int start, int count)
     {
         std::vector<Exchange> exchanges;
@@ -170,7 +170,7 @@ protected:
         expectPolled(area, start, count, exchanges, expected);
     }
 
-    // The words that hold the bits are polled, in blocks of 8, but their requests end behind the
+    // The words that hold the bits are polled, in blocks of 8, but their requests end after the
     // station: "TV_bit" can't be read.
     void expectWordsOfBitsPlanned(const Area &area, int start, int count)
     {

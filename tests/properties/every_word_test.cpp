@@ -26,8 +26,8 @@ protected:
             check(word);
     }
 
-    // Element 200 of a word area at Modbus address `wire`: written and acknowledged, then read anew
-    // as the word that differs in every bit.
+    // Element 200 of a word area at Modbus address `wire`: written and acknowledged, then read
+    // again as the word that differs in every bit.
     void expectBothWays(const char *area, const std::string &wire)
     {
         watch({{1, area, 200, 1}});

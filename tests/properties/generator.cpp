@@ -26,7 +26,7 @@ bool endsInside32Bits(const Call &run)
     return run.address + (run.count - 1LL) <= INT_MAX;
 }
 
-// Areas that are numbered bit by bit from zero on: a bit before zero has no place.
+// Areas that are numbered bit by bit from zero on: there is no bit before zero.
 bool isLinearBitArea(int area)
 {
     return area == M || area == S || area == T || area == C || area == TV_BIT;
@@ -133,7 +133,7 @@ Call Generator::run(Kind kind)
     return call;
 }
 
-// A short run beside `first`, so that the two touch, overlap or leave a gap.
+// A short run near `first`, so that the two touch, overlap or leave a gap.
 Call Generator::runNear(const Call &first)
 {
     Call call = first;
@@ -172,7 +172,7 @@ Call Generator::merge()
     const Call first = run(Kind::Merge);
     for (int i = below(chance(20) ? 16 : 5); i > 0; --i) {
         Call entry = dense && chance(90) ? runNear(first) : run(Kind::Merge);
-        // How many words less than no bits make is written in two ways that disagree.
+        // The number of words of less than no bits is defined in two ways that disagree.
         const bool tvBits = scope == Scope::Defined && entry.area == TV_BIT;
         if (tvBits && entry.address % 16 + static_cast<long long>(entry.count) < 0)
             entry.count = 1;
@@ -278,7 +278,7 @@ Call Generator::editor()
     if (call.kind == Kind::Series) {
         call.count = std::min(call.count, 70);
         call.address = address(call.area);
-        // The last digit of a negative number is no digit.
+        // The last digit of a negative number is not a digit.
         if (scope == Scope::Defined && (call.area == X || call.area == Y))
             call.address = std::max(call.address, 0);
         call.option = pick(std::vector<int>{1, 1, 1, 2, 3, 5, 16, 0, -1, -2, -3, INT_MAX, 1000});

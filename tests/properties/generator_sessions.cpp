@@ -1,4 +1,4 @@
-// How random calls make up a session.
+// Builds sessions from random calls.
 #include "tests/properties/generator.h"
 
 void Generator::addExchanges(std::vector<Call> &calls, int number)
@@ -16,7 +16,7 @@ void Generator::addTransfer(std::vector<Call> &calls)
     addExchanges(calls, 1 + below(6));
 }
 
-// What happens seldom.
+// Rare events.
 Call Generator::other()
 {
     Call call;

@@ -1,10 +1,10 @@
-// What no exported function shows: the driver's lists, its store and its counters.
+// The internal state of the driver: its lists, its store and its counters.
 #pragma once
 
 #include "tests/properties/model_driver.h"
 
 #include <string>
 
-// What of the linked driver's state differs from the model's; empty when nothing does. With the
-// loaded library, whose state is hidden, nothing ever differs.
+// The differences of the linked driver's state from that of the model; empty if there are none.
+// With the loaded library, whose state is hidden, there are none.
 std::string internalDifference(const model::Driver &expected);

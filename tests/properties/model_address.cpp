@@ -8,7 +8,7 @@
 namespace model {
 namespace {
 
-// Lowest start and highest element that the checks let pass.
+// Lowest start and highest element that the checks accept.
 const std::map<std::string, std::pair<int, int>> ranges = {
     {"X", {0, 23417}}, {"Y", {0, 23417}},       {"M", {0, 65536}},  {"S", {0, 9999}},
     {"T", {0, 9999}},  {"C", {0, 9999}},        {"TV", {0, 9999}},  {"CV", {0, 199}},

@@ -1,5 +1,5 @@
 // Addresses as the model understands them: conversions, the editor's checks and series.
-// Part of the second opinion on the driver (model_driver.h); uses nothing of driver/ and no Qt.
+// Part of the model of the driver (model_driver.h); uses nothing of driver/ and no Qt.
 #pragma once
 
 #include <optional>
@@ -24,12 +24,12 @@ int toOctalDigits(int linear);
 int linearAddress(const std::string &area, int address);
 
 // The classes of areas. They differ from one purpose to the next: "TV_bit" holds bits for reading
-// and writing but is watched and told of like a word, "SM" is the other way round.
+// and writing but is watched and reported like a word; "SM" is the other way round.
 bool holdsBits(const std::string &area);
 bool holdsWords(const std::string &area); // of 16 bits
 bool reportedByBits(const std::string &area);
 
-// What an address check answers: the result code and the number written out, if one was.
+// The result of an address check: the result code and the number written out, if any.
 struct CheckedAddress {
     int code = 0;
     std::optional<int> address;

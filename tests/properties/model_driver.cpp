@@ -175,7 +175,7 @@ std::optional<Frame> Driver::getSendFrame()
 
 bool Driver::chooseRecipe(bool download)
 {
-    if (recipeCursor >= static_cast<int>(recipe.size())) { // the last request once more
+    if (recipeCursor >= static_cast<int>(recipe.size())) { // the last request again
         if (state == NOTHING)
             return false;
         send(state, curVar, state == WRITE || state == DOWNLOAD);

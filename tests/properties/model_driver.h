@@ -1,7 +1,7 @@
-// A second opinion on the driver: what each exported function answers and changes, told as plainly
-// as can be. The store is a map, texts are std::string, read blocks are sets of elements and frames
-// are printed with printf. Nothing of driver/ and no Qt is used here, so that a fault of the
-// driver, or a surprise of Qt, has no second chance to hide.
+// A model of the driver: what each exported function returns and changes, written as simply
+// as possible. The store is a map, texts are std::string, read blocks are sets of elements and
+// frames are printed with printf. Nothing of driver/ and no Qt is used, so that the model does not
+// repeat a fault of the driver or of Qt.
 #pragma once
 
 #include "tests/properties/model_frames.h"
@@ -50,7 +50,7 @@ struct RecipeEntry {
 constexpr size_t DOWNLOAD_FLAG = 60115;
 constexpr size_t UPLOAD_FLAG = 60116;
 
-// What the kinds of request are called in `state`.
+// The kinds of request in `state`.
 enum State { NOTHING = 0, WRITE = 2, ONE_SHOT = 3, CYCLIC = 4, DOWNLOAD = 5, UPLOAD = 6 };
 
 struct Driver {
@@ -58,7 +58,7 @@ struct Driver {
         std::function<void(int devId, int station, const std::string &area, int address)>;
     using Queue = std::deque<Variable>;
 
-    // Settings and what the host has lent.
+    // Settings and the buffers lent by the host.
     Callback callback;
     int devId = 0;
     int writeQueueOff = 0;
@@ -68,7 +68,7 @@ struct Driver {
     unsigned char *status = nullptr; // null also when the host has no mutex
     unsigned char *recipeBuffer = nullptr;
 
-    // What is to be done, and what is under way.
+    // The queues and the request in flight.
     Queue cyclicReads;
     Queue pendingWrites;
     Queue pendingReads;

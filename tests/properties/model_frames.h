@@ -5,7 +5,7 @@
 
 namespace model {
 
-// The target of a request. `data` holds the leading bytes; all bytes behind them are 0, and it
+// The target of a request. `data` holds the leading bytes; all bytes after them are 0, and it
 // never ends in a zero byte (see trimmed), so that equal values compare equal.
 struct Variable {
     int reqTag = 0;
@@ -15,7 +15,7 @@ struct Variable {
     int count = 0;
     std::string data;
 
-    // Byte `i` of the value, 0 behind the end.
+    // Byte `i` of the value, 0 after the end.
     unsigned char byte(size_t i) const;
 };
 
@@ -44,7 +44,7 @@ std::string hex(long long value, int digits);
 // The two LRC digits of the digits between ':' and LRC.
 std::string lrc(const std::string &digits);
 
-// Where an element lies on the wire; -1 for an area that is not read that way.
+// The Modbus address of an element; -1 for an area that is not read that way.
 int wordOnWire(const std::string &area, int address);
 int bitOnWire(const std::string &area, int address);
 

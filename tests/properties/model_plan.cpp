@@ -56,7 +56,7 @@ Variable block(const Chunk &chunk)
     return var;
 }
 
-// Adds all elements behind `covered` up to the last of `chunk`, the gap between them included.
+// Adds all elements after `covered` up to the last of `chunk`, including the gap between them.
 void extend(Elements &covered, const Elements &chunk)
 {
     while (*covered.rbegin() < *chunk.rbegin())

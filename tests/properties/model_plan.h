@@ -7,7 +7,7 @@
 
 namespace model {
 
-// One address run handed in by the host.
+// One address run passed by the host.
 struct Run {
     int station = 0;
     std::string area;

@@ -7,7 +7,7 @@
 namespace model {
 namespace {
 
-// The 4-bit value of a character, whatever character it is; 0 behind the end.
+// The 4-bit value of any character; 0 after the end.
 int nibble(const std::string &reply, int position)
 {
     if (position < 0 || position >= static_cast<int>(reply.size()))
@@ -90,7 +90,7 @@ void Driver::decode(const Frame &frame, const std::string &reply)
     }
 }
 
-// Stores the `i`th element of a transfer in the host's recipe buffer and tells the host.
+// Stores the `i`th element of a transfer in the host's recipe buffer and reports it.
 void Driver::upload(int i, const Bytes &bytes, size_t width)
 {
     if (!recipeBuffer || recipeCursor >= static_cast<int>(recipe.size()))
@@ -110,7 +110,7 @@ void Driver::settleWrite(const Variable &var, bool success)
             const auto byte = static_cast<size_t>(bit % 16 / 8);
             if (success)
                 element.read[byte] = element.written[byte];
-            if (success) // told as a block of that number in which nothing changed: not told
+            if (success) // treated as a block of that number without a change: not reported
                 tellChangedBits(var.station, var.area, bit, {}, {});
             else
                 tellChange(var.station, var.area, bit);

@@ -1,4 +1,4 @@
-// A session: calls made to the real library, alone or beside the model.
+// A session: calls made to the real library, with or without the model.
 #pragma once
 
 #include "tests/properties/call.h"
@@ -13,7 +13,7 @@ std::string firstDifference(const std::vector<Call> &calls);
 // The session without the calls, and the list entries, that its failing doesn't need.
 std::vector<Call> shrunk(std::vector<Call> calls);
 
-// A hash of all that the library gave back.
+// A hash of all results of the library.
 std::uint64_t traceOf(const std::vector<Call> &calls);
 
 // Numbers of exported calls in `calls`.

@@ -7,7 +7,7 @@ namespace {
 
 constexpr size_t RECIPE_BYTES = 2048;
 
-// Readable where it can be read, in hexadecimal where not.
+// As text if it is printable, else in hexadecimal.
 std::string shown(const std::string &bytes)
 {
     static const char *const digits = "0123456789ABCDEF";

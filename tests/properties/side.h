@@ -1,5 +1,5 @@
-// The same host twice: once in front of the real library, once in front of the model. Both perform
-// the same calls and note what they see in the same words.
+// The same host twice: for the real library and for the model. Both perform
+// the same calls and record the results in the same words.
 #pragma once
 
 #include "tests/properties/call.h"
@@ -103,7 +103,7 @@ private:
     Outcome frameToSend(bool withOutput);
     Outcome editor(const Call &call);
 
-    RealDriver kmr; // loaded anew: every session begins with the library's loading
+    RealDriver kmr; // loaded again: every session begins with the loading of the library
     QMutex mutex;
     std::string lastFrame;
 };

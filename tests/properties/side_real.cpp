@@ -1,6 +1,7 @@
 #include "tests/properties/side.h"
 
 #include <algorithm>
+#include <utility>
 
 namespace {
 

@@ -1,4 +1,4 @@
-// Makes random exported calls through the library and prints a hash of all that they gave back. Two
+// Makes random exported calls to the library and prints a hash of all their results. Two
 // builds that print the same hash behaved the same, byte for byte.
 //   same_trace [CALLS [SEED]]    default: 1000000 1
 #include "tests/properties/generator.h"

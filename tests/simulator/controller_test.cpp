@@ -50,7 +50,7 @@ struct Read {
     std::string answer;
 };
 
-// What a write leaves in a memory that was empty before.
+// The memory after a write, if it was empty before.
 struct Write {
     const char *rule;
     std::string request;

@@ -1,4 +1,4 @@
-// Runs Qt's event loop in tests until something has happened.
+// Runs Qt's event loop in tests until a condition holds.
 #pragma once
 
 #include <QCoreApplication>

@@ -1,4 +1,4 @@
-// What the controller tells its observer, and the words for it.
+// What the controller reports to its observer, and its text.
 #include "simulator/exchange.h"
 
 #include "modbus/protocol.h"
@@ -114,7 +114,7 @@ TEST_F(Observed, HasWordsForEveryExchange)
         {":1205050012349E", "station 12: write bit 0500 1234, refused: illegal data value"},
         {":120310640002FF", "bad line ignored: wrong LRC"},
         {":01031064000286", "station 01: read 2 registers from 1064, ignored"},
-        {":00050500FF00F7", "all stations: write bit 0500 on, obeyed"},
+        {":00050500FF00F7", "all stations: write bit 0500 on, executed"},
         {":00031064000188",
          "all stations: read 1 register from 1064, ignored: a read of all stations "
          "gets no answer"},

@@ -100,7 +100,7 @@ TEST_F(FaultyLine, FaultsMakeTheirOwnOfTheAnswer)
         {{"echo"}, echo + ":0103021234B4\r\n"},
         {{"echo", "deaf"}, echo},
         {{"echo", "silence"}, echo},
-        // Two at once: each acts on what the one before has made, in the order of the kinds.
+        // Two at once: each acts on the result of the one before, in the order of the kinds.
         {{"echo", "no-lf", "station"}, echo + ":0203021234B3\r"},
         {{"station", "exception=2"}, ":02830279\r\n"},
         {{"station", "station"}, ":0303021234B2\r\n"},
@@ -232,9 +232,9 @@ TEST_F(FaultyLine, LogNamesTheFaultsAndWhatCameOfTheRequest)
         std::string words;
     } ROWS[] = {
         {{}, READ, "read 1 register from 1000, answered"},
-        {{"deaf"}, READ, "read 1 register from 1000, not heard (fault deaf)"},
+        {{"deaf"}, READ, "read 1 register from 1000, not received (fault deaf)"},
         {{"silence"}, READ, "read 1 register from 1000, not answered (fault silence)"},
-        {{"close"}, WRITE, "write 1 register from 1000, obeyed, not answered (fault close)"},
+        {{"close"}, WRITE, "write 1 register from 1000, executed, not answered (fault close)"},
         {{"exception=6"},
          WRITE,
          "write 1 register from 1000, refused: server device busy (fault exception)"},
@@ -250,7 +250,7 @@ TEST_F(FaultyLine, LogNamesTheFaultsAndWhatCameOfTheRequest)
     }
 }
 
-// All that a line with every kind of fault sends about 300 requests.
+// Everything that a line with every kind of fault sends for 300 requests.
 std::string sentWithSeed(std::uint64_t seed)
 {
     simulator::Controller controller("01");
@@ -325,8 +325,8 @@ TEST(FaultHelp, ShowsEachKindWithItsUsualValue)
 {
     const QString help = simulator::faultHelp();
     EXPECT_EQ(help.count('\n'), 14);
-    EXPECT_TRUE(help.contains("  late=1500ms    all comes so much later\n"));
-    EXPECT_TRUE(help.contains("  exception=4    refused with that exception, not obeyed\n"));
+    EXPECT_TRUE(help.contains("  late=1500ms    everything comes that much later\n"));
+    EXPECT_TRUE(help.contains("  exception=4    refused with that exception, not executed\n"));
 }
 
 } // namespace

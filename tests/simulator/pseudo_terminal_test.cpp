@@ -53,7 +53,7 @@ public:
                   bytes.size());
     }
 
-    // All that has come once `count` lines have.
+    // Everything received when `count` lines have come.
     std::string receive(int count = 1)
     {
         EXPECT_TRUE(waitUntil([&] { return m_received.count('\n') >= count; }));

@@ -1,5 +1,5 @@
-// The places of the controller's memory that the soak test watches, each with a mark of its own in
-// its high bits, so that an answer that went to the wrong place gives itself away.
+// The elements of the controller's memory that the soak test watches, each with a mark of its own
+// in its high bits, so that an answer for another element is detected.
 #pragma once
 
 #include "simulator/memory.h"
@@ -31,7 +31,7 @@ struct Cell {
     }
 };
 
-// All cells. A cell's index stands in its mark.
+// All cells. A cell's index is in its mark.
 std::vector<Cell> makeCells();
 
 // A cell's value of those of its elements: one, or its bits.

@@ -149,7 +149,7 @@ void Judge::checkRepeats(const kmr::Exchange &exchange)
     m_hasGivenUp = m_hasGivenUp || isUsers;
 }
 
-// What a cell held during the last exchanges that read it: one of these is confirmed later.
+// The values of a cell during the last exchanges that read it: one of these is confirmed later.
 void Judge::keepHeld(const kmr::Exchange &exchange)
 {
     if (exchange.outcome != kmr::Exchange::Outcome::Good)
@@ -183,8 +183,8 @@ void Judge::checkConfirmed(const kmr::ElementRange &run)
     }
 }
 
-// What is good does not change but when a read is confirmed, and what a read that got no answer
-// covers is not good.
+// A good value changes only when a read is confirmed, and elements of a read that got no answer
+// are not good.
 void Judge::checkValues(const kmr::Exchange &exchange)
 {
     const QByteArray function(exchange.request.frame + 3, 2);
@@ -204,7 +204,7 @@ void Judge::checkValues(const kmr::Exchange &exchange)
     }
 }
 
-// The controller carries out nothing but what the user's current request says.
+// The controller carries out only the user's current request.
 void Judge::checkWrites()
 {
     for (const QByteArray &write : m_plant.takeWrites()) {

@@ -1,4 +1,4 @@
-// What the soak test demands of the host, looked at after each exchange and each request.
+// The requirements of the soak test for the host, checked after each exchange and each request.
 #pragma once
 
 #include "host/session/session.h"
@@ -17,17 +17,17 @@ class Judge {
 public:
     Judge(Plant &plant, const std::vector<Cell> &cells, std::vector<kmr::Tag> tags, int retries);
 
-    // Looks at the new session from its next exchange on.
+    // Checks the new session from its next exchange on.
     void watch(kmr::Session &session);
 
-    // A request of the user begins; `writes`: the lines that it may have the controller carry out.
+    // A request of the user begins; `writes`: the lines that the controller may carry out for it.
     // `isTransfer`: of a recipe, during which each request is sent with its retries.
     void begin(const std::vector<QByteArray> &writes, bool isTransfer = false);
 
     // Cells with what a request is reported to have written to them, or read from them.
     using CellValues = std::vector<std::pair<std::size_t, std::uint32_t>>;
 
-    // It ended so.
+    // The request ended with this result.
     void end(const kmr::RequestResult &result, const CellValues &certain);
 
     // The controller must hold these values; it changes none of the cells itself.

@@ -1,4 +1,4 @@
-// The simulated controller on a link of its own, in a thread of its own, and what happened in its
+// The simulated controller with a link and a thread of its own, and the history of its
 // memory. Its functions are for the host's thread.
 #pragma once
 
@@ -41,8 +41,8 @@ public:
         return m_link;
     }
 
-    // A clock that stands while the plant's thread does not run: on a busy machine no answer is
-    // later by it than the faults make it.
+    // A clock that stops while the plant's thread does not run: on a busy machine answers are not
+    // later by this clock than the faults make them.
     kmr::Clock clock();
 
     // Replaces the faults. From then on the controller changes a cell of its own at each request,
@@ -64,10 +64,10 @@ public:
     // The last requests that were carried out, each with the answer before anything happened to it.
     QStringList recentAnswers() const;
 
-    // Answers that strayed so far.
+    // Stray answers so far.
     int strays();
 
-    // Waits until the plant's thread has done all that it has to do now.
+    // Waits until the plant's thread has nothing to do.
     void finish();
 
 private:

@@ -1,24 +1,24 @@
-// Soaks the host's library and the driver in faults of the line, and proves that
-// - no value counts as good that the controller did not hold during the exchange that brought it,
+// Runs the host library and the driver on a line with faults, and proves that
+// - no value counts as good that the controller did not hold during its exchange,
 //   A stray answer may come twice, or late by up to 20 timeouts; several at once may show a false
 //   value until its next read, which --many would find,
 // - a write that was acknowledged is in the controller's memory, and the controller carries out
-//   nothing but the request that the user is waiting for, with its value,
-// - a request is given up after exactly so many bad exchanges, and that is reported,
+//   only the request that the user is waiting for, with its value,
+// - a request is given up after exactly the set number of bad exchanges, and that is reported,
 // - all values are good and current one poll cycle after the faults stop,
 // - the memory in use does not grow.
 //
-// All kinds of fault act at once, except what nobody could tell from the truth on a line whose
-// messages carry no number of their own:
-// - An answer later than three timeouts that the answer to the second attempt overtakes: the host
+// All kinds of fault act at once, except those that can't be detected on a line whose
+// messages have no number:
+// - An answer later than three timeouts, after the answer to the second attempt: the host
 //   waits no longer for it. Late answers here come within two and a half timeouts.
 // - An echo now and then while bits are written: a bit write's answer equals its echo. So bits are
 //   written on lines that always or never echo, and a line that echoes now and then sees only
 //   words written.
-// - A doubled character in an echo that comes now and then: it may make an answer of the echo of a
-//   bit read, as in ":01020400000020D9". Such a line doubles none.
-// - Two damages in one answer, which may make up another valid one: the LRC has only eight bits.
-//   The simulator never deals them.
+// - A doubled character in an echo that comes now and then: it may make the echo of a bit read look
+//   like an answer, as in ":01020400000020D9". Such a line doubles none.
+// - Two damages in one answer, which may make it another valid one: the LRC has only eight bits.
+//   The simulator never does this.
 #include "host/driver_library.h"
 #include "host/error.h"
 #include "host/line/link.h"
@@ -175,7 +175,7 @@ public:
         return m_transfers;
     }
 
-    // One line's life: faults for a while, then a cycle without.
+    // One line: faults for a while, then a cycle without.
     void round(EchoHabit habit)
     {
         m_habit = habit;
@@ -213,7 +213,7 @@ private:
         m_device.reset();
     }
 
-    // Begins anew, as a host does whose line was lost. The line may be closed for a moment.
+    // Begins again, as a host whose line was lost. The line may be closed for a moment.
     void connect()
     {
         disconnect();

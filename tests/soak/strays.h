@@ -1,4 +1,4 @@
-// Makes a controller's answers stray: each comes twice, late, or along with others.
+// Makes a controller's answers stray: each comes twice, late, or together with others.
 #pragma once
 
 #include "simulator/responder.h"
@@ -10,11 +10,11 @@ namespace soak {
 
 struct StraySettings {
     double probability = 0; // that an answer strays
-    bool isAlone = true;    // a stray has come and done its harm before the next one is made
+    bool isAlone = true;    // the effect of a stray is over before the next one is made
     std::chrono::milliseconds timeout{20};
 };
 
-// Not for several threads.
+// Not thread-safe.
 class Strays {
 public:
     explicit Strays(std::uint64_t seed) : m_random(seed) {}
@@ -39,7 +39,7 @@ private:
 
     StraySettings m_settings;
     std::mt19937_64 m_random;
-    std::chrono::steady_clock::time_point m_isQuietFrom; // the last one's harm is done
+    std::chrono::steady_clock::time_point m_isQuietFrom; // the effect of the last one is over
     int m_count = 0;
     QByteArray m_kept; // by a gateway, to come all at once
     int m_keeps = 0;   // answers that it still keeps

@@ -5,7 +5,7 @@
 ################################################################################
 
 OSTREL_KMR_VERSION = 1.0.0
-# The folder that this file comes from; a file under dl/ and its hash do as well.
+# The folder of this repository; a file under dl/ with its hash also works.
 OSTREL_KMR_SITE ?= $(BR2_EXTERNAL_OSTREL_KMR_PATH)/../..
 OSTREL_KMR_SITE_METHOD = local
 OSTREL_KMR_LICENSE = PROPRIETARY

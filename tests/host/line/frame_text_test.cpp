@@ -30,7 +30,7 @@ TEST(FrameText, LinesAreExplainedByThemselves)
         {":011010640001007A", "station 01: write D100: no value"},
         {":0105B000FF004B", "station 01: write M1536: on"},
         {":0105050F0000E6", "station 01: write Y17: off"},
-        {":0105050F0001E5", "station 01: write Y17: 0001, which is neither on nor off"},
+        {":0105050F0001E5", "station 01: write Y17: 0001, neither on nor off"},
         {":00050800FF00F4", "all stations: write M0: on"},
         {":0183027A", "station 01 refuses: illegal data address (exception 02)"},
         {":01031064000881", "station 01: read D100 to D107 [LRC 81 wrong, 80 would be right]"},
@@ -40,10 +40,10 @@ TEST(FrameText, LinesAreExplainedByThemselves)
          "station 01: write D100: 250 [it announces 3 bytes of values and carries 2]"},
         {"0103", "no ':' at the start"},
         {":010390000001 6B", "not in pairs of hexadecimal digits"},
-        {":0103FC", "2 bytes fit no frame of this function"},
-        {":01837C", "2 bytes fit no frame of this function"},
-        {":01050800FFF3", "5 bytes fit no frame of this function"},
-        {":01101064007B", "5 bytes fit no frame of this function"},
+        {":0103FC", "2 bytes do not fit a frame of this function"},
+        {":01837C", "2 bytes do not fit a frame of this function"},
+        {":01050800FFF3", "5 bytes do not fit a frame of this function"},
+        {":01101064007B", "5 bytes do not fit a frame of this function"},
         {":010610000001E8", "a function that is not used on this line"},
     };
     for (const auto &[line, words] : ROWS)

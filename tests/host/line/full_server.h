@@ -1,4 +1,4 @@
-// A listener whose queue is full: attempts to connect hang, as those to a machine that is off.
+// A listener whose queue is full: attempts to connect hang, as if the machine were off.
 #pragma once
 
 #include <QString>

@@ -47,7 +47,7 @@ const QByteArray ONE_BLOCK = request(0x02, 0x0800, 16);
 const QByteArray TWO_BLOCKS = request(0x02, 0x0810, 32);
 const QByteArray WRITTEN_WORD = request(0x10, 0x1000, 1);
 
-// A host on a line with strays. The driver asks what the plan says, in turn.
+// A host on a line with strays. The driver sends the requests of the plan in turn.
 class Host {
 public:
     Host(std::vector<QByteArray> plan, StrayLine::StraysOf straysOf)
@@ -282,7 +282,7 @@ TEST(InStepSearch, NoSingleStrayMakesAFalseAnswerGoodInAnySequenceOfFourRequests
     }
 }
 
-// It takes two that come within the time of one answer, and look like the next two requests.
+// Needs two that come within the time of one answer and look like those to the next two requests.
 TEST(InStepSearch, OfTwoStraysFewShowAFalseAnswerAndTheirShiftIsFound)
 {
     int wrong = 0;

@@ -39,7 +39,7 @@ TEST(LineDiagnosis, EchoIsNamedAndWrongIfTheSettingContradictsIt)
     const QByteArray echoed = QByteArray(REQUEST) + ANSWER;
     const Diagnosis fits = diagnose({answered(echoed)}, EchoMode::Auto);
     EXPECT_EQ(fits.finding, Finding::Good);
-    EXPECT_TRUE(fits.text.endsWith("It hands back what is sent (echo), which is left out."));
+    EXPECT_TRUE(fits.text.endsWith("It echoes what is sent; the echo is ignored."));
     const Diagnosis denied = diagnose({answered(echoed)}, EchoMode::Off);
     EXPECT_EQ(denied.finding, Finding::WrongEcho);
     EXPECT_EQ(denied.advice, "Set the echo to auto or on.");
@@ -63,7 +63,7 @@ TEST(LineDiagnosis, AdviceForARefusalFollowsItsReason)
         return diagnose({probe({}, ReplyFault::None, code)}, EchoMode::Auto);
     };
     EXPECT_EQ(refused(2).finding, Finding::Refused);
-    EXPECT_EQ(refused(2).text, "The line is good, but what was asked is refused: illegal data "
+    EXPECT_EQ(refused(2).text, "The line is good, but the requests are refused: illegal data "
                                "address (exception 02).");
     EXPECT_EQ(refused(2).advice, "Name an element that this controller has.");
     EXPECT_EQ(refused(6).advice, "Ask again later.");
@@ -99,9 +99,9 @@ TEST(LineDiagnosis, WhatComesInPlaceOfAnAnswerPointsToTheCause)
         {"", ReplyFault::Silence, Finding::Silent, "no character came back."},
         {REQUEST, ReplyFault::Silence, Finding::EchoOnly, "but nothing answers."},
         {REQUEST + otherStation, ReplyFault::WrongStation, Finding::OtherStation,
-         "Station 2 answers, though station 1 was asked."},
+         "Station 2 answers, but station 1 was asked."},
         {otherStation, ReplyFault::WrongStation, Finding::OtherStation,
-         "Station 2 answers, though station 1 was asked."},
+         "Station 2 answers, but station 1 was asked."},
         {":020310000001EA\r\n", ReplyFault::WrongStation, Finding::OtherHost,
          "Requests of another host come: station 02: read D0."},
         {":01030400070000F1\r\n", ReplyFault::WrongLength, Finding::NoFit,
@@ -127,12 +127,12 @@ TEST(LineDiagnosis, StationThatNoHostCanAskIsToBeRenumbered)
     EXPECT_EQ(diagnoseOne(":0203020007F2\r\n", ReplyFault::WrongStation).advice,
               "Ask station 2, or set the controller's station number to 1.");
     const Diagnosis diagnosis = diagnoseOne(":0A03020007EA\r\n", ReplyFault::WrongStation);
-    EXPECT_EQ(diagnosis.text, "Station 0A answers, though station 1 was asked.");
+    EXPECT_EQ(diagnosis.text, "Station 0A answers, but station 1 was asked.");
     EXPECT_EQ(diagnosis.advice,
-              "No host can ask that one: set the controller's station number to 1.");
+              "No host can ask such a station: set the controller's station number to 1.");
 }
 
-// Seven data bits, seen as eight: the eighth is the parity's or the second stop bit.
+// Seven data bits, received as eight: the eighth is the parity or the second stop bit.
 TEST(LineDiagnosis, EighthBitNamesTheFrame)
 {
     const std::pair<QByteArray, QString> ROWS[] = {

@@ -74,7 +74,7 @@ TEST_F(Trace, FlushTellsWhatIsLeft)
     EXPECT_EQ(m_lines, QStringList{"2024-05-01T12:00:00.133Z < :0103  no CR LF at the end"});
 }
 
-// What a third party hears: the direction follows from the content.
+// Overheard traffic: the direction follows from the content.
 TEST(OverheardTrace, RequestsAndAnswersAreToldApart)
 {
     const char *const READ = ":01031064000286\r\n";
@@ -100,7 +100,7 @@ TEST(OverheardTrace, RequestsAndAnswersAreToldApart)
         {{READ, "\xFF\xFE", ANSWER}, // noise when the direction turns
          {"> station 01: read D100 to D101", "< no ':' at the start",
           "< station 01 answers D100 to D101: 250 1"}},
-        // What a damaged request or an answer asked for is not known.
+        // The elements of a damaged request or answer are not known.
         {{READ, DAMAGED, ANSWER},
          {"> station 01: read D100 to D101",
           "> station 01: read D100 [LRC 85 wrong, 87 would be right]",

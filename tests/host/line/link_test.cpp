@@ -17,7 +17,7 @@ using namespace kmr;
 
 namespace {
 
-// The text of the error, or an empty one when the link is fine.
+// The text of the error, or an empty one if the link is good.
 std::string faultOf(const QString &text)
 {
     try {

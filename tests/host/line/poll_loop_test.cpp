@@ -84,7 +84,7 @@ private:
     std::size_t m_requests = 0;
 };
 
-// Takes what is written at once, but sends it only later.
+// Accepts writes at once, but sends them later.
 class SlowDevice : public ScriptedDevice {
 public:
     SlowDevice(Responder responder, std::function<bool()> wait)
@@ -482,7 +482,7 @@ TEST_F(PollLoopTest, LineThatTakesNoMoreCharactersIsLostAfterTheTimeout)
     const Clock clock = [&waited] { return std::chrono::steady_clock::time_point(waited); };
     PollLoop loop(library(), device, m_settings, m_stop, clock);
     EXPECT_EQ(loop.step(), Step::LineLost);
-    EXPECT_EQ(waited.count(), 1200); // the first look behind 1170 ms
+    EXPECT_EQ(waited.count(), 1200); // the first check after 1170 ms
 }
 
 TEST_F(PollLoopTest, StopFlagEndsTheEmptyingOfAFloodedLine)

@@ -19,7 +19,7 @@ Echo echoOf(EchoMode mode)
     return echo;
 }
 
-// What becomes of `received` behind `request` while nothing is known of the echo; the end of its
+// The result of `received` after `request` while nothing is known about the echo; the end of its
 // time is the end of `received`.
 ReplyFault faultOf(const QByteArray &request, const QByteArray &received)
 {
@@ -249,7 +249,7 @@ TEST(ReplyFault, SaysWhatToDoOrWhatWasWrong)
     EXPECT_EQ(toText(ReplyFault::NoExceptionCode), "an exception without a code");
     EXPECT_EQ(toText(ReplyFault::WrongFunction), "an answer to another function");
     EXPECT_EQ(toText(ReplyFault::WrongAcknowledgement), "the acknowledgement of another write");
-    EXPECT_EQ(toText(ReplyFault::NotSendable), "the request fits no frame");
+    EXPECT_EQ(toText(ReplyFault::NotSendable), "the request does not fit a frame");
     EXPECT_EQ(toText(ReplyFault::EchoOrAnswer),
               "the request came back once, as its answer or as the line's echo");
 }

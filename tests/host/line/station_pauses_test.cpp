@@ -150,7 +150,7 @@ TEST_F(TwoStations, SilentOneDoesNotStarveTheOther)
     m_refreshes = 0;
     m_longestWait = milliseconds(0);
     runFor(milliseconds(2400));
-    // One request in vain is its timeout and as long a quiet time behind it.
+    // A request without an answer takes its timeout and the same quiet time after it.
     EXPECT_LE(m_longestWait, milliseconds(205));
     // Four fifths of the time, at one millisecond an exchange.
     EXPECT_GT(m_refreshes, 1900);
@@ -180,7 +180,7 @@ TEST_F(TwoStations, SilentOneThatAnswersAgainIsPolledAsBefore)
     poll({"D0", "2#D0", "2#D100"});
     runFor(milliseconds(10000));
     m_second = std::make_unique<simulator::Controller>("02");
-    runFor(milliseconds(1210)); // the longest pause, and what was just going on
+    runFor(milliseconds(1210)); // the longest pause and the present exchange
     EXPECT_EQ(quality("2#D0"), Quality::Good);
     EXPECT_EQ(quality("2#D100"), Quality::Good);
     const std::size_t before = m_device.sent().size();

@@ -1,5 +1,5 @@
-// A line without hardware and without waiting for the search after shifted answers: a driver that
-// asks what a test wants, a controller whose values name their address and the request, and strays.
+// A line without hardware and without waiting, to search for shifted answers: a driver that
+// sends the requests of a test, a controller whose values name address and request, and strays.
 #pragma once
 
 #include "host/line/answer_form.h"

@@ -114,7 +114,7 @@ TEST(Capture, LastLineThatBreaksOffIsNamedAndLeftOut)
     const Capture capture = parseCapture(
         QByteArray(HEADING) + "{\"us\":5,\"sent\":\":01\\r\\n\"}\n{\"us\":9,\"rec", "field");
     EXPECT_EQ(capture.pieces.size(), 1U);
-    EXPECT_EQ(capture.cut, "field:3: breaks off, left out");
+    EXPECT_EQ(capture.cut, "field:3: is incomplete and left out");
 }
 
 TEST(Capture, WholeLastLineNeedsNoEnd)
@@ -127,9 +127,9 @@ TEST(Capture, WholeLastLineNeedsNoEnd)
 TEST(Capture, BadLineIsNamedWithItsNumberAndWhatIsExpected)
 {
     const QString noCapture =
-        "field:1: no capture of kmr, which begins with {\"kmr_capture\":1, ...}";
+        "field:1: not a capture of kmr, which begins with {\"kmr_capture\":1, ...}";
     const QString noPiece =
-        "no piece of traffic, such as {\"us\":1250,\"sent\":\":01031064000187\\r\\n\"}";
+        "not a piece of traffic, such as {\"us\":1250,\"sent\":\":01031064000187\\r\\n\"}";
     EXPECT_EQ(faultOf("nonsense\n"), noCapture);
     EXPECT_EQ(faultOf(""), noCapture);
     EXPECT_EQ(faultOf(QByteArray(HEADING) + "{\"us\":5}\n"), "field:2: " + noPiece);

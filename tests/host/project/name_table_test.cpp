@@ -107,8 +107,8 @@ TEST(Names, OnlyNumbersHaveAScale)
     EXPECT_EQ(faultsOf("a,CV2200,,0.1\n"), QStringList());
     for (const char *tag : {"D0x2/text", "D0/hex", "TV5.3"}) {
         EXPECT_EQ(faultsOf(QString("a,%1,,0.1\n").arg(tag)),
-                  QStringList(QString("names.csv:1: a: bad tag \"a\": %1 has no numbers that could "
-                                      "be scaled")
+                  QStringList(QString("names.csv:1: a: bad tag \"a\": %1 has no numbers to "
+                                      "scale")
                                   .arg(tag)));
     }
 }
@@ -223,7 +223,7 @@ TEST(Names, TakeAStationACountAndAType)
     EXPECT_EQ(typed.elements, (ElementRange{2, "D", 100, 2}));
     EXPECT_EQ(withUnit(typed, {7, 0}), "7"); // neither scale nor unit
     EXPECT_EQ(typed.text, "2#tx2/int32");
-    EXPECT_EQ(reader.read("t/int16x2").elements.first, 7); // a name as it stands counts first
+    EXPECT_EQ(reader.read("t/int16x2").elements.first, 7); // a whole name takes precedence
     EXPECT_EQ(reader.check("tx9").count, 9);
     EXPECT_NE(faultOf("t,D1\n", "t/flat32").find("is not a type"), std::string::npos);
     EXPECT_NE(faultOf("t,D1\n", "100#t").find("a station is 1 to 99"), std::string::npos);
@@ -232,7 +232,7 @@ TEST(Names, TakeAStationACountAndAType)
 TEST(Names, TextsAreOfWholeNumbersAndDiffer)
 {
     static const char *const ROWS[][2] = {
-        {"a,D1,0=x;1=x", "1=x comes twice"},   {"a,D1,0=x;0=y", "0=y comes twice"},
+        {"a,D1,0=x;1=x", "1=x appears twice"}, {"a,D1,0=x;0=y", "0=y appears twice"},
         {"a,D1,open", "expected for example"}, {"a,D1,0=", "expected for example"},
         {"a,D1,1=0", "must not look like"},    {"a,M0,2=x", "\"2\" for its texts"},
         {"a,D0/float32,1=x", "no whole"},      {"a,D0/hex,1=x", "no whole"},

@@ -86,10 +86,10 @@ TEST(RecipeFile, EveryBadLineIsNamedWithItsNumber)
 TEST(RecipeFile, ElementThatStandsTwiceIsNamedWithBothLines)
 {
     EXPECT_EQ(faultOf("tag,value\nD100x3,1 2 3\n\nD101,5\n"),
-              "f:4: D101 stands twice, first in line 2");
+              "f:4: D101 appears twice, first in line 2");
     const std::string both = faultOf("D100,bad\nD99x3,1 2 3\n");
     EXPECT_NE(both.find("f:1: bad value"), std::string::npos) << both;
-    EXPECT_NE(both.find("f:2: D100 stands twice, first in line 1"), std::string::npos) << both;
+    EXPECT_NE(both.find("f:2: D100 appears twice, first in line 1"), std::string::npos) << both;
     EXPECT_EQ(faultOf("D100x2,1 2\nD102,3\n2#D100,4\nTV100,5\nCV2201,6\nCV101,7\n"), "none");
     EXPECT_THROW(parse("D100\n1#D100\n", RecipeValues::Ignored), Error);
 }
@@ -102,7 +102,7 @@ TEST(RecipeFile, TagsOfANewRecipeNameEachElementOnce)
         FAIL() << "it was accepted";
     } catch (const Error &error) {
         EXPECT_EQ(error.kind(), ErrorKind::Usage);
-        EXPECT_STREQ(error.what(), "D102 stands twice, first in D100x3");
+        EXPECT_STREQ(error.what(), "D102 appears twice, first in D100x3");
     }
     EXPECT_THROW(recipeOf({tagOf("TV5.3")}), Error);
 }

@@ -1,4 +1,4 @@
-// What an answer brings is shown when the exchange after it shows that answers are in step.
+// The values of an answer are shown when the exchange after it shows that answers are in step.
 #include "host/session/read_once.h"
 #include "host/session/recipe_transfer.h"
 #include "host/session/session.h"
@@ -25,7 +25,7 @@ protected:
         return m_session->state(tag(text)).quality;
     }
 
-    // Each answer comes once more, in front of the next one.
+    // Each answer is repeated before the next one.
     void repeatAnswers()
     {
         m_spoil = [this](const QByteArray &, const QByteArray &answer) {

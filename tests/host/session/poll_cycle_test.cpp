@@ -72,7 +72,7 @@ TEST(PollCycle, BitOfAWordIsNeverRefreshedByItsOwnBlock)
     const PollCycle made = rawCycle({"TV5.3"});
     ASSERT_EQ(made.gaps.size(), 1U);
     EXPECT_EQ(made.gaps[0].elements, (kmr::ElementRange{1, "TV", 5, 1}));
-    EXPECT_TRUE(made.gaps[0].reason.contains("asks nothing"));
+    EXPECT_TRUE(made.gaps[0].reason.contains("reads nothing"));
     EXPECT_TRUE(cycle({"TV5.3"}).gaps.empty());
 }
 
@@ -91,8 +91,9 @@ TEST(PollCycle, HalfOfTheCountersOfABlockIsNeverRefreshed)
     const PollCycle made = rawCycle({"CV2200x2"});
     ASSERT_EQ(made.gaps.size(), 1U);
     EXPECT_EQ(made.gaps[0].elements, (kmr::ElementRange{1, "CV2", 201, 1}));
-    EXPECT_EQ(made.gaps[0].reason, "never refreshed: the driver takes a block's number of counters "
-                                   "for one of words, and reads half of them");
+    EXPECT_EQ(made.gaps[0].reason,
+              "never refreshed: the driver treats the number of counters in a block "
+              "as a number of words, and reads half of them");
     EXPECT_TRUE(cycle({"CV2200x2"}).gaps.empty());
 }
 
@@ -101,7 +102,7 @@ TEST(PollCycle, LongRunOfInputsIsCutInDecimalDigits)
     const PollCycle made = rawCycle({"TV5.3", "X0x140"});
     ASSERT_EQ(made.gaps.size(), 4U);
     EXPECT_EQ(made.gaps[3].elements, (kmr::ElementRange{1, "X", 116, 24}));
-    EXPECT_EQ(made.gaps[3].reason, "never refreshed: no block holds it, since the driver counts "
+    EXPECT_EQ(made.gaps[3].reason, "never refreshed: no block contains it, since the driver counts "
                                    "octal numbers in decimal");
     EXPECT_TRUE(cycle({"TV5.3", "X0x140"}).gaps.empty());
 }

@@ -52,7 +52,7 @@ TEST_F(ReadingTest, WhatWasReadBeforeAnswersFellOutOfStepIsReadAgain)
     setElement("D", 200, 8);
     int requests = 0;
     m_spoil = [&requests](const QByteArray &, const QByteArray &answer) {
-        ++requests; // the second brings somebody else's answer as well
+        ++requests; // the second also gets another answer
         return requests == 2 ? ":010302006397\r\n" + answer : answer;
     };
     const auto readings = readNow(*m_session, tags({"D100", "D200"}));

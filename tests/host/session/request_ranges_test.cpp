@@ -47,8 +47,8 @@ bool holds(const ElementRange &outer, int station, const QString &area, int numb
            number < outer.end();
 }
 
-// Every element that one round of the driver's polling covers, by the frames that it really sends.
-// Fails where a frame reaches over a border.
+// Every element in one round of the driver's polling, from the frames that it sends.
+// Fails if a frame crosses a border.
 std::vector<ElementRange> polled(const std::vector<ElementRange> &plan, int groupLimit)
 {
     const QByteArray property = "1#0#0#3#" + QByteArray::number(groupLimit);
@@ -106,7 +106,7 @@ QStringList randomTags(std::mt19937 &random, int first, int count)
     for (int tags = 1 + below(12); tags > 0; --tags) {
         const int number = first + below(count);
         const int words = 2 * (1 + below(6));
-        // No value may lie on both sides of the border.
+        // No value may be on both sides of the border.
         bool isValid = number >= 4096 || number + words <= 4096 || number % 2 == 0;
         for (int word = number; word < number + words; ++word)
             isValid = isValid && taken.count(word) == 0;
@@ -121,7 +121,7 @@ QStringList randomTags(std::mt19937 &random, int first, int count)
     return texts;
 }
 
-// Checks by the frames that the driver really sends that each element is read, and all words of
+// Checks, with the frames that the driver sends, that each element is read, and all words of
 // a value by the same requests.
 void expectWhole(const QStringList &texts, int groupLimit)
 {

@@ -1,5 +1,5 @@
-// A value is called good only while the controller holds it: the driver mirrors writes at once and
-// settles them by rules that touch neighbours, and the session has to know.
+// A value is good only while the controller holds it: the driver mirrors writes at once and
+// settles them by rules that affect neighbours, and the session must handle this.
 #include "host/session/read_once.h"
 #include "host/session/session.h"
 #include "tests/host/session_fixture.h"
@@ -13,7 +13,7 @@ namespace {
 
 class TruthTest : public SessionTest {
 protected:
-    // Bits are written at once: nothing has to be learned of an echo first.
+    // Bits are written at once: the echo is already known.
     TruthTest()
     {
         session(EchoMode::Off);
@@ -59,7 +59,7 @@ protected:
     }
 };
 
-// Fails when a value that is called good isn't the one that the controller holds.
+// Fails if a good value isn't the one in the controller.
 class RandomTraffic : public TruthTest {
 protected:
     static QStringList polledTags()
@@ -77,7 +77,7 @@ protected:
         return static_cast<std::uint32_t>(below(kind == ElementKind::Bit ? 2 : 0x10000));
     }
 
-    // One answer in five is missing or cut off; writes are carried out all the same.
+    // One answer in five is missing or cut off; writes are carried out.
     void spoilSomeAnswers()
     {
         m_spoil = [this](const QByteArray &, const QByteArray &answer) {
@@ -140,7 +140,7 @@ TEST_F(TruthTest, WhileABitIsPendingItsNeighboursAre)
     poll({"M0x16"});
     setElement("M", 8, 1);
     step();
-    // Three requests in a row hold the polling off, so it comes between the fourth and its answer.
+    // Three requests in a row delay the polling, so it comes between the fourth and its answer.
     for (int i = 0; i < 3; ++i)
         write("M0", {1});
     std::vector<Quality> seen;
@@ -216,7 +216,7 @@ TEST_F(TruthTest, WriteThatIsGivenUpLeavesItsElementsPendingUntilTheyAreRead)
     EXPECT_EQ(quality("M15"), Quality::Unread);
     step(2);
     EXPECT_EQ(quality("D0"), Quality::Good);
-    EXPECT_EQ(m_session->values(tag("D0")), Values{5}) << "carried out all the same";
+    EXPECT_EQ(m_session->values(tag("D0")), Values{5}) << "carried out without an answer";
 }
 
 TEST_F(TruthTest, WriteThatIsRefusedLeavesItsElementsPending)
@@ -330,7 +330,7 @@ TEST_F(TruthTest, StationThatGivesUpTwiceInARowIsStaleAsAWhole)
     for (int i = 0; i < 3; ++i)
         step();
     EXPECT_EQ(quality("D0"), Quality::Stale);
-    EXPECT_EQ(quality("D100"), Quality::Good); // for all we know
+    EXPECT_EQ(quality("D100"), Quality::Good); // as far as the host knows
     step();
     EXPECT_EQ(quality("D100"), Quality::Stale);
     EXPECT_EQ(quality("D200"), Quality::Stale);

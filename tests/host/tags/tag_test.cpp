@@ -9,7 +9,7 @@ using namespace kmr;
 
 namespace {
 
-// The text of the error, or an empty one when the tag is fine.
+// The text of the error, or an empty one if the tag is good.
 std::string faultOf(const QString &text)
 {
     try {
@@ -105,7 +105,7 @@ TEST(Tag, WhatIsWrongIsNamed)
         {"X23420", "X reaches from 0 to 23417 in octal digits"},
         {"Y23420", "Y reaches from 0 to 23417 in octal digits"},
         {"X23400x17", "out of range"}, // which the driver computes in decimal
-        {"TV2248", "TV2248 to TV2303 lie where the controller keeps its counters: use CV2200"},
+        {"TV2248", "TV2248 to TV2303 are at the addresses of the counters: use CV2200"},
         {"TV2247x2", "use CV2200 to CV2255"},
         {"TV2303.15", "use CV2200"},
         {"D1a", "\"1a\" is not an address in D"},

@@ -1,4 +1,4 @@
-// Linked to the installed driver: asks it which areas it offers.
+// Linked to the installed driver: prints its areas.
 #include <ostrel_kmr.h>
 
 #include <cstdio>

@@ -17,7 +17,7 @@ protected:
         m_session->poll(m_sampler->ranges());
     }
 
-    // What the next row says: "1 good, - pending".
+    // The next row: "1 good, - pending".
     QString row(bool *isNews = nullptr)
     {
         const LogRow row = m_sampler->take({});

@@ -58,7 +58,7 @@ protected:
         return QDir(m_directory.path()).entryList(QDir::Files, QDir::Name);
     }
 
-    // What a query answers, a line for each row.
+    // The result of a query, a line for each row.
     QByteArray query(const QString &name, const char *text)
     {
         sqlite3 *database = nullptr;

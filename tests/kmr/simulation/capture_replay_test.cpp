@@ -15,7 +15,7 @@ Capture captureOf(std::vector<CapturedPiece> pieces)
     return capture;
 }
 
-// The characters of the answer to `request`, "?" where the capture doesn't hold the request.
+// The characters of the answer to `request`, "?" if the request is not in the capture.
 QByteArray answerOf(CaptureReplay &replay, const QByteArray &request)
 {
     const std::optional<simulator::Plan> plan = replay.answer(request);

@@ -102,8 +102,8 @@ TEST(MemoryFile, EveryBadLineIsNamedWithItsNumber)
 TEST(MemoryFile, NoPlaceStandsInTwoLines)
 {
     EXPECT_EQ(faultOf("tag,value\nD1,5\nX0,1\n\nD1,5\nS1024,0\n"),
-              "plant.csv:5: D1 stands in line 2 already\n"
-              "plant.csv:6: S1024 is the same place as X0 in line 3");
+              "plant.csv:5: D1 is already in line 2\n"
+              "plant.csv:6: S1024 is the same element as X0 in line 3");
 }
 
 TEST(MemoryFile, StationsBeyondTheLowestAreNamed)
@@ -111,7 +111,7 @@ TEST(MemoryFile, StationsBeyondTheLowestAreNamed)
     Plant plant({5, 2});
     loadMemory("D1,5\n5#D1,6\n2#D2,7\n", "plant.csv", plant);
     EXPECT_EQ(kmr::formatMemory(plant), "tag,value\nD1,5\nD2,7\n5#D1,6\n");
-    EXPECT_TRUE(faultOf("2#D1,5\n").endsWith("station 2 is not simulated, but 1: see --station"));
+    EXPECT_TRUE(faultOf("2#D1,5\n").endsWith("station 2 is not simulated, only 1: see --station"));
 }
 
 TEST(MemoryFile, ValuesAreWholeNumbersOfTheElementsSize)

@@ -23,7 +23,7 @@ Outages::Time at(int milliseconds)
 
 class OutagesTest : public testing::Test {
 protected:
-    // The lines told since the last call.
+    // The lines reported since the last call.
     QStringList told()
     {
         return std::exchange(m_told, {});
