@@ -1,6 +1,6 @@
 # The files of cmake --install (GNUInstallDirs): the library, its header, the files with which CMake
 # and pkg-config find it, and, except in a build of the driver alone, kmr with its man page and
-# completion. Components: runtime, dev, kmr.
+# completion. Components: runtime, dev, kmr, publish (the service of kmr publish).
 include(CMakePackageConfigHelpers)
 
 set(package_dir ${CMAKE_INSTALL_LIBDIR}/cmake/OstrelKmr)
@@ -32,3 +32,8 @@ install(TARGETS kmr RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR} COMPONENT kmr)
 install(FILES kmr/man/kmr.1 DESTINATION ${CMAKE_INSTALL_MANDIR}/man1 COMPONENT kmr)
 install(FILES kmr/completion/kmr.bash
     DESTINATION ${CMAKE_INSTALL_DATADIR}/bash-completion/completions RENAME kmr COMPONENT kmr)
+configure_file(packaging/service/kmr-publish@.service.in kmr-publish@.service @ONLY)
+install(FILES ${CMAKE_CURRENT_BINARY_DIR}/kmr-publish@.service
+    DESTINATION lib/systemd/system COMPONENT publish)
+install(FILES packaging/service/line.toml
+    DESTINATION ${CMAKE_INSTALL_DATADIR}/doc/kmr-publish/examples COMPONENT publish)

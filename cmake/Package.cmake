@@ -1,5 +1,6 @@
 # Debian packages of the installed files, made with CPack by script/package: libostrel-kmr1 (component
-# runtime), libostrel-kmr-dev (dev) and kmr (kmr). The version says which Qt they are built for.
+# runtime), libostrel-kmr-dev (dev), kmr (kmr) and kmr-publish (publish). The version says which Qt
+# they are built for.
 set(KMR_DEBIAN_RELEASE 1+qt${KMR_QT_MAJOR})
 set(KMR_DEBIAN_VERSION ${PROJECT_VERSION}-${KMR_DEBIAN_RELEASE})
 
@@ -19,7 +20,7 @@ else()
 endif()
 set(CPACK_COMPONENTS_ALL runtime dev)
 if(NOT KMR_DRIVER_ONLY)
-    list(APPEND CPACK_COMPONENTS_ALL kmr)
+    list(APPEND CPACK_COMPONENTS_ALL kmr publish)
 endif()
 
 set(CPACK_DEBIAN_RUNTIME_PACKAGE_NAME libostrel-kmr1)
@@ -64,6 +65,23 @@ Reads, writes and watches a controller's memory over a serial line or TCP,
 transfers recipes, diagnoses the line and simulates controllers. It uses the
 driver in libostrel-kmr1, as an operator panel does.")
 
+set(CPACK_DEBIAN_PUBLISH_PACKAGE_NAME kmr-publish)
+set(CPACK_DEBIAN_PUBLISH_PACKAGE_SECTION comm)
+set(CPACK_DEBIAN_PUBLISH_PACKAGE_ARCHITECTURE all)
+set(CPACK_DEBIAN_PUBLISH_PACKAGE_SHLIBDEPS OFF)
+set(CPACK_DEBIAN_PUBLISH_PACKAGE_DEPENDS "kmr (= ${KMR_DEBIAN_VERSION})")
+set(CPACK_DEBIAN_PUBLISH_PACKAGE_SUGGESTS mosquitto)
+set(CPACK_DEBIAN_PUBLISH_PACKAGE_CONTROL_EXTRA
+    ${CMAKE_CURRENT_SOURCE_DIR}/packaging/service/postinst
+    ${CMAKE_CURRENT_SOURCE_DIR}/packaging/service/prerm
+    ${CMAKE_CURRENT_SOURCE_DIR}/packaging/service/postrm)
+set(CPACK_DEBIAN_PUBLISH_PACKAGE_CONTROL_STRICT_PERMISSION ON)
+set(CPACK_COMPONENT_PUBLISH_DESCRIPTION
+"values of Ostrel KMR controllers to an MQTT broker, as a service
+The service kmr-publish@NAME runs 'kmr publish' for the line that
+/etc/kmr/NAME.toml describes: it publishes the line's values and, if that is
+allowed, takes writes. It is confined and watched by systemd.")
+
 # Further files that Debian requires. EXCLUDE_FROM_ALL: not part of a plain cmake --install.
 find_program(GZIP gzip)
 function(compress input output)
@@ -87,6 +105,11 @@ if(GZIP)
     install(FILES packaging/libostrel-kmr1.lintian-overrides
         DESTINATION ${CMAKE_INSTALL_DATADIR}/lintian/overrides RENAME libostrel-kmr1
         COMPONENT runtime EXCLUDE_FROM_ALL)
+    if(NOT KMR_DRIVER_ONLY)
+        install(FILES packaging/kmr-publish.lintian-overrides
+            DESTINATION ${CMAKE_INSTALL_DATADIR}/lintian/overrides RENAME kmr-publish
+            COMPONENT publish EXCLUDE_FROM_ALL)
+    endif()
     set(CPACK_PRE_BUILD_SCRIPTS ${CMAKE_CURRENT_SOURCE_DIR}/packaging/compress-man-pages.cmake)
 endif()
 

@@ -35,7 +35,7 @@ Examples:
 'kmr COMMAND --help' explains a command.)";
 
 // In the order of the help.
-void addCommands(CLI::App &app, const kmr::OptionReader &reader, kmr::Command &chosen)
+void addCommands(CLI::App &app, kmr::OptionReader &reader, kmr::Command &chosen)
 {
     kmr::addHelp(app);
     kmr::addAreas(app, chosen);
@@ -43,6 +43,7 @@ void addCommands(CLI::App &app, const kmr::OptionReader &reader, kmr::Command &c
     kmr::addTags(app, chosen);
     kmr::addWatch(app, chosen);
     kmr::addLog(app, chosen);
+    kmr::addPublish(app, chosen, reader);
     kmr::addRead(app, chosen);
     kmr::addWrite(app, chosen);
     kmr::addRecipe(app, chosen);

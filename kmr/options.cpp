@@ -161,6 +161,21 @@ void OptionReader::add(const char *key, Choice &value, const char *help,
     m_entries.push_back({key, option});
 }
 
+void OptionReader::addSection(const char *section, CLI::App &command, const QStringList &keys,
+                              const QStringList &paths, const char *variable)
+{
+    for (const QString &key : keys) {
+        Entry entry;
+        entry.key = QString(section) + '.' + key;
+        entry.option = command.get_option("--" + key.toStdString());
+        if (paths.contains(key))
+            entry.fromFile = besideFile;
+        entry.variable = key == keys.front() ? variable : nullptr;
+        entry.isOfCommand = true;
+        m_entries.push_back(entry);
+    }
+}
+
 Options OptionReader::read()
 {
     for (Entry &entry : m_entries) {
@@ -180,6 +195,8 @@ std::vector<OptionReader::Row> OptionReader::rows() const
 {
     std::vector<Row> rows;
     for (const Entry &entry : m_entries) {
+        if (entry.isOfCommand && entry.option->count() == 0)
+            continue;
         const QString value = entry.option->count() > 0
                                   ? toQString(entry.option->results().back())
                                   : toQString(entry.option->get_default_str());
@@ -223,7 +240,8 @@ void OptionReader::readFile(const QString &path)
         } catch (const Error &error) {
             faults.append(QString("%1: %2").arg(place, error.text()));
         } catch (const CLI::Error &error) {
-            const QString text = toQString(error.what()).replace("--" + entry.key, entry.key);
+            const QString option = "--" + entry.key.section('.', -1);
+            const QString text = toQString(error.what()).replace(option, entry.key);
             faults.append(QString("%1: %2").arg(place, text));
         }
     }

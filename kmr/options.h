@@ -50,6 +50,12 @@ public:
     OptionReader(const OptionReader &) = delete;
     OptionReader &operator=(const OptionReader &) = delete;
 
+    // Lets the project's file also hold options of a command, in the section [SECTION]. `paths`:
+    // those that name files, relative to the project's. `variable`: of the environment, for the
+    // first of `keys`, or null.
+    void addSection(const char *section, CLI::App &command, const QStringList &keys,
+                    const QStringList &paths, const char *variable = nullptr);
+
     // To be called after the command line is parsed: adds the file and the environment. Throws
     // Error (Usage) that names every bad key of the file with its line. If the environment differs
     // from the file, a line on stderr says which value is used.
@@ -66,12 +72,13 @@ public:
 private:
     // An option that the project's file may hold.
     struct Entry {
-        QString key; // in the file, and after "--" on the command line
+        QString key; // in the file: "link", or "publish.broker" of a section
         CLI::Option *option = nullptr;
         const char *variable = nullptr; // of the environment, or null
         // Converts a value of the file; throws Error for a bad one. Empty: the value as it is.
         std::function<QString(const QString &value, const QString &file)> fromFile = nullptr;
         QString source = "default";
+        bool isOfCommand = false; // not an option of all commands
     };
 
     // Each adds an option that sets `value`; its present value is the default.

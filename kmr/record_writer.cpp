@@ -1,8 +1,7 @@
 #include "kmr/record_writer.h"
 
 #include "host/project/csv.h"
-
-#include <nlohmann/json.hpp>
+#include "kmr/json_value.h"
 
 #include <algorithm>
 #include <cmath>
@@ -14,30 +13,12 @@ namespace {
 
 constexpr int SCHEMA = 1;
 
-using Json = nlohmann::ordered_json;
-
-Json toJson(const Value &value)
-{
-    if (const auto *number = std::get_if<std::int64_t>(&value))
-        return *number;
-    if (const auto *number = std::get_if<std::uint64_t>(&value))
-        return *number;
-    if (const auto *number = std::get_if<double>(&value))
-        return std::isfinite(*number) ? Json(*number) : Json();
-    return std::get<QString>(value).toStdString();
-}
-
-Json toJson(const Field &field)
+Json fieldJson(const Field &field)
 {
     if (const auto *value = std::get_if<Value>(&field))
         return toJson(*value);
     const auto *values = std::get_if<std::vector<Value>>(&field);
-    if (values == nullptr)
-        return nullptr;
-    Json array = Json::array();
-    for (const Value &value : *values)
-        array.push_back(toJson(value));
-    return array;
+    return values == nullptr ? Json() : toJson(*values);
 }
 
 QString cellOf(const Field &field)
@@ -171,7 +152,7 @@ QString RecordWriter::jsonOf(const std::vector<Field> &fields, bool isLine) cons
         record["command"] = m_command.toStdString();
     }
     for (std::size_t i = 0; i < fields.size(); ++i)
-        record[m_names[static_cast<int>(i)].toStdString()] = toJson(fields[i]);
+        record[m_names[static_cast<int>(i)].toStdString()] = fieldJson(fields[i]);
     return QString::fromStdString(record.dump());
 }
 

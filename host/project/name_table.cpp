@@ -206,6 +206,15 @@ Error badTexts(const Name &name, const QString &text, const QString &why)
     return usage(QString("bad texts \"%1\" of %2: %3").arg(text, name.name, why));
 }
 
+bool readYes(const Name &name, const char *column, const QString &text)
+{
+    if (text.isEmpty() || text.compare("no", Qt::CaseInsensitive) == 0)
+        return false;
+    if (text.compare("yes", Qt::CaseInsensitive) == 0)
+        return true;
+    throw usage(QString("bad %1 \"%2\" of %3: expected yes or no").arg(column, text, name.name));
+}
+
 // A text that looks like a number could mean two values in a write.
 std::vector<ValueText> readTexts(const Name &name, const QString &field)
 {
@@ -246,14 +255,19 @@ void readFields(Fields &fields, const Layout &layout, Name &name)
     name.texts = readTexts(name, fields["texts"]);
     name.wordOrder = readOrder<WordOrder>(name, "word-order", fields["word-order"]);
     name.byteOrder = readOrder<ByteOrder>(name, "byte-order", fields["byte-order"]);
+    name.isWritable = readYes(name, "writable", fields["writable"]);
+    name.deadband = readDecimal(name, "deadband", fields["deadband"], layout);
+    if (name.deadband.startsWith('-'))
+        throw usage(
+            QString("bad deadband \"%1\" of %2: expected 0 or more").arg(name.deadband, name.name));
 }
 
 } // namespace
 
 QStringList nameColumns()
 {
-    return {"name",  "tag",        "unit",       "scale",  "offset",
-            "texts", "word-order", "byte-order", "comment"};
+    return {"name",       "tag",        "unit",     "scale",    "offset", "texts",
+            "word-order", "byte-order", "writable", "deadband", "comment"};
 }
 
 QString valueTextsOf(const Name &name)

@@ -17,6 +17,8 @@
 //   texts       texts for numbers: 0=closed;1=open
 //   word-order  of types of 32 and 64 bits: low or high, the word that comes first
 //   byte-order  of texts: low or high, the byte of a word that comes first
+//   writable    yes or no: whether others may write it through 'kmr publish --allow-write'
+//   deadband    'kmr publish' leaves out changes smaller than this
 //   comment
 //
 // Without a heading the columns are name, tag, unit, scale, comment. Empty fields at the end of a
@@ -43,6 +45,8 @@ struct Name {
     std::vector<ValueText> texts;
     std::optional<WordOrder> wordOrder;
     std::optional<ByteOrder> byteOrder;
+    bool isWritable = false; // by others, over the network
+    QString deadband;        // a decimal number, 0 or more, or empty
     QString comment;
     int line = 0;  // in the file, from 1
     QString fault; // why it can't be used, else empty

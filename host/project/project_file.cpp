@@ -42,6 +42,36 @@ bool readValues(const toml::node &node, bool isList, QStringList &values)
            });
 }
 
+bool isSection(const QString &key, const QStringList &known)
+{
+    return std::any_of(known.begin(), known.end(),
+                       [&key](const QString &one) { return one.startsWith(key + '.'); });
+}
+
+// `section`: "publish." or empty.
+void appendEntries(const toml::table &table, const QString &section, const QStringList &known,
+                   const QStringList &lists, std::vector<ConfigEntry> &entries)
+{
+    for (const auto &[name, node] : table) {
+        const int line = static_cast<int>(name.source().begin.line);
+        ConfigEntry entry{section + toQString(name.str()), {}, line, {}};
+        const toml::table *const inner = node.as_table();
+        if (inner != nullptr && isSection(entry.key, known)) {
+            appendEntries(*inner, entry.key + '.', known, lists, entries);
+            continue;
+        }
+        const bool isList = lists.contains(entry.key);
+        if (!known.contains(entry.key))
+            entry.fault = QString("unknown key \"%1\"%2; the keys are %3")
+                              .arg(entry.key, didYouMean(entry.key, known), known.join(", "));
+        else if (!readValues(node, isList, entry.values))
+            entry.fault =
+                QString("%1: expected %2")
+                    .arg(entry.key, isList ? "text or a list of texts" : "one text or number");
+        entries.push_back(entry);
+    }
+}
+
 } // namespace
 
 std::vector<ConfigEntry> parseConfig(const QString &text, const QString &file,
@@ -58,18 +88,7 @@ std::vector<ConfigEntry> parseConfig(const QString &text, const QString &file,
                                           .arg(toQString(error.description())));
     }
     std::vector<ConfigEntry> entries;
-    for (const auto &[key, node] : table) {
-        ConfigEntry entry{toQString(key.str()), {}, static_cast<int>(key.source().begin.line), {}};
-        const bool isList = lists.contains(entry.key);
-        if (!known.contains(entry.key))
-            entry.fault = QString("unknown key \"%1\"%2; the keys are %3")
-                              .arg(entry.key, didYouMean(entry.key, known), known.join(", "));
-        else if (!readValues(node, isList, entry.values))
-            entry.fault =
-                QString("%1: expected %2")
-                    .arg(entry.key, isList ? "text or a list of texts" : "one text or number");
-        entries.push_back(entry);
-    }
+    appendEntries(table, {}, known, lists, entries);
     std::sort(entries.begin(), entries.end(),
               [](const ConfigEntry &a, const ConfigEntry &b) { return a.line < b.line; });
     return entries;

@@ -5,7 +5,11 @@
 //     names = "names.csv"
 //     tags = ["boiler.temp", "D100..107"]
 //
-// The keys are those of the command's options. Paths are relative to the file.
+//     [publish]
+//     broker = "mqtt://192.168.0.2"
+//
+// The keys are those of the options; those of one command stand in its section and are called
+// "publish.broker". Paths are relative to the file.
 #pragma once
 
 #include <QString>

@@ -19,6 +19,7 @@ void addListen(CLI::App &app, Command &chosen);
 void addLog(CLI::App &app, Command &chosen);
 void addPing(CLI::App &app, Command &chosen);
 void addPlan(CLI::App &app, Command &chosen);
+void addPublish(CLI::App &app, Command &chosen, OptionReader &reader);
 void addRead(CLI::App &app, Command &chosen);
 void addRecipe(CLI::App &app, Command &chosen);
 void addReplay(CLI::App &app, Command &chosen);

@@ -30,6 +30,8 @@ const char *const CHECK_HELP =
   texts       texts for numbers, as they are shown and written
   word-order  low or high: the word of a 32 or 64-bit value that comes first
   byte-order  low or high: the byte of a word that holds a text's first character
+  writable    yes or no: whether 'kmr publish --allow-write' takes writes of others
+  deadband    'kmr publish' leaves out changes smaller than this
   comment
 Only name and tag are needed. Semicolons or tabs may replace all commas; scale and offset may then
 have a decimal comma. Lines that begin with # are comments.
@@ -112,6 +114,8 @@ QStringList cellsOf(const Name &name)
             valueTextsOf(name),
             orderText(name.wordOrder),
             orderText(name.byteOrder),
+            name.isWritable ? "yes" : "",
+            name.deadband,
             name.comment};
 }
 

@@ -59,7 +59,8 @@ _kmr_complete_tags()
 _kmr_complete_value()
 {
     case $before in
-    --config | --driver | --names | --capture | --load | --save | --pty | --output | --junit)
+    --config | --driver | --names | --capture | --load | --save | --pty | --output | --junit | \
+        --ca | --certificate | --key | --credentials | --spool)
         _kmr_complete_files
         ;;
     *) _kmr_complete_words "$(_kmr_choices "$before" <<<"$options")" ;;

@@ -15,23 +15,35 @@ import time
 
 import page
 
-# The port of the simulator on pages. It is replaced by a free port, so that tests can run in parallel.
-PORT = "8888"
+# The ports of simulators and a broker on pages. They are replaced by free ports, so that tests can
+# run in parallel.
+PORTS = ("8888", "8889", "1883")
 DONE = "page_test: done"
 SECONDS = 20  # a command that takes longer hangs
 
 
-def free_port():
-    with socket.socket() as probe:
+def free_ports(count):
+    probes = [socket.socket() for _ in range(count)]
+    for probe in probes:
         probe.bind(("127.0.0.1", 0))
-        return str(probe.getsockname()[1])
+    ports = [str(probe.getsockname()[1]) for probe in probes]
+    for probe in probes:
+        probe.close()
+    return ports
+
+
+def exchanged(text, words, others):
+    """The text with the others for these words."""
+    for word, other in zip(words, others):
+        text = re.sub(rf"\b{word}\b", other, text)
+    return text
 
 
 class Shell:
     """One bash for all commands of a page."""
 
     def __init__(self, folder, kmr, library):
-        self.port = free_port()
+        self.ports = free_ports(len(PORTS))
         environment = {key: value for key, value in os.environ.items()
                        if not key.startswith("KMR_")}
         environment["PATH"] = os.path.dirname(kmr) + ":" + environment["PATH"]
@@ -48,7 +60,7 @@ class Shell:
         it waits until that has printed so many lines."""
         self.count += 1
         output = os.path.join(self.outputs, f"output{self.count}")
-        text = text.replace(PORT, self.port)
+        text = exchanged(text, PORTS, self.ports)
         # A command may show how the one before it ended, with $?.
         self.process.stdin.write(
             f"(exit ${{page_test_code:-0}}); {{ {text}\n}} </dev/null >'{output}' 2>&1\n"
@@ -65,11 +77,19 @@ class Shell:
 
     def lines(self, output):
         with open(output, encoding="utf-8") as file:
-            return file.read().replace(self.port, PORT).splitlines()
+            return exchanged(file.read(), self.ports, PORTS).splitlines()
 
     def end(self):
+        """Ends what the page has begun; what writes files at its end has done so then."""
         os.killpg(self.process.pid, signal.SIGTERM)
         self.process.wait()
+        end = time.monotonic() + SECONDS
+        try:
+            while time.monotonic() < end:
+                os.killpg(self.process.pid, 0)
+                time.sleep(0.01)
+        except ProcessLookupError:
+            pass
 
 
 def hangs(*_):

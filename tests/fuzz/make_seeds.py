@@ -78,9 +78,25 @@ def filter():
     }
 
 
+def set_request():
+    """A byte of flags, the name, the response topic, the payload."""
+    return {
+        "number": b"\x00n\n\n21.5 C",
+        "json": b'\x02n\na/b\n{"value": 21.5, "id": "a7", "expires": "2099-01-01T00:00:00Z"}',
+        "list": b"\x04l\n\n[1, true, 0]",
+        "texts": b'\x00l\n\n["closed", "not open", 0]',
+        "truth": b'\x00b\n\n{"value": true}',
+        "text": b'\x00t\n\n{"value": "AB\\u00e9\\\\x41"}',
+        "float": b"\x00f\n\n-1.5e-3",
+        "counter": b"\x00c\n\n0xFFFFFFFF",
+        "forbidden": b"\x00no\n\n1",
+        "retained": b"\x01n\n\n1",
+    }
+
+
 def main():
-    for target in (session, reply, editor, simulator, tag, link, filter):
-        directory = CORPUS / target.__name__
+    for target in (session, reply, editor, simulator, tag, link, filter, set_request):
+        directory = CORPUS / target.__name__.removesuffix("_request")
         directory.mkdir(parents=True, exist_ok=True)
         for old in directory.iterdir():
             old.unlink()

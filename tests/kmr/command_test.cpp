@@ -351,11 +351,12 @@ TEST(Command, ListFromElsewhereIsImportedAndSearched)
                                     "\\S+plant.txt: 2 names imported, 1 lines left out\n$"))
         << import.err.toStdString();
     EXPECT_EQ(QString::fromUtf8(loadFile(names)),
-              QString::fromUtf8("name,tag,unit,scale,offset,texts,word-order,byte-order,comment\n"
-                                "T\u00fcr [1],X5,,,,,,,\ntemp,D100x2,,0.1,,,,,\n"));
+              QString::fromUtf8("name,tag,unit,scale,offset,texts,word-order,byte-order,writable,"
+                                "deadband,comment\n"
+                                "T\u00fcr [1],X5,,,,,,,,,\ntemp,D100x2,,0.1,,,,,,,\n"));
     const QStringList how = {"--names", names, "--format", "csv"};
     EXPECT_EQ(run(QStringList{"tags", "find", "D101"} + how).out.section('\n', 1),
-              "temp,D100x2,,0.1,,,,,,\n");
+              "temp,D100x2,,0.1,,,,,,,,\n");
     EXPECT_EQ(run(QStringList{"tags", "find", "[1"} + how).out.count('\n'), 2);
     EXPECT_EQ(run(QStringList{"tags", "find", "pump"} + how).exitCode, 1);
     EXPECT_EQ(run(QStringList{"tags", "list"} + how).out.count('\n'), 3);

@@ -57,9 +57,9 @@ TEST(Completion, OffersFilesWhereFilesGo)
     saveFile(directory.filePath("mixer recipe.csv"), "D0,1\n");
     const QStringList file(directory.filePath("mixer recipe.csv"));
     const QString begin = directory.filePath("mix");
-    for (const char *words :
-         {"recipe upload ", "tags check ", "tags import --output ", "trace ", "replay ", "run ",
-          "--names ", "read --capture ", "sim --save ", "run --junit ", "watch --config = "})
+    for (const char *words : {"recipe upload ", "tags check ", "tags import --output ", "trace ",
+                              "replay ", "run ", "--names ", "read --capture ", "sim --save ",
+                              "run --junit ", "publish --spool ", "watch --config = "})
         EXPECT_EQ(complete(words + begin), file) << words;
 }
 

@@ -75,6 +75,12 @@ const Row ROWS[] = {
      "kmr: bad value \"x\" for D1"},
     {"doctor --try --link tcp://127.0.0.1:1", 2, "--try needs a serial link"},
     {"doctor --try --capture /dev/null --link serial:///dev/ttyS0", 2, "--capture "},
+    {"publish D1", 2, "no broker: name it with --broker, the environment variable KMR_BROKER or"},
+    {"publish D1 --broker broker", 2, "bad broker \"broker\": expected mqtt://HOST"},
+    {"publish D1 --broker mqtt://b --ca /dev/null", 2, "certificates are given, but"},
+    {"publish D1 --broker mqtt://b --allow-write", 2, "--allow-write allows nothing: no name is"},
+    {"publish D1 --broker mqtt://b --prefix a/#", 2, "bad prefix \"a/#\": "},
+    {"publish D1 --broker mqtt://b --spool /no/such/spool", 2, "cannot spool to /no/such/spool: "},
     // Files.
     {"trace /no/such/file", 2, "cannot read the capture /no/such/file: "},
     {"trace /dev/null", 2, "/dev/null:1: not a capture of kmr"},
@@ -171,7 +177,8 @@ TEST(Usage, EachHelpTeachesWithTwoExamplesAndSaysWhereTheOptionsOfAllCommandsAre
         EXPECT_TRUE(matches(page.text, "\nExamples:\n  kmr .*\n  kmr ")) << qPrintable(page.text);
         EXPECT_EQ(page.text.contains("\n'kmr --help' lists the options"), isOfACommand);
         EXPECT_EQ(page.text.contains("\nExit codes: 0 success, "), !isOfACommand);
-        const bool takesTags = matches(page.command.join(' '), "^(watch|log|read|write|plan)$");
+        const bool takesTags =
+            matches(page.command.join(' '), "^(watch|log|publish|read|write|plan)$");
         EXPECT_EQ(page.text.contains("\nA TAG is [STATION#]AREA ADDRESS"), takesTags);
     }
 }

@@ -192,13 +192,25 @@ TEST(Names, LineOfASpreadsheetNamesTheSeparator)
     EXPECT_EQ(faultsOf("sep=;\nname;tag\npump;\n"), QStringList("names.csv:3: pump has no tag"));
 }
 
+TEST(Names, SayWhatOthersMayWriteAndWhichChangesAreSmall)
+{
+    const NameTable names = goodNames("name;tag;writable;deadband\na;D1;yes;0,5\nb;D2;No\nc;D3\n");
+    EXPECT_TRUE(names.find("a")->isWritable);
+    EXPECT_EQ(names.find("a")->deadband, "0.5");
+    EXPECT_FALSE(names.find("b")->isWritable);
+    EXPECT_FALSE(names.find("c")->isWritable);
+    EXPECT_EQ(faultsOf("name,tag,writable,deadband\na,D1,maybe\nb,D2,yes,-1\n"),
+              (QStringList{"names.csv:2: bad writable \"maybe\" of a: expected yes or no",
+                           "names.csv:3: bad deadband \"-1\" of b: expected 0 or more"}));
+}
+
 TEST(Names, WrongHeadingsAreNamedWithTheKnownOnes)
 {
     EXPECT_EQ(
         faultOf("# plant\nname,tag,offst,Kommentar\n", "a"),
         "names.csv:2: unknown heading \"offst\", did you mean \"offset\"?; \"Kommentar\", did you "
         "mean \"comment\"?; the headings are name, tag, unit, scale, offset, texts, word-order, "
-        "byte-order, comment");
+        "byte-order, writable, deadband, comment");
     EXPECT_EQ(faultOf("name,unit\n", "a"), "names.csv:1: the heading has no tag");
     EXPECT_EQ(faultOf("name,tag,Tag\n", "a"), "names.csv:1: the heading has tag twice");
 }

@@ -10,7 +10,7 @@ namespace {
 
 std::vector<ConfigEntry> parse(const QString &text)
 {
-    return parseConfig(text, "kmr.toml", {"link", "station", "tags"}, {"tags"});
+    return parseConfig(text, "kmr.toml", {"link", "station", "tags", "publish.broker"}, {"tags"});
 }
 
 std::string faultOf(const QString &text)
@@ -36,11 +36,23 @@ TEST(Config, EntriesHaveTheirValueAndLine)
     EXPECT_EQ(entries[1].values, (QStringList{"D100", "X0..17"}));
 }
 
+TEST(Config, KeysOfASectionHaveItsName)
+{
+    const auto entries = parse("link = \"a\"\n[publish]\nbroker = \"b\"\nbroken = 1\n");
+    ASSERT_EQ(entries.size(), 3U);
+    EXPECT_EQ(entries[1].key, "publish.broker");
+    EXPECT_EQ(entries[1].values, QStringList("b"));
+    EXPECT_EQ(entries[1].line, 3);
+    EXPECT_NE(entries[2].fault, "");
+    EXPECT_NE(parse("[station]\nx = 1\n")[0].fault, "");
+}
+
 TEST(Config, EveryBadKeyIsNamedInTheOrderOfLines)
 {
     const auto entries = parse("speed = 9600\nstation = [1]\nlink = 1979-05-27\n");
     ASSERT_EQ(entries.size(), 3U);
-    EXPECT_EQ(entries[0].fault, "unknown key \"speed\"; the keys are link, station, tags");
+    EXPECT_EQ(entries[0].fault, "unknown key \"speed\"; the keys are link, station, tags, "
+                                "publish.broker");
     EXPECT_EQ(entries[1].fault, "station: expected one text or number");
     EXPECT_EQ(entries[2].fault, "link: expected one text or number");
     EXPECT_EQ(entries[2].line, 3);

@@ -1,0 +1,88 @@
+// One connection to an MQTT broker, through libmosquitto. It doesn't connect again by itself, and
+// forgets what was not acknowledged: the outbox does that, in order. For one thread.
+#pragma once
+
+#include "kmr/publish/broker_settings.h"
+#include "kmr/publish/message.h"
+
+#include <QByteArray>
+#include <QString>
+#include <QStringList>
+
+#include <chrono>
+#include <functional>
+#include <memory>
+#include <optional>
+#include <vector>
+
+struct mosquitto;
+struct mosquitto_message;
+struct mqtt5__property;
+
+namespace kmr {
+
+// What came from the broker.
+struct Incoming {
+    QByteArray topic;
+    QByteArray payload;
+    bool isRetained = false;
+    QByteArray responseTopic;                   // MQTT 5, or empty
+    QByteArray correlation;                     // likewise
+    std::optional<std::chrono::seconds> expiry; // likewise: until it is out of date
+    std::chrono::steady_clock::time_point time; // when it came
+};
+
+class Broker {
+public:
+    // Called from within wait(), and from publish() for a message that can't be sent at all.
+    struct Events {
+        std::function<void()> connected;
+        // `refusal`: why the broker does not take the message, or empty.
+        std::function<void(int id, const QString &refusal)> acknowledged;
+        std::function<void(const Incoming &)> received;
+        // `refusal`: why it does not let us subscribe.
+        std::function<void(const QString &refusal)> unsubscribed;
+    };
+
+    Broker(const BrokerSettings &settings, Events events);
+    ~Broker();
+    Broker(const Broker &) = delete;
+    Broker &operator=(const Broker &) = delete;
+
+    // Begins to connect; blocks while the host's name is looked up and its port is connected to,
+    // maybe for minutes. False when it fails: see why().
+    bool connect();
+
+    // Sends, receives and calls `events`, until something was done, `descriptor` is readable or the
+    // time is over. False when the connection is over: see why().
+    bool wait(int descriptor, std::chrono::milliseconds time);
+
+    // After Events::connected. Returns the id with which it is acknowledged, or nothing when the
+    // message can't be sent: Events::acknowledged has then been called with id 0 and the reason.
+    std::optional<int> publish(const Message &message);
+    void subscribe(const QStringList &topics);
+
+    // Says goodbye, so that the broker does not publish the will.
+    void disconnect();
+
+    // Why the connection failed or ended.
+    const QString &why() const
+    {
+        return m_why;
+    }
+
+private:
+    friend struct BrokerCallbacks;
+
+    void setUp(const BrokerSettings &settings);
+    bool fail(int result);
+    int connectWithProperties();
+
+    const BrokerSettings m_settings;
+    const Events m_events;
+    std::unique_ptr<mosquitto, void (*)(mosquitto *)> m_client;
+    QString m_why;
+    QString m_lastError; // of libmosquitto's log
+};
+
+} // namespace kmr

@@ -1,0 +1,226 @@
+#include "kmr/publish/courier.h"
+
+#include <QDateTime>
+#include <sys/eventfd.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <utility>
+
+namespace kmr {
+
+namespace {
+
+using std::chrono::milliseconds;
+using std::chrono::steady_clock;
+
+constexpr milliseconds FIRST_PAUSE(500); // before connecting again; doubled up to the longest
+constexpr milliseconds LONGEST_PAUSE(10000);
+constexpr milliseconds LONGEST_WAIT(1000); // between two looks at the keep-alive
+constexpr std::chrono::seconds LAST_SENDING(5);
+constexpr std::chrono::seconds LAST_WAIT(8); // for the thread, which may hang in connecting
+
+} // namespace
+
+WakeUp::WakeUp() : m_descriptor(eventfd(0, EFD_CLOEXEC | EFD_NONBLOCK)) {}
+
+WakeUp::~WakeUp()
+{
+    close(m_descriptor);
+}
+
+void WakeUp::wake() const
+{
+    const std::uint64_t one = 1;
+    const ssize_t written = write(m_descriptor, &one, sizeof one);
+    static_cast<void>(written); // a full counter wakes as well
+}
+
+void WakeUp::clear() const
+{
+    std::uint64_t count = 0;
+    const ssize_t got = read(m_descriptor, &count, sizeof count);
+    static_cast<void>(got);
+}
+
+struct Courier::State {
+    State(BrokerSettings theSettings, QStringList theTopics, std::shared_ptr<Outbox> theOutbox,
+          std::shared_ptr<WakeUp> theWakeUp, Events theEvents)
+        : settings(std::move(theSettings)), topics(std::move(theTopics)),
+          outbox(std::move(theOutbox)), wakeUp(std::move(theWakeUp)), events(std::move(theEvents))
+    {
+    }
+
+    const BrokerSettings settings;
+    const QStringList topics;
+    const std::shared_ptr<Outbox> outbox;
+    const std::shared_ptr<WakeUp> wakeUp;
+    const Events events;
+    std::atomic<bool> isEnding{false};
+    std::mutex mutex;
+    std::condition_variable change;
+    bool isOver = false;
+
+    // Of the thread alone.
+    std::map<int, std::uint64_t> sent; // message numbers by the broker's ids
+    std::uint64_t numberInHand = 0;    // being handed to the broker
+    bool isConnected = false;
+    QString told; // what was told last
+    milliseconds pause = FIRST_PAUSE;
+
+    void run();
+    void runConnection();
+    Broker::Events brokerEvents(Broker *const &broker);
+    void noteConnected(Broker &broker);
+    void noteAcknowledged(int id, const QString &refusal);
+    void sendAll(Broker &broker);
+    bool sayGoodbye(Broker &broker);
+    void rest();
+    void tell(const QString &line);
+    QString name() const;
+    Message stateMessage(const char *state) const;
+};
+
+Courier::Courier(BrokerSettings settings, QStringList topics, std::shared_ptr<Outbox> outbox,
+                 std::shared_ptr<WakeUp> wakeUp, Events events)
+    : m_state(std::make_shared<State>(std::move(settings), std::move(topics), std::move(outbox),
+                                      std::move(wakeUp), std::move(events)))
+{
+    std::thread([state = m_state] { state->run(); }).detach();
+}
+
+Courier::~Courier()
+{
+    end();
+}
+
+void Courier::end()
+{
+    m_state->isEnding = true;
+    m_state->wakeUp->wake();
+    std::unique_lock<std::mutex> lock(m_state->mutex);
+    if (!std::exchange(m_hasEnded, true))
+        m_state->change.wait_for(lock, LAST_WAIT, [this] { return m_state->isOver; });
+}
+
+void Courier::State::run()
+{
+    while (!isEnding) {
+        runConnection();
+        outbox->setConnected(false);
+        sent.clear();
+        isConnected = false;
+        rest();
+    }
+    const std::lock_guard<std::mutex> lock(mutex);
+    isOver = true;
+    change.notify_all();
+}
+
+// From connecting to the end of the connection.
+void Courier::State::runConnection()
+{
+    Broker *self = nullptr;
+    Broker broker(settings, brokerEvents(self));
+    self = &broker;
+    bool isAlive = broker.connect();
+    while (isAlive && !isEnding) {
+        sendAll(broker);
+        isAlive = broker.wait(wakeUp->descriptor(), LONGEST_WAIT);
+        wakeUp->clear();
+    }
+    if (isAlive && isConnected)
+        isAlive = sayGoodbye(broker);
+    if (!isAlive)
+        tell(QString("no connection to %1: %2").arg(name(), broker.why()));
+}
+
+Broker::Events Courier::State::brokerEvents(Broker *const &broker)
+{
+    return {[this, &broker] { noteConnected(*broker); },
+            [this](int id, const QString &refusal) { noteAcknowledged(id, refusal); },
+            [this](const Incoming &incoming) { events.received(incoming); },
+            [this](const QString &refusal) {
+                events.tell(QString("%1 does not let us receive writes: %2").arg(name(), refusal));
+            }};
+}
+
+void Courier::State::noteConnected(Broker &broker)
+{
+    tell("connected to " + name());
+    isConnected = true;
+    pause = FIRST_PAUSE;
+    broker.publish(stateMessage("online"));
+    broker.subscribe(topics);
+    outbox->setConnected(true);
+    events.connected();
+}
+
+void Courier::State::noteAcknowledged(int id, const QString &refusal)
+{
+    const auto found = sent.find(id);
+    const std::uint64_t number = found == sent.end() ? numberInHand : found->second;
+    if (!refusal.isEmpty())
+        tell(QString("%1 does not take a message: %2").arg(name(), refusal));
+    if (found != sent.end())
+        sent.erase(found);
+    outbox->acknowledge(number);
+}
+
+void Courier::State::sendAll(Broker &broker)
+{
+    if (!isConnected)
+        return;
+    while (const std::optional<Message> message = outbox->next()) {
+        numberInHand = message->number;
+        if (const std::optional<int> id = broker.publish(*message))
+            sent[*id] = message->number;
+        numberInHand = 0;
+    }
+}
+
+// False when the connection was lost meanwhile.
+bool Courier::State::sayGoodbye(Broker &broker)
+{
+    const steady_clock::time_point end = steady_clock::now() + LAST_SENDING;
+    bool isAlive = true;
+    while (isAlive && !outbox->isEmpty() && steady_clock::now() < end) {
+        sendAll(broker);
+        isAlive = broker.wait(wakeUp->descriptor(), milliseconds(50));
+        wakeUp->clear();
+    }
+    const std::optional<int> id = broker.publish(stateMessage("offline"));
+    if (id)
+        sent[*id] = 0;
+    while (isAlive && id && sent.count(*id) > 0 && steady_clock::now() < end)
+        isAlive = broker.wait(wakeUp->descriptor(), milliseconds(50));
+    broker.disconnect();
+    return isAlive;
+}
+
+void Courier::State::rest()
+{
+    const steady_clock::time_point end = steady_clock::now() + pause;
+    pause = std::min(2 * pause, LONGEST_PAUSE);
+    while (!isEnding && steady_clock::now() < end)
+        std::this_thread::sleep_for(milliseconds(50));
+}
+
+// The same failure again and again is told once.
+void Courier::State::tell(const QString &line)
+{
+    if (std::exchange(told, line) != line && !(isEnding && !isConnected))
+        events.tell(line);
+}
+
+QString Courier::State::name() const
+{
+    return QString("the broker %1:%2").arg(settings.host).arg(settings.port);
+}
+
+Message Courier::State::stateMessage(const char *state) const
+{
+    return {0, QDateTime::currentMSecsSinceEpoch(), settings.stateTopic, state, true, {}};
+}
+
+} // namespace kmr

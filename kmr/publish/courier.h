@@ -1,0 +1,67 @@
+// The thread that talks to the broker: connects, and again after each loss; sends what the outbox
+// has; hands on what comes.
+#pragma once
+
+#include "kmr/publish/broker.h"
+#include "kmr/publish/outbox.h"
+
+#include <QString>
+#include <QStringList>
+
+#include <atomic>
+#include <condition_variable>
+#include <functional>
+#include <map>
+#include <memory>
+#include <mutex>
+#include <thread>
+
+namespace kmr {
+
+// A descriptor that one thread makes readable for another.
+class WakeUp {
+public:
+    WakeUp();
+    ~WakeUp();
+    WakeUp(const WakeUp &) = delete;
+    WakeUp &operator=(const WakeUp &) = delete;
+
+    void wake() const;
+    void clear() const;
+    int descriptor() const
+    {
+        return m_descriptor;
+    }
+
+private:
+    const int m_descriptor;
+};
+
+class Courier {
+public:
+    // Called by the courier's thread.
+    struct Events {
+        std::function<void()> connected; // for all to be published anew
+        std::function<void(const Incoming &)> received;
+        std::function<void(const QString &)> tell; // a line for a person
+    };
+
+    // `topics`: to subscribe to. `wakeUp` is woken after each push to the outbox.
+    Courier(BrokerSettings settings, QStringList topics, std::shared_ptr<Outbox> outbox,
+            std::shared_ptr<WakeUp> wakeUp, Events events);
+    ~Courier();
+    Courier(const Courier &) = delete;
+    Courier &operator=(const Courier &) = delete;
+
+    // Sends what waits if that is possible soon, says offline, and ends. A thread that hangs in
+    // connecting is left alone.
+    void end();
+
+private:
+    struct State; // shared with the thread, which may outlive this
+
+    std::shared_ptr<State> m_state;
+    bool m_hasEnded = false;
+};
+
+} // namespace kmr

@@ -1,0 +1,295 @@
+#include "kmr/publish/publisher.h"
+
+#include "host/error.h"
+#include "kmr/assignment.h"
+#include "kmr/output.h"
+#include "kmr/publish/line_report.h"
+#include "kmr/stop_signal.h"
+
+#include <algorithm>
+#include <utility>
+
+namespace kmr {
+
+namespace {
+
+using std::chrono::milliseconds;
+using std::chrono::steady_clock;
+
+constexpr milliseconds STOP_CHECK(50);
+constexpr std::chrono::seconds BETWEEN_REPORTS(10);
+constexpr std::chrono::seconds BETWEEN_REFUSALS(1);
+constexpr milliseconds FIRST_PAUSE(500); // before opening the line again; doubled up to the longest
+constexpr milliseconds LONGEST_PAUSE(30000);
+
+void tell(const QString &line)
+{
+    printError(now() + ' ' + line);
+}
+
+} // namespace
+
+Publisher::Publisher(const Options &options, PublisherSettings settings)
+    : m_settings(std::move(settings)), m_connection(options), m_tags(publishedTags()),
+      m_topics(m_settings.prefix, allNames()), m_spool(m_settings.spool, m_settings.spoolLimits),
+      m_outbox(std::make_shared<Outbox>(m_spool.lastNumber(), m_spool.count() == 0,
+                                        [wakeUp = m_wakeUp] { wakeUp->wake(); })),
+      m_session(openLine()),
+      m_values(m_session, m_tags, m_settings.form, m_settings.heartbeat,
+               [this](Message message) { m_outbox->push(std::move(message)); }),
+      m_desk(m_connection.tags(), m_topics,
+             [this](const Tag &tag, const Values &values) { return write(tag, values); }),
+      m_cycle(m_settings.cycle), m_reconnection(m_connection), m_outages(printError, now)
+{
+    if (m_spool.count() > 0)
+        tell(QString("%1 messages wait in %2").arg(m_spool.count()).arg(m_settings.spool));
+    observe();
+    m_spooler.emplace(m_spool, *m_outbox, tell);
+    m_courier.emplace(brokerSettings(),
+                      m_settings.allowsWrites ? m_topics.setFilters() : QStringList(), m_outbox,
+                      m_wakeUp, courierEvents());
+}
+
+Publisher::~Publisher()
+{
+    m_courier.reset();
+    m_spooler.reset();
+    m_session.setObserver({});
+    m_session.setConfirmObserver({});
+    m_session.setStepObserver({});
+    m_session.setWaitObserver({});
+}
+
+// A service is begun when the machine is, maybe long before its line.
+Session &Publisher::openLine()
+{
+    milliseconds pause = FIRST_PAUSE;
+    for (;;) {
+        try {
+            return m_connection.open();
+        } catch (const Error &error) {
+            if (error.kind() != ErrorKind::Link || !m_notice.isListening())
+                throw;
+            if (pause == FIRST_PAUSE)
+                tell(error.text() + "; trying again until it works");
+            m_notice.ready();
+            const Time end = steady_clock::now() + pause;
+            while (steady_clock::now() < end) {
+                m_notice.alive();
+                sleepUnlessStopped(STOP_CHECK);
+                if (stopFlag())
+                    throw;
+            }
+            pause = std::min(2 * pause, LONGEST_PAUSE);
+        }
+    }
+}
+
+// Names with a deadband have it; others, and tags, have none.
+std::vector<PublishedTag> Publisher::publishedTags() const
+{
+    const NameTable *const names = m_connection.tags().names();
+    std::vector<PublishedTag> published;
+    for (const Tag &tag : m_connection.readTags(m_settings.tags)) {
+        const Name *const name = names == nullptr ? nullptr : names->find(tag.text);
+        published.push_back({tag, {}, name == nullptr ? 0 : name->deadband.toDouble()});
+    }
+    const Topics topics(m_settings.prefix, {});
+    for (PublishedTag &one : published)
+        one.topic = topics.value(one.tag.text);
+    return published;
+}
+
+// Published ones, and those that may be written.
+QStringList Publisher::allNames() const
+{
+    QStringList all;
+    for (const PublishedTag &one : m_tags)
+        all.append(one.tag.text);
+    if (!m_settings.allowsWrites)
+        return all;
+    const NameTable *const names = m_connection.tags().names();
+    int writable = 0;
+    for (const Name &name : names == nullptr ? std::vector<Name>() : names->names()) {
+        if (name.isWritable && ++writable > 0 && !all.contains(name.name))
+            all.append(name.name);
+    }
+    if (writable == 0)
+        throw Error(ErrorKind::Usage,
+                    "--allow-write allows nothing: no name is marked writable. Name a file of "
+                    "names with --names, and mark names in its column writable with yes");
+    return all;
+}
+
+BrokerSettings Publisher::brokerSettings() const
+{
+    BrokerSettings settings = m_settings.broker;
+    settings.clientId = "kmr:" + m_settings.prefix.toUtf8();
+    settings.stateTopic = m_topics.state();
+    return settings;
+}
+
+Courier::Events Publisher::courierEvents()
+{
+    return {[this] { m_mustPublishAll = true; },
+            [this](const Incoming &incoming) { m_inbox.add(incoming); }, tell};
+}
+
+void Publisher::observe()
+{
+    m_session.setObserver([this](const Exchange &exchange) { note(exchange); });
+    m_session.setConfirmObserver([this](const ElementRange &run) { m_values.noteConfirmed(run); });
+    m_session.setStepObserver([this](const StepNews &news) {
+        if (news.kind != StepNews::Kind::Stray)
+            return;
+        m_outages.noteStray(news.station, news.late, steady_clock::now());
+        m_values.noteStation(news.station);
+    });
+    m_session.setWaitObserver([this] { tick(); });
+}
+
+ExitCode Publisher::run()
+{
+    tell(QString("publishing %1 tags as %2/...").arg(m_tags.size()).arg(m_settings.prefix));
+    beginPolling();
+    m_notice.ready();
+    while (!isOver())
+        next();
+    m_notice.stopping();
+    finish();
+    return m_spooler->dropped() > 0 ? ExitCode::ItemFailed : ExitCode::Ok;
+}
+
+bool Publisher::isOver() const
+{
+    return stopFlag() ||
+           (m_settings.seconds &&
+            steady_clock::now() - m_begin >= std::chrono::duration<double>(*m_settings.seconds));
+}
+
+void Publisher::beginPolling()
+{
+    m_cycle.begin(m_session.poll(m_values.ranges()), steady_clock::now());
+}
+
+// A request to write, then an exchange of the polling, or a part of a pause, or the way back from a
+// lost line: however many requests come, the polling goes on.
+void Publisher::next()
+{
+    tick();
+    takeRequest();
+    const std::chrono::nanoseconds pause = m_cycle.pause(steady_clock::now());
+    if (pause > std::chrono::nanoseconds::zero()) {
+        m_session.confirm(false);
+        m_inbox.await(std::min<std::chrono::nanoseconds>(pause, STOP_CHECK));
+    } else if (m_session.step() == PollLoop::Step::LineLost) {
+        bringBack();
+    }
+}
+
+// What is to be done often, also while the session waits: nothing that uses the line.
+void Publisher::tick()
+{
+    const Time time = steady_clock::now();
+    m_notice.alive();
+    m_outages.tellEnds(time);
+    if (m_mustPublishAll.exchange(false)) {
+        m_values.publishAll();
+        m_nextReport = time;
+    }
+    m_values.beat();
+    refuseExcess(time);
+    reportLine(time);
+}
+
+void Publisher::takeRequest()
+{
+    const std::optional<Incoming> request = m_inbox.take();
+    if (!request)
+        return;
+    ++m_requests;
+    m_outbox->push(m_desk.handle(*request));
+}
+
+void Publisher::refuseExcess(Time now)
+{
+    if (now < m_nextRefusals)
+        return;
+    m_nextRefusals = now + BETWEEN_REFUSALS;
+    const std::vector<Incoming> excess = m_inbox.takeRefused();
+    for (const Incoming &request : excess)
+        m_outbox->push(m_desk.refuse(request, "too many requests at once"));
+    if (!excess.empty())
+        tell(QString("too many requests to write at once: %1 refused so far")
+                 .arg(m_inbox.refused()));
+}
+
+void Publisher::reportLine(Time now)
+{
+    if (now < m_nextReport)
+        return;
+    m_nextReport = now + BETWEEN_REPORTS;
+    Message message;
+    message.time = QDateTime::currentMSecsSinceEpoch();
+    message.topic = m_topics.line();
+    message.payload = toJson({message.time, m_isLost, m_session.statistics(),
+                              m_values.silentStations(), m_spooler->stored() + m_outbox->unstored(),
+                              m_spooler->dropped(), m_requests, m_inbox.refused()});
+    m_outbox->pushIfConnected(std::move(message));
+}
+
+void Publisher::bringBack()
+{
+    if (!std::exchange(m_isLost, true)) {
+        m_reconnection.noteAnswer();
+        tell("the line was lost, opening it again");
+    }
+    m_values.noteLoss();
+    const bool isBack = m_reconnection.await([this] {
+        tick();
+        takeRequest();
+        return isOver();
+    });
+    if (!isBack)
+        return;
+    m_values.noteReconnection();
+    m_outages.forget();
+    beginPolling();
+}
+
+void Publisher::note(const Exchange &exchange)
+{
+    const Time time = steady_clock::now();
+    m_cycle.note(exchange, time);
+    m_values.noteExchange(exchange);
+    const ElementRange run = refreshedBy(exchange.request);
+    if (exchange.outcome == Exchange::Outcome::GivenUp)
+        m_outages.noteFailure(run, {exchange.fault, exchange.exceptionCode, exchange.length}, time);
+    if (exchange.outcome != Exchange::Outcome::Good)
+        return;
+    m_outages.noteAnswer(run, time);
+    if (std::exchange(m_isLost, false))
+        tell("the line is back");
+}
+
+WriteOutcome Publisher::write(const Tag &tag, const Values &values)
+{
+    if (m_isLost)
+        return {"not sent", "the line is lost", {}};
+    const WriteResult result = kmr::write(m_session, {tag, values});
+    return outcomeOf(result.request, result.stoppedAt);
+}
+
+void Publisher::finish()
+{
+    m_session.confirm(false);
+    m_courier->end();
+    m_spooler->end();
+    printError(summary(m_session.statistics()));
+    if (m_spool.count() > 0)
+        tell(QString("%1 messages wait in %2 for the next start")
+                 .arg(m_spool.count())
+                 .arg(m_settings.spool));
+}
+
+} // namespace kmr

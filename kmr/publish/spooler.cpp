@@ -1,0 +1,117 @@
+#include "kmr/publish/spooler.h"
+
+#include "host/error.h"
+
+#include <QDateTime>
+
+#include <utility>
+
+namespace kmr {
+
+namespace {
+
+constexpr std::size_t BATCH = 500;                // messages loaded at once
+constexpr std::chrono::seconds TRY_AGAIN(5);      // after a failure of the disk
+constexpr std::chrono::seconds BETWEEN_LINES(10); // about dropped messages
+constexpr std::chrono::milliseconds PATIENCE_AT_END(0);
+
+} // namespace
+
+Spooler::Spooler(Spool &spool, Outbox &outbox, std::function<void(const QString &)> tell)
+    : m_spool(spool), m_outbox(outbox), m_tell(std::move(tell)), m_stored(spool.count()),
+      m_thread([this] { run(); })
+{
+}
+
+Spooler::~Spooler()
+{
+    end();
+}
+
+void Spooler::end()
+{
+    {
+        const std::lock_guard<std::mutex> lock(m_mutex);
+        m_isEnding = true;
+    }
+    m_change.notify_all();
+    if (m_thread.joinable())
+        m_thread.join();
+}
+
+void Spooler::run()
+{
+    while (!isEnding(m_isFailing ? TRY_AGAIN : PERIOD))
+        work(PATIENCE);
+    work(PATIENCE_AT_END);
+}
+
+bool Spooler::isEnding(std::chrono::milliseconds wait)
+{
+    std::unique_lock<std::mutex> lock(m_mutex);
+    return m_change.wait_for(lock, wait, [this] { return m_isEnding; });
+}
+
+void Spooler::work(std::chrono::milliseconds patience)
+{
+    const qint64 now = QDateTime::currentMSecsSinceEpoch();
+    try {
+        removeDelivered();
+        const std::vector<Message> waiting = m_outbox.toStore(now - patience.count());
+        if (!waiting.empty()) {
+            m_spool.append(waiting);
+            m_outbox.noteStored(waiting);
+        }
+        const Spool::Dropped dropped = m_spool.dropExcess(now);
+        if (dropped.count > 0)
+            m_outbox.drop(dropped.upTo);
+        noteDropped(dropped.count, "the spool holds no more");
+        loadMore();
+        if (std::exchange(m_isFailing, false))
+            m_tell("the spool can be written again");
+    } catch (const Error &error) {
+        noteFailure(error.text());
+    }
+    m_stored = m_spool.count();
+}
+
+void Spooler::removeDelivered()
+{
+    for (const std::uint64_t number : m_outbox.takeDelivered())
+        m_toRemove.push_back(number);
+    if (m_toRemove.empty())
+        return;
+    m_spool.remove(m_toRemove);
+    m_toRemove.clear();
+}
+
+void Spooler::loadMore()
+{
+    while (const std::optional<std::uint64_t> number = m_outbox.wantsAfter()) {
+        std::vector<Message> messages = m_spool.readAfter(*number, BATCH);
+        const bool isAll = messages.size() < BATCH;
+        m_outbox.load(std::move(messages), isAll);
+    }
+}
+
+void Spooler::noteFailure(const QString &text)
+{
+    if (!std::exchange(m_isFailing, true))
+        m_tell(text + "; what the broker has not taken yet stays in memory");
+    noteDropped(m_outbox.dropExcess(), "the memory holds no more");
+}
+
+// A line for the first ones, then one for all in each ten seconds.
+void Spooler::noteDropped(std::uint64_t count, const char *why)
+{
+    m_dropped += count;
+    m_untold += count;
+    const auto now = std::chrono::steady_clock::now();
+    if (m_untold == 0 || now < m_nextTold)
+        return;
+    m_tell(QString("%1 messages dropped, the oldest ones, because %2").arg(m_untold).arg(why));
+    m_untold = 0;
+    m_nextTold = now + BETWEEN_LINES;
+}
+
+} // namespace kmr

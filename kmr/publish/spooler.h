@@ -1,0 +1,68 @@
+// The thread that keeps on disk what waits for the broker, so that neither the polling nor the
+// network ever waits for a disk.
+#pragma once
+
+#include "kmr/publish/outbox.h"
+#include "kmr/publish/spool.h"
+
+#include <QString>
+
+#include <atomic>
+#include <condition_variable>
+#include <functional>
+#include <mutex>
+#include <thread>
+
+namespace kmr {
+
+class Spooler {
+public:
+    // A message that waits longer is on disk after this and PERIOD at the latest.
+    static constexpr std::chrono::milliseconds PATIENCE{300};
+    static constexpr std::chrono::milliseconds PERIOD{200};
+
+    // Begins. Both must outlive it. `tell` is called by its thread, with lines for a person.
+    Spooler(Spool &spool, Outbox &outbox, std::function<void(const QString &)> tell);
+    // As end().
+    ~Spooler();
+    Spooler(const Spooler &) = delete;
+    Spooler &operator=(const Spooler &) = delete;
+
+    // Stores all that still waits, and ends. Nothing may be pushed any more.
+    void end();
+
+    // Any thread: messages on disk, and those that were dropped.
+    std::uint64_t stored() const
+    {
+        return m_stored;
+    }
+    std::uint64_t dropped() const
+    {
+        return m_dropped;
+    }
+
+private:
+    void run();
+    bool isEnding(std::chrono::milliseconds wait);
+    void work(std::chrono::milliseconds patience);
+    void removeDelivered();
+    void loadMore();
+    void noteDropped(std::uint64_t count, const char *why);
+    void noteFailure(const QString &text);
+
+    Spool &m_spool;
+    Outbox &m_outbox;
+    const std::function<void(const QString &)> m_tell;
+    std::vector<std::uint64_t> m_toRemove;
+    bool m_isFailing = false;
+    std::uint64_t m_untold = 0; // dropped since the last line about it
+    std::chrono::steady_clock::time_point m_nextTold;
+    std::atomic<std::uint64_t> m_stored{0};
+    std::atomic<std::uint64_t> m_dropped{0};
+    std::mutex m_mutex;
+    std::condition_variable m_change;
+    bool m_isEnding = false;
+    std::thread m_thread; // the last member: it uses the others
+};
+
+} // namespace kmr

@@ -1,0 +1,83 @@
+// Makes messages of what a session knows of tags: when it changes, when it becomes stale, and now
+// and then.
+#pragma once
+
+#include "host/session/session.h"
+#include "kmr/publish/change_filter.h"
+#include "kmr/publish/message.h"
+#include "kmr/publish/payload.h"
+
+#include <QByteArray>
+#include <QString>
+
+#include <functional>
+#include <set>
+#include <utility>
+#include <vector>
+
+namespace kmr {
+
+struct PublishedTag {
+    Tag tag;
+    QByteArray topic;
+    double deadband = 0;
+};
+
+class ValuePublisher {
+public:
+    using Push = std::function<void(Message)>;
+
+    // The session must outlive it. `push` takes each message.
+    ValuePublisher(Session &session, const std::vector<PublishedTag> &tags, PayloadForm form,
+                   std::chrono::milliseconds heartbeat, Push push);
+
+    // What the session is to poll.
+    const std::vector<ElementRange> &ranges() const
+    {
+        return m_ranges;
+    }
+
+    // To be called by the session's observers of exchanges, confirmations and steps.
+    void noteExchange(const Exchange &exchange);
+    void noteConfirmed(const ElementRange &run);
+    void noteStation(int station);
+
+    // The line is lost: nothing is fresh any more. Until it is open again, and polled anew.
+    void noteLoss();
+    void noteReconnection()
+    {
+        m_isLost = false;
+    }
+
+    // Publishes all tags as they are now: the broker may have forgotten them.
+    void publishAll();
+
+    // Publishes what is not good once more when its heartbeat is due. What is good has to be read
+    // for that. To be called often.
+    void beat();
+
+    // Stations that answer nothing, not even with a refusal.
+    std::set<int> silentStations() const;
+
+private:
+    struct Entry {
+        PublishedTag what;
+        Sample sample;
+        ChangeFilter filter;
+    };
+
+    void noteQuality(Entry &entry);
+    void publishNews(Entry &entry);
+    void publish(Entry &entry);
+    qint64 answeredAt(const ElementRange &run) const;
+
+    Session &m_session;
+    const PayloadForm m_form;
+    const Push m_push;
+    std::vector<Entry> m_entries;
+    const std::vector<ElementRange> m_ranges;
+    std::vector<std::pair<ElementRange, qint64>> m_answers; // when each run was answered last
+    bool m_isLost = false;
+};
+
+} // namespace kmr
