@@ -4,6 +4,13 @@
 
 namespace kmr {
 
+void requireWritable(const Tag &tag)
+{
+    const QString fault = whyNotWritable(tag);
+    if (!fault.isEmpty())
+        throw Error(ErrorKind::Usage, fault);
+}
+
 Assignment parseAssignment(const QString &text, const NamedTagReader &reader)
 {
     const int equals = static_cast<int>(text.indexOf('='));
@@ -15,12 +22,17 @@ Assignment parseAssignment(const QString &text, const NamedTagReader &reader)
     }
     Assignment assignment;
     assignment.tag = reader.read(text.left(equals));
-    const Tag &tag = assignment.tag;
-    const QString fault = whyNotWritable(tag);
-    if (!fault.isEmpty())
-        throw Error(ErrorKind::Usage, fault);
-    assignment.values = parseValues(tag, text.mid(equals + 1));
+    requireWritable(assignment.tag);
+    assignment.values = parseValues(assignment.tag, text.mid(equals + 1));
     return assignment;
+}
+
+QString writeOutcome(const RequestResult &result)
+{
+    if (result.isDone())
+        return "confirmed";
+    return result.outcome == RequestResult::Outcome::NoAnswer ? QString("given up")
+                                                               : outcomeName(result);
 }
 
 QString writeErrorText(const RequestResult &result)

@@ -36,6 +36,14 @@ QStringList optionNames(const CLI::App &app)
     return names;
 }
 
+// The first of the command's help: ", for example: kmr read D100".
+QString exampleOf(const CLI::App &command)
+{
+    const QString help = toQString(command.get_footer());
+    const QString example = help.section("Examples:\n", 1).section('\n', 0, 0).trimmed();
+    return example.isEmpty() ? QString() : ", for example: " + example;
+}
+
 } // namespace
 
 QString unknownWord(const CLI::App &command, const QString &word)
@@ -60,6 +68,8 @@ QString faultOf(const CLI::App &app, const CLI::ParseError &error)
         return unknownWord(command, toQString(unknown.front()));
     if (isRequired && !commandNames(command).isEmpty())
         return QString("which command? Expected %1").arg(commandNames(command).join(", "));
+    if (isRequired) // "FILE is required"
+        return QString("%1 is missing%2").arg(text.section(' ', 0, 0), exampleOf(command));
     if (error.get_exit_code() == static_cast<int>(CLI::ExitCodes::ArgumentMismatch))
         return QString("%1 needs a value").arg(text.section(':', 0, 0));
     if (error.get_exit_code() == static_cast<int>(CLI::ExitCodes::ConversionError)) {

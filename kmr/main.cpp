@@ -9,8 +9,10 @@
 #include <CLI/CLI.hpp>
 #include <QCoreApplication>
 
+#include <fcntl.h>
 #include <optional>
 #include <string>
+#include <unistd.h>
 #include <vector>
 
 namespace {
@@ -19,9 +21,12 @@ using kmr::ExitCode;
 using kmr::toQString;
 
 const char *const HELP =
-    R"(Exit codes: 0 success, 1 items failed for different reasons, or output could not be written,
-2 wrong usage, 3 the link could not be opened, 4 no answer, 5 refused by the controller,
-6 outcome unknown or values differ, 7 driver library missing or not suitable.
+    R"(Exit codes: 0 success, 1 items failed for different reasons, a step of 'kmr run' failed, or
+output could not be written, 2 wrong usage, 3 the link could not be opened, 4 no answer,
+5 refused by the controller, 6 outcome unknown or values differ, 7 driver library missing
+or not suitable.
+
+A tcp:// link is Modbus ASCII over raw TCP, not Modbus TCP.
 
 Examples:
   kmr watch D100 X0x8 --link tcp://192.168.0.10:8888
@@ -101,10 +106,21 @@ std::optional<QByteArray> foreignArgument(int argc, char *argv[])
     return std::nullopt;
 }
 
+// Else what is opened next would take the place of a stream that the caller has closed, and values
+// would be written there.
+void occupyStandardStreams()
+{
+    for (const int stream : {STDIN_FILENO, STDOUT_FILENO, STDERR_FILENO}) {
+        if (fcntl(stream, F_GETFD) == -1)
+            open("/dev/null", O_RDONLY); // takes the lowest number; what is written fails
+    }
+}
+
 } // namespace
 
 int main(int argc, char *argv[])
 {
+    occupyStandardStreams();
     const QCoreApplication application(argc, argv);
     if (const auto foreign = foreignArgument(argc, argv)) {
         return static_cast<int>(

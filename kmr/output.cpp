@@ -15,8 +15,7 @@ namespace {
 
 bool g_isLost = false;         // an output could not be written
 bool g_isStdoutBroken = false; // further lines are not tried
-std::function<void()> g_beforeErrors;
-std::function<void()> g_afterErrors;
+ErrorSink g_errorSink;
 
 } // namespace
 
@@ -44,18 +43,21 @@ void stopWithoutReader()
 
 void printError(const QString &line)
 {
-    if (g_beforeErrors)
-        g_beforeErrors();
-    const int written = std::fputs((line.toLocal8Bit() + '\n').constData(), stderr);
-    static_cast<void>(written); // there is no place to report it
-    if (g_afterErrors)
-        g_afterErrors();
+    if (g_errorSink)
+        g_errorSink(line);
+    else
+        writeError(line);
 }
 
-void setAroundErrors(std::function<void()> before, std::function<void()> after)
+void setErrorSink(ErrorSink sink)
 {
-    g_beforeErrors = std::move(before);
-    g_afterErrors = std::move(after);
+    g_errorSink = std::move(sink);
+}
+
+void writeError(const QString &line)
+{
+    const int written = std::fputs((line.toLocal8Bit() + '\n').constData(), stderr);
+    static_cast<void>(written); // there is no place to report it
 }
 
 void reportLoss(const QString &text)

@@ -17,12 +17,16 @@ void print(const QString &line);
 // nothing for a long time.
 void stopWithoutReader();
 
-// Writes a line to stderr.
+// Writes a line to stderr, or hands it to the sink.
 void printError(const QString &line);
 
-// Sets functions that printError() calls before and after it writes, so that a drawing on the
-// terminal can be removed and drawn again. Empty functions end this.
-void setAroundErrors(std::function<void()> before, std::function<void()> after);
+// From now on printError() hands its lines to `sink`, so that a drawing on the terminal can make
+// room for them. An empty sink ends this.
+using ErrorSink = std::function<void(const QString &line)>;
+void setErrorSink(ErrorSink sink);
+
+// Writes a line to stderr, whatever the sink: for sinks.
+void writeError(const QString &line);
 
 // Reports on stderr what could not be written. The program continues.
 void reportLoss(const QString &text);

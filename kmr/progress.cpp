@@ -46,8 +46,13 @@ QString progressText(int done, int total, std::chrono::milliseconds elapsed, int
 
 ProgressBar::ProgressBar(int total) : m_total(total), m_isShown(isatty(STDERR_FILENO) == 1)
 {
-    if (m_isShown)
-        setAroundErrors(erase, [this] { draw(); });
+    if (!m_isShown)
+        return;
+    setErrorSink([this](const QString &line) {
+        erase();
+        writeError(line);
+        draw();
+    });
 }
 
 void ProgressBar::advance()
@@ -61,7 +66,7 @@ void ProgressBar::clear()
 {
     if (!m_isShown)
         return;
-    setAroundErrors({}, {});
+    setErrorSink({});
     erase();
     m_isShown = false;
 }

@@ -2,6 +2,8 @@
 
 #include <algorithm>
 #include <csignal>
+#include <cstdint>
+#include <ctime>
 #include <fcntl.h>
 #include <thread>
 #include <unistd.h>
@@ -10,11 +12,45 @@ namespace kmr {
 
 namespace {
 
+constexpr int ENDING_SIGNALS[] = {SIGQUIT, SIGABRT, SIGBUS, SIGFPE, SIGILL, SIGSEGV};
+
+constexpr std::int64_t ONE_STOP_NS = 500000000;
+
 std::atomic<bool> g_stop{false};
+std::atomic<std::int64_t> g_firstStop{0}; // ns of the steady clock; 0 before
+std::atomic<void (*)()> g_lastAct{nullptr};
 int g_pipe[2] = {-1, -1};
 
-extern "C" void noteStop(int)
+void handle(int signal, void (*handler)(int))
 {
+    struct sigaction action = {};
+    action.sa_handler = handler;
+    sigaction(signal, &action, nullptr);
+}
+
+std::int64_t nowInNanoseconds()
+{
+    timespec now = {};
+    clock_gettime(CLOCK_MONOTONIC, &now);
+    return std::int64_t{now.tv_sec} * 1000000000 + now.tv_nsec;
+}
+
+extern "C" void endAtOnce(int signal)
+{
+    if (void (*act)() = g_lastAct)
+        act();
+    handle(signal, SIG_DFL);
+    raise(signal);
+}
+
+// timeout(1) and a shell that ends may send a signal twice at once: that is one request.
+extern "C" void noteStop(int signal)
+{
+    const std::int64_t now = nowInNanoseconds();
+    std::int64_t first = 0;
+    const bool isFirst = g_firstStop.compare_exchange_strong(first, now);
+    if (!isFirst && signal != SIGHUP && now - first >= ONE_STOP_NS)
+        endAtOnce(signal);
     g_stop = true;
     const char byte = 0;
     const ssize_t written = write(g_pipe[1], &byte, 1);
@@ -27,19 +63,20 @@ void catchStopSignals()
 {
     if (pipe2(g_pipe, O_CLOEXEC | O_NONBLOCK) != 0)
         return; // the signal then ends the program
-    struct sigaction action = {};
-    action.sa_handler = noteStop;
-    action.sa_flags = static_cast<int>(SA_RESETHAND);
-    sigaction(SIGINT, &action, nullptr);
-    sigaction(SIGTERM, &action, nullptr);
+    handle(SIGINT, noteStop);
+    handle(SIGTERM, noteStop);
     // A closed terminal sends SIGHUP more than once, and nohup ignores it.
     struct sigaction hangUp = {};
-    if (sigaction(SIGHUP, nullptr, &hangUp) == 0 && hangUp.sa_handler != SIG_IGN) {
-        action.sa_flags = 0;
-        sigaction(SIGHUP, &action, nullptr);
-    }
-    action.sa_handler = SIG_IGN; // print() notices it
-    sigaction(SIGPIPE, &action, nullptr);
+    if (sigaction(SIGHUP, nullptr, &hangUp) == 0 && hangUp.sa_handler != SIG_IGN)
+        handle(SIGHUP, noteStop);
+    handle(SIGPIPE, SIG_IGN); // print() notices it
+}
+
+void setLastAct(void (*act)())
+{
+    g_lastAct = act;
+    for (const int signal : ENDING_SIGNALS)
+        handle(signal, act != nullptr ? endAtOnce : SIG_DFL);
 }
 
 std::atomic<bool> &stopFlag()

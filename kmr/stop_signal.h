@@ -6,9 +6,13 @@
 
 namespace kmr {
 
-// From now on these signals only set the flag. A second one, except SIGHUP, ends the program at
-// once. SIGPIPE, from a reader of stdout that has gone, is ignored.
+// From now on these signals only set the flag. Another one half a second later, except SIGHUP, ends
+// the program at once. SIGPIPE, from a reader of stdout that has gone, is ignored.
 void catchStopSignals();
+
+// From now on `act` is called before a signal ends the program at once, also a signal that reports
+// a fault of the program. It may do only what a signal handler may. Null ends this.
+void setLastAct(void (*act)());
 
 // True when the program has to end.
 std::atomic<bool> &stopFlag();

@@ -110,9 +110,24 @@ QStringList namedColumns(const QStringList &headings, const NameTable::Headings 
     return columns;
 }
 
-Layout layoutOf(const std::vector<Line> &lines, const NameTable::Headings &headings)
+// Takes the line away by which spreadsheets name the separator: sep=;
+std::optional<QChar> takeSeparator(std::vector<Line> &lines)
 {
-    Layout layout{separatorOf(lines), USUAL_COLUMNS, false};
+    static const QRegularExpression NAMED("^\"?sep=([,;\\t])\"?$",
+                                          QRegularExpression::CaseInsensitiveOption);
+    if (lines.empty())
+        return std::nullopt;
+    const QRegularExpressionMatch match = NAMED.match(lines.front().text);
+    if (!match.hasMatch())
+        return std::nullopt;
+    lines.erase(lines.begin());
+    return match.captured(1).front();
+}
+
+Layout layoutOf(std::vector<Line> &lines, const NameTable::Headings &headings)
+{
+    const std::optional<QChar> separator = takeSeparator(lines);
+    Layout layout{separator ? *separator : separatorOf(lines), USUAL_COLUMNS, false};
     if (lines.empty())
         return layout;
     const QString &first = lines.front().text;
@@ -267,7 +282,7 @@ NameTable NameTable::parse(const QString &text, const QString &file, const Headi
 {
     NameTable table;
     table.m_file = file;
-    const std::vector<Line> lines = linesOf(text);
+    std::vector<Line> lines = linesOf(text);
     Layout layout;
     try {
         layout = layoutOf(lines, headings);

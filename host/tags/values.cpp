@@ -2,6 +2,7 @@
 
 #include "host/error.h"
 #include "host/tags/nearest.h"
+#include "host/tags/number_bits.h"
 
 #include <QRegularExpression>
 
@@ -74,23 +75,26 @@ quint64 toBcd(quint64 value)
     return digits;
 }
 
-// Of one value of the tag.
-int widthOf(const Tag &tag)
-{
-    if (tag.kind == ElementKind::Counter)
-        return 32;
-    return tag.kind == ElementKind::Word ? 16 * elementsPerNumber(tag) : 1;
-}
-
 quint64 allBits(const Tag &tag)
 {
     return std::numeric_limits<quint64>::max() >> (64 - widthOf(tag));
 }
 
-std::optional<quint64> hexBits(const Tag &tag, const QString &text)
+bool isHex(const QString &text)
+{
+    return text.startsWith("0x", Qt::CaseInsensitive);
+}
+
+bool isBinary(const QString &text)
+{
+    return text.startsWith("0b", Qt::CaseInsensitive);
+}
+
+std::optional<quint64> plainBits(const Tag &tag, const QString &text)
 {
     bool isNumber = false;
-    const quint64 bits = text.toULongLong(&isNumber, 16);
+    const quint64 bits =
+        isHex(text) ? text.toULongLong(&isNumber, 16) : text.mid(2).toULongLong(&isNumber, 2);
     if (!isNumber || bits > allBits(tag))
         return std::nullopt;
     return bits;
@@ -168,8 +172,10 @@ QString rangeText(const Tag &tag)
 
 QString expectedOf(const Tag &tag, const QString &text)
 {
-    if (text.startsWith("0x", Qt::CaseInsensitive))
+    if (isHex(text))
         return "0x0 to 0x" + QString::number(allBits(tag), 16).toUpper();
+    if (isBinary(text))
+        return "0b0 to 0b" + QString::number(allBits(tag), 2);
     QStringList texts;
     for (const ValueText &known : tag.texts)
         texts.append(known.text);
@@ -199,39 +205,10 @@ quint64 parseValue(const Tag &tag, const QString &text)
 {
     std::optional<quint64> bits = textBits(tag, text);
     if (!bits)
-        bits =
-            text.startsWith("0x", Qt::CaseInsensitive) ? hexBits(tag, text) : numberBits(tag, text);
+        bits = isHex(text) || isBinary(text) ? plainBits(tag, text) : numberBits(tag, text);
     if (!bits)
         throw badValue(tag, text, expectedOf(tag, text));
     return *bits;
-}
-
-// Of the word with the lowest address first.
-int shiftOf(const Tag &tag, int word)
-{
-    const int words = elementsPerNumber(tag);
-    return 16 * (tag.wordOrder == WordOrder::LowFirst ? word : words - 1 - word);
-}
-
-void appendElements(const Tag &tag, quint64 bits, Values &values)
-{
-    if (tag.kind != ElementKind::Word) {
-        values.push_back(static_cast<std::uint32_t>(bits));
-        return;
-    }
-    for (int word = 0; word < elementsPerNumber(tag); ++word)
-        values.push_back(static_cast<std::uint32_t>(bits >> shiftOf(tag, word) & 0xFFFF));
-}
-
-// `values`: one for each element, from the first of a number on.
-quint64 numberOf(const Tag &tag, Values::const_iterator values)
-{
-    if (tag.kind != ElementKind::Word)
-        return *values;
-    quint64 bits = 0;
-    for (int word = 0; word < elementsPerNumber(tag); ++word)
-        bits |= quint64{*values++} << shiftOf(tag, word);
-    return bits;
 }
 
 QByteArray unescape(const Tag &tag, const QString &text)
@@ -302,12 +279,6 @@ template <typename Float> QString floatText(Float value)
     char text[32];
     const std::to_chars_result result = std::to_chars(text, text + sizeof text, value);
     return QString::fromLatin1(text, static_cast<int>(result.ptr - text));
-}
-
-// With as many digits as the value has room for.
-QString hexText(const Tag &tag, quint64 bits)
-{
-    return "0x" + QString::number(bits, 16).toUpper().rightJustified(widthOf(tag) / 4, '0');
 }
 
 // A value that is not a number is shown as its bits, since many bit patterns are not a number.

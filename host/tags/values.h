@@ -15,9 +15,9 @@ namespace kmr {
 // The controller's values: one for each element of a tag, or for each bit of a word.
 using Values = std::vector<std::uint32_t>;
 
-// Reads a tag's values, separated by blanks or commas: decimal numbers, or 0x and hexadecimal
-// digits for the bits, whatever the type and the scaling. Without a type 0 or 1, on or off for
-// bits, -32768 to 65535 for words and -2147483648 to 4294967295 for counters. The text of
+// Reads a tag's values, separated by blanks or commas: decimal numbers, or 0x and hexadecimal or 0b
+// and binary digits for the bits, whatever the type and the scaling. Without a type 0 or 1, on or
+// off for bits, -32768 to 65535 for words and -2147483648 to 4294967295 for counters. The text of
 // interpret() gives the same value: a scaled number, one of the tag's own texts (in quotes if it
 // has blanks and is not alone), the unit at the end. The value of type text is used as it is,
 // padded with zeros; \xNN is any character, \\ a backslash. Throws Error (Usage) if a value is out

@@ -4,6 +4,7 @@
 #include "kmr/connection.h"
 #include "kmr/reconnection.h"
 #include "kmr/stop_signal.h"
+#include "kmr/watch/terminal_state.h"
 #include "kmr/watch/watcher.h"
 
 #include <algorithm>
@@ -24,7 +25,11 @@ const char *const HELP =
 line for each change. A lost line is opened again: a TCP connection, and a serial
 port also under its adapter's name in /dev/serial/by-id.
 A silent station is asked less often while others answer.
-Ctrl-C ends it, with a summary on stderr.
+q or Ctrl-C ends it, with a summary on stderr.
+
+Keys of the live table: arrows and pages move, / filters, s sorts, r reverses, space
+freezes, f and F change the number format of one or all, x hides and X shows hidden
+tags, w writes the selected tag after a confirmation, m shows messages, ? explains all.
 
 )";
 const char *const EXAMPLES = R"(
@@ -40,10 +45,15 @@ struct WatchOptions {
     int cycle = 0;                      // milliseconds to refresh all tags; 0: the shortest
 };
 
-// Whether stdout is a terminal on which the cursor can be moved.
-bool isDrawable()
+// Whether to show the live table. A terminal that can't is told why it gets lines.
+bool isTable(const Options &options, const WatchOptions &watch)
 {
-    return isatty(STDOUT_FILENO) == 1 && qgetenv("TERM") != "dumb";
+    if (watch.count || options.isFormatAsked || isatty(STDOUT_FILENO) != 1)
+        return false;
+    const QString why = whyNoScreen();
+    if (!why.isEmpty())
+        printError("kmr: no live table, a line for each change instead: " + why);
+    return why.isEmpty();
 }
 
 // Shows each change until the wanted end, or Ctrl-C.
@@ -52,8 +62,8 @@ ExitCode runWatch(const Options &options, const WatchOptions &watch)
     Connection connection(options);
     const std::vector<Tag> tags = connection.readTags(toQStrings(watch.tags));
     Session &session = connection.open();
-    const bool isLive = !watch.count && !options.isFormatAsked && isDrawable();
-    Watcher watcher(session, tags, options.format, isLive, milliseconds(watch.cycle), watch.count);
+    Watcher watcher(session, tags, options.format, isTable(options, watch),
+                    milliseconds(watch.cycle), watch.count);
     watcher.beginPolling();
 
     const steady_clock::time_point begin = steady_clock::now();
@@ -81,6 +91,7 @@ ExitCode runWatch(const Options &options, const WatchOptions &watch)
             watcher.noteReconnection();
         }
         watcher.draw();
+        watcher.writeConfirmed();
     }
     watcher.end();
     printError(summary(session.statistics()));

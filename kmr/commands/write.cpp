@@ -13,8 +13,9 @@ namespace kmr {
 namespace {
 
 const char *const HELP = R"(Several values of one tag are separated by commas or blanks.
-0x and hexadecimal digits are a value's bits. Bits are 0 or 1, off or on. Values can be written
-as 'kmr read' shows them, also with the texts and the unit of a name: kmr write "valve=open".
+0x and hexadecimal digits, or 0b and binary digits, are a value's bits. Bits are 0 or 1, off
+or on. Values can be written as 'kmr read' shows them, also with the texts and the unit of a
+name: kmr write "valve=open".
 After a write that fails, nothing more is written.
 
 )";
@@ -53,15 +54,6 @@ RequestResult writeOne(Session &session, const Assignment &assignment)
     if (!result.stoppedAt.isEmpty())
         printError(QString("%1: stopped at %2").arg(assignment.tag.text, result.stoppedAt));
     return result.request;
-}
-
-// One word for records. A write that got no answer may have been carried out.
-QString writeOutcome(const RequestResult &result)
-{
-    if (result.isDone())
-        return "confirmed";
-    return result.outcome == RequestResult::Outcome::NoAnswer ? QString("given up")
-                                                              : outcomeName(result);
 }
 
 RecordWriter makeRecords(Format format)

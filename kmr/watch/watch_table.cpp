@@ -2,10 +2,7 @@
 
 #include <algorithm>
 #include <cmath>
-#include <cstdio>
 #include <iterator>
-#include <sys/ioctl.h>
-#include <unistd.h>
 #include <utility>
 
 namespace kmr {
@@ -17,8 +14,9 @@ constexpr Column LEFT_OUT_FIRST[] = {TREND, CHANGES, AGE, UNIT}; // for values t
 constexpr int GAP = 2;                                           // between columns
 constexpr int VALUE_WIDTH = 32;                                  // for which others are left out
 constexpr int LONGEST_NUMBER = 26;
-const char *const CUT = "...";           // where something is left out
-const char *const CLEAR_LINE = "\x1b[K"; // from the cursor on
+constexpr int LEAST_QUALITY = 9; // "stale ..."
+constexpr int LEAST_TAG = 12;    // characters of which it is still known
+const char *const CUT = "...";   // where something is left out
 
 QString ageText(const WatchRow &row)
 {
@@ -36,66 +34,13 @@ QString qualityText(const WatchRow &row)
     return row.state == WatchRow::State::Stale ? quality + " since " + row.staleSince : quality;
 }
 
-QStringList cellsOf(const WatchRow &row)
-{
-    return {row.tag,
-            row.value.isEmpty() ? QString("-") : row.value,
-            row.unit,
-            qualityText(row),
-            ageText(row),
-            QString::number(row.changes),
-            trendLine(row.trend)};
-}
-
-// `text` in no more than `width` characters: cut between words and marked, so that no part of a
-// number is ever shown.
-QString shortened(const QString &text, int width)
+// Tags and headings are no numbers: they are cut anywhere.
+QString cutAnywhere(const QString &text, int width)
 {
     const int mark = static_cast<int>(qstrlen(CUT));
     if (text.size() <= width)
         return text;
-    const int end = static_cast<int>(width > mark ? text.lastIndexOf(' ', width - mark - 1) : -1);
-    if (end > 0)
-        return text.left(end).trimmed() + ' ' + CUT;
-    return width > LONGEST_NUMBER + mark ? text.left(width - mark) + CUT
-                                         : QString(CUT).left(std::max(0, width));
-}
-
-// The widths of the columns in `table`, 0 for those that are left out in favour of the values.
-std::vector<int> columnWidths(const std::vector<QStringList> &table, int width)
-{
-    std::vector<int> widths(COLUMNS);
-    for (const QStringList &cells : table) {
-        for (int i = 0; i < COLUMNS; ++i)
-            widths[static_cast<std::size_t>(i)] =
-                std::max(widths[static_cast<std::size_t>(i)], static_cast<int>(cells[i].size()));
-    }
-    int left = width + GAP; // for the values
-    for (int i = 0; i < COLUMNS; ++i)
-        left -= GAP + (i == VALUE ? 0 : widths[static_cast<std::size_t>(i)]);
-    for (const Column column : LEFT_OUT_FIRST) {
-        if (left < std::min(widths[VALUE], VALUE_WIDTH))
-            left += GAP + std::exchange(widths[column], 0);
-    }
-    widths[VALUE] = std::clamp(left, 0, widths[VALUE]);
-    return widths;
-}
-
-QString lineOf(const QStringList &cells, const std::vector<int> &widths)
-{
-    QString line;
-    for (int i = 0; i < COLUMNS; ++i) {
-        const int width = widths[static_cast<std::size_t>(i)];
-        if (width > 0)
-            line += shortened(cells[i], width).leftJustified(width + GAP);
-    }
-    return line.trimmed();
-}
-
-void show(const QByteArray &text)
-{
-    const bool isShown = std::fputs(text.constData(), stdout) >= 0 && std::fflush(stdout) == 0;
-    static_cast<void>(isShown); // print() reports it when stdout is lost
+    return width > mark ? text.left(width - mark) + CUT : QString(CUT).left(std::max(0, width));
 }
 
 } // namespace
@@ -111,6 +56,21 @@ QString toText(WatchRow::State state)
         break;
     }
     return "pending";
+}
+
+void noteValues(WatchRow &row, const Values &values)
+{
+    const Value first = interpret(row.tag, values).front();
+    row.changes += row.values.empty() ? 0 : 1;
+    row.values = values;
+    row.text = formatValues(row.tag, values);
+    row.number.reset();
+    if (std::holds_alternative<QString>(first))
+        return;
+    row.number = toText(first).toDouble();
+    row.trend.push_back(*row.number);
+    if (row.trend.size() > WatchRow::TREND_LENGTH)
+        row.trend.pop_front();
 }
 
 QString trendLine(const std::deque<double> &trend)
@@ -131,64 +91,75 @@ QString trendLine(const std::deque<double> &trend)
     return line;
 }
 
-QStringList tableLines(const std::vector<WatchRow> &rows, const QString &status, int width,
-                       int height, bool hasColours)
+QString shortened(const QString &text, int width)
 {
-    std::vector<QStringList> table = {
-        {"TAG", "VALUE", "UNIT", "QUALITY", "AGE", "CHANGES", "TREND"}};
-    const std::size_t room = static_cast<std::size_t>(std::max(1, height - 3));
-    for (std::size_t i = 0; i < std::min(rows.size(), room); ++i)
-        table.push_back(cellsOf(rows[i]));
-    const std::vector<int> widths = columnWidths(table, width);
+    const int mark = static_cast<int>(qstrlen(CUT));
+    if (text.size() <= width)
+        return text;
+    const int end = static_cast<int>(width > mark ? text.lastIndexOf(' ', width - mark - 1) : -1);
+    if (end > 0)
+        return text.left(end).trimmed() + ' ' + CUT;
+    return width > LONGEST_NUMBER + mark ? text.left(width - mark) + CUT
+                                         : QString(CUT).left(std::max(0, width));
+}
 
-    QStringList lines;
-    for (std::size_t i = 0; i < table.size(); ++i) {
-        const QString line = shortened(lineOf(table[i], widths), width);
-        const bool isStale = i > 0 && rows[i - 1].state == WatchRow::State::Stale;
-        lines.append(hasColours && isStale ? "\x1b[31m" + line + "\x1b[0m" : line);
+QStringList columnHeadings()
+{
+    return {"TAG", "VALUE", "UNIT", "QUALITY", "AGE", "CHANGES", "TREND"};
+}
+
+QStringList cellsOf(const WatchRow &row, NumberFormat format)
+{
+    const bool isAsTag = format == NumberFormat::AsTag;
+    const QString value = isAsTag ? row.text : formatNumbers(row.tag, row.values, format);
+    return {row.tag.text,
+            value.isEmpty() ? QString("-") : value,
+            isAsTag ? row.tag.unit : QString(),
+            qualityText(row),
+            ageText(row),
+            QString::number(row.changes),
+            trendLine(row.trend)};
+}
+
+void TableColumns::add(const QStringList &cells)
+{
+    m_wanted.resize(COLUMNS);
+    for (int i = 0; i < COLUMNS; ++i) {
+        int &wanted = m_wanted[static_cast<std::size_t>(i)];
+        wanted = std::max(wanted, static_cast<int>(cells[i].size()));
     }
-    if (rows.size() > room)
-        lines.append(shortened(QString("... %1 more").arg(rows.size() - room), width));
-    lines.append(shortened(status, width));
-    return lines;
 }
 
-void LiveTable::draw(const std::vector<WatchRow> &rows, const QString &status)
+void TableColumns::fit(int width)
 {
-    winsize size = {};
-    const bool isKnown = ioctl(STDOUT_FILENO, TIOCGWINSZ, &size) == 0 && size.ws_col > 0;
-    const QStringList lines =
-        tableLines(rows, status, isKnown ? size.ws_col : 80,
-                   (isKnown ? size.ws_row : 24) - 1, // the cursor stands on the line below
-                   qEnvironmentVariableIsEmpty("NO_COLOR"));
-    QString text;
-    for (const QString &line : lines)
-        text += CLEAR_LINE + line + '\n'; // after a full line it would take a character
-    const QByteArray above = wayUp();
-    m_text = (text + "\x1b[J").toLocal8Bit();
-    m_height = static_cast<int>(lines.size());
-    show(above + m_text); // at once, so that nothing flickers
-    m_isThere = true;
+    m_width = width;
+    m_widths = m_wanted;
+    int left = width + GAP; // for the values
+    for (int i = 0; i < COLUMNS; ++i)
+        left -= GAP + (i == VALUE ? 0 : m_widths[static_cast<std::size_t>(i)]);
+    const int wanted = std::min(m_widths[VALUE], VALUE_WIDTH);
+    for (const Column column : LEFT_OUT_FIRST) {
+        if (left < wanted)
+            left += GAP + std::exchange(m_widths[column], 0);
+    }
+    for (const auto &[column, least] : {std::pair(QUALITY, LEAST_QUALITY), {TAG, LEAST_TAG}}) {
+        const int narrower = std::clamp(wanted - left, 0, std::max(0, m_widths[column] - least));
+        m_widths[column] -= narrower;
+        left += narrower;
+    }
+    m_widths[VALUE] = std::clamp(left, 0, m_widths[VALUE]);
 }
 
-// Line by line: clearing from the topmost makes some terminals keep what they had.
-void LiveTable::erase()
+QString TableColumns::line(const QStringList &cells) const
 {
-    if (m_isThere)
-        show(wayUp() + (QByteArray(CLEAR_LINE) + '\n').repeated(m_height) + wayUp());
-    m_isThere = false;
-}
-
-void LiveTable::drawAgain()
-{
-    show(m_text);
-    m_isThere = m_height > 0;
-}
-
-// Moves the cursor to the heading.
-QByteArray LiveTable::wayUp() const
-{
-    return m_isThere ? "\r\x1b[" + QByteArray::number(m_height) + 'A' : QByteArray();
+    QString line;
+    for (int i = 0; i < COLUMNS; ++i) {
+        const int width = m_widths[static_cast<std::size_t>(i)];
+        if (width > 0)
+            line += (i == TAG ? cutAnywhere(cells[i], width) : shortened(cells[i], width))
+                        .leftJustified(width + GAP);
+    }
+    return shortened(line.trimmed(), m_width);
 }
 
 } // namespace kmr

@@ -1,51 +1,66 @@
 #include "kmr/watch/watcher.h"
 
 #include "host/session/request_ranges.h"
+#include "kmr/assignment.h"
 #include "kmr/connection.h"
 #include "kmr/output.h"
 
 #include <QTime>
 
+#include <cstdio>
+#include <unistd.h>
 #include <utility>
 
 namespace kmr {
 
 namespace {
 
-constexpr std::chrono::milliseconds DRAW_INTERVAL(200);
+constexpr std::chrono::milliseconds DRAW_INTERVAL(100);
 
 std::chrono::steady_clock::time_point clockNow()
 {
     return std::chrono::steady_clock::now();
 }
 
-void noteChange(WatchRow &row, const Tag &tag, const Values &values, bool isFirst)
+std::vector<WatchRow> rowsOf(const std::vector<Tag> &tags)
 {
-    const std::vector<Value> shown = interpret(tag, values);
-    row.value = formatValues(tag, values);
-    row.changes += isFirst ? 0 : 1;
-    if (std::holds_alternative<QString>(shown.front()))
-        return;
-    row.trend.push_back(toText(shown.front()).toDouble());
-    if (row.trend.size() > WatchRow::TREND_LENGTH)
-        row.trend.pop_front();
+    std::vector<WatchRow> rows(tags.size());
+    for (std::size_t i = 0; i < tags.size(); ++i)
+        rows[i].tag = tags[i];
+    return rows;
+}
+
+// Shows lines on a terminal that may have been closed.
+void leave(const QStringList &lines)
+{
+    const bool isShown =
+        std::fputs((lines.join('\n') + '\n').toLocal8Bit().constData(), stdout) >= 0 &&
+        std::fflush(stdout) == 0;
+    static_cast<void>(isShown);
+}
+
+// For a person: what became of a write.
+QString writeReport(const Assignment &assignment, const WriteResult &result)
+{
+    const QString what =
+        "write " + assignment.tag.text + '=' + withUnit(assignment.tag, assignment.values);
+    const QString place =
+        result.stoppedAt.isEmpty() ? QString() : ": stopped at " + result.stoppedAt;
+    if (result.request.isDone())
+        return what + ": " + writeOutcome(result.request);
+    return what + place + ": " + writeErrorText(result.request);
 }
 
 } // namespace
 
 Watcher::Watcher(Session &session, std::vector<Tag> tags, Format format, bool isLive,
                  std::chrono::milliseconds wantedCycle, std::optional<std::uint64_t> maxChanges)
-    : m_session(session), m_tags(std::move(tags)), m_maxChanges(maxChanges), m_rows(m_tags.size()),
-      m_shown(m_tags.size()), m_lastGood(m_tags.size()), m_ranges(session.ranges(m_tags)),
-      m_cycle(wantedCycle), m_nextDraw(clockNow()), m_outages(printError, now)
+    : m_session(session), m_tags(std::move(tags)), m_maxChanges(maxChanges), m_rows(rowsOf(m_tags)),
+      m_lastGood(m_tags.size()), m_ranges(session.ranges(m_tags)), m_cycle(wantedCycle),
+      m_nextDraw(clockNow()), m_outages(printError, now)
 {
-    for (std::size_t i = 0; i < m_tags.size(); ++i) {
-        m_rows[i].tag = m_tags[i].text;
-        m_rows[i].unit = m_tags[i].unit;
-    }
     if (isLive) {
-        m_table.emplace();
-        setAroundErrors([this] { m_table->erase(); }, [this] { m_table->drawAgain(); });
+        openTable();
     } else {
         m_records.emplace(format, "watch",
                           QStringList{"time", "tag", "values", "unit", "quality", "error"}, true,
@@ -59,11 +74,36 @@ Watcher::Watcher(Session &session, std::vector<Tag> tags, Format format, bool is
 
 Watcher::~Watcher()
 {
-    setAroundErrors({}, {});
+    closeTable();
     m_session.setObserver({});
     m_session.setConfirmObserver({});
     m_session.setStepObserver({});
     m_session.setWaitObserver({});
+}
+
+void Watcher::openTable()
+{
+    m_table.emplace(m_rows, m_session.groupLimit());
+    m_screen.emplace();
+    const bool isSeparate = isatty(STDERR_FILENO) != 1;
+    setErrorSink([this, isSeparate](const QString &line) {
+        m_table->addMessage(line);
+        if (isSeparate)
+            writeError(line);
+    });
+}
+
+// Gives the terminal back, and what was to be read on stderr meanwhile.
+void Watcher::closeTable()
+{
+    if (!m_screen)
+        return;
+    m_screen.reset();
+    setErrorSink({});
+    if (isatty(STDERR_FILENO) != 1)
+        return;
+    for (const QString &line : m_table->messages())
+        writeError(line);
 }
 
 void Watcher::beginPolling()
@@ -79,8 +119,10 @@ std::chrono::nanoseconds Watcher::pause() const
 void Watcher::note(const Exchange &exchange)
 {
     m_rates.note(exchange);
-    m_cycle.note(exchange, clockNow());
-    noteOutage(exchange, refreshedBy(exchange.request));
+    if (isRead(exchange.request)) {
+        m_cycle.note(exchange, clockNow());
+        noteOutage(exchange, refreshedBy(exchange.request));
+    }
     if (exchange.outcome != Exchange::Outcome::Good)
         noteStation(exchange.request.var.station);
 }
@@ -130,23 +172,67 @@ void Watcher::draw()
     const Time time = clockNow();
     stopWithoutReader();
     m_outages.tellEnds(time);
-    if (!m_table || time < m_nextDraw)
+    if (!m_screen)
+        return;
+    takeKeys();
+    if (time < m_nextDraw && m_screen->size() == m_size)
         return;
     m_nextDraw = time + DRAW_INTERVAL;
+    m_size = m_screen->size();
     for (std::size_t i = 0; i < m_rows.size(); ++i) {
         if (m_lastGood[i])
             m_rows[i].age =
                 std::chrono::duration_cast<std::chrono::milliseconds>(time - *m_lastGood[i]);
     }
-    m_table->draw(m_rows, m_rates.text(m_cycle.text(), m_session.statistics()));
+    m_screen->show(m_table->frame(m_size, m_rates.text(m_cycle.text(), m_session.statistics())));
+}
+
+// What a key does is seen at once.
+void Watcher::takeKeys()
+{
+    for (const Key &key : m_screen->takeKeys()) {
+        m_table->take(key);
+        m_nextDraw = clockNow();
+    }
+    if (m_isLost)
+        refuseWrite();
+}
+
+// A write that was confirmed is never sent later, when the machine may be in another state.
+void Watcher::refuseWrite()
+{
+    if (const auto assignment = m_table->takeWrite())
+        tellWrite(*assignment, {{RequestResult::Outcome::NotSent, {}}, {}});
+}
+
+void Watcher::writeConfirmed()
+{
+    const auto assignment = m_table ? m_table->takeWrite() : std::nullopt;
+    if (!assignment)
+        return;
+    const WriteResult result = writeTag(m_session, assignment->tag, assignment->values);
+    tellWrite(*assignment, result);
+    for (std::size_t i = 0; i < m_tags.size(); ++i)
+        noteQuality(i);
+}
+
+void Watcher::tellWrite(const Assignment &assignment, const WriteResult &result)
+{
+    const QString report = writeReport(assignment, result);
+    m_table->setNotice(report);
+    printError(now() + ' ' + report);
+    m_nextDraw = clockNow();
 }
 
 void Watcher::end()
 {
     m_outages.tellAllEnds();
-    m_nextDraw = clockNow();
-    draw();
-    setAroundErrors({}, {});
+    if (m_screen) {
+        m_nextDraw = clockNow();
+        draw();
+        closeTable();
+        leave(m_table->lastPicture());
+    }
     if (m_records)
         m_records->end();
 }
@@ -182,14 +268,13 @@ void Watcher::showGood(std::size_t index)
     const bool wasStale = row.state == WatchRow::State::Stale;
     row.state = WatchRow::State::Good;
     m_lastGood[index] = clockNow();
-    Values values = m_session.values(tag);
-    const bool isChanged = values != m_shown[index];
+    const Values values = m_session.values(tag);
+    const bool isChanged = values != row.values;
     if (isChanged)
-        noteChange(row, tag, values, m_shown[index].empty());
+        noteValues(row, values);
     if (isChanged || wasStale)
-        addRecord(index, isChanged ? tag.text + ' ' + row.value : QString(), values, {});
+        addRecord(index, isChanged ? tag.text + ' ' + row.text : QString(), {});
     m_changes += isChanged ? 1 : 0;
-    m_shown[index] = std::move(values);
 }
 
 void Watcher::makeStale(std::size_t index, const QString &cause)
@@ -199,16 +284,17 @@ void Watcher::makeStale(std::size_t index, const QString &cause)
         return;
     row.state = WatchRow::State::Stale;
     row.staleSince = QTime::currentTime().toString("HH:mm:ss");
-    addRecord(index, {}, m_shown[index], cause);
+    row.cause = cause;
+    addRecord(index, {}, cause);
 }
 
-void Watcher::addRecord(std::size_t index, const QString &plain, const Values &values,
-                        const QString &error)
+void Watcher::addRecord(std::size_t index, const QString &plain, const QString &error)
 {
     if (!m_records)
         return;
     const Tag &tag = m_tags[index];
     const QString time = now();
+    const Values &values = m_rows[index].values;
     const Field shown = values.empty() ? Field() : Field(interpret(tag, values));
     m_records->add(plain.isEmpty() ? QString() : time + ' ' + plain,
                    {time, tag.text, shown, textField(tag.unit), toText(m_rows[index].state),

@@ -1,11 +1,13 @@
 // The output of 'kmr watch': changes, as records or in a live table, and a line on stderr when an
-// outage begins and when it ends.
+// outage begins and when it ends. Lines for stderr are shown below the live table meanwhile.
 #pragma once
 
 #include "host/session/session.h"
 #include "kmr/exit_code.h"
 #include "kmr/outages.h"
 #include "kmr/record_writer.h"
+#include "kmr/watch/live_table.h"
+#include "kmr/watch/screen.h"
 #include "kmr/watch/watch_cycle.h"
 #include "kmr/watch/watch_rates.h"
 #include "kmr/watch/watch_table.h"
@@ -47,16 +49,20 @@ public:
         return m_isLost;
     }
 
-    // Draws the table when it is time to, and ends the watch if nobody reads it any more. To be
-    // called often.
+    // Takes keys, draws the table when it is time to, and ends the watch if nobody reads it any
+    // more. To be called often.
     void draw();
 
-    // Draws the table for the last time, or completes the records.
+    // Writes what the user has confirmed in the table. To be called often, but never during an
+    // exchange.
+    void writeConfirmed();
+
+    // Leaves the table on the terminal, or completes the records.
     void end();
 
     bool isOver() const
     {
-        return m_maxChanges && m_changes >= *m_maxChanges;
+        return (m_maxChanges && m_changes >= *m_maxChanges) || (m_table && m_table->isLeft());
     }
 
     // Why tags are not up to date, or Ok.
@@ -65,6 +71,11 @@ public:
 private:
     using Time = std::chrono::steady_clock::time_point;
 
+    void openTable();
+    void closeTable();
+    void takeKeys();
+    void refuseWrite();
+    void tellWrite(const Assignment &assignment, const WriteResult &result);
     void note(const Exchange &exchange);
     void noteConfirmed(const ElementRange &run);
     void noteStep(const StepNews &news);
@@ -72,21 +83,21 @@ private:
     void noteQuality(std::size_t index);
     void showGood(std::size_t index);
     void makeStale(std::size_t index, const QString &cause);
-    void addRecord(std::size_t index, const QString &plain, const Values &values,
-                   const QString &error);
+    void addRecord(std::size_t index, const QString &plain, const QString &error);
     void noteOutage(const Exchange &exchange, const ElementRange &run);
 
     Session &m_session;
     const std::vector<Tag> m_tags;
     const std::optional<std::uint64_t> m_maxChanges;
     std::vector<WatchRow> m_rows; // by tag, as all these
-    std::vector<Values> m_shown;  // empty before the first
     std::vector<std::optional<Time>> m_lastGood;
     const std::vector<ElementRange> m_ranges;
     WatchCycle m_cycle;
     WatchRates m_rates;
     std::optional<RecordWriter> m_records; // or
-    std::optional<LiveTable> m_table;
+    std::optional<LiveTable> m_table;      // and, until the end,
+    std::optional<Screen> m_screen;
+    FrameSize m_size; // as it was last drawn
     Time m_nextDraw;
     Outages m_outages;
     bool m_isLost = false;

@@ -72,6 +72,13 @@ TEST_F(OutputTest, ValuesThatDoNotReachStdoutEndWithOne)
     EXPECT_EQ(read.err, "kmr: cannot write to stdout: No space left on device\n");
 }
 
+TEST_F(OutputTest, NothingTakesThePlaceOfAClosedStdout)
+{
+    const Finished read = runShell("exec \"$KMR\" read D0 --link " + m_simulator.link() + " >&-");
+    EXPECT_EQ(read.exitCode, 1);
+    EXPECT_EQ(read.err, "kmr: cannot write to stdout: Bad file descriptor\n");
+}
+
 TEST_F(OutputTest, HelpThatDoesNotReachStdoutEndsWithOne)
 {
     for (const char *command : {"--help", "read --help"}) {

@@ -146,6 +146,18 @@ TEST(Sim, KnowsNamesInItsMemoryFileAndOnStdin)
               "D100/int16 -215\nX17 1\nCV2200 7\n");
 }
 
+TEST(Sim, ClosedStdinIsTheEndOfItsLines)
+{
+    const QTemporaryDir directory;
+    const QString ready = directory.filePath("ready");
+    const Finished read = runShell(
+        QString("\"$KMR\" sim --control --listen tcp://127.0.0.1:0 <&- >%1 & "
+                "until [ -s %1 ]; do sleep 0.02; done; "
+                "\"$KMR\" read D0 --link $(cut -d' ' -f2 %1); kill $!; wait $!; echo ended $?")
+            .arg(ready));
+    EXPECT_EQ(read.out, "D0 0\nended 0\n") << qPrintable(read.err);
+}
+
 TEST(Sim, GeneratesValues)
 {
     const Simulator simulator({"--listen", "tcp://127.0.0.1:0", "--generate",

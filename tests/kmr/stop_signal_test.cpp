@@ -40,11 +40,22 @@ TEST(StopSignal, ClosedTerminalMaySaySoTwice)
 TEST(StopSignal, SecondOneEndsAProgramThatHangs)
 {
     for (const int signal : {SIGINT, SIGTERM}) {
-        const auto stopTwice = [signal] {
+        const auto stopAgainAndAgain = [signal] {
             catchStopSignals();
-            std::raise(signal);
-            std::raise(signal);
+            for (;;)
+                std::raise(signal);
         };
-        EXPECT_EXIT(stopTwice(), testing::KilledBySignal(signal), "");
+        EXPECT_EXIT(stopAgainAndAgain(), testing::KilledBySignal(signal), "");
     }
+}
+
+TEST(StopSignal, TwoAtOnceAreOne)
+{
+    const auto stopTwice = [] {
+        catchStopSignals();
+        std::raise(SIGTERM);
+        std::raise(SIGTERM);
+        std::exit(stopFlag() ? 0 : 1);
+    };
+    EXPECT_EXIT(stopTwice(), testing::ExitedWithCode(0), "");
 }

@@ -95,6 +95,11 @@ void Terminal::press(const QString &key)
     tmux({"send-keys", key});
 }
 
+void Terminal::resize(int columns, int rows)
+{
+    tmux({"resize-window", "-x", QString::number(columns), "-y", QString::number(rows)});
+}
+
 int Terminal::scrolledLines()
 {
     return ask("#{history_size}").toInt();

@@ -33,6 +33,8 @@ public:
     // A key as tmux names it: "C-c", "Tab".
     void press(const QString &key);
 
+    void resize(int columns, int rows);
+
     // Lines that have left the screen at its top.
     int scrolledLines();
 

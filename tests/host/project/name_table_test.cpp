@@ -183,6 +183,15 @@ TEST(Names, HeadingNamesTheColumnsInAnyOrderAndCase)
     EXPECT_EQ(formatValues(readerOf("tag\tname\nD1\tx\n").read("x"), {7}), "7");
 }
 
+TEST(Names, LineOfASpreadsheetNamesTheSeparator)
+{
+    for (const char *text : {"sep=;\nname;unit;tag\npump;1,5 kW;D1\n",
+                             "\"SEP=\t\"\r\nname\tunit\ttag\r\npump\t1,5 kW\tD1\r\n"})
+        EXPECT_EQ(readerOf(text).read("pump").unit, "1,5 kW") << text;
+    EXPECT_TRUE(faultsOf("sep=;\n").isEmpty());
+    EXPECT_EQ(faultsOf("sep=;\nname;tag\npump;\n"), QStringList("names.csv:3: pump has no tag"));
+}
+
 TEST(Names, SayWhatOthersMayWriteAndWhichChangesAreSmall)
 {
     const NameTable names = goodNames("name;tag;writable;deadband\na;D1;yes;0,5\nb;D2;No\nc;D3\n");

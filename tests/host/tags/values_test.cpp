@@ -1,6 +1,7 @@
 #include "host/tags/values.h"
 
 #include "host/error.h"
+#include "host/tags/number_bits.h"
 #include "tests/host/library.h"
 
 #include <gtest/gtest.h>
@@ -41,6 +42,7 @@ TEST(Values, AreReadByTheirType)
         {"CV2200/hex", "0xFFFFFFFF", {0xFFFFFFFF}},
         {"CV2200/float32", "0xFFC00001", {0xFFC00001}},
         {"M0x3", "0x1 on OFF", {1, 1, 0}},
+        {"D0x2", "0b101 0B1111111111111111", {5, 0xFFFF}},
         {"D0/int64", "-2", {0xFFFE, 0xFFFF, 0xFFFF, 0xFFFF}},
         {"D0/uint64", "18446744073709551614", {0xFFFE, 0xFFFF, 0xFFFF, 0xFFFF}},
         {"D0/uint64", "0x0001000200030004", {4, 3, 2, 1}},
@@ -112,6 +114,8 @@ TEST(Values, OutsideTheRangeOfTheirTypeOrOfAnotherNumberAreRefused)
         {"D0/bcd", "-1"},
         {"D0/hex", "0x10000"},
         {"CV2200/hex", "0x100000000"},
+        {"D0", "0b10000000000000000"},
+        {"D0", "0b2"},
         {"D0x2/text", "ABCDE"},
         {"D0x2/text", "\\y"},
         {"D0x4/float32", "1 2 3 4"},
@@ -279,4 +283,44 @@ TEST(Units, StandAfterNumbersAndAreTakenBack)
     EXPECT_EQ(withUnit(tag, {1, 2}), "1 2 m / s");
     EXPECT_EQ(withUnit(tag, {0, 0}), "off off");
     EXPECT_EQ(parseValues(tag, "1 off m / s"), (Values{1, 0}));
+}
+
+TEST(NumberFormats, ShowTheHeldBitsWhateverTheTypeAndTheScalingSay)
+{
+    const struct {
+        const char *tag;
+        Values values;
+        const char *unsignedText, *signedText, *hexText, *binaryText;
+    } ROWS[] = {
+        {"D0x2",
+         {0xFFFE, 7},
+         "65534 7",
+         "-2 7",
+         "0xFFFE 0x0007",
+         "0b1111111111111110 0b0000000000000111"},
+        {"D0/float32",
+         {0, 0x8000},
+         "2147483648",
+         "-2147483648",
+         "0x80000000",
+         "0b10000000000000000000000000000000"},
+        {"CV2200",
+         {0xFFFFFFFF},
+         "4294967295",
+         "-1",
+         "0xFFFFFFFF",
+         "0b11111111111111111111111111111111"},
+        {"M0x2", {0, 1}, "0 1", "0 1", "0 1", "0 1"},
+    };
+    for (const auto &row : ROWS) {
+        Tag tag = tagOf(row.tag);
+        tag.scaling.emplace("0.1");
+        NumberFormat format = NumberFormat::AsTag;
+        for (const char *text : {row.unsignedText, row.signedText, row.hexText, row.binaryText}) {
+            format = nextFormat(format);
+            EXPECT_EQ(formatNumbers(tag, row.values, format), text) << row.tag;
+        }
+        EXPECT_EQ(nextFormat(format), NumberFormat::AsTag);
+    }
+    EXPECT_EQ(formatNumbers(tagOf("D0x2"), {1, 2}, NumberFormat::AsTag), "1 2");
 }
