@@ -32,7 +32,7 @@ QString writeOutcome(const RequestResult &result)
     if (result.isDone())
         return "confirmed";
     return result.outcome == RequestResult::Outcome::NoAnswer ? QString("given up")
-                                                               : outcomeName(result);
+                                                              : outcomeName(result);
 }
 
 QString writeErrorText(const RequestResult &result)
