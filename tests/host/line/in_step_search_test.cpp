@@ -19,9 +19,11 @@ constexpr milliseconds TIMEOUT(50);
 #ifdef KMR_SANITIZE
 constexpr std::size_t LONGEST_WITH_ONE = 3;
 constexpr std::size_t LONGEST_WITH_TWO = 2;
+constexpr int PAIRS_FOR_A_FALSE_ANSWER = 40;
 #else
 constexpr std::size_t LONGEST_WITH_ONE = 4;
 constexpr std::size_t LONGEST_WITH_TWO = 3;
+constexpr int PAIRS_FOR_A_FALSE_ANSWER = 50;
 #endif
 
 QByteArray request(int function, int address, int quantity)
@@ -305,7 +307,7 @@ TEST(InStepSearch, OfTwoStraysFewShowAFalseAnswerAndTheirShiftIsFound)
     };
     for (std::size_t length = 1; length <= LONGEST_WITH_TWO; ++length)
         forAllPlans(THREE_SHAPES, length, tryAll);
-    EXPECT_LE(wrong * 50, runs);
+    EXPECT_LE(wrong * PAIRS_FOR_A_FALSE_ANSWER, runs);
 }
 
 TEST(InStepSearch, NoStrayThatComesAloneMakesAFalseAnswerGoodInALongRun)
