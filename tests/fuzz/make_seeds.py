@@ -61,7 +61,8 @@ def simulator():
 
 def tag():
     return {"word": b"D100", "octal": b"X17", "run": b"2#M0x16", "word_bit": b"TV5.3",
-            "counter": b"CV2200", "counter_or_word": b"CV21", "unknown": b"Q1"}
+            "counter": b"CV2200", "counter_or_word": b"CV21", "unknown": b"Q1",
+            "word_bit_beyond_32_bits": b"D1111111111.10"}
 
 
 def link():
