@@ -41,7 +41,7 @@ class Courier {
 public:
     // Called by the courier's thread.
     struct Events {
-        std::function<void()> connected; // for all to be published anew
+        std::function<void()> connected; // all values are to be published again
         std::function<void(const Incoming &)> received;
         std::function<void(const QString &)> tell; // a line for a person
     };

@@ -42,7 +42,7 @@ public:
     void noteConfirmed(const ElementRange &run);
     void noteStation(int station);
 
-    // The line is lost: nothing is fresh any more. Until it is open again, and polled anew.
+    // The line is lost: no value is fresh until the line is open and the value is polled again.
     void noteLoss();
     void noteReconnection()
     {
