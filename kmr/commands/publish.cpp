@@ -32,6 +32,7 @@ const char *const EXAMPLES = R"(
 Examples:
   kmr publish D100 X0x8 --broker mqtt://192.168.0.2 --link tcp://192.168.0.10:8888
   kmr publish --names names.csv boiler.temp --prefix plant/line1 --allow-write
+  kmr publish --names names.csv boiler.temp --sparkplug plant/line1
   kmr publish --broker mqtts://broker.example --ca ca.pem --credentials broker.login)";
 
 constexpr double MILLISECONDS_EACH_HOUR = 3600000;
@@ -41,6 +42,7 @@ struct PublishOptions {
     std::vector<std::string> tags;
     std::string broker;
     std::string prefix = "kmr";
+    std::string sparkplug; // GROUP/NODE, or empty
     std::string mqtt = "5";
     std::string payload = "json";
     double heartbeat = 60; // seconds
@@ -56,6 +58,11 @@ struct PublishOptions {
     std::optional<double> seconds;
 };
 
+bool isSparkplug(const PublishOptions &own)
+{
+    return !own.sparkplug.empty();
+}
+
 BrokerSettings brokerOf(const PublishOptions &own)
 {
     if (own.broker.empty())
@@ -66,6 +73,7 @@ BrokerSettings brokerOf(const PublishOptions &own)
     readBrokerUrl(toQString(own.broker), broker);
     readCredentials(toQString(own.credentials), broker);
     broker.isMqtt5 = own.mqtt == "5";
+    broker.isSparkplug = isSparkplug(own);
     broker.authorities = toQString(own.ca);
     broker.certificate = toQString(own.certificate);
     broker.key = toQString(own.key);
@@ -77,10 +85,11 @@ ExitCode runPublish(const Options &options, const PublishOptions &own)
 {
     PublisherSettings settings;
     settings.tags = toQStrings(own.tags);
-    settings.prefix = toQString(own.prefix);
+    settings.prefix = toQString(isSparkplug(own) ? own.sparkplug : own.prefix);
     settings.broker = brokerOf(own);
     settings.form = own.payload == "json" ? PayloadForm::Json : PayloadForm::Plain;
-    settings.heartbeat = std::chrono::milliseconds(static_cast<qint64>(1000 * own.heartbeat));
+    if (!isSparkplug(own)) // which repeats nothing (section 5.14)
+        settings.heartbeat = std::chrono::milliseconds(static_cast<qint64>(1000 * own.heartbeat));
     settings.cycle = std::chrono::milliseconds(own.cycle);
     settings.seconds = own.seconds;
     settings.spool = toQString(own.spool);
@@ -102,6 +111,9 @@ void addBrokerOptions(CommandDefinition &command, PublishOptions &own)
                 "mqtt://HOST[:PORT] or mqtts://HOST[:PORT] (else kmr.toml, else "
                 "environment: KMR_BROKER)");
     command.add("--prefix", own.prefix, "of all topics; of each publisher another").showDefault();
+    command.add("--sparkplug", own.sparkplug,
+                "GROUP/NODE: publish by Sparkplug B as this node instead, with all values in its "
+                "birth; --prefix, --payload and --heartbeat don't count");
     command.add("--mqtt", own.mqtt, "version of MQTT: 5 or 3.1.1")
         .showDefault()
         .oneOf({"5", "3.1.1"});
@@ -150,9 +162,9 @@ void addPublish(CLI::App &app, Command &chosen, OptionReader &reader)
     command.add("--for", own->seconds, "end after this many seconds").aboveZero(1e9);
     command.setHelp(std::string(HELP) + TAG_HELP + EXAMPLES);
     reader.addSection("publish", command,
-                      {"broker", "prefix", "mqtt", "payload", "heartbeat", "cycle", "ca",
-                       "certificate", "key", "credentials", "spool", "spool-size", "spool-age",
-                       "allow-write"},
+                      {"broker", "prefix", "sparkplug", "mqtt", "payload", "heartbeat", "cycle",
+                       "ca", "certificate", "key", "credentials", "spool", "spool-size",
+                       "spool-age", "allow-write"},
                       {"ca", "certificate", "key", "credentials", "spool"}, "KMR_BROKER");
     command.setAction(chosen, own, runPublish);
 }

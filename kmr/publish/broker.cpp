@@ -13,6 +13,7 @@ namespace {
 
 constexpr int KEEP_ALIVE = 10; // seconds: a stalled connection ends after twice that
 constexpr int LONGEST_PACKET = 65536;
+constexpr int AT_MOST_ONCE = 0;
 constexpr int AT_LEAST_ONCE = 1;
 constexpr int SEND_MAXIMUM = 100;
 constexpr int FIRST_FAILURE = 128; // of MQTT's reason codes
@@ -104,8 +105,14 @@ struct BrokerCallbacks {
 
     static void published(mosquitto *, void *object, int id, int code, const mosquitto_property *)
     {
-        of(object).m_events.acknowledged(id, code >= FIRST_FAILURE ? mosquitto_reason_string(code)
-                                                                   : "");
+        if (!of(object).m_settings.isSparkplug)
+            of(object).m_events.acknowledged(
+                id, code >= FIRST_FAILURE ? mosquitto_reason_string(code) : "");
+    }
+
+    static void unsubscribed(mosquitto *, void *object, int id, const mosquitto_property *)
+    {
+        of(object).m_events.acknowledged(id, {});
     }
 
     static void subscribed(mosquitto *, void *object, int, int count, const int *codes,
@@ -130,18 +137,18 @@ struct BrokerCallbacks {
     }
 };
 
-Broker::Broker(const BrokerSettings &settings, Events events)
+Broker::Broker(const BrokerSettings &settings, const Message &will, Events events)
     : m_settings(settings), m_events(std::move(events)), m_client(nullptr, mosquitto_destroy)
 {
     static const int initialised = mosquitto_lib_init();
     static_cast<void>(initialised);
     m_client.reset(mosquitto_new(settings.clientId.constData(), true, this));
-    setUp(settings);
+    setUp(settings, will);
 }
 
 Broker::~Broker() = default;
 
-void Broker::setUp(const BrokerSettings &settings)
+void Broker::setUp(const BrokerSettings &settings, const Message &will)
 {
     mosquitto *const client = m_client.get();
     mosquitto_int_option(client, MOSQ_OPT_PROTOCOL_VERSION,
@@ -152,12 +159,12 @@ void Broker::setUp(const BrokerSettings &settings)
     mosquitto_disconnect_v5_callback_set(client, BrokerCallbacks::disconnected);
     mosquitto_publish_v5_callback_set(client, BrokerCallbacks::published);
     mosquitto_subscribe_v5_callback_set(client, BrokerCallbacks::subscribed);
+    mosquitto_unsubscribe_v5_callback_set(client, BrokerCallbacks::unsubscribed);
     mosquitto_message_v5_callback_set(client, BrokerCallbacks::received);
     mosquitto_log_callback_set(client, BrokerCallbacks::logged);
     mosquitto_username_pw_set(client, textOrNull(settings.user), textOrNull(settings.password));
-    const QByteArray offline("offline");
-    mosquitto_will_set(client, settings.stateTopic.constData(), static_cast<int>(offline.size()),
-                       offline.constData(), AT_LEAST_ONCE, true);
+    mosquitto_will_set(client, will.topic.constData(), static_cast<int>(will.payload.size()),
+                       will.payload.constData(), AT_LEAST_ONCE, will.isRetained);
 }
 
 bool Broker::connect()
@@ -217,11 +224,21 @@ std::optional<int> Broker::publish(const Message &message)
     int id = 0;
     const int result = mosquitto_publish_v5(
         m_client.get(), &id, message.topic.constData(), static_cast<int>(message.payload.size()),
-        message.payload.constData(), AT_LEAST_ONCE, message.isRetained, properties.list);
+        message.payload.constData(), m_settings.isSparkplug ? AT_MOST_ONCE : AT_LEAST_ONCE,
+        message.isRetained, properties.list);
+    if (result == MOSQ_ERR_SUCCESS && m_settings.isSparkplug)
+        askWhetherTaken(message.topic, id);
     if (result == MOSQ_ERR_SUCCESS || result == MOSQ_ERR_NO_CONN || result == MOSQ_ERR_CONN_LOST)
         return id; // without a connection it is never acknowledged, and sent again later
     m_events.acknowledged(0, mosquitto_strerror(result));
     return std::nullopt;
+}
+
+// A broker works off what a connection sends in order. So when it answers this, it has the message
+// before. Nobody is subscribed to the topic of a message of ours.
+void Broker::askWhetherTaken(const QByteArray &topic, int &id)
+{
+    mosquitto_unsubscribe_v5(m_client.get(), &id, topic.constData(), nullptr);
 }
 
 void Broker::subscribe(const QStringList &topics)
@@ -235,7 +252,9 @@ void Broker::subscribe(const QStringList &topics)
 
 void Broker::disconnect()
 {
-    mosquitto_disconnect(m_client.get());
+    const bool publishesWill = m_settings.isSparkplug && m_settings.isMqtt5;
+    mosquitto_disconnect_v5(m_client.get(), publishesWill ? MQTT_RC_DISCONNECT_WITH_WILL_MSG : 0,
+                            nullptr);
 }
 
 bool Broker::fail(int result)

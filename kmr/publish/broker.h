@@ -44,7 +44,8 @@ public:
         std::function<void(const QString &refusal)> unsubscribed;
     };
 
-    Broker(const BrokerSettings &settings, Events events);
+    // `will`: what the broker is to publish when the connection ends without disconnect().
+    Broker(const BrokerSettings &settings, const Message &will, Events events);
     ~Broker();
     Broker(const Broker &) = delete;
     Broker &operator=(const Broker &) = delete;
@@ -59,10 +60,11 @@ public:
 
     // After Events::connected. Returns the id with which it is acknowledged, or nothing when the
     // message can't be sent: Events::acknowledged has then been called with id 0 and the reason.
+    // With Sparkplug a message has no acknowledgement; what is acknowledged is a question after it.
     std::optional<int> publish(const Message &message);
     void subscribe(const QStringList &topics);
 
-    // Says goodbye, so that the broker does not publish the will.
+    // Says goodbye, so that the broker does not publish the will, but for Sparkplug.
     void disconnect();
 
     // Why the connection failed or ended.
@@ -74,7 +76,8 @@ public:
 private:
     friend struct BrokerCallbacks;
 
-    void setUp(const BrokerSettings &settings);
+    void setUp(const BrokerSettings &settings, const Message &will);
+    void askWhetherTaken(const QByteArray &topic, int &id);
     bool fail(int result);
     int connectWithProperties();
 

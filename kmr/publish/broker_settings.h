@@ -16,8 +16,8 @@ struct BrokerSettings {
     QString key;              // file of the key to it, or empty
     QByteArray user;          // empty: none
     QByteArray password;
-    QByteArray clientId;   // one for each publisher
-    QByteArray stateTopic; // says online, and by the will offline
+    QByteArray clientId;      // one for each publisher
+    bool isSparkplug = false; // quality of service 0, and the will also after a goodbye
 };
 
 // "mqtt://HOST[:PORT]" or "mqtts://HOST[:PORT]" into host, port and isEncrypted. Throws Error

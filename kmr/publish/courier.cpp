@@ -1,6 +1,7 @@
 #include "kmr/publish/courier.h"
 
-#include <QDateTime>
+#include "host/error.h"
+
 #include <sys/eventfd.h>
 #include <unistd.h>
 
@@ -44,15 +45,15 @@ void WakeUp::clear() const
 }
 
 struct Courier::State {
-    State(BrokerSettings theSettings, QStringList theTopics, std::shared_ptr<Outbox> theOutbox,
-          std::shared_ptr<WakeUp> theWakeUp, Events theEvents)
-        : settings(std::move(theSettings)), topics(std::move(theTopics)),
+    State(BrokerSettings theSettings, std::shared_ptr<Convention> theConvention,
+          std::shared_ptr<Outbox> theOutbox, std::shared_ptr<WakeUp> theWakeUp, Events theEvents)
+        : settings(std::move(theSettings)), convention(std::move(theConvention)),
           outbox(std::move(theOutbox)), wakeUp(std::move(theWakeUp)), events(std::move(theEvents))
     {
     }
 
     const BrokerSettings settings;
-    const QStringList topics;
+    const std::shared_ptr<Convention> convention;
     const std::shared_ptr<Outbox> outbox;
     const std::shared_ptr<WakeUp> wakeUp;
     const Events events;
@@ -62,9 +63,11 @@ struct Courier::State {
     bool isOver = false;
 
     // Of the thread alone.
-    std::map<int, std::uint64_t> sent; // message numbers by the broker's ids
-    std::uint64_t numberInHand = 0;    // being handed to the broker
+    using Numbers = std::vector<std::uint64_t>;
+    std::map<int, Numbers> sent; // message numbers by the broker's ids
+    Numbers numbersInHand;       // being handed to the broker
     bool isConnected = false;
+    bool mustBeBorn = false;
     QString told; // what was told last
     milliseconds pause = FIRST_PAUSE;
 
@@ -73,17 +76,18 @@ struct Courier::State {
     Broker::Events brokerEvents(Broker *const &broker);
     void noteConnected(Broker &broker);
     void noteAcknowledged(int id, const QString &refusal);
+    void noteReceived(const Incoming &incoming);
     void sendAll(Broker &broker);
+    std::vector<Message> takeTogether();
     bool sayGoodbye(Broker &broker);
     void rest();
     void tell(const QString &line);
     QString name() const;
-    Message stateMessage(const char *state) const;
 };
 
-Courier::Courier(BrokerSettings settings, QStringList topics, std::shared_ptr<Outbox> outbox,
-                 std::shared_ptr<WakeUp> wakeUp, Events events)
-    : m_state(std::make_shared<State>(std::move(settings), std::move(topics), std::move(outbox),
+Courier::Courier(BrokerSettings settings, std::shared_ptr<Convention> convention,
+                 std::shared_ptr<Outbox> outbox, std::shared_ptr<WakeUp> wakeUp, Events events)
+    : m_state(std::make_shared<State>(std::move(settings), std::move(convention), std::move(outbox),
                                       std::move(wakeUp), std::move(events)))
 {
     std::thread([state = m_state] { state->run(); }).detach();
@@ -121,9 +125,11 @@ void Courier::State::run()
 void Courier::State::runConnection()
 {
     Broker *self = nullptr;
-    Broker broker(settings, brokerEvents(self));
+    Broker broker(settings, convention->will(), brokerEvents(self));
     self = &broker;
     bool isAlive = broker.connect();
+    if (isAlive)
+        convention->noteWillSent();
     while (isAlive && !isEnding) {
         sendAll(broker);
         isAlive = broker.wait(wakeUp->descriptor(), LONGEST_WAIT);
@@ -139,7 +145,7 @@ Broker::Events Courier::State::brokerEvents(Broker *const &broker)
 {
     return {[this, &broker] { noteConnected(*broker); },
             [this](int id, const QString &refusal) { noteAcknowledged(id, refusal); },
-            [this](const Incoming &incoming) { events.received(incoming); },
+            [this](const Incoming &incoming) { noteReceived(incoming); },
             [this](const QString &refusal) {
                 events.tell(QString("%1 does not let us receive writes: %2").arg(name(), refusal));
             }};
@@ -150,8 +156,8 @@ void Courier::State::noteConnected(Broker &broker)
     tell("connected to " + name());
     isConnected = true;
     pause = FIRST_PAUSE;
-    broker.publish(stateMessage("online"));
-    broker.subscribe(topics);
+    broker.subscribe(convention->filters());
+    mustBeBorn = true;
     outbox->setConnected(true);
     events.connected();
 }
@@ -159,24 +165,55 @@ void Courier::State::noteConnected(Broker &broker)
 void Courier::State::noteAcknowledged(int id, const QString &refusal)
 {
     const auto found = sent.find(id);
-    const std::uint64_t number = found == sent.end() ? numberInHand : found->second;
+    const Numbers numbers = found == sent.end() ? numbersInHand : found->second;
     if (!refusal.isEmpty())
         tell(QString("%1 does not take a message: %2").arg(name(), refusal));
     if (found != sent.end())
         sent.erase(found);
-    outbox->acknowledge(number);
+    for (const std::uint64_t number : numbers)
+        outbox->acknowledge(number);
+}
+
+void Courier::State::noteReceived(const Incoming &incoming)
+{
+    try {
+        const Convention::Commands commands = convention->commands(incoming);
+        mustBeBorn = mustBeBorn || commands.wantsBirth;
+        for (const Incoming &request : commands.requests)
+            events.requested(request);
+    } catch (const Error &error) {
+        tell(error.text());
+    }
 }
 
 void Courier::State::sendAll(Broker &broker)
 {
     if (!isConnected)
         return;
-    while (const std::optional<Message> message = outbox->next()) {
-        numberInHand = message->number;
-        if (const std::optional<int> id = broker.publish(*message))
-            sent[*id] = message->number;
-        numberInHand = 0;
+    if (std::exchange(mustBeBorn, false))
+        broker.publish(convention->birth(outbox->lastNumber()));
+    for (;;) {
+        const std::vector<Message> messages = takeTogether();
+        if (messages.empty())
+            return;
+        for (const Message &message : messages)
+            numbersInHand.push_back(message.number);
+        if (const std::optional<int> id = broker.publish(convention->data(messages)))
+            sent[*id] = numbersInHand;
+        numbersInHand.clear();
     }
+}
+
+std::vector<Message> Courier::State::takeTogether()
+{
+    std::vector<Message> messages;
+    while (messages.size() < convention->mostTogether()) {
+        std::optional<Message> message = outbox->next();
+        if (!message)
+            break;
+        messages.push_back(*std::move(message));
+    }
+    return messages;
 }
 
 // False when the connection was lost meanwhile.
@@ -189,9 +226,9 @@ bool Courier::State::sayGoodbye(Broker &broker)
         isAlive = broker.wait(wakeUp->descriptor(), milliseconds(50));
         wakeUp->clear();
     }
-    const std::optional<int> id = broker.publish(stateMessage("offline"));
+    const std::optional<int> id = broker.publish(convention->death());
     if (id)
-        sent[*id] = 0;
+        sent[*id] = {};
     while (isAlive && id && sent.count(*id) > 0 && steady_clock::now() < end)
         isAlive = broker.wait(wakeUp->descriptor(), milliseconds(50));
     broker.disconnect();
@@ -216,11 +253,6 @@ void Courier::State::tell(const QString &line)
 QString Courier::State::name() const
 {
     return QString("the broker %1:%2").arg(settings.host).arg(settings.port);
-}
-
-Message Courier::State::stateMessage(const char *state) const
-{
-    return {0, QDateTime::currentMSecsSinceEpoch(), settings.stateTopic, state, true, {}};
 }
 
 } // namespace kmr

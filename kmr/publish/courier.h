@@ -2,11 +2,10 @@
 // has; hands on what comes.
 #pragma once
 
-#include "kmr/publish/broker.h"
+#include "kmr/publish/convention.h"
 #include "kmr/publish/outbox.h"
 
 #include <QString>
-#include <QStringList>
 
 #include <atomic>
 #include <condition_variable>
@@ -41,14 +40,14 @@ class Courier {
 public:
     // Called by the courier's thread.
     struct Events {
-        std::function<void()> connected; // all values are to be published again
-        std::function<void(const Incoming &)> received;
-        std::function<void(const QString &)> tell; // a line for a person
+        std::function<void()> connected;
+        std::function<void(const Incoming &)> requested; // see Convention::Commands
+        std::function<void(const QString &)> tell;       // a line for a person
     };
 
-    // `topics`: to subscribe to. `wakeUp` is woken after each push to the outbox.
-    Courier(BrokerSettings settings, QStringList topics, std::shared_ptr<Outbox> outbox,
-            std::shared_ptr<WakeUp> wakeUp, Events events);
+    // `wakeUp` is woken after each push to the outbox.
+    Courier(BrokerSettings settings, std::shared_ptr<Convention> convention,
+            std::shared_ptr<Outbox> outbox, std::shared_ptr<WakeUp> wakeUp, Events events);
     ~Courier();
     Courier(const Courier &) = delete;
     Courier &operator=(const Courier &) = delete;

@@ -13,6 +13,12 @@ Outbox::Outbox(std::uint64_t lastNumber, bool isEmpty, std::function<void()> wak
 {
 }
 
+std::uint64_t Outbox::lastNumber() const
+{
+    const Lock lock(m_mutex);
+    return m_lastNumber;
+}
+
 void Outbox::push(Message message)
 {
     {

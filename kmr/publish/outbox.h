@@ -33,6 +33,9 @@ public:
     // that already are on disk, `isEmpty` if there are none.
     Outbox(std::uint64_t lastNumber, bool isEmpty, std::function<void()> wake);
 
+    // The number of the last message so far.
+    std::uint64_t lastNumber() const;
+
     // The polling: adds a message. Its number is given here.
     void push(Message message);
 

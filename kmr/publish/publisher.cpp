@@ -4,6 +4,8 @@
 #include "kmr/assignment.h"
 #include "kmr/output.h"
 #include "kmr/publish/line_report.h"
+#include "kmr/publish/plain_topics.h"
+#include "kmr/publish/sparkplug_node.h"
 #include "kmr/stop_signal.h"
 
 #include <algorithm>
@@ -30,24 +32,28 @@ void tell(const QString &line)
 } // namespace
 
 Publisher::Publisher(const Options &options, PublisherSettings settings)
-    : m_settings(std::move(settings)), m_connection(options), m_tags(publishedTags()),
-      m_topics(m_settings.prefix, allNames()), m_spool(m_settings.spool, m_settings.spoolLimits),
+    : m_settings(std::move(settings)), m_connection(options),
+      m_tags(publishedTags(m_connection.readTags(m_settings.tags), m_connection.tags().names(),
+                           m_settings.prefix)),
+      m_topics(m_settings.prefix,
+               knownNames(m_tags, m_connection.tags().names(), m_settings.allowsWrites)),
+      m_convention(convention()), m_spool(m_settings.spool, m_settings.spoolLimits),
       m_outbox(std::make_shared<Outbox>(m_spool.lastNumber(), m_spool.count() == 0,
                                         [wakeUp = m_wakeUp] { wakeUp->wake(); })),
-      m_session(openLine()),
-      m_values(m_session, m_tags, m_settings.form, m_settings.heartbeat,
-               [this](Message message) { m_outbox->push(std::move(message)); }),
+      m_session(openLine()), m_values(m_session, m_tags, m_settings.heartbeat,
+                                      [this](const PublishedTag &tag, const Sample &sample) {
+                                          m_outbox->push(m_convention->value(tag, sample));
+                                      }),
       m_desk(m_connection.tags(), m_topics,
              [this](const Tag &tag, const Values &values) { return write(tag, values); }),
       m_cycle(m_settings.cycle), m_reconnection(m_connection), m_outages(printError, now)
 {
-    if (m_spool.count() > 0)
-        tell(QString("%1 messages wait in %2").arg(m_spool.count()).arg(m_settings.spool));
+    checkSpool();
+    if (m_settings.broker.isSparkplug) // the birth says what is not read yet
+        m_values.notePublished();
     observe();
     m_spooler.emplace(m_spool, *m_outbox, tell);
-    m_courier.emplace(brokerSettings(),
-                      m_settings.allowsWrites ? m_topics.setFilters() : QStringList(), m_outbox,
-                      m_wakeUp, courierEvents());
+    m_courier.emplace(brokerSettings(), m_convention, m_outbox, m_wakeUp, courierEvents());
 }
 
 Publisher::~Publisher()
@@ -85,53 +91,36 @@ Session &Publisher::openLine()
     }
 }
 
-// Names with a deadband have it; others, and tags, have none.
-std::vector<PublishedTag> Publisher::publishedTags() const
+std::shared_ptr<Convention> Publisher::convention() const
 {
-    const NameTable *const names = m_connection.tags().names();
-    std::vector<PublishedTag> published;
-    for (const Tag &tag : m_connection.readTags(m_settings.tags)) {
-        const Name *const name = names == nullptr ? nullptr : names->find(tag.text);
-        published.push_back({tag, {}, name == nullptr ? 0 : name->deadband.toDouble()});
-    }
-    const Topics topics(m_settings.prefix, {});
-    for (PublishedTag &one : published)
-        one.topic = topics.value(one.tag.text);
-    return published;
+    if (m_settings.broker.isSparkplug)
+        return std::make_shared<SparkplugNode>(m_topics, m_tags, m_settings.allowsWrites,
+                                               m_settings.spool + "-bdseq");
+    return std::make_shared<PlainTopics>(m_topics, m_settings.form, m_settings.allowsWrites);
 }
 
-// Published ones, and those that may be written.
-QStringList Publisher::allNames() const
+void Publisher::checkSpool()
 {
-    QStringList all;
-    for (const PublishedTag &one : m_tags)
-        all.append(one.tag.text);
-    if (!m_settings.allowsWrites)
-        return all;
-    const NameTable *const names = m_connection.tags().names();
-    int writable = 0;
-    for (const Name &name : names == nullptr ? std::vector<Name>() : names->names()) {
-        if (name.isWritable && ++writable > 0 && !all.contains(name.name))
-            all.append(name.name);
-    }
-    if (writable == 0)
-        throw Error(ErrorKind::Usage,
-                    "--allow-write allows nothing: no name is marked writable. Name a file of "
-                    "names with --names, and mark names in its column writable with yes");
-    return all;
+    if (m_spool.count() == 0)
+        return;
+    if (!m_convention->isOurs(m_spool.readAfter(0, 1).front()))
+        throw Error(ErrorKind::Usage, QString("%1 holds messages that are not of %2: deliver them "
+                                              "as before, or name another file with --spool")
+                                          .arg(m_settings.spool, m_convention->name()));
+    tell(QString("%1 messages wait in %2").arg(m_spool.count()).arg(m_settings.spool));
 }
 
 BrokerSettings Publisher::brokerSettings() const
 {
     BrokerSettings settings = m_settings.broker;
     settings.clientId = "kmr:" + m_settings.prefix.toUtf8();
-    settings.stateTopic = m_topics.state();
     return settings;
 }
 
 Courier::Events Publisher::courierEvents()
 {
-    return {[this] { m_mustPublishAll = true; },
+    // A birth has all values.
+    return {[this] { m_mustPublishAll = !m_settings.broker.isSparkplug; },
             [this](const Incoming &incoming) { m_inbox.add(incoming); }, tell};
 }
 
@@ -150,7 +139,7 @@ void Publisher::observe()
 
 ExitCode Publisher::run()
 {
-    tell(QString("publishing %1 tags as %2/...").arg(m_tags.size()).arg(m_settings.prefix));
+    tell(QString("publishing %1 tags as %2").arg(m_tags.size()).arg(m_convention->name()));
     beginPolling();
     m_notice.ready();
     while (!isOver())
@@ -208,7 +197,7 @@ void Publisher::takeRequest()
     if (!request)
         return;
     ++m_requests;
-    m_outbox->push(m_desk.handle(*request));
+    m_outbox->push(m_convention->outcome(m_desk.handle(*request)));
 }
 
 void Publisher::refuseExcess(Time now)
@@ -218,7 +207,7 @@ void Publisher::refuseExcess(Time now)
     m_nextRefusals = now + BETWEEN_REFUSALS;
     const std::vector<Incoming> excess = m_inbox.takeRefused();
     for (const Incoming &request : excess)
-        m_outbox->push(m_desk.refuse(request, "too many requests at once"));
+        m_outbox->push(m_convention->outcome(m_desk.refuse(request, "too many requests at once")));
     if (!excess.empty())
         tell(QString("too many requests to write at once: %1 refused so far")
                  .arg(m_inbox.refused()));
@@ -226,7 +215,7 @@ void Publisher::refuseExcess(Time now)
 
 void Publisher::reportLine(Time now)
 {
-    if (now < m_nextReport)
+    if (m_settings.broker.isSparkplug || now < m_nextReport)
         return;
     m_nextReport = now + BETWEEN_REPORTS;
     Message message;

@@ -21,14 +21,14 @@
 namespace kmr {
 
 struct PublisherSettings {
-    QStringList tags; // empty: those of the project
-    QString prefix;
-    BrokerSettings broker; // without client id and topic of the state
+    QStringList tags;      // empty: those of the project
+    QString prefix;        // with Sparkplug GROUP/NODE
+    BrokerSettings broker; // without client id
     PayloadForm form = PayloadForm::Json;
-    std::chrono::milliseconds heartbeat{60000};
-    std::chrono::milliseconds cycle{0}; // to poll everything once; 0: the shortest
-    std::optional<double> seconds;      // to run
-    QString spool;                      // file
+    std::chrono::milliseconds heartbeat{0}; // 0: none
+    std::chrono::milliseconds cycle{0};     // to poll everything once; 0: the shortest
+    std::optional<double> seconds;          // to run
+    QString spool;                          // file
     SpoolLimits spoolLimits;
     bool allowsWrites = false;
 };
@@ -48,9 +48,9 @@ public:
 private:
     using Time = std::chrono::steady_clock::time_point;
 
-    std::vector<PublishedTag> publishedTags() const;
+    std::shared_ptr<Convention> convention() const;
     Session &openLine();
-    QStringList allNames() const;
+    void checkSpool();
     BrokerSettings brokerSettings() const;
     Courier::Events courierEvents();
     void observe();
@@ -71,6 +71,7 @@ private:
     Connection m_connection;
     const std::vector<PublishedTag> m_tags;
     const Topics m_topics;
+    const std::shared_ptr<Convention> m_convention;
     Spool m_spool;
     const std::shared_ptr<WakeUp> m_wakeUp = std::make_shared<WakeUp>();
     const std::shared_ptr<Outbox> m_outbox;

@@ -25,6 +25,10 @@ public:
     // is no topic, and for two names that would share a topic.
     Topics(const QString &prefix, const QStringList &names);
 
+    QString prefix() const
+    {
+        return QString::fromUtf8(m_prefix);
+    }
     QByteArray state() const
     {
         return m_prefix + "/$state";

@@ -28,9 +28,8 @@ ChangeFilter::Time clockNow()
 } // namespace
 
 ValuePublisher::ValuePublisher(Session &session, const std::vector<PublishedTag> &tags,
-                               PayloadForm form, std::chrono::milliseconds heartbeat, Push push)
-    : m_session(session), m_form(form), m_push(std::move(push)),
-      m_ranges(session.ranges(tagsOf(tags)))
+                               std::chrono::milliseconds heartbeat, Publish publish)
+    : m_session(session), m_publish(std::move(publish)), m_ranges(session.ranges(tagsOf(tags)))
 {
     for (const PublishedTag &tag : tags)
         m_entries.push_back({tag, {}, ChangeFilter(tag.deadband, heartbeat)});
@@ -122,6 +121,12 @@ void ValuePublisher::publishAll()
     }
 }
 
+void ValuePublisher::notePublished()
+{
+    for (Entry &entry : m_entries)
+        entry.filter.notePublished(entry.sample, clockNow());
+}
+
 void ValuePublisher::beat()
 {
     for (Entry &entry : m_entries) {
@@ -138,12 +143,8 @@ void ValuePublisher::publishNews(Entry &entry)
 
 void ValuePublisher::publish(Entry &entry)
 {
-    Message message;
-    message.time = QDateTime::currentMSecsSinceEpoch();
-    message.topic = entry.what.topic;
-    message.payload = valuePayload(m_form, entry.what.tag, entry.sample);
     entry.filter.notePublished(entry.sample, clockNow());
-    m_push(std::move(message));
+    m_publish(entry.what, entry.sample);
 }
 
 std::set<int> ValuePublisher::silentStations() const

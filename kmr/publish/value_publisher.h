@@ -1,4 +1,4 @@
-// Makes messages of what a session knows of tags: when it changes, when it becomes stale, and now
+// Publishes what a session knows of tags: when it changes, when it becomes stale, and now
 // and then.
 #pragma once
 
@@ -6,9 +6,7 @@
 #include "kmr/publish/change_filter.h"
 #include "kmr/publish/message.h"
 #include "kmr/publish/payload.h"
-
-#include <QByteArray>
-#include <QString>
+#include "kmr/publish/published_tags.h"
 
 #include <functional>
 #include <set>
@@ -17,19 +15,13 @@
 
 namespace kmr {
 
-struct PublishedTag {
-    Tag tag;
-    QByteArray topic;
-    double deadband = 0;
-};
-
 class ValuePublisher {
 public:
-    using Push = std::function<void(Message)>;
+    using Publish = std::function<void(const PublishedTag &, const Sample &)>;
 
-    // The session must outlive it. `push` takes each message.
-    ValuePublisher(Session &session, const std::vector<PublishedTag> &tags, PayloadForm form,
-                   std::chrono::milliseconds heartbeat, Push push);
+    // The session must outlive it. `publish` makes a message of what is known of a tag.
+    ValuePublisher(Session &session, const std::vector<PublishedTag> &tags,
+                   std::chrono::milliseconds heartbeat, Publish publish);
 
     // What the session is to poll.
     const std::vector<ElementRange> &ranges() const
@@ -52,6 +44,9 @@ public:
     // Publishes all tags as they are now: the broker may have forgotten them.
     void publishAll();
 
+    // All tags count as published as they are now.
+    void notePublished();
+
     // Publishes what is not good once more when its heartbeat is due. What is good has to be read
     // for that. To be called often.
     void beat();
@@ -72,8 +67,7 @@ private:
     qint64 answeredAt(const ElementRange &run) const;
 
     Session &m_session;
-    const PayloadForm m_form;
-    const Push m_push;
+    const Publish m_publish;
     std::vector<Entry> m_entries;
     const std::vector<ElementRange> m_ranges;
     std::vector<std::pair<ElementRange, qint64>> m_answers; // when each run was answered last

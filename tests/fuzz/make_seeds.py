@@ -79,9 +79,21 @@ def filter():
     }
 
 
+def metric(name, *fields):
+    """A metric of Sparkplug B, for a payload."""
+    content = bytes([0x0A, len(name)]) + name + bytes.fromhex("".join(fields))
+    return bytes([0x12, len(content)]) + content
+
+
 def set_request():
-    """A byte of flags, the name, the response topic, the payload."""
+    """A byte of flags, the name, the response topic, the payload; or a byte and a command."""
     return {
+        "sparkplug_number": b"\0\x08\xe8\x07" + metric(b"n", "690000000000803540") +
+                            metric(b"f", "650000c03f") + metric(b"c", "5805") +
+                            metric(b"n", "200250fbffffff0f"),
+        "sparkplug_list": b"\0" + metric(b"l", "202082010503000000a0") + metric(b"b", "7001") +
+                          metric(b"t", "7a024142") + metric(b"no", "3801") +
+                          metric(b"Node Control/Rebirth", "7001"),
         "number": b"\x00n\n\n21.5 C",
         "json": b'\x02n\na/b\n{"value": 21.5, "id": "a7", "expires": "2099-01-01T00:00:00Z"}',
         "list": b"\x04l\n\n[1, true, 0]",

@@ -1,5 +1,8 @@
 // Requests to write that come from a broker: the first byte says what else they have, then a line
-// with the name, a line with the response topic, and the payload.
+// with the name, a line with the response topic, and the payload. All but the first byte is also
+// taken as a command of Sparkplug B.
+#include "host/error.h"
+#include "kmr/publish/sparkplug_node.h"
 #include "kmr/publish/write_desk.h"
 #include "tests/fuzz/linked_tags.h"
 
@@ -41,6 +44,19 @@ bool isAnswer(const QByteArray &payload)
     return isRefused || (object["outcome"] == "confirmed" && object["reason"].isNull());
 }
 
+std::vector<kmr::Incoming> commandsIn(const QByteArray &payload)
+{
+    static kmr::SparkplugNode node(kmr::Topics("p/n", {}), {}, true, "/dev/null");
+    kmr::Incoming incoming;
+    incoming.payload = payload;
+    incoming.time = std::chrono::steady_clock::now();
+    try {
+        return node.commands(incoming).requests;
+    } catch (const kmr::Error &) {
+        return {};
+    }
+}
+
 } // namespace
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t *data, std::size_t size)
@@ -48,9 +64,15 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t *data, std::size_t size
     static const kmr::NamedTagReader reader(kmr::TagReader(linkedDriver(), 1),
                                             kmr::NameTable::parse(NAMES, "names.csv"));
     static const kmr::Topics topics("p", {"n", "b", "l", "t", "f", "c", "no"});
+    static const kmr::Topics nodeTopics("p/n", {"n", "b", "l", "t", "f", "c", "no"});
     if (size == 0)
         return 0;
     QByteArray bytes(reinterpret_cast<const char *>(data + 1), static_cast<int>(size - 1));
+    kmr::WriteDesk nodeDesk(reader, nodeTopics, write);
+    for (const kmr::Incoming &request : commandsIn(bytes)) {
+        if (!isAnswer(nodeDesk.handle(request).payload))
+            abort();
+    }
     kmr::Incoming incoming;
     incoming.topic = "p/" + takeLine(bytes) + "/set";
     incoming.responseTopic = takeLine(bytes);

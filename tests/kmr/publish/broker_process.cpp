@@ -33,7 +33,8 @@ void runTool(const QString &program, const QStringList &arguments, const QByteAr
 
 BrokerProcess::BrokerProcess(Kind kind) : m_kind(kind), m_port(freePort())
 {
-    QByteArray text = "user root\npersistence true\nretain_available true\npersistence_location " +
+    QByteArray text = "user root\npersistence true\nretain_available true\n"
+                      "queue_qos0_messages true\npersistence_location " +
                       m_directory.path().toLocal8Bit() + "/\nlistener " +
                       QByteArray::number(m_port) + " 127.0.0.1\n";
     if (kind == Kind::Encrypted)
@@ -118,11 +119,11 @@ QStringList BrokerProcess::clientOptions(const QString &user) const
 }
 
 Subscriber::Subscriber(const BrokerProcess &broker, const QString &topic, const QString &id,
-                       const QString &user)
+                       const QString &user, const QString &format)
 {
     m_process.start("stdbuf", QStringList{"-oL", "mosquitto_sub"} + broker.clientOptions(user) +
                                   QStringList{"-t", topic, "-i", id, "-c", "-q", "1", "-x", "3600",
-                                              "-F", "%t %r %p"});
+                                              "-F", format});
     EXPECT_TRUE(m_process.waitForStarted());
 }
 

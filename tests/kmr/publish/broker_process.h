@@ -45,11 +45,12 @@ private:
 
 // A subscriber that keeps its session while the broker restarts: mosquitto_sub, with a line for
 // each message, "TOPIC RETAINED PAYLOAD", RETAINED being 1 for what was there before, else 0.
+// `format` may say otherwise.
 class Subscriber {
 public:
     // `id`: of the session; another for each subscriber.
     Subscriber(const BrokerProcess &broker, const QString &topic, const QString &id,
-               const QString &user = {});
+               const QString &user = {}, const QString &format = "%t %r %p");
     ~Subscriber();
     Subscriber(const Subscriber &) = delete;
     Subscriber &operator=(const Subscriber &) = delete;

@@ -1,10 +1,7 @@
 // 'kmr publish' between a simulated controller and Debian's mosquitto.
 #include "tests/kmr/kmr_process.h"
-#include "tests/kmr/publish/broker_process.h"
+#include "tests/kmr/publish/publish_fixture.h"
 
-#include <QDeadlineTimer>
-#include <QTemporaryDir>
-#include <QThread>
 #include <gtest/gtest.h>
 
 #include <cstddef>
@@ -16,64 +13,6 @@
 #include <unistd.h>
 
 namespace {
-
-const char *const NAMES = "name,tag,unit,scale,writable\n"
-                          "oven,D100/int16,°C,0.1,yes\n"
-                          "valve,M5,,,yes\n"
-                          "speed,D0,,,no\n";
-
-// kmr publish in a process of its own.
-class PublisherProcess {
-public:
-    PublisherProcess(const QString &directory, const QStringList &arguments,
-                     const std::map<QString, QString> &environment = {})
-    {
-        QProcessEnvironment variables = kmrEnvironment();
-        variables.remove("KMR_BROKER");
-        for (const auto &[name, value] : environment)
-            variables.insert(name, value);
-        m_process.setProcessEnvironment(variables);
-        m_process.setWorkingDirectory(directory);
-        m_process.start(KMR_EXECUTABLE, QStringList("publish") + arguments);
-        EXPECT_TRUE(m_process.waitForStarted());
-    }
-
-    // With SIGTERM. Returns the exit code.
-    int terminate()
-    {
-        m_process.terminate();
-        EXPECT_TRUE(m_process.waitForFinished(60000));
-        EXPECT_EQ(m_process.exitStatus(), QProcess::NormalExit);
-        return m_process.exitCode();
-    }
-
-    void kill()
-    {
-        m_process.kill();
-        EXPECT_TRUE(m_process.waitForFinished(60000));
-    }
-
-    // The next line on stderr that has this text.
-    QString waitFor(const QString &text)
-    {
-        m_process.setReadChannel(QProcess::StandardError);
-        const QDeadlineTimer end(60000);
-        for (;;) {
-            while (!m_process.canReadLine() || end.hasExpired()) {
-                if (!m_process.waitForReadyRead(static_cast<int>(end.remainingTime()))) {
-                    ADD_FAILURE() << text.toStdString() << " was not told";
-                    return {};
-                }
-            }
-            const QString line = QString::fromUtf8(m_process.readLine()).trimmed();
-            if (line.contains(text))
-                return line;
-        }
-    }
-
-private:
-    QProcess m_process;
-};
 
 // What systemd is to its services: a socket that takes notices.
 class ServiceManager {
@@ -116,42 +55,6 @@ public:
 private:
     const int m_socket = socket(AF_UNIX, SOCK_DGRAM | SOCK_CLOEXEC, 0);
     QByteArray m_name;
-};
-
-class PublishTest : public testing::Test {
-protected:
-    PublishTest()
-    {
-        saveFile(m_directory.filePath("names.csv"), NAMES);
-    }
-
-    // With the broker, the controller and the names.
-    std::unique_ptr<PublisherProcess> publish(const QStringList &arguments)
-    {
-        return std::make_unique<PublisherProcess>(
-            m_directory.path(), QStringList{"--names", "names.csv", "--prefix", "line", "--broker",
-                                            m_broker.url(), "--link", m_simulator.link(),
-                                            "--timeout", "200", "--retries", "0", "--cycle", "10"} +
-                                    arguments);
-    }
-
-    void set(const QByteArray &assignment)
-    {
-        EXPECT_EQ(m_simulator.answerTo(assignment), "ok");
-    }
-
-    // Sets D100, which is shown as a tenth of it, and waits until that was read and is on disk.
-    void setAndAwaitSpool(const QByteArray &value)
-    {
-        set("D100=" + value);
-        const QByteArray message = "\"value\":" + QByteArray::number(value.toInt() / 10.0) + ',';
-        while (!loadFile(m_directory.filePath("kmr-publish.spool-wal")).contains(message))
-            QThread::msleep(20);
-    }
-
-    const QTemporaryDir m_directory;
-    BrokerProcess m_broker;
-    Simulator m_simulator{{"--listen", "tcp://127.0.0.1:0", "--control"}};
 };
 
 } // namespace
@@ -220,8 +123,9 @@ TEST_F(PublishTest, RestartOfTheBrokerLosesNothing)
     subscriber.waitFor(R"("quality":"good")");
     m_broker.stop();
     publisher->waitFor("no connection to the broker");
-    for (const char *const value : {"11", "12", "13"})
-        setAndAwaitSpool(value);
+    setAndAwaitSpool("11", "\"value\":1.1,");
+    setAndAwaitSpool("12", "\"value\":1.2,");
+    setAndAwaitSpool("13", "\"value\":1.3,");
     m_broker.start();
     for (const char *const value : {"1.1", "1.2", "1.3"})
         subscriber.waitFor(QString(R"("value":%1,.*"quality":"good")").arg(value));
@@ -246,8 +150,9 @@ TEST_F(PublishTest, ChangesWhileTheBrokerIsAwayOutlastKillAndArriveInOrder)
     subscriber.waitFor(R"("quality":"good")");
     m_broker.stop();
     publisher->waitFor("no connection to the broker");
-    for (const char *const value : {"11", "12", "13"})
-        setAndAwaitSpool(value);
+    setAndAwaitSpool("11", "\"value\":1.1,");
+    setAndAwaitSpool("12", "\"value\":1.2,");
+    setAndAwaitSpool("13", "\"value\":1.3,");
     publisher->kill();
     set("D100=14");
     publisher = publish({"oven"});

@@ -1,0 +1,72 @@
+// What Sparkplug B payloads consist of, as Protocol Buffers number it: the fields that are used, of
+// those in the Eclipse Sparkplug Specification 3.0.0, chapter "Payloads" (its Protocol Buffer
+// schema), and the data types there.
+#pragma once
+
+#include <cstdint>
+
+namespace kmr::sparkplug {
+
+enum class PayloadField : std::uint32_t {
+    Timestamp = 1, // uint64: when it was sent, milliseconds since 1970 UTC
+    Metrics = 2,   // each a MetricField message
+    Seq = 3,       // uint64: 0 to 255
+};
+
+enum class MetricField : std::uint32_t {
+    Name = 1,         // string
+    Timestamp = 3,    // uint64: of the value
+    DataType = 4,     // uint32
+    IsHistorical = 5, // bool
+    IsNull = 7,       // bool
+    Properties = 9,   // a PropertySetField message
+    Int = 10,         // uint32: integers of up to 32 bits, in two's complement
+    Long = 11,        // uint64: those of 64 bits
+    Float = 12,
+    Double = 13,
+    Boolean = 14,
+    String = 15,
+    Bytes = 16, // arrays
+};
+
+enum class PropertySetField : std::uint32_t {
+    Keys = 1,   // strings
+    Values = 2, // for each key a PropertyValueField message
+};
+
+enum class PropertyValueField : std::uint32_t {
+    Type = 1,   // uint32: a DataType
+    Int = 3,    // uint32
+    String = 8, // string
+};
+
+// An array is a type of its own; its elements are packed into bytes, the lowest byte first.
+enum class DataType : std::uint32_t {
+    Int8 = 1,
+    Int16 = 2,
+    Int32 = 3,
+    Int64 = 4,
+    UInt16 = 6,
+    UInt64 = 8,
+    Float = 9,
+    Double = 10,
+    Boolean = 11,
+    String = 12,
+    Int8Array = 22,
+    Int16Array = 23,
+    Int32Array = 24,
+    Int64Array = 25,
+    UInt8Array = 26,
+    UInt16Array = 27,
+    UInt32Array = 28,
+    UInt64Array = 29,
+    FloatArray = 30,
+    DoubleArray = 31,
+    BooleanArray = 32, // their number in 4 bytes, then 8 in a byte, the first in the highest bit
+    StringArray = 33,  // each ends with a zero byte
+};
+
+// What the type of an array has more than that of its elements.
+constexpr std::uint32_t ARRAY = 21;
+
+} // namespace kmr::sparkplug
