@@ -55,6 +55,7 @@ struct PublishOptions {
     double spoolSize = 64; // megabytes
     double spoolAge = 168; // hours
     bool allowsWrites = false;
+    std::string metrics; // empty: none
     std::optional<double> seconds;
 };
 
@@ -96,6 +97,7 @@ ExitCode runPublish(const Options &options, const PublishOptions &own)
     settings.spoolLimits.bytes = static_cast<qint64>(BYTES_EACH_MEGABYTE * own.spoolSize);
     settings.spoolLimits.milliseconds = static_cast<qint64>(MILLISECONDS_EACH_HOUR * own.spoolAge);
     settings.allowsWrites = own.allowsWrites;
+    settings.metrics = toQString(own.metrics);
     try {
         return Publisher(options, settings).run();
     } catch (const Error &) {
@@ -159,12 +161,14 @@ void addPublish(CLI::App &app, Command &chosen, OptionReader &reader)
     addSpoolOptions(command, *own);
     command.addFlag("--allow-write", own->allowsWrites,
                     "carry out requests to write names that are marked writable");
+    command.add("--metrics", own->metrics,
+                "ADDRESS:PORT at which Prometheus finds figures, for example 127.0.0.1:9100");
     command.add("--for", own->seconds, "end after this many seconds").aboveZero(1e9);
     command.setHelp(std::string(HELP) + TAG_HELP + EXAMPLES);
     reader.addSection("publish", command,
                       {"broker", "prefix", "sparkplug", "mqtt", "payload", "heartbeat", "cycle",
                        "ca", "certificate", "key", "credentials", "spool", "spool-size",
-                       "spool-age", "allow-write"},
+                       "spool-age", "allow-write", "metrics"},
                       {"ca", "certificate", "key", "credentials", "spool"}, "KMR_BROKER");
     command.setAction(chosen, own, runPublish);
 }

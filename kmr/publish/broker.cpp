@@ -76,6 +76,14 @@ Incoming incomingOf(const mosquitto_message &message, const mosquitto_property *
     return incoming;
 }
 
+// Whether sending failed because of the message, not of the connection.
+bool isAboutMessage(int result)
+{
+    return result == MOSQ_ERR_INVAL || result == MOSQ_ERR_PAYLOAD_SIZE ||
+           result == MOSQ_ERR_MALFORMED_UTF8 || result == MOSQ_ERR_QOS_NOT_SUPPORTED ||
+           result == MOSQ_ERR_OVERSIZE_PACKET;
+}
+
 } // namespace
 
 // What libmosquitto calls, with the broker as its argument.
@@ -228,7 +236,7 @@ std::optional<int> Broker::publish(const Message &message)
         message.isRetained, properties.list);
     if (result == MOSQ_ERR_SUCCESS && m_settings.isSparkplug)
         askWhetherTaken(message.topic, id);
-    if (result == MOSQ_ERR_SUCCESS || result == MOSQ_ERR_NO_CONN || result == MOSQ_ERR_CONN_LOST)
+    if (!isAboutMessage(result))
         return id; // without a connection it is never acknowledged, and sent again later
     m_events.acknowledged(0, mosquitto_strerror(result));
     return std::nullopt;

@@ -3,7 +3,6 @@
 #include "host/error.h"
 #include "kmr/assignment.h"
 #include "kmr/output.h"
-#include "kmr/publish/line_report.h"
 #include "kmr/publish/plain_topics.h"
 #include "kmr/publish/sparkplug_node.h"
 #include "kmr/stop_signal.h"
@@ -20,6 +19,7 @@ using std::chrono::steady_clock;
 
 constexpr milliseconds STOP_CHECK(50);
 constexpr std::chrono::seconds BETWEEN_REPORTS(10);
+constexpr std::chrono::seconds BETWEEN_METRICS(1);
 constexpr std::chrono::seconds BETWEEN_REFUSALS(1);
 constexpr milliseconds FIRST_PAUSE(500); // before opening the line again; doubled up to the longest
 constexpr milliseconds LONGEST_PAUSE(30000);
@@ -29,12 +29,21 @@ void tell(const QString &line)
     printError(now() + ' ' + line);
 }
 
+std::unique_ptr<Metrics> metricsAt(const QString &address)
+{
+    if (address.isEmpty())
+        return nullptr;
+    auto metrics = std::make_unique<Metrics>(address);
+    tell("metrics at " + metrics->url());
+    return metrics;
+}
+
 } // namespace
 
 Publisher::Publisher(const Options &options, PublisherSettings settings)
-    : m_settings(std::move(settings)), m_connection(options),
-      m_tags(publishedTags(m_connection.readTags(m_settings.tags), m_connection.tags().names(),
-                           m_settings.prefix)),
+    : m_settings(std::move(settings)), m_metrics(metricsAt(m_settings.metrics)),
+      m_connection(options), m_tags(publishedTags(m_connection.readTags(m_settings.tags),
+                                                  m_connection.tags().names(), m_settings.prefix)),
       m_topics(m_settings.prefix,
                knownNames(m_tags, m_connection.tags().names(), m_settings.allowsWrites)),
       m_convention(convention()), m_spool(m_settings.spool, m_settings.spoolLimits),
@@ -213,17 +222,36 @@ void Publisher::refuseExcess(Time now)
                  .arg(m_inbox.refused()));
 }
 
+LineReport Publisher::report() const
+{
+    return {QDateTime::currentMSecsSinceEpoch(),
+            m_isLost,
+            m_session.statistics(),
+            m_values.silentStations(),
+            m_spooler->stored() + m_outbox->unstored(),
+            m_spooler->dropped(),
+            m_requests,
+            m_inbox.refused(),
+            m_outbox->isConnected(),
+            m_spooler->stored(),
+            m_spooler->storedBytes(),
+            m_desk.outcomes()};
+}
+
 void Publisher::reportLine(Time now)
 {
+    if (m_metrics && now >= m_nextMetrics) {
+        m_nextMetrics = now + BETWEEN_METRICS;
+        m_metrics->note(report());
+    }
     if (m_settings.broker.isSparkplug || now < m_nextReport)
         return;
     m_nextReport = now + BETWEEN_REPORTS;
+    const LineReport line = report();
     Message message;
-    message.time = QDateTime::currentMSecsSinceEpoch();
+    message.time = line.time;
     message.topic = m_topics.line();
-    message.payload = toJson({message.time, m_isLost, m_session.statistics(),
-                              m_values.silentStations(), m_spooler->stored() + m_outbox->unstored(),
-                              m_spooler->dropped(), m_requests, m_inbox.refused()});
+    message.payload = toJson(line);
     m_outbox->pushIfConnected(std::move(message));
 }
 
@@ -257,6 +285,8 @@ void Publisher::note(const Exchange &exchange)
     if (exchange.outcome != Exchange::Outcome::Good)
         return;
     m_outages.noteAnswer(run, time);
+    if (m_metrics)
+        m_metrics->noteRoundTrip(exchange.roundTrip);
     if (std::exchange(m_isLost, false))
         tell("the line is back");
 }

@@ -4,6 +4,7 @@
 #include "kmr/connection.h"
 #include "kmr/outages.h"
 #include "kmr/publish/courier.h"
+#include "kmr/publish/metrics.h"
 #include "kmr/publish/service_notice.h"
 #include "kmr/publish/set_inbox.h"
 #include "kmr/publish/spooler.h"
@@ -31,6 +32,7 @@ struct PublisherSettings {
     QString spool;                          // file
     SpoolLimits spoolLimits;
     bool allowsWrites = false;
+    QString metrics; // "127.0.0.1:9100", where Prometheus finds figures; empty: nowhere
 };
 
 class Publisher {
@@ -60,6 +62,7 @@ private:
     void tick();
     void takeRequest();
     void refuseExcess(Time now);
+    LineReport report() const;
     void reportLine(Time now);
     void bringBack();
     void note(const Exchange &exchange);
@@ -67,6 +70,7 @@ private:
     void finish();
 
     const PublisherSettings m_settings;
+    const std::unique_ptr<Metrics> m_metrics; // or null
     ServiceNotice m_notice;
     Connection m_connection;
     const std::vector<PublishedTag> m_tags;
@@ -84,6 +88,7 @@ private:
     Outages m_outages;
     const Time m_begin = std::chrono::steady_clock::now();
     Time m_nextReport;
+    Time m_nextMetrics;
     Time m_nextRefusals;
     std::uint64_t m_requests = 0;
     bool m_isLost = false;

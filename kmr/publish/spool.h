@@ -60,6 +60,10 @@ public:
     {
         return m_count;
     }
+    std::uint64_t bytes() const
+    {
+        return static_cast<std::uint64_t>(m_bytes);
+    }
 
 private:
     using Database = std::unique_ptr<sqlite3, decltype(&sqlite3_close)>;

@@ -73,6 +73,7 @@ void Spooler::work(std::chrono::milliseconds patience)
         noteFailure(error.text());
     }
     m_stored = m_spool.count();
+    m_storedBytes = m_spool.bytes();
 }
 
 void Spooler::removeDelivered()

@@ -31,10 +31,14 @@ public:
     // Stores all that still waits, and ends. Nothing may be pushed any more.
     void end();
 
-    // Any thread: messages on disk, and those that were dropped.
+    // Any thread: messages on disk, their bytes, and messages that were dropped.
     std::uint64_t stored() const
     {
         return m_stored;
+    }
+    std::uint64_t storedBytes() const
+    {
+        return m_storedBytes;
     }
     std::uint64_t dropped() const
     {
@@ -58,6 +62,7 @@ private:
     std::uint64_t m_untold = 0; // dropped since the last line about it
     std::chrono::steady_clock::time_point m_nextTold;
     std::atomic<std::uint64_t> m_stored{0};
+    std::atomic<std::uint64_t> m_storedBytes{0};
     std::atomic<std::uint64_t> m_dropped{0};
     std::mutex m_mutex;
     std::condition_variable m_change;

@@ -66,6 +66,7 @@ Message WriteDesk::handle(const Incoming &incoming)
     const QString name = m_topics.nameOfSet(incoming.topic).value_or(QString());
     QString id;
     const WriteOutcome outcome = carryOut(incoming, name, id);
+    ++m_outcomes[outcome.word.toStdString()];
     return answer(incoming, name, id, outcome);
 }
 

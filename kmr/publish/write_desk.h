@@ -9,8 +9,11 @@
 
 #include <QString>
 
+#include <cstdint>
 #include <deque>
 #include <functional>
+#include <map>
+#include <string>
 #include <utility>
 
 namespace kmr {
@@ -40,6 +43,12 @@ public:
     // The answer to a request that found no place.
     Message refuse(const Incoming &incoming, const QString &reason) const;
 
+    // How many requests were answered with each word; all words are there.
+    const std::map<std::string, std::uint64_t> &outcomes() const
+    {
+        return m_outcomes;
+    }
+
 private:
     WriteOutcome carryOut(const Incoming &incoming, const QString &name, QString &id);
     void remember(const QByteArray &identity, const WriteOutcome &outcome);
@@ -51,6 +60,8 @@ private:
     const Topics &m_topics;
     const Write m_write;
     std::deque<std::pair<QByteArray, WriteOutcome>> m_done; // by what makes a request the same
+    std::map<std::string, std::uint64_t> m_outcomes = {
+        {"confirmed", 0}, {"no answer", 0}, {"not sent", 0}, {"refused", 0}, {"unknown", 0}};
 };
 
 // What came of writing, in the words of an answer.

@@ -80,6 +80,9 @@ const Row ROWS[] = {
     {"publish D1 --broker mqtt://b --ca /dev/null", 2, "certificates are given, but"},
     {"publish D1 --broker mqtt://b --allow-write", 2, "--allow-write allows nothing: no name is"},
     {"publish D1 --broker mqtt://b --prefix a/#", 2, "bad prefix \"a/#\": "},
+    {"publish D1 --broker mqtt://b --metrics 9100", 2,
+     "bad address for metrics \"9100\": expected"},
+    {"publish D1 --broker mqtt://b --metrics 192.0.2.1:0", 2, "cannot listen on 192.0.2.1:0 for"},
     {"publish D1 --broker mqtt://b --spool /no/such/spool", 2, "cannot spool to /no/such/spool: "},
     // Files.
     {"trace /no/such/file", 2, "cannot read the capture /no/such/file: "},

@@ -2,6 +2,8 @@
 #include "tests/kmr/kmr_process.h"
 #include "tests/kmr/publish/publish_fixture.h"
 
+#include <QTcpSocket>
+#include <QUrl>
 #include <gtest/gtest.h>
 
 #include <cstddef>
@@ -56,6 +58,17 @@ private:
     const int m_socket = socket(AF_UNIX, SOCK_DGRAM | SOCK_CLOEXEC, 0);
     QByteArray m_name;
 };
+
+QString scrape(const QUrl &url)
+{
+    QTcpSocket socket;
+    socket.connectToHost(url.host(), static_cast<quint16>(url.port()));
+    EXPECT_TRUE(socket.waitForConnected(60000));
+    socket.write("GET " + url.path().toUtf8() + " HTTP/1.0\r\n\r\n");
+    while (socket.waitForReadyRead(60000)) {
+    }
+    return QString::fromUtf8(socket.readAll());
+}
 
 } // namespace
 
@@ -214,6 +227,34 @@ TEST_F(PublishTest, AFloodOfRequestsIsCountedAndThePollingGoesOn)
     set("D0=7");
     subscriber.waitFor("^line/speed 0 \\{\"value\":7,");
     subscriber.waitFor("^line/\\$line 0 .*\"requests_refused\":[1-9]");
+}
+
+TEST_F(PublishTest, MetricsHaveTheFiguresOfTheLineAndOfTheRequests)
+{
+    const auto publisher = publish({"oven", "7#D0", "--allow-write", "--metrics", "127.0.0.1:0"});
+    const QString url = publisher->waitFor("metrics at http://127.0.0.1:").section(' ', -1);
+    publisher->waitFor("connected to the broker");
+    publishTo(m_broker, "line/oven/set", {"-m", "20"});
+    publishTo(m_broker, "line/oven/set", {"-m", "hot"});
+    QString metrics;
+    while (!metrics.contains("{outcome=\"refused\"} 1\n"))
+        metrics = scrape(url);
+    for (const char *const pattern :
+         {"\nkmr_requests_total\\{outcome=\"confirmed\"\\} 1\n", "\nkmr_line_open 1\n",
+          "\nkmr_broker_connected 1\n", "\nkmr_exchanges_good_total [1-9]",
+          "\nkmr_give_ups_total [1-9]", "\nkmr_silent_stations 1\n", "\nkmr_strays_total 0\n",
+          "\nkmr_round_trip_seconds_bucket\\{le=\"5\"\\} [1-9]", "\nkmr_spool_bytes 0\n"})
+        EXPECT_TRUE(matches(metrics, pattern)) << pattern << " is not in\n"
+                                               << metrics.toStdString();
+    m_broker.stop();
+    set("D100=30");
+    while (!matches(metrics, "\nkmr_broker_connected 0\n(.*\n)*kmr_spool_messages [1-9]"))
+        metrics = scrape(url);
+    const Finished second = run({"publish", "oven", "--broker", m_broker.url(), "--metrics",
+                                 QUrl(url).authority(), "--link", m_simulator.link()});
+    EXPECT_EQ(second.exitCode, 2);
+    EXPECT_TRUE(second.err.contains("for metrics: The bound address is already in use"));
+    m_broker.start();
 }
 
 TEST(PublishService, TellsItsManagerThatItIsReadyAliveAndStopping)

@@ -1,17 +1,22 @@
 #!/usr/bin/env python3
-"""Soaks 'kmr publish' in all that can go wrong, at random moments and all at once: the broker is
-stopped and started, the connection to it cut and stalled, the line lost, the disk full, the process
-killed with -9. Then it judges what a subscriber got that the broker keeps messages for:
+"""Soaks 'kmr publish' in all that can go wrong, at random moments and all at once: in each round the
+broker is stopped and started, and meanwhile, perhaps, the connection to it is cut or stalled, the
+line is lost, the disk is full, the process killed with -9. Then it judges what a subscriber got that
+the broker keeps messages for:
 
 - each change that was read arrived, in order for each topic; nothing arrived that never was
-- the last retained value of each name is the controller's, and good
+- no message says that a value is good which the controller did not have at the message's time
 - a lost line made each value stale
+- the last retained value of each name is the controller's, and good
 
 A change counts as read once the simulator has logged three reads after it. One that was made within
-the last two seconds before a kill may be missing: one second is allowed, on a quiet machine.
+the last two seconds before a kill may be missing (one second is allowed, on a quiet machine), and so
+may one that was made while the disk was full, if the process was killed before it could be written
+again.
 
     publish_soak.py KMR LIBRARY ROUNDS [SEED]
 """
+import datetime
 import json
 import os
 import pathlib
@@ -28,6 +33,7 @@ import time
 NAMES = ("D100", "D101", "D102")  # one request reads them all
 PATIENCE = 120  # seconds for what must happen
 MAY_BE_LOST = 2.0  # seconds before a kill
+LATE = 2.0  # seconds that an answer may wait for this busy machine
 
 
 def free_port():
@@ -42,6 +48,10 @@ def wait_for(what, condition):
         if time.monotonic() > end:
             raise TimeoutError(what)
         time.sleep(0.01)
+
+
+def time_of(message):
+    return datetime.datetime.fromisoformat(message["time"].replace("Z", "+00:00")).timestamp()
 
 
 class Proxy:
@@ -94,22 +104,23 @@ class Proxy:
 class Simulator:
     """kmr sim on a port of its own, whose memory this program sets and whose reads it counts."""
 
-    def __init__(self, kmr, environment):
+    def __init__(self, kmr, environment, memory):
         self.kmr, self.environment, self.port = kmr, environment, free_port()
         self.values = dict.fromkeys(NAMES, 0)
-        self.process = None
+        self.memory = memory  # a file of it
         self.start()
 
     def start(self):
+        """With the values that it had."""
         self.reads = 0
+        self.memory.write_text("tag,value\n" + "".join(
+            f"{name},{value}\n" for name, value in self.values.items()), encoding="ascii")
         self.process = subprocess.Popen(
-            [self.kmr, "sim", "--listen", f"tcp://127.0.0.1:{self.port}", "--control", "--log"],
-            stdin=subprocess.PIPE, stdout=subprocess.PIPE, stderr=subprocess.PIPE, text=True,
-            env=self.environment)
+            [self.kmr, "sim", "--listen", f"tcp://127.0.0.1:{self.port}", "--control", "--log",
+             "--load", self.memory], stdin=subprocess.PIPE, stdout=subprocess.PIPE,
+            stderr=subprocess.PIPE, text=True, env=self.environment)
         assert self.process.stdout.readline().startswith("ready")
         threading.Thread(target=self.count, args=(self.process,), daemon=True).start()
-        for name, value in self.values.items():
-            self.tell(name, value)
 
     def count(self, process):
         for line in process.stderr:
@@ -122,26 +133,40 @@ class Simulator:
         assert self.process.stdout.readline() == "ok\n"
 
     def stop(self):
-        self.process.terminate()
-        self.process.wait(PATIENCE)
+        if self.process:
+            self.process.terminate()
+            self.process.wait(PATIENCE)
+        self.process = None
 
 
 class Soak:
     def __init__(self, kmr, library, rounds, seed):
         self.kmr, self.rounds, self.random = kmr, rounds, random.Random(seed)
         self.folder = pathlib.Path(tempfile.mkdtemp(prefix="publish-soak-"))
-        self.environment = {**os.environ, "KMR_DRIVER": library}
-        self.changes = {name: [] for name in NAMES}  # (value, when it was made, whether it was read)
-        self.kills = []
-        self.losses = 0
+        self.environment = {**os.environ, "KMR_DRIVER": library,
+                            "NOTIFY_SOCKET": str(self.folder / "manager")}
+        # As a service the publisher waits for a line that is not there.
+        self.manager = socket.socket(socket.AF_UNIX, socket.SOCK_DGRAM)
+        self.manager.bind(self.environment["NOTIFY_SOCKET"])
+        threading.Thread(target=self.take_notices, daemon=True).start()
+        self.changes = {name: [] for name in NAMES}  # (value, when it was made)
+        self.kills = []  # (since when changes may be missing, when)
+        self.losses = []  # of the line: (begin, end)
+        self.is_line_lost = False
+        self.full_since = None  # the disk, for the publisher
+        self.counts = {}  # of all that went wrong
         self.broker_port = free_port()
         self.write_broker_settings()
         self.broker = self.start_broker()
         self.proxy = Proxy(self.broker_port)
         self.subscriber = self.start_subscriber()
-        self.simulator = Simulator(kmr, self.environment)
-        self.told = ""  # by the publisher
+        self.simulator = Simulator(kmr, self.environment, self.folder / "memory.csv")
+        self.log = self.told = ""  # by all publishers, and by the last
         self.publisher = self.start_publisher()
+
+    def take_notices(self):
+        while True:
+            self.manager.recv(100)
 
     def write_broker_settings(self):
         (self.folder / "mosquitto.conf").write_text(
@@ -174,90 +199,108 @@ class Soak:
         return "line/hello" in (self.folder / "received").read_text(encoding="utf-8")
 
     def start_publisher(self):
+        limit = "unlimited" if self.full_since is None else 0
         process = subprocess.Popen(
-            [self.kmr, "publish", *NAMES, "--prefix", "line", "--cycle", "10", "--timeout", "200",
-             "--broker", f"mqtt://127.0.0.1:{self.proxy.port}", "--link",
+            ["prlimit", f"--fsize={limit}:", self.kmr, "publish", *NAMES, "--prefix", "line",
+             "--cycle", "10", "--timeout", "200", "--broker",
+             f"mqtt://127.0.0.1:{self.proxy.port}", "--link",
              f"tcp://127.0.0.1:{self.simulator.port}", "--spool", self.folder / "spool"],
             stderr=subprocess.PIPE, text=True, env=self.environment, restore_signals=False)
+        self.told = ""
         threading.Thread(target=self.listen, args=(process,), daemon=True).start()
         return process
 
     def listen(self, process):
         for line in process.stderr:
-            self.told += line
+            self.log += line
+            if process is self.publisher:
+                self.told += line
 
     def change(self):
         name = self.random.choice(NAMES)
         value = self.simulator.values[name] = self.simulator.values[name] + 1
+        self.changes[name].append((value, time.time()))
         self.simulator.tell(name, value)
-        made, before = time.monotonic(), self.simulator.reads
+        self.await_reads()
+
+    def await_reads(self):
+        before = self.simulator.reads
         wait_for("a read", lambda: self.simulator.reads >= before + 4)
-        self.changes[name].append((value, made))
 
     def some_changes(self):
-        for _ in range(self.random.randint(0, 4)):
+        for _ in range(0 if self.is_line_lost else self.random.randint(0, 4)):
             self.change()
 
     def stop_broker(self):
-        """And something else meanwhile, perhaps."""
         self.broker.terminate()
         self.broker.wait(PATIENCE)
-        self.some_changes()
-        self.random.choice([self.kill, self.lose_line, self.some_changes])()
+
+    def begin_broker(self):
         self.broker = self.start_broker()
+
+    def lose_line(self):
+        self.is_line_lost = True
+        self.simulator.stop()
+        self.losses.append((time.time(), None))
+        time.sleep(1)  # the publisher is to notice it
+
+    def bring_line_back(self):
+        self.losses[-1] = (self.losses[-1][0], time.time())
+        self.simulator.start()
+        self.is_line_lost = False
+        self.await_reads()
+
+    def fill_disk(self):
+        self.full_since = time.time()
+        resource.prlimit(self.publisher.pid, resource.RLIMIT_FSIZE, (0, -1))
+
+    def empty_disk(self):
+        resource.prlimit(self.publisher.pid, resource.RLIMIT_FSIZE, (-1, -1))
+        wait_for("the disk", lambda: self.told.count("can be written again") ==
+                 self.told.count("cannot spool"))
+        self.full_since = None
 
     def cut(self):
         self.proxy.cut()
-        self.some_changes()
 
     def stall(self):
         self.proxy.flows.clear()
-        self.some_changes()
+
+    def flow(self):
         self.proxy.flows.set()
 
-    def lose_line(self):
-        before = self.stale_count()
-        self.simulator.stop()
-        self.losses += 1
-        if self.broker.poll() is None:
-            wait_for("stale", lambda: self.stale_count() > before)
-        self.simulator.start()
-        wait_for("the line", lambda: self.simulator.reads > 3)
-
-    def stale_count(self):
-        return (self.folder / "received").read_text(encoding="utf-8").count('"stale"')
-
-    def fill_disk(self):
-        """While the broker is away, so that the disk is needed."""
-        self.broker.terminate()
-        self.broker.wait(PATIENCE)
-        before = self.told.count("cannot spool")
-        resource.prlimit(self.publisher.pid, resource.RLIMIT_FSIZE, (0, -1))
-        self.change()
-        wait_for("the full disk", lambda: self.told.count("cannot spool") > before)
-        self.some_changes()
-        resource.prlimit(self.publisher.pid, resource.RLIMIT_FSIZE, (-1, -1))
-        self.broker = self.start_broker()
-        wait_for("the disk", lambda: self.told.count("can be written again") ==
-                 self.told.count("cannot spool"))
-
     def kill(self):
-        self.kills.append(time.monotonic())
+        now = time.time()
+        self.kills.append((min(now, self.full_since or now) - MAY_BE_LOST, now))
         self.publisher.kill()
         self.publisher.wait(PATIENCE)
         self.publisher = self.start_publisher()
-        before = self.simulator.reads
-        wait_for("the publisher", lambda: self.simulator.reads > before + 3)
+        if not self.is_line_lost:
+            self.await_reads()
 
-    def run(self):
-        faults = [self.stop_broker, self.cut, self.stall, self.lose_line, self.fill_disk, self.kill]
-        for number in range(self.rounds):
-            fault = faults[number % len(faults)] if number < len(faults) else \
-                self.random.choice(faults)
-            print(f"{number}: {fault.__name__}", flush=True)
+    def round(self):
+        lasting = {self.stall: self.flow, self.lose_line: self.bring_line_back,
+                   self.fill_disk: self.empty_disk}
+        begun = [fault for fault in lasting if self.random.random() < 0.3]
+        once = [fault for fault in (self.cut, self.kill) if self.random.random() < 0.3]
+        lasting[self.stop_broker] = self.begin_broker
+        begin = [self.stop_broker, *begun]
+        end = [lasting[fault] for fault in begin]
+        self.random.shuffle(begin)
+        self.random.shuffle(end)
+        steps = begin + end
+        for fault in once:
+            steps.insert(self.random.randint(0, len(steps)), fault)
+        for step in steps:
             self.some_changes()
             time.sleep(self.random.random() / 4)
-            fault()
+            step()
+            self.counts[step.__name__] = self.counts.get(step.__name__, 0) + 1
+        return [step.__name__ for step in steps]
+
+    def run(self):
+        for number in range(self.rounds):
+            print(f"{number}: {' '.join(self.round())}", flush=True)
         for _ in NAMES:
             self.change()
         wait_for("the last values", lambda: all(self.retained(name) == value for name, value in
@@ -273,31 +316,46 @@ class Soak:
         return message.get("value") if message.get("quality") == "good" else None
 
     def received(self):
-        """Of each name the good values in the order of their first arrival."""
-        values = {name: [] for name in NAMES}
+        """Of each name the messages, in order of their arrival."""
+        messages = {name: [] for name in NAMES}
         for line in (self.folder / "received").read_text(encoding="utf-8").splitlines():
             topic, _, payload = line.partition(" ")
             name = topic.removeprefix("line/")
-            if name not in NAMES:
-                continue
-            message = json.loads(payload)
-            if message["quality"] == "good" and message["value"] not in values[name]:
-                values[name].append(message["value"])
-        return values
+            if name in NAMES:
+                messages[name].append(json.loads(payload))
+        return messages
 
     def may_be_missing(self, made):
-        return any(0 <= kill - made <= MAY_BE_LOST for kill in self.kills)
+        return any(since <= made <= kill for since, kill in self.kills)
 
     def faults(self):
         found = []
-        for name, values in self.received().items():
+        for name, messages in self.received().items():
+            good = [message for message in messages if message["quality"] == "good"]
+            values = list(dict.fromkeys(message["value"] for message in good))
             if values != sorted(values):
                 found.append(f"{name}: not in order: {values}")
-            if values and values[-1] > self.simulator.values[name]:
-                found.append(f"{name}: {values[-1]} never was")
             found += [f"{name}: {value} is missing" for value, made in self.changes[name]
                       if value not in values and not self.may_be_missing(made)]
+            found += [f"{name}: {message} is false" for message in good
+                      if not self.was_true(name, message)]
+            found += [f"{name}: was not stale from {begin} to {end}" for begin, end in self.losses
+                      if not any(since < end and begin < kill for since, kill in self.kills) and
+                      not self.was_stale(messages, begin)]
         return found
+
+    def was_true(self, name, message):
+        """The controller was there at that time, and had the value."""
+        when, value = time_of(message), message["value"]
+        made = [0, *(made for _, made in self.changes[name]), time.time()]
+        return 0 <= value < len(made) - 1 and made[value] - 0.1 <= when <= made[value + 1] + LATE \
+            and not any(begin + LATE < when < end for begin, end in self.losses)
+
+    @staticmethod
+    def was_stale(messages, begin):
+        """With the time of the last answer before the loss of the line."""
+        return any(message["quality"] == "stale" and message["time"] and
+                   -3 < time_of(message) - begin < LATE for message in messages)
 
     def end(self):
         for process in (self.publisher, self.subscriber, self.broker):
@@ -316,13 +374,13 @@ def main(kmr, library, rounds, seed=None):
         faults = soak.faults()
     finally:
         soak.end()
-    changes = sum(len(made) for made in soak.changes.values())
-    print("\n".join(faults) or f"good: {changes} changes, {len(soak.kills)} kills, "
-          f"{soak.losses} losses of the line")
+        (soak.folder / "publisher.log").write_text(soak.log, encoding="utf-8")
     if faults:
-        (soak.folder / "publisher.log").write_text(soak.told, encoding="utf-8")
+        print("\n".join(faults))
         print(f"see {soak.folder}")
         return 1
+    changes = sum(len(made) for made in soak.changes.values())
+    print(f"good: {changes} changes; {json.dumps(soak.counts)}")
     subprocess.run(["rm", "-r", soak.folder], check=True)
     return 0
 

@@ -1,0 +1,44 @@
+// The figures of a line and of its publisher for Prometheus, at http://HOST:PORT/metrics. Threads
+// of its own answer; they wait for nothing, and nothing waits for them.
+#pragma once
+
+#include "kmr/publish/line_report.h"
+
+#include <QString>
+
+#include <chrono>
+#include <memory>
+
+namespace prometheus {
+class Exposer;
+}
+
+namespace kmr {
+
+class Metrics {
+public:
+    // Listens at "127.0.0.1:9100", port 0 for any free one. Throws Error (Usage) for a bad address,
+    // and for one that can't be listened at.
+    explicit Metrics(const QString &address);
+    ~Metrics();
+    Metrics(const Metrics &) = delete;
+    Metrics &operator=(const Metrics &) = delete;
+
+    // Where the figures are.
+    QString url() const;
+
+    // A good exchange took so long.
+    void noteRoundTrip(std::chrono::nanoseconds time);
+
+    // The figures from now on.
+    void note(const LineReport &report);
+
+private:
+    struct Figures;
+
+    const QString m_host;
+    std::unique_ptr<Figures> m_figures;
+    std::unique_ptr<prometheus::Exposer> m_server;
+};
+
+} // namespace kmr
