@@ -1,6 +1,8 @@
 // What the window does with the traffic and the state of the line.
 #include "host/error.h"
+#include "view/capture_values.h"
 #include "view/main_window.h"
+#include "view/recording_view.h"
 
 #include <QFileInfo>
 
@@ -59,11 +61,14 @@ bool MainWindow::openCapture(const QString &path)
 {
     try {
         const Capture capture = readCapture(path);
+        const QString name = QFileInfo(path).fileName();
+        const QString tip = tr("%1, of %2").arg(path, capture.link);
+        auto recording = std::make_unique<Recording>();
+        if (readValues(capture, *recording))
+            addFilePage(new RecordingView(std::move(recording)), tr("%1: trends").arg(name), tip);
         auto *view = new TrafficView(false);
         view->add(trafficOf(capture));
-        const int index = m_pages->addTab(view, QFileInfo(path).fileName());
-        m_pages->setTabToolTip(index, tr("%1, of %2").arg(path, capture.link));
-        m_pages->setCurrentIndex(index);
+        addFilePage(view, name, tip);
         if (!capture.cut.isEmpty())
             warn(capture.cut);
     } catch (const Error &error) {

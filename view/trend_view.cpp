@@ -40,10 +40,7 @@ TrendView::TrendView(const History &history, QWidget *parent)
             [this] { m_table->showFigures(m_history, *m_plot); });
     connect(m_plot, &TrendPlot::followingChanged, this,
             [this](bool isFollowing) { m_follow->setChecked(!isFollowing); });
-    connect(m_table, &TrendTable::styleChanged, this, [this](int row, const TrendStyle &style) {
-        m_styles[static_cast<std::size_t>(row)] = style;
-        showStyles();
-    });
+    connect(m_table, &TrendTable::styleChanged, this, &TrendView::restyle);
     showStyles();
 }
 
@@ -92,6 +89,12 @@ void TrendView::add(int id, const QString &name, const QString &unit, bool isBit
                                     [](const TrendStyle &other) { return !other.isBit; });
     style.isRight = first != m_styles.end() && first->unit != unit;
     m_styles.push_back(style);
+    showStyles();
+}
+
+void TrendView::restyle(int place, const TrendStyle &style)
+{
+    m_styles[static_cast<std::size_t>(place)] = style;
     showStyles();
 }
 

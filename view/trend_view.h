@@ -22,6 +22,9 @@ public:
     // Shows a tag as well. One that is shown already stays as it is.
     void add(int id, const QString &name, const QString &unit, bool isBit);
     void remove(int id);
+
+    // Another axis, factor or offset of the tag at this place in styles().
+    void restyle(int place, const TrendStyle &style);
     void clear();
     const std::vector<TrendStyle> &styles() const
     {

@@ -112,7 +112,7 @@ private slots:
             readRecording(path, recording);
             QFAIL("it was taken");
         } catch (const Error &error) {
-            QVERIFY(error.text().contains("is no recording"));
+            QVERIFY(error.text().contains("is not a recording"));
         }
     }
 

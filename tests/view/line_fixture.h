@@ -6,6 +6,7 @@
 #include "simulator/tcp_server.h"
 #include "view/main_window.h"
 
+#include <QMimeData>
 #include <QSettings>
 #include <QTemporaryDir>
 #include <QtTest>
@@ -108,6 +109,37 @@ inline QString cell(MainWindow &window, int row, int column)
 {
     const QAbstractItemModel *model = child<QTableView>(window, "values")->model();
     return model->index(row, column).data().toString();
+}
+
+inline void addTag(MainWindow &window, const char *text)
+{
+    auto *edit = child<QLineEdit>(window, "tagText");
+    QTest::keyClicks(edit, text);
+    QTest::keyClick(edit, Qt::Key_Return);
+}
+
+inline void drop(QWidget &target, const QMimeData &data)
+{
+    QDragEnterEvent enter({5, 5}, Qt::CopyAction, &data, Qt::LeftButton, {});
+    QApplication::sendEvent(&target, &enter);
+    QVERIFY(enter.isAccepted());
+    QDropEvent dropped({5, 5}, Qt::CopyAction, &data, Qt::LeftButton, {});
+    QApplication::sendEvent(&target, &dropped);
+}
+
+inline void dropFile(MainWindow &window, const QString &path)
+{
+    QMimeData data;
+    data.setUrls({QUrl::fromLocalFile(path)});
+    drop(window, data);
+}
+
+// A key of the window's menus.
+inline void press(MainWindow &window, Qt::Key key)
+{
+    window.activateWindow();
+    QVERIFY(QTest::qWaitForWindowActive(&window, PATIENCE));
+    QTest::keyClick(&window, key, Qt::ControlModifier);
 }
 
 inline void mark(MainWindow &window, int row)

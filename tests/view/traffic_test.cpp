@@ -1,5 +1,6 @@
 // The pages of traffic and of the line.
 #include "tests/view/line_fixture.h"
+#include "view/capture_values.h"
 #include "view/frame_bytes.h"
 #include "view/line_counts.h"
 #include "view/traffic_model.h"
@@ -109,12 +110,40 @@ private slots:
         child<QAction>(*view, "capture")->trigger();
         QVERIFY(!child<QAction>(*view, "capture")->isChecked());
         QVERIFY(window.openCapture(path));
-        auto *page = child<QTabWidget>(window)->currentWidget();
-        const auto *table = page->findChild<QTableView *>("traffic");
+        auto *pages = child<QTabWidget>(window);
+        const auto *table = pages->currentWidget()->findChild<QTableView *>("traffic");
         QVERIFY(table->model()->rowCount() > 5);
         for (int row = 0; row < 5; ++row)
             QCOMPARE(table->model()->index(row, 0).data(TrafficModel::OUTCOME_ROLE).toInt(),
                      static_cast<int>(TrafficRow::Outcome::Good));
+        const auto *trends = pages->widget(pages->count() - 2)->findChild<TrendView *>();
+        QVERIFY(!trends->styles().empty());
+    }
+
+    void aCaptureHoldsTheValuesThatItsAnswersConfirmed()
+    {
+        Capture capture;
+        capture.begin = QDateTime::fromMSecsSinceEpoch(1000000);
+        const auto add = [&](int second, const char *sent, const char *received) {
+            capture.pieces.push_back({second * 1000000, true, sent});
+            if (*received != '\0')
+                capture.pieces.push_back({second * 1000000 + 500000, false, received});
+        };
+        add(0, ":01031064000286\r\n", ":01030400FA0001FD\r\n");
+        add(1, ":010204000008F1\r\n", ":01020105F7\r\n");
+        add(2, ":01031064000286\r\n", "");
+        add(3, ":01031064000286\r\n", ":01030400FB0001FC\r\n");
+        add(4, ":02031064000285\r\n", ":02830279\r\n");
+        Recording recording;
+        QVERIFY(readValues(capture, recording));
+        QCOMPARE(recording.tags.size(), std::size_t(10));
+        QCOMPARE(recording.tags[0].name, QString("D100"));
+        QCOMPARE(*recording.history.series(1).at(1000.5), 250.0);
+        QVERIFY(!recording.history.series(1).at(1003)); // not answered
+        QCOMPARE(*recording.history.series(1).at(1003.5), 251.0);
+        QCOMPARE(recording.tags[4].name, QString("X2"));
+        QVERIFY(recording.tags[4].isBit);
+        QCOMPARE(*recording.history.series(5).at(1001.5), 1.0);
     }
 
     void countsOfASecondGiveRatesAndShares()

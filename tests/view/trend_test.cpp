@@ -6,8 +6,6 @@
 
 #include <qwt_plot_canvas.h>
 
-#include <QMimeData>
-
 using namespace kmr;
 
 class TrendTest : public QObject {
@@ -27,10 +25,7 @@ private slots:
         QVERIFY(window.start(line.project({"D1", "M0x2"})));
         const QModelIndexList all = {window.values().index(0, 0), window.values().index(1, 0)};
         const std::unique_ptr<QMimeData> data(window.values().mimeData(all));
-        QDropEvent drop({5, 5}, Qt::CopyAction, data.get(), Qt::LeftButton, {});
-        QDragEnterEvent enter({5, 5}, Qt::CopyAction, data.get(), Qt::LeftButton, {});
-        QApplication::sendEvent(&window.trends(), &enter);
-        QApplication::sendEvent(&window.trends(), &drop);
+        drop(window.trends(), *data);
         const std::vector<TrendStyle> &styles = window.trends().styles();
         QCOMPARE(styles.size(), std::size_t(3));
         QCOMPARE(styles[0].name, QString("D1"));

@@ -4,6 +4,8 @@
 
 #include <QMessageBox>
 
+Q_DECLARE_METATYPE(kmr::Grouping)
+
 using namespace kmr;
 using Model = ValuesModel;
 
@@ -77,6 +79,51 @@ private slots:
         QTRY_COMPARE(cell(window, 0, Model::VALUE), QString("9"));
         QTest::mouseClick(heading->viewport(), Qt::LeftButton, {}, place);
         QTRY_COMPARE(cell(window, 0, Model::VALUE), QString("100"));
+    }
+
+    void tagsAreGroupedUnderHeadingsThatFold()
+    {
+        Line line;
+        line.set("D", 5, 9);
+        MainWindow window;
+        window.show();
+        QVERIFY(window.start(line.project({"D1", "M3", "D5/hex"})));
+        QTRY_COMPARE_WITH_TIMEOUT(cell(window, 2, Model::VALUE), QString("0x0009"), PATIENCE);
+        auto *table = child<QTableView>(window, "values");
+        QTest::keyClick(child<QComboBox>(window, "grouping"), Qt::Key_Down); // by area
+        QCOMPARE(tags(window), (QStringList{"▾ D (2)", "D1", "D5/hex", "▾ M (1)", "M3"}));
+        table->sortByColumn(Model::VALUE, Qt::DescendingOrder);
+        QCOMPARE(tags(window), (QStringList{"▾ D (2)", "D5/hex", "D1", "▾ M (1)", "M3"}));
+        mark(window, 0);
+        QTest::keyClick(table, Qt::Key_Space);
+        QCOMPARE(tags(window), (QStringList{"▸ D (2)", "▾ M (1)", "M3"}));
+        QVERIFY(child<ValuesView>(window)->marked().empty());
+        addTag(window, "X0");
+        QCOMPARE(tags(window), (QStringList{"▸ D (2)", "▾ M (1)", "M3", "▾ X (1)", "X0"}));
+        QTest::keyClicks(child<QLineEdit>(window, "filter"), "m3");
+        QCOMPARE(tags(window), (QStringList{"▾ M (1)", "M3"}));
+    }
+
+    void aGroupIsAnAreaAStationOrTheBeginningOfAName_data()
+    {
+        QTest::addColumn<QString>("text");
+        QTest::addColumn<Grouping>("grouping");
+        QTest::addColumn<QString>("group");
+        QTest::newRow("area") << "2#D5" << Grouping::Area << "D";
+        QTest::newRow("station") << "2#D5" << Grouping::Station << "Station 2";
+        QTest::newRow("dot") << "boiler.temp/int16" << Grouping::Name << "boiler";
+        QTest::newRow("slash") << "boiler/temp" << Grouping::Name << "boiler";
+        QTest::newRow("format") << "D5/hex" << Grouping::Name << "others";
+    }
+
+    void aGroupIsAnAreaAStationOrTheBeginningOfAName()
+    {
+        QFETCH(QString, text);
+        QFETCH(Grouping, grouping);
+        Tag tag;
+        tag.text = text;
+        tag.elements = {2, "D", 5, 1};
+        QTEST(groupOf(tag, grouping), "group");
     }
 
     void aDoubleClickWritesAfterConfirmation()
@@ -191,6 +238,16 @@ private slots:
     }
 
 private:
+    // In the order that is shown.
+    static QStringList tags(MainWindow &window)
+    {
+        QStringList texts;
+        const int rows = child<QTableView>(window, "values")->model()->rowCount();
+        for (int row = 0; row < rows; ++row)
+            texts.append(cell(window, row, Model::TAG));
+        return texts;
+    }
+
     QTemporaryDir m_folder;
 };
 
