@@ -43,7 +43,7 @@ MainWindow::MainWindow()
     : m_valuesView(new ValuesView(m_values)), m_trends(new TrendView(m_history)),
       m_traffic(new TrafficView(true)), m_lineView(new LineView(m_counts)), m_plan(new PlanView),
       m_recipe(new RecipeView), m_pages(new QTabWidget), m_splitter(new QSplitter),
-      m_state(new QLabel)
+      m_state(new QLabel), m_hint(new QToolButton)
 {
     setAcceptDrops(true);
     m_splitter->addWidget(m_valuesView);
@@ -53,6 +53,14 @@ MainWindow::MainWindow()
     m_state->setObjectName("state");
     m_state->setAccessibleName(tr("State of the line"));
     statusBar()->addWidget(m_state, 1);
+    m_hint->setObjectName("hint");
+    m_hint->setAutoRaise(true);
+    m_hint->setFocusPolicy(Qt::TabFocus);
+    m_hint->setToolButtonStyle(Qt::ToolButtonTextBesideIcon);
+    m_hint->setToolTip(tr("Show the line"));
+    m_hint->hide();
+    statusBar()->addPermanentWidget(m_hint);
+    connect(m_hint, &QToolButton::clicked, this, [this] { m_pages->setCurrentWidget(m_lineView); });
     connect(m_valuesView, &ValuesView::tagGiven, this, &MainWindow::addTag);
     connect(m_valuesView, &ValuesView::writeWanted, this, &MainWindow::askToWrite);
     connect(m_valuesView, &ValuesView::removeWanted, this, [this](const std::vector<int> &ids) {

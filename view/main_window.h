@@ -21,6 +21,7 @@
 #include <QSplitter>
 #include <QTabWidget>
 #include <QTimer>
+#include <QToolButton>
 
 #include <functional>
 #include <map>
@@ -103,6 +104,7 @@ private:
     void addPage(QWidget *page, const QString &title);
     void addFilePage(QWidget *page, const QString &title, const QString &tip);
     void makeTrends();
+    void closePage(int index);
     void record(const TagNews &news);
     void showTrends(const std::vector<int> &ids);
     void forgetTrend(int id);
@@ -121,6 +123,7 @@ private:
     void refresh();
     void takeWrites(const std::vector<WriteNews> &writes);
     void showState(const LineNews &news);
+    void showHint();
     void addTag(const Tag &tag);
     void askToWrite(int id);
     void warn(const QString &text);
@@ -160,6 +163,7 @@ private:
     int m_steadyPages = 0; // the first ones, which can't be closed
     QSplitter *m_splitter;
     QLabel *m_state;
+    QToolButton *m_hint; // which stations don't answer as they should
     QTimer m_refresh;
 };
 

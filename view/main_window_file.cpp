@@ -64,6 +64,9 @@ void MainWindow::makeFileMenu()
         tr("&Save project"), this, [this] { saveThen([] {}); }, QKeySequence::Save);
     file->addAction(
         tr("Save project &as…"), this, [this] { chooseFileToSave([] {}); }, QKeySequence::SaveAs);
+    file->addAction(
+        tr("&Close page"), this, [this] { closePage(m_pages->currentIndex()); },
+        QKeySequence::Close);
     file->addSeparator();
     file->addAction(
         tr("&Quit"), this, [this] { close(); }, QKeySequence::Quit);

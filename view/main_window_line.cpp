@@ -2,6 +2,7 @@
 #include "host/error.h"
 #include "view/capture_values.h"
 #include "view/main_window.h"
+#include "view/quality_icon.h"
 #include "view/recording_view.h"
 
 #include <QFileInfo>
@@ -23,6 +24,15 @@ void MainWindow::makeLine()
         else
             m_lineView->showDiagnosis({});
     });
+}
+
+// Seen on every page.
+void MainWindow::showHint()
+{
+    const QStringList texts = limpingStations(m_counts);
+    m_hint->setText(texts.join("; "));
+    m_hint->setIcon(qualityIcon(Quality::Stale));
+    m_hint->setVisible(!texts.isEmpty());
 }
 
 void MainWindow::makePlan()
@@ -80,8 +90,8 @@ bool MainWindow::openCapture(const QString &path)
 
 std::chrono::nanoseconds MainWindow::characterTimeOfLink() const
 {
-    if (m_simulated || m_settings.link.isEmpty())
-        return std::chrono::nanoseconds(0);
+    if (m_simulated)
+        return m_simulated->characterTime();
     return characterTime(parseLink(m_settings.link));
 }
 

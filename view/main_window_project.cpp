@@ -125,7 +125,8 @@ void MainWindow::setProject(const QString &path, bool isChanged)
 void MainWindow::restoreWindow()
 {
     resize(1360, 800);
-    m_splitter->setSizes({640, 720});
+    m_splitter->resize(size()); // or the sizes would be shared out anew
+    m_splitter->setSizes({620, 740});
     m_splitter->setStretchFactor(1, 1);
     restoreGeometry(QSettings().value("window/geometry").toByteArray());
     restoreLook("window");

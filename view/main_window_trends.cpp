@@ -54,11 +54,7 @@ void MainWindow::makeTrends()
     m_pages->setTabsClosable(true);
     m_pages->setDocumentMode(true);
     addPage(m_trends, tr("&Trends"));
-    connect(m_pages, &QTabWidget::tabCloseRequested, this, [this](int index) {
-        QWidget *page = m_pages->widget(index);
-        m_pages->removeTab(index);
-        page->deleteLater();
-    });
+    connect(m_pages, &QTabWidget::tabCloseRequested, this, &MainWindow::closePage);
     connect(m_valuesView, &ValuesView::trendWanted, this, &MainWindow::showTrends);
     connect(m_trends, &TrendView::tagsDropped, this, &MainWindow::showTrends);
 }
@@ -80,10 +76,20 @@ void MainWindow::addFilePage(QWidget *page, const QString &title, const QString 
     m_pages->setCurrentIndex(index);
 }
 
+void MainWindow::closePage(int index)
+{
+    if (index < m_steadyPages)
+        return;
+    QWidget *page = m_pages->widget(index);
+    m_pages->removeTab(index);
+    page->deleteLater();
+}
+
 void MainWindow::refresh()
 {
     const double now = timeNow();
     m_values.refresh(now);
+    showHint();
     if (m_trends->isVisible())
         m_trends->refresh(now);
     if (m_lineView->isVisible())
@@ -177,8 +183,9 @@ void MainWindow::markWrite(int id, double time, const QString &text)
 void MainWindow::chooseRecording()
 {
     auto *dialog =
-        new QFileDialog(this, tr("Open recording"), QString(),
-                        tr("Recordings of kmr log (*.csv *.sqlite *.sqlite3 *.db);;All files (*)"));
+        new QFileDialog(this, tr("Open recording or capture"), QString(),
+                        tr("Recordings and captures (*.csv *.sqlite *.sqlite3 *.db *.kmr);;"
+                           "All files (*)"));
     dialog->setAttribute(Qt::WA_DeleteOnClose);
     dialog->setFileMode(QFileDialog::ExistingFile);
     connect(dialog, &QFileDialog::fileSelected, this,

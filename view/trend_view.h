@@ -5,6 +5,7 @@
 #include "view/trend_table.h"
 
 #include <QAction>
+#include <QLabel>
 #include <QToolBar>
 #include <QWidget>
 
@@ -62,6 +63,7 @@ private:
     int m_added = 0; // for their looks
     TrendPlot *m_plot;
     TrendTable *m_table;
+    QLabel *m_hint; // while nothing is shown
     QAction *m_follow = nullptr;
 };
 

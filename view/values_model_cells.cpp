@@ -151,6 +151,8 @@ QString ValuesModel::toolTip(const ValueRow &row) const
     QString tip = tr("%1, %2: %3").arg(row.polled.tag.text, row.address, qualityName(row.quality));
     if (!row.cause.isEmpty())
         tip += ", " + row.cause;
+    if (!row.values.empty())
+        tip += '\n' + withUnit(row.polled.tag, row.values);
     if (!row.comment.isEmpty())
         tip += '\n' + row.comment;
     if (!whyNotWritable(row.polled.tag).isEmpty())

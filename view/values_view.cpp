@@ -188,7 +188,9 @@ void ValuesView::makeMenu()
     });
     connect(m_table, &QTableView::doubleClicked, this, [this](const QModelIndex &index) {
         const int id = index.data(ValuesModel::ID_ROLE).toInt();
-        if (id != 0)
+        if (id != 0 && index.column() == ValuesModel::COURSE)
+            emit trendWanted({id});
+        else if (id != 0)
             emit writeWanted(id);
     });
 }

@@ -21,9 +21,7 @@ private slots:
     void exchangesAreExplainedAndFiltered()
     {
         Line line({"exception=2,every=3"});
-        MainWindow window;
-        window.show();
-        QVERIFY(window.start(line.project({"D100"})));
+        OpenWindow window(line, {"D100"});
         const auto *table = child<QTableView>(window, "traffic");
         QTRY_VERIFY_WITH_TIMEOUT(table->model()->rowCount() > 20, PATIENCE);
         QTest::keyClick(child<QComboBox>(window, "trafficKind"), Qt::Key_Down);
@@ -31,6 +29,14 @@ private slots:
         QTRY_VERIFY_WITH_TIMEOUT(table->model()->rowCount() > 2, PATIENCE);
         for (int row = 0; row < 3; ++row)
             QVERIFY(text(*table, row, TrafficModel::ANSWER).contains("exception 02"));
+        QTest::keyClick(child<QComboBox>(window, "trafficFunction"), Qt::Key_Down);
+        QTRY_VERIFY_WITH_TIMEOUT(table->model()->rowCount() > 0, PATIENCE);
+        for (int row = 0; row < table->model()->rowCount(); ++row)
+            QVERIFY(text(*table, row, TrafficModel::FUNCTION).startsWith("02"));
+        QTest::keyClicks(child<QComboBox>(window, "trafficKind"), "Bad");
+        QCOMPARE(table->model()->rowCount(), 0);
+        QTest::keyClicks(child<QComboBox>(window, "trafficKind"), "All");
+        QTRY_VERIFY_WITH_TIMEOUT(table->model()->rowCount() > 0, PATIENCE);
         QTest::keyClicks(child<QLineEdit>(window, "trafficStation"), "7");
         QCOMPARE(table->model()->rowCount(), 0);
     }
@@ -39,9 +45,7 @@ private slots:
     {
         Line line;
         line.set("D", 100, 258);
-        MainWindow window;
-        window.show();
-        QVERIFY(window.start(line.project({"D100"})));
+        OpenWindow window(line, {"D100"});
         child<QTabWidget>(window)->setCurrentIndex(1);
         const auto *table = child<QTableView>(window, "traffic");
         QTRY_VERIFY_WITH_TIMEOUT(table->model()->rowCount() > 5, PATIENCE);
@@ -99,9 +103,7 @@ private slots:
     void aCaptureIsWrittenAndOpened()
     {
         Line line;
-        MainWindow window;
-        window.show();
-        QVERIFY(window.start(line.project({"D100"})));
+        OpenWindow window(line, {"D100"});
         const QString path = m_folder.filePath("line.kmr");
         auto *view = window.findChild<TrafficView *>();
         emit view->captureWanted(path);
@@ -159,7 +161,12 @@ private slots:
         QCOMPARE(counts.seconds()[1].silent, 1);
         QCOMPARE(counts.stations().at(2).refused, std::uint64_t(1));
         QCOMPARE(counts.stations().at(1).longest, 0.019);
-        QCOMPARE(counts.rate(102.3, 2), 6.0);
+        QCOMPARE(stateOf(counts.stations().at(2)).kind, StationState::Kind::Limps);
+        QCOMPARE(stateOf(counts.stations().at(2)).share, 0.5);
+        for (int second = 102; second < 106; ++second)
+            counts.add({second + 0.1, 2, Outcome::GivenUp, {ReplyFault::Silence, 0, {}}, {}, 17});
+        QCOMPARE(stateOf(counts.stations().at(2)).kind, StationState::Kind::Silent);
+        QCOMPARE(counts.rate(102.0, 2), 6.0);
         QCOMPARE(counts.wireShare(101.9, 1, std::chrono::milliseconds(1)), 0.4);
         const RoundTripBins bins = binsOf(counts.roundTrips(), 4);
         QCOMPARE(std::accumulate(bins.counts.begin(), bins.counts.end(), 0), 10);
@@ -174,7 +181,10 @@ private slots:
         ProjectSettings settings = line.project({"D100"});
         settings.timeout = std::chrono::milliseconds(30);
         QVERIFY(window.start(settings));
-        child<QTabWidget>(window)->setCurrentIndex(2);
+        auto *hint = child<QToolButton>(window, "hint");
+        QTRY_VERIFY_WITH_TIMEOUT(hint->text().startsWith("Station 1 limps: "), PATIENCE);
+        QTest::mouseClick(hint, Qt::LeftButton);
+        QCOMPARE(child<QTabWidget>(window)->currentIndex(), 2);
         const auto *stations = child<QTableWidget>(window, "stations");
         QTRY_VERIFY_WITH_TIMEOUT(stations->rowCount() == 1 &&
                                      stations->item(0, 1)->text().startsWith("limps: "),
@@ -184,9 +194,7 @@ private slots:
     void theLineIsExaminedAtTheButton()
     {
         Line line({"exception=2"});
-        MainWindow window;
-        window.show();
-        QVERIFY(window.start(line.project({"D100"})));
+        OpenWindow window(line, {"D100"});
         child<QTabWidget>(window)->setCurrentIndex(2);
         QTest::mouseClick(child<QPushButton>(window, "examine"), Qt::LeftButton);
         const auto *verdict = child<QLabel>(window, "verdict");
@@ -194,7 +202,7 @@ private slots:
         line.setHits(Line::Hits::None);
         QTest::keyClick(child<QPushButton>(window, "examine"), Qt::Key_Space);
         QTRY_VERIFY_WITH_TIMEOUT(verdict->text().startsWith("The station answers"), PATIENCE);
-        QTRY_COMPARE_WITH_TIMEOUT(cell(window, 0, ValuesModel::QUALITY), QString("good"), PATIENCE);
+        TRY_CELL(0, QUALITY, QString("good"));
     }
 
 private:

@@ -2,7 +2,6 @@
 #include "host/project/text_file.h"
 #include "tests/view/line_fixture.h"
 #include "view/trend_view.h"
-#include "view/write_dialog.h"
 
 #include <qwt_plot_canvas.h>
 
@@ -20,9 +19,7 @@ private slots:
     void droppedTagsAreDrawnAsTheyAreMeasured()
     {
         Line line;
-        MainWindow window;
-        window.show();
-        QVERIFY(window.start(line.project({"D1", "M0x2"})));
+        OpenWindow window(line, {"D1", "M0x2"});
         const QModelIndexList all = {window.values().index(0, 0), window.values().index(1, 0)};
         const std::unique_ptr<QMimeData> data(window.values().mimeData(all));
         drop(window.trends(), *data);
@@ -38,20 +35,23 @@ private slots:
     void aWriteIsMarked()
     {
         Line line;
-        MainWindow window;
-        window.show();
-        QVERIFY(window.start(line.project({"D1"})));
-        QTRY_COMPARE_WITH_TIMEOUT(cell(window, 0, ValuesModel::VALUE), QString("0"), PATIENCE);
+        OpenWindow window(line, {"D1"});
+        TRY_CELL(0, VALUE, QString("0"));
         mark(window, 0);
         QTest::keyClick(child<QTableView>(window, "values"), Qt::Key_T, Qt::ControlModifier);
         QCOMPARE(window.trends().styles().size(), std::size_t(1));
         const int before = inkOf(window, window.trends().styles()[0].colour);
-        clickCell(window, 0, ValuesModel::VALUE);
-        auto *dialog = child<WriteDialog>(window);
-        QTest::keyClicks(child<QComboBox>(*dialog, "newValue"), "0");
-        QTest::mouseClick(child<QPushButton>(*dialog, "write"), Qt::LeftButton);
+        confirm(typeValue(window, 0, "0"));
         QTRY_VERIFY_WITH_TIMEOUT(inkOf(window, window.trends().styles()[0].colour) > before + 50,
                                  PATIENCE);
+    }
+
+    void aDoubleClickOnTheCourseShowsTheTrend()
+    {
+        Line line;
+        OpenWindow window(line, {"D1"});
+        doubleClick(window, 0, ValuesModel::COURSE);
+        QCOMPARE(window.trends().styles().size(), std::size_t(1));
     }
 
     void theWheelARectangleAndKeysZoom()
@@ -132,7 +132,8 @@ private slots:
         auto *table = child<TrendTable>(*m_view);
         table->item(0, TrendTable::FACTOR)->setText("0,5");
         table->item(0, TrendTable::OFFSET)->setText("-1");
-        emit table->cellDoubleClicked(0, TrendTable::AXIS);
+        table->setCurrentCell(0, TrendTable::AXIS);
+        QTest::keyClick(table, Qt::Key_Return);
         m_view->plot().setMarker(TrendPlot::A, 40);
         QCOMPARE(table->item(0, TrendTable::AT_A)->text(), QString("19"));
         QVERIFY(m_view->styles()[0].isRight);

@@ -2,14 +2,10 @@
 #include "host/project/text_file.h"
 #include "tests/view/line_fixture.h"
 #include "view/start_dialog.h"
-#include "view/write_dialog.h"
+#include "view/translation.h"
 
-#include <QFileDialog>
 #include <QMessageBox>
-
-#include <functional>
-
-Q_DECLARE_METATYPE(std::function<void(kmr::MainWindow &, const QString &)>)
+#include <QTranslator>
 
 using namespace kmr;
 using Model = ValuesModel;
@@ -21,98 +17,6 @@ private slots:
     void init()
     {
         useOwnSettings(m_folder);
-    }
-
-    void aProjectIsSavedAsItWasOpened()
-    {
-        Line line;
-        const QString path = m_folder.filePath("kmr.toml");
-        writeTextFile(path, formatProject(line.project({"D1", "D2/hex"}), path));
-        MainWindow window;
-        QVERIFY(window.openProject(path));
-        QTRY_COMPARE_WITH_TIMEOUT(cell(window, 1, Model::VALUE), QString("0x0000"), PATIENCE);
-        const QString copy = m_folder.filePath("copy.toml");
-        window.saveProject(copy);
-        QCOMPARE(readTextFile(copy), readTextFile(path));
-        QCOMPARE(QSettings().value("recent").toStringList(), (QStringList{copy, path}));
-    }
-
-    void aSavedProjectKeepsWhatAPersonHasWritten()
-    {
-        Line line;
-        const QString path = m_folder.filePath("commented.toml");
-        const QString head = "driver = \"" DRIVER_LIBRARY "\" # ours\nlink = \"" + line.link() +
-                             "\"\ntags = [\n    \"D1\", # level\n    \"nobody\",\n";
-        const QString tail = "]\n\n# for the broker\n[publish]\nbroker = \"mqtt://b\"\n";
-        writeTextFile(path, head + tail);
-        MainWindow window;
-        window.show();
-        QVERIFY(window.openProject(path));
-        QTest::keyClick(child<QMessageBox>(window), Qt::Key_Return); // "nobody" is no tag
-        QTRY_VERIFY(!window.findChild<QMessageBox *>());
-        addTag(window, "D7");
-        press(window, Qt::Key_S);
-        QCOMPARE(readTextFile(path), head + "    \"D7\",\n" + tail);
-        QVERIFY(!window.isWindowModified());
-    }
-
-    void unsavedTagsAreNotReplacedUnasked_data()
-    {
-        using Open = std::function<void(MainWindow &, const QString &)>;
-        QTest::addColumn<Open>("open");
-        QTest::newRow("drop") << Open(dropFile);
-        QTest::newRow("recent") << Open([](MainWindow &window, const QString &path) {
-            emit child<QMenu>(window, "file")->aboutToShow();
-            for (QAction *action : child<QMenu>(window, "recent")->actions()) {
-                if (action->text() == path)
-                    action->trigger();
-            }
-        });
-        QTest::newRow("file dialog") << Open([](MainWindow &window, const QString &path) {
-            press(window, Qt::Key_O);
-            emit child<QFileDialog>(window)->fileSelected(path);
-            child<QFileDialog>(window)->close();
-        });
-        QTest::newRow("new line") << Open([](MainWindow &window, const QString &) {
-            press(window, Qt::Key_N);
-            auto *dialog = child<StartDialog>(window);
-            child<QListWidget>(*dialog, "tags")->clear();
-            child<QListWidget>(*dialog, "tags")->addItem("D2");
-            dialog->accept();
-        });
-    }
-
-    void unsavedTagsAreNotReplacedUnasked()
-    {
-        QFETCH(const std::function<void(MainWindow &, const QString &)>, open);
-        Line line;
-        const QString path = saved(line, "first.toml", "D1");
-        const QString other = saved(line, "other.toml", "D2");
-        MainWindow window;
-        window.show();
-        QVERIFY(window.openProject(other) && window.openProject(path));
-        addTag(window, "D5");
-        open(window, other);
-        QTest::keyClick(question(window), Qt::Key_Escape);
-        QTRY_VERIFY(!window.findChild<QMessageBox *>());
-        QCOMPARE(window.values().rowCount(), 2);
-        open(window, other);
-        QTest::mouseClick(question(window)->button(QMessageBox::Save), Qt::LeftButton);
-        QTRY_COMPARE(cell(window, 0, Model::TAG), QString("D2"));
-        QVERIFY(readTextFile(path).contains("D5"));
-    }
-
-    void tagsOfANewLineMayBeDiscarded()
-    {
-        Line line;
-        const QString other = saved(line, "other.toml", "D2");
-        MainWindow window;
-        window.show();
-        QVERIFY(window.start(line.project({})));
-        addTag(window, "D5");
-        dropFile(window, other);
-        QTest::mouseClick(question(window)->button(QMessageBox::Discard), Qt::LeftButton);
-        QTRY_COMPARE(cell(window, 0, Model::TAG), QString("D2"));
     }
 
     void aBadProjectIsRefusedWithItsLine()
@@ -174,13 +78,12 @@ private slots:
     void aLostLineIsOpenedAgain()
     {
         Line line({"close=100ms,every=40"});
-        MainWindow window;
-        QVERIFY(window.start(line.project({"D1"})));
+        OpenWindow window(line, {"D1"});
         auto *state = child<QLabel>(window, "state");
         QTRY_VERIFY_WITH_TIMEOUT(state->text().contains("The line was lost"), PATIENCE);
         line.setHits(Line::Hits::None);
         line.set("D", 1, 77);
-        QTRY_COMPARE_WITH_TIMEOUT(cell(window, 0, Model::VALUE), QString("77"), PATIENCE);
+        TRY_CELL(0, VALUE, QString("77"));
         QTRY_VERIFY_WITH_TIMEOUT(state->text().endsWith(": open"), PATIENCE);
     }
 
@@ -203,12 +106,9 @@ private slots:
         MainWindow window;
         window.show();
         QVERIFY(window.start(settings));
-        QTRY_COMPARE_WITH_TIMEOUT(cell(window, 0, Model::VALUE), QString("0"), PATIENCE);
-        clickCell(window, 0, Model::VALUE);
-        auto *dialog = child<WriteDialog>(window);
+        TRY_CELL(0, VALUE, QString("0"));
         line.setHits(Line::Hits::Writes);
-        QTest::keyClicks(child<QComboBox>(*dialog, "newValue"), "5");
-        QTest::mouseClick(child<QPushButton>(*dialog, "write"), Qt::LeftButton);
+        confirm(typeValue(window, 0, "5"));
         QTRY_COMPARE_WITH_TIMEOUT(line.get("D", 100), 5U, PATIENCE); // written, but not answered
         window.close();
         QVERIFY(window.isVisible());
@@ -218,6 +118,22 @@ private slots:
         QTest::keyClick(box, Qt::Key_Return);
         QTRY_VERIFY(!window.isVisible());
     }
+
+#ifdef TRANSLATIONS
+    void theWindowSpeaksTheLanguageOfTheLocale()
+    {
+        QLocale::setDefault(QLocale(QLocale::German, QLocale::Germany));
+        useLanguageOfLocale(TRANSLATIONS);
+        {
+            MainWindow window;
+            QCOMPARE(child<QMenu>(window, "file")->title(), QString("&Datei"));
+            QCOMPARE(window.values().headerData(0, Qt::Horizontal, Qt::DisplayRole).toString(),
+                     QString("Variable"));
+        }
+        qDeleteAll(qApp->findChildren<QTranslator *>());
+        QLocale::setDefault(QLocale::c());
+    }
+#endif
 
     void theWindowComesBackAsItWasLeft()
     {
@@ -232,50 +148,7 @@ private slots:
         QCOMPARE(child<QTableView>(window, "values")->columnWidth(0), 222);
     }
 
-    void eachProjectIsLookedAtAsItWasLeft()
-    {
-        Line line;
-        const QString path = saved(line, "first.toml", "M0x2");
-        const QString other = saved(line, "other.toml", "M0x2");
-        MainWindow window;
-        window.show();
-        QVERIFY(window.openProject(path));
-        mark(window, 0);
-        QTest::keyClick(child<QTableView>(window, "values"), Qt::Key_T, Qt::ControlModifier);
-        TrendStyle style = window.trends().styles()[1];
-        style.factor = 0.1;
-        window.trends().restyle(1, style);
-        child<QTableView>(window, "values")->setColumnWidth(0, 211);
-        child<ValuesView>(window)->setGrouping(Grouping::Area);
-        child<QTabWidget>(window)->setCurrentIndex(2);
-        QVERIFY(window.openProject(other));
-        QCOMPARE(window.trends().styles().size(), std::size_t(0));
-        child<QTableView>(window, "values")->setColumnWidth(0, 80);
-        child<ValuesView>(window)->setGrouping(Grouping::None);
-        child<QTabWidget>(window)->setCurrentIndex(0);
-        QVERIFY(window.openProject(path));
-        QCOMPARE(window.trends().styles().size(), std::size_t(2));
-        QCOMPARE(window.trends().styles()[1].name, QString("M1"));
-        QCOMPARE(window.trends().styles()[1].factor, 0.1);
-        QCOMPARE(child<QTableView>(window, "values")->columnWidth(0), 211);
-        QCOMPARE(window.values().grouping(), Grouping::Area);
-        QCOMPARE(child<QTabWidget>(window)->currentIndex(), 2);
-    }
-
 private:
-    // The path of a project.
-    QString saved(const Line &line, const char *name, const char *tag) const
-    {
-        QString path = m_folder.filePath(name);
-        writeTextFile(path, formatProject(line.project({tag}), path));
-        return path;
-    }
-
-    static QMessageBox *question(MainWindow &window)
-    {
-        return child<QMessageBox>(window);
-    }
-
     static ProjectSettings simulated()
     {
         ProjectSettings settings;
