@@ -55,7 +55,7 @@ void MainWindow::makeFileMenu()
     file->addAction(
         tr("&Open project…"), this, [this] { chooseProject(); }, QKeySequence::Open);
     file->addAction(tr("Open &recording or capture…"), this, [this] { chooseRecording(); });
-    QMenu *recent = file->addMenu(tr("Open &recent"));
+    QMenu *recent = file->addMenu(tr("Open re&cent"));
     recent->setObjectName("recent");
     connect(file, &QMenu::aboutToShow, this, [this, recent] { fillRecent(*recent); });
     fillRecent(*recent);
@@ -65,7 +65,7 @@ void MainWindow::makeFileMenu()
     file->addAction(
         tr("Save project &as…"), this, [this] { chooseFileToSave([] {}); }, QKeySequence::SaveAs);
     file->addAction(
-        tr("&Close page"), this, [this] { closePage(m_pages->currentIndex()); },
+        tr("C&lose page"), this, [this] { closePage(m_pages->currentIndex()); },
         QKeySequence::Close);
     file->addSeparator();
     file->addAction(

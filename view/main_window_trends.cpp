@@ -53,7 +53,7 @@ void MainWindow::makeTrends()
 {
     m_pages->setTabsClosable(true);
     m_pages->setDocumentMode(true);
-    addPage(m_trends, tr("&Trends"));
+    addPage(m_trends, tr("Tre&nds"));
     connect(m_pages, &QTabWidget::tabCloseRequested, this, &MainWindow::closePage);
     connect(m_valuesView, &ValuesView::trendWanted, this, &MainWindow::showTrends);
     connect(m_trends, &TrendView::tagsDropped, this, &MainWindow::showTrends);

@@ -69,7 +69,7 @@ QString elementsText(const ElementRange &run)
 PlanView::PlanView(QWidget *parent)
     : QWidget(parent), m_baud(new QComboBox), m_groupLimit(new QSpinBox),
       m_inStep(new QCheckBox(tr("answers are kept in &step"))),
-      m_raw(new QCheckBox(tr("t&ags as typed, as another host may pass them to the driver"))),
+      m_raw(new QCheckBox(tr("tags as t&yped, as another host may pass them to the driver"))),
       m_tag(new QLineEdit), m_verdict(new QLabel), m_summary(new QLabel), m_hole(new QLabel),
       m_blocks(new QTableWidget(0, COLUMNS))
 {

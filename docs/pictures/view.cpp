@@ -1,13 +1,15 @@
 // Makes the pictures of kmr-view from the running window, on a simulated line with faults, and
 // looks for what is empty, overlaps or is cut in them.
-//   view_pictures FOLDER [--dark] [--short]
-// --short: with seconds of data, for tests. Exit codes: 0 all looks well, 1 something does not.
+//   view_pictures FOLDER [--dark] [--german] [--short]
+// --short: with seconds of data, for tests; --german: as far as it is translated. Exit codes: 0 all
+// looks well, 1 something does not.
 #include "host/project/text_file.h"
 #include "simulator/faults.h"
 #include "tests/view/look.h"
 #include "view/built_in_controller.h"
 #include "view/main_window.h"
 #include "view/quality_icon.h"
+#include "view/translation.h"
 
 #include <QApplication>
 #include <QCheckBox>
@@ -147,6 +149,11 @@ int main(int argc, char *argv[])
     QApplication::setStyle(QStyleFactory::create("Fusion"));
     if (arguments.contains("--dark"))
         useDarkColours();
+
+    if (arguments.contains("--german")) {
+        QLocale::setDefault(QLocale(QLocale::German, QLocale::Germany));
+        useLanguageOfLocale(TRANSLATIONS);
+    }
 
     const BuiltInController controller(limpingLine());
     MainWindow window;

@@ -8,6 +8,7 @@
 #include <QLabel>
 #include <QLayout>
 #include <QLineEdit>
+#include <QMenuBar>
 #include <QScrollBar>
 #include <QSplitter>
 #include <QStackedLayout>
@@ -52,6 +53,7 @@ public:
             place(*widget);
             text(*widget);
             accessibleName(*widget);
+            keys(*widget);
             if (auto *plot = qobject_cast<QwtPlot *>(widget))
                 ink(*plot);
             if (auto *table = qobject_cast<QTableView *>(widget))
@@ -69,7 +71,8 @@ private:
     void overlaps(const QLayout &layout)
     {
         if (qobject_cast<const QStackedLayout *>(&layout) != nullptr ||
-            layout.parentWidget() == nullptr || !layout.parentWidget()->isVisible())
+            layout.inherits("QMainWindowLayout") || layout.parentWidget() == nullptr ||
+            !layout.parentWidget()->isVisible())
             return;
         QList<QRect> boxes;
         for (int i = 0; i < layout.count(); ++i) {
@@ -117,6 +120,28 @@ private:
         } else if (const auto *tabs = qobject_cast<const QTabBar *>(&widget)) {
             if (tabs->tabRect(tabs->count() - 1).right() > tabs->width())
                 blame(widget, "not all pages are seen");
+        }
+    }
+
+    // One key with Alt has one meaning.
+    void keys(const QWidget &widget)
+    {
+        QStringList texts;
+        if (const auto *button = qobject_cast<const QAbstractButton *>(&widget))
+            texts.append(button->text());
+        if (const auto *menus = qobject_cast<const QMenuBar *>(&widget)) {
+            for (const QAction *action : menus->actions())
+                texts.append(action->text());
+        }
+        if (const auto *tabs = qobject_cast<const QTabBar *>(&widget)) {
+            for (int tab = 0; tab < tabs->count(); ++tab)
+                texts.append(tabs->tabText(tab));
+        }
+        for (const QString &text : texts) {
+            const QString key = QKeySequence::mnemonic(text).toString();
+            if (!key.isEmpty() && m_keys.contains(key))
+                blame(widget, QString("%1 of \"%2\" has two meanings").arg(key, text));
+            m_keys.append(key);
         }
     }
 
@@ -188,6 +213,7 @@ private:
 
     QWidget &m_window;
     QStringList m_faults;
+    QStringList m_keys; // that widgets have
 };
 
 } // namespace

@@ -178,26 +178,6 @@ private slots:
         QCOMPARE(pages->count(), count - 1);
     }
 
-    // Measures, and asserts only that all was drawn.
-    void anHourOfFiftyTagsIsDrawn()
-    {
-        m_history.clear();
-        TrendView view(m_history);
-        for (int tag = 0; tag < 50; ++tag) {
-            for (int i = 0; i < 72000; ++i)
-                m_history.add(tag, i / 20.0, (i * 7 + tag * 13) % (100 + tag));
-            view.add(tag, QString("D%1").arg(tag), {}, false);
-        }
-        view.resize(1000, 700);
-        view.show();
-        QBENCHMARK
-        {
-            view.plot().showAll();
-        }
-        QCOMPARE(m_history.series(49).samples().size(), std::size_t(72000));
-        QVERIFY(view.plot().to() > 3599);
-    }
-
     void cleanup()
     {
         m_view.reset();

@@ -281,7 +281,7 @@
     </message>
     <message>
         <source>&amp;Examine the line</source>
-        <translation>Leitung &amp;untersuchen</translation>
+        <translation>Leitung unter&amp;suchen</translation>
     </message>
     <message>
         <source>An examination asks the first tag&apos;s station three times and says what is wrong and what to do. Polling waits meanwhile.</source>
@@ -441,20 +441,12 @@
         <translation>&amp;Aufzeichnung oder Mitschnitt öffnen…</translation>
     </message>
     <message>
-        <source>Open &amp;recent</source>
-        <translation>&amp;Zuletzt geöffnet</translation>
-    </message>
-    <message>
         <source>&amp;Save project</source>
         <translation>Projekt &amp;speichern</translation>
     </message>
     <message>
         <source>Save project &amp;as…</source>
         <translation>Projekt speichern &amp;unter…</translation>
-    </message>
-    <message>
-        <source>&amp;Close page</source>
-        <translation>Seite s&amp;chließen</translation>
     </message>
     <message>
         <source>&amp;Quit</source>
@@ -513,10 +505,6 @@
         <translation>Neue Leitung</translation>
     </message>
     <message>
-        <source>R&amp;ecipes</source>
-        <translation>&amp;Rezepte</translation>
-    </message>
-    <message>
         <source>Open recipe</source>
         <translation>Rezept öffnen</translation>
     </message>
@@ -527,10 +515,6 @@
     <message>
         <source>The download of a recipe stopped at %1; %2 of %3 requests were answered for certain.</source>
         <translation>Das Schreiben eines Rezepts endete bei %1; %2 von %3 Anfragen wurden sicher beantwortet.</translation>
-    </message>
-    <message>
-        <source>&amp;Trends</source>
-        <translation>&amp;Verläufe</translation>
     </message>
     <message>
         <source>%1 = %2</source>
@@ -550,6 +534,22 @@
         <source>Recordings and captures (*.csv *.sqlite *.sqlite3 *.db *.kmr);;All files (*)</source>
         <translation>Aufzeichnungen und Mitschnitte (*.csv *.sqlite *.sqlite3 *.db *.kmr);;Alle Dateien (*)</translation>
     </message>
+    <message>
+        <source>Open re&amp;cent</source>
+        <translation>&amp;Zuletzt geöffnet</translation>
+    </message>
+    <message>
+        <source>C&amp;lose page</source>
+        <translation>Seite s&amp;chließen</translation>
+    </message>
+    <message>
+        <source>Rec&amp;ipes</source>
+        <translation>&amp;Rezepte</translation>
+    </message>
+    <message>
+        <source>Tre&amp;nds</source>
+        <translation>Verlä&amp;ufe</translation>
+    </message>
 </context>
 <context>
     <name>kmr::PlanView</name>
@@ -564,10 +564,6 @@
     <message>
         <source>answers are kept in &amp;step</source>
         <translation>Antworten bleiben im &amp;Takt</translation>
-    </message>
-    <message>
-        <source>t&amp;ags as typed, as another host may pass them to the driver</source>
-        <translation>Variablen wie eingegeben, so wie ein anderer Host sie dem &amp;Treiber geben mag</translation>
     </message>
     <message>
         <source>Requests of the poll plan</source>
@@ -659,6 +655,10 @@ Was wäre wenn: %2.</translation>
 not asked for: %2</source>
         <translation>%1
 nicht verlangt: %2</translation>
+    </message>
+    <message>
+        <source>tags as t&amp;yped, as another host may pass them to the driver</source>
+        <translation>Variablen wie eingegeben, so wie ein anderer Host sie dem Tr&amp;eiber geben mag</translation>
     </message>
 </context>
 <context>
@@ -867,10 +867,6 @@ nicht verlangt: %2</translation>
         <translation>Verbindung</translation>
     </message>
     <message>
-        <source>St&amp;ation of tags that name none:</source>
-        <translation>St&amp;ation von Variablen ohne Angabe:</translation>
-    </message>
-    <message>
         <source>Tags</source>
         <translation>Variablen</translation>
     </message>
@@ -881,6 +877,10 @@ nicht verlangt: %2</translation>
     <message>
         <source>Remove the marked tags</source>
         <translation>Die markierten Variablen entfernen</translation>
+    </message>
+    <message>
+        <source>Stat&amp;ion of tags that name none:</source>
+        <translation>St&amp;ation von Variablen ohne Angabe:</translation>
     </message>
 </context>
 <context>
@@ -927,7 +927,7 @@ nicht verlangt: %2</translation>
     </message>
     <message>
         <source>&amp;Add tag</source>
-        <translation>&amp;Hinzufügen</translation>
+        <translation>Hin&amp;zufügen</translation>
     </message>
     <message>
         <source>A tag: D100, X0x8, 2#D100/int16, or a name</source>
