@@ -1,5 +1,6 @@
 #include "kmr/command_line.h"
 
+#include "host/error.h"
 #include "host/tags/nearest.h"
 
 #include <CLI/CLI.hpp>
@@ -44,6 +45,13 @@ QString exampleOf(const CLI::App &command)
     return example.isEmpty() ? QString() : ", for example: " + example;
 }
 
+const CLI::App *find(const CLI::App &app, const std::string &name)
+{
+    const auto commands = app.get_subcommands(
+        [&name](const CLI::App *command) { return command->get_name() == name; });
+    return commands.empty() ? nullptr : commands.front();
+}
+
 } // namespace
 
 QString unknownWord(const CLI::App &command, const QString &word)
@@ -80,50 +88,21 @@ QString faultOf(const CLI::App &app, const CLI::ParseError &error)
     return text;
 }
 
-CLI::Validator between(int least, int most)
+QString helpOf(const CLI::App &app, const std::vector<std::string> &names)
 {
-    const auto check = [least, most](const std::string &text) {
-        bool isNumber = false;
-        const int number = toQString(text).toInt(&isNumber);
-        if (isNumber && number >= least && number <= most)
-            return std::string();
-        return QString("expected a whole number from %1 to %2, not \"%3\"")
-            .arg(least)
-            .arg(most)
-            .arg(toQString(text))
-            .toStdString();
-    };
-    return CLI::Validator(check, QString("INT in [%1 - %2]").arg(least).arg(most).toStdString());
-}
-
-CLI::Validator numberBetween(double least, double most)
-{
-    const auto check = [least, most](const std::string &text) {
-        bool isNumber = false;
-        const double number = toQString(text).toDouble(&isNumber);
-        if (isNumber && number >= least && number <= most)
-            return std::string();
-        return QString("expected a number from %1 to %2, not \"%3\"")
-            .arg(least)
-            .arg(most)
-            .arg(toQString(text))
-            .toStdString();
-    };
-    return CLI::Validator(check, QString("FLOAT in [%1 - %2]").arg(least).arg(most).toStdString());
-}
-
-CLI::Validator oneOf(const std::vector<std::string> &words)
-{
-    const QStringList known = toQStrings(words);
-    const auto check = [known](const std::string &text) {
-        const QString typed = toQString(text);
-        if (known.contains(typed))
-            return std::string();
-        return QString("expected %1, not \"%2\"%3")
-            .arg(known.join(", "), typed, didYouMean(typed, known))
-            .toStdString();
-    };
-    return CLI::Validator(check, QString("{%1}").arg(known.join(',')).toStdString());
+    const CLI::App *command = &app;
+    std::string path = app.get_name();
+    for (const std::string &name : names) {
+        const CLI::App *const next = find(*command, name);
+        if (next == nullptr)
+            throw Error(ErrorKind::Usage,
+                        unknownWord(*command, toQString(name)) + "\n'kmr help' lists the commands");
+        command = next;
+        path += ' ' + name;
+    }
+    // App::help() would explain the chosen command, which may be another one.
+    return toQString(
+        command->get_formatter()->make_help(command, path, CLI::AppFormatMode::Normal));
 }
 
 const char *const WANTED_TAGS = "the tags (default: those of kmr.toml)";
@@ -137,20 +116,6 @@ const char *const TAG_HELP =
 Types: int16, uint16, int32, uint32, float32, int64, uint64, float64, hex, bcd, text.
 A name of --names is also a tag, and can be typed as 2#NAME, NAMExCOUNT or NAME/TYPE.
 'kmr areas' lists the areas, 'kmr tags check --help' explains names.)";
-
-CLI::Validator aboveZero(double most)
-{
-    const auto check = [most](const std::string &text) {
-        bool isNumber = false;
-        const double number = toQString(text).toDouble(&isNumber);
-        if (isNumber && number > 0 && number <= most)
-            return std::string();
-        return QString("expected a number above 0, at most %1, not \"%2\"")
-            .arg(QString::number(most, 'f', 0), toQString(text))
-            .toStdString();
-    };
-    return CLI::Validator(check, "POSITIVE");
-}
 
 QString toQString(const std::string &text)
 {

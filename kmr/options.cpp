@@ -3,7 +3,7 @@
 #include "host/line/link.h"
 #include "host/project/text_file.h"
 #include "host/tags/tag.h"
-#include "kmr/command_line.h"
+#include "kmr/command_definition.h"
 #include "kmr/output.h"
 
 #include <CLI/CLI.hpp>
@@ -118,22 +118,18 @@ OptionReader::Entry &OptionReader::add(const char *key, QString &value, std::str
 
 void OptionReader::add(const char *key, int &value, const char *help, int least, int most)
 {
-    CLI::Option *option = m_app.add_option(std::string("--") + key, value, help)
-                              ->capture_default_str()
-                              ->check(between(least, most));
+    CLI::Option *option = m_app.add_option(std::string("--") + key, value, help);
+    Argument(option).showDefault().between(least, most);
     m_entries.push_back({key, option});
 }
 
 void OptionReader::add(const char *key, std::chrono::milliseconds &value, const char *help,
                        int least, int most)
 {
-    CLI::Option *option =
-        m_app
-            .add_option_function<int>(
-                std::string("--") + key,
-                [&value](int number) { value = std::chrono::milliseconds(number); }, help)
-            ->default_str(std::to_string(value.count()))
-            ->check(between(least, most));
+    CLI::Option *option = m_app.add_option_function<int>(
+        std::string("--") + key,
+        [&value](int number) { value = std::chrono::milliseconds(number); }, help);
+    Argument(option).showDefault(std::to_string(value.count())).between(least, most);
     m_entries.push_back({key, option});
 }
 
@@ -155,19 +151,19 @@ void OptionReader::add(const char *key, Choice &value, const char *help,
         }
     };
     CLI::Option *option =
-        m_app.add_option_function<std::string>(std::string("--") + key, choose, help)
-            ->default_str(usual)
-            ->check(oneOf(names));
+        m_app.add_option_function<std::string>(std::string("--") + key, choose, help);
+    Argument(option).showDefault(usual).oneOf(names);
     m_entries.push_back({key, option});
 }
 
-void OptionReader::addSection(const char *section, CLI::App &command, const QStringList &keys,
-                              const QStringList &paths, const char *variable)
+void OptionReader::addSection(const char *section, const CommandDefinition &command,
+                              const QStringList &keys, const QStringList &paths,
+                              const char *variable)
 {
     for (const QString &key : keys) {
         Entry entry;
         entry.key = QString(section) + '.' + key;
-        entry.option = command.get_option("--" + key.toStdString());
+        entry.option = command.option("--" + key.toStdString());
         if (paths.contains(key))
             entry.fromFile = besideFile;
         entry.variable = key == keys.front() ? variable : nullptr;

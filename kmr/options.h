@@ -8,7 +8,6 @@
 #include "host/tags/tag_syntax.h"
 #include "kmr/record_writer.h"
 
-#include <CLI/CLI.hpp>
 #include <QString>
 #include <QStringList>
 
@@ -18,7 +17,14 @@
 #include <utility>
 #include <vector>
 
+namespace CLI {
+class App;
+class Option;
+} // namespace CLI
+
 namespace kmr {
+
+class CommandDefinition;
 
 // The values, with their defaults.
 struct Options {
@@ -53,7 +59,7 @@ public:
     // Lets the project's file also hold options of a command, in the section [SECTION]. `paths`:
     // those that name files, relative to the project's. `variable`: of the environment, for the
     // first of `keys`, or null.
-    void addSection(const char *section, CLI::App &command, const QStringList &keys,
+    void addSection(const char *section, const CommandDefinition &command, const QStringList &keys,
                     const QStringList &paths, const char *variable = nullptr);
 
     // To be called after the command line is parsed: adds the file and the environment. Throws

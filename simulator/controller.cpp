@@ -213,17 +213,17 @@ Controller::Controller(const QByteArray &station, Registers registers)
 
 QByteArray Controller::answer(const QByteArray &line)
 {
-    const Exchange exchange = obey(line);
-    tell(exchange);
+    const Exchange exchange = carryOut(line);
+    report(exchange);
     return exchange.answer;
 }
 
-Exchange Controller::obey(const QByteArray &line)
+Exchange Controller::carryOut(const QByteArray &line)
 {
     return serve(m_memory, m_registers, m_station, line);
 }
 
-void Controller::tell(const Exchange &exchange) const
+void Controller::report(const Exchange &exchange) const
 {
     if (m_observer)
         m_observer(exchange);

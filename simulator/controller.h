@@ -41,13 +41,13 @@ public:
 
     // The same in two steps, so that faults can act between them: carries out the line, and calls
     // the observer.
-    Exchange obey(const QByteArray &line);
-    void tell(const Exchange &exchange) const;
+    Exchange carryOut(const QByteArray &line);
+    void report(const Exchange &exchange) const;
 
     // True for a good line to this station alone.
     bool isAddressedBy(const QByteArray &line) const;
 
-    // `observer` is called by tell() and at the end of each answer(), before it returns. An empty
+    // `observer` is called by report() and at the end of each answer(), before it returns. An empty
     // one is never called.
     void setObserver(Observer observer);
 

@@ -176,7 +176,7 @@ Exchange meet(Controller &controller, const QByteArray &line, const std::vector<
         exchange.exception = static_cast<std::uint8_t>(exception->value);
         exchange.answer = exceptionLine(line, exception->value);
     } else {
-        exchange = controller.obey(line);
+        exchange = controller.carryOut(line);
     }
     if (find(hits, FaultKind::Silence) || find(hits, FaultKind::Close))
         exchange.answer.clear();
@@ -234,7 +234,7 @@ Plan Faults::answer(Controller &controller, const QByteArray &line)
         return undisturbed(controller.answer(line));
     const std::vector<Fault> hits = draw();
     const Exchange exchange = meet(controller, line, hits);
-    controller.tell(exchange);
+    controller.report(exchange);
     QByteArray bytes = exchange.answer;
     for (const Fault &fault : hits)
         spoil(fault, line, bytes);

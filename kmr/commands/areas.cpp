@@ -1,5 +1,5 @@
 // kmr areas: the device areas of the driver's catalogue.
-#include "kmr/command_line.h"
+#include "kmr/command_definition.h"
 #include "kmr/commands/commands.h"
 #include "kmr/connection.h"
 
@@ -45,9 +45,9 @@ ExitCode runAreas(const Options &options)
 
 void addAreas(CLI::App &app, Command &chosen)
 {
-    CLI::App *command = app.add_subcommand("areas", "List the controller's device areas");
-    command->footer(HELP);
-    command->callback([&chosen] { chosen = runAreas; });
+    CommandDefinition command(app, "areas", "List the controller's device areas");
+    command.setHelp(HELP);
+    command.setAction(chosen, runAreas);
 }
 
 } // namespace kmr

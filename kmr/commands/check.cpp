@@ -1,5 +1,5 @@
 // kmr check: asks the driver whether addresses are valid.
-#include "kmr/command_line.h"
+#include "kmr/command_definition.h"
 #include "kmr/commands/commands.h"
 #include "kmr/connection.h"
 
@@ -67,10 +67,10 @@ ExitCode runCheck(const Options &options, const CheckOptions &check)
 void addCheck(CLI::App &app, Command &chosen)
 {
     const auto check = std::make_shared<CheckOptions>();
-    CLI::App *command = app.add_subcommand("check", "Ask the driver whether addresses are valid");
-    command->add_option("TAG", check->tags, "the tags to check")->required();
-    command->footer(HELP);
-    setAction(*command, chosen, check, runCheck);
+    CommandDefinition command(app, "check", "Ask the driver whether addresses are valid");
+    command.add("TAG", check->tags, "the tags to check").required();
+    command.setHelp(HELP);
+    command.setAction(chosen, check, runCheck);
 }
 
 } // namespace kmr

@@ -1,5 +1,5 @@
 // kmr config: the settings in force, and their source.
-#include "kmr/command_line.h"
+#include "kmr/command_definition.h"
 #include "kmr/commands/commands.h"
 #include "kmr/options.h"
 #include "kmr/output.h"
@@ -31,11 +31,10 @@ ExitCode runConfig(const Options &options, const OptionReader &reader)
 
 void addConfig(CLI::App &app, Command &chosen, const OptionReader &reader)
 {
-    CLI::App *command = app.add_subcommand("config", "List the settings in force and their source");
-    command->footer(HELP);
-    command->callback([&reader, &chosen] {
-        chosen = [&reader](const Options &options) { return runConfig(options, reader); };
-    });
+    CommandDefinition command(app, "config", "List the settings in force and their source");
+    command.setHelp(HELP);
+    command.setAction(chosen,
+                      [&reader](const Options &options) { return runConfig(options, reader); });
 }
 
 } // namespace kmr

@@ -1,6 +1,6 @@
 // kmr decode: explains typed lines.
 #include "host/line/frame_text.h"
-#include "kmr/command_line.h"
+#include "kmr/command_definition.h"
 #include "kmr/commands/commands.h"
 #include "kmr/frame_records.h"
 #include "kmr/output.h"
@@ -80,11 +80,10 @@ ExitCode runDecode(const Options &options, const DecodeOptions &decode)
 void addDecode(CLI::App &app, Command &chosen)
 {
     const auto decode = std::make_shared<DecodeOptions>();
-    CLI::App *command = app.add_subcommand("decode", "Explain lines from the wire");
-    command->add_option("FRAME", decode->frames, "a line, ':' to LRC; CR LF may be left out")
-        ->required();
-    command->footer(HELP);
-    setAction(*command, chosen, decode, runDecode);
+    CommandDefinition command(app, "decode", "Explain lines from the wire");
+    command.add("FRAME", decode->frames, "a line, ':' to LRC; CR LF may be left out").required();
+    command.setHelp(HELP);
+    command.setAction(chosen, decode, runDecode);
 }
 
 } // namespace kmr

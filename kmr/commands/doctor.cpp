@@ -2,7 +2,7 @@
 #include "host/line/line_diagnosis.h"
 #include "host/line/link.h"
 #include "host/session/line_examination.h"
-#include "kmr/command_line.h"
+#include "kmr/command_definition.h"
 #include "kmr/commands/commands.h"
 #include "kmr/connection.h"
 #include "kmr/stop_signal.h"
@@ -217,12 +217,12 @@ ExitCode runDoctor(const Options &options, const DoctorOptions &doctor)
 void addDoctor(CLI::App &app, Command &chosen)
 {
     const auto doctor = std::make_shared<DoctorOptions>();
-    CLI::App *command = app.add_subcommand("doctor", "Say what is wrong with the line");
-    command->add_flag("--try", doctor->tryFramings,
-                      "try the usual speeds and frame formats of a serial link");
-    command->add_option("--tag", doctor->tag, "the element to read")->capture_default_str();
-    command->footer(HELP);
-    setAction(*command, chosen, doctor, runDoctor);
+    CommandDefinition command(app, "doctor", "Say what is wrong with the line");
+    command.addFlag("--try", doctor->tryFramings,
+                    "try the usual speeds and frame formats of a serial link");
+    command.add("--tag", doctor->tag, "the element to read").showDefault();
+    command.setHelp(HELP);
+    command.setAction(chosen, doctor, runDoctor);
 }
 
 } // namespace kmr

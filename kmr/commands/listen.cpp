@@ -1,7 +1,7 @@
 // kmr listen: explains the traffic of a line with another master.
 #include "host/line/line_trace.h"
 #include "host/line/link.h"
-#include "kmr/command_line.h"
+#include "kmr/command_definition.h"
 #include "kmr/commands/commands.h"
 #include "kmr/connection.h"
 #include "kmr/frame_records.h"
@@ -123,12 +123,11 @@ ExitCode runListen(const Options &options, const ListenOptions &listen)
 void addListen(CLI::App &app, Command &chosen)
 {
     const auto listen = std::make_shared<ListenOptions>();
-    CLI::App *command =
-        app.add_subcommand("listen", "Explain the traffic of another host, without sending");
-    command->add_option("--for", listen->seconds, "end after this many seconds")
-        ->check(aboveZero(1e9));
-    command->footer(HELP);
-    setAction(*command, chosen, listen, runListen);
+    CommandDefinition command(app, "listen",
+                              "Explain the traffic of another host, without sending");
+    command.add("--for", listen->seconds, "end after this many seconds").aboveZero(1e9);
+    command.setHelp(HELP);
+    command.setAction(chosen, listen, runListen);
 }
 
 } // namespace kmr

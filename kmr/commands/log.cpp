@@ -1,6 +1,6 @@
 // kmr log: records values in a file.
 #include "host/error.h"
-#include "kmr/command_line.h"
+#include "kmr/command_definition.h"
 #include "kmr/commands/commands.h"
 #include "kmr/connection.h"
 #include "kmr/log/log_sampler.h"
@@ -212,21 +212,19 @@ ExitCode runLog(const Options &options, const LogOptions &log)
 void addLog(CLI::App &app, Command &chosen)
 {
     const auto log = std::make_shared<LogOptions>();
-    CLI::App *command = app.add_subcommand("log", "Record values in a file");
-    command->add_option("TAG", log->tags, WANTED_TAGS);
-    command->add_option("--output", log->output, "the file: NAME.csv, .sqlite, .sqlite3 or .db")
-        ->required();
-    command->add_option("--every", log->every, "minimum seconds from one row to the next")
-        ->check(CLI::Range(0.001, 86400.0))
-        ->capture_default_str();
-    command->add_flag("--on-change", log->isOnChange, "leave out rows without a change");
-    command->add_option("--rotate", log->rotate,
-                        "begin a new file, with its start time in the name: day, or after so many "
-                        "megabytes");
-    command->add_option("--for", log->seconds, "end after this many seconds")
-        ->check(aboveZero(1e9));
-    command->footer(std::string(HELP) + TAG_HELP + EXAMPLES);
-    setAction(*command, chosen, log, runLog);
+    CommandDefinition command(app, "log", "Record values in a file");
+    command.add("TAG", log->tags, WANTED_TAGS);
+    command.add("--output", log->output, "the file: NAME.csv, .sqlite, .sqlite3 or .db").required();
+    command.add("--every", log->every, "minimum seconds from one row to the next")
+        .numberBetween(0.001, 86400)
+        .showDefault();
+    command.addFlag("--on-change", log->isOnChange, "leave out rows without a change");
+    command.add("--rotate", log->rotate,
+                "begin a new file, with its start time in the name: day, or after so many "
+                "megabytes");
+    command.add("--for", log->seconds, "end after this many seconds").aboveZero(1e9);
+    command.setHelp(std::string(HELP) + TAG_HELP + EXAMPLES);
+    command.setAction(chosen, log, runLog);
 }
 
 } // namespace kmr

@@ -1,5 +1,5 @@
 // kmr ping: round trips to one station.
-#include "kmr/command_line.h"
+#include "kmr/command_definition.h"
 #include "kmr/commands/commands.h"
 #include "kmr/connection.h"
 #include "kmr/exchange_records.h"
@@ -123,15 +123,14 @@ ExitCode runPing(const Options &options, const PingOptions &ping)
 void addPing(CLI::App &app, Command &chosen)
 {
     const auto ping = std::make_shared<PingOptions>();
-    CLI::App *command = app.add_subcommand("ping", "Measure round trips to a station");
-    command->add_option("COUNT", ping->count, "requests (default: until Ctrl-C)")
-        ->check(aboveZero(1e9));
-    command->add_option("--interval", ping->interval, "seconds between requests")
-        ->check(numberBetween(0, 3600))
-        ->capture_default_str();
-    command->add_option("--tag", ping->tag, "the element to read")->capture_default_str();
-    command->footer(HELP);
-    setAction(*command, chosen, ping, runPing);
+    CommandDefinition command(app, "ping", "Measure round trips to a station");
+    command.add("COUNT", ping->count, "requests (default: until Ctrl-C)").aboveZero(1e9);
+    command.add("--interval", ping->interval, "seconds between requests")
+        .numberBetween(0, 3600)
+        .showDefault();
+    command.add("--tag", ping->tag, "the element to read").showDefault();
+    command.setHelp(HELP);
+    command.setAction(chosen, ping, runPing);
 }
 
 } // namespace kmr

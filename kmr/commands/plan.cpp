@@ -3,7 +3,7 @@
 #include "host/session/cycle_cost.h"
 #include "host/session/poll_cycle.h"
 #include "host/session/request_ranges.h"
-#include "kmr/command_line.h"
+#include "kmr/command_definition.h"
 #include "kmr/commands/commands.h"
 #include "kmr/connection.h"
 
@@ -175,13 +175,13 @@ ExitCode runPlan(const Options &options, const PlanOptions &request)
 void addPlan(CLI::App &app, Command &chosen)
 {
     const auto plan = std::make_shared<PlanOptions>();
-    CLI::App *command = app.add_subcommand("plan", "Show the requests for polling tags");
-    command->add_option("TAG", plan->tags, "the tags to poll (default: those of kmr.toml)");
-    command->add_option("--baud", plan->baud, "bits a second (default: the link's, else 9600)")
-        ->check(aboveZero(4e6));
-    command->add_flag("--raw", plan->isRaw, "the list as typed, as another host would pass it");
-    command->footer(std::string(HELP) + TAG_HELP + EXAMPLES);
-    setAction(*command, chosen, plan, runPlan);
+    CommandDefinition command(app, "plan", "Show the requests for polling tags");
+    command.add("TAG", plan->tags, "the tags to poll (default: those of kmr.toml)");
+    command.add("--baud", plan->baud, "bits a second (default: the link's, else 9600)")
+        .aboveZero(4e6);
+    command.addFlag("--raw", plan->isRaw, "the list as typed, as another host would pass it");
+    command.setHelp(std::string(HELP) + TAG_HELP + EXAMPLES);
+    command.setAction(chosen, plan, runPlan);
 }
 
 } // namespace kmr

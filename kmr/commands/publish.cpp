@@ -1,5 +1,5 @@
 // kmr publish: values to an MQTT broker, and writes from there.
-#include "kmr/command_line.h"
+#include "kmr/command_definition.h"
 #include "kmr/commands/commands.h"
 #include "kmr/options.h"
 #include "kmr/publish/publisher.h"
@@ -96,33 +96,32 @@ ExitCode runPublish(const Options &options, const PublishOptions &own)
     }
 }
 
-void addBrokerOptions(CLI::App &command, PublishOptions &own)
+void addBrokerOptions(CommandDefinition &command, PublishOptions &own)
 {
-    command.add_option("--broker", own.broker,
-                       "mqtt://HOST[:PORT] or mqtts://HOST[:PORT] (else kmr.toml, else "
-                       "environment: KMR_BROKER)");
-    command.add_option("--prefix", own.prefix, "of all topics; of each publisher another")
-        ->capture_default_str();
-    command.add_option("--mqtt", own.mqtt, "version of MQTT: 5 or 3.1.1")
-        ->capture_default_str()
-        ->check(oneOf({"5", "3.1.1"}));
-    command.add_option("--ca", own.ca, "file of the certificates to trust (default: the system's)");
-    command.add_option("--certificate", own.certificate, "file of the client's certificate");
-    command.add_option("--key", own.key, "file of the key to it");
-    command.add_option("--credentials", own.credentials,
-                       "file with the user in its first line and the password in its second");
+    command.add("--broker", own.broker,
+                "mqtt://HOST[:PORT] or mqtts://HOST[:PORT] (else kmr.toml, else "
+                "environment: KMR_BROKER)");
+    command.add("--prefix", own.prefix, "of all topics; of each publisher another").showDefault();
+    command.add("--mqtt", own.mqtt, "version of MQTT: 5 or 3.1.1")
+        .showDefault()
+        .oneOf({"5", "3.1.1"});
+    command.add("--ca", own.ca, "file of the certificates to trust (default: the system's)");
+    command.add("--certificate", own.certificate, "file of the client's certificate");
+    command.add("--key", own.key, "file of the key to it");
+    command.add("--credentials", own.credentials,
+                "file with the user in its first line and the password in its second");
 }
 
-void addSpoolOptions(CLI::App &command, PublishOptions &own)
+void addSpoolOptions(CommandDefinition &command, PublishOptions &own)
 {
-    command.add_option("--spool", own.spool, "file of the messages that wait for the broker")
-        ->capture_default_str();
-    command.add_option("--spool-size", own.spoolSize, "megabytes of messages; the oldest go first")
-        ->capture_default_str()
-        ->check(numberBetween(0.001, 100000));
-    command.add_option("--spool-age", own.spoolAge, "hours that a message may wait")
-        ->capture_default_str()
-        ->check(numberBetween(0.001, 100000));
+    command.add("--spool", own.spool, "file of the messages that wait for the broker")
+        .showDefault();
+    command.add("--spool-size", own.spoolSize, "megabytes of messages; the oldest go first")
+        .showDefault()
+        .numberBetween(0.001, 100000);
+    command.add("--spool-age", own.spoolAge, "hours that a message may wait")
+        .showDefault()
+        .numberBetween(0.001, 100000);
 }
 
 } // namespace
@@ -130,33 +129,32 @@ void addSpoolOptions(CLI::App &command, PublishOptions &own)
 void addPublish(CLI::App &app, Command &chosen, OptionReader &reader)
 {
     const auto own = std::make_shared<PublishOptions>();
-    CLI::App *command = app.add_subcommand("publish", "Publish values to an MQTT broker");
-    command->add_option("TAG", own->tags, WANTED_TAGS);
-    addBrokerOptions(*command, *own);
-    command->add_option("--payload", own->payload, "what messages say: json or plain")
-        ->capture_default_str()
-        ->check(oneOf({"json", "plain"}));
+    CommandDefinition command(app, "publish", "Publish values to an MQTT broker");
+    command.add("TAG", own->tags, WANTED_TAGS);
+    addBrokerOptions(command, *own);
+    command.add("--payload", own->payload, "what messages say: json or plain")
+        .showDefault()
+        .oneOf({"json", "plain"});
     command
-        ->add_option("--heartbeat", own->heartbeat,
-                     "seconds after which an unchanged value is published again; 0: never")
-        ->capture_default_str()
-        ->check(numberBetween(0, 86400));
+        .add("--heartbeat", own->heartbeat,
+             "seconds after which an unchanged value is published again; 0: never")
+        .showDefault()
+        .numberBetween(0, 86400);
     command
-        ->add_option("--cycle", own->cycle,
-                     "refresh all tags once in so many milliseconds (default: as fast as the line)")
-        ->check(between(1, 3600000));
-    addSpoolOptions(*command, *own);
-    command->add_flag("--allow-write", own->allowsWrites,
-                      "carry out requests to write names that are marked writable");
-    command->add_option("--for", own->seconds, "end after this many seconds")
-        ->check(aboveZero(1e9));
-    command->footer(std::string(HELP) + TAG_HELP + EXAMPLES);
-    reader.addSection("publish", *command,
+        .add("--cycle", own->cycle,
+             "refresh all tags once in so many milliseconds (default: as fast as the line)")
+        .between(1, 3600000);
+    addSpoolOptions(command, *own);
+    command.addFlag("--allow-write", own->allowsWrites,
+                    "carry out requests to write names that are marked writable");
+    command.add("--for", own->seconds, "end after this many seconds").aboveZero(1e9);
+    command.setHelp(std::string(HELP) + TAG_HELP + EXAMPLES);
+    reader.addSection("publish", command,
                       {"broker", "prefix", "mqtt", "payload", "heartbeat", "cycle", "ca",
                        "certificate", "key", "credentials", "spool", "spool-size", "spool-age",
                        "allow-write"},
                       {"ca", "certificate", "key", "credentials", "spool"}, "KMR_BROKER");
-    setAction(*command, chosen, own, runPublish);
+    command.setAction(chosen, own, runPublish);
 }
 
 } // namespace kmr

@@ -1,6 +1,6 @@
 // kmr read: reads tags once.
 #include "host/session/read_once.h"
-#include "kmr/command_line.h"
+#include "kmr/command_definition.h"
 #include "kmr/commands/commands.h"
 #include "kmr/connection.h"
 
@@ -62,10 +62,10 @@ ExitCode runRead(const Options &options, const ReadOptions &read)
 void addRead(CLI::App &app, Command &chosen)
 {
     const auto read = std::make_shared<ReadOptions>();
-    CLI::App *command = app.add_subcommand("read", "Read tags once");
-    command->add_option("TAG", read->tags, WANTED_TAGS);
-    command->footer(std::string(HELP) + TAG_HELP + EXAMPLES);
-    setAction(*command, chosen, read, runRead);
+    CommandDefinition command(app, "read", "Read tags once");
+    command.add("TAG", read->tags, WANTED_TAGS);
+    command.setHelp(std::string(HELP) + TAG_HELP + EXAMPLES);
+    command.setAction(chosen, read, runRead);
 }
 
 } // namespace kmr

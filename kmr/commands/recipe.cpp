@@ -2,7 +2,7 @@
 #include "host/project/recipe_file.h"
 #include "host/project/text_file.h"
 #include "host/session/recipe_transfer.h"
-#include "kmr/command_line.h"
+#include "kmr/command_definition.h"
 #include "kmr/commands/commands.h"
 #include "kmr/connection.h"
 #include "kmr/progress.h"
@@ -211,28 +211,27 @@ ExitCode runRecipeUpload(const Options &options, const RecipeOptions &recipe)
 
 void addRecipe(CLI::App &app, Command &chosen)
 {
-    CLI::App *recipe = app.add_subcommand("recipe", "Move a recipe to or from the controller");
-    recipe->require_subcommand(1);
-    recipe->footer(HELP);
+    CommandDefinition recipe(app, "recipe", "Move a recipe to or from the controller");
+    recipe.requireCommand();
+    recipe.setHelp(HELP);
     const auto own = std::make_shared<RecipeOptions>();
 
-    CLI::App *download = recipe->add_subcommand("download", "Write a file's values");
-    download->add_option("FILE", own->file, "the recipe file")->required();
-    download->add_flag("--verify", own->verify, "read back and compare");
-    download->footer(std::string(FILE_HELP) + DOWNLOAD_EXAMPLES);
-    setAction(*download, chosen, own, runRecipeDownload);
+    CommandDefinition download(recipe, "download", "Write a file's values");
+    download.add("FILE", own->file, "the recipe file").required();
+    download.addFlag("--verify", own->verify, "read back and compare");
+    download.setHelp(std::string(FILE_HELP) + DOWNLOAD_EXAMPLES);
+    download.setAction(chosen, own, runRecipeDownload);
 
-    CLI::App *compare = recipe->add_subcommand("compare", "Show values that differ from a file");
-    compare->add_option("FILE", own->file, "the recipe file")->required();
-    compare->footer(std::string(FILE_HELP) + COMPARE_EXAMPLES);
-    setAction(*compare, chosen, own, runRecipeCompare);
+    CommandDefinition compare(recipe, "compare", "Show values that differ from a file");
+    compare.add("FILE", own->file, "the recipe file").required();
+    compare.setHelp(std::string(FILE_HELP) + COMPARE_EXAMPLES);
+    compare.setAction(chosen, own, runRecipeCompare);
 
-    CLI::App *upload = recipe->add_subcommand("upload", "Read values into a file");
-    upload->add_option("FILE", own->file, "the recipe file; written completely or not at all")
-        ->required();
-    upload->add_option("TAG", own->tags, "the tags to upload (default: those in FILE)");
-    upload->footer(std::string(FILE_HELP) + UPLOAD_EXAMPLES);
-    setAction(*upload, chosen, own, runRecipeUpload);
+    CommandDefinition upload(recipe, "upload", "Read values into a file");
+    upload.add("FILE", own->file, "the recipe file; written completely or not at all").required();
+    upload.add("TAG", own->tags, "the tags to upload (default: those in FILE)");
+    upload.setHelp(std::string(FILE_HELP) + UPLOAD_EXAMPLES);
+    upload.setAction(chosen, own, runRecipeUpload);
 }
 
 } // namespace kmr

@@ -1,7 +1,7 @@
 // kmr replay: answers as a captured controller did.
 #include "host/line/frame_text.h"
 #include "host/project/capture.h"
-#include "kmr/command_line.h"
+#include "kmr/command_definition.h"
 #include "kmr/commands/commands.h"
 #include "kmr/outcome.h"
 #include "kmr/output.h"
@@ -53,11 +53,11 @@ ExitCode runReplay(const Options &, const ReplayOptions &replay)
 void addReplay(CLI::App &app, Command &chosen)
 {
     const auto replay = std::make_shared<ReplayOptions>();
-    CLI::App *command = app.add_subcommand("replay", "Answer as a captured controller did");
-    command->add_option("FILE", replay->file, "a file of --capture")->required();
-    addServeOptions(*command, replay->serve);
-    command->footer(HELP);
-    setAction(*command, chosen, replay, runReplay);
+    CommandDefinition command(app, "replay", "Answer as a captured controller did");
+    command.add("FILE", replay->file, "a file of --capture").required();
+    addServeOptions(command, replay->serve);
+    command.setHelp(HELP);
+    command.setAction(chosen, replay, runReplay);
 }
 
 } // namespace kmr

@@ -1,6 +1,6 @@
 // kmr run: an acceptance test from a file.
 #include "host/project/text_file.h"
-#include "kmr/command_line.h"
+#include "kmr/command_definition.h"
 #include "kmr/commands/commands.h"
 #include "kmr/connection.h"
 #include "kmr/run/junit_report.h"
@@ -153,14 +153,14 @@ ExitCode runRun(const Options &options, const RunOptions &run)
 void addRun(CLI::App &app, Command &chosen)
 {
     const auto run = std::make_shared<RunOptions>();
-    CLI::App *command = app.add_subcommand("run", "Run a test script: write, expect, wait, repeat");
-    command->add_option("FILE", run->file, "the file with the steps")->required();
-    command->add_option("--junit", run->junit, "also write the report to this file, as JUnit XML");
-    command->add_flag("--keep-going", run->keepGoing,
-                      "continue after an expectation that fails, but not after a failed write");
-    command->add_flag("--check", run->check, "only report bad lines and send nothing");
-    command->footer(std::string(HELP) + EXAMPLES);
-    setAction(*command, chosen, run, runRun);
+    CommandDefinition command(app, "run", "Run a test script: write, expect, wait, repeat");
+    command.add("FILE", run->file, "the file with the steps").required();
+    command.add("--junit", run->junit, "also write the report to this file, as JUnit XML");
+    command.addFlag("--keep-going", run->keepGoing,
+                    "continue after an expectation that fails, but not after a failed write");
+    command.addFlag("--check", run->check, "only report bad lines and send nothing");
+    command.setHelp(std::string(HELP) + EXAMPLES);
+    command.setAction(chosen, run, runRun);
 }
 
 } // namespace kmr

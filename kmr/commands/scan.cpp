@@ -1,11 +1,13 @@
 // kmr scan: finds the stations that answer.
 #include "host/tags/tag.h"
-#include "kmr/command_line.h"
+#include "kmr/command_definition.h"
 #include "kmr/commands/commands.h"
 #include "kmr/connection.h"
 #include "kmr/exchange_records.h"
 
 #include <QRegularExpression>
+
+#include <optional>
 
 namespace kmr {
 
@@ -21,13 +23,36 @@ Examples:
 const char *const TAG = "D0"; // to be read
 
 struct ScanOptions {
-    int first = 1; // stations
-    int last = 31;
+    std::string stations = "1..31";
 };
+
+struct Stations {
+    int first;
+    int last;
+};
+
+// Reads "1..31" or "5".
+std::optional<Stations> parseStations(const std::string &text)
+{
+    static const QRegularExpression RANGE("^([0-9]{1,2})(?:\\.\\.([0-9]{1,2}))?$");
+    const QRegularExpressionMatch match = RANGE.match(toQString(text));
+    const int first = match.captured(1).toInt();
+    const int last = match.captured(2).isEmpty() ? first : match.captured(2).toInt();
+    if (!match.hasMatch() || first < MIN_STATION || first > last)
+        return std::nullopt;
+    return Stations{first, last};
+}
+
+std::string faultOfStations(const std::string &text)
+{
+    return parseStations(text) ? std::string()
+                               : "expected stations from 1 to 99, for example 1..31";
+}
 
 // Asks each station once.
 ExitCode runScan(const Options &options, const ScanOptions &scan)
 {
+    const Stations stations = parseStations(scan.stations).value();
     Connection connection(withoutRetries(options));
     const ElementRange first = connection.readTags({TAG}).front().elements;
     Session &session = connection.open();
@@ -47,15 +72,15 @@ ExitCode runScan(const Options &options, const ScanOptions &scan)
         records.add(isAnswered(exchange) ? line : QString(), exchangeFields(exchange, TAG));
     });
     PollLoop::Step last = PollLoop::Step::Exchanged;
-    for (int station = scan.first; station <= scan.last && last == PollLoop::Step::Exchanged;
-         ++station) {
+    for (int station = stations.first;
+         station <= stations.last && last == PollLoop::Step::Exchanged; ++station) {
         session.poll({{station, first.area, first.first, 1}});
         last = session.step();
         if (last == PollLoop::Step::Exchanged)
             last = session.confirm();
     }
     records.end();
-    const int left = scan.last - scan.first + 1 - asked;
+    const int left = stations.last - stations.first + 1 - asked;
     printError(QString("%1 of %2 stations answer").arg(found).arg(asked) +
                (isBrokenOff ? ", stopped while waiting for the last one" : "") +
                (left > 0 ? QString(", %1 not asked").arg(left) : QString()));
@@ -64,35 +89,17 @@ ExitCode runScan(const Options &options, const ScanOptions &scan)
     return found > 0 && last != PollLoop::Step::LineLost ? ExitCode::Ok : ExitCode::NoAnswer;
 }
 
-// Reads "1..31" or "5".
-std::string parseStations(const std::string &text, ScanOptions &scan)
-{
-    static const QRegularExpression RANGE("^([0-9]{1,2})(?:\\.\\.([0-9]{1,2}))?$");
-    const QRegularExpressionMatch match = RANGE.match(toQString(text));
-    scan.first = match.captured(1).toInt();
-    scan.last = match.captured(2).isEmpty() ? scan.first : match.captured(2).toInt();
-    const bool isGood = match.hasMatch() && scan.first >= MIN_STATION && scan.first <= scan.last;
-    return isGood ? std::string() : "expected stations from 1 to 99, for example 1..31";
-}
-
 } // namespace
 
 void addScan(CLI::App &app, Command &chosen)
 {
     const auto scan = std::make_shared<ScanOptions>();
-    CLI::App *command = app.add_subcommand("scan", "Find the stations that answer");
-    command
-        ->add_option_function<std::string>(
-            "--stations",
-            [scan](const std::string &text) {
-                const std::string fault = parseStations(text, *scan);
-                if (!fault.empty())
-                    throw CLI::ValidationError("--stations", fault);
-            },
-            "the stations to ask, FIRST..LAST")
-        ->default_str("1..31");
-    command->footer(HELP);
-    setAction(*command, chosen, scan, runScan);
+    CommandDefinition command(app, "scan", "Find the stations that answer");
+    command.add("--stations", scan->stations, "the stations to ask, FIRST..LAST")
+        .showDefault()
+        .check(faultOfStations);
+    command.setHelp(HELP);
+    command.setAction(chosen, scan, runScan);
 }
 
 } // namespace kmr

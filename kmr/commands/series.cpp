@@ -1,5 +1,5 @@
 // kmr series: the driver's addresses at equal distances.
-#include "kmr/command_line.h"
+#include "kmr/command_definition.h"
 #include "kmr/commands/commands.h"
 #include "kmr/connection.h"
 
@@ -81,16 +81,13 @@ ExitCode runSeries(const Options &options, const SeriesOptions &series)
 void addSeries(CLI::App &app, Command &chosen)
 {
     const auto series = std::make_shared<SeriesOptions>();
-    CLI::App *command = app.add_subcommand("series", "List addresses at equal distances");
-    command->add_option("AREA", series->area, "device area")->required();
-    command->add_option("START", series->start, "first address (X and Y: its octal digits)")
-        ->required();
-    command->add_option("COUNT", series->count, "number of addresses")
-        ->required()
-        ->check(between(1, 65537));
-    command->add_option("STEP", series->step, "distance between them")->required();
-    command->footer(HELP);
-    setAction(*command, chosen, series, runSeries);
+    CommandDefinition command(app, "series", "List addresses at equal distances");
+    command.add("AREA", series->area, "device area").required();
+    command.add("START", series->start, "first address (X and Y: its octal digits)").required();
+    command.add("COUNT", series->count, "number of addresses").required().between(1, 65537);
+    command.add("STEP", series->step, "distance between them").required();
+    command.setHelp(HELP);
+    command.setAction(chosen, series, runSeries);
 }
 
 } // namespace kmr

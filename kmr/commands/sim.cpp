@@ -1,6 +1,6 @@
 // kmr sim: simulated controllers.
 #include "host/project/text_file.h"
-#include "kmr/command_line.h"
+#include "kmr/command_definition.h"
 #include "kmr/commands/commands.h"
 #include "kmr/connection.h"
 #include "kmr/simulation/control.h"
@@ -72,7 +72,7 @@ struct SimOptions {
     std::vector<std::string> faults;     // as simulator::parseFault() reads them
     std::uint64_t seed = 0;              // of the faults and the random numbers
     int baud = 0;                        // pace of the line, bits a second; 0: none
-    bool isStrict = true;                // refuse registers that no area has
+    std::string strict = "on";           // refuse registers that no area has
     bool log = false;                    // describe each request on stderr
     std::string load;                    // file with the memory at the beginning; empty: all 0
     std::string save;                    // file that receives the memory at the end; empty: none
@@ -161,7 +161,7 @@ std::optional<Connection> connectionFor(Options options, const SimOptions &sim, 
 ExitCode runSim(const Options &options, const SimOptions &sim)
 {
     Plant plant(sim.stations.empty() ? std::vector<int>{options.station} : sim.stations,
-                sim.isStrict ? simulator::Registers::OfAreas : simulator::Registers::All);
+                sim.strict == "on" ? simulator::Registers::OfAreas : simulator::Registers::All);
     simulator::Faults faults = parseFaults(sim);
     const auto connection = connectionFor(options, sim, plant);
     const NamedTagReader *tags = connection ? &connection->tags() : nullptr;
@@ -193,44 +193,39 @@ ExitCode runSim(const Options &options, const SimOptions &sim)
 void addSim(CLI::App &app, Command &chosen)
 {
     const auto sim = std::make_shared<SimOptions>();
-    CLI::App *command = app.add_subcommand("sim", "Run simulated controllers");
-    addServeOptions(*command, sim->serve);
+    CommandDefinition command(app, "sim", "Run simulated controllers");
+    addServeOptions(command, sim->serve);
+    command.add("--station", sim->stations, "the stations to simulate, 1,2,5; may be repeated")
+        .separatedBy(',')
+        .oneEach()
+        .between(MIN_STATION, MAX_STATION);
+    command.add("--load", sim->load, "start with the memory from this file");
+    command.add("--save", sim->save,
+                "write the memory to this file at the end, completely or not at all");
+    command.addFlag("--control", sim->control, "set values from lines TAG=VALUE on stdin");
     command
-        ->add_option("--station", sim->stations, "the stations to simulate, 1,2,5; may be repeated")
-        ->delimiter(',')
-        ->allow_extra_args(false)
-        ->check(CLI::Range(MIN_STATION, MAX_STATION));
-    command->add_option("--load", sim->load, "start with the memory from this file");
-    command->add_option("--save", sim->save,
-                        "write the memory to this file at the end, completely or not at all");
-    command->add_flag("--control", sim->control, "set values from lines TAG=VALUE on stdin");
+        .add("--generate", sim->generators,
+             "a changing value, TAG=KIND[,period=TIME][,range=LOW..HIGH]; may be repeated")
+        .oneEach();
+    command.addFlag("--animate", sim->animate, "let X0 to X7, CV2200 and D0 change by themselves");
     command
-        ->add_option("--generate", sim->generators,
-                     "a changing value, TAG=KIND[,period=TIME][,range=LOW..HIGH]; may be repeated")
-        ->allow_extra_args(false);
-    command->add_flag("--animate", sim->animate,
-                      "let X0 to X7, CV2200 and D0 change by themselves");
+        .add("--strict", sim->strict,
+             "refuse registers that no area has, with exception 02: on or off")
+        .showDefault()
+        .oneOf({"on", "off"});
+    command.addFlag("--log", sim->log, "describe each request on stderr");
     command
-        ->add_option_function<std::string>(
-            "--strict", [sim](const std::string &choice) { sim->isStrict = choice == "on"; },
-            "refuse registers that no area has, with exception 02: on or off")
-        ->default_str("on")
-        ->check(CLI::IsMember({"on", "off"}));
-    command->add_flag("--log", sim->log, "describe each request on stderr");
+        .add("--fault", sim->faults,
+             "a fault, KIND[=VALUE][,every=N][,probability=P]; may be repeated")
+        .oneEach();
     command
-        ->add_option("--fault", sim->faults,
-                     "a fault, KIND[=VALUE][,every=N][,probability=P]; may be repeated")
-        ->allow_extra_args(false);
-    command
-        ->add_option("--baud", sim->baud,
-                     "answer at the speed of a serial line of this rate (default: at once)")
-        ->check(between(50, 4000000));
-    command
-        ->add_option("--seed", sim->seed,
-                     "the same seed repeats the same faults and random numbers")
-        ->capture_default_str();
-    command->footer(HELP + simulator::faultHelp().toStdString() + EXAMPLES);
-    setAction(*command, chosen, sim, runSim);
+        .add("--baud", sim->baud,
+             "answer at the speed of a serial line of this rate (default: at once)")
+        .between(50, 4000000);
+    command.add("--seed", sim->seed, "the same seed repeats the same faults and random numbers")
+        .showDefault();
+    command.setHelp(HELP + simulator::faultHelp().toStdString() + EXAMPLES);
+    command.setAction(chosen, sim, runSim);
 }
 
 } // namespace kmr

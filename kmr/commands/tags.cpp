@@ -4,7 +4,7 @@
 #include "host/project/named_tag_reader.h"
 #include "host/project/text_file.h"
 #include "host/tags/nearest.h"
-#include "kmr/command_line.h"
+#include "kmr/command_definition.h"
 #include "kmr/commands/commands.h"
 #include "kmr/connection.h"
 
@@ -243,37 +243,37 @@ ExitCode runTagsImport(const Options &options, const TagsOptions &own)
 
 void addTags(CLI::App &app, Command &chosen)
 {
-    CLI::App *tags = app.add_subcommand("tags", "Check, list, search and import files of names");
-    tags->require_subcommand(1);
-    tags->footer(HELP);
+    CommandDefinition tags(app, "tags", "Check, list, search and import files of names");
+    tags.requireCommand();
+    tags.setHelp(HELP);
     const auto own = std::make_shared<TagsOptions>();
 
-    CLI::App *check = tags->add_subcommand("check", "Report every bad line of a file of names");
-    check->add_option("FILE", own->file, "the file")->required();
-    check->footer(CHECK_HELP);
-    setAction(*check, chosen, own, runTagsCheck);
+    CommandDefinition check(tags, "check", "Report every bad line of a file of names");
+    check.add("FILE", own->file, "the file").required();
+    check.setHelp(CHECK_HELP);
+    check.setAction(chosen, own, runTagsCheck);
 
-    CLI::App *list = tags->add_subcommand("list", "List the names of a file");
-    list->add_option("FILE", own->file, "the file (default: that of --names)");
-    list->footer(LIST_HELP);
-    setAction(*list, chosen, own, runTagsList);
+    CommandDefinition list(tags, "list", "List the names of a file");
+    list.add("FILE", own->file, "the file (default: that of --names)");
+    list.setHelp(LIST_HELP);
+    list.setAction(chosen, own, runTagsList);
 
-    CLI::App *find = tags->add_subcommand("find", "Find names by a text or an element");
-    find->add_option("TEXT", own->text, "the text or tag to find")->required();
-    find->footer(FIND_HELP);
-    setAction(*find, chosen, own, runTagsFind);
+    CommandDefinition find(tags, "find", "Find names by a text or an element");
+    find.add("TEXT", own->text, "the text or tag to find").required();
+    find.setHelp(FIND_HELP);
+    find.setAction(chosen, own, runTagsFind);
 
-    CLI::App *import = tags->add_subcommand("import", "Convert another list to a file of names");
-    import->add_option("FILE", own->file, "the list")->required();
-    import->add_option("--columns", own->columns,
-                       "columns and their headings in the list: name=Symbol,tag=Address");
-    import->add_option("--encoding", own->encoding, "encoding of the list: utf-8, latin1 or utf-16")
-        ->default_str(own->encoding)
-        ->check(oneOf({"utf-8", "latin1", "utf-16"}));
-    import->add_option("--output", own->output,
-                       "file to write, completely or not at all (default: stdout)");
-    import->footer(IMPORT_HELP);
-    setAction(*import, chosen, own, runTagsImport);
+    CommandDefinition import(tags, "import", "Convert another list to a file of names");
+    import.add("FILE", own->file, "the list").required();
+    import.add("--columns", own->columns,
+               "columns and their headings in the list: name=Symbol,tag=Address");
+    import.add("--encoding", own->encoding, "encoding of the list: utf-8, latin1 or utf-16")
+        .showDefault(own->encoding)
+        .oneOf({"utf-8", "latin1", "utf-16"});
+    import.add("--output", own->output,
+               "file to write, completely or not at all (default: stdout)");
+    import.setHelp(IMPORT_HELP);
+    import.setAction(chosen, own, runTagsImport);
 }
 
 } // namespace kmr

@@ -1,7 +1,7 @@
 // kmr trace: explains a capture's traffic.
 #include "host/line/line_trace.h"
 #include "host/project/capture.h"
-#include "kmr/command_line.h"
+#include "kmr/command_definition.h"
 #include "kmr/commands/commands.h"
 #include "kmr/frame_records.h"
 #include "kmr/output.h"
@@ -45,10 +45,10 @@ ExitCode runTrace(const Options &options, const TraceOptions &what)
 void addTrace(CLI::App &app, Command &chosen)
 {
     const auto trace = std::make_shared<TraceOptions>();
-    CLI::App *command = app.add_subcommand("trace", "Explain the traffic of a capture");
-    command->add_option("FILE", trace->file, "a file of --capture")->required();
-    command->footer(HELP);
-    setAction(*command, chosen, trace, runTrace);
+    CommandDefinition command(app, "trace", "Explain the traffic of a capture");
+    command.add("FILE", trace->file, "a file of --capture").required();
+    command.setHelp(HELP);
+    command.setAction(chosen, trace, runTrace);
 }
 
 } // namespace kmr

@@ -1,5 +1,5 @@
 // kmr watch: shows tags as they change.
-#include "kmr/command_line.h"
+#include "kmr/command_definition.h"
 #include "kmr/commands/commands.h"
 #include "kmr/connection.h"
 #include "kmr/reconnection.h"
@@ -103,18 +103,16 @@ ExitCode runWatch(const Options &options, const WatchOptions &watch)
 void addWatch(CLI::App &app, Command &chosen)
 {
     const auto watch = std::make_shared<WatchOptions>();
-    CLI::App *command = app.add_subcommand("watch", "Show tags as they change");
-    command->add_option("TAG", watch->tags, WANTED_TAGS);
-    command->add_option("--count", watch->count, "end after this many lines")
-        ->check(aboveZero(1e9));
-    command->add_option("--for", watch->seconds, "end after this many seconds")
-        ->check(aboveZero(1e9));
+    CommandDefinition command(app, "watch", "Show tags as they change");
+    command.add("TAG", watch->tags, WANTED_TAGS);
+    command.add("--count", watch->count, "end after this many lines").aboveZero(1e9);
+    command.add("--for", watch->seconds, "end after this many seconds").aboveZero(1e9);
     command
-        ->add_option("--cycle", watch->cycle,
-                     "milliseconds to refresh all tags once (default: as fast as the line)")
-        ->check(between(1, 3600000));
-    command->footer(std::string(HELP) + TAG_HELP + EXAMPLES);
-    setAction(*command, chosen, watch, runWatch);
+        .add("--cycle", watch->cycle,
+             "milliseconds to refresh all tags once (default: as fast as the line)")
+        .between(1, 3600000);
+    command.setHelp(std::string(HELP) + TAG_HELP + EXAMPLES);
+    command.setAction(chosen, watch, runWatch);
 }
 
 } // namespace kmr

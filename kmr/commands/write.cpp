@@ -1,7 +1,7 @@
 // kmr write: writes values, in their order.
 #include "host/session/read_once.h"
 #include "kmr/assignment.h"
-#include "kmr/command_line.h"
+#include "kmr/command_definition.h"
 #include "kmr/commands/commands.h"
 #include "kmr/connection.h"
 #include "kmr/simulation/simulated_line.h"
@@ -209,13 +209,12 @@ ExitCode runWrite(const Options &options, const WriteOptions &how)
 void addWrite(CLI::App &app, Command &chosen)
 {
     const auto write = std::make_shared<WriteOptions>();
-    CLI::App *command = app.add_subcommand("write", "Write values, each acknowledged in turn");
-    command->add_option("TAG=VALUE", write->assignments, "the values to write, in this order")
-        ->required();
-    command->add_flag("--verify", write->verify, "read back and compare");
-    command->add_flag("--dry-run", write->dryRun, "show the frames and send nothing");
-    command->footer(std::string(HELP) + TAG_HELP + EXAMPLES);
-    setAction(*command, chosen, write, runWrite);
+    CommandDefinition command(app, "write", "Write values, each acknowledged in turn");
+    command.add("TAG=VALUE", write->assignments, "the values to write, in this order").required();
+    command.addFlag("--verify", write->verify, "read back and compare");
+    command.addFlag("--dry-run", write->dryRun, "show the frames and send nothing");
+    command.setHelp(std::string(HELP) + TAG_HELP + EXAMPLES);
+    command.setAction(chosen, write, runWrite);
 }
 
 } // namespace kmr

@@ -72,7 +72,7 @@ simulator::Responder Plant::responder(simulator::Faults &faults)
         }
         // All controllers carry out a broadcast, and one reports the line.
         for (auto next = std::next(m_controllers.begin()); next != m_controllers.end(); ++next)
-            next->second.obey(line);
+            next->second.carryOut(line);
         return faults.answer(m_controllers.begin()->second, line);
     };
 }

@@ -1,6 +1,6 @@
 #include "kmr/simulation/serve.h"
 
-#include "kmr/command_line.h"
+#include "kmr/command_definition.h"
 #include "kmr/output.h"
 #include "kmr/stop_signal.h"
 #include "simulator/pseudo_terminal.h"
@@ -32,14 +32,12 @@ QUrl parseListen(const QString &text)
 
 } // namespace
 
-void addServeOptions(CLI::App &command, ServeOptions &options)
+void addServeOptions(CommandDefinition &command, ServeOptions &options)
 {
-    command.add_option(
-        "--listen", options.listen,
-        "listen on this TCP address, port 0 for any free port (default without --pty: " +
-            std::string(DEFAULT_LISTEN) + ')');
-    command.add_option("--pty", options.pty,
-                       "create a pseudo-terminal, and this path as a link to it");
+    command.add("--listen", options.listen,
+                "listen on this TCP address, port 0 for any free port (default without --pty: " +
+                    std::string(DEFAULT_LISTEN) + ')');
+    command.add("--pty", options.pty, "create a pseudo-terminal, and this path as a link to it");
 }
 
 void serve(const ServeOptions &where, const simulator::Responder &respond, simulator::Pacing pacing)

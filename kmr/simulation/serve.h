@@ -4,7 +4,7 @@
 #include "simulator/pacing.h"
 #include "simulator/responder.h"
 
-#include <CLI/CLI.hpp>
+#include "kmr/command_definition.h"
 
 #include <string>
 
@@ -16,7 +16,7 @@ struct ServeOptions {
     std::string pty;    // path for a link to a pseudo-terminal; empty: none
 };
 
-void addServeOptions(CLI::App &command, ServeOptions &options);
+void addServeOptions(CommandDefinition &command, ServeOptions &options);
 
 // Opens all links, prints 'ready' and each link, and serves until SIGTERM or Ctrl-C. Throws Error
 // (Usage, Link) if one can't be opened.

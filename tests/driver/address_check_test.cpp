@@ -64,7 +64,10 @@ TEST(CheckedAddress, LiesInsideItsAreaWithTheWholeRun)
                        {row.area, row.behind, 1, OUT_OF_RANGE, row.behindAddress}},
                       bits);
     }
-    expectChecked({{"CV2", "199", 1, OUT_OF_RANGE, 199}, {"D", "11990", 10, VALID, 11990}}, false);
+    expectChecked({{"CV2", "199", 1, OUT_OF_RANGE, 199},
+                   {"CV2", "208", 1, VALID, 208},
+                   {"D", "11990", 10, VALID, 11990}},
+                  false);
     expectChecked({{"TV_bit", "100.15", 1, VALID, 1615}, {"M", "89", 1, VALID, 89}}, true);
 }
 

@@ -73,7 +73,7 @@ QString Simulator::readLine()
     return QString::fromLocal8Bit(m_process.readLine()).trimmed();
 }
 
-QString Simulator::tell(const QByteArray &line)
+QString Simulator::answerTo(const QByteArray &line)
 {
     m_process.write(line + '\n');
     return readLine();

@@ -52,7 +52,7 @@ public:
     }
 
     // Writes a line to its stdin and returns the line that it answers with.
-    QString tell(const QByteArray &line);
+    QString answerTo(const QByteArray &line);
 
     // What came on stderr since the last call.
     QString log();

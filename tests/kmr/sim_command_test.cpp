@@ -122,11 +122,11 @@ TEST(Sim, SetsWhatLinesOnStdinSayAndAnswersEach)
 {
     Simulator simulator({"--listen", "tcp://127.0.0.1:0", "--station", "1,2", "--control"});
     for (const char *line : {"X0=1", "D100 = 5", "2#D100x2=-1 6", "CV2200=70000", "TV5.3=1"})
-        EXPECT_EQ(simulator.tell(line), "ok") << line;
-    EXPECT_TRUE(simulator.tell("D1=70000").startsWith("error: bad value \"70000\" for D1: "));
-    EXPECT_TRUE(simulator.tell("").startsWith("error: \"\" is not an assignment: "));
+        EXPECT_EQ(simulator.answerTo(line), "ok") << line;
+    EXPECT_TRUE(simulator.answerTo("D1=70000").startsWith("error: bad value \"70000\" for D1: "));
+    EXPECT_TRUE(simulator.answerTo("").startsWith("error: \"\" is not an assignment: "));
     EXPECT_TRUE(
-        simulator.tell("3#D1=1").startsWith("error: station 3 is not simulated, only 1, 2"));
+        simulator.answerTo("3#D1=1").startsWith("error: station 3 is not simulated, only 1, 2"));
     EXPECT_EQ(
         run({"read", "X0x2", "D100", "2#D100x2", "CV2200", "TV5", "--link", simulator.link()}).out,
         "X0x2 1 0\nD100 5\n2#D100x2 65535 6\nCV2200 70000\nTV5 8\n");
@@ -141,7 +141,7 @@ TEST(Sim, KnowsNamesInItsMemoryFileAndOnStdin)
     saveFile(plant, "oven,-21.5\nCV2200,7\n");
     Simulator simulator(
         {"--listen", "tcp://127.0.0.1:0", "--control", "--names", names, "--load", plant});
-    EXPECT_EQ(simulator.tell("door=1"), "ok");
+    EXPECT_EQ(simulator.answerTo("door=1"), "ok");
     EXPECT_EQ(run({"read", "D100/int16", "X17", "CV2200", "--link", simulator.link()}).out,
               "D100/int16 -215\nX17 1\nCV2200 7\n");
 }

@@ -137,7 +137,7 @@ protected:
 
     void set(const QByteArray &assignment)
     {
-        EXPECT_EQ(m_simulator.tell(assignment), "ok");
+        EXPECT_EQ(m_simulator.answerTo(assignment), "ok");
     }
 
     // Sets D100, which is shown as a tenth of it, and waits until that was read and is on disk.
