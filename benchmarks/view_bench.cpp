@@ -29,7 +29,6 @@ namespace {
 
 constexpr int HOUR_TAGS = 50;
 constexpr int CHANGES = 20; // a second
-constexpr double FRAME = 0.2;
 
 QByteArray contentsOf(const QString &path)
 {
@@ -138,6 +137,28 @@ int measurePolling(int baud, int tags)
     return 0;
 }
 
+void change(ValuesModel &model, History &history, int step)
+{
+    const double now = static_cast<double>(step) / CHANGES;
+    for (int tag = 1; tag <= HOUR_TAGS; ++tag) {
+        const auto value = static_cast<std::uint32_t>((step * 7 + tag * 13) % (100 + tag));
+        model.take({tag, now, Quality::Good, {value}, {}});
+        history.add(tag, now, value);
+    }
+}
+
+// Everything at once; then the last minute again.
+double processorTimeOfAll(TrendView &trends, double now)
+{
+    const double begin = processorTime();
+    trends.plot().showAll();
+    QApplication::processEvents();
+    const double time = processorTime() - begin;
+    trends.plot().show(now - 60, now);
+    trends.plot().follow(true);
+    return time;
+}
+
 int measureHours(int hours)
 {
     History history;
@@ -160,13 +181,9 @@ int measureHours(int hours)
     int frames = 0;
     for (int step = 1; step <= hours * 3600 * CHANGES; ++step) {
         const double now = static_cast<double>(step) / CHANGES;
-        for (int tag = 1; tag <= HOUR_TAGS; ++tag) {
-            const auto value = static_cast<std::uint32_t>((step * 7 + tag * 13) % (100 + tag));
-            model.take({tag, now, Quality::Good, {value}, {}});
-            history.add(tag, now, value);
-        }
-        // The first hour as it is seen; later, to keep it short, a frame each minute.
-        const int pause = step <= 3600 * CHANGES ? static_cast<int>(FRAME * CHANGES) : 60 * CHANGES;
+        change(model, history, step);
+        // A frame a second in the first hour; later, to keep it short, a frame a minute.
+        const int pause = step <= 3600 * CHANGES ? CHANGES : 60 * CHANGES;
         if (step % pause == 0) {
             const double begin = processorTime();
             model.refresh(now);
@@ -179,12 +196,7 @@ int measureHours(int hours)
         }
         if (step % (600 * CHANGES) != 0)
             continue;
-        const double begin = processorTime();
-        trends.plot().showAll();
-        QApplication::processEvents();
-        const double all = processorTime() - begin;
-        trends.plot().show(now - 60, now);
-        trends.plot().follow(true);
+        const double all = processorTimeOfAll(trends, now);
         std::printf(
             "%4d min: %.0f MB; a frame takes %.1f ms, the longest %.1f ms; all of it %.0f ms\n",
             step / CHANGES / 60, memoryInMegabytes(), sum / frames, longest, all);

@@ -10,6 +10,15 @@ namespace {
 constexpr double SILENT_SECONDS = 3;   // of attempts without an answer
 constexpr double LIMPING_SHARE = 0.99; // of answered attempts, below which a station limps
 
+void noteRecent(std::deque<StationSecond> &recent, std::int64_t second, bool isAnswered)
+{
+    if (recent.empty() || recent.back().second != second)
+        recent.push_back({second});
+    if (recent.size() > LineCounts::RECENT_SECONDS)
+        recent.pop_front();
+    ++(isAnswered ? recent.back().answered : recent.back().failed);
+}
+
 } // namespace
 
 void LineCounts::clear()
@@ -32,16 +41,9 @@ void LineCounts::add(const ExchangeNews &exchange)
     const bool isRefused = exchange.failure.exceptionCode != 0;
     const bool isGood = exchange.outcome == Exchange::Outcome::Good;
     station.lastAttempt = exchange.time;
-    if (station.recent.empty() || station.recent.back().second != second)
-        station.recent.push_back({second});
-    if (station.recent.size() > RECENT_SECONDS)
-        station.recent.pop_front();
-    if (isGood || isRefused) {
+    noteRecent(station.recent, second, isGood || isRefused);
+    if (isGood || isRefused)
         station.lastAnswer = exchange.time;
-        ++station.recent.back().answered;
-    } else {
-        ++station.recent.back().failed;
-    }
     if (isRefused) {
         ++counts.refused;
         ++station.refused;

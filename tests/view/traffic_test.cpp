@@ -24,18 +24,20 @@ private slots:
         OpenWindow window(line, {"D100"});
         const auto *table = child<QTableView>(window, "traffic");
         QTRY_VERIFY_WITH_TIMEOUT(table->model()->rowCount() > 20, PATIENCE);
-        QTest::keyClick(child<QComboBox>(window, "trafficKind"), Qt::Key_Down);
-        QTest::keyClick(child<QComboBox>(window, "trafficKind"), Qt::Key_Down); // refused
+        auto *kind = child<QComboBox>(window, "trafficKind");
+        QTest::keyClick(kind, Qt::Key_Down);
+        QTest::keyClick(kind, Qt::Key_Down); // refused
         QTRY_VERIFY_WITH_TIMEOUT(table->model()->rowCount() > 2, PATIENCE);
         for (int row = 0; row < 3; ++row)
             QVERIFY(text(*table, row, TrafficModel::ANSWER).contains("exception 02"));
+        kind->setCurrentIndex(TrafficFilter::ALL);
         QTest::keyClick(child<QComboBox>(window, "trafficFunction"), Qt::Key_Down);
         QTRY_VERIFY_WITH_TIMEOUT(table->model()->rowCount() > 0, PATIENCE);
         for (int row = 0; row < table->model()->rowCount(); ++row)
             QVERIFY(text(*table, row, TrafficModel::FUNCTION).startsWith("02"));
-        QTest::keyClicks(child<QComboBox>(window, "trafficKind"), "Bad");
+        kind->setCurrentIndex(TrafficFilter::FAULTY);
         QCOMPARE(table->model()->rowCount(), 0);
-        QTest::keyClicks(child<QComboBox>(window, "trafficKind"), "All");
+        kind->setCurrentIndex(TrafficFilter::ALL);
         QTRY_VERIFY_WITH_TIMEOUT(table->model()->rowCount() > 0, PATIENCE);
         QTest::keyClicks(child<QLineEdit>(window, "trafficStation"), "7");
         QCOMPARE(table->model()->rowCount(), 0);
