@@ -4,6 +4,7 @@
 #include <QPainter>
 
 #include <algorithm>
+#include <cmath>
 
 namespace kmr {
 
@@ -32,7 +33,7 @@ std::optional<double> shownAt(const Series &series, const TrendStyle &style,
 
 QString figureText(std::optional<double> value)
 {
-    return value ? QString::number(*value, 'g', 6) : QString("–");
+    return value ? QString::number(*value, 'g', std::abs(*value) < 1 ? 5 : 6) : QString("–");
 }
 
 TrendTable::TrendTable(QWidget *parent) : QTableWidget(0, COLUMNS, parent)
