@@ -1265,7 +1265,7 @@ nicht verlangt: %2</translation>
     </message>
     <message>
         <source>pending</source>
-        <translation>ausstehend</translation>
+        <translation>offen</translation>
     </message>
     <message>
         <source>%1 not good</source>
