@@ -42,6 +42,12 @@ install(FILES packaging/service/line.toml
 if(TARGET kmr-view)
     install(TARGETS kmr-view RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR} COMPONENT view)
     install(FILES view/man/kmr-view.1 DESTINATION ${CMAKE_INSTALL_MANDIR}/man1 COMPONENT view)
+    if(LRELEASE)
+        foreach(language de en)
+            install(FILES ${CMAKE_BINARY_DIR}/view/kmr-view_${language}.qm
+                DESTINATION ${CMAKE_INSTALL_DATADIR}/kmr-view/translations COMPONENT view)
+        endforeach()
+    endif()
     install(FILES view/desktop/kmr-view.desktop
         DESTINATION ${CMAKE_INSTALL_DATADIR}/applications COMPONENT view)
     install(FILES view/desktop/kmr-view.svg

@@ -1,6 +1,7 @@
 #include "view/built_in_controller.h"
 
 #include "host/error.h"
+#include "host/line/link.h"
 #include "simulator/animation.h"
 #include "simulator/controller.h"
 #include "simulator/faults.h"
@@ -84,8 +85,10 @@ private:
 
 } // namespace
 
-BuiltInController::BuiltInController(const BuiltInSettings &settings) : m_server(nullptr)
+BuiltInController::BuiltInController(const BuiltInSettings &settings)
+    : m_server(nullptr), m_baud(settings.baud)
 {
+    m_thread.setObjectName("simulator");
     m_thread.start();
     QString fault;
     quint16 port = 0;
@@ -116,6 +119,14 @@ BuiltInController::~BuiltInController()
     m_server->deleteLater(); // which a thread that ends does at last
     m_thread.quit();
     m_thread.wait();
+}
+
+std::chrono::nanoseconds BuiltInController::characterTime() const
+{
+    LinkAddress address;
+    address.kind = LinkAddress::Kind::Serial;
+    address.baud = m_baud;
+    return m_baud > 0 ? kmr::characterTime(address) : std::chrono::nanoseconds(0);
 }
 
 QStringList BuiltInController::tags()

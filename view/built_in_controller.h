@@ -7,6 +7,7 @@
 #include <QStringList>
 #include <QThread>
 
+#include <chrono>
 #include <vector>
 
 namespace kmr {
@@ -30,12 +31,16 @@ public:
         return m_link;
     }
 
+    // Of the line that its pace imitates.
+    std::chrono::nanoseconds characterTime() const;
+
     // Tags worth a look.
     static QStringList tags();
 
 private:
     QThread m_thread;
     QObject *m_server; // lives in the thread
+    int m_baud;
     QString m_link;
 };
 

@@ -5,6 +5,22 @@
 
 namespace kmr {
 
+namespace {
+
+constexpr double SILENT_SECONDS = 3;   // of attempts without an answer
+constexpr double LIMPING_SHARE = 0.99; // of answered attempts, below which a station limps
+
+void noteRecent(std::deque<StationSecond> &recent, std::int64_t second, bool isAnswered)
+{
+    if (recent.empty() || recent.back().second != second)
+        recent.push_back({second});
+    if (recent.size() > LineCounts::RECENT_SECONDS)
+        recent.pop_front();
+    ++(isAnswered ? recent.back().answered : recent.back().failed);
+}
+
+} // namespace
+
 void LineCounts::clear()
 {
     *this = LineCounts();
@@ -24,6 +40,8 @@ void LineCounts::add(const ExchangeNews &exchange)
     counts.characters += exchange.characters;
     const bool isRefused = exchange.failure.exceptionCode != 0;
     const bool isGood = exchange.outcome == Exchange::Outcome::Good;
+    station.lastAttempt = exchange.time;
+    noteRecent(station.recent, second, isGood || isRefused);
     if (isGood || isRefused)
         station.lastAnswer = exchange.time;
     if (isRefused) {
@@ -68,6 +86,23 @@ double LineCounts::wireShare(double now, int seconds, std::chrono::nanoseconds c
     }
     return std::chrono::duration<double>(characterTime).count() * static_cast<double>(characters) /
            seconds;
+}
+
+StationState stateOf(const StationCounts &counts)
+{
+    if (counts.lastAnswer == 0)
+        return {StationState::Kind::NeverAnswered, 0, 0};
+    const double silent = counts.lastAttempt - counts.lastAnswer;
+    if (silent > SILENT_SECONDS)
+        return {StationState::Kind::Silent, 0, silent};
+    int answered = 0;
+    int failed = 0;
+    for (const StationSecond &second : counts.recent) {
+        answered += second.answered;
+        failed += second.failed;
+    }
+    const double share = static_cast<double>(answered) / std::max(1, answered + failed);
+    return {share < LIMPING_SHARE ? StationState::Kind::Limps : StationState::Kind::Good, share, 0};
 }
 
 RoundTripBins binsOf(const std::deque<double> &roundTrips, int bins)

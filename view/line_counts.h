@@ -21,11 +21,20 @@ struct SecondCounts {
     qsizetype characters = 0;
 };
 
+// One station in one second.
+struct StationSecond {
+    std::int64_t second = 0;
+    int answered = 0;
+    int failed = 0;
+};
+
 struct StationCounts {
     std::uint64_t good = 0;
     std::uint64_t refused = 0;
     std::uint64_t failed = 0; // attempts without a good answer
     double lastAnswer = 0;    // time of it; 0: none
+    double lastAttempt = 0;
+    std::deque<StationSecond> recent; // of the last minute in which it was asked
     double longest = 0;
     double roundTrips = 0; // their sum
 };
@@ -33,6 +42,7 @@ struct StationCounts {
 class LineCounts {
 public:
     static constexpr std::size_t MOST_SECONDS = 3600;
+    static constexpr std::size_t RECENT_SECONDS = 60;
     static constexpr std::size_t MOST_ROUND_TRIPS = 20000;
 
     void add(const ExchangeNews &exchange);
@@ -63,6 +73,16 @@ private:
     std::map<int, StationCounts> m_stations;
     std::deque<double> m_roundTrips;
 };
+
+// How a station answers.
+struct StationState {
+    enum class Kind { Good, Limps, Silent, NeverAnswered };
+
+    Kind kind = Kind::Good;
+    double share = 1;         // of the attempts of the last minute that were answered
+    double silentSeconds = 0; // since the last answer, of Silent
+};
+StationState stateOf(const StationCounts &counts);
 
 // How often each of `bins` equal steps from 0 on holds a round trip; those beyond the last step,
 // which 99 of 100 do not reach, count there.

@@ -15,6 +15,7 @@
 #include <qwt_plot_grid.h>
 #include <qwt_plot_histogram.h>
 #include <qwt_series_data.h>
+#include <qwt_text_label.h>
 
 #include <cmath>
 
@@ -25,8 +26,6 @@ namespace {
 constexpr int BINS = 40;
 constexpr int RATE_SECONDS = 5;
 constexpr double SHOWN_SECONDS = 300;
-constexpr double SILENT_SECONDS = 3;   // without an answer
-constexpr double LIMPING_SHARE = 0.99; // of good answers, below which a station limps
 
 std::unique_ptr<QwtPlotCurve> makeCurve(QwtPlot &plot, const QString &title, const QColor &colour,
                                         Qt::PenStyle pen)
@@ -44,6 +43,32 @@ QString milliseconds(double seconds)
 }
 
 } // namespace
+
+QString stateText(const StationState &state)
+{
+    switch (state.kind) {
+    case StationState::Kind::NeverAnswered:
+        return LineView::tr("never answered");
+    case StationState::Kind::Silent:
+        return LineView::tr("silent for %1 s").arg(state.silentSeconds, 0, 'f', 0);
+    case StationState::Kind::Limps:
+        return LineView::tr("limps: %1 % answered").arg(100 * state.share, 0, 'f', 1);
+    case StationState::Kind::Good:
+        break;
+    }
+    return LineView::tr("good");
+}
+
+QStringList limpingStations(const LineCounts &counts)
+{
+    QStringList texts;
+    for (const auto &[station, stationCounts] : counts.stations()) {
+        const StationState state = stateOf(stationCounts);
+        if (state.kind != StationState::Kind::Good)
+            texts.append(LineView::tr("Station %1 %2").arg(station).arg(stateText(state)));
+    }
+    return texts;
+}
 
 LineView::LineView(const LineCounts &counts, QWidget *parent)
     : QWidget(parent), m_counts(counts), m_examine(new QPushButton(tr("&Examine the line"))),
@@ -100,6 +125,7 @@ QwtPlot *LineView::makePlot(const QString &title, const QString &unit)
     auto *plot = new QwtPlot;
     QwtText text(title);
     text.setFont(font());
+    plot->titleLabel()->setFont(font());
     plot->setTitle(text);
     plot->setAccessibleName(title);
     plot->setMinimumSize(200, 140);
@@ -141,35 +167,27 @@ void LineView::refresh(double now, std::chrono::nanoseconds characterTime)
         text += tr(", %1 % of the wire's time in use")
                     .arg(100 * m_counts.wireShare(now, RATE_SECONDS, characterTime), 0, 'f', 0);
     m_summary->setText(text);
-    showStations(now);
+    showStations();
     showHistogram();
     showTimes(now);
 }
 
-void LineView::showStations(double now)
+void LineView::showStations()
 {
     m_stations->setRowCount(static_cast<int>(m_counts.stations().size()));
     int row = 0;
     for (const auto &[station, counts] : m_counts.stations()) {
-        const double answered = static_cast<double>(counts.good + counts.refused);
-        const double share =
-            answered / std::max(1.0, answered + static_cast<double>(counts.failed));
-        const bool isSilent = now - counts.lastAnswer > SILENT_SECONDS;
-        const bool isLimping = share < LIMPING_SHARE;
-        const QString state = counts.lastAnswer == 0 ? tr("never answered")
-                              : isSilent
-                                  ? tr("silent for %1 s").arg(now - counts.lastAnswer, 0, 'f', 0)
-                              : isLimping ? tr("limps: %1 % answered").arg(100 * share, 0, 'f', 1)
-                                          : tr("good");
+        const StationState state = stateOf(counts);
         const QString texts[] = {
             QString::number(station),
-            state,
+            stateText(state),
             QString::number(counts.good + counts.refused),
             QString::number(counts.failed),
             milliseconds(counts.roundTrips /
                          static_cast<double>(std::max<std::uint64_t>(1, counts.good))),
             milliseconds(counts.longest)};
-        const Quality quality = isSilent || isLimping ? Quality::Stale : Quality::Good;
+        const Quality quality =
+            state.kind == StationState::Kind::Good ? Quality::Good : Quality::Stale;
         for (int column = 0; column < static_cast<int>(std::size(texts)); ++column) {
             QTableWidgetItem *item = m_stations->item(row, column);
             if (item == nullptr) {
@@ -235,8 +253,16 @@ void LineView::showDiagnosis(const std::optional<Diagnosis> &diagnosis)
         m_verdict->setText(tr("The examination was stopped before the line was known."));
         return;
     }
-    m_verdict->setText(diagnosis->advice.isEmpty() ? diagnosis->text
-                                                   : diagnosis->text + '\n' + diagnosis->advice);
+    QString text = diagnosis->text;
+    if (!diagnosis->advice.isEmpty())
+        text += '\n' + diagnosis->advice;
+    const QStringList limping = limpingStations(m_counts);
+    if (diagnosis->finding == Finding::Good && !limping.isEmpty()) // seldom seen in three requests
+        text +=
+            '\n' + tr("That was three requests. But: %1. Check plugs, shield and terminators, and "
+                      "that no two controllers have the same station number.")
+                       .arg(limping.join("; "));
+    m_verdict->setText(text);
 }
 
 } // namespace kmr

@@ -39,7 +39,7 @@ signals:
 private:
     QwtPlot *makePlot(const QString &title, const QString &unit);
     void makeCurves();
-    void showStations(double now);
+    void showStations();
     void showTimes(double now);
     void showHistogram();
 
@@ -58,5 +58,11 @@ private:
     std::unique_ptr<QwtPlotCurve> m_faulty;
     std::unique_ptr<QwtPlotCurve> m_refused;
 };
+
+// "limps: 93.1 % answered".
+QString stateText(const StationState &state);
+
+// "Station 2 limps: 93.1 % answered", of each station that does not answer as it should.
+QStringList limpingStations(const LineCounts &counts);
 
 } // namespace kmr

@@ -1,5 +1,6 @@
 // kmr-view: the window on a line.
 #include "view/main_window.h"
+#include "view/translation.h"
 
 #include <QApplication>
 #include <QCommandLineParser>
@@ -14,6 +15,8 @@ int main(int argc, char *argv[])
     QApplication::setOrganizationName("ostrel-kmr");
     QApplication::setApplicationVersion(KMR_VERSION);
     QApplication::setDesktopFileName("kmr-view");
+
+    kmr::useLanguageOfLocale();
 
     QCommandLineParser parser;
     parser.setApplicationDescription(

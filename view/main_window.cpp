@@ -1,15 +1,13 @@
 #include "view/main_window.h"
 
 #include "host/error.h"
+#include "host/project/text_file.h"
 #include "view/quality_icon.h"
 
-#include <QHeaderView>
 #include <QMessageBox>
-#include <QSettings>
 #include <QStatusBar>
 #include <QStyle>
 
-#include <algorithm>
 #include <utility>
 
 namespace kmr {
@@ -45,7 +43,7 @@ MainWindow::MainWindow()
     : m_valuesView(new ValuesView(m_values)), m_trends(new TrendView(m_history)),
       m_traffic(new TrafficView(true)), m_lineView(new LineView(m_counts)), m_plan(new PlanView),
       m_recipe(new RecipeView), m_pages(new QTabWidget), m_splitter(new QSplitter),
-      m_state(new QLabel)
+      m_state(new QLabel), m_hint(new QToolButton)
 {
     setAcceptDrops(true);
     m_splitter->addWidget(m_valuesView);
@@ -55,6 +53,14 @@ MainWindow::MainWindow()
     m_state->setObjectName("state");
     m_state->setAccessibleName(tr("State of the line"));
     statusBar()->addWidget(m_state, 1);
+    m_hint->setObjectName("hint");
+    m_hint->setAutoRaise(true);
+    m_hint->setFocusPolicy(Qt::TabFocus);
+    m_hint->setToolButtonStyle(Qt::ToolButtonTextBesideIcon);
+    m_hint->setToolTip(tr("Show the line"));
+    m_hint->hide();
+    statusBar()->addPermanentWidget(m_hint);
+    connect(m_hint, &QToolButton::clicked, this, [this] { m_pages->setCurrentWidget(m_lineView); });
     connect(m_valuesView, &ValuesView::tagGiven, this, &MainWindow::addTag);
     connect(m_valuesView, &ValuesView::writeWanted, this, &MainWindow::askToWrite);
     connect(m_valuesView, &ValuesView::removeWanted, this, [this](const std::vector<int> &ids) {
@@ -89,49 +95,42 @@ MainWindow::~MainWindow()
 bool MainWindow::openProject(const QString &path)
 {
     try {
-        if (!start(readProject(path)))
+        const QString text = readTextFile(path);
+        if (!start(parseProject(text, path)))
             return false;
+        m_text = text;
     } catch (const Error &error) {
         warn(error.text());
         return false;
     }
     setProject(path, false);
     noteRecent(path);
+    recallProject();
     return true;
 }
 
 bool MainWindow::start(const ProjectSettings &settings)
 {
     try {
-        if (!m_drivers || m_loaded != settings.driver) {
-            stopLine();
-            m_drivers = std::make_unique<Drivers>(settings.driver);
+        std::unique_ptr<Drivers> loaded;
+        if (!m_drivers || m_loaded != settings.driver)
+            loaded = std::make_unique<Drivers>(settings.driver);
+        auto reader =
+            std::make_unique<NamedTagReader>(tagReaderOf(settings, loaded ? *loaded : *m_drivers));
+        // Nothing can go wrong with the project any more.
+        rememberProject();
+        stopLine();
+        if (loaded) {
+            m_drivers = std::move(loaded);
             m_loaded = settings.driver;
         }
-        auto reader = std::make_unique<NamedTagReader>(tagReaderOf(settings, *m_drivers));
-        std::vector<Tag> tags;
-        QStringList faults = faultsOf(*reader);
-        for (const QString &text : settings.tags) {
-            try {
-                tags.push_back(reader->read(text));
-            } catch (const Error &error) {
-                faults.append(error.text());
-            }
-        }
-        stopLine();
         m_settings = settings;
         m_reader = std::move(reader);
-        m_valuesView->setReader(*m_reader);
-        m_values.clear();
-        m_history.clear();
-        m_counts.clear();
-        m_recipe->clear();
-        m_trends->clear();
-        for (const Tag &tag : tags)
-            m_values.add({++m_lastId, tag}, commentOf(*m_reader, tag));
+        clearProject();
+        const QStringList faults = faultsOf(*m_reader) + addTags(settings.tags);
+        setProject({}, false);
         startLine(settings.link);
         showPlan();
-        setProject({}, false);
         if (!faults.isEmpty())
             warn(tr("These names and tags can't be read and are left out:\n%1")
                      .arg(faults.join('\n')));
@@ -140,6 +139,33 @@ bool MainWindow::start(const ProjectSettings &settings)
         return false;
     }
     return true;
+}
+
+void MainWindow::clearProject()
+{
+    m_valuesView->setReader(*m_reader);
+    m_values.clear();
+    m_unreadTags.clear();
+    m_history.clear();
+    m_counts.clear();
+    m_recipe->clear();
+    m_trends->clear();
+}
+
+// Returns what is wrong with those that can't be read.
+QStringList MainWindow::addTags(const QStringList &tags)
+{
+    QStringList faults;
+    for (int place = 0; place < tags.size(); ++place) {
+        try {
+            const Tag tag = m_reader->read(tags[place]);
+            m_values.add({++m_lastId, tag}, commentOf(*m_reader, tag));
+        } catch (const Error &error) {
+            m_unreadTags.emplace_back(place, tags[place]);
+            faults.append(error.text());
+        }
+    }
+    return faults;
 }
 
 void MainWindow::startLine(const QString &link)
@@ -233,26 +259,6 @@ void MainWindow::warn(const QString &text)
     auto *box = new QMessageBox(QMessageBox::Warning, windowTitle(), text, QMessageBox::Ok, this);
     box->setAttribute(Qt::WA_DeleteOnClose);
     box->open();
-}
-
-void MainWindow::restoreWindow()
-{
-    resize(1280, 800);
-    m_splitter->setSizes({600, 680});
-    m_splitter->setStretchFactor(1, 1);
-    const QSettings settings;
-    restoreGeometry(settings.value("window/geometry").toByteArray());
-    m_splitter->restoreState(settings.value("window/splitter").toByteArray());
-    m_valuesView->table()->horizontalHeader()->restoreState(
-        settings.value("window/values").toByteArray());
-}
-
-void MainWindow::saveWindow()
-{
-    QSettings settings;
-    settings.setValue("window/geometry", saveGeometry());
-    settings.setValue("window/splitter", m_splitter->saveState());
-    settings.setValue("window/values", m_valuesView->table()->horizontalHeader()->saveState());
 }
 
 } // namespace kmr

@@ -21,10 +21,14 @@
 #include <QSplitter>
 #include <QTabWidget>
 #include <QTimer>
+#include <QToolButton>
 
+#include <functional>
 #include <map>
 #include <memory>
 #include <optional>
+#include <utility>
+#include <vector>
 
 namespace kmr {
 
@@ -41,7 +45,8 @@ public:
     // Shows these settings; without a link, the built-in controller.
     bool start(const ProjectSettings &settings);
 
-    // Writes the project's file. Throws Error (Output).
+    // Writes the project's file; of one that was opened, what a person has written there stays.
+    // Throws Error (Output).
     void saveProject(const QString &path);
 
     // Shows the dialog that starts without a project.
@@ -51,7 +56,7 @@ public:
     // it and returns false.
     bool openRecording(const QString &path);
 
-    // The same of a capture, whose traffic is explained.
+    // The same of a capture: a page of its traffic, and one of its values over time.
     bool openCapture(const QString &path);
 
     // The same of a recipe, on the page of recipes.
@@ -79,16 +84,27 @@ private:
     void restoreWindow();
     void saveWindow();
     void chooseProject();
-    void chooseFileToSave();
-    void save(const QString &path);
+    void chooseFileToSave(const std::function<void()> &next);
+    bool save(const QString &path);
+    void saveThen(const std::function<void()> &next);
     void setProject(const QString &path, bool isChanged);
-    bool mayLeave();
+    void leaveProject(const std::function<void()> &next);
+    void clearProject();
+    QStringList addTags(const QStringList &tags);
+    void saveLook(const QString &group) const;
+    void restoreLook(const QString &group);
+    void rememberProject() const;
+    void recallProject();
+    QVariantList curves() const;
+    void showCurves(const QVariantList &curves);
     void stopLine();
     void startLine(const QString &link);
     void pollTags();
     void takeNews();
     void addPage(QWidget *page, const QString &title);
+    void addFilePage(QWidget *page, const QString &title, const QString &tip);
     void makeTrends();
+    void closePage(int index);
     void record(const TagNews &news);
     void showTrends(const std::vector<int> &ids);
     void forgetTrend(int id);
@@ -107,6 +123,7 @@ private:
     void refresh();
     void takeWrites(const std::vector<WriteNews> &writes);
     void showState(const LineNews &news);
+    void showHint();
     void addTag(const Tag &tag);
     void askToWrite(int id);
     void warn(const QString &text);
@@ -117,7 +134,9 @@ private:
     std::unique_ptr<LineThread> m_line;
 
     ProjectSettings m_settings;
-    QString m_path; // of the project's file; empty: none yet
+    QString m_path;                                    // of the project's file; empty: none yet
+    QString m_text;                                    // of that file
+    std::vector<std::pair<int, QString>> m_unreadTags; // with their places in the project
     std::unique_ptr<NamedTagReader> m_reader;
     int m_lastId = 0;
 
@@ -141,8 +160,10 @@ private:
     bool m_isTransferring = false;
     bool m_isClosing = false;
     QTabWidget *m_pages;
+    int m_steadyPages = 0; // the first ones, which can't be closed
     QSplitter *m_splitter;
     QLabel *m_state;
+    QToolButton *m_hint; // which stations don't answer as they should
     QTimer m_refresh;
 };
 

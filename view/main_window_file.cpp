@@ -1,6 +1,5 @@
 // The window's menus, and what they do with project files.
 #include "host/error.h"
-#include "host/project/text_file.h"
 #include "view/main_window.h"
 #include "view/start_dialog.h"
 
@@ -12,6 +11,8 @@
 #include <QMessageBox>
 #include <QMimeData>
 #include <QSettings>
+
+#include <utility>
 
 namespace kmr {
 
@@ -48,26 +49,24 @@ void MainWindow::makeMenus()
 void MainWindow::makeFileMenu()
 {
     QMenu *file = menuBar()->addMenu(tr("&File"));
+    file->setObjectName("file");
     file->addAction(
         tr("&New line…"), this, [this] { askForLine(); }, QKeySequence::New);
     file->addAction(
         tr("&Open project…"), this, [this] { chooseProject(); }, QKeySequence::Open);
     file->addAction(tr("Open &recording or capture…"), this, [this] { chooseRecording(); });
-    QMenu *recent = file->addMenu(tr("Open &recent"));
+    QMenu *recent = file->addMenu(tr("Open re&cent"));
+    recent->setObjectName("recent");
     connect(file, &QMenu::aboutToShow, this, [this, recent] { fillRecent(*recent); });
     fillRecent(*recent);
     file->addSeparator();
     file->addAction(
-        tr("&Save project"), this,
-        [this] {
-            if (m_path.isEmpty())
-                chooseFileToSave();
-            else
-                save(m_path);
-        },
-        QKeySequence::Save);
+        tr("&Save project"), this, [this] { saveThen([] {}); }, QKeySequence::Save);
     file->addAction(
-        tr("Save project &as…"), this, [this] { chooseFileToSave(); }, QKeySequence::SaveAs);
+        tr("Save project &as…"), this, [this] { chooseFileToSave([] {}); }, QKeySequence::SaveAs);
+    file->addAction(
+        tr("C&lose page"), this, [this] { closePage(m_pages->currentIndex()); },
+        QKeySequence::Close);
     file->addSeparator();
     file->addAction(
         tr("&Quit"), this, [this] { close(); }, QKeySequence::Quit);
@@ -77,7 +76,7 @@ void MainWindow::fillRecent(QMenu &menu)
 {
     menu.clear();
     for (const QString &path : QSettings().value(RECENT).toStringList())
-        menu.addAction(path, this, [this, path] { openProject(path); });
+        menu.addAction(path, this, [this, path] { openFile(path); });
     menu.setEnabled(!menu.isEmpty());
 }
 
@@ -102,7 +101,10 @@ void MainWindow::askForLine()
     }
     auto *dialog = new StartDialog(m_settings, *m_drivers, this);
     dialog->setAttribute(Qt::WA_DeleteOnClose);
-    connect(dialog, &QDialog::accepted, this, [this, dialog] { start(dialog->settings()); });
+    connect(dialog, &QDialog::accepted, this, [this, dialog] {
+        const ProjectSettings settings = dialog->settings();
+        leaveProject([this, settings] { start(settings); });
+    });
     dialog->open();
 }
 
@@ -113,54 +115,15 @@ void MainWindow::chooseProject()
     dialog->setAttribute(Qt::WA_DeleteOnClose);
     dialog->setFileMode(QFileDialog::ExistingFile);
     connect(dialog, &QFileDialog::fileSelected, this,
-            [this](const QString &path) { openProject(path); });
+            [this](const QString &path) { openFile(path); });
     dialog->open();
-}
-
-void MainWindow::chooseFileToSave()
-{
-    auto *dialog =
-        new QFileDialog(this, tr("Save project as"), "kmr.toml", tr("Projects (*.toml)"));
-    dialog->setAttribute(Qt::WA_DeleteOnClose);
-    dialog->setAcceptMode(QFileDialog::AcceptSave);
-    dialog->setDefaultSuffix("toml");
-    connect(dialog, &QFileDialog::fileSelected, this, [this](const QString &path) { save(path); });
-    dialog->open();
-}
-
-void MainWindow::save(const QString &path)
-{
-    try {
-        saveProject(path);
-    } catch (const Error &error) {
-        warn(error.text());
-    }
-}
-
-void MainWindow::saveProject(const QString &path)
-{
-    m_settings.tags.clear();
-    for (const ValueRow &row : m_values.rows())
-        m_settings.tags.append(row.polled.tag.text);
-    writeTextFile(path, formatProject(m_settings, path));
-    setProject(path, false);
-    noteRecent(path);
-}
-
-void MainWindow::setProject(const QString &path, bool isChanged)
-{
-    m_path = path;
-    setWindowTitle(
-        tr("%1[*] – kmr-view").arg(path.isEmpty() ? tr("New line") : QFileInfo(path).fileName()));
-    setWindowFilePath(path);
-    setWindowModified(isChanged);
 }
 
 void MainWindow::openFile(const QString &path)
 {
     const QString ending = QFileInfo(path).suffix().toLower();
     if (ending == "toml")
-        openProject(path);
+        leaveProject([this, path] { openProject(path); });
     else if (QStringList{"csv", "sqlite", "sqlite3", "db"}.contains(ending))
         openRecording(path);
     else
@@ -175,8 +138,12 @@ void MainWindow::dragEnterEvent(QDragEnterEvent *event)
 
 void MainWindow::dropEvent(QDropEvent *event)
 {
-    for (const QString &path : filesOf(*event->mimeData()))
-        openFile(path);
+    bool hasProject = false; // only one can be open
+    for (const QString &path : filesOf(*event->mimeData())) {
+        const bool isProject = path.endsWith(".toml", Qt::CaseInsensitive);
+        if (!isProject || !std::exchange(hasProject, true))
+            openFile(path);
+    }
     event->acceptProposedAction();
 }
 

@@ -1,6 +1,9 @@
 // What the window does with the traffic and the state of the line.
 #include "host/error.h"
+#include "view/capture_values.h"
 #include "view/main_window.h"
+#include "view/quality_icon.h"
+#include "view/recording_view.h"
 
 #include <QFileInfo>
 
@@ -21,6 +24,15 @@ void MainWindow::makeLine()
         else
             m_lineView->showDiagnosis({});
     });
+}
+
+// Seen on every page.
+void MainWindow::showHint()
+{
+    const QStringList texts = limpingStations(m_counts);
+    m_hint->setText(texts.join("; "));
+    m_hint->setIcon(qualityIcon(Quality::Stale));
+    m_hint->setVisible(!texts.isEmpty());
 }
 
 void MainWindow::makePlan()
@@ -59,11 +71,14 @@ bool MainWindow::openCapture(const QString &path)
 {
     try {
         const Capture capture = readCapture(path);
+        const QString name = QFileInfo(path).fileName();
+        const QString tip = tr("%1, of %2").arg(path, capture.link);
+        auto recording = std::make_unique<Recording>();
+        if (readValues(capture, *recording))
+            addFilePage(new RecordingView(std::move(recording)), tr("%1: trends").arg(name), tip);
         auto *view = new TrafficView(false);
         view->add(trafficOf(capture));
-        const int index = m_pages->addTab(view, QFileInfo(path).fileName());
-        m_pages->setTabToolTip(index, tr("%1, of %2").arg(path, capture.link));
-        m_pages->setCurrentIndex(index);
+        addFilePage(view, name, tip);
         if (!capture.cut.isEmpty())
             warn(capture.cut);
     } catch (const Error &error) {
@@ -75,8 +90,8 @@ bool MainWindow::openCapture(const QString &path)
 
 std::chrono::nanoseconds MainWindow::characterTimeOfLink() const
 {
-    if (m_simulated || m_settings.link.isEmpty())
-        return std::chrono::nanoseconds(0);
+    if (m_simulated)
+        return m_simulated->characterTime();
     return characterTime(parseLink(m_settings.link));
 }
 

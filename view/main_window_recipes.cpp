@@ -8,7 +8,7 @@ namespace kmr {
 
 void MainWindow::makeRecipes()
 {
-    addPage(m_recipe, tr("R&ecipes"));
+    addPage(m_recipe, tr("Rec&ipes"));
     connect(m_recipe, &RecipeView::fileWanted, this, &MainWindow::chooseRecipe);
     connect(m_recipe, &RecipeView::transferWanted, this,
             [this](RecipeNews::Kind kind, const std::vector<RecipeItem> &items) {

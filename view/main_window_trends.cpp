@@ -1,12 +1,11 @@
 // What the window does with the course of values: it keeps them, and shows those that are wanted.
 #include "host/error.h"
 #include "view/main_window.h"
-#include "view/recording.h"
+#include "view/recording_view.h"
 
 #include <QFileDialog>
 #include <QFileInfo>
 #include <QTabBar>
-#include <QVBoxLayout>
 
 #include <algorithm>
 #include <cmath>
@@ -29,6 +28,11 @@ int countOf(const ValueRow &row)
     return std::min(std::max(1, numbers), MOST_NUMBERS);
 }
 
+int seriesCount(const Tag &tag)
+{
+    return std::min(tag.count / elementsPerNumber(tag), MOST_NUMBERS);
+}
+
 QString nameOf(const Tag &tag, int place, int count)
 {
     if (count == 1)
@@ -43,43 +47,14 @@ bool isBit(const Tag &tag)
     return tag.kind == ElementKind::Bit || tag.kind == ElementKind::WordBit;
 }
 
-// A page of its own, with what it shows.
-class RecordingView : public QWidget {
-public:
-    explicit RecordingView(const QString &path)
-    {
-        readRecording(path, m_recording);
-        m_view = new TrendView(m_recording.history);
-        auto *layout = new QVBoxLayout(this);
-        layout->setContentsMargins(0, 0, 0, 0);
-        layout->addWidget(m_view);
-        m_view->setAcceptDrops(false); // of tags of the line
-        for (const RecordedTag &tag : m_recording.tags)
-            m_view->add(tag.id, tag.name, tag.unit, tag.isBit);
-        m_view->plot().showAll();
-    }
-    ~RecordingView() override
-    {
-        delete m_view; // before its history
-    }
-
-private:
-    Recording m_recording;
-    TrendView *m_view;
-};
-
 } // namespace
 
 void MainWindow::makeTrends()
 {
     m_pages->setTabsClosable(true);
     m_pages->setDocumentMode(true);
-    addPage(m_trends, tr("&Trends"));
-    connect(m_pages, &QTabWidget::tabCloseRequested, this, [this](int index) {
-        QWidget *page = m_pages->widget(index);
-        m_pages->removeTab(index);
-        page->deleteLater();
-    });
+    addPage(m_trends, tr("Tre&nds"));
+    connect(m_pages, &QTabWidget::tabCloseRequested, this, &MainWindow::closePage);
     connect(m_valuesView, &ValuesView::trendWanted, this, &MainWindow::showTrends);
     connect(m_trends, &TrendView::tagsDropped, this, &MainWindow::showTrends);
 }
@@ -88,14 +63,33 @@ void MainWindow::makeTrends()
 void MainWindow::addPage(QWidget *page, const QString &title)
 {
     const int index = m_pages->addTab(page, title);
+    ++m_steadyPages;
     for (const auto side : {QTabBar::LeftSide, QTabBar::RightSide})
         m_pages->tabBar()->setTabButton(index, side, nullptr);
+}
+
+// A page of a file, which can be closed.
+void MainWindow::addFilePage(QWidget *page, const QString &title, const QString &tip)
+{
+    const int index = m_pages->addTab(page, title);
+    m_pages->setTabToolTip(index, tip);
+    m_pages->setCurrentIndex(index);
+}
+
+void MainWindow::closePage(int index)
+{
+    if (index < m_steadyPages)
+        return;
+    QWidget *page = m_pages->widget(index);
+    m_pages->removeTab(index);
+    page->deleteLater();
 }
 
 void MainWindow::refresh()
 {
     const double now = timeNow();
     m_values.refresh(now);
+    showHint();
     if (m_trends->isVisible())
         m_trends->refresh(now);
     if (m_lineView->isVisible())
@@ -125,11 +119,50 @@ void MainWindow::showTrends(const std::vector<int> &ids)
         if (row == nullptr)
             continue;
         const Tag &tag = row->polled.tag;
-        const int count = std::min(tag.count / elementsPerNumber(tag), MOST_NUMBERS);
+        const int count = seriesCount(tag);
         for (int place = 0; place < count; ++place)
             m_trends->add(seriesOf(id, place), nameOf(tag, place, count), tag.unit, isBit(tag));
     }
     m_pages->setCurrentWidget(m_trends);
+}
+
+// The curves that are shown, for showCurves().
+QVariantList MainWindow::curves() const
+{
+    QVariantList curves;
+    for (const TrendStyle &style : m_trends->styles()) {
+        const ValueRow *row = m_values.find(style.id / MOST_NUMBERS);
+        if (row == nullptr)
+            continue;
+        curves.append(QVariant(
+            QStringList{row->polled.tag.text, QString::number(style.id % MOST_NUMBERS),
+                        style.isRight ? "right" : "left", QString::number(style.factor, 'g', 17),
+                        QString::number(style.offset, 'g', 17)}));
+    }
+    return curves;
+}
+
+void MainWindow::showCurves(const QVariantList &curves)
+{
+    for (const QVariant &curve : curves) {
+        const QStringList parts = curve.toStringList();
+        const auto &rows = m_values.rows();
+        const auto row = std::find_if(rows.begin(), rows.end(), [&](const ValueRow &candidate) {
+            return candidate.polled.tag.text == parts.value(0);
+        });
+        const int place = parts.value(1).toInt();
+        if (row == rows.end() || place < 0 || place >= seriesCount(row->polled.tag))
+            continue;
+        const Tag &tag = row->polled.tag;
+        const int series = seriesOf(row->polled.id, place);
+        m_trends->add(series, nameOf(tag, place, seriesCount(tag)), tag.unit, isBit(tag));
+        TrendStyle style = m_trends->styles().back();
+        style.isRight = parts.value(2) == "right";
+        style.factor = parts.value(3).toDouble();
+        style.offset = parts.value(4).toDouble();
+        if (style.id == series && style.factor != 0)
+            m_trends->restyle(static_cast<int>(m_trends->styles().size()) - 1, style);
+    }
 }
 
 void MainWindow::forgetTrend(int id)
@@ -150,8 +183,9 @@ void MainWindow::markWrite(int id, double time, const QString &text)
 void MainWindow::chooseRecording()
 {
     auto *dialog =
-        new QFileDialog(this, tr("Open recording"), QString(),
-                        tr("Recordings of kmr log (*.csv *.sqlite *.sqlite3 *.db);;All files (*)"));
+        new QFileDialog(this, tr("Open recording or capture"), QString(),
+                        tr("Recordings and captures (*.csv *.sqlite *.sqlite3 *.db *.kmr);;"
+                           "All files (*)"));
     dialog->setAttribute(Qt::WA_DeleteOnClose);
     dialog->setFileMode(QFileDialog::ExistingFile);
     connect(dialog, &QFileDialog::fileSelected, this,
@@ -162,9 +196,9 @@ void MainWindow::chooseRecording()
 bool MainWindow::openRecording(const QString &path)
 {
     try {
-        const int index = m_pages->addTab(new RecordingView(path), QFileInfo(path).fileName());
-        m_pages->setTabToolTip(index, path);
-        m_pages->setCurrentIndex(index);
+        auto recording = std::make_unique<Recording>();
+        readRecording(path, *recording);
+        addFilePage(new RecordingView(std::move(recording)), QFileInfo(path).fileName(), path);
     } catch (const Error &error) {
         warn(error.text());
         return false;

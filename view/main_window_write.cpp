@@ -52,8 +52,12 @@ void MainWindow::takeWrites(const std::vector<WriteNews> &writes)
 
 void MainWindow::closeEvent(QCloseEvent *event)
 {
-    if (!mayLeave()) {
+    if (isWindowModified()) {
         event->ignore();
+        leaveProject([this] {
+            setWindowModified(false);
+            close();
+        });
         return;
     }
     for (auto &[request, open] : m_writes) {
@@ -78,27 +82,6 @@ void MainWindow::closeEvent(QCloseEvent *event)
     }
     saveWindow();
     event->accept();
-}
-
-// Asks whether what changed is to be saved; false while the answer is awaited.
-bool MainWindow::mayLeave()
-{
-    if (!isWindowModified() || m_path.isEmpty())
-        return true;
-    auto *box = new QMessageBox(
-        QMessageBox::Question, windowTitle(), tr("Save the changes to %1?").arg(m_path),
-        QMessageBox::Save | QMessageBox::Discard | QMessageBox::Cancel, this);
-    box->setAttribute(Qt::WA_DeleteOnClose);
-    connect(box, &QMessageBox::finished, this, [this](int button) {
-        if (button == QMessageBox::Save)
-            save(m_path);
-        else if (button == QMessageBox::Discard)
-            setWindowModified(false);
-        if (!isWindowModified())
-            close();
-    });
-    box->open();
-    return false;
 }
 
 } // namespace kmr

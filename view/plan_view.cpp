@@ -68,12 +68,19 @@ QString elementsText(const ElementRange &run)
 
 PlanView::PlanView(QWidget *parent)
     : QWidget(parent), m_baud(new QComboBox), m_groupLimit(new QSpinBox),
-      m_inStep(new QCheckBox(tr("answers are kept in &step"))), m_tag(new QLineEdit),
-      m_verdict(new QLabel), m_summary(new QLabel), m_blocks(new QTableWidget(0, COLUMNS))
+      m_inStep(new QCheckBox(tr("answers are kept in &step"))),
+      m_raw(new QCheckBox(tr("tags as t&yped, as another host may pass them to the driver"))),
+      m_tag(new QLineEdit), m_verdict(new QLabel), m_summary(new QLabel), m_hole(new QLabel),
+      m_blocks(new QTableWidget(0, COLUMNS))
 {
     m_summary->setObjectName("planSummary");
     m_summary->setWordWrap(true);
     m_summary->setTextInteractionFlags(Qt::TextSelectableByMouse);
+    m_hole->setObjectName("planHole");
+    m_hole->setWordWrap(true);
+    QPalette palette = m_hole->palette();
+    palette.setColor(QPalette::WindowText, badColour());
+    m_hole->setPalette(palette);
     m_blocks->setObjectName("planBlocks");
     m_blocks->setAccessibleName(tr("Requests of the poll plan"));
     m_blocks->setHorizontalHeaderLabels({tr("Station"), tr("Elements"), tr("Map"),
@@ -91,6 +98,7 @@ PlanView::PlanView(QWidget *parent)
     auto *layout = new QVBoxLayout(this);
     layout->addWidget(makeQuestion());
     layout->addWidget(m_summary);
+    layout->addWidget(m_hole);
     layout->addWidget(m_blocks, 1);
     layout->addWidget(key);
 }
@@ -103,6 +111,7 @@ QWidget *PlanView::makeQuestion()
     m_groupLimit->setAccessibleName(tr("What if: words of one request"));
     m_groupLimit->setRange(1, 8);
     m_inStep->setObjectName("planInStep");
+    m_raw->setObjectName("planRaw");
     m_tag->setObjectName("planTag");
     m_tag->setAccessibleName(tr("What if: one more tag"));
     m_tag->setPlaceholderText(tr("one more tag"));
@@ -122,9 +131,11 @@ QWidget *PlanView::makeQuestion()
     layout->addLayout(line);
     layout->addWidget(m_verdict);
     layout->addWidget(m_inStep);
+    layout->addWidget(m_raw);
     connect(m_baud, QOverload<int>::of(&QComboBox::currentIndexChanged), this, [this] { ask(); });
     connect(m_groupLimit, QOverload<int>::of(&QSpinBox::valueChanged), this, [this] { ask(); });
-    connect(m_inStep, &QCheckBox::toggled, this, [this] { ask(); });
+    for (QCheckBox *box : {m_inStep, m_raw})
+        connect(box, &QCheckBox::toggled, this, [this] { ask(); });
     connect(m_tag, &QLineEdit::textChanged, this, [this] { ask(); });
     return widget;
 }
@@ -159,8 +170,8 @@ PlanQuestion PlanView::present() const
     if (!m_settings.link.isEmpty())
         address = parseLink(m_settings.link);
     address.kind = LinkAddress::Kind::Serial; // over TCP as on the line that may follow
-    return {m_tags, m_settings.groupLimit, m_settings.inStep, characterTime(address),
-            m_settings.gap};
+    return {m_tags, m_settings.groupLimit,  m_settings.inStep,
+            false,  characterTime(address), m_settings.gap};
 }
 
 PlanQuestion PlanView::whatIf()
@@ -174,6 +185,7 @@ PlanQuestion PlanView::whatIf()
     question.characterTime = characterTime(address);
     question.groupLimit = m_groupLimit->value();
     question.inStep = m_inStep->isChecked();
+    question.isRaw = m_raw->isChecked();
     QString verdict;
     if (!m_tag->text().trimmed().isEmpty()) {
         try {
@@ -193,6 +205,7 @@ void PlanView::ask()
         return;
     const PlanQuestion question = whatIf();
     m_blocks->setRowCount(0);
+    m_hole->hide();
     if (question.tags.empty()) {
         m_summary->setText(tr("No tags, no plan."));
         return;
@@ -210,9 +223,24 @@ void PlanView::ask()
                                ? tr("As it is: %1.").arg(textOf(now))
                                : tr("As it is: %1.\nWhat if: %2.").arg(textOf(now), textOf(then)));
         showBlocks(then, question.characterTime);
+        showHole();
     } catch (const Error &error) {
         m_summary->setText(error.text());
     }
+}
+
+// This window cuts the requests so that there is none; another host may not.
+void PlanView::showHole()
+{
+    PlanQuestion question = present();
+    question.isRaw = true;
+    int missing = 0;
+    for (const PollGap &gap : planOf(*m_driver, question).cycle.gaps)
+        missing += gap.elements.count;
+    m_hole->setVisible(missing > 0);
+    m_hole->setText(tr("A host that passes these tags as they are typed never reads %n element(s) "
+                       "correctly; this window does. Mark \"tags as typed\" to see which.",
+                       nullptr, missing));
 }
 
 void PlanView::showBlocks(const PollPlan &plan, std::chrono::nanoseconds characterTime)

@@ -30,6 +30,7 @@ public:
 private:
     QWidget *makeQuestion();
     void ask();
+    void showHole();
     PlanQuestion present() const;
     PlanQuestion whatIf();
     void showBlocks(const PollPlan &plan, std::chrono::nanoseconds characterTime);
@@ -44,9 +45,11 @@ private:
     QComboBox *m_baud;
     QSpinBox *m_groupLimit;
     QCheckBox *m_inStep;
+    QCheckBox *m_raw; // the tags as another host passes them
     QLineEdit *m_tag;
     QLabel *m_verdict; // of the tag
     QLabel *m_summary;
+    QLabel *m_hole; // that the tags have for another host
     QTableWidget *m_blocks;
 };
 

@@ -8,7 +8,8 @@ PollPlan planOf(const DriverFunctions &driver, const PlanQuestion &question)
 {
     const Neighbours neighbours = question.inStep ? Neighbours::Unlike : Neighbours::Any;
     const QList<KEY_ADDRESS> keys =
-        toKeys(readRanges(question.tags, question.groupLimit, neighbours));
+        question.isRaw ? toRawKeys(question.tags)
+                       : toKeys(readRanges(question.tags, question.groupLimit, neighbours));
     PollPlan plan;
     plan.tags = question.tags;
     plan.cycle = pollCycleOf(driver, keys, question.tags, question.groupLimit);

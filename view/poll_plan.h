@@ -14,6 +14,7 @@ struct PlanQuestion {
     std::vector<Tag> tags;
     int groupLimit = 8;
     bool inStep = true;
+    bool isRaw = false; // the tags as they are typed, as another host may pass them to the driver
     std::chrono::nanoseconds characterTime{0};
     std::chrono::milliseconds gap{0};
 };

@@ -15,9 +15,11 @@ Drivers::Drivers(const QString &path)
     m_line = std::make_unique<DriverLibrary>(place);
     const QString copy = m_folder.filePath("driver.so");
     if (!QFile::copy(m_line->fileName(), copy)) {
-        throw Error(ErrorKind::Library, QString("%1 could not be copied to %2, where it is loaded "
+        throw Error(ErrorKind::Library,
+                    QCoreApplication::translate("Drivers",
+                                                "%1 could not be copied to %2, where it is loaded "
                                                 "a second time: is there room?")
-                                            .arg(m_line->fileName(), copy));
+                        .arg(m_line->fileName(), copy));
     }
     m_questions = std::make_unique<DriverLibrary>(copy);
 }

@@ -4,6 +4,7 @@
 #include "host/project/csv.h"
 #include "host/project/text_file.h"
 
+#include <QCoreApplication>
 #include <QDateTime>
 #include <QFileInfo>
 
@@ -19,10 +20,15 @@ namespace {
 
 const char *const QUALITY = " quality";
 
+struct Recordings {
+    Q_DECLARE_TR_FUNCTIONS(Recordings)
+};
+
 [[noreturn]] void refuse(const QString &path, const QString &why)
 {
-    throw Error(ErrorKind::Usage,
-                QString("%1 is no recording: %2; expected what 'kmr log' writes").arg(path, why));
+    throw Error(
+        ErrorKind::Usage,
+        Recordings::tr("%1 is not a recording: %2; expected what 'kmr log' writes").arg(path, why));
 }
 
 // Seconds since 1970, or nothing.
@@ -84,11 +90,11 @@ void readCsv(const QString &path, Reader &reader)
     const QStringList lines = text.split('\n', Qt::SkipEmptyParts);
     const QStringList heading = lines.isEmpty() ? QStringList() : splitCsv(lines.front());
     if (heading.size() < 3 || heading.size() % 2 == 0 || heading.front() != "time")
-        refuse(path, "its heading is not time,TAG,TAG quality,...");
+        refuse(path, Recordings::tr("its heading is not time,TAG,TAG quality,..."));
     std::vector<int> ids;
     for (int i = 1; i < heading.size(); i += 2) {
         if (!heading[i + 1].endsWith(QUALITY))
-            refuse(path, QString("column %1 is no quality").arg(i + 2));
+            refuse(path, Recordings::tr("column %1 is not a quality").arg(i + 2));
         const QString name = heading[i + 1].chopped(static_cast<int>(qstrlen(QUALITY)));
         const QString unit = heading[i].mid(name.size() + 2);
         ids.push_back(reader.tag(name, unit.chopped(unit.isEmpty() ? 0 : 1)));
@@ -99,7 +105,7 @@ void readCsv(const QString &path, Reader &reader)
         if (!time || fields.size() != heading.size()) {
             if (i + 1 == lines.size())
                 return; // a power cut broke it off
-            refuse(path, QString("line %1 is no row").arg(i + 1));
+            refuse(path, Recordings::tr("line %1 is not a row").arg(i + 1));
         }
         for (std::size_t tag = 0; tag < ids.size(); ++tag) {
             const int column = static_cast<int>(2 * tag) + 1;
@@ -140,7 +146,7 @@ void readRecording(const QString &path, Recording &recording)
     else
         readSqlite(path, reader);
     if (recording.tags.empty())
-        refuse(path, "it holds no row");
+        refuse(path, Recordings::tr("it has no row"));
 }
 
 } // namespace kmr

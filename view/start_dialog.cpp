@@ -83,7 +83,7 @@ QWidget *StartDialog::makeLinkChoice()
     form->addRow(m_serial, serial);
     form->addRow(m_tcp, tcp);
     form->addRow(m_simulated);
-    form->addRow(tr("St&ation of tags that name none:"), m_station);
+    form->addRow(tr("Stat&ion of tags that name none:"), m_station);
     return box;
 }
 

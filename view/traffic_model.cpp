@@ -158,6 +158,7 @@ QVariant TrafficModel::data(const QModelIndex &index, int role) const
     const TrafficRow &found = row(index.row());
     switch (role) {
     case Qt::DisplayRole:
+    case Qt::ToolTipRole:
         return text(found, index.column());
     case Qt::ForegroundRole: {
         const QColor colour = colourOf(found.outcome);

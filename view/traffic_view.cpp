@@ -23,6 +23,7 @@ void addPart(QTableWidget &table, const QString &direction, const FramePart &par
     const QString texts[] = {direction, part.characters, part.name, part.meaning};
     for (int column = 0; column < static_cast<int>(std::size(texts)); ++column) {
         auto *item = new QTableWidgetItem(texts[column]); // the table deletes it
+        item->setToolTip(texts[column]);
         if (part.isBad)
             item->setForeground(badColour());
         table.setItem(row, column, item);
@@ -55,6 +56,10 @@ bool TrafficFilter::filterAcceptsRow(int row, const QModelIndex &parent) const
         return outcome == TrafficRow::Outcome::Refused;
     case FAILED:
         return outcome == TrafficRow::Outcome::Silent || outcome == TrafficRow::Outcome::Faulty;
+    case SILENT:
+        return outcome == TrafficRow::Outcome::Silent;
+    case FAULTY:
+        return outcome == TrafficRow::Outcome::Faulty;
     case ALL:
         break;
     }
@@ -77,8 +82,8 @@ TrafficView::TrafficView(bool canCapture, QWidget *parent)
     m_table->setTabKeyNavigation(false);
     m_table->verticalHeader()->hide();
     m_table->verticalHeader()->setDefaultSectionSize(fontMetrics().height() + 6);
-    const char *const widest[] = {"00:00:00.000", "Station ", "02 read discrete inputs",
-                                  "D1000 to D1007: 1", "Round trip"};
+    const char *const widest[] = {"00:00:00.000", "Station ", "10 write multiple registers",
+                                  "D1000 to D1007", "Round trip"};
     for (int column = 0; column < static_cast<int>(std::size(widest)); ++column)
         m_table->setColumnWidth(column, fontMetrics().horizontalAdvance(widest[column]) + 12);
     m_table->horizontalHeader()->setHighlightSections(false);
@@ -115,7 +120,8 @@ void TrafficView::makeBar(bool canCapture)
     m_function->addItems({tr("All functions"), "02", "03", "05", "10"});
     m_kind->setObjectName("trafficKind");
     m_kind->setAccessibleName(tr("Only these outcomes"));
-    m_kind->addItems({tr("All outcomes"), tr("Good"), tr("Refused"), tr("Failed")});
+    m_kind->addItems({tr("All outcomes"), tr("Good"), tr("Refused"), tr("Failed"), tr("No answer"),
+                      tr("Bad answer")});
     auto *clear = new QToolButton;
     clear->setText(tr("Clear"));
     auto *line = new QHBoxLayout(m_bar);

@@ -15,7 +15,7 @@ namespace kmr {
 
 class TrafficFilter : public QSortFilterProxyModel {
 public:
-    enum Kind { ALL, GOOD, REFUSED, FAILED };
+    enum Kind { ALL, GOOD, REFUSED, FAILED, SILENT, FAULTY };
 
     using QSortFilterProxyModel::QSortFilterProxyModel;
 

@@ -44,7 +44,14 @@ void TrendCurve::draw(QPainter *painter, const QwtScaleMap &xMap, const QwtScale
 {
     const std::vector<Sample> samples =
         m_history.series(m_style.id).drawn(xMap.s1(), xMap.s2(), static_cast<int>(canvas.width()));
-    painter->setPen(QPen(m_style.colour, m_lane < 0 ? 1.6 : 2, m_style.pen));
+    QPen pen(m_style.colour, m_lane < 0 ? 1.6 : 2, m_style.pen);
+    if (static_cast<double>(samples.size()) >
+        canvas.width()) { // its lines touch; as fast as can be
+        pen.setWidth(1);
+        pen.setCosmetic(true);
+        painter->setRenderHint(QPainter::Antialiasing, false);
+    }
+    painter->setPen(pen);
     QPolygonF line;
     const auto end = [&] {
         if (line.size() > 1)

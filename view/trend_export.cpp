@@ -4,6 +4,7 @@
 #include "host/line/line_trace.h"
 #include "host/project/csv.h"
 #include "host/project/text_file.h"
+#include "view/trend_view.h"
 
 #include <QDateTime>
 #include <QImage>
@@ -100,7 +101,7 @@ void writePicture(const QString &path, TrendPlot &plot)
     plot.render(painter, box);
     painter.end();
     if (!picture.save(path, "PNG"))
-        throw Error(ErrorKind::Output, QString("cannot write %1").arg(path));
+        throw Error(ErrorKind::Output, TrendView::tr("cannot write %1").arg(path));
 }
 
 } // namespace kmr

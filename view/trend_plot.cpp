@@ -83,6 +83,7 @@ std::unique_ptr<QwtPlot> TrendPlot::makePlot(const QString &name)
     auto plot = std::make_unique<QwtPlot>();
     plot->setAccessibleName(name);
     plot->setAutoReplot(false);
+    plot->setMinimumSize(200, 80); // its own hint has room for every label
     plot->setAxisScaleDraw(QwtPlot::xBottom, new TimeScaleDraw);
     plot->axisScaleDraw(QwtPlot::yLeft)->setMinimumExtent(AXIS_PIXELS);
     plot->plotLayout()->setCanvasMargin(0);

@@ -146,6 +146,10 @@ void TrendPlot::keyPressEvent(QKeyEvent *event)
     case Qt::Key_Space:
         follow(!m_isFollowing);
         break;
+    case Qt::Key_Escape:
+        setMarker(A, {});
+        setMarker(B, {});
+        break;
     case Qt::Key_A:
         setMarker(A, looked);
         break;

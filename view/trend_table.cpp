@@ -4,6 +4,7 @@
 #include <QPainter>
 
 #include <algorithm>
+#include <cmath>
 
 namespace kmr {
 
@@ -32,29 +33,34 @@ std::optional<double> shownAt(const Series &series, const TrendStyle &style,
 
 QString figureText(std::optional<double> value)
 {
-    return value ? QString::number(*value, 'g', 6) : QString("–");
+    return value ? QString::number(*value, 'g', std::abs(*value) < 1 ? 5 : 6) : QString("–");
 }
 
 TrendTable::TrendTable(QWidget *parent) : QTableWidget(0, COLUMNS, parent)
 {
     setObjectName("trendTable");
     setAccessibleName(tr("Figures of the trends"));
-    setHorizontalHeaderLabels({tr("Tag"), tr("Axis"), tr("Factor"), tr("Offset"), tr("Cursor"),
-                               tr("At A"), tr("At B"), tr("B − A"), tr("Least"), tr("Most"),
-                               tr("Mean")});
+    setHorizontalHeaderLabels({tr("Tag"), tr("Cursor"), tr("At A"), tr("At B"), tr("B − A"),
+                               tr("Least"), tr("Most"), tr("Mean"), tr("Axis"), tr("Factor"),
+                               tr("Offset")});
     setSelectionBehavior(SelectRows);
     setTabKeyNavigation(false);
     verticalHeader()->hide();
     verticalHeader()->setDefaultSectionSize(fontMetrics().height() + 6);
-    horizontalHeader()->setDefaultSectionSize(fontMetrics().horizontalAdvance("-1234.56") + 14);
-    horizontalHeader()->resizeSection(TAG, fontMetrics().horizontalAdvance("a name [bar]") + 40);
+    const auto width = [this](const char *text) { return fontMetrics().horizontalAdvance(text); };
+    horizontalHeader()->setDefaultSectionSize(width("-123.456") + 8);
+    horizontalHeader()->resizeSection(TAG, width("a name") + 56);
+    for (const int column : {AXIS, FACTOR, OFFSET})
+        horizontalHeader()->resizeSection(column, width("Offset") + 12);
+    horizontalHeader()->setStretchLastSection(true);
     horizontalHeader()->setHighlightSections(false);
     setIconSize({24, 12});
     connect(this, &QTableWidget::itemChanged, this, [this](const QTableWidgetItem *item) {
         if (!m_isFilling)
             take(*item);
     });
-    connect(this, &QTableWidget::cellDoubleClicked, this, [this](int row, int column) {
+    // By a double click or the Return key.
+    connect(this, &QTableWidget::cellActivated, this, [this](int row, int column) {
         if (column == AXIS)
             toggleAxis(row);
     });
@@ -69,11 +75,14 @@ void TrendTable::put(int row, int column, const QString &text)
         const bool isEditable = column == FACTOR || column == OFFSET;
         cell->setFlags(Qt::ItemIsSelectable | Qt::ItemIsEnabled |
                        (isEditable ? Qt::ItemIsEditable : Qt::NoItemFlags));
-        if (column > AXIS)
+        if (column != TAG && column != AXIS)
             cell->setTextAlignment(Qt::AlignRight | Qt::AlignVCenter);
     }
-    if (cell->text() != text)
+    if (cell->text() != text) {
         cell->setText(text);
+        if (column != AXIS)
+            cell->setToolTip(text);
+    }
 }
 
 void TrendTable::setStyles(const std::vector<TrendStyle> &styles)
@@ -86,7 +95,7 @@ void TrendTable::setStyles(const std::vector<TrendStyle> &styles)
         put(row, TAG, style.unit.isEmpty() ? style.name : style.name + " [" + style.unit + ']');
         item(row, TAG)->setIcon(lineIcon(style));
         put(row, AXIS, style.isBit ? tr("lane") : style.isRight ? tr("right") : tr("left"));
-        item(row, AXIS)->setToolTip(tr("A double click moves it to the other axis."));
+        item(row, AXIS)->setToolTip(tr("A double click or Return moves it to the other axis."));
         put(row, FACTOR, QString::number(style.factor));
         put(row, OFFSET, QString::number(style.offset));
     }

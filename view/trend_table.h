@@ -16,9 +16,6 @@ class TrendTable : public QTableWidget {
 public:
     enum Column {
         TAG,
-        AXIS,
-        FACTOR,
-        OFFSET,
         CURSOR,
         AT_A,
         AT_B,
@@ -26,6 +23,9 @@ public:
         LEAST,
         MOST,
         MEAN,
+        AXIS,
+        FACTOR,
+        OFFSET,
         COLUMNS
     };
 

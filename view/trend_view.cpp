@@ -18,7 +18,8 @@
 namespace kmr {
 
 TrendView::TrendView(const History &history, QWidget *parent)
-    : QWidget(parent), m_history(history), m_plot(new TrendPlot(history)), m_table(new TrendTable)
+    : QWidget(parent), m_history(history), m_plot(new TrendPlot(history)), m_table(new TrendTable),
+      m_hint(new QLabel(tr("Drag tags here, or mark them in the table and press Ctrl+T.")))
 {
     setAcceptDrops(true);
     auto *bar = new QToolBar;
@@ -35,15 +36,14 @@ TrendView::TrendView(const History &history, QWidget *parent)
     auto *layout = new QVBoxLayout(this);
     layout->setContentsMargins(6, 0, 6, 6);
     layout->addWidget(bar);
+    layout->addWidget(m_hint);
     layout->addWidget(splitter, 1);
+    m_hint->setMargin(6);
     connect(m_plot, &TrendPlot::lookedAtChanged, this,
             [this] { m_table->showFigures(m_history, *m_plot); });
     connect(m_plot, &TrendPlot::followingChanged, this,
             [this](bool isFollowing) { m_follow->setChecked(!isFollowing); });
-    connect(m_table, &TrendTable::styleChanged, this, [this](int row, const TrendStyle &style) {
-        m_styles[static_cast<std::size_t>(row)] = style;
-        showStyles();
-    });
+    connect(m_table, &TrendTable::styleChanged, this, &TrendView::restyle);
     showStyles();
 }
 
@@ -60,19 +60,28 @@ void TrendView::makeActions(QToolBar &bar)
                    [this] { m_plot->follow(!m_follow->isChecked()); });
     m_follow->setCheckable(true);
     add("all", tr("All"), tr("Show all that was measured (Home)"), [this] { m_plot->showAll(); });
-    add("markerA", tr("Marker A"), tr("Put marker A at the cursor (A)"),
+    add("markerA", tr("Marker A"),
+        tr("Put marker A into the first third; the key A puts it under the mouse"),
         [this] { m_plot->setMarker(TrendPlot::A, (m_plot->from() * 2 + m_plot->to()) / 3); });
-    add("markerB", tr("Marker B"), tr("Put marker B at the cursor (B)"),
+    add("markerB", tr("Marker B"),
+        tr("Put marker B into the last third; the key B puts it under the mouse"),
         [this] { m_plot->setMarker(TrendPlot::B, (m_plot->from() + m_plot->to() * 2) / 3); });
-    add("noMarkers", tr("No markers"), tr("Take the markers away"), [this] {
+    add("noMarkers", tr("No markers"), tr("Take the markers away (Escape)"), [this] {
         m_plot->setMarker(TrendPlot::A, {});
         m_plot->setMarker(TrendPlot::B, {});
     });
     bar.addSeparator();
-    add("removeCurve", tr("Remove"), tr("Show the marked tags no more"),
-        [this] { removeMarked(); });
-    add("export", tr("Export…"), tr("Write the visible span as CSV, PNG or SVG"),
-        [this] { chooseExport(); });
+    QAction *remove = add("removeCurve", tr("Remove"), tr("Show the marked tags no more (Delete)"),
+                          [this] { removeMarked(); });
+    remove->setShortcut(QKeySequence::Delete);
+    QAction *exports =
+        add("export", tr("Export…"), tr("Write the visible span as CSV, PNG or SVG (Ctrl+E)"),
+            [this] { chooseExport(); });
+    exports->setShortcut(QKeySequence("Ctrl+E"));
+    for (QAction *action : {remove, exports}) {
+        action->setShortcutContext(Qt::WidgetWithChildrenShortcut);
+        addAction(action);
+    }
 }
 
 void TrendView::add(int id, const QString &name, const QString &unit, bool isBit)
@@ -92,6 +101,12 @@ void TrendView::add(int id, const QString &name, const QString &unit, bool isBit
                                     [](const TrendStyle &other) { return !other.isBit; });
     style.isRight = first != m_styles.end() && first->unit != unit;
     m_styles.push_back(style);
+    showStyles();
+}
+
+void TrendView::restyle(int place, const TrendStyle &style)
+{
+    m_styles[static_cast<std::size_t>(place)] = style;
     showStyles();
 }
 
@@ -121,6 +136,7 @@ void TrendView::removeMarked()
 
 void TrendView::showStyles()
 {
+    m_hint->setVisible(m_styles.empty() && acceptDrops());
     m_plot->setCurves(m_styles);
     m_table->setStyles(m_styles);
     m_table->showFigures(m_history, *m_plot);

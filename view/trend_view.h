@@ -5,6 +5,7 @@
 #include "view/trend_table.h"
 
 #include <QAction>
+#include <QLabel>
 #include <QToolBar>
 #include <QWidget>
 
@@ -22,6 +23,9 @@ public:
     // Shows a tag as well. One that is shown already stays as it is.
     void add(int id, const QString &name, const QString &unit, bool isBit);
     void remove(int id);
+
+    // Another axis, factor or offset of the tag at this place in styles().
+    void restyle(int place, const TrendStyle &style);
     void clear();
     const std::vector<TrendStyle> &styles() const
     {
@@ -59,6 +63,7 @@ private:
     int m_added = 0; // for their looks
     TrendPlot *m_plot;
     TrendTable *m_table;
+    QLabel *m_hint; // while nothing is shown
     QAction *m_follow = nullptr;
 };
 

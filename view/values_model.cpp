@@ -1,9 +1,6 @@
 #include "view/values_model.h"
 
-#include "view/quality_icon.h"
-
-#include <QFont>
-
+#include <algorithm>
 #include <cmath>
 
 namespace kmr {
@@ -22,22 +19,10 @@ QString addressOf(const Tag &tag)
 
 const char *const ValuesModel::MIME_TYPE = "application/x-kmr-tags";
 
-QString qualityName(Quality quality)
-{
-    switch (quality) {
-    case Quality::Good:
-        return ValuesModel::tr("good");
-    case Quality::Stale:
-        return ValuesModel::tr("stale");
-    case Quality::Unread:
-        break;
-    }
-    return ValuesModel::tr("pending");
-}
-
 std::vector<double> numbersOf(const Tag &tag, const Values &values)
 {
-    const bool isPlain = tag.type == ValueType::Plain && !tag.scaling;
+    const bool isPlain =
+        (tag.type == ValueType::Plain || tag.type == ValueType::Hex) && !tag.scaling;
     if (isPlain || !tag.texts.empty()) // most, and at once; of a text the number that it stands for
         return {values.begin(), values.end()};
     std::vector<double> numbers;
@@ -60,8 +45,44 @@ void ValuesModel::clear()
 {
     beginResetModel();
     m_rows.clear();
+    m_headings.clear();
     m_index.clear();
     endResetModel();
+}
+
+void ValuesModel::setGrouping(Grouping grouping)
+{
+    m_grouping = grouping;
+    regroup();
+}
+
+void ValuesModel::toggle(int heading)
+{
+    const QString &name = m_headings[static_cast<std::size_t>(heading)].name;
+    if (!m_collapsed.remove(name))
+        m_collapsed.insert(name);
+    emit dataChanged(index(headingRow(heading), 0), index(headingRow(heading), COLUMNS - 1));
+}
+
+// Headings that are others than before come in place of all.
+void ValuesModel::regroup()
+{
+    std::vector<Heading> headings = headingsOf(m_rows, m_grouping);
+    if (headings.size() != m_headings.size()) {
+        if (!m_headings.empty()) {
+            beginRemoveRows({}, headingRow(0), rowCount() - 1);
+            m_headings.clear();
+            endRemoveRows();
+        }
+        if (!headings.empty()) {
+            beginInsertRows({}, headingRow(0), headingRow(static_cast<int>(headings.size())) - 1);
+            m_headings = headings;
+            endInsertRows();
+        }
+    }
+    m_headings = std::move(headings);
+    if (rowCount() > 0)
+        emit dataChanged(index(0, 0), index(rowCount() - 1, COLUMNS - 1));
 }
 
 void ValuesModel::add(const PolledTag &tag, const QString &comment)
@@ -75,6 +96,8 @@ void ValuesModel::add(const PolledTag &tag, const QString &comment)
     m_rows.push_back(std::move(added));
     reindex();
     endInsertRows();
+    if (m_grouping != Grouping::None)
+        regroup();
 }
 
 void ValuesModel::remove(int id)
@@ -87,6 +110,8 @@ void ValuesModel::remove(int id)
     m_rows.erase(m_rows.begin() + row);
     reindex();
     endRemoveRows();
+    if (m_grouping != Grouping::None)
+        regroup();
 }
 
 void ValuesModel::replace(const PolledTag &tag)
@@ -107,6 +132,8 @@ void ValuesModel::replace(const PolledTag &tag)
     row.text = row.values.empty() ? QString() : formatValues(tag.tag, row.values);
     const int place = static_cast<int>(found->second);
     emit dataChanged(index(place, 0), index(place, COLUMNS - 1));
+    if (m_grouping != Grouping::None)
+        regroup();
 }
 
 const ValueRow *ValuesModel::find(int id) const
@@ -156,13 +183,19 @@ void ValuesModel::take(const TagNews &news)
 void ValuesModel::refresh(double now)
 {
     m_now = now;
+    for (Heading &heading : m_headings)
+        heading.bad = 0;
+    for (const ValueRow &row : m_rows) {
+        if (!m_headings.empty() && row.quality != Quality::Good)
+            ++m_headings[static_cast<std::size_t>(row.group)].bad;
+    }
     if (!m_rows.empty())
-        emit dataChanged(index(0, VALUE), index(static_cast<int>(m_rows.size()) - 1, CHANGES));
+        emit dataChanged(index(0, VALUE), index(rowCount() - 1, CHANGES));
 }
 
 int ValuesModel::rowCount(const QModelIndex &parent) const
 {
-    return parent.isValid() ? 0 : static_cast<int>(m_rows.size());
+    return parent.isValid() ? 0 : headingRow(static_cast<int>(m_headings.size()));
 }
 
 int ValuesModel::columnCount(const QModelIndex &parent) const
@@ -170,116 +203,10 @@ int ValuesModel::columnCount(const QModelIndex &parent) const
     return parent.isValid() ? 0 : COLUMNS;
 }
 
-QVariant ValuesModel::data(const QModelIndex &index, int role) const
-{
-    const ValueRow &row = m_rows[static_cast<std::size_t>(index.row())];
-    switch (role) {
-    case Qt::DisplayRole:
-        return text(row, index.column());
-    case SORT_ROLE:
-        return sortKey(row, index.column());
-    case ID_ROLE:
-        return row.polled.id;
-    case QUALITY_ROLE:
-        return static_cast<int>(row.quality);
-    case STILL_ROLE:
-        return row.lastChange > 0 ? m_now - row.lastChange : 1e9;
-    case COURSE_ROLE: {
-        QVariantList course;
-        for (const double number : row.course)
-            course.append(number);
-        return course;
-    }
-    case Qt::DecorationRole:
-        return index.column() == QUALITY ? qualityIcon(row.quality) : QVariant();
-    case Qt::ToolTipRole:
-    case Qt::AccessibleDescriptionRole:
-        return toolTip(row);
-    case Qt::TextAlignmentRole:
-        return index.column() == VALUE || index.column() == CHANGES || index.column() == AGE
-                   ? static_cast<int>(Qt::AlignRight | Qt::AlignVCenter)
-                   : static_cast<int>(Qt::AlignLeft | Qt::AlignVCenter);
-    default:
-        return {};
-    }
-}
-
-QVariant ValuesModel::text(const ValueRow &row, int column) const
-{
-    switch (column) {
-    case TAG:
-        return row.polled.tag.text;
-    case ADDRESS:
-        return row.address;
-    case VALUE:
-        return row.values.empty() ? QString("–") : row.text;
-    case UNIT:
-        return row.polled.tag.unit;
-    case QUALITY:
-        return row.quality == Quality::Stale ? qualityName(row.quality) + ": " + row.cause
-                                             : qualityName(row.quality);
-    case AGE: {
-        if (row.lastGood == 0)
-            return QString("–");
-        const double age = std::max(0.0, m_now - row.lastGood);
-        return tr("%1 s").arg(age, 0, 'f', age < 10 ? 1 : 0);
-    }
-    case CHANGES:
-        return QString::number(row.changes);
-    default:
-        return {};
-    }
-}
-
-QVariant ValuesModel::sortKey(const ValueRow &row, int column) const
-{
-    switch (column) {
-    case VALUE:
-        return row.numbers.empty() || std::isnan(row.numbers.front()) ? -HUGE_VAL
-                                                                      : row.numbers.front();
-    case QUALITY: // the bad ones first
-        return row.quality == Quality::Stale ? 0 : row.quality == Quality::Unread ? 1 : 2;
-    case AGE:
-        return m_now - row.lastGood;
-    case CHANGES:
-    case COURSE:
-        return QVariant::fromValue(static_cast<qulonglong>(row.changes));
-    case ADDRESS: {
-        const ElementRange &elements = row.polled.tag.elements;
-        return QString("%1 %2 %3")
-            .arg(elements.station, 2, 10, QChar('0'))
-            .arg(elements.area)
-            .arg(elements.first, 6, 10, QChar('0'));
-    }
-    default:
-        return text(row, column);
-    }
-}
-
-QString ValuesModel::toolTip(const ValueRow &row) const
-{
-    QString tip = tr("%1, %2: %3").arg(row.polled.tag.text, row.address, qualityName(row.quality));
-    if (!row.cause.isEmpty())
-        tip += ", " + row.cause;
-    if (!row.comment.isEmpty())
-        tip += '\n' + row.comment;
-    if (!whyNotWritable(row.polled.tag).isEmpty())
-        tip += '\n' + tr("Can only be read.");
-    return tip;
-}
-
-QVariant ValuesModel::headerData(int section, Qt::Orientation orientation, int role) const
-{
-    if (orientation != Qt::Horizontal || role != Qt::DisplayRole)
-        return QAbstractTableModel::headerData(section, orientation, role);
-    const QStringList names = {tr("Tag"),    tr("Value"), tr("Unit"),    tr("Quality"),
-                               tr("Course"), tr("Age"),   tr("Changes"), tr("Address")};
-    return names.value(section);
-}
-
 Qt::ItemFlags ValuesModel::flags(const QModelIndex &index) const
 {
-    return QAbstractTableModel::flags(index) | Qt::ItemIsDragEnabled;
+    const bool isTag = index.isValid() && headingAt(index.row()) < 0;
+    return QAbstractTableModel::flags(index) | (isTag ? Qt::ItemIsDragEnabled : Qt::NoItemFlags);
 }
 
 QStringList ValuesModel::mimeTypes() const
@@ -292,7 +219,7 @@ QMimeData *ValuesModel::mimeData(const QModelIndexList &indexes) const
     QStringList ids;
     QStringList texts;
     for (const QModelIndex &index : indexes) {
-        if (index.column() != TAG)
+        if (index.column() != TAG || headingAt(index.row()) >= 0)
             continue;
         const ValueRow &row = m_rows[static_cast<std::size_t>(index.row())];
         ids.append(QString::number(row.polled.id));

@@ -3,31 +3,17 @@
 #pragma once
 
 #include "view/line_news.h"
+#include "view/value_groups.h"
 
 #include <QAbstractTableModel>
 #include <QMimeData>
+#include <QSet>
 
-#include <deque>
-#include <optional>
+#include <algorithm>
 #include <unordered_map>
 #include <vector>
 
 namespace kmr {
-
-struct ValueRow {
-    PolledTag polled;
-    QString address; // "1#D100"
-    QString comment; // of a name
-    Quality quality = Quality::Unread;
-    QString cause;               // of Stale
-    Values values;               // the last confirmed; empty before the first
-    QString text;                // the same as shown
-    std::vector<double> numbers; // the same as numbers; not a number for a text
-    double lastGood = 0;
-    double lastChange = 0;
-    std::uint64_t changes = 0;
-    std::deque<double> course; // the newest numbers
-};
 
 // "good", "stale" or "pending".
 QString qualityName(Quality quality);
@@ -43,8 +29,8 @@ public:
 
     // Whatever stands in a column, as what it is sorted by.
     static constexpr int SORT_ROLE = Qt::UserRole;
-    // The tag's number (PolledTag::id), its Quality, its course (QVariantList), and seconds since
-    // it changed.
+    // The tag's number (PolledTag::id; 0 of a heading), its Quality, its course (QVariantList), and
+    // seconds since it changed.
     static constexpr int ID_ROLE = Qt::UserRole + 1;
     static constexpr int QUALITY_ROLE = Qt::UserRole + 2;
     static constexpr int COURSE_ROLE = Qt::UserRole + 3;
@@ -61,6 +47,32 @@ public:
 
     // Another format of the same tag: what was measured is shown anew, if it fits.
     void replace(const PolledTag &tag);
+
+    // After the tags' rows there is one for each group, its heading.
+    void setGrouping(Grouping grouping);
+    Grouping grouping() const
+    {
+        return m_grouping;
+    }
+
+    // The number of the heading in a row, or -1 for a tag's row.
+    int headingAt(int row) const
+    {
+        return std::max(-1, row - static_cast<int>(m_rows.size()));
+    }
+    // The number of the heading that a row belongs to, or is.
+    int groupAt(int row) const
+    {
+        const int heading = headingAt(row);
+        return heading >= 0 ? heading : m_rows[static_cast<std::size_t>(row)].group;
+    }
+    bool isCollapsed(int heading) const
+    {
+        const auto number = static_cast<std::size_t>(heading);
+        return number < m_headings.size() && m_collapsed.contains(m_headings[number].name);
+    }
+    // Collapses a group, or shows its tags again.
+    void toggle(int heading);
 
     // Null if there is none.
     const ValueRow *find(int id) const;
@@ -89,9 +101,18 @@ private:
     QVariant text(const ValueRow &row, int column) const;
     QVariant sortKey(const ValueRow &row, int column) const;
     QString toolTip(const ValueRow &row) const;
+    QVariant headingData(const Heading &heading, int column, int role) const;
+    int headingRow(int heading) const
+    {
+        return static_cast<int>(m_rows.size()) + heading;
+    }
+    void regroup();
     void reindex();
 
     std::vector<ValueRow> m_rows;
+    Grouping m_grouping = Grouping::None;
+    std::vector<Heading> m_headings;
+    QSet<QString> m_collapsed;                    // names of headings
     std::unordered_map<int, std::size_t> m_index; // by the tag's number
     double m_now = 0;
 };

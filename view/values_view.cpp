@@ -7,6 +7,7 @@
 #include <QAction>
 #include <QHBoxLayout>
 #include <QHeaderView>
+#include <QKeyEvent>
 #include <QVBoxLayout>
 
 #include <algorithm>
@@ -14,8 +15,6 @@
 namespace kmr {
 
 namespace {
-
-constexpr double MOVING_SECONDS = 10;
 
 // The tag as another type shows it, or nothing where the type does not fit.
 std::optional<Tag> withType(const NamedTagReader &reader, const QString &text, const QString &type)
@@ -32,41 +31,24 @@ std::optional<Tag> withType(const NamedTagReader &reader, const QString &text, c
 
 } // namespace
 
-void ValuesFilter::set(const QString &text, Kind kind)
-{
-    m_text = text;
-    m_kind = kind;
-    invalidateFilter();
-}
-
-bool ValuesFilter::filterAcceptsRow(int row, const QModelIndex &parent) const
-{
-    const QModelIndex index = sourceModel()->index(row, ValuesModel::QUALITY, parent);
-    const bool isMoving = index.data(ValuesModel::STILL_ROLE).toDouble() < MOVING_SECONDS;
-    const bool isGood =
-        index.data(ValuesModel::QUALITY_ROLE).toInt() == static_cast<int>(Quality::Good);
-    if ((m_kind == NOT_GOOD && isGood) || (m_kind == MOVING && !isMoving) ||
-        (m_kind == STILL && isMoving))
-        return false;
-    if (m_text.isEmpty())
-        return true;
-    const int columns[] = {ValuesModel::TAG, ValuesModel::ADDRESS, ValuesModel::UNIT};
-    return std::any_of(std::begin(columns), std::end(columns), [&](int column) {
-        return sourceModel()
-            ->index(row, column, parent)
-            .data()
-            .toString()
-            .contains(m_text, Qt::CaseInsensitive);
-    });
-}
-
 ValuesView::ValuesView(ValuesModel &model, QWidget *parent)
-    : QWidget(parent), m_model(model), m_filter(new ValuesFilter(this)), m_text(new QLineEdit),
-      m_kind(new QComboBox), m_table(new QTableView), m_tagEdit(new TagEdit),
-      m_menu(new QMenu(tr("&Tag"), this))
+    : QWidget(parent), m_model(model), m_filter(new ValuesFilter(model, this)),
+      m_text(new QLineEdit), m_kind(new QComboBox), m_grouping(new QComboBox),
+      m_table(new QTableView), m_tagEdit(new TagEdit), m_menu(new QMenu(tr("&Tag"), this))
 {
-    m_filter->setSourceModel(&model);
-    m_filter->setSortRole(ValuesModel::SORT_ROLE);
+    makeTable();
+    auto *layout = new QVBoxLayout(this);
+    layout->setContentsMargins(6, 6, 6, 6);
+    layout->addLayout(makeBar());
+    layout->addWidget(m_table, 1);
+    layout->addWidget(m_tagEdit);
+    connect(m_tagEdit, &TagEdit::tagGiven, this, &ValuesView::tagGiven);
+    makeMenu();
+}
+
+// What is shown of the tags, and in which groups.
+QHBoxLayout *ValuesView::makeBar()
+{
     m_text->setObjectName("filter");
     m_text->setPlaceholderText(tr("Filter"));
     m_text->setAccessibleName(tr("Filter tags by text"));
@@ -74,6 +56,25 @@ ValuesView::ValuesView(ValuesModel &model, QWidget *parent)
     m_kind->setObjectName("filterKind");
     m_kind->setAccessibleName(tr("Filter tags by state"));
     m_kind->addItems({tr("All"), tr("Not good"), tr("Moving"), tr("Still")});
+    m_grouping->setObjectName("grouping");
+    m_grouping->setAccessibleName(tr("Group tags"));
+    m_grouping->addItems({tr("No groups"), tr("By area"), tr("By station"), tr("By name")});
+    m_grouping->setItemData(3, tr("By what precedes the first dot or slash of a name"),
+                            Qt::ToolTipRole);
+    auto *line = new QHBoxLayout;
+    line->addWidget(m_text, 1);
+    line->addWidget(m_kind);
+    line->addWidget(m_grouping);
+    connect(m_text, &QLineEdit::textChanged, this, [this] { filter(); });
+    connect(m_kind, QOverload<int>::of(&QComboBox::currentIndexChanged), this,
+            [this] { filter(); });
+    connect(m_grouping, QOverload<int>::of(&QComboBox::currentIndexChanged), this,
+            [this](int index) { setGrouping(static_cast<Grouping>(index)); });
+    return line;
+}
+
+void ValuesView::makeTable()
+{
     m_table->setObjectName("values");
     m_table->setAccessibleName(tr("Values"));
     m_table->setModel(m_filter);
@@ -97,19 +98,41 @@ ValuesView::ValuesView(ValuesModel &model, QWidget *parent)
     for (int column = 0; column < ValuesModel::COLUMNS; ++column)
         m_table->setColumnWidth(column, fontMetrics().horizontalAdvance(widest[column]) + 16);
     m_table->horizontalHeader()->setHighlightSections(false);
-    auto *line = new QHBoxLayout;
-    line->addWidget(m_text, 1);
-    line->addWidget(m_kind);
-    auto *layout = new QVBoxLayout(this);
-    layout->setContentsMargins(6, 6, 6, 6);
-    layout->addLayout(line);
-    layout->addWidget(m_table, 1);
-    layout->addWidget(m_tagEdit);
-    connect(m_text, &QLineEdit::textChanged, this, [this] { filter(); });
-    connect(m_kind, QOverload<int>::of(&QComboBox::currentIndexChanged), this,
-            [this] { filter(); });
-    connect(m_tagEdit, &TagEdit::tagGiven, this, &ValuesView::tagGiven);
-    makeMenu();
+    m_table->installEventFilter(this);
+    connect(m_table, &QTableView::clicked, this,
+            [this](const QModelIndex &index) { toggleGroup(index); });
+}
+
+void ValuesView::setGrouping(Grouping grouping)
+{
+    m_grouping->setCurrentIndex(static_cast<int>(grouping));
+    if (m_model.grouping() == grouping)
+        return;
+    m_model.setGrouping(grouping);
+    const QHeaderView *heading = m_table->horizontalHeader();
+    m_filter->sort(heading->sortIndicatorSection(), heading->sortIndicatorOrder());
+    filter();
+}
+
+// Whether there is the heading of one.
+bool ValuesView::toggleGroup(const QModelIndex &index)
+{
+    const int heading =
+        index.isValid() ? m_model.headingAt(m_filter->mapToSource(index).row()) : -1;
+    if (heading < 0)
+        return false;
+    m_model.toggle(heading);
+    filter();
+    return true;
+}
+
+bool ValuesView::eventFilter(QObject *, QEvent *event)
+{
+    if (event->type() != QEvent::KeyPress)
+        return false;
+    const int key = static_cast<QKeyEvent *>(event)->key();
+    const bool isToggle = key == Qt::Key_Return || key == Qt::Key_Enter || key == Qt::Key_Space;
+    return isToggle && toggleGroup(m_table->currentIndex());
 }
 
 void ValuesView::setReader(const NamedTagReader &reader)
@@ -123,8 +146,11 @@ std::vector<int> ValuesView::marked() const
     QModelIndexList rows = m_table->selectionModel()->selectedRows();
     std::sort(rows.begin(), rows.end());
     std::vector<int> ids;
-    for (const QModelIndex &index : rows)
-        ids.push_back(index.data(ValuesModel::ID_ROLE).toInt());
+    for (const QModelIndex &index : rows) {
+        const int id = index.data(ValuesModel::ID_ROLE).toInt();
+        if (id != 0) // no heading
+            ids.push_back(id);
+    }
     return ids;
 }
 
@@ -161,7 +187,11 @@ void ValuesView::makeMenu()
         m_menu->popup(m_table->viewport()->mapToGlobal(place));
     });
     connect(m_table, &QTableView::doubleClicked, this, [this](const QModelIndex &index) {
-        emit writeWanted(index.data(ValuesModel::ID_ROLE).toInt());
+        const int id = index.data(ValuesModel::ID_ROLE).toInt();
+        if (id != 0 && index.column() == ValuesModel::COURSE)
+            emit trendWanted({id});
+        else if (id != 0)
+            emit writeWanted(id);
     });
 }
 

@@ -2,34 +2,17 @@
 #pragma once
 
 #include "view/tag_edit.h"
-#include "view/values_model.h"
+#include "view/values_filter.h"
 
 #include <QComboBox>
 #include <QLineEdit>
 #include <QMenu>
-#include <QSortFilterProxyModel>
 #include <QTableView>
 #include <QWidget>
 
+class QHBoxLayout;
+
 namespace kmr {
-
-// What the filter leaves.
-class ValuesFilter : public QSortFilterProxyModel {
-public:
-    enum Kind { ALL, NOT_GOOD, MOVING, STILL };
-
-    using QSortFilterProxyModel::QSortFilterProxyModel;
-
-    // `text` is looked for in tags, addresses and units.
-    void set(const QString &text, Kind kind);
-
-protected:
-    bool filterAcceptsRow(int row, const QModelIndex &parent) const override;
-
-private:
-    QString m_text;
-    Kind m_kind = ALL;
-};
 
 class ValuesView : public QWidget {
     Q_OBJECT
@@ -43,6 +26,9 @@ public:
     {
         return m_table;
     }
+
+    // In which groups the tags are shown.
+    void setGrouping(Grouping grouping);
 
     // The tags of the rows that are marked, in the order shown.
     std::vector<int> marked() const;
@@ -61,16 +47,23 @@ signals:
     // Another format of a tag.
     void formatWanted(int id, const kmr::Tag &tag);
 
+protected:
+    bool eventFilter(QObject *watched, QEvent *event) override;
+
 private:
+    QHBoxLayout *makeBar();
+    void makeTable();
     void makeMenu();
     void fillFormats();
     void filter();
+    bool toggleGroup(const QModelIndex &index);
 
     ValuesModel &m_model;
     std::optional<NamedTagReader> m_reader;
     ValuesFilter *m_filter;
     QLineEdit *m_text;
     QComboBox *m_kind;
+    QComboBox *m_grouping;
     QTableView *m_table;
     TagEdit *m_tagEdit;
     QMenu *m_menu;

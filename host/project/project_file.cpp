@@ -3,6 +3,9 @@
 #include "host/error.h"
 #include "host/tags/nearest.h"
 
+#include <QDir>
+#include <QFileInfo>
+
 #include <toml++/toml.h>
 
 #include <algorithm>
@@ -48,17 +51,55 @@ bool isSection(const QString &key, const QStringList &known)
                        [&key](const QString &one) { return one.startsWith(key + '.'); });
 }
 
+// Finds places that the parser gives as line and column, which counts code points, from 1.
+class Places {
+public:
+    explicit Places(const QString &text) : m_text(text)
+    {
+        for (int i = 0; i < text.size(); ++i) {
+            if (text[i] == '\n')
+                m_lines.push_back(i + 1);
+        }
+    }
+
+    TextSpan of(const toml::node &node) const
+    {
+        return {placeOf(node.source().begin), placeOf(node.source().end)};
+    }
+
+private:
+    int placeOf(const toml::source_position &position) const
+    {
+        int place = m_lines[std::min<std::size_t>(position.line, m_lines.size()) - 1];
+        for (toml::source_index column = 1; column < position.column; ++column)
+            place += place < m_text.size() && m_text[place].isHighSurrogate() ? 2 : 1;
+        return place;
+    }
+
+    const QString &m_text;
+    std::vector<int> m_lines = {0}; // where they begin
+};
+
 // `section`: "publish." or empty.
 void appendEntries(const toml::table &table, const QString &section, const QStringList &known,
-                   const QStringList &lists, std::vector<ConfigEntry> &entries)
+                   const QStringList &lists, const Places &places,
+                   std::vector<ConfigEntry> &entries)
 {
     for (const auto &[name, node] : table) {
         const int line = static_cast<int>(name.source().begin.line);
-        ConfigEntry entry{section + toQString(name.str()), {}, line, {}};
+        ConfigEntry entry;
+        entry.key = section + toQString(name.str());
+        entry.line = line;
+        entry.span = places.of(node);
         const toml::table *const inner = node.as_table();
         if (inner != nullptr && isSection(entry.key, known)) {
-            appendEntries(*inner, entry.key + '.', known, lists, entries);
+            appendEntries(*inner, entry.key + '.', known, lists, places, entries);
             continue;
+        }
+        entry.isSection = inner != nullptr || node.is_array_of_tables();
+        if (const toml::array *const items = node.as_array()) {
+            for (const toml::node &item : *items)
+                entry.items.push_back(places.of(item));
         }
         const bool isList = lists.contains(entry.key);
         if (!known.contains(entry.key))
@@ -88,10 +129,26 @@ std::vector<ConfigEntry> parseConfig(const QString &text, const QString &file,
                                           .arg(toQString(error.description())));
     }
     std::vector<ConfigEntry> entries;
-    appendEntries(table, {}, known, lists, entries);
+    appendEntries(table, {}, known, lists, Places(text), entries);
     std::sort(entries.begin(), entries.end(),
               [](const ConfigEntry &a, const ConfigEntry &b) { return a.line < b.line; });
     return entries;
+}
+
+QString quoted(QString text)
+{
+    return '"' + text.replace('\\', "\\\\").replace('"', "\\\"") + '"';
+}
+
+QString absolutePathIn(const QString &value, const QString &file)
+{
+    return QDir::cleanPath(QDir(QFileInfo(file).absolutePath()).filePath(value));
+}
+
+QString asSeenFrom(const QString &file, const QString &path)
+{
+    const QString relative = QDir(QFileInfo(file).absolutePath()).relativeFilePath(path);
+    return relative.startsWith("..") ? path : relative;
 }
 
 } // namespace kmr

@@ -19,11 +19,20 @@
 
 namespace kmr {
 
+// Characters of the file's text.
+struct TextSpan {
+    int begin = 0;
+    int end = 0; // the first one after it
+};
+
 struct ConfigEntry {
     QString key;
-    QStringList values; // as text; more than one only for a list
-    int line = 0;       // in the file, from 1
-    QString fault;      // what is wrong with the key or its values, then there are no values
+    QStringList values;     // as text; more than one only for a list
+    int line = 0;           // in the file, from 1
+    QString fault;          // what is wrong with the key or its values, then there are no values
+    bool isSection = false; // an unknown key that has keys of its own
+    TextSpan span;          // of what follows the key
+    std::vector<TextSpan> items; // of a list
 };
 
 // Reads a file's text. `file` names it in messages, `known` has the allowed keys, `lists` those of
@@ -31,5 +40,12 @@ struct ConfigEntry {
 // text that is not TOML.
 std::vector<ConfigEntry> parseConfig(const QString &text, const QString &file,
                                      const QStringList &known, const QStringList &lists);
+
+// A text as it is written in a file.
+QString quoted(QString text);
+
+// The path that the file at `file` calls `value`, and what it may call a path.
+QString absolutePathIn(const QString &value, const QString &file);
+QString asSeenFrom(const QString &file, const QString &path);
 
 } // namespace kmr

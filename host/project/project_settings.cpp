@@ -4,10 +4,6 @@
 #include "host/project/project_file.h"
 #include "host/project/text_file.h"
 
-#include <QDir>
-#include <QFileInfo>
-#include <QRegularExpression>
-
 #include <functional>
 #include <utility>
 #include <vector>
@@ -30,18 +26,6 @@ const Choices<WordOrder> WORD_ORDERS = {{"low", WordOrder::LowFirst},
 const Choices<ByteOrder> BYTE_ORDERS = {{"low", ByteOrder::LowFirst},
                                         {"high", ByteOrder::HighFirst}};
 const QStringList FORMATS = {"plain", "table", "csv", "json", "jsonl"};
-
-QString besideFile(const QString &value, const QString &file)
-{
-    return QDir::cleanPath(QDir(QFileInfo(file).absolutePath()).filePath(value));
-}
-
-// A path as the file at `file` may name it.
-QString asSeenFrom(const QString &file, const QString &path)
-{
-    const QString relative = QDir(QFileInfo(file).absolutePath()).relativeFilePath(path);
-    return relative.startsWith("..") ? path : relative;
-}
 
 int readNumber(const QString &value, int least, int most)
 {
@@ -73,11 +57,6 @@ template <typename Choice> QString nameOf(Choice value, const Choices<Choice> &c
             return name;
     }
     return {};
-}
-
-QString quoted(QString text)
-{
-    return '"' + text.replace('\\', "\\\\").replace('"', "\\\"") + '"';
 }
 
 // One key of the file.
@@ -131,14 +110,14 @@ std::vector<Key> pathKeys()
          [](const ProjectSettings &s, const QString &) { return quoted(s.link); }},
         {"driver",
          [](ProjectSettings &s, const QString &value, const QString &file) {
-             s.driver = value.contains('/') ? besideFile(value, file) : value;
+             s.driver = value.contains('/') ? absolutePathIn(value, file) : value;
          },
          [](const ProjectSettings &s, const QString &file) {
              return quoted(s.driver.contains('/') ? asSeenFrom(file, s.driver) : s.driver);
          }},
         {"names",
          [](ProjectSettings &s, const QString &value, const QString &file) {
-             s.names = besideFile(value, file);
+             s.names = absolutePathIn(value, file);
              readTextFile(s.names);
          },
          [](const ProjectSettings &s, const QString &file) {
@@ -192,13 +171,6 @@ void readEntry(const ConfigEntry &entry, const QString &path, ProjectSettings &s
 
 ProjectSettings parseProject(const QString &text, const QString &path)
 {
-    static const QRegularExpression section("^\\[[A-Za-z]", QRegularExpression::MultilineOption);
-    const int end = static_cast<int>(text.indexOf(section));
-    if (end >= 0) {
-        ProjectSettings settings = parseProject(text.left(end), path);
-        settings.sections = text.mid(end);
-        return settings;
-    }
     QStringList known;
     for (const Key &key : keys())
         known.append(key.name);
@@ -206,6 +178,8 @@ ProjectSettings parseProject(const QString &text, const QString &path)
     ProjectSettings settings;
     QStringList faults;
     for (const ConfigEntry &entry : parseConfig(text, path, known, {TAGS})) {
+        if (entry.isSection)
+            continue; // of a command
         try {
             readEntry(entry, path, settings);
         } catch (const Error &error) {
@@ -237,7 +211,7 @@ QString formatProject(const ProjectSettings &settings, const QString &path)
         text += QString("    %1,\n").arg(quoted(tag));
     if (!settings.tags.isEmpty())
         text += "]\n";
-    return settings.sections.isEmpty() ? text : text + '\n' + settings.sections;
+    return text;
 }
 
 SessionSettings sessionSettingsOf(const ProjectSettings &settings, const LinkAddress &address)

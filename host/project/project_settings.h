@@ -29,11 +29,10 @@ struct ProjectSettings {
     QString format; // of the command's records; kept for it
     QString names;  // path of the file of names; empty: none
     QStringList tags;
-    QString sections; // of commands, as they stand in the file; kept
 };
 
 // Reads a file's text; `path` names it and is where its relative paths begin. Throws Error (Usage)
-// that names every bad key with its line.
+// that names every bad key with its line; the sections of commands are left alone.
 ProjectSettings parseProject(const QString &text, const QString &path);
 
 // Reads a file. Throws Error (Usage).

@@ -62,17 +62,19 @@ private slots:
     void eachPixelKeepsItsPeaksAndGaps()
     {
         Series series;
-        for (int i = 0; i < 100000; ++i)
+        for (int i = 0; i < 100700; ++i)
             series.add(i, i % 2);
-        series.add(100000, 1000); // one that nobody may miss
-        series.addGap(100001);
-        for (int i = 100002; i < 200000; ++i)
+        series.add(100700, 1000); // that nobody may miss, in the midst of a pixel
+        series.add(100701, -1000);
+        series.add(100702, 0);
+        series.addGap(100703);
+        for (int i = 100704; i < 200000; ++i)
             series.add(i, i % 2);
         const std::vector<Sample> drawn = series.drawn(0, 200000, 100);
         QVERIFY(drawn.size() <= 4 * 102);
-        const auto isPeak = [](const Sample &sample) { return sample.value == 1000; };
+        const auto isPeak = [](const Sample &sample) { return std::abs(sample.value) == 1000; };
         const auto isGap = [](const Sample &sample) { return std::isnan(sample.value); };
-        QCOMPARE(std::count_if(drawn.begin(), drawn.end(), isPeak), 1);
+        QCOMPARE(std::count_if(drawn.begin(), drawn.end(), isPeak), 2);
         QCOMPARE(std::count_if(drawn.begin(), drawn.end(), isGap), 1);
         QCOMPARE(series.drawn(10, 20, 100).size(), std::size_t(12)); // and one after it
     }
@@ -106,13 +108,13 @@ private slots:
     void anotherFileIsNoRecording()
     {
         const QString path = m_folder.filePath("other.csv");
-        writeTextFile(path, "a,b,c\n");
+        writeTextFile(path, "day,D1,D1 quality\n2026-11-22,1,good\n");
         Recording recording;
         try {
             readRecording(path, recording);
             QFAIL("it was taken");
         } catch (const Error &error) {
-            QVERIFY(error.text().contains("is no recording"));
+            QVERIFY(error.text().contains("is not a recording: its heading is not"));
         }
     }
 

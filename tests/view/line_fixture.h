@@ -5,7 +5,9 @@
 #include "simulator/faults.h"
 #include "simulator/tcp_server.h"
 #include "view/main_window.h"
+#include "view/write_dialog.h"
 
+#include <QMimeData>
 #include <QSettings>
 #include <QTemporaryDir>
 #include <QtTest>
@@ -110,6 +112,52 @@ inline QString cell(MainWindow &window, int row, int column)
     return model->index(row, column).data().toString();
 }
 
+// The same as soon as the line has brought it; within a test that has a `window`.
+#define TRY_CELL(row, column, expected)                                                            \
+    QTRY_COMPARE_WITH_TIMEOUT(cell(window, row, ValuesModel::column), expected, PATIENCE)
+
+// A window that shows tags of a line.
+class OpenWindow : public MainWindow {
+public:
+    OpenWindow(const Line &line, const QStringList &tags)
+    {
+        show();
+        if (!start(line.project(tags)))
+            qFatal("the line could not be opened");
+    }
+};
+
+inline void addTag(MainWindow &window, const char *text)
+{
+    auto *edit = child<QLineEdit>(window, "tagText");
+    QTest::keyClicks(edit, text);
+    QTest::keyClick(edit, Qt::Key_Return);
+}
+
+inline void drop(QWidget &target, const QMimeData &data)
+{
+    QDragEnterEvent enter({5, 5}, Qt::CopyAction, &data, Qt::LeftButton, {});
+    QApplication::sendEvent(&target, &enter);
+    QVERIFY(enter.isAccepted());
+    QDropEvent dropped({5, 5}, Qt::CopyAction, &data, Qt::LeftButton, {});
+    QApplication::sendEvent(&target, &dropped);
+}
+
+inline void dropFile(MainWindow &window, const QString &path)
+{
+    QMimeData data;
+    data.setUrls({QUrl::fromLocalFile(path)});
+    drop(window, data);
+}
+
+// A key of the window's menus.
+inline void press(MainWindow &window, Qt::Key key)
+{
+    window.activateWindow();
+    QVERIFY(QTest::qWaitForWindowActive(&window, PATIENCE));
+    QTest::keyClick(&window, key, Qt::ControlModifier);
+}
+
 inline void mark(MainWindow &window, int row)
 {
     auto *table = child<QTableView>(window, "values");
@@ -119,12 +167,26 @@ inline void mark(MainWindow &window, int row)
     QTRY_VERIFY(table->hasFocus());
 }
 
-inline void clickCell(MainWindow &window, int row, int column)
+inline void doubleClick(MainWindow &window, int row, int column)
 {
     auto *table = child<QTableView>(window, "values");
     const QRect box = table->visualRect(table->model()->index(row, column));
     QTest::mouseClick(table->viewport(), Qt::LeftButton, {}, box.center());
     QTest::mouseDClick(table->viewport(), Qt::LeftButton, {}, box.center());
+}
+
+// Types a new value of a tag, which its dialog may confirm now.
+inline WriteDialog &typeValue(MainWindow &window, int row, const char *value)
+{
+    doubleClick(window, row, ValuesModel::VALUE);
+    auto *dialog = child<WriteDialog>(window);
+    QTest::keyClicks(child<QComboBox>(*dialog, "newValue"), value);
+    return *dialog;
+}
+
+inline void confirm(WriteDialog &dialog)
+{
+    QTest::mouseClick(child<QPushButton>(dialog, "write"), Qt::LeftButton);
 }
 
 } // namespace kmr

@@ -48,6 +48,19 @@ private slots:
         QCOMPARE(summary->text(), now);
     }
 
+    void theHoleThatTheTagsHaveForAnotherHostIsSaid()
+    {
+        Line line;
+        MainWindow window;
+        open(window, line, {"D4095x2"});
+        const auto *blocks = child<QTableWidget>(window, "planBlocks");
+        QVERIFY(child<QLabel>(window, "planHole")->text().contains("never reads 1 element"));
+        QCOMPARE(blocks->item(0, 1)->text(), QString("D4088 to D4095"));
+        QTest::keyClick(child<QCheckBox>(window, "planRaw"), Qt::Key_Space);
+        QCOMPARE(blocks->item(0, 1)->text(), QString("D4096"));
+        QVERIFY(blocks->item(0, 2)->text().startsWith("read wrongly: "));
+    }
+
     void aTagThatTheGroupLimitCutsIsNotPlanned()
     {
         Line line;

@@ -29,7 +29,7 @@ private slots:
         QCOMPARE(state(window, 1), QString("differs"));
         QCOMPARE(child<QTableWidget>(window, "recipe")->item(1, 2)->text(), QString("0 0"));
         line.set("D", 1, 9); // polling goes on
-        QTRY_COMPARE_WITH_TIMEOUT(cell(window, 0, ValuesModel::VALUE), QString("9"), PATIENCE);
+        TRY_CELL(0, VALUE, QString("9"));
     }
 
     void aDownloadIsConfirmedAndCertain()
@@ -72,9 +72,7 @@ private slots:
     {
         Line line;
         writeTextFile(m_path, "D100,70000\n");
-        MainWindow window;
-        window.show();
-        QVERIFY(window.start(line.project({"D1"})));
+        OpenWindow window(line, {"D1"});
         QVERIFY(!window.openRecipe(m_path));
         QVERIFY(child<QMessageBox>(window)->text().contains("mixer.csv:1"));
         QVERIFY(!child<QPushButton>(window, "downloadRecipe")->isEnabled());
@@ -106,7 +104,7 @@ private:
     {
         window.show();
         QVERIFY(window.start(settings));
-        QTRY_COMPARE_WITH_TIMEOUT(cell(window, 0, ValuesModel::QUALITY), QString("good"), PATIENCE);
+        TRY_CELL(0, QUALITY, QString("good"));
         QVERIFY(window.openRecipe(m_path));
         QCOMPARE(child<QTableWidget>(window, "recipe")->item(1, 1)->text(), QString("1 2"));
     }

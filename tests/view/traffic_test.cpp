@@ -1,5 +1,6 @@
 // The pages of traffic and of the line.
 #include "tests/view/line_fixture.h"
+#include "view/capture_values.h"
 #include "view/frame_bytes.h"
 #include "view/line_counts.h"
 #include "view/traffic_model.h"
@@ -20,16 +21,24 @@ private slots:
     void exchangesAreExplainedAndFiltered()
     {
         Line line({"exception=2,every=3"});
-        MainWindow window;
-        window.show();
-        QVERIFY(window.start(line.project({"D100"})));
+        OpenWindow window(line, {"D100"});
         const auto *table = child<QTableView>(window, "traffic");
         QTRY_VERIFY_WITH_TIMEOUT(table->model()->rowCount() > 20, PATIENCE);
-        QTest::keyClick(child<QComboBox>(window, "trafficKind"), Qt::Key_Down);
-        QTest::keyClick(child<QComboBox>(window, "trafficKind"), Qt::Key_Down); // refused
+        auto *kind = child<QComboBox>(window, "trafficKind");
+        QTest::keyClick(kind, Qt::Key_Down);
+        QTest::keyClick(kind, Qt::Key_Down); // refused
         QTRY_VERIFY_WITH_TIMEOUT(table->model()->rowCount() > 2, PATIENCE);
         for (int row = 0; row < 3; ++row)
             QVERIFY(text(*table, row, TrafficModel::ANSWER).contains("exception 02"));
+        kind->setCurrentIndex(TrafficFilter::ALL);
+        QTest::keyClick(child<QComboBox>(window, "trafficFunction"), Qt::Key_Down);
+        QTRY_VERIFY_WITH_TIMEOUT(table->model()->rowCount() > 0, PATIENCE);
+        for (int row = 0; row < table->model()->rowCount(); ++row)
+            QVERIFY(text(*table, row, TrafficModel::FUNCTION).startsWith("02"));
+        kind->setCurrentIndex(TrafficFilter::FAULTY);
+        QCOMPARE(table->model()->rowCount(), 0);
+        kind->setCurrentIndex(TrafficFilter::ALL);
+        QTRY_VERIFY_WITH_TIMEOUT(table->model()->rowCount() > 0, PATIENCE);
         QTest::keyClicks(child<QLineEdit>(window, "trafficStation"), "7");
         QCOMPARE(table->model()->rowCount(), 0);
     }
@@ -38,9 +47,7 @@ private slots:
     {
         Line line;
         line.set("D", 100, 258);
-        MainWindow window;
-        window.show();
-        QVERIFY(window.start(line.project({"D100"})));
+        OpenWindow window(line, {"D100"});
         child<QTabWidget>(window)->setCurrentIndex(1);
         const auto *table = child<QTableView>(window, "traffic");
         QTRY_VERIFY_WITH_TIMEOUT(table->model()->rowCount() > 5, PATIENCE);
@@ -98,9 +105,7 @@ private slots:
     void aCaptureIsWrittenAndOpened()
     {
         Line line;
-        MainWindow window;
-        window.show();
-        QVERIFY(window.start(line.project({"D100"})));
+        OpenWindow window(line, {"D100"});
         const QString path = m_folder.filePath("line.kmr");
         auto *view = window.findChild<TrafficView *>();
         emit view->captureWanted(path);
@@ -109,12 +114,40 @@ private slots:
         child<QAction>(*view, "capture")->trigger();
         QVERIFY(!child<QAction>(*view, "capture")->isChecked());
         QVERIFY(window.openCapture(path));
-        auto *page = child<QTabWidget>(window)->currentWidget();
-        const auto *table = page->findChild<QTableView *>("traffic");
+        auto *pages = child<QTabWidget>(window);
+        const auto *table = pages->currentWidget()->findChild<QTableView *>("traffic");
         QVERIFY(table->model()->rowCount() > 5);
         for (int row = 0; row < 5; ++row)
             QCOMPARE(table->model()->index(row, 0).data(TrafficModel::OUTCOME_ROLE).toInt(),
                      static_cast<int>(TrafficRow::Outcome::Good));
+        const auto *trends = pages->widget(pages->count() - 2)->findChild<TrendView *>();
+        QVERIFY(!trends->styles().empty());
+    }
+
+    void aCaptureHoldsTheValuesThatItsAnswersConfirmed()
+    {
+        Capture capture;
+        capture.begin = QDateTime::fromMSecsSinceEpoch(1000000);
+        const auto add = [&](int second, const char *sent, const char *received) {
+            capture.pieces.push_back({second * 1000000, true, sent});
+            if (*received != '\0')
+                capture.pieces.push_back({second * 1000000 + 500000, false, received});
+        };
+        add(0, ":01031064000286\r\n", ":01030400FA0001FD\r\n");
+        add(1, ":010204000008F1\r\n", ":01020105F7\r\n");
+        add(2, ":01031064000286\r\n", "");
+        add(3, ":01031064000286\r\n", ":01030400FB0001FC\r\n");
+        add(4, ":02031064000285\r\n", ":02830279\r\n");
+        Recording recording;
+        QVERIFY(readValues(capture, recording));
+        QCOMPARE(recording.tags.size(), std::size_t(10));
+        QCOMPARE(recording.tags[0].name, QString("D100"));
+        QCOMPARE(*recording.history.series(1).at(1000.5), 250.0);
+        QVERIFY(!recording.history.series(1).at(1003)); // not answered
+        QCOMPARE(*recording.history.series(1).at(1003.5), 251.0);
+        QCOMPARE(recording.tags[4].name, QString("X2"));
+        QVERIFY(recording.tags[4].isBit);
+        QCOMPARE(*recording.history.series(5).at(1001.5), 1.0);
     }
 
     void countsOfASecondGiveRatesAndShares()
@@ -130,7 +163,12 @@ private slots:
         QCOMPARE(counts.seconds()[1].silent, 1);
         QCOMPARE(counts.stations().at(2).refused, std::uint64_t(1));
         QCOMPARE(counts.stations().at(1).longest, 0.019);
-        QCOMPARE(counts.rate(102.3, 2), 6.0);
+        QCOMPARE(stateOf(counts.stations().at(2)).kind, StationState::Kind::Limps);
+        QCOMPARE(stateOf(counts.stations().at(2)).share, 0.5);
+        for (int second = 102; second < 106; ++second)
+            counts.add({second + 0.1, 2, Outcome::GivenUp, {ReplyFault::Silence, 0, {}}, {}, 17});
+        QCOMPARE(stateOf(counts.stations().at(2)).kind, StationState::Kind::Silent);
+        QCOMPARE(counts.rate(102.0, 2), 6.0);
         QCOMPARE(counts.wireShare(101.9, 1, std::chrono::milliseconds(1)), 0.4);
         const RoundTripBins bins = binsOf(counts.roundTrips(), 4);
         QCOMPARE(std::accumulate(bins.counts.begin(), bins.counts.end(), 0), 10);
@@ -145,7 +183,10 @@ private slots:
         ProjectSettings settings = line.project({"D100"});
         settings.timeout = std::chrono::milliseconds(30);
         QVERIFY(window.start(settings));
-        child<QTabWidget>(window)->setCurrentIndex(2);
+        auto *hint = child<QToolButton>(window, "hint");
+        QTRY_VERIFY_WITH_TIMEOUT(hint->text().startsWith("Station 1 limps: "), PATIENCE);
+        QTest::mouseClick(hint, Qt::LeftButton);
+        QCOMPARE(child<QTabWidget>(window)->currentIndex(), 2);
         const auto *stations = child<QTableWidget>(window, "stations");
         QTRY_VERIFY_WITH_TIMEOUT(stations->rowCount() == 1 &&
                                      stations->item(0, 1)->text().startsWith("limps: "),
@@ -155,9 +196,7 @@ private slots:
     void theLineIsExaminedAtTheButton()
     {
         Line line({"exception=2"});
-        MainWindow window;
-        window.show();
-        QVERIFY(window.start(line.project({"D100"})));
+        OpenWindow window(line, {"D100"});
         child<QTabWidget>(window)->setCurrentIndex(2);
         QTest::mouseClick(child<QPushButton>(window, "examine"), Qt::LeftButton);
         const auto *verdict = child<QLabel>(window, "verdict");
@@ -165,7 +204,7 @@ private slots:
         line.setHits(Line::Hits::None);
         QTest::keyClick(child<QPushButton>(window, "examine"), Qt::Key_Space);
         QTRY_VERIFY_WITH_TIMEOUT(verdict->text().startsWith("The station answers"), PATIENCE);
-        QTRY_COMPARE_WITH_TIMEOUT(cell(window, 0, ValuesModel::QUALITY), QString("good"), PATIENCE);
+        TRY_CELL(0, QUALITY, QString("good"));
     }
 
 private:

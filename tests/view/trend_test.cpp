@@ -2,11 +2,8 @@
 #include "host/project/text_file.h"
 #include "tests/view/line_fixture.h"
 #include "view/trend_view.h"
-#include "view/write_dialog.h"
 
 #include <qwt_plot_canvas.h>
-
-#include <QMimeData>
 
 using namespace kmr;
 
@@ -22,41 +19,39 @@ private slots:
     void droppedTagsAreDrawnAsTheyAreMeasured()
     {
         Line line;
-        MainWindow window;
-        window.show();
-        QVERIFY(window.start(line.project({"D1", "M0x2"})));
+        OpenWindow window(line, {"D1", "M0x2"});
         const QModelIndexList all = {window.values().index(0, 0), window.values().index(1, 0)};
         const std::unique_ptr<QMimeData> data(window.values().mimeData(all));
-        QDropEvent drop({5, 5}, Qt::CopyAction, data.get(), Qt::LeftButton, {});
-        QDragEnterEvent enter({5, 5}, Qt::CopyAction, data.get(), Qt::LeftButton, {});
-        QApplication::sendEvent(&window.trends(), &enter);
-        QApplication::sendEvent(&window.trends(), &drop);
+        drop(window.trends(), *data);
         const std::vector<TrendStyle> &styles = window.trends().styles();
         QCOMPARE(styles.size(), std::size_t(3));
         QCOMPARE(styles[0].name, QString("D1"));
         QCOMPARE(styles[2].name, QString("M1"));
         QVERIFY(!styles[0].isBit && styles[2].isBit);
         line.set("D", 1, 40);
-        QTRY_VERIFY_WITH_TIMEOUT(inkOf(window, styles[0].colour) > 20, PATIENCE);
+        QTRY_VERIFY_WITH_TIMEOUT(inkOf(shown(window), styles[0].colour) > 20, PATIENCE);
     }
 
     void aWriteIsMarked()
     {
         Line line;
-        MainWindow window;
-        window.show();
-        QVERIFY(window.start(line.project({"D1"})));
-        QTRY_COMPARE_WITH_TIMEOUT(cell(window, 0, ValuesModel::VALUE), QString("0"), PATIENCE);
+        OpenWindow window(line, {"D1"});
+        TRY_CELL(0, VALUE, QString("0"));
         mark(window, 0);
         QTest::keyClick(child<QTableView>(window, "values"), Qt::Key_T, Qt::ControlModifier);
         QCOMPARE(window.trends().styles().size(), std::size_t(1));
-        const int before = inkOf(window, window.trends().styles()[0].colour);
-        clickCell(window, 0, ValuesModel::VALUE);
-        auto *dialog = child<WriteDialog>(window);
-        QTest::keyClicks(child<QComboBox>(*dialog, "newValue"), "0");
-        QTest::mouseClick(child<QPushButton>(*dialog, "write"), Qt::LeftButton);
-        QTRY_VERIFY_WITH_TIMEOUT(inkOf(window, window.trends().styles()[0].colour) > before + 50,
-                                 PATIENCE);
+        const QColor colour = window.trends().styles()[0].colour;
+        QVERIFY(inkedRows(shown(window), colour) < 20); // a still value is a flat line
+        confirm(typeValue(window, 0, "0"));
+        QTRY_VERIFY_WITH_TIMEOUT(inkedRows(shown(window), colour) > 50, PATIENCE);
+    }
+
+    void aDoubleClickOnTheCourseShowsTheTrend()
+    {
+        Line line;
+        OpenWindow window(line, {"D1"});
+        doubleClick(window, 0, ValuesModel::COURSE);
+        QCOMPARE(window.trends().styles().size(), std::size_t(1));
     }
 
     void theWheelARectangleAndKeysZoom()
@@ -137,7 +132,8 @@ private slots:
         auto *table = child<TrendTable>(*m_view);
         table->item(0, TrendTable::FACTOR)->setText("0,5");
         table->item(0, TrendTable::OFFSET)->setText("-1");
-        emit table->cellDoubleClicked(0, TrendTable::AXIS);
+        table->setCurrentCell(0, TrendTable::AXIS);
+        QTest::keyClick(table, Qt::Key_Return);
         m_view->plot().setMarker(TrendPlot::A, 40);
         QCOMPARE(table->item(0, TrendTable::AT_A)->text(), QString("19"));
         QVERIFY(m_view->styles()[0].isRight);
@@ -159,7 +155,7 @@ private slots:
         for (const char *name : {"span.png", "span.svg"}) {
             m_view->exportTo(m_folder.filePath(name));
             const QImage picture(m_folder.filePath(name));
-            QVERIFY2(!picture.isNull(), name);
+            QVERIFY2(inkOf(picture, m_view->styles()[0].colour) > 100, name);
         }
     }
 
@@ -180,26 +176,6 @@ private slots:
         const int count = pages->count();
         emit pages->tabCloseRequested(pages->currentIndex());
         QCOMPARE(pages->count(), count - 1);
-    }
-
-    // Measures, and asserts only that all was drawn.
-    void anHourOfFiftyTagsIsDrawn()
-    {
-        m_history.clear();
-        TrendView view(m_history);
-        for (int tag = 0; tag < 50; ++tag) {
-            for (int i = 0; i < 72000; ++i)
-                m_history.add(tag, i / 20.0, (i * 7 + tag * 13) % (100 + tag));
-            view.add(tag, QString("D%1").arg(tag), {}, false);
-        }
-        view.resize(1000, 700);
-        view.show();
-        QBENCHMARK
-        {
-            view.plot().showAll();
-        }
-        QCOMPARE(m_history.series(49).samples().size(), std::size_t(72000));
-        QVERIFY(view.plot().to() > 3599);
     }
 
     void cleanup()
@@ -241,10 +217,14 @@ private:
         return m_view->plot().to() - m_view->plot().from();
     }
 
-    // Pixels of the plots that have a curve's colour.
-    static int inkOf(MainWindow &window, const QColor &colour)
+    static QImage shown(MainWindow &window)
     {
-        const QImage image = window.trends().plot().grab().toImage();
+        return window.trends().plot().grab().toImage();
+    }
+
+    // Pixels that have a curve's colour.
+    static int inkOf(const QImage &image, const QColor &colour)
+    {
         int ink = 0;
         for (int y = 0; y < image.height(); ++y) {
             for (int x = 0; x < image.width(); ++x) {
@@ -254,6 +234,14 @@ private:
             }
         }
         return ink;
+    }
+
+    static int inkedRows(const QImage &image, const QColor &colour)
+    {
+        int rows = 0;
+        for (int y = 0; y < image.height(); ++y)
+            rows += inkOf(image.copy(0, y, image.width(), 1), colour) > 0 ? 1 : 0;
+        return rows;
     }
 
     QTemporaryDir m_folder;

@@ -1,8 +1,9 @@
 // The table of values: what it shows, and writes.
 #include "tests/view/line_fixture.h"
-#include "view/write_dialog.h"
 
 #include <QMessageBox>
+
+Q_DECLARE_METATYPE(kmr::Grouping)
 
 using namespace kmr;
 using Model = ValuesModel;
@@ -20,14 +21,13 @@ private slots:
     {
         Line line;
         line.set("D", 100, 65534);
-        MainWindow window;
-        QVERIFY(window.start(line.project({"D100/int16", "Y0x4"})));
-        QTRY_COMPARE_WITH_TIMEOUT(cell(window, 0, Model::VALUE), QString("-2"), PATIENCE);
-        QTRY_COMPARE_WITH_TIMEOUT(cell(window, 1, Model::VALUE), QString("0 0 0 0"), PATIENCE);
+        OpenWindow window(line, {"D100/int16", "Y0x4"});
+        TRY_CELL(0, VALUE, QString("-2"));
+        TRY_CELL(1, VALUE, QString("0 0 0 0"));
         QCOMPARE(cell(window, 0, Model::ADDRESS), QString("1#D100"));
         QCOMPARE(cell(window, 0, Model::CHANGES), QString("0"));
         line.set("D", 100, 7);
-        QTRY_COMPARE_WITH_TIMEOUT(cell(window, 0, Model::VALUE), QString("7"), PATIENCE);
+        TRY_CELL(0, VALUE, QString("7"));
         QCOMPARE(cell(window, 0, Model::CHANGES), QString("1"));
         QCOMPARE(cell(window, 0, Model::QUALITY), QString("good"));
     }
@@ -37,22 +37,20 @@ private slots:
         Line line({"silence"});
         line.setHits(Line::Hits::None);
         line.set("D", 1, 5);
-        MainWindow window;
-        QVERIFY(window.start(line.project({"D1"})));
-        QTRY_COMPARE_WITH_TIMEOUT(cell(window, 0, Model::VALUE), QString("5"), PATIENCE);
+        OpenWindow window(line, {"D1"});
+        TRY_CELL(0, VALUE, QString("5"));
         line.setHits(Line::Hits::All);
         QTRY_VERIFY_WITH_TIMEOUT(cell(window, 0, Model::QUALITY).startsWith("stale: "), PATIENCE);
         QCOMPARE(cell(window, 0, Model::VALUE), QString("5"));
         line.setHits(Line::Hits::None);
-        QTRY_COMPARE_WITH_TIMEOUT(cell(window, 0, Model::QUALITY), QString("good"), PATIENCE);
+        TRY_CELL(0, QUALITY, QString("good"));
     }
 
     void theFilterLeavesWhatItsTextAndStateSay()
     {
         Line line;
-        MainWindow window;
-        QVERIFY(window.start(line.project({"D1", "D20", "M3"})));
-        QTRY_COMPARE_WITH_TIMEOUT(cell(window, 2, Model::QUALITY), QString("good"), PATIENCE);
+        OpenWindow window(line, {"D1", "D20", "M3"});
+        TRY_CELL(2, QUALITY, QString("good"));
         const auto *model = child<QTableView>(window, "values")->model();
         QTest::keyClicks(child<QLineEdit>(window, "filter"), "d2");
         QCOMPARE(model->rowCount(), 1);
@@ -67,10 +65,8 @@ private slots:
         Line line;
         line.set("D", 1, 100);
         line.set("D", 2, 9);
-        MainWindow window;
-        window.show();
-        QVERIFY(window.start(line.project({"D1", "D2"})));
-        QTRY_COMPARE_WITH_TIMEOUT(cell(window, 1, Model::VALUE), QString("9"), PATIENCE);
+        OpenWindow window(line, {"D1", "D2"});
+        TRY_CELL(1, VALUE, QString("9"));
         auto *heading = child<QTableView>(window, "values")->horizontalHeader();
         const QPoint place(heading->sectionViewportPosition(Model::VALUE) + 20, 5);
         QTest::mouseClick(heading->viewport(), Qt::LeftButton, {}, place);
@@ -79,14 +75,55 @@ private slots:
         QTRY_COMPARE(cell(window, 0, Model::VALUE), QString("100"));
     }
 
+    void tagsAreGroupedUnderHeadingsThatFold()
+    {
+        Line line;
+        line.set("D", 5, 9);
+        OpenWindow window(line, {"D1", "M3", "D5/hex"});
+        TRY_CELL(2, VALUE, QString("0x0009"));
+        auto *table = child<QTableView>(window, "values");
+        QTest::keyClick(child<QComboBox>(window, "grouping"), Qt::Key_Down); // by area
+        QCOMPARE(tags(window), (QStringList{"▾ D (2)", "D1", "D5/hex", "▾ M (1)", "M3"}));
+        table->sortByColumn(Model::VALUE, Qt::DescendingOrder);
+        QCOMPARE(tags(window), (QStringList{"▾ D (2)", "D5/hex", "D1", "▾ M (1)", "M3"}));
+        mark(window, 0);
+        QTest::keyClick(table, Qt::Key_Space);
+        QCOMPARE(tags(window), (QStringList{"▸ D (2)", "▾ M (1)", "M3"}));
+        QVERIFY(child<ValuesView>(window)->marked().empty());
+        addTag(window, "X0");
+        QCOMPARE(tags(window), (QStringList{"▸ D (2)", "▾ M (1)", "M3", "▾ X (1)", "X0"}));
+        QTest::keyClicks(child<QLineEdit>(window, "filter"), "m3");
+        QCOMPARE(tags(window), (QStringList{"▾ M (1)", "M3"}));
+    }
+
+    void aGroupIsAnAreaAStationOrTheBeginningOfAName_data()
+    {
+        QTest::addColumn<QString>("text");
+        QTest::addColumn<Grouping>("grouping");
+        QTest::addColumn<QString>("group");
+        QTest::newRow("area") << "2#D5" << Grouping::Area << "D";
+        QTest::newRow("station") << "2#D5" << Grouping::Station << "Station 2";
+        QTest::newRow("dot") << "boiler.temp/int16" << Grouping::Name << "boiler";
+        QTest::newRow("slash") << "boiler/temp" << Grouping::Name << "boiler";
+        QTest::newRow("format") << "D5/hex" << Grouping::Name << "others";
+    }
+
+    void aGroupIsAnAreaAStationOrTheBeginningOfAName()
+    {
+        QFETCH(QString, text);
+        QFETCH(Grouping, grouping);
+        Tag tag;
+        tag.text = text;
+        tag.elements = {2, "D", 5, 1};
+        QTEST(groupOf(tag, grouping), "group");
+    }
+
     void aDoubleClickWritesAfterConfirmation()
     {
         Line line;
-        MainWindow window;
-        window.show();
-        QVERIFY(window.start(line.project({"D100"})));
-        QTRY_COMPARE_WITH_TIMEOUT(cell(window, 0, Model::VALUE), QString("0"), PATIENCE);
-        clickCell(window, 0, Model::VALUE);
+        OpenWindow window(line, {"D100"});
+        TRY_CELL(0, VALUE, QString("0"));
+        doubleClick(window, 0, Model::VALUE);
         auto *dialog = child<WriteDialog>(window);
         auto *button = child<QPushButton>(*dialog, "write");
         QVERIFY(!button->isEnabled());
@@ -101,22 +138,20 @@ private slots:
         QTRY_COMPARE_WITH_TIMEOUT(child<QLabel>(*dialog, "outcome")->text(),
                                   QString("Written: the controller has confirmed it."), PATIENCE);
         QCOMPARE(line.get("D", 100), 250U);
-        QTRY_COMPARE_WITH_TIMEOUT(cell(window, 0, Model::VALUE), QString("250"), PATIENCE);
+        TRY_CELL(0, VALUE, QString("250"));
     }
 
     void theKeyboardWritesToo()
     {
         Line line;
-        MainWindow window;
-        window.show();
-        QVERIFY(window.start(line.project({"Y0"})));
-        QTRY_COMPARE_WITH_TIMEOUT(cell(window, 0, Model::VALUE), QString("0"), PATIENCE);
+        OpenWindow window(line, {"Y0"});
+        TRY_CELL(0, VALUE, QString("0"));
         mark(window, 0);
         QTest::keyClick(child<QTableView>(window, "values"), Qt::Key_F2);
         auto *dialog = child<WriteDialog>(window);
         QTest::keyClicks(child<QComboBox>(*dialog, "newValue"), "on");
         QTest::keyClick(child<QComboBox>(*dialog, "newValue")->lineEdit(), Qt::Key_Return);
-        QVERIFY(line.get("Y", 0) == 0U); // only then the button has the focus
+        QCOMPARE(child<QLabel>(*dialog, "outcome")->text(), QString()); // not written yet
         QTest::keyClick(child<QPushButton>(*dialog, "write"), Qt::Key_Space);
         QTRY_COMPARE_WITH_TIMEOUT(line.get("Y", 0), 1U, PATIENCE);
     }
@@ -125,27 +160,21 @@ private slots:
     {
         Line line({"exception=4"});
         line.setHits(Line::Hits::None);
-        MainWindow window;
-        window.show();
-        QVERIFY(window.start(line.project({"D100"})));
-        QTRY_COMPARE_WITH_TIMEOUT(cell(window, 0, Model::VALUE), QString("0"), PATIENCE);
-        clickCell(window, 0, Model::VALUE);
-        auto *dialog = child<WriteDialog>(window);
+        OpenWindow window(line, {"D100"});
+        TRY_CELL(0, VALUE, QString("0"));
         line.setHits(Line::Hits::All);
-        QTest::keyClicks(child<QComboBox>(*dialog, "newValue"), "1");
-        QTest::mouseClick(child<QPushButton>(*dialog, "write"), Qt::LeftButton);
+        WriteDialog &dialog = typeValue(window, 0, "1");
+        confirm(dialog);
         QTRY_VERIFY_WITH_TIMEOUT(
-            child<QLabel>(*dialog, "outcome")->text().startsWith("Not written: refused"), PATIENCE);
+            child<QLabel>(dialog, "outcome")->text().startsWith("Not written: refused"), PATIENCE);
         QCOMPARE(line.get("D", 100), 0U);
     }
 
     void inputsAreNotWritten()
     {
         Line line;
-        MainWindow window;
-        window.show();
-        QVERIFY(window.start(line.project({"X0"})));
-        clickCell(window, 0, Model::VALUE);
+        OpenWindow window(line, {"X0"});
+        doubleClick(window, 0, Model::VALUE);
         QCOMPARE(child<QMessageBox>(window)->text(), QString("X0 can't be written: X are inputs"));
     }
 
@@ -153,10 +182,8 @@ private slots:
     {
         Line line;
         line.set("D", 5, 255);
-        MainWindow window;
-        window.show();
-        QVERIFY(window.start(line.project({"D5"})));
-        QTRY_COMPARE_WITH_TIMEOUT(cell(window, 0, Model::VALUE), QString("255"), PATIENCE);
+        OpenWindow window(line, {"D5"});
+        TRY_CELL(0, VALUE, QString("255"));
         mark(window, 0);
         QMenu *menu = child<ValuesView>(window)->menu();
         emit menu->aboutToShow();
@@ -171,9 +198,7 @@ private slots:
     void tagsAreAddedWithTheDriversVerdictAndRemoved()
     {
         Line line;
-        MainWindow window;
-        window.show();
-        QVERIFY(window.start(line.project({"D5"})));
+        OpenWindow window(line, {"D5"});
         auto *edit = child<QLineEdit>(window, "tagText");
         QTest::keyClicks(edit, "D99999");
         QVERIFY(!child<QPushButton>(window, "addTag")->isEnabled());
@@ -183,7 +208,7 @@ private slots:
         QCOMPARE(child<QLabel>(window, "tagVerdict")->text(),
                  QString("station 1, M7: 1 bit(s), can be written"));
         QTest::keyClick(edit, Qt::Key_Return);
-        QTRY_COMPARE_WITH_TIMEOUT(cell(window, 1, Model::VALUE), QString("0"), PATIENCE);
+        TRY_CELL(1, VALUE, QString("0"));
         mark(window, 0);
         QTest::keyClick(child<QTableView>(window, "values"), Qt::Key_Delete);
         QTRY_COMPARE(cell(window, 0, Model::TAG), QString("M7"));
@@ -191,6 +216,16 @@ private slots:
     }
 
 private:
+    // In the order that is shown.
+    static QStringList tags(MainWindow &window)
+    {
+        QStringList texts;
+        const int rows = child<QTableView>(window, "values")->model()->rowCount();
+        for (int row = 0; row < rows; ++row)
+            texts.append(cell(window, row, Model::TAG));
+        return texts;
+    }
+
     QTemporaryDir m_folder;
 };
 

@@ -2,10 +2,10 @@
 #include "host/project/text_file.h"
 #include "tests/view/line_fixture.h"
 #include "view/start_dialog.h"
-#include "view/write_dialog.h"
+#include "view/translation.h"
 
 #include <QMessageBox>
-#include <QMimeData>
+#include <QTranslator>
 
 using namespace kmr;
 using Model = ValuesModel;
@@ -17,37 +17,6 @@ private slots:
     void init()
     {
         useOwnSettings(m_folder);
-    }
-
-    void aProjectIsSavedAsItWasOpened()
-    {
-        Line line;
-        const QString path = m_folder.filePath("kmr.toml");
-        writeTextFile(path, formatProject(line.project({"D1", "D2/hex"}), path));
-        MainWindow window;
-        QVERIFY(window.openProject(path));
-        QTRY_COMPARE_WITH_TIMEOUT(cell(window, 1, Model::VALUE), QString("0x0000"), PATIENCE);
-        const QString copy = m_folder.filePath("copy.toml");
-        window.saveProject(copy);
-        QCOMPARE(readTextFile(copy), readTextFile(path));
-        QCOMPARE(QSettings().value("recent").toStringList(), (QStringList{copy, path}));
-    }
-
-    void aDroppedProjectIsOpened()
-    {
-        Line line;
-        const QString path = m_folder.filePath("dropped.toml");
-        writeTextFile(path, formatProject(line.project({"D9"}), path));
-        MainWindow window;
-        window.show();
-        QMimeData data;
-        data.setUrls({QUrl::fromLocalFile(path)});
-        QDragEnterEvent enter({5, 5}, Qt::CopyAction, &data, Qt::LeftButton, {});
-        QApplication::sendEvent(&window, &enter);
-        QVERIFY(enter.isAccepted());
-        QDropEvent drop({5, 5}, Qt::CopyAction, &data, Qt::LeftButton, {});
-        QApplication::sendEvent(&window, &drop);
-        QTRY_COMPARE_WITH_TIMEOUT(cell(window, 0, Model::VALUE), QString("0"), PATIENCE);
     }
 
     void aBadProjectIsRefusedWithItsLine()
@@ -109,13 +78,12 @@ private slots:
     void aLostLineIsOpenedAgain()
     {
         Line line({"close=100ms,every=40"});
-        MainWindow window;
-        QVERIFY(window.start(line.project({"D1"})));
+        OpenWindow window(line, {"D1"});
         auto *state = child<QLabel>(window, "state");
         QTRY_VERIFY_WITH_TIMEOUT(state->text().contains("The line was lost"), PATIENCE);
         line.setHits(Line::Hits::None);
         line.set("D", 1, 77);
-        QTRY_COMPARE_WITH_TIMEOUT(cell(window, 0, Model::VALUE), QString("77"), PATIENCE);
+        TRY_CELL(0, VALUE, QString("77"));
         QTRY_VERIFY_WITH_TIMEOUT(state->text().endsWith(": open"), PATIENCE);
     }
 
@@ -138,12 +106,9 @@ private slots:
         MainWindow window;
         window.show();
         QVERIFY(window.start(settings));
-        QTRY_COMPARE_WITH_TIMEOUT(cell(window, 0, Model::VALUE), QString("0"), PATIENCE);
-        clickCell(window, 0, Model::VALUE);
-        auto *dialog = child<WriteDialog>(window);
+        TRY_CELL(0, VALUE, QString("0"));
         line.setHits(Line::Hits::Writes);
-        QTest::keyClicks(child<QComboBox>(*dialog, "newValue"), "5");
-        QTest::mouseClick(child<QPushButton>(*dialog, "write"), Qt::LeftButton);
+        confirm(typeValue(window, 0, "5"));
         QTRY_COMPARE_WITH_TIMEOUT(line.get("D", 100), 5U, PATIENCE); // written, but not answered
         window.close();
         QVERIFY(window.isVisible());
@@ -153,6 +118,22 @@ private slots:
         QTest::keyClick(box, Qt::Key_Return);
         QTRY_VERIFY(!window.isVisible());
     }
+
+#ifdef TRANSLATIONS
+    void theWindowSpeaksTheLanguageOfTheLocale()
+    {
+        QLocale::setDefault(QLocale(QLocale::German, QLocale::Germany));
+        useLanguageOfLocale(TRANSLATIONS);
+        {
+            MainWindow window;
+            QCOMPARE(child<QMenu>(window, "file")->title(), QString("&Datei"));
+            QCOMPARE(window.values().headerData(0, Qt::Horizontal, Qt::DisplayRole).toString(),
+                     QString("Variable"));
+        }
+        qDeleteAll(qApp->findChildren<QTranslator *>());
+        QLocale::setDefault(QLocale::c());
+    }
+#endif
 
     void theWindowComesBackAsItWasLeft()
     {
