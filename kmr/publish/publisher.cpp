@@ -24,7 +24,7 @@ constexpr std::chrono::seconds BETWEEN_REFUSALS(1);
 constexpr milliseconds FIRST_PAUSE(500); // before opening the line again; doubled up to the longest
 constexpr milliseconds LONGEST_PAUSE(30000);
 
-void tell(const QString &line)
+void printTimed(const QString &line)
 {
     printError(now() + ' ' + line);
 }
@@ -34,7 +34,7 @@ std::unique_ptr<Metrics> metricsAt(const QString &address)
     if (address.isEmpty())
         return nullptr;
     auto metrics = std::make_unique<Metrics>(address);
-    tell("metrics at " + metrics->url());
+    printTimed("metrics at " + metrics->url());
     return metrics;
 }
 
@@ -61,7 +61,7 @@ Publisher::Publisher(const Options &options, PublisherSettings settings)
     if (m_settings.broker.isSparkplug) // the birth says what is not read yet
         m_values.notePublished();
     observe();
-    m_spooler.emplace(m_spool, *m_outbox, tell);
+    m_spooler.emplace(m_spool, *m_outbox, printTimed);
     m_courier.emplace(brokerSettings(), m_convention, m_outbox, m_wakeUp, courierEvents());
 }
 
@@ -86,7 +86,7 @@ Session &Publisher::openLine()
             if (error.kind() != ErrorKind::Link || !m_notice.isListening())
                 throw;
             if (pause == FIRST_PAUSE)
-                tell(error.text() + "; trying again until it works");
+                printTimed(error.text() + "; trying again until it works");
             m_notice.ready();
             const Time end = steady_clock::now() + pause;
             while (steady_clock::now() < end) {
@@ -116,7 +116,7 @@ void Publisher::checkSpool()
         throw Error(ErrorKind::Usage, QString("%1 holds messages that are not of %2: deliver them "
                                               "as before, or name another file with --spool")
                                           .arg(m_settings.spool, m_convention->name()));
-    tell(QString("%1 messages wait in %2").arg(m_spool.count()).arg(m_settings.spool));
+    printTimed(QString("%1 messages wait in %2").arg(m_spool.count()).arg(m_settings.spool));
 }
 
 BrokerSettings Publisher::brokerSettings() const
@@ -130,7 +130,7 @@ Courier::Events Publisher::courierEvents()
 {
     // A birth has all values.
     return {[this] { m_mustPublishAll = !m_settings.broker.isSparkplug; },
-            [this](const Incoming &incoming) { m_inbox.add(incoming); }, tell};
+            [this](const Incoming &incoming) { m_inbox.add(incoming); }, printTimed};
 }
 
 void Publisher::observe()
@@ -148,7 +148,7 @@ void Publisher::observe()
 
 ExitCode Publisher::run()
 {
-    tell(QString("publishing %1 tags as %2").arg(m_tags.size()).arg(m_convention->name()));
+    printTimed(QString("publishing %1 tags as %2").arg(m_tags.size()).arg(m_convention->name()));
     beginPolling();
     m_notice.ready();
     while (!isOver())
@@ -218,8 +218,8 @@ void Publisher::refuseExcess(Time now)
     for (const Incoming &request : excess)
         m_outbox->push(m_convention->outcome(m_desk.refuse(request, "too many requests at once")));
     if (!excess.empty())
-        tell(QString("too many requests to write at once: %1 refused so far")
-                 .arg(m_inbox.refused()));
+        printTimed(QString("too many requests to write at once: %1 refused so far")
+                       .arg(m_inbox.refused()));
 }
 
 LineReport Publisher::report() const
@@ -259,7 +259,7 @@ void Publisher::bringBack()
 {
     if (!std::exchange(m_isLost, true)) {
         m_reconnection.noteAnswer();
-        tell("the line was lost, opening it again");
+        printTimed("the line was lost, opening it again");
     }
     m_values.noteLoss();
     const bool isBack = m_reconnection.await([this] {
@@ -288,7 +288,7 @@ void Publisher::note(const Exchange &exchange)
     if (m_metrics)
         m_metrics->noteRoundTrip(exchange.roundTrip);
     if (std::exchange(m_isLost, false))
-        tell("the line is back");
+        printTimed("the line is back");
 }
 
 WriteOutcome Publisher::write(const Tag &tag, const Values &values)
@@ -306,9 +306,9 @@ void Publisher::finish()
     m_spooler->end();
     printError(summary(m_session.statistics()));
     if (m_spool.count() > 0)
-        tell(QString("%1 messages wait in %2 for the next start")
-                 .arg(m_spool.count())
-                 .arg(m_settings.spool));
+        printTimed(QString("%1 messages wait in %2 for the next start")
+                       .arg(m_spool.count())
+                       .arg(m_settings.spool));
 }
 
 } // namespace kmr
