@@ -1,5 +1,6 @@
 #include "host/project/project_edit.h"
 
+#include "host/error.h"
 #include "host/project/project_file.h"
 #include "host/project/project_settings.h"
 
@@ -156,6 +157,20 @@ int endOfKeys(const QString &text, const std::vector<ConfigEntry> &entries)
     return end;
 }
 
+bool hasTags(const QString &text, const QStringList &tags)
+{
+    try {
+        for (const ConfigEntry &entry : parseConfig(text, {}, {TAGS}, {TAGS})) {
+            if (entry.key == TAGS)
+                return entry.values == tags;
+        }
+    } catch (const Error &) { // not TOML
+    }
+    return false;
+}
+
+// A list is written anew if the lines of its tags can't be edited alone, for example because a
+// comment stands between a tag and its comma.
 std::vector<Edit> tagEdits(const QString &text, const std::vector<ConfigEntry> &entries,
                            const QStringList &tags)
 {
@@ -168,10 +183,14 @@ std::vector<Edit> tagEdits(const QString &text, const std::vector<ConfigEntry> &
         return {
             {{place, place}, (isLineOpen ? "\n" : "") + TAGS + " = " + listOf(tags) + '\n' + gap}};
     }
+    std::vector<Edit> whole = {{list->span, listOf(tags)}};
     const bool isLong =
+        list->items.size() == static_cast<std::size_t>(list->values.size()) &&
         text.mid(list->span.begin, list->span.end - list->span.begin).contains('\n');
-    return isLong ? LongList(text, *list).edits(tags)
-                  : std::vector<Edit>{{list->span, listOf(tags)}};
+    if (!isLong)
+        return whole;
+    std::vector<Edit> edits = LongList(text, *list).edits(tags);
+    return hasTags(apply(text, edits), tags) ? edits : whole;
 }
 
 } // namespace

@@ -68,6 +68,19 @@ TEST(ProjectEdit, AListOfOneLineIsWrittenAnew)
               "tags = [\"D1\",\n  \"D3\",\n    \"D4\",\n]\n");
 }
 
+TEST(ProjectEdit, AListWithACommentBeforeACommaIsWrittenAnew)
+{
+    EXPECT_EQ(edited("tags = [\n  \"D1\" # inlet\n  , \"D2\"\n] # all\n", {"D2"}),
+              "tags = [\n    \"D2\",\n] # all\n");
+    EXPECT_EQ(edited("tags = [\n  \"D1\" # inlet\n  ,\n]\n", {"D1", "D2"}),
+              "tags = [\n    \"D1\",\n    \"D2\",\n]\n");
+}
+
+TEST(ProjectEdit, ATextOfSeveralLinesIsReplacedByAList)
+{
+    EXPECT_EQ(edited("tags = \"\"\"\nD1\"\"\"\n", {"D2"}), "tags = [\n    \"D2\",\n]\n");
+}
+
 TEST(ProjectEdit, AMissingListIsAddedBeforeTheSections)
 {
     EXPECT_EQ(edited("station = 2\n\n# broker\n[publish]\na = 1\n", {"D1"}),
