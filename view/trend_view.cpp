@@ -112,9 +112,11 @@ void TrendView::restyle(int place, const TrendStyle &style)
 
 void TrendView::remove(int id)
 {
-    m_styles.erase(std::remove_if(m_styles.begin(), m_styles.end(),
-                                  [id](const TrendStyle &style) { return style.id == id; }),
-                   m_styles.end());
+    const auto gone = std::remove_if(m_styles.begin(), m_styles.end(),
+                                     [id](const TrendStyle &style) { return style.id == id; });
+    if (gone == m_styles.end())
+        return;
+    m_styles.erase(gone, m_styles.end());
     showStyles();
 }
 
