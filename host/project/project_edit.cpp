@@ -14,7 +14,10 @@ namespace kmr {
 namespace {
 
 const QString TAGS("tags");
-const QStringList PATHS = {"driver", "names"};
+const QStringList PATHS = {"driver",       "names",
+                           "publish.ca",   "publish.certificate",
+                           "publish.key",  "publish.credentials",
+                           "publish.spool"};
 
 struct Edit {
     TextSpan span; // that is replaced
@@ -199,16 +202,16 @@ QString editProject(const QString &text, const QString &from, const QStringList 
                     const QString &to)
 {
     const ProjectSettings old = parseProject(text, from);
-    const std::vector<ConfigEntry> entries =
-        parseConfig(text, from, PATHS + QStringList(TAGS), {TAGS});
+    const std::vector<ConfigEntry> entries = parseConfig(text, from, {TAGS}, {TAGS});
     std::vector<Edit> edits;
     if (old.tags != tags)
         edits = tagEdits(text, entries, tags);
-    for (const ConfigEntry &entry : entries) {
-        if (!PATHS.contains(entry.key) || (entry.key == "driver" && !old.driver.contains('/')))
+    for (const ConfigEntry &entry : parseConfig(text, from, PATHS, {})) {
+        const QString value = entry.values.value(0); // of other keys there is none
+        if (value.isEmpty() || (entry.key == "driver" && !value.contains('/')))
             continue;
-        const QString path = entry.key == "driver" ? old.driver : old.names;
-        if (absolutePathIn(entry.values.front(), to) != path)
+        const QString path = absolutePathIn(value, from);
+        if (absolutePathIn(value, to) != path)
             edits.push_back({entry.span, quoted(asSeenFrom(to, path))});
     }
     return apply(text, edits);

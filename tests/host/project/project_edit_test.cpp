@@ -94,6 +94,9 @@ TEST(ProjectEdit, InAnotherFolderItsPathsStayRight)
               "driver = \"/p/lib/driver.so\" # ours\n");
     EXPECT_EQ(editProject("driver = \"lib/driver.so\"\n", "/p/kmr.toml", {}, "/p/lib/kmr.toml"),
               "driver = \"driver.so\"\n");
+    EXPECT_EQ(editProject("[publish]\nca = \"ca.pem\"\nspool = \"/s/k\"\nbroker = \"mqtt://b\"\n",
+                          "/p/kmr.toml", {}, "/q/kmr.toml"),
+              "[publish]\nca = \"/p/ca.pem\"\nspool = \"/s/k\"\nbroker = \"mqtt://b\"\n");
 }
 
 } // namespace kmr
