@@ -85,7 +85,8 @@ private:
     void saveWindow();
     void chooseProject();
     void chooseFileToSave(const std::function<void()> &next);
-    bool save(const QString &path);
+    void save(const QString &path, const std::function<void()> &next);
+    bool hasOtherTags(const QString &path) const;
     void saveThen(const std::function<void()> &next);
     void setProject(const QString &path, bool isChanged);
     void leaveProject(const std::function<void()> &next);

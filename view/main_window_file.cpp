@@ -76,7 +76,8 @@ void MainWindow::fillRecent(QMenu &menu)
 {
     menu.clear();
     for (const QString &path : QSettings().value(RECENT).toStringList())
-        menu.addAction(path, this, [this, path] { openFile(path); });
+        menu.addAction(path, this,
+                       [this, path] { leaveProject([this, path] { openProject(path); }); });
     menu.setEnabled(!menu.isEmpty());
 }
 
@@ -115,7 +116,7 @@ void MainWindow::chooseProject()
     dialog->setAttribute(Qt::WA_DeleteOnClose);
     dialog->setFileMode(QFileDialog::ExistingFile);
     connect(dialog, &QFileDialog::fileSelected, this,
-            [this](const QString &path) { openFile(path); });
+            [this](const QString &path) { leaveProject([this, path] { openProject(path); }); });
     dialog->open();
 }
 

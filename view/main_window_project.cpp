@@ -2,6 +2,7 @@
 // looked at.
 #include "host/error.h"
 #include "host/project/project_edit.h"
+#include "host/project/project_settings.h"
 #include "host/project/text_file.h"
 #include "view/main_window.h"
 
@@ -66,8 +67,8 @@ void MainWindow::saveThen(const std::function<void()> &next)
 {
     if (m_path.isEmpty())
         chooseFileToSave(next);
-    else if (save(m_path))
-        next();
+    else
+        save(m_path, next);
 }
 
 void MainWindow::chooseFileToSave(const std::function<void()> &next)
@@ -77,22 +78,51 @@ void MainWindow::chooseFileToSave(const std::function<void()> &next)
     dialog->setAttribute(Qt::WA_DeleteOnClose);
     dialog->setAcceptMode(QFileDialog::AcceptSave);
     dialog->setDefaultSuffix("toml");
-    connect(dialog, &QFileDialog::fileSelected, this, [this, next](const QString &path) {
-        if (save(path))
-            next();
-    });
+    connect(dialog, &QFileDialog::fileSelected, this,
+            [this, next](const QString &path) { save(path, next); });
     dialog->open();
 }
 
-bool MainWindow::save(const QString &path)
+// Asks first if somebody has changed the tags in the file meanwhile.
+void MainWindow::save(const QString &path, const std::function<void()> &next)
 {
-    try {
-        saveProject(path);
-    } catch (const Error &error) {
-        warn(error.text());
-        return false;
+    const auto write = [this, path, next] {
+        try {
+            saveProject(path);
+        } catch (const Error &error) {
+            warn(error.text());
+            return;
+        }
+        next();
+    };
+    if (!hasOtherTags(path)) {
+        write();
+        return;
     }
-    return true;
+    auto *box = new QMessageBox(QMessageBox::Question, windowTitle(),
+                                tr("The tags in %1 were changed while it was open here. Replace "
+                                   "them with the tags of this window?")
+                                    .arg(path),
+                                QMessageBox::Save | QMessageBox::Cancel, this);
+    box->setAttribute(Qt::WA_DeleteOnClose);
+    connect(box, &QMessageBox::finished, this, [write](int button) {
+        if (button == QMessageBox::Save)
+            write();
+    });
+    box->open();
+}
+
+// Whether `path` is the project's file and has other tags than when it was read or written here.
+bool MainWindow::hasOtherTags(const QString &path) const
+{
+    if (m_path.isEmpty() || QFileInfo(path) != QFileInfo(m_path) || !QFileInfo::exists(path))
+        return false;
+    try {
+        const QString text = readTextFile(path);
+        return text != m_text && parseProject(text, path).tags != parseProject(m_text, path).tags;
+    } catch (const Error &) {
+        return false; // saving says what is wrong
+    }
 }
 
 void MainWindow::saveProject(const QString &path)

@@ -55,38 +55,59 @@ private slots:
         QVERIFY(!window.isWindowModified());
     }
 
+    void tagsThatSomebodyElseHasAddedAreNotReplacedUnasked()
+    {
+        Line line;
+        const QString path = saved(line, "shared.toml", "D1");
+        MainWindow window;
+        window.show();
+        QVERIFY(window.openProject(path));
+        addTag(window, "D5");
+        saved(line, "shared.toml", "D9");
+        press(window, Qt::Key_S);
+        QTest::keyClick(question(window), Qt::Key_Escape);
+        QTRY_VERIFY(!window.findChild<QMessageBox *>());
+        QVERIFY(readTextFile(path).contains("D9"));
+        press(window, Qt::Key_S);
+        QTest::mouseClick(question(window)->button(QMessageBox::Save), Qt::LeftButton);
+        QVERIFY(readTextFile(path).contains("D5"));
+        QVERIFY(!readTextFile(path).contains("D9"));
+    }
+
     void unsavedTagsAreNotReplacedUnasked_data()
     {
         using Open = std::function<void(MainWindow &, const QString &)>;
         QTest::addColumn<Open>("open");
-        QTest::newRow("drop") << Open(dropFile);
+        QTest::addColumn<QString>("name");
+        QTest::newRow("drop") << Open(dropFile) << "other.toml";
         QTest::newRow("recent") << Open([](MainWindow &window, const QString &path) {
             emit child<QMenu>(window, "file")->aboutToShow();
             for (QAction *action : child<QMenu>(window, "recent")->actions()) {
                 if (action->text() == path)
                     action->trigger();
             }
-        });
+        }) << "other.conf";
         QTest::newRow("file dialog") << Open([](MainWindow &window, const QString &path) {
             press(window, Qt::Key_O);
             emit child<QFileDialog>(window)->fileSelected(path);
             child<QFileDialog>(window)->close();
-        });
+        }) << "other.conf";
         QTest::newRow("new line") << Open([](MainWindow &window, const QString &) {
             press(window, Qt::Key_N);
             auto *dialog = child<StartDialog>(window);
             child<QListWidget>(*dialog, "tags")->clear();
             child<QListWidget>(*dialog, "tags")->addItem("D2");
             dialog->accept();
-        });
+        }) << "other.toml";
     }
 
     void unsavedTagsAreNotReplacedUnasked()
     {
         QFETCH(const std::function<void(MainWindow &, const QString &)>, open);
+        QFETCH(QString, name);
         Line line;
         const QString path = saved(line, "first.toml", "D1");
-        const QString other = saved(line, "other.toml", "D2");
+        const QString other = saved(line, name, "D2");
         MainWindow window;
         window.show();
         QVERIFY(window.openProject(other) && window.openProject(path));
@@ -144,7 +165,7 @@ private slots:
 
 private:
     // The path of a project.
-    QString saved(const Line &line, const char *name, const char *tag) const
+    QString saved(const Line &line, const QString &name, const char *tag) const
     {
         QString path = m_folder.filePath(name);
         writeTextFile(path, formatProject(line.project({tag}), path));

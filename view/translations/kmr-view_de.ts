@@ -489,6 +489,10 @@
         <translation>Die Änderungen in %1 speichern?</translation>
     </message>
     <message>
+        <source>The tags in %1 were changed while it was open here. Replace them with the tags of this window?</source>
+        <translation>Die Variablen in %1 wurden geändert, während die Datei hier offen war. Durch die Variablen dieses Fensters ersetzen?</translation>
+    </message>
+    <message>
         <source>Save project as</source>
         <translation>Projekt speichern unter</translation>
     </message>
