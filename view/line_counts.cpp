@@ -26,6 +26,13 @@ void LineCounts::clear()
     *this = LineCounts();
 }
 
+void LineCounts::keepStations(const std::set<int> &stations)
+{
+    for (auto station = m_stations.begin(); station != m_stations.end();)
+        station =
+            stations.count(station->first) > 0 ? std::next(station) : m_stations.erase(station);
+}
+
 void LineCounts::add(const ExchangeNews &exchange)
 {
     if (exchange.outcome == Exchange::Outcome::PassedOver)

@@ -6,6 +6,7 @@
 #include <cstdint>
 #include <deque>
 #include <map>
+#include <set>
 #include <vector>
 
 namespace kmr {
@@ -47,6 +48,9 @@ public:
 
     void add(const ExchangeNews &exchange);
     void clear();
+
+    // Forgets the other stations; the counts of the line stay.
+    void keepStations(const std::set<int> &stations);
 
     // The oldest first; seconds without an exchange are left out.
     const std::deque<SecondCounts> &seconds() const

@@ -124,6 +124,7 @@ private:
     void refresh();
     void takeWrites(const std::vector<WriteNews> &writes);
     void showState(const LineNews &news);
+    void forgetUnpolledStations();
     void showHint();
     void addTag(const Tag &tag);
     void askToWrite(int id);

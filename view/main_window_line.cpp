@@ -26,6 +26,17 @@ void MainWindow::makeLine()
     });
 }
 
+// Called again and again, as an answer may be under way when the last tag of a station is removed.
+void MainWindow::forgetUnpolledStations()
+{
+    if (m_isTransferring)
+        return; // a recipe may have stations of its own
+    std::set<int> polled;
+    for (const ValueRow &row : m_values.rows())
+        polled.insert(row.polled.tag.elements.station);
+    m_counts.keepStations(polled);
+}
+
 // Seen on every page.
 void MainWindow::showHint()
 {

@@ -89,6 +89,7 @@ void MainWindow::refresh()
 {
     const double now = timeNow();
     m_values.refresh(now);
+    forgetUnpolledStations();
     showHint();
     if (m_trends->isVisible())
         m_trends->refresh(now);

@@ -193,6 +193,17 @@ private slots:
                                  PATIENCE);
     }
 
+    void aStationThatIsPolledNoMoreIsForgotten()
+    {
+        Line line;
+        OpenWindow window(line, {"D1", "2#D1"}); // nobody is station 2
+        auto *hint = child<QToolButton>(window, "hint");
+        QTRY_VERIFY_WITH_TIMEOUT(hint->text().startsWith("Station 2 "), PATIENCE);
+        mark(window, 1);
+        QTest::keyClick(child<QTableView>(window, "values"), Qt::Key_Delete);
+        QTRY_VERIFY_WITH_TIMEOUT(hint->isHidden(), PATIENCE);
+    }
+
     void theLineIsExaminedAtTheButton()
     {
         Line line({"exception=2"});
