@@ -129,8 +129,8 @@ bool MainWindow::start(const ProjectSettings &settings)
         clearProject();
         const QStringList faults = faultsOf(*m_reader) + addTags(settings.tags);
         setProject({}, false);
+        showPlan(); // not with what is gone, even if the line can't be started
         startLine(settings.link);
-        showPlan();
         if (!faults.isEmpty())
             warn(tr("These names and tags can't be read and are left out:\n%1")
                      .arg(faults.join('\n')));
