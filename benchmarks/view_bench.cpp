@@ -168,7 +168,7 @@ int measureHours(int hours)
     const Drivers drivers(DRIVER_LIBRARY);
     const NamedTagReader reader = tagReaderOf(ProjectSettings(), drivers);
     for (int tag = 1; tag <= HOUR_TAGS; ++tag) {
-        model.add({tag, reader.read(QString("D%1").arg(tag))}, {});
+        model.add({{{tag, reader.read(QString("D%1").arg(tag))}, {}}});
         trends.add(tag, QString("D%1").arg(tag), {}, false);
     }
     values.resize(600, 700);

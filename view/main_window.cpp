@@ -64,10 +64,9 @@ MainWindow::MainWindow()
     connect(m_valuesView, &ValuesView::tagGiven, this, &MainWindow::addTag);
     connect(m_valuesView, &ValuesView::writeWanted, this, &MainWindow::askToWrite);
     connect(m_valuesView, &ValuesView::removeWanted, this, [this](const std::vector<int> &ids) {
-        for (const int id : ids) {
-            m_values.remove(id);
+        m_values.remove(ids);
+        for (const int id : ids)
             forgetTrend(id);
-        }
         pollTags();
     });
     connect(m_valuesView, &ValuesView::formatWanted, this, [this](int id, const Tag &tag) {
@@ -156,15 +155,17 @@ void MainWindow::clearProject()
 QStringList MainWindow::addTags(const QStringList &tags)
 {
     QStringList faults;
+    std::vector<NewTag> added;
     for (int place = 0; place < tags.size(); ++place) {
         try {
             const Tag tag = m_reader->read(tags[place]);
-            m_values.add({++m_lastId, tag}, commentOf(*m_reader, tag));
+            added.push_back({{++m_lastId, tag}, commentOf(*m_reader, tag)});
         } catch (const Error &error) {
             m_unreadTags.emplace_back(place, tags[place]);
             faults.append(error.text());
         }
     }
+    m_values.add(added);
     return faults;
 }
 
@@ -250,7 +251,7 @@ void MainWindow::addTag(const Tag &tag)
 {
     if (!m_reader)
         return;
-    m_values.add({++m_lastId, tag}, commentOf(*m_reader, tag));
+    m_values.add({{{++m_lastId, tag}, commentOf(*m_reader, tag)}});
     pollTags();
 }
 

@@ -85,31 +85,42 @@ void ValuesModel::regroup()
         emit dataChanged(index(0, 0), index(rowCount() - 1, COLUMNS - 1));
 }
 
-void ValuesModel::add(const PolledTag &tag, const QString &comment)
+void ValuesModel::add(const std::vector<NewTag> &tags)
 {
+    if (tags.empty())
+        return;
     const int row = static_cast<int>(m_rows.size());
-    beginInsertRows({}, row, row);
-    ValueRow added;
-    added.polled = tag;
-    added.address = addressOf(tag.tag);
-    added.comment = comment;
-    m_rows.push_back(std::move(added));
+    beginInsertRows({}, row, row + static_cast<int>(tags.size()) - 1);
+    for (const NewTag &tag : tags) {
+        ValueRow added;
+        added.polled = tag.polled;
+        added.address = addressOf(tag.polled.tag);
+        added.comment = tag.comment;
+        m_rows.push_back(std::move(added));
+    }
     reindex();
     endInsertRows();
     if (m_grouping != Grouping::None)
         regroup();
 }
 
-void ValuesModel::remove(int id)
+void ValuesModel::remove(const std::vector<int> &ids)
 {
-    const auto found = m_index.find(id);
-    if (found == m_index.end())
-        return;
-    const int row = static_cast<int>(found->second);
-    beginRemoveRows({}, row, row);
-    m_rows.erase(m_rows.begin() + row);
+    std::vector<int> rows;
+    for (const int id : ids) {
+        const auto found = m_index.find(id);
+        if (found == m_index.end())
+            continue;
+        rows.push_back(static_cast<int>(found->second));
+        m_index.erase(found);
+    }
+    std::sort(rows.rbegin(), rows.rend()); // the last first: the rows before stay where they are
+    for (const int row : rows) {
+        beginRemoveRows({}, row, row);
+        m_rows.erase(m_rows.begin() + row);
+        endRemoveRows();
+    }
     reindex();
-    endRemoveRows();
     if (m_grouping != Grouping::None)
         regroup();
 }

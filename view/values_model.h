@@ -21,6 +21,11 @@ QString qualityName(Quality quality);
 // The values as numbers, for trends; not a number for a text that stands for none.
 std::vector<double> numbersOf(const Tag &tag, const Values &values);
 
+struct NewTag {
+    PolledTag polled;
+    QString comment; // of a name
+};
+
 class ValuesModel : public QAbstractTableModel {
     Q_OBJECT
 
@@ -42,8 +47,8 @@ public:
     explicit ValuesModel(QObject *parent = nullptr);
 
     void clear();
-    void add(const PolledTag &tag, const QString &comment);
-    void remove(int id);
+    void add(const std::vector<NewTag> &tags);
+    void remove(const std::vector<int> &ids);
 
     // Another format of the same tag: what was measured is shown anew, if it fits.
     void replace(const PolledTag &tag);
