@@ -28,7 +28,7 @@ QString settingsOf(const QString &path)
         QString::fromLatin1(QCryptographicHash::hash(whole, QCryptographicHash::Md5).toHex()));
 }
 
-// Nobody asks for those of files that are gone.
+// Removes the settings of projects whose files no longer exist.
 void forgetLostProjects()
 {
     QSettings settings;
@@ -41,7 +41,7 @@ void forgetLostProjects()
 
 } // namespace
 
-// Does `next` when nothing is lost by it: at once, or after the person has said so.
+// Calls `next` at once if nothing is unsaved; else after the person has saved or discarded it.
 void MainWindow::leaveProject(const std::function<void()> &next)
 {
     if (!isWindowModified()) {

@@ -71,7 +71,7 @@ void TrendView::makeActions(QToolBar &bar)
         m_plot->setMarker(TrendPlot::B, {});
     });
     bar.addSeparator();
-    QAction *remove = add("removeCurve", tr("Remove"), tr("Show the marked tags no more (Delete)"),
+    QAction *remove = add("removeCurve", tr("Remove"), tr("Hide the marked tags (Delete)"),
                           [this] { removeMarked(); });
     remove->setShortcut(QKeySequence::Delete);
     QAction *exports =

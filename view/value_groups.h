@@ -35,8 +35,7 @@ struct Heading {
 // The group of a tag: "D", "Station 2", or of a name what precedes its first dot or slash.
 QString groupOf(const Tag &tag, Grouping grouping);
 
-// The headings in the order of their names or numbers. Notes of each row which it belongs to; -1:
-// none.
+// The headings in the order of their names or numbers. Sets each row's group; -1: none.
 std::vector<Heading> headingsOf(std::vector<ValueRow> &rows, Grouping grouping);
 
 } // namespace kmr

@@ -64,7 +64,7 @@ void ValuesModel::toggle(int heading)
     emit dataChanged(index(headingRow(heading), 0), index(headingRow(heading), COLUMNS - 1));
 }
 
-// Headings that are others than before come in place of all.
+// If the headings changed, replaces all of them.
 void ValuesModel::regroup()
 {
     std::vector<Heading> headings = headingsOf(m_rows, m_grouping);

@@ -1229,8 +1229,8 @@ nicht verlangt: %2</translation>
         <translation>Entfernen</translation>
     </message>
     <message>
-        <source>Show the marked tags no more (Delete)</source>
-        <translation>Die markierten Variablen nicht mehr zeigen (Entf)</translation>
+        <source>Hide the marked tags (Delete)</source>
+        <translation>Die markierten Variablen ausblenden (Entf)</translation>
     </message>
     <message>
         <source>Export…</source>
