@@ -6,6 +6,7 @@
 #include <unistd.h>
 
 #include <algorithm>
+#include <exception>
 #include <utility>
 
 namespace kmr {
@@ -183,6 +184,9 @@ void Courier::State::noteReceived(const Incoming &incoming)
             events.requested(request);
     } catch (const Error &error) {
         tell(error.text());
+    } catch (const std::exception &error) { // libmosquitto, which calls this, is in C
+        tell(QString("a message to %1 can't be taken: %2")
+                 .arg(QString::fromUtf8(incoming.topic.left(200)), error.what()));
     }
 }
 

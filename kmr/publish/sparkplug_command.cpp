@@ -223,7 +223,7 @@ CommandPayload parseCommands(const QByteArray &payload,
         }
     } catch (const protozero::exception &error) {
         throw Error(ErrorKind::Usage,
-                    QString("a command is no Sparkplug B payload: %1").arg(error.what()));
+                    QString("a command is not a Sparkplug B payload: %1").arg(error.what()));
     }
     return result;
 }

@@ -1,9 +1,11 @@
 #include "kmr/publish/sparkplug_node.h"
 
 #include "host/error.h"
+#include "kmr/publish/set_inbox.h"
 #include "kmr/publish/sparkplug_command.h"
 #include "kmr/publish/sparkplug_payload.h"
 
+#include <QCryptographicHash>
 #include <QDateTime>
 #include <QFile>
 #include <QSaveFile>
@@ -19,6 +21,7 @@ const char *const CONTROL = "Node Control/";
 const char *const REBIRTH = "Node Control/Rebirth";
 const char *const OUTCOME = "Write/Outcome";
 constexpr int NUMBERS = 256; // of bdSeq and seq
+constexpr int LONGEST_COMMAND = 65536; // bytes
 
 qint64 now()
 {
@@ -38,6 +41,14 @@ void checkName(const QString &name)
     if (name == BD_SEQ || name == OUTCOME || name.startsWith(CONTROL))
         throw Error(ErrorKind::Usage,
                     QString("Sparkplug has a metric %1 of its own: rename yours").arg(name));
+}
+
+void checkLength(const QByteArray &payload)
+{
+    if (payload.size() > LONGEST_COMMAND)
+        throw Error(ErrorKind::Usage, QString("a command of %1 bytes is refused: at most %2 are taken")
+                                          .arg(payload.size())
+                                          .arg(LONGEST_COMMAND));
 }
 
 // The number after the one in the file, 0 without it.
@@ -182,11 +193,14 @@ sparkplug::DataType SparkplugNode::typeOf(const QString &name) const
 }
 
 // Each value to be written becomes a request as it comes without Sparkplug. A command that comes
-// twice is the same request, as its time says.
+// twice is the same request, as its time says. A command is taken as a whole or not at all.
 Convention::Commands SparkplugNode::commands(const Incoming &incoming)
 {
+    checkLength(incoming.payload);
     const sparkplug::CommandPayload parsed = sparkplug::parseCommands(
         incoming.payload, [this](const QString &name) { return typeOf(name); });
+    const QByteArray hash =
+        QCryptographicHash::hash(incoming.payload, QCryptographicHash::Sha256).toHex();
     Commands result;
     for (std::size_t i = 0; i < parsed.commands.size(); ++i) {
         const sparkplug::Command &command = parsed.commands[i];
@@ -194,14 +208,19 @@ Convention::Commands SparkplugNode::commands(const Incoming &incoming)
             result.wantsBirth |= command.values == "[true]" && !incoming.isRetained;
             continue;
         }
+        if (!m_takesRequests)
+            continue;
+        if (result.requests.size() == SetInbox::MOST_WAITING)
+            throw Error(ErrorKind::Usage,
+                        QString("a command with more than %1 values to write is refused")
+                            .arg(SetInbox::MOST_WAITING));
         Incoming request = incoming;
         request.topic = m_topics.value(command.name) + "/set";
         request.payload = command.values;
         request.responseTopic.clear();
         request.correlation =
-            parsed.hasTime ? QByteArray::number(quint64{i}) + ' ' + incoming.payload : QByteArray();
-        if (m_takesRequests)
-            result.requests.push_back(std::move(request));
+            parsed.hasTime ? QByteArray::number(quint64{i}) + ' ' + hash : QByteArray();
+        result.requests.push_back(std::move(request));
     }
     return result;
 }

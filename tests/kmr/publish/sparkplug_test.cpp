@@ -273,6 +273,21 @@ TEST_F(SparkplugNodeTest, CommandsBecomeRequestsThatAreKnownAgain)
     EXPECT_FALSE(twice.wantsBirth);
 }
 
+TEST_F(SparkplugNodeTest, RefusesCommandsThatAreTooLongOrHaveTooManyValues)
+{
+    const auto node = this->node();
+    const QByteArray one = "120f0a046f76656e690000000000003640";
+    const QByteArray rebirth = "12180a14" + QByteArray("Node Control/Rebirth").toHex() + "7001";
+    const auto most = node->commands(command("08e807" + rebirth + one.repeated(32)));
+    EXPECT_EQ(most.requests.size(), 32U);
+    EXPECT_LT(most.requests.back().correlation.size(), 100);
+    EXPECT_THROW(node->commands(command(one.repeated(33))), Error);
+    const QByteArray filler = "1afcff03"; // a field of 65532 bytes, passed over
+    const QByteArray longest = filler + QByteArray(65532 * 2, '0');
+    EXPECT_TRUE(node->commands(command(longest)).requests.empty());
+    EXPECT_THROW(node->commands(command(longest + one)), Error);
+}
+
 TEST_F(SparkplugNodeTest, IsBornAgainWhenItIsAskedNowAndByTrue)
 {
     const auto node = this->node();
