@@ -178,10 +178,9 @@ void Courier::State::noteAcknowledged(int id, const QString &refusal)
 void Courier::State::noteReceived(const Incoming &incoming)
 {
     try {
-        const Convention::Commands commands = convention->commands(incoming);
+        Convention::Commands commands = convention->commands(incoming);
         mustBeBorn = mustBeBorn || commands.wantsBirth;
-        for (const Incoming &request : commands.requests)
-            events.requested(request);
+        events.requested(std::move(commands.requests));
     } catch (const Error &error) {
         tell(error.text());
     } catch (const std::exception &error) { // libmosquitto, which calls this, is in C

@@ -14,6 +14,7 @@
 #include <memory>
 #include <mutex>
 #include <thread>
+#include <vector>
 
 namespace kmr {
 
@@ -41,8 +42,8 @@ public:
     // Called by the courier's thread.
     struct Events {
         std::function<void()> connected;
-        std::function<void(const Incoming &)> requested; // see Convention::Commands
-        std::function<void(const QString &)> tell;       // a line for a person
+        std::function<void(std::vector<Incoming>)> requested; // see Convention::Commands
+        std::function<void(const QString &)> tell;            // a line for a person
     };
 
     // `wakeUp` is woken after each push to the outbox.

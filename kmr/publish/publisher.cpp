@@ -130,7 +130,8 @@ Courier::Events Publisher::courierEvents()
 {
     // A birth has all values.
     return {[this] { m_mustPublishAll = !m_settings.broker.isSparkplug; },
-            [this](const Incoming &incoming) { m_inbox.add(incoming); }, printTimed};
+            [this](std::vector<Incoming> requests) { m_inbox.add(std::move(requests)); },
+            printTimed};
 }
 
 void Publisher::observe()
