@@ -131,7 +131,7 @@ Courier::Events Publisher::courierEvents()
     // A birth has all values.
     return {[this] { m_mustPublishAll = !m_settings.broker.isSparkplug; },
             [this](std::vector<Incoming> requests) { m_inbox.add(std::move(requests)); },
-            printTimed};
+            [this](std::size_t count) { m_unsendable += count; }, printTimed};
 }
 
 void Publisher::observe()
@@ -156,7 +156,7 @@ ExitCode Publisher::run()
         next();
     m_notice.stopping();
     finish();
-    return m_spooler->dropped() > 0 ? ExitCode::ItemFailed : ExitCode::Ok;
+    return dropped() > 0 ? ExitCode::ItemFailed : ExitCode::Ok;
 }
 
 bool Publisher::isOver() const
@@ -223,6 +223,11 @@ void Publisher::refuseExcess(Time now)
                        .arg(m_inbox.refused()));
 }
 
+std::uint64_t Publisher::dropped() const
+{
+    return m_spooler->dropped() + m_unsendable;
+}
+
 LineReport Publisher::report() const
 {
     return {QDateTime::currentMSecsSinceEpoch(),
@@ -230,7 +235,7 @@ LineReport Publisher::report() const
             m_session.statistics(),
             m_values.silentStations(),
             m_spooler->stored() + m_outbox->unstored(),
-            m_spooler->dropped(),
+            dropped(),
             m_requests,
             m_inbox.refused(),
             m_outbox->isConnected(),

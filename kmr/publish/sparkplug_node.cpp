@@ -20,7 +20,7 @@ const char *const BD_SEQ = "bdSeq";
 const char *const CONTROL = "Node Control/";
 const char *const REBIRTH = "Node Control/Rebirth";
 const char *const OUTCOME = "Write/Outcome";
-constexpr int NUMBERS = 256; // of bdSeq and seq
+constexpr int NUMBERS = 256;           // of bdSeq and seq
 constexpr int LONGEST_COMMAND = 65536; // bytes
 
 qint64 now()
@@ -46,9 +46,10 @@ void checkName(const QString &name)
 void checkLength(const QByteArray &payload)
 {
     if (payload.size() > LONGEST_COMMAND)
-        throw Error(ErrorKind::Usage, QString("a command of %1 bytes is refused: at most %2 are taken")
-                                          .arg(payload.size())
-                                          .arg(LONGEST_COMMAND));
+        throw Error(ErrorKind::Usage,
+                    QString("a command of %1 bytes is refused: at most %2 are taken")
+                        .arg(payload.size())
+                        .arg(LONGEST_COMMAND));
 }
 
 // The number after the one in the file, 0 without it.
@@ -176,8 +177,12 @@ Message SparkplugNode::data(const std::vector<Message> &messages)
         metrics.push_back(one.number <= m_overtaken ? sparkplug::historical(one.payload)
                                                     : one.payload);
     const qint64 time = now();
-    const int seq = std::exchange(m_seq, (m_seq + 1) % NUMBERS);
-    return message("NDATA", time, sparkplug::payload(time, metrics, seq));
+    return message("NDATA", time, sparkplug::payload(time, metrics, m_seq));
+}
+
+void SparkplugNode::noteDataSent()
+{
+    m_seq = (m_seq + 1) % NUMBERS;
 }
 
 // Of what waits, enough to save messages and little enough for brokers that limit their length.

@@ -38,6 +38,7 @@ public:
     Message birth(std::uint64_t lastNumber) override;
     Message death() override;
     Message data(const std::vector<Message> &messages) override;
+    void noteDataSent() override;
     std::size_t mostTogether() const override;
     Commands commands(const Incoming &incoming) override;
 

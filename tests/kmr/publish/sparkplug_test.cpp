@@ -208,11 +208,14 @@ TEST_F(SparkplugNodeTest, NumbersItsMessagesFromTheBirthOnTo255AndFrom0Again)
     const auto node = this->node();
     EXPECT_EQ(seqOf(node->birth(0)), 0);
     const Message value = node->value(m_tag, {Quality::Good, {215}, TIME, {}});
-    for (int i = 1; i < 600; ++i)
+    for (int i = 1; i < 600; ++i) {
         ASSERT_EQ(seqOf(node->data({value})), i % 256);
+        node->noteDataSent();
+    }
     EXPECT_EQ(seqOf(node->birth(0)), 0);
     const Message data = node->data({value});
     EXPECT_EQ(seqOf(data), 1);
+    EXPECT_EQ(seqOf(node->data({value})), 1); // the one before was not sent
     EXPECT_EQ(data.topic, "spBv1.0/plant/NDATA/line1");
     EXPECT_FALSE(data.isRetained);
 }
