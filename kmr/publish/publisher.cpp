@@ -104,7 +104,7 @@ std::shared_ptr<Convention> Publisher::convention() const
 {
     if (m_settings.broker.isSparkplug)
         return std::make_shared<SparkplugNode>(m_topics, m_tags, m_settings.allowsWrites,
-                                               m_settings.spool + "-bdseq");
+                                               m_settings.spool + "-bdseq", printTimed);
     return std::make_shared<PlainTopics>(m_topics, m_settings.form, m_settings.allowsWrites);
 }
 

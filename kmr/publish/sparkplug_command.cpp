@@ -24,6 +24,7 @@ using Texts = std::vector<QByteArray>; // of values in JSON
 struct RawMetric {
     QString name;
     std::optional<DataType> type;
+    bool isNull = false;
     QByteArray value; // of anything but integers and arrays, in JSON
     std::optional<std::uint32_t> integer;
     std::optional<std::uint64_t> longInteger;
@@ -134,6 +135,8 @@ Texts elementsOf(const QByteArray &array, DataType type)
 
 Texts valuesOf(const RawMetric &metric, DataType type)
 {
+    if (metric.isNull)
+        return {"null"};
     if (metric.array)
         return elementsOf(*metric.array, type);
     if (metric.integer)
@@ -160,6 +163,9 @@ RawMetric parseMetric(pbf_reader reader)
             break;
         case field(MetricField::DataType, pbf_wire_type::varint):
             metric.type = DataType{reader.get_uint32()};
+            break;
+        case field(MetricField::IsNull, pbf_wire_type::varint):
+            metric.isNull = reader.get_bool();
             break;
         case field(MetricField::Int, pbf_wire_type::varint):
             metric.integer = reader.get_uint32();

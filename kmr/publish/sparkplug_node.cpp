@@ -52,21 +52,24 @@ void checkLength(const QByteArray &payload)
                         .arg(LONGEST_COMMAND));
 }
 
-// The number after the one in the file, 0 without it.
+// The number after the one in the file, 0 without such a file.
 int numberAfter(const QString &file)
 {
     QFile stored(file);
     if (!stored.open(QIODevice::ReadOnly))
         return 0;
-    return (stored.read(10).trimmed().toInt() + 1) % NUMBERS;
+    bool isNumber = false;
+    const int number = stored.read(10).trimmed().toInt(&isNumber);
+    return isNumber && number >= 0 && number < NUMBERS ? (number + 1) % NUMBERS : 0;
 }
 
 } // namespace
 
 SparkplugNode::SparkplugNode(const Topics &topics, const std::vector<PublishedTag> &tags,
-                             bool takesRequests, QString bdSeqFile)
+                             bool takesRequests, QString bdSeqFile,
+                             std::function<void(const QString &)> tell)
     : m_topics(topics), m_takesRequests(takesRequests), m_bdSeqFile(std::move(bdSeqFile)),
-      m_nextBdSeq(numberAfter(m_bdSeqFile))
+      m_tell(std::move(tell)), m_nextBdSeq(numberAfter(m_bdSeqFile))
 {
     checkPrefix(m_topics.prefix());
     const qint64 time = now();
@@ -137,8 +140,11 @@ void SparkplugNode::noteWillSent()
     m_bdSeq = m_nextBdSeq;
     m_nextBdSeq = (m_bdSeq + 1) % NUMBERS;
     QSaveFile file(m_bdSeqFile);
-    if (file.open(QIODevice::WriteOnly) && file.write(QByteArray::number(m_bdSeq) + '\n') > 0)
-        file.commit();
+    const bool isWritten = file.open(QIODevice::WriteOnly) &&
+                           file.write(QByteArray::number(m_bdSeq) + '\n') > 0 && file.commit();
+    if (!isWritten && !std::exchange(m_hasToldFailure, true))
+        m_tell(QString("can't write %1: %2; bdSeq will not continue after a restart")
+                   .arg(m_bdSeqFile, file.errorString()));
 }
 
 Message SparkplugNode::death()

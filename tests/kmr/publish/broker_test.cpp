@@ -97,9 +97,9 @@ protected:
 
     const QTemporaryDir m_directory;
     QTcpServer m_server;
-    const std::shared_ptr<SparkplugNode> m_node =
-        std::make_shared<SparkplugNode>(Topics("plant/line1", {}), std::vector<PublishedTag>{},
-                                        false, m_directory.filePath("bdseq"));
+    const std::shared_ptr<SparkplugNode> m_node = std::make_shared<SparkplugNode>(
+        Topics("plant/line1", {}), std::vector<PublishedTag>{}, false,
+        m_directory.filePath("bdseq"), [](const QString &) {});
     const std::shared_ptr<WakeUp> m_wakeUp = std::make_shared<WakeUp>();
     const std::shared_ptr<Outbox> m_outbox =
         std::make_shared<Outbox>(0, true, [this] { m_wakeUp->wake(); });

@@ -139,6 +139,8 @@ TEST(SparkplugCommand, ValuesOfAllFieldsBecomeListsInJson)
         {DataType::StringArray, "82010661620063640a", "[null]"}, // without its end
         {DataType::StringArray, "820106616200636400", "[\"ab\",\"cd\"]"},
         {DataType::UInt16, "3801", "[null]"},
+        {DataType::UInt16, "38015005", "[null]"}, // in spite of its value
+        {DataType::UInt16, "38005005", "[5]"},
         {DataType::UInt16, "520135", "[null]"}, // a text in the field of an integer
         {DataType::UInt16, "", "[null]"},
     };
@@ -162,9 +164,9 @@ class SparkplugNodeTest : public testing::Test {
 protected:
     std::unique_ptr<SparkplugNode> node(const QString &prefix = "plant/line1")
     {
-        return std::make_unique<SparkplugNode>(Topics(prefix, {"oven"}),
-                                               std::vector<PublishedTag>{m_tag}, true,
-                                               m_directory.filePath("bdseq"));
+        return std::make_unique<SparkplugNode>(
+            Topics(prefix, {"oven"}), std::vector<PublishedTag>{m_tag}, true, m_bdSeqFile,
+            [this](const QString &line) { m_told.append(line); });
     }
 
     static Message numbered(Message message, std::uint64_t number)
@@ -192,7 +194,15 @@ protected:
         return low * 128 + (static_cast<unsigned char>(bytes[bytes.size() - 2]) & 127);
     }
 
+    void saveBdSeq(const QByteArray &text) const
+    {
+        QFile file(m_bdSeqFile);
+        ASSERT_TRUE(file.open(QIODevice::WriteOnly) && file.write(text) == text.size());
+    }
+
     const QTemporaryDir m_directory;
+    QString m_bdSeqFile = m_directory.filePath("bdseq");
+    QStringList m_told;
     PublishedTag m_tag{oven(), {}, 0};
 };
 
@@ -249,13 +259,29 @@ TEST_F(SparkplugNodeTest, EachConnectionHasTheNextBdSeqAlsoAfterARestart)
     EXPECT_EQ(node->will().topic, "spBv1.0/plant/NDEATH/line1");
     EXPECT_FALSE(node->will().isRetained);
     EXPECT_TRUE(this->node()->will().payload.endsWith(DEATH_1));
-    QFile file(m_directory.filePath("bdseq"));
-    ASSERT_TRUE(file.open(QIODevice::WriteOnly) && file.write("254\n") > 0);
-    file.close();
+    saveBdSeq("254\n");
     node = this->node();
     EXPECT_TRUE(node->will().payload.endsWith(DEATH_255));
     node->noteWillSent();
     EXPECT_TRUE(node->will().payload.endsWith(DEATH_0));
+}
+
+TEST_F(SparkplugNodeTest, BdSeqBeginsAgainIfItsFileIsDamagedAndItSaysOnceThatItIsNotKept)
+{
+    for (const char *const text : {"", "-7\n", "256\n", "many\n"}) {
+        saveBdSeq(text);
+        EXPECT_TRUE(node()->will().payload.endsWith(DEATH_0)) << text;
+    }
+    ASSERT_TRUE(QFile::remove(m_bdSeqFile));
+    const auto kept = node();
+    kept->noteWillSent();
+    EXPECT_EQ(m_told, QStringList());
+    m_bdSeqFile = m_directory.filePath("missing/bdseq");
+    const auto node = this->node();
+    node->noteWillSent();
+    node->noteWillSent();
+    ASSERT_EQ(m_told.size(), 1);
+    EXPECT_TRUE(m_told[0].startsWith("can't write " + m_bdSeqFile + ": "));
 }
 
 TEST_F(SparkplugNodeTest, CommandsBecomeRequestsThatAreKnownAgain)
