@@ -49,7 +49,7 @@ public:
 
     std::vector<Edit> edits(const QStringList &tags)
     {
-        const int count = m_list.values.size();
+        const int count = static_cast<int>(m_list.values.size());
         int old = 0;
         for (int next = 0; next < tags.size(); ++next) {
             const auto isGone = [&] {
@@ -126,7 +126,7 @@ private:
     {
         if (m_appended.isEmpty())
             return;
-        const int last = m_list.values.size() - 1;
+        const int last = static_cast<int>(m_list.values.size()) - 1;
         if (last >= 0 && m_isLastKept && endWithComma(last) == item(last).end)
             m_edits.push_back({{item(last).end, item(last).end}, ","});
         const int bracket = m_list.span.end - 1;

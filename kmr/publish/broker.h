@@ -60,7 +60,8 @@ public:
 
     // After Events::connected. Returns the id with which it is acknowledged, or nothing when the
     // message can't be sent: Events::acknowledged has then been called with id 0 and the reason.
-    // With Sparkplug a message has no acknowledgement; what is acknowledged is a question after it.
+    // With Sparkplug a message has no acknowledgement; what is acknowledged is an UNSUBSCRIBE after
+    // it, which the broker answers.
     std::optional<int> publish(const Message &message);
     void subscribe(const QStringList &topics);
 

@@ -46,8 +46,10 @@ public:
     // The last one.
     virtual Message death() = 0;
 
-    // What is sent for messages of the outbox: no more than mostTogether(), in their order.
+    // What is sent for messages of the outbox: no more than mostTogether(), in their order. Then
+    // that this was sent.
     virtual Message data(const std::vector<Message> &messages) = 0;
+    virtual void noteDataSent() {}
     virtual std::size_t mostTogether() const
     {
         return 1;

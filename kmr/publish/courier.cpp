@@ -6,6 +6,7 @@
 #include <unistd.h>
 
 #include <algorithm>
+#include <exception>
 #include <utility>
 
 namespace kmr {
@@ -77,7 +78,8 @@ struct Courier::State {
     void noteConnected(Broker &broker);
     void noteAcknowledged(int id, const QString &refusal);
     void noteReceived(const Incoming &incoming);
-    void sendAll(Broker &broker);
+    bool sendBirth(Broker &broker);
+    bool sendAll(Broker &broker);
     std::vector<Message> takeTogether();
     bool sayGoodbye(Broker &broker);
     void rest();
@@ -131,13 +133,12 @@ void Courier::State::runConnection()
     if (isAlive)
         convention->noteWillSent();
     while (isAlive && !isEnding) {
-        sendAll(broker);
-        isAlive = broker.wait(wakeUp->descriptor(), LONGEST_WAIT);
+        isAlive = sendAll(broker) && broker.wait(wakeUp->descriptor(), LONGEST_WAIT);
         wakeUp->clear();
     }
     if (isAlive && isConnected)
         isAlive = sayGoodbye(broker);
-    if (!isAlive)
+    if (!isAlive && !broker.why().isEmpty()) // a birth that can't be sent has been told
         tell(QString("no connection to %1: %2").arg(name(), broker.why()));
 }
 
@@ -153,21 +154,21 @@ Broker::Events Courier::State::brokerEvents(Broker *const &broker)
 
 void Courier::State::noteConnected(Broker &broker)
 {
-    tell("connected to " + name());
     isConnected = true;
-    pause = FIRST_PAUSE;
     broker.subscribe(convention->filters());
     mustBeBorn = true;
-    outbox->setConnected(true);
-    events.connected();
 }
 
 void Courier::State::noteAcknowledged(int id, const QString &refusal)
 {
     const auto found = sent.find(id);
     const Numbers numbers = found == sent.end() ? numbersInHand : found->second;
+    if (id != 0)
+        pause = FIRST_PAUSE;
     if (!refusal.isEmpty())
-        tell(QString("%1 does not take a message: %2").arg(name(), refusal));
+        tell(QString("%1 does not take %2: %3")
+                 .arg(name(), id == 0 && mustBeBorn ? "the birth, so it gets no data" : "a message",
+                      refusal));
     if (found != sent.end())
         sent.erase(found);
     for (const std::uint64_t number : numbers)
@@ -177,29 +178,50 @@ void Courier::State::noteAcknowledged(int id, const QString &refusal)
 void Courier::State::noteReceived(const Incoming &incoming)
 {
     try {
-        const Convention::Commands commands = convention->commands(incoming);
+        Convention::Commands commands = convention->commands(incoming);
         mustBeBorn = mustBeBorn || commands.wantsBirth;
-        for (const Incoming &request : commands.requests)
-            events.requested(request);
+        events.requested(std::move(commands.requests));
     } catch (const Error &error) {
         tell(error.text());
+    } catch (const std::exception &error) { // libmosquitto, which calls this, is in C
+        tell(QString("a message to %1 can't be taken: %2")
+                 .arg(QString::fromUtf8(incoming.topic.left(200)), error.what()));
     }
 }
 
-void Courier::State::sendAll(Broker &broker)
+// False when it can't be sent.
+bool Courier::State::sendBirth(Broker &broker)
+{
+    if (!broker.publish(convention->birth(outbox->lastNumber())))
+        return false;
+    mustBeBorn = false;
+    if (outbox->isConnected()) // it was the second birth of this connection
+        return true;
+    tell("connected to " + name());
+    outbox->setConnected(true);
+    events.connected();
+    return true;
+}
+
+// False when this connection is of no use.
+bool Courier::State::sendAll(Broker &broker)
 {
     if (!isConnected)
-        return;
-    if (std::exchange(mustBeBorn, false))
-        broker.publish(convention->birth(outbox->lastNumber()));
+        return true;
+    if (mustBeBorn && !sendBirth(broker))
+        return false;
     for (;;) {
         const std::vector<Message> messages = takeTogether();
         if (messages.empty())
-            return;
+            return true;
         for (const Message &message : messages)
             numbersInHand.push_back(message.number);
-        if (const std::optional<int> id = broker.publish(convention->data(messages)))
+        if (const std::optional<int> id = broker.publish(convention->data(messages))) {
+            convention->noteDataSent();
             sent[*id] = numbersInHand;
+        } else {
+            events.dropped(messages.size());
+        }
         numbersInHand.clear();
     }
 }
@@ -222,8 +244,7 @@ bool Courier::State::sayGoodbye(Broker &broker)
     const steady_clock::time_point end = steady_clock::now() + LAST_SENDING;
     bool isAlive = true;
     while (isAlive && !outbox->isEmpty() && steady_clock::now() < end) {
-        sendAll(broker);
-        isAlive = broker.wait(wakeUp->descriptor(), milliseconds(50));
+        isAlive = sendAll(broker) && broker.wait(wakeUp->descriptor(), milliseconds(50));
         wakeUp->clear();
     }
     const std::optional<int> id = broker.publish(convention->death());

@@ -14,6 +14,7 @@
 #include <memory>
 #include <mutex>
 #include <thread>
+#include <vector>
 
 namespace kmr {
 
@@ -40,9 +41,10 @@ class Courier {
 public:
     // Called by the courier's thread.
     struct Events {
-        std::function<void()> connected;
-        std::function<void(const Incoming &)> requested; // see Convention::Commands
-        std::function<void(const QString &)> tell;       // a line for a person
+        std::function<void()> connected;                      // and the birth was sent
+        std::function<void(std::vector<Incoming>)> requested; // see Convention::Commands
+        std::function<void(std::size_t)> dropped;  // so many messages, which can't be sent at all
+        std::function<void(const QString &)> tell; // a line for a person
     };
 
     // `wakeUp` is woken after each push to the outbox.

@@ -83,8 +83,8 @@ struct Metrics::Figures {
     Gauge &waiting = gauge("kmr_waiting_messages", "Messages that wait for the broker.");
     Gauge &spooled = gauge("kmr_spool_messages", "Messages that wait on disk.");
     Gauge &spoolBytes = gauge("kmr_spool_bytes", "What they hold together.");
-    Counter &dropped =
-        counter("kmr_dropped_messages_total", "Messages that found no place, and are lost.");
+    Counter &dropped = counter("kmr_dropped_messages_total",
+                               "Messages that are lost: without a place, or too long.");
     prometheus::Family<Counter> &requests = prometheus::BuildCounter()
                                                 .Name("kmr_requests_total")
                                                 .Help("Requests to write, by their outcome.")

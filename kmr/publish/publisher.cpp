@@ -104,7 +104,7 @@ std::shared_ptr<Convention> Publisher::convention() const
 {
     if (m_settings.broker.isSparkplug)
         return std::make_shared<SparkplugNode>(m_topics, m_tags, m_settings.allowsWrites,
-                                               m_settings.spool + "-bdseq");
+                                               m_settings.spool + "-bdseq", printTimed);
     return std::make_shared<PlainTopics>(m_topics, m_settings.form, m_settings.allowsWrites);
 }
 
@@ -130,7 +130,8 @@ Courier::Events Publisher::courierEvents()
 {
     // A birth has all values.
     return {[this] { m_mustPublishAll = !m_settings.broker.isSparkplug; },
-            [this](const Incoming &incoming) { m_inbox.add(incoming); }, printTimed};
+            [this](std::vector<Incoming> requests) { m_inbox.add(std::move(requests)); },
+            [this](std::size_t count) { m_unsendable += count; }, printTimed};
 }
 
 void Publisher::observe()
@@ -155,7 +156,7 @@ ExitCode Publisher::run()
         next();
     m_notice.stopping();
     finish();
-    return m_spooler->dropped() > 0 ? ExitCode::ItemFailed : ExitCode::Ok;
+    return dropped() > 0 ? ExitCode::ItemFailed : ExitCode::Ok;
 }
 
 bool Publisher::isOver() const
@@ -222,6 +223,11 @@ void Publisher::refuseExcess(Time now)
                        .arg(m_inbox.refused()));
 }
 
+std::uint64_t Publisher::dropped() const
+{
+    return m_spooler->dropped() + m_unsendable;
+}
+
 LineReport Publisher::report() const
 {
     return {QDateTime::currentMSecsSinceEpoch(),
@@ -229,7 +235,7 @@ LineReport Publisher::report() const
             m_session.statistics(),
             m_values.silentStations(),
             m_spooler->stored() + m_outbox->unstored(),
-            m_spooler->dropped(),
+            dropped(),
             m_requests,
             m_inbox.refused(),
             m_outbox->isConnected(),

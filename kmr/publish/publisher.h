@@ -62,6 +62,7 @@ private:
     void tick();
     void takeRequest();
     void refuseExcess(Time now);
+    std::uint64_t dropped() const;
     LineReport report() const;
     void reportLine(Time now);
     void bringBack();
@@ -93,7 +94,8 @@ private:
     std::uint64_t m_requests = 0;
     bool m_isLost = false;
     std::atomic<bool> m_mustPublishAll{false};
-    std::optional<Spooler> m_spooler; // the threads come last and go first
+    std::atomic<std::uint64_t> m_unsendable{0}; // messages
+    std::optional<Spooler> m_spooler;           // the threads come last and go first
     std::optional<Courier> m_courier;
 };
 

@@ -1,20 +1,24 @@
 #include "kmr/publish/set_inbox.h"
 
+#include <algorithm>
+#include <iterator>
 #include <utility>
 
 namespace kmr {
 
-void SetInbox::add(Incoming request)
+void SetInbox::add(std::vector<Incoming> requests)
 {
     const std::lock_guard<std::mutex> lock(m_mutex);
-    if (m_waiting.size() < MOST_WAITING) {
-        m_waiting.push_back(std::move(request));
+    if (m_waiting.size() + requests.size() <= MOST_WAITING) {
+        std::move(requests.begin(), requests.end(), std::back_inserter(m_waiting));
         m_change.notify_all();
         return;
     }
-    ++m_refusedCount;
-    if (m_refused.size() < MOST_REFUSED)
-        m_refused.push_back(std::move(request));
+    m_refusedCount += requests.size();
+    for (Incoming &request : requests) {
+        if (m_refused.size() < MOST_REFUSED)
+            m_refused.push_back(std::move(request));
+    }
 }
 
 std::optional<Incoming> SetInbox::take()

@@ -19,7 +19,8 @@ public:
     static constexpr std::size_t MOST_WAITING = 32;
     static constexpr std::size_t MOST_REFUSED = 20; // that are remembered for an answer
 
-    void add(Incoming request);
+    // All of what one message asks for, or nothing of it if it finds no place.
+    void add(std::vector<Incoming> requests);
 
     // The oldest that waits.
     std::optional<Incoming> take();

@@ -24,6 +24,7 @@ using Texts = std::vector<QByteArray>; // of values in JSON
 struct RawMetric {
     QString name;
     std::optional<DataType> type;
+    bool isNull = false;
     QByteArray value; // of anything but integers and arrays, in JSON
     std::optional<std::uint32_t> integer;
     std::optional<std::uint64_t> longInteger;
@@ -75,24 +76,23 @@ QByteArray textOfUnsigned(const char *bytes)
     return QByteArray::number(static_cast<qulonglong>(qFromLittleEndian<quint64>(bytes)));
 }
 
-// How the elements of an array are packed.
+// How the elements of an array are read.
 struct Packing {
-    DataType type;
-    int bytes;
+    DataType element;
     QByteArray (*text)(const char *bytes);
 };
 const Packing PACKINGS[] = {
-    {DataType::Int8Array, 1, textAt<qint8>},
-    {DataType::Int16Array, 2, textAt<qint16>},
-    {DataType::Int32Array, 4, textAt<qint32>},
-    {DataType::Int64Array, 8, textAt<qint64>},
-    {DataType::UInt8Array, 1, textAt<quint8>},
-    {DataType::UInt16Array, 2, textAt<quint16>},
-    {DataType::UInt32Array, 4, textAt<quint32>},
-    {DataType::UInt64Array, 8, textOfUnsigned},
-    {DataType::FloatArray, 4,
+    {DataType::Int8, textAt<qint8>},
+    {DataType::Int16, textAt<qint16>},
+    {DataType::Int32, textAt<qint32>},
+    {DataType::Int64, textAt<qint64>},
+    {DataType::UInt8, textAt<quint8>},
+    {DataType::UInt16, textAt<quint16>},
+    {DataType::UInt32, textAt<quint32>},
+    {DataType::UInt64, textOfUnsigned},
+    {DataType::Float,
      [](const char *bytes) { return textOfFloat(qFromLittleEndian<float>(bytes)); }},
-    {DataType::DoubleArray, 8,
+    {DataType::Double,
      [](const char *bytes) { return textOfFloat(qFromLittleEndian<double>(bytes)); }},
 };
 
@@ -123,9 +123,10 @@ Texts elementsOf(const QByteArray &array, DataType type)
         return texts;
     }
     for (const Packing &packing : PACKINGS) {
-        if (packing.type != type || array.size() % packing.bytes != 0)
+        const int bytes = bytesPerElement(packing.element);
+        if (arrayOf(packing.element) != type || array.size() % bytes != 0)
             continue;
-        for (int i = 0; i < array.size(); i += packing.bytes)
+        for (int i = 0; i < array.size(); i += bytes)
             texts.push_back(packing.text(array.constData() + i));
         return texts;
     }
@@ -134,6 +135,8 @@ Texts elementsOf(const QByteArray &array, DataType type)
 
 Texts valuesOf(const RawMetric &metric, DataType type)
 {
+    if (metric.isNull)
+        return {"null"};
     if (metric.array)
         return elementsOf(*metric.array, type);
     if (metric.integer)
@@ -160,6 +163,9 @@ RawMetric parseMetric(pbf_reader reader)
             break;
         case field(MetricField::DataType, pbf_wire_type::varint):
             metric.type = DataType{reader.get_uint32()};
+            break;
+        case field(MetricField::IsNull, pbf_wire_type::varint):
+            metric.isNull = reader.get_bool();
             break;
         case field(MetricField::Int, pbf_wire_type::varint):
             metric.integer = reader.get_uint32();
@@ -223,7 +229,7 @@ CommandPayload parseCommands(const QByteArray &payload,
         }
     } catch (const protozero::exception &error) {
         throw Error(ErrorKind::Usage,
-                    QString("a command is no Sparkplug B payload: %1").arg(error.what()));
+                    QString("a command is not a Sparkplug B payload: %1").arg(error.what()));
     }
     return result;
 }

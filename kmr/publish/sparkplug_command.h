@@ -24,7 +24,7 @@ struct CommandPayload {
 };
 
 // `typeOf`: the type of the metric with this name, for metrics that come without it, as they
-// should. Throws Error (Usage) for what is no such payload.
+// should. Throws Error (Usage) for what is not such a payload.
 CommandPayload parseCommands(const QByteArray &payload,
                              const std::function<DataType(const QString &name)> &typeOf);
 

@@ -46,7 +46,9 @@ enum class DataType : std::uint32_t {
     Int16 = 2,
     Int32 = 3,
     Int64 = 4,
+    UInt8 = 5,
     UInt16 = 6,
+    UInt32 = 7,
     UInt64 = 8,
     Float = 9,
     Double = 10,
@@ -66,7 +68,29 @@ enum class DataType : std::uint32_t {
     StringArray = 33,  // each ends with a zero byte
 };
 
-// What the type of an array has more than that of its elements.
-constexpr std::uint32_t ARRAY = 21;
+// The type of an array has 21 more than that of its elements.
+constexpr DataType arrayOf(DataType element)
+{
+    return DataType{static_cast<std::uint32_t>(element) + 21};
+}
+
+// Bytes of an element in an array; not for Boolean and String, which are packed otherwise.
+constexpr int bytesPerElement(DataType element)
+{
+    switch (element) {
+    case DataType::Int8:
+    case DataType::UInt8:
+        return 1;
+    case DataType::Int16:
+    case DataType::UInt16:
+        return 2;
+    case DataType::Int32:
+    case DataType::UInt32:
+    case DataType::Float:
+        return 4;
+    default:
+        return 8;
+    }
+}
 
 } // namespace kmr::sparkplug

@@ -1,9 +1,11 @@
 #include "kmr/publish/sparkplug_node.h"
 
 #include "host/error.h"
+#include "kmr/publish/set_inbox.h"
 #include "kmr/publish/sparkplug_command.h"
 #include "kmr/publish/sparkplug_payload.h"
 
+#include <QCryptographicHash>
 #include <QDateTime>
 #include <QFile>
 #include <QSaveFile>
@@ -18,7 +20,8 @@ const char *const BD_SEQ = "bdSeq";
 const char *const CONTROL = "Node Control/";
 const char *const REBIRTH = "Node Control/Rebirth";
 const char *const OUTCOME = "Write/Outcome";
-constexpr int NUMBERS = 256; // of bdSeq and seq
+constexpr int NUMBERS = 256;           // of bdSeq and seq
+constexpr int LONGEST_COMMAND = 65536; // bytes
 
 qint64 now()
 {
@@ -40,21 +43,33 @@ void checkName(const QString &name)
                     QString("Sparkplug has a metric %1 of its own: rename yours").arg(name));
 }
 
-// The number after the one in the file, 0 without it.
+void checkLength(const QByteArray &payload)
+{
+    if (payload.size() > LONGEST_COMMAND)
+        throw Error(ErrorKind::Usage,
+                    QString("a command of %1 bytes is refused: at most %2 are taken")
+                        .arg(payload.size())
+                        .arg(LONGEST_COMMAND));
+}
+
+// The number after the one in the file, 0 without such a file.
 int numberAfter(const QString &file)
 {
     QFile stored(file);
     if (!stored.open(QIODevice::ReadOnly))
         return 0;
-    return (stored.read(10).trimmed().toInt() + 1) % NUMBERS;
+    bool isNumber = false;
+    const int number = stored.read(10).trimmed().toInt(&isNumber);
+    return isNumber && number >= 0 && number < NUMBERS ? (number + 1) % NUMBERS : 0;
 }
 
 } // namespace
 
 SparkplugNode::SparkplugNode(const Topics &topics, const std::vector<PublishedTag> &tags,
-                             bool takesRequests, QString bdSeqFile)
+                             bool takesRequests, QString bdSeqFile,
+                             std::function<void(const QString &)> tell)
     : m_topics(topics), m_takesRequests(takesRequests), m_bdSeqFile(std::move(bdSeqFile)),
-      m_nextBdSeq(numberAfter(m_bdSeqFile))
+      m_tell(std::move(tell)), m_nextBdSeq(numberAfter(m_bdSeqFile))
 {
     checkPrefix(m_topics.prefix());
     const qint64 time = now();
@@ -125,8 +140,11 @@ void SparkplugNode::noteWillSent()
     m_bdSeq = m_nextBdSeq;
     m_nextBdSeq = (m_bdSeq + 1) % NUMBERS;
     QSaveFile file(m_bdSeqFile);
-    if (file.open(QIODevice::WriteOnly) && file.write(QByteArray::number(m_bdSeq) + '\n') > 0)
-        file.commit();
+    const bool isWritten = file.open(QIODevice::WriteOnly) &&
+                           file.write(QByteArray::number(m_bdSeq) + '\n') > 0 && file.commit();
+    if (!isWritten && !std::exchange(m_hasToldFailure, true))
+        m_tell(QString("can't write %1: %2; bdSeq will not continue after a restart")
+                   .arg(m_bdSeqFile, file.errorString()));
 }
 
 Message SparkplugNode::death()
@@ -165,8 +183,12 @@ Message SparkplugNode::data(const std::vector<Message> &messages)
         metrics.push_back(one.number <= m_overtaken ? sparkplug::historical(one.payload)
                                                     : one.payload);
     const qint64 time = now();
-    const int seq = std::exchange(m_seq, (m_seq + 1) % NUMBERS);
-    return message("NDATA", time, sparkplug::payload(time, metrics, seq));
+    return message("NDATA", time, sparkplug::payload(time, metrics, m_seq));
+}
+
+void SparkplugNode::noteDataSent()
+{
+    m_seq = (m_seq + 1) % NUMBERS;
 }
 
 // Of what waits, enough to save messages and little enough for brokers that limit their length.
@@ -182,11 +204,14 @@ sparkplug::DataType SparkplugNode::typeOf(const QString &name) const
 }
 
 // Each value to be written becomes a request as it comes without Sparkplug. A command that comes
-// twice is the same request, as its time says.
+// twice is the same request, as its time says. A command is taken as a whole or not at all.
 Convention::Commands SparkplugNode::commands(const Incoming &incoming)
 {
+    checkLength(incoming.payload);
     const sparkplug::CommandPayload parsed = sparkplug::parseCommands(
         incoming.payload, [this](const QString &name) { return typeOf(name); });
+    const QByteArray hash =
+        QCryptographicHash::hash(incoming.payload, QCryptographicHash::Sha256).toHex();
     Commands result;
     for (std::size_t i = 0; i < parsed.commands.size(); ++i) {
         const sparkplug::Command &command = parsed.commands[i];
@@ -194,14 +219,19 @@ Convention::Commands SparkplugNode::commands(const Incoming &incoming)
             result.wantsBirth |= command.values == "[true]" && !incoming.isRetained;
             continue;
         }
+        if (!m_takesRequests)
+            continue;
+        if (result.requests.size() == SetInbox::MOST_WAITING)
+            throw Error(ErrorKind::Usage,
+                        QString("a command with more than %1 values to write is refused")
+                            .arg(SetInbox::MOST_WAITING));
         Incoming request = incoming;
         request.topic = m_topics.value(command.name) + "/set";
         request.payload = command.values;
         request.responseTopic.clear();
         request.correlation =
-            parsed.hasTime ? QByteArray::number(quint64{i}) + ' ' + incoming.payload : QByteArray();
-        if (m_takesRequests)
-            result.requests.push_back(std::move(request));
+            parsed.hasTime ? QByteArray::number(quint64{i}) + ' ' + hash : QByteArray();
+        result.requests.push_back(std::move(request));
     }
     return result;
 }

@@ -15,6 +15,7 @@
 #include "kmr/publish/sparkplug_fields.h"
 #include "kmr/publish/topics.h"
 
+#include <functional>
 #include <map>
 #include <mutex>
 
@@ -23,10 +24,11 @@ namespace kmr {
 class SparkplugNode : public Convention {
 public:
     // `topics`: of the prefix GROUP/NODE. `bdSeqFile` keeps the number of the connection, which
-    // births and deaths have in common, over restarts. Throws Error (Usage) for a prefix of another
-    // form and for names that Sparkplug has itself.
+    // births and deaths have in common, over restarts; `tell` gets a line for a person when it
+    // can't be written, once. Throws Error (Usage) for a prefix of another form and for names that
+    // Sparkplug has itself.
     SparkplugNode(const Topics &topics, const std::vector<PublishedTag> &tags, bool takesRequests,
-                  QString bdSeqFile);
+                  QString bdSeqFile, std::function<void(const QString &)> tell);
 
     QString name() const override;
     bool isOurs(const Message &message) const override;
@@ -38,6 +40,7 @@ public:
     Message birth(std::uint64_t lastNumber) override;
     Message death() override;
     Message data(const std::vector<Message> &messages) override;
+    void noteDataSent() override;
     std::size_t mostTogether() const override;
     Commands commands(const Incoming &incoming) override;
 
@@ -51,11 +54,13 @@ private:
     const Topics m_topics;
     const bool m_takesRequests;
     const QString m_bdSeqFile;
+    const std::function<void(const QString &)> m_tell;
     std::map<QString, sparkplug::DataType> m_types;
     std::mutex m_mutex;
     std::map<QString, QByteArray> m_latest; // metrics as they are now; guarded by the mutex
     int m_bdSeq = 0;                        // of this connection, 0 to 255
     int m_nextBdSeq = 0;
+    bool m_hasToldFailure = false;
     int m_seq = 0;                 // of the next message, 0 to 255
     std::uint64_t m_overtaken = 0; // messages up to this number are older than the birth
 };

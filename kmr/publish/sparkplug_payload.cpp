@@ -52,25 +52,6 @@ Tag asNumber(Tag tag)
     return tag;
 }
 
-DataType arrayOf(DataType element)
-{
-    return DataType{static_cast<std::uint32_t>(element) + ARRAY};
-}
-
-int bytesOf(DataType scalar)
-{
-    switch (scalar) {
-    case DataType::Int16:
-    case DataType::UInt16:
-        return 2;
-    case DataType::Int32:
-    case DataType::Float:
-        return 4;
-    default:
-        return 8;
-    }
-}
-
 template <typename To, typename From> To bitsAs(From value)
 {
     static_assert(sizeof(To) == sizeof(From));
@@ -127,7 +108,7 @@ std::string packed(DataType scalar, const std::vector<std::uint64_t> &values)
     std::string bytes;
     if (scalar != DataType::Boolean) {
         for (const std::uint64_t bits : values)
-            appendLowFirst(bytes, bits, bytesOf(scalar));
+            appendLowFirst(bytes, bits, bytesPerElement(scalar));
         return bytes;
     }
     appendLowFirst(bytes, values.size(), 4);

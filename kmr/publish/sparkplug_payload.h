@@ -29,7 +29,7 @@ QByteArray metric(const QString &name, qint64 time, bool value);
 QByteArray metric(const QString &name, qint64 time, int value); // as Int64
 QByteArray metric(const QString &name, qint64 time, const QString &value);
 
-// The same metric, marked as one that is not of now.
+// The same metric, marked as historical.
 QByteArray historical(const QByteArray &metric);
 
 // A whole payload of encoded metrics. `seq`: 0 to 255, or nothing.

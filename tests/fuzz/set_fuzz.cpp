@@ -46,7 +46,7 @@ bool isAnswer(const QByteArray &payload)
 
 std::vector<kmr::Incoming> commandsIn(const QByteArray &payload)
 {
-    static kmr::SparkplugNode node(kmr::Topics("p/n", {}), {}, true, "/dev/null");
+    static kmr::SparkplugNode node(kmr::Topics("p/n", {}), {}, true, "/dev/null", {});
     kmr::Incoming incoming;
     incoming.payload = payload;
     incoming.time = std::chrono::steady_clock::now();

@@ -28,8 +28,9 @@ QString edited(const QString &text, const QStringList &tags)
 QString expected(const QString &lines)
 {
     QString text = WITH_COMMENTS;
-    const int begin = text.indexOf("    \"D1\"");
-    return text.replace(begin, text.indexOf("]\n") - begin, lines);
+    const int begin = static_cast<int>(text.indexOf("    \"D1\""));
+    const int end = static_cast<int>(text.indexOf("]\n"));
+    return text.replace(begin, end - begin, lines);
 }
 
 } // namespace

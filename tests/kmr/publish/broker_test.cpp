@@ -1,12 +1,16 @@
-// What becomes of messages when the connection breaks.
+// What becomes of messages when the connection breaks, or when they are too long for the broker.
 #include "kmr/publish/broker.h"
 #include "kmr/publish/courier.h"
+#include "kmr/publish/sparkplug_node.h"
 
 #include <QTcpServer>
 #include <QTcpSocket>
+#include <QTemporaryDir>
 #include <gtest/gtest.h>
 
 #include <sys/socket.h>
+
+#include <future>
 
 using namespace kmr;
 
@@ -42,4 +46,100 @@ TEST(Broker, MessageThatMeetsABrokenConnectionIsNotAnswered)
     for (int i = 0; i < 3; ++i) // "Connection reset by peer", then "Broken pipe"
         broker.publish(message);
     EXPECT_EQ(answers, QStringList());
+}
+
+namespace {
+
+// A Sparkplug node's courier, and a broker that answers only the CONNECT.
+class CourierTest : public testing::Test {
+protected:
+    CourierTest()
+    {
+        EXPECT_TRUE(m_server.listen(QHostAddress::LocalHost));
+    }
+
+    std::unique_ptr<Courier> courier()
+    {
+        BrokerSettings settings;
+        settings.host = "127.0.0.1";
+        settings.port = m_server.serverPort();
+        settings.isSparkplug = true;
+        settings.clientId = "one";
+        return std::make_unique<Courier>(
+            settings, m_node, m_outbox, m_wakeUp,
+            Courier::Events{[] {}, [](const std::vector<Incoming> &) {},
+                            [this](std::size_t count) { m_dropped.set_value(count); },
+                            [this](const QString &line) { m_told.append(line); }});
+    }
+
+    // The next connection, to a broker that takes packets of up to so many bytes.
+    std::unique_ptr<QTcpSocket> accept(char longest)
+    {
+        EXPECT_TRUE(m_server.waitForNewConnection(60000));
+        std::unique_ptr<QTcpSocket> socket(m_server.nextPendingConnection());
+        socket->write(QByteArray::fromHex("200800000527000000") + longest);
+        return socket;
+    }
+
+    // What comes until these bytes, or until the connection is closed.
+    static QByteArray readUntil(QTcpSocket &socket, const QByteArray &wanted)
+    {
+        QByteArray got;
+        while (!(got += socket.readAll()).contains(wanted) && socket.waitForReadyRead(60000))
+            continue;
+        return got;
+    }
+
+    void push(const QByteArray &metric)
+    {
+        m_outbox->push({0, 0, "spBv1.0/plant/NDATA/line1", metric, false, {}});
+    }
+
+    const QTemporaryDir m_directory;
+    QTcpServer m_server;
+    const std::shared_ptr<SparkplugNode> m_node = std::make_shared<SparkplugNode>(
+        Topics("plant/line1", {}), std::vector<PublishedTag>{}, false,
+        m_directory.filePath("bdseq"), [](const QString &) {});
+    const std::shared_ptr<WakeUp> m_wakeUp = std::make_shared<WakeUp>();
+    const std::shared_ptr<Outbox> m_outbox =
+        std::make_shared<Outbox>(0, true, [this] { m_wakeUp->wake(); });
+    std::promise<std::size_t> m_dropped;
+    QStringList m_told;
+};
+
+const QByteArray ANY_MORE = "never sent";
+
+} // namespace
+
+TEST_F(CourierTest, WithoutABirthTheBrokerGetsNoDataAndIsTriedAgain)
+{
+    push("value");
+    const auto courier = this->courier();
+    auto peer = accept(80);
+    const QByteArray refused = readUntil(*peer, ANY_MORE);
+    EXPECT_EQ(peer->state(), QAbstractSocket::UnconnectedState);
+    EXPECT_FALSE(refused.contains("NBIRTH") || refused.contains("NDATA"));
+    peer = accept(120);
+    const QByteArray taken = readUntil(*peer, "value");
+    EXPECT_TRUE(taken.contains("NBIRTH") && taken.contains("value"));
+    peer->abort();
+    courier->end();
+    ASSERT_FALSE(m_told.isEmpty());
+    EXPECT_TRUE(m_told[0].contains(" does not take the birth, so it gets no data: "));
+}
+
+TEST_F(CourierTest, DataThatIsTooLongForTheBrokerIsDroppedAndTakesNoSeq)
+{
+    push(QByteArray(200, 'x'));
+    const auto courier = this->courier();
+    const auto peer = accept(120);
+    readUntil(*peer, "NBIRTH");
+    std::future<std::size_t> dropped = m_dropped.get_future();
+    ASSERT_EQ(dropped.wait_for(std::chrono::seconds(60)), std::future_status::ready);
+    EXPECT_EQ(dropped.get(), 1U);
+    push("value");
+    const QByteArray last = QByteArray("value") + QByteArray::fromHex("1801");
+    EXPECT_TRUE(readUntil(*peer, last).contains(last));
+    peer->abort();
+    courier->end();
 }

@@ -205,7 +205,7 @@ TEST(SetInbox, AFloodIsLimitedAndCounted)
 {
     SetInbox inbox;
     for (int i = 0; i < 100; ++i)
-        inbox.add({"t", QByteArray::number(i), false, {}, {}, {}, {}});
+        inbox.add({{"t", QByteArray::number(i), false, {}, {}, {}, {}}});
     EXPECT_EQ(inbox.refused(), 100 - SetInbox::MOST_WAITING);
     const std::vector<Incoming> refused = inbox.takeRefused();
     EXPECT_EQ(refused.size(), std::size_t{SetInbox::MOST_REFUSED});
@@ -216,6 +216,16 @@ TEST(SetInbox, AFloodIsLimitedAndCounted)
     while (inbox.take())
         ++waiting;
     EXPECT_EQ(waiting, SetInbox::MOST_WAITING - 1);
+}
+
+TEST(SetInbox, WhatOneMessageAsksForIsTakenAsAWholeOrNotAtAll)
+{
+    SetInbox inbox;
+    inbox.add(std::vector<Incoming>(20));
+    inbox.add(std::vector<Incoming>(13));
+    EXPECT_EQ(inbox.refused(), 13U);
+    inbox.add(std::vector<Incoming>(12));
+    EXPECT_EQ(inbox.refused(), 13U);
 }
 
 TEST(Topics, NamesMakeLevelsAndWhatATopicCannotHaveIsEscaped)

@@ -106,7 +106,7 @@ TEST_F(SparkplugTest, CommandsAreWrittenAndTheirOutcomeIsAMetric)
     command(metricOf("oven", TRUE_VALUE));
     m_host.waitFor("NDATA/line1 00 .*" + hexOf(R"("refused","reason":"oven is not a bit)"));
     command("\xff\xff");
-    publisher->waitFor("a command is no Sparkplug B payload");
+    publisher->waitFor("a command is not a Sparkplug B payload");
 }
 
 TEST_F(SparkplugTest, WhatChangedWhileTheBrokerWasAwayIsHistoricalAfterTheBirth)

@@ -139,6 +139,8 @@ TEST(SparkplugCommand, ValuesOfAllFieldsBecomeListsInJson)
         {DataType::StringArray, "82010661620063640a", "[null]"}, // without its end
         {DataType::StringArray, "820106616200636400", "[\"ab\",\"cd\"]"},
         {DataType::UInt16, "3801", "[null]"},
+        {DataType::UInt16, "38015005", "[null]"}, // in spite of its value
+        {DataType::UInt16, "38005005", "[5]"},
         {DataType::UInt16, "520135", "[null]"}, // a text in the field of an integer
         {DataType::UInt16, "", "[null]"},
     };
@@ -162,9 +164,9 @@ class SparkplugNodeTest : public testing::Test {
 protected:
     std::unique_ptr<SparkplugNode> node(const QString &prefix = "plant/line1")
     {
-        return std::make_unique<SparkplugNode>(Topics(prefix, {"oven"}),
-                                               std::vector<PublishedTag>{m_tag}, true,
-                                               m_directory.filePath("bdseq"));
+        return std::make_unique<SparkplugNode>(
+            Topics(prefix, {"oven"}), std::vector<PublishedTag>{m_tag}, true, m_bdSeqFile,
+            [this](const QString &line) { m_told.append(line); });
     }
 
     static Message numbered(Message message, std::uint64_t number)
@@ -192,7 +194,15 @@ protected:
         return low * 128 + (static_cast<unsigned char>(bytes[bytes.size() - 2]) & 127);
     }
 
+    void saveBdSeq(const QByteArray &text) const
+    {
+        QFile file(m_bdSeqFile);
+        ASSERT_TRUE(file.open(QIODevice::WriteOnly) && file.write(text) == text.size());
+    }
+
     const QTemporaryDir m_directory;
+    QString m_bdSeqFile = m_directory.filePath("bdseq");
+    QStringList m_told;
     PublishedTag m_tag{oven(), {}, 0};
 };
 
@@ -208,11 +218,14 @@ TEST_F(SparkplugNodeTest, NumbersItsMessagesFromTheBirthOnTo255AndFrom0Again)
     const auto node = this->node();
     EXPECT_EQ(seqOf(node->birth(0)), 0);
     const Message value = node->value(m_tag, {Quality::Good, {215}, TIME, {}});
-    for (int i = 1; i < 600; ++i)
+    for (int i = 1; i < 600; ++i) {
         ASSERT_EQ(seqOf(node->data({value})), i % 256);
+        node->noteDataSent();
+    }
     EXPECT_EQ(seqOf(node->birth(0)), 0);
     const Message data = node->data({value});
     EXPECT_EQ(seqOf(data), 1);
+    EXPECT_EQ(seqOf(node->data({value})), 1); // the one before was not sent
     EXPECT_EQ(data.topic, "spBv1.0/plant/NDATA/line1");
     EXPECT_FALSE(data.isRetained);
 }
@@ -246,13 +259,29 @@ TEST_F(SparkplugNodeTest, EachConnectionHasTheNextBdSeqAlsoAfterARestart)
     EXPECT_EQ(node->will().topic, "spBv1.0/plant/NDEATH/line1");
     EXPECT_FALSE(node->will().isRetained);
     EXPECT_TRUE(this->node()->will().payload.endsWith(DEATH_1));
-    QFile file(m_directory.filePath("bdseq"));
-    ASSERT_TRUE(file.open(QIODevice::WriteOnly) && file.write("254\n") > 0);
-    file.close();
+    saveBdSeq("254\n");
     node = this->node();
     EXPECT_TRUE(node->will().payload.endsWith(DEATH_255));
     node->noteWillSent();
     EXPECT_TRUE(node->will().payload.endsWith(DEATH_0));
+}
+
+TEST_F(SparkplugNodeTest, BdSeqBeginsAgainIfItsFileIsDamagedAndItSaysOnceThatItIsNotKept)
+{
+    for (const char *const text : {"", "-7\n", "256\n", "many\n"}) {
+        saveBdSeq(text);
+        EXPECT_TRUE(node()->will().payload.endsWith(DEATH_0)) << text;
+    }
+    ASSERT_TRUE(QFile::remove(m_bdSeqFile));
+    const auto kept = node();
+    kept->noteWillSent();
+    EXPECT_EQ(m_told, QStringList());
+    m_bdSeqFile = m_directory.filePath("missing/bdseq");
+    const auto node = this->node();
+    node->noteWillSent();
+    node->noteWillSent();
+    ASSERT_EQ(m_told.size(), 1);
+    EXPECT_TRUE(m_told[0].startsWith("can't write " + m_bdSeqFile + ": "));
 }
 
 TEST_F(SparkplugNodeTest, CommandsBecomeRequestsThatAreKnownAgain)
@@ -271,6 +300,21 @@ TEST_F(SparkplugNodeTest, CommandsBecomeRequestsThatAreKnownAgain)
     EXPECT_EQ(node->commands(command(one)).requests[0].correlation, "");
     EXPECT_THROW(node->commands(command(set)), Error); // cut off
     EXPECT_FALSE(twice.wantsBirth);
+}
+
+TEST_F(SparkplugNodeTest, RefusesCommandsThatAreTooLongOrHaveTooManyValues)
+{
+    const auto node = this->node();
+    const QByteArray one = "120f0a046f76656e690000000000003640";
+    const QByteArray rebirth = "12180a14" + QByteArray("Node Control/Rebirth").toHex() + "7001";
+    const auto most = node->commands(command("08e807" + rebirth + one.repeated(32)));
+    EXPECT_EQ(most.requests.size(), 32U);
+    EXPECT_LT(most.requests.back().correlation.size(), 100);
+    EXPECT_THROW(node->commands(command(one.repeated(33))), Error);
+    const QByteArray filler = "1afcff03"; // a field of 65532 bytes, passed over
+    const QByteArray longest = filler + QByteArray(65532 * 2, '0');
+    EXPECT_TRUE(node->commands(command(longest)).requests.empty());
+    EXPECT_THROW(node->commands(command(longest + one)), Error);
 }
 
 TEST_F(SparkplugNodeTest, IsBornAgainWhenItIsAskedNowAndByTrue)
