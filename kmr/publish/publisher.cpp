@@ -62,6 +62,7 @@ Publisher::Publisher(const Options &options, PublisherSettings settings)
         m_values.notePublished();
     observe();
     m_spooler.emplace(m_spool, *m_outbox, printTimed);
+    printTimed(QString("publishing %1 tags as %2").arg(m_tags.size()).arg(m_convention->name()));
     m_courier.emplace(brokerSettings(), m_convention, m_outbox, m_wakeUp, courierEvents());
 }
 
@@ -149,7 +150,6 @@ void Publisher::observe()
 
 ExitCode Publisher::run()
 {
-    printTimed(QString("publishing %1 tags as %2").arg(m_tags.size()).arg(m_convention->name()));
     beginPolling();
     m_notice.ready();
     while (!isOver())
