@@ -149,10 +149,12 @@ void Judge::checkRepeats(const kmr::Exchange &exchange)
     m_hasGivenUp = m_hasGivenUp || isUsers;
 }
 
-// The values of a cell during the last exchanges that read it: one of these is confirmed later.
+// The values of a cell during the last exchanges that read it: one of these is confirmed later. The
+// answer to a request may come when it was sent again, and the second answer be lost.
 void Judge::keepHeld(const kmr::Exchange &exchange)
 {
-    if (exchange.outcome != kmr::Exchange::Outcome::Good)
+    using Outcome = kmr::Exchange::Outcome;
+    if (exchange.outcome != Outcome::Good && exchange.outcome != Outcome::SentAgain)
         return;
     const kmr::ElementRange run = kmr::refreshedBy(exchange.request);
     for (std::size_t i = 0; i < m_cells.size(); ++i) {
