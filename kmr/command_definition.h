@@ -1,5 +1,5 @@
-// What a command takes on the command line. CLI11 stays behind it: a file with CLI11 takes four
-// seconds longer to compile, and each command has a file.
+// What a command takes on the command line. It keeps CLI11 out of the commands' files: each would
+// take four seconds longer to compile with it.
 #pragma once
 
 #include "kmr/command_line.h"

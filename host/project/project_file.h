@@ -27,11 +27,11 @@ struct TextSpan {
 
 struct ConfigEntry {
     QString key;
-    QStringList values;     // as text; more than one only for a list
-    int line = 0;           // in the file, from 1
-    QString fault;          // what is wrong with the key or its values, then there are no values
-    bool isSection = false; // an unknown key that has keys of its own
-    TextSpan span;          // of what follows the key
+    QStringList values;          // as text; more than one only for a list
+    int line = 0;                // in the file, from 1
+    QString fault;               // what is wrong with the key or its values; `values` is empty then
+    bool isSection = false;      // an unknown key that has keys of its own
+    TextSpan span;               // of what follows the key
     std::vector<TextSpan> items; // of a list
 };
 

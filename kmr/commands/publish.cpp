@@ -89,7 +89,7 @@ ExitCode runPublish(const Options &options, const PublishOptions &own)
     settings.prefix = toQString(isSparkplug(own) ? own.sparkplug : own.prefix);
     settings.broker = brokerOf(own);
     settings.form = own.payload == "json" ? PayloadForm::Json : PayloadForm::Plain;
-    if (!isSparkplug(own)) // which repeats nothing (section 5.14)
+    if (!isSparkplug(own)) // which publishes changes only
         settings.heartbeat = std::chrono::milliseconds(static_cast<qint64>(1000 * own.heartbeat));
     settings.cycle = std::chrono::milliseconds(own.cycle);
     settings.seconds = own.seconds;

@@ -47,7 +47,7 @@ private slots:
         MainWindow window;
         window.show();
         QVERIFY(window.openProject(path));
-        QTest::keyClick(child<QMessageBox>(window), Qt::Key_Return); // "nobody" is no tag
+        QTest::keyClick(child<QMessageBox>(window), Qt::Key_Return); // "nobody" is not a tag
         QTRY_VERIFY(!window.findChild<QMessageBox *>());
         addTag(window, "D7");
         press(window, Qt::Key_S);
