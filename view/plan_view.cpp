@@ -64,6 +64,16 @@ QString elementsText(const ElementRange &run)
                : PlanView::tr("%1 to %2").arg(first, elementName(run.area, run.end() - 1));
 }
 
+// The serial line of a link; over TCP the one that may follow.
+LinkAddress lineOf(const ProjectSettings &settings)
+{
+    LinkAddress address;
+    if (!settings.link.isEmpty())
+        address = parseLink(settings.link);
+    address.kind = LinkAddress::Kind::Serial;
+    return address;
+}
+
 } // namespace
 
 PlanView::PlanView(QWidget *parent)
@@ -147,18 +157,16 @@ void PlanView::showPlan(const ProjectSettings &settings, std::vector<Tag> tags,
     m_tags = std::move(tags);
     m_driver = &driver;
     m_reader = &reader;
-    LinkAddress address;
-    if (!settings.link.isEmpty())
-        address = parseLink(settings.link);
+    const int present = lineOf(settings).baud;
     const QSignalBlocker noBaud(m_baud);
     const QSignalBlocker noLimit(m_groupLimit);
     const QSignalBlocker noStep(m_inStep);
     m_baud->clear();
     for (const int baud : {9600, 19200, 38400, 57600, 115200})
         m_baud->addItem(QString::number(baud), baud);
-    if (m_baud->findData(address.baud) < 0)
-        m_baud->addItem(QString::number(address.baud), address.baud);
-    m_baud->setCurrentIndex(m_baud->findData(address.baud));
+    if (m_baud->findData(present) < 0)
+        m_baud->addItem(QString::number(present), present);
+    m_baud->setCurrentIndex(m_baud->findData(present));
     m_groupLimit->setValue(settings.groupLimit);
     m_inStep->setChecked(settings.inStep);
     ask();
@@ -166,21 +174,18 @@ void PlanView::showPlan(const ProjectSettings &settings, std::vector<Tag> tags,
 
 PlanQuestion PlanView::present() const
 {
-    LinkAddress address;
-    if (!m_settings.link.isEmpty())
-        address = parseLink(m_settings.link);
-    address.kind = LinkAddress::Kind::Serial; // over TCP as on the line that may follow
-    return {m_tags, m_settings.groupLimit,  m_settings.inStep,
-            false,  characterTime(address), m_settings.gap};
+    return {m_tags,
+            m_settings.groupLimit,
+            m_settings.inStep,
+            false,
+            characterTime(lineOf(m_settings)),
+            m_settings.gap};
 }
 
 PlanQuestion PlanView::whatIf()
 {
     PlanQuestion question = present();
-    LinkAddress address;
-    if (!m_settings.link.isEmpty())
-        address = parseLink(m_settings.link);
-    address.kind = LinkAddress::Kind::Serial;
+    LinkAddress address = lineOf(m_settings);
     address.baud = m_baud->currentData().toInt();
     question.characterTime = characterTime(address);
     question.groupLimit = m_groupLimit->value();
