@@ -53,18 +53,20 @@ void Judge::begin(const std::vector<QByteArray> &writes, bool isTransfer)
     m_isTransfer = isTransfer;
     m_allowedWrites = writes;
     m_writesDone = 0;
-    m_hasGivenUp = false;
+    m_givenUpFrames.clear();
+    m_begunBefore = m_repeated;
 }
 
 void Judge::end(const kmr::RequestResult &result, const CellValues &certain)
 {
     using Outcome = kmr::RequestResult::Outcome;
     checkWrites();
-    if (result.isDone() && m_hasGivenUp)
+    const bool hasGivenUp = !m_givenUpFrames.isEmpty();
+    if (result.isDone() && hasGivenUp)
         blame("a request that was given up was reported as done");
     if (result.outcome == Outcome::NotSent && m_writesDone > 0)
         blame("a write that was reported as not sent was carried out");
-    if (m_hasGivenUp && !result.isDone() && result.failure.fault == kmr::ReplyFault::None &&
+    if (hasGivenUp && !result.isDone() && result.failure.fault == kmr::ReplyFault::None &&
         result.failure.exceptionCode == 0)
         blame("a request was given up and reported without a reason");
     checkCertain(certain);
@@ -135,18 +137,24 @@ void Judge::checkRepeats(const kmr::Exchange &exchange)
         exchange.outcome == Outcome::SentAgain || exchange.outcome == Outcome::GivenUp;
     m_badInARow = isBad ? (frame == m_repeated ? m_badInARow : 0) + 1 : 0;
     m_repeated = exchange.outcome == Outcome::SentAgain ? frame : QByteArray();
-    const bool isUsers = m_isTransfer || exchange.request.var.reqTag != READ_BLOCK_TAG;
+    const bool isUsers =
+        frame != m_begunBefore && (m_isTransfer || exchange.request.var.reqTag != READ_BLOCK_TAG);
     const int retries = m_isSilent && !isUsers ? 0 : m_retries;
     if (isBad && (m_badInARow > retries) != (exchange.outcome == Outcome::GivenUp))
         blame(
             QString("given up or not at the wrong time, after %1 bad exchanges").arg(m_badInARow));
+    if (exchange.outcome != Outcome::SentAgain)
+        m_begunBefore.clear();
+    if (exchange.outcome == Outcome::Good)
+        m_givenUpFrames.remove(frame); // an upload in doubt is repeated
     if (exchange.outcome == Outcome::Good || exchange.exceptionCode != 0)
         m_isSilent = false;
     if (exchange.outcome != Outcome::GivenUp)
         return;
     m_isSilent = exchange.exceptionCode == 0;
     ++m_givenUp;
-    m_hasGivenUp = m_hasGivenUp || isUsers;
+    if (isUsers)
+        m_givenUpFrames.insert(frame);
 }
 
 // The values of a cell during the last exchanges that read it: one of these is confirmed later. The

@@ -5,6 +5,7 @@
 #include "host/tags/tag.h"
 #include "tests/soak/plant.h"
 
+#include <QSet>
 #include <QString>
 #include <QStringList>
 
@@ -74,12 +75,13 @@ private:
     std::vector<std::uint32_t> m_verified; // what each cell's last confirmed read brought
     std::vector<std::deque<std::vector<std::uint32_t>>> m_heldAtReads; // by cell
     std::vector<QByteArray> m_allowedWrites;
-    std::size_t m_writesDone = 0; // of the current request
-    bool m_hasGivenUp = false;    // the current request
-    bool m_isTransfer = false;    // likewise
-    QByteArray m_repeated;        // the frame that must come again
-    int m_badInARow = 0;          // its bad exchanges
-    bool m_isSilent = false;      // a request was given up, and none answered since
+    std::size_t m_writesDone = 0;     // of the current request
+    QSet<QByteArray> m_givenUpFrames; // of the current request
+    bool m_isTransfer = false;        // likewise
+    QByteArray m_repeated;            // the frame that must come again
+    QByteArray m_begunBefore;         // one of polling that a request of the user waits for
+    int m_badInARow = 0;              // bad exchanges of the frame that must come again
+    bool m_isSilent = false;          // a request was given up, and none answered since
     std::uint64_t m_exchanges = 0;
     std::uint64_t m_confirmed = 0; // values
     std::uint64_t m_givenUp = 0;
