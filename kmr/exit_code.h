@@ -10,7 +10,7 @@ enum class ExitCode {
     ItemFailed = 1, // some items failed, for different reasons, or output could not be written
     Usage = 2,      // wrong arguments or a bad input file
     LinkFailed = 3, // the link could not be opened
-    NoAnswer = 4,   // no answer, or none that could be understood
+    NoAnswer = 4,   // no answer, or none that could be understood; a write may have been done
     Refused = 5,    // the controller answered with an exception
     Unknown = 6,    // it is not known whether a write was carried out, or reading back differs
     Library = 7     // the driver library is missing or does not fit

@@ -12,7 +12,7 @@ namespace kmr {
 
 using Json = nlohmann::ordered_json;
 
-// A number, or text; null for a number that is infinite or none.
+// A number, or text; null for a number that is infinite or not a number.
 Json toJson(const Value &value);
 
 // A list of them.

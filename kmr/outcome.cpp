@@ -16,7 +16,7 @@ QString hintFor(ReplyFault fault)
 {
     switch (fault) {
     case ReplyFault::MissingEcho:
-        return ": if it echoes no more, start again or try --echo off";
+        return ": if it no longer echoes, start again or try --echo off";
     case ReplyFault::UnexpectedEcho:
         return " Try --echo on";
     case ReplyFault::EchoOrAnswer:
@@ -29,6 +29,13 @@ QString hintFor(ReplyFault fault)
 QString stopCause()
 {
     return stopFlag() ? "stopped" : "the line was lost";
+}
+
+QString failureText(const Failure &failure)
+{
+    if (failure.fault == ReplyFault::NotConfirmed && stopFlag())
+        return "stopped before the answer was confirmed";
+    return toTextWithHint(failure);
 }
 
 } // namespace
@@ -60,7 +67,7 @@ QString toText(const RequestResult &result)
     case Outcome::Refused:
         return toTextWithHint(result.failure);
     case Outcome::NoAnswer:
-        return hasFailure ? toTextWithHint(result.failure) : "no answer: " + cause;
+        return hasFailure ? failureText(result.failure) : "no answer: " + cause;
     case Outcome::NotSent:
         return "not sent: " + (hasFailure ? toTextWithHint(result.failure) : cause);
     case Outcome::Unknown:
@@ -70,7 +77,7 @@ QString toText(const RequestResult &result)
         return "unknown: an earlier attempt got no answer, the last was " +
                toTextWithHint(result.failure);
     return "unknown: " +
-           (hasFailure ? toTextWithHint(result.failure) : cause + " before the answer came");
+           (hasFailure ? failureText(result.failure) : cause + " before the answer came");
 }
 
 QString readErrorText(const Reading &reading, const Tag &tag)

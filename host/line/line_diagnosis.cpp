@@ -28,6 +28,17 @@ bool isEchoed(const Probe &probe)
     return probe.received.contains(probe.request);
 }
 
+// What came before the answer and is not the echo.
+QByteArray noiseOf(const Probe &probe)
+{
+    QByteArray characters = probe.received;
+    const auto echo = characters.indexOf(probe.request);
+    if (echo >= 0)
+        characters.remove(echo, probe.request.size());
+    characters.truncate(std::max(0, static_cast<int>(characters.lastIndexOf(':'))));
+    return characters.trimmed(); // the answer before may have ended without its line feed
+}
+
 QByteArray allReceived(const std::vector<Probe> &probes)
 {
     QByteArray bytes;
@@ -170,6 +181,16 @@ Diagnosis diagnoseAnswers(const std::vector<Probe> &probes, std::size_t answered
             QString(CHECK_WIRES) +
                 " Check that no second host uses the line. Late answers need a longer timeout."};
     }
+    const auto noisy = std::find_if(probes.begin(), probes.end(),
+                                    [](const Probe &probe) { return !noiseOf(probe).isEmpty(); });
+    if (noisy != probes.end()) {
+        return {
+            Finding::Noisy,
+            QString("The station answers, but other characters come before its answers: %1.")
+                .arg(shown(noiseOf(*noisy))),
+            QString(CHECK_WIRES) +
+                " Between two frames the line needs a definite level: check its bias resistors."};
+    }
     const Diagnosis refusal = diagnoseRefusals(probes);
     if (refusal.finding == Finding::Refused)
         return refusal;
@@ -238,9 +259,10 @@ Diagnosis diagnoseCharacters(const std::vector<Probe> &probes, const QByteArray 
 QString findingName(Finding finding)
 {
     static const char *const NAMES[] = {
-        "good",      "refused",    "unsteady",      "wrong echo",  "silent",       "late",
-        "echo only", "other host", "other station", "no fit",      "wrong parity", "damaged",
-        "garbled",   "not opened", "lost",          "out of step", "modbus tcp",   "modbus rtu"};
+        "good",   "refused",      "unsteady",   "noisy",      "wrong echo",
+        "silent", "late",         "echo only",  "other host", "other station",
+        "no fit", "wrong parity", "damaged",    "garbled",    "not opened",
+        "lost",   "out of step",  "modbus tcp", "modbus rtu"};
     return NAMES[static_cast<std::size_t>(finding)];
 }
 

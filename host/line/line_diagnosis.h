@@ -24,6 +24,7 @@ enum class Finding {
     Good,
     Refused,      // answered by an exception
     Unsteady,     // some requests were answered, others not
+    Noisy,        // answered, but other characters come before the answers
     WrongEcho,    // answered, but the line echoes although the setting is off, or the reverse
     Silent,       // no character came
     Late,         // answered, but not within the timeout

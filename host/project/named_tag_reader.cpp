@@ -124,7 +124,7 @@ Tag NamedTagReader::readNamed(const Found &found, const QString &text) const
     if (isTag(name.name))
         throw usage(place + name.name + " can't be a name, it is a tag itself");
     try {
-        Tag tag = tagBehind(found);
+        Tag tag = tagOf(found);
         tag.text = text;
         return tag;
     } catch (const Error &error) {
@@ -132,7 +132,7 @@ Tag NamedTagReader::readNamed(const Found &found, const QString &text) const
     }
 }
 
-Tag NamedTagReader::tagBehind(const Found &found) const
+Tag NamedTagReader::tagOf(const Found &found) const
 {
     const Name &name = *found.name;
     Tag tag = m_reader.read(joined(name, found.station, found.count, found.type));

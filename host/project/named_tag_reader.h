@@ -51,7 +51,7 @@ private:
 
     std::optional<Found> find(const QString &text) const;
     Tag readNamed(const Found &found, const QString &text) const;
-    Tag tagBehind(const Found &found) const;
+    Tag tagOf(const Found &found) const;
     bool isTag(const QString &text) const;
     QString unknownName(const QString &text) const;
 

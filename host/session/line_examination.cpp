@@ -29,7 +29,8 @@ Diagnosis diagnoseStrays(const Statistics &statistics)
 
 bool isAnswered(Finding finding)
 {
-    return finding == Finding::Good || finding == Finding::Refused || finding == Finding::WrongEcho;
+    return finding == Finding::Good || finding == Finding::Noisy || finding == Finding::Refused ||
+           finding == Finding::WrongEcho;
 }
 
 QString adviceForLate(const QString &milliseconds)

@@ -41,6 +41,7 @@ ExitCode exitCodeOf(Finding finding)
     case Finding::Refused:
         return ExitCode::Refused;
     case Finding::Unsteady:
+    case Finding::Noisy:
     case Finding::OutOfStep:
         return ExitCode::ItemFailed;
     case Finding::NotOpened:

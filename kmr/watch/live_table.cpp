@@ -36,7 +36,7 @@ q  Ctrl-C          end
 
 Any other key leaves this page.)";
 
-// Hexadecimal as well where that tells more.
+// Hexadecimal as well if that says more.
 QString valueText(const ElementRange &run, std::uint32_t value)
 {
     const QString text = QString::number(value);

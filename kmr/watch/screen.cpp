@@ -28,7 +28,7 @@ using std::chrono::steady_clock;
 
 constexpr milliseconds LOOK_FOR_KEYS(20);
 constexpr milliseconds DRAW_INTERVAL(50); // between two frames, at least
-constexpr int ESCAPE_WAIT = 25;           // ms until an Escape is no begin of another key
+constexpr int ESCAPE_WAIT = 25;           // ms until an Escape does not begin another key
 constexpr short STALE_COLOURS = 1;
 
 volatile std::sig_atomic_t g_isToSuspend = 0;
@@ -135,7 +135,7 @@ FrameSize currentSize()
 
 Screen::Screen()
 {
-    // Where stdin is something else, keys come from the terminal all the same.
+    // If stdin is something else, keys come from the terminal all the same.
     FILE *const keys = isatty(STDIN_FILENO) == 1 ? stdin : std::fopen("/dev/tty", "re");
     termios settings = {};
     if (keys == nullptr || tcgetattr(fileno(keys), &settings) != 0)

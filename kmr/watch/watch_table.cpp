@@ -34,7 +34,7 @@ QString qualityText(const WatchRow &row)
     return row.state == WatchRow::State::Stale ? quality + " since " + row.staleSince : quality;
 }
 
-// Tags and headings are no numbers: they are cut anywhere.
+// Tags and headings are not numbers: they are cut anywhere.
 QString cutAnywhere(const QString &text, int width)
 {
     const int mark = static_cast<int>(qstrlen(CUT));

@@ -62,7 +62,7 @@ public:
     // Makes room for these cells.
     void add(const QStringList &cells);
 
-    // From now on lines are no wider than `width` characters. Where values don't fit, the columns
+    // From now on lines are no wider than `width` characters. If values don't fit, the columns
     // TREND, CHANGES, AGE and UNIT make room, then QUALITY and TAG become narrower; what still does
     // not fit is cut between values.
     void fit(int width);

@@ -249,7 +249,7 @@ ExitCode Watcher::outcome() const
     return codes.total();
 }
 
-// What was good may be so no more, through other requests to its station as well.
+// What was good may no longer be so, through other requests to its station as well.
 void Watcher::noteQuality(std::size_t index)
 {
     const ElementState state = m_session.state(m_tags[index]);

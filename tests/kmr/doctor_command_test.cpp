@@ -63,6 +63,8 @@ TEST_P(DoctorOnBothLinks, FindingsHaveAnExitCodeAndAdvice)
         {"echo", "off", 4, ".*\nSet the echo to auto or on\\. The option is --echo\\.\n$"},
         {"station", "auto", 4, "Station \\d+ answers, but station 1 was asked\\.\n"},
         {"flip", "auto", 4, "Answers come, but damaged, such as "},
+        {"noise", "auto", 1,
+         "The station answers, but other characters come before its answers: .*\nCheck plugs"},
         {"silence,every=5", "auto", 1,
          "The station answers only 2 of 3 requests; the first failure: no answer\\.\n.*--timeout "
          "sets how long an answer may take\\. 'kmr ping' measures the losses\\.\n$"},

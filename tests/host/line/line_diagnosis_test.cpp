@@ -57,6 +57,18 @@ TEST(LineDiagnosis, OneUnansweredRequestMakesTheLineUnsteady)
               "The station answers only 2 of 3 requests; the first failure: no answer.");
 }
 
+TEST(LineDiagnosis, CharactersBeforeAnAnswerAreNoise)
+{
+    const QByteArray noisy = REQUEST + QByteArray("\x01\x02") + ANSWER;
+    const Diagnosis diagnosis =
+        diagnose({answered(ANSWER), answered(noisy), answered(ANSWER)}, EchoMode::Auto);
+    EXPECT_EQ(diagnosis.finding, Finding::Noisy);
+    EXPECT_EQ(diagnosis.text, "The station answers, but other characters come before its answers: "
+                              "\\x01\\x02.");
+    EXPECT_EQ(diagnose({answered("\n" + QByteArray(ANSWER))}, EchoMode::Auto).finding,
+              Finding::Good);
+}
+
 TEST(LineDiagnosis, AdviceForARefusalFollowsItsReason)
 {
     const auto refused = [](int code) {
