@@ -222,7 +222,7 @@ bool Broker::wait(int descriptor, std::chrono::milliseconds time)
     return result == MOSQ_ERR_SUCCESS || fail(result);
 }
 
-std::optional<int> Broker::publish(const Message &message)
+Broker::Publication Broker::publish(const Message &message)
 {
     Properties properties;
     if (m_settings.isMqtt5 && !message.correlation.isEmpty())
@@ -236,10 +236,9 @@ std::optional<int> Broker::publish(const Message &message)
         message.isRetained, properties.list);
     if (result == MOSQ_ERR_SUCCESS && m_settings.isSparkplug)
         askWhetherTaken(message.topic, id);
-    if (!isAboutMessage(result))
-        return id; // without a connection it is never acknowledged, and sent again later
-    m_events.acknowledged(0, mosquitto_strerror(result));
-    return std::nullopt;
+    if (isAboutMessage(result))
+        return {0, mosquitto_strerror(result)};
+    return {id, {}}; // without a connection it is never acknowledged, and sent again later
 }
 
 // A broker works off what a connection sends in order. So when it answers this, it has the message

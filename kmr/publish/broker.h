@@ -34,7 +34,7 @@ struct Incoming {
 
 class Broker {
 public:
-    // Called from within wait(), and from publish() for a message that can't be sent at all.
+    // Called from within wait().
     struct Events {
         std::function<void()> connected;
         // `refusal`: why the broker does not take the message, or empty.
@@ -58,11 +58,16 @@ public:
     // time is over. False when the connection is over: see why().
     bool wait(int descriptor, std::chrono::milliseconds time);
 
-    // After Events::connected. Returns the id with which it is acknowledged, or nothing when the
-    // message can't be sent: Events::acknowledged has then been called with id 0 and the reason.
-    // With Sparkplug a message has no acknowledgement; what is acknowledged is an UNSUBSCRIBE after
-    // it, which the broker answers.
-    std::optional<int> publish(const Message &message);
+    // What became of a message: the id with which it is acknowledged, or why it can't be sent at
+    // all, for example because it is too long for the broker.
+    struct Publication {
+        int id = 0;
+        QString refusal; // empty when it is sent
+    };
+
+    // After Events::connected. With Sparkplug a message has no acknowledgement; what is
+    // acknowledged is an UNSUBSCRIBE after it, which the broker answers.
+    Publication publish(const Message &message);
     void subscribe(const QStringList &topics);
 
     // Says goodbye, so that the broker does not publish the will, but for Sparkplug.

@@ -43,7 +43,7 @@ public:
     struct Events {
         std::function<void()> connected;                      // and the birth was sent
         std::function<void(std::vector<Incoming>)> requested; // see Convention::Commands
-        std::function<void(std::size_t)> dropped;  // so many messages, which can't be sent at all
+        std::function<void(std::size_t)> dropped;  // so many messages, which the broker refuses
         std::function<void(const QString &)> tell; // a line for a person
     };
 

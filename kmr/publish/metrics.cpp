@@ -84,7 +84,7 @@ struct Metrics::Figures {
     Gauge &spooled = gauge("kmr_spool_messages", "Messages that wait on disk.");
     Gauge &spoolBytes = gauge("kmr_spool_bytes", "What they hold together.");
     Counter &dropped = counter("kmr_dropped_messages_total",
-                               "Messages that are lost: without a place, or too long.");
+                               "Messages that are lost: no room, or refused by the broker.");
     prometheus::Family<Counter> &requests = prometheus::BuildCounter()
                                                 .Name("kmr_requests_total")
                                                 .Help("Requests to write, by their outcome.")

@@ -1,6 +1,7 @@
 // What becomes of messages when the connection breaks, or when they are too long for the broker.
 #include "kmr/publish/broker.h"
 #include "kmr/publish/courier.h"
+#include "kmr/publish/plain_topics.h"
 #include "kmr/publish/sparkplug_node.h"
 
 #include <QTcpServer>
@@ -50,7 +51,7 @@ TEST(Broker, MessageThatMeetsABrokenConnectionIsNotAnswered)
 
 namespace {
 
-// A Sparkplug node's courier, and a broker that answers only the CONNECT.
+// A courier, and a broker that by itself answers only the CONNECT.
 class CourierTest : public testing::Test {
 protected:
     CourierTest()
@@ -58,15 +59,19 @@ protected:
         EXPECT_TRUE(m_server.listen(QHostAddress::LocalHost));
     }
 
-    std::unique_ptr<Courier> courier()
+    std::unique_ptr<Courier> courier(bool isSparkplug = true)
     {
         BrokerSettings settings;
         settings.host = "127.0.0.1";
         settings.port = m_server.serverPort();
-        settings.isSparkplug = true;
+        settings.isSparkplug = isSparkplug;
         settings.clientId = "one";
+        std::shared_ptr<Convention> convention = m_node;
+        if (!isSparkplug)
+            convention =
+                std::make_shared<PlainTopics>(Topics("line", {}), PayloadForm::Json, false);
         return std::make_unique<Courier>(
-            settings, m_node, m_outbox, m_wakeUp,
+            settings, convention, m_outbox, m_wakeUp,
             Courier::Events{[] {}, [](const std::vector<Incoming> &) {},
                             [this](std::size_t count) { m_dropped.set_value(count); },
                             [this](const QString &line) { m_told.append(line); }});
@@ -140,6 +145,22 @@ TEST_F(CourierTest, DataThatIsTooLongForTheBrokerIsDroppedAndTakesNoSeq)
     push("value");
     const QByteArray last = QByteArray("value") + QByteArray::fromHex("1801");
     EXPECT_TRUE(readUntil(*peer, last).contains(last));
+    peer->abort();
+    courier->end();
+}
+
+TEST_F(CourierTest, DataThatTheBrokerRefusesIsCountedAsDropped)
+{
+    push("value");
+    const auto courier = this->courier(false);
+    const auto peer = accept(120);
+    readUntil(*peer, "value");
+    peer->write(QByteArray::fromHex("40020001400400028700")); // PUBACKs: taken, not authorised
+    peer->flush();
+    std::future<std::size_t> dropped = m_dropped.get_future();
+    ASSERT_EQ(dropped.wait_for(std::chrono::seconds(60)), std::future_status::ready);
+    EXPECT_EQ(dropped.get(), 1U);
+    EXPECT_TRUE(m_outbox->isEmpty());
     peer->abort();
     courier->end();
 }
