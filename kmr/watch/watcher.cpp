@@ -119,10 +119,9 @@ std::chrono::nanoseconds Watcher::pause() const
 void Watcher::note(const Exchange &exchange)
 {
     m_rates.note(exchange);
-    if (isRead(exchange.request)) {
-        m_cycle.note(exchange, clockNow());
+    m_cycle.note(exchange, clockNow());
+    if (isRead(exchange.request))
         noteOutage(exchange, refreshedBy(exchange.request));
-    }
     if (exchange.outcome != Exchange::Outcome::Good)
         noteStation(exchange.request.var.station);
 }
