@@ -285,16 +285,23 @@ void Publisher::note(const Exchange &exchange)
     const Time time = steady_clock::now();
     m_cycle.note(exchange, time);
     m_values.noteExchange(exchange);
-    const ElementRange run = refreshedBy(exchange.request);
-    if (exchange.outcome == Exchange::Outcome::GivenUp)
-        m_outages.noteFailure(run, {exchange.fault, exchange.exceptionCode, exchange.length}, time);
+    if (isRead(exchange.request)) // a request to write has its outcome
+        noteOutage(exchange, time);
     if (exchange.outcome != Exchange::Outcome::Good)
         return;
-    m_outages.noteAnswer(run, time);
     if (m_metrics)
         m_metrics->noteRoundTrip(exchange.roundTrip);
     if (std::exchange(m_isLost, false))
         printTimed("the line is back");
+}
+
+void Publisher::noteOutage(const Exchange &exchange, Time now)
+{
+    const ElementRange run = refreshedBy(exchange.request);
+    if (exchange.outcome == Exchange::Outcome::GivenUp)
+        m_outages.noteFailure(run, {exchange.fault, exchange.exceptionCode, exchange.length}, now);
+    if (exchange.outcome == Exchange::Outcome::Good)
+        m_outages.noteAnswer(run, now);
 }
 
 WriteOutcome Publisher::write(const Tag &tag, const Values &values)

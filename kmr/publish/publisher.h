@@ -67,6 +67,7 @@ private:
     void reportLine(Time now);
     void bringBack();
     void note(const Exchange &exchange);
+    void noteOutage(const Exchange &exchange, Time now);
     WriteOutcome write(const Tag &tag, const Values &values);
     void finish();
 
