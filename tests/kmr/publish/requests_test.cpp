@@ -1,4 +1,5 @@
 // Requests to write, from their topic to their answer.
+#include "kmr/publish/plain_topics.h"
 #include "kmr/publish/set_inbox.h"
 #include "kmr/publish/write_desk.h"
 
@@ -239,6 +240,15 @@ TEST(Topics, NamesMakeLevelsAndWhatATopicCannotHaveIsEscaped)
     EXPECT_FALSE(topics.nameOfSet("plant/line1/oven"));
     EXPECT_FALSE(topics.nameOfSet("plant/line10/oven/set"));
     EXPECT_EQ(topics.setFilters(), (QStringList{"plant/line1/+/set", "plant/line1/hall/oven/set"}));
+}
+
+TEST(PlainTopics, TakeNoRequestsWithoutPermissionEvenIfTheBrokerSendsThem)
+{
+    for (const bool takesRequests : {true, false}) {
+        PlainTopics topics(Topics("line", {"oven"}), PayloadForm::Json, takesRequests);
+        EXPECT_EQ(topics.commands({"line/oven/set", "1", false, {}, {}, {}, {}}).requests.size(),
+                  takesRequests ? 1U : 0U);
+    }
 }
 
 TEST(Topics, WhatWouldShareATopicIsRefused)
