@@ -17,9 +17,9 @@ namespace kmr {
 
 class Spooler {
 public:
-    // A message that waits longer is on disk after this and PERIOD at the latest.
-    static constexpr std::chrono::milliseconds PATIENCE{300};
-    static constexpr std::chrono::milliseconds PERIOD{200};
+    // Between two looks at the outbox. What waits at both is stored: after twice this at the
+    // latest.
+    static constexpr std::chrono::milliseconds PERIOD{250};
 
     // Begins. Both must outlive it. `tell` is called by its thread, with lines for a person.
     Spooler(Spool &spool, Outbox &outbox, std::function<void(const QString &)> tell);
@@ -42,16 +42,16 @@ public:
     }
     std::uint64_t dropped() const
     {
-        return m_dropped;
+        return m_dropped + m_outbox.dropped();
     }
 
 private:
     void run();
     bool isEnding(std::chrono::milliseconds wait);
-    void work(std::chrono::milliseconds patience);
+    void work(std::uint64_t upTo);
     void removeDelivered();
     void loadMore();
-    void noteDropped(std::uint64_t count, const char *why);
+    void tellDropped(std::uint64_t count, const char *why);
     void noteFailure(const QString &text);
 
     Spool &m_spool;
@@ -59,11 +59,12 @@ private:
     const std::function<void(const QString &)> m_tell;
     std::vector<std::uint64_t> m_toRemove;
     bool m_isFailing = false;
-    std::uint64_t m_untold = 0; // dropped since the last line about it
+    std::uint64_t m_fromMemory = 0; // dropped there at the last look
+    std::uint64_t m_untold = 0;     // dropped since the last line about it
     std::chrono::steady_clock::time_point m_nextTold;
     std::atomic<std::uint64_t> m_stored{0};
     std::atomic<std::uint64_t> m_storedBytes{0};
-    std::atomic<std::uint64_t> m_dropped{0};
+    std::atomic<std::uint64_t> m_dropped{0}; // from the spool
     std::mutex m_mutex;
     std::condition_variable m_change;
     bool m_isEnding = false;
