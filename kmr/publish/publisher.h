@@ -51,7 +51,6 @@ private:
     using Time = std::chrono::steady_clock::time_point;
 
     std::shared_ptr<Convention> convention() const;
-    Session &openLine();
     void checkSpool();
     BrokerSettings brokerSettings() const;
     Courier::Events courierEvents();
@@ -67,7 +66,6 @@ private:
     void reportLine(Time now);
     void bringBack();
     void note(const Exchange &exchange);
-    void noteOutage(const Exchange &exchange, Time now);
     WriteOutcome write(const Tag &tag, const Values &values);
     void finish();
 
