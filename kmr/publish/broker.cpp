@@ -4,6 +4,7 @@
 #include <mqtt_protocol.h>
 #include <poll.h>
 
+#include <algorithm>
 #include <cerrno>
 #include <cstring>
 
@@ -67,7 +68,8 @@ Incoming incomingOf(const mosquitto_message &message, const mosquitto_property *
 {
     Incoming incoming;
     incoming.topic = message.topic;
-    incoming.payload = QByteArray(static_cast<const char *>(message.payload), message.payloadlen);
+    incoming.payload = QByteArray(static_cast<const char *>(message.payload),
+                                  std::min(message.payloadlen, LONGEST_PACKET + 1));
     incoming.isRetained = message.retain;
     incoming.responseTopic = stringProperty(properties, MQTT_PROP_RESPONSE_TOPIC);
     incoming.correlation = binaryProperty(properties, MQTT_PROP_CORRELATION_DATA);

@@ -24,7 +24,7 @@ namespace kmr {
 // What came from the broker.
 struct Incoming {
     QByteArray topic;
-    QByteArray payload;
+    QByteArray payload; // the first 65537 bytes: what is longer than 65536 is refused
     bool isRetained = false;
     QByteArray responseTopic;                   // MQTT 5, or empty
     QByteArray correlation;                     // likewise

@@ -47,9 +47,7 @@ void checkLength(const QByteArray &payload)
 {
     if (payload.size() > LONGEST_COMMAND)
         throw Error(ErrorKind::Usage,
-                    QString("a command of %1 bytes is refused: at most %2 are taken")
-                        .arg(payload.size())
-                        .arg(LONGEST_COMMAND));
+                    QString("a command of more than %1 bytes is refused").arg(LONGEST_COMMAND));
 }
 
 // The number after the one in the file, 0 without such a file.

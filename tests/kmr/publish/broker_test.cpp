@@ -68,11 +68,13 @@ protected:
         settings.clientId = "one";
         std::shared_ptr<Convention> convention = m_node;
         if (!isSparkplug)
-            convention =
-                std::make_shared<PlainTopics>(Topics("line", {}), PayloadForm::Json, false);
+            convention = std::make_shared<PlainTopics>(Topics("line", {}), PayloadForm::Json, true);
         return std::make_unique<Courier>(
             settings, convention, m_outbox, m_wakeUp,
-            Courier::Events{[] {}, [](const std::vector<Incoming> &) {},
+            Courier::Events{[] {},
+                            [this](const std::vector<Incoming> &requests) {
+                                m_requested.set_value(requests.front().payload.size());
+                            },
                             [this](std::size_t count) { m_dropped.set_value(count); },
                             [this](const QString &line) { m_told.append(line); }});
     }
@@ -109,6 +111,7 @@ protected:
     const std::shared_ptr<Outbox> m_outbox =
         std::make_shared<Outbox>(0, true, [this] { m_wakeUp->wake(); });
     std::promise<std::size_t> m_dropped;
+    std::promise<qint64> m_requested; // bytes of the payload
     QStringList m_told;
 };
 
@@ -155,12 +158,29 @@ TEST_F(CourierTest, DataThatTheBrokerRefusesIsCountedAsDropped)
     const auto courier = this->courier(false);
     const auto peer = accept(120);
     readUntil(*peer, "value");
-    peer->write(QByteArray::fromHex("40020001400400028700")); // PUBACKs: taken, not authorised
+    peer->write(QByteArray::fromHex("40020002400400038700")); // PUBACKs: taken, not authorised
     peer->flush();
     std::future<std::size_t> dropped = m_dropped.get_future();
     ASSERT_EQ(dropped.wait_for(std::chrono::seconds(60)), std::future_status::ready);
     EXPECT_EQ(dropped.get(), 1U);
     EXPECT_TRUE(m_outbox->isEmpty());
+    peer->abort();
+    courier->end();
+}
+
+TEST_F(CourierTest, OfARequestOfAnyLengthNoMoreThanAllowedIsKeptInMemory)
+{
+    const auto courier = this->courier(false);
+    const auto peer = accept(120);
+    readUntil(*peer, "online");
+    // PUBLISH of 70014 bytes, without properties
+    peer->write(QByteArray::fromHex("30fea204000b") + "line/oven/x" + '\0' +
+                QByteArray(70000, '1'));
+    peer->flush();
+    std::future<qint64> requested = m_requested.get_future();
+    while (requested.wait_for(std::chrono::milliseconds(20)) != std::future_status::ready)
+        peer->waitForBytesWritten(20);
+    EXPECT_EQ(requested.get(), 65537);
     peer->abort();
     courier->end();
 }
