@@ -243,8 +243,8 @@ Broker::Publication Broker::publish(const Message &message)
     return {id, {}}; // without a connection it is never acknowledged, and sent again later
 }
 
-// A broker works off what a connection sends in order. So when it answers this, it has the message
-// before. Nobody is subscribed to the topic of a message of ours.
+// A broker handles what a connection sends in order. So when it answers this, it has the message
+// before. It ends no subscription, because there is none to a topic that we publish to.
 void Broker::askWhetherTaken(const QByteArray &topic, int &id)
 {
     mosquitto_unsubscribe_v5(m_client.get(), &id, topic.constData(), nullptr);

@@ -1,5 +1,5 @@
-// One connection to an MQTT broker, through libmosquitto. It doesn't connect again by itself, and
-// forgets what was not acknowledged: the outbox does that, in order. For one thread.
+// One connection to an MQTT broker, through libmosquitto. It neither connects again nor repeats
+// what was not acknowledged: Courier and Outbox do. For one thread.
 #pragma once
 
 #include "kmr/publish/broker_settings.h"
@@ -54,8 +54,8 @@ public:
     // maybe for minutes. False when it fails: see why().
     bool connect();
 
-    // Sends, receives and calls `events`, until something was done, `descriptor` is readable or the
-    // time is over. False when the connection is over: see why().
+    // Waits until the connection or `descriptor` is ready or the time is over, then sends, receives
+    // and calls `events`. False when the connection is over: see why().
     bool wait(int descriptor, std::chrono::milliseconds time);
 
     // What became of a message: the id with which it is acknowledged, or why it can't be sent at
@@ -70,7 +70,7 @@ public:
     Publication publish(const Message &message);
     void subscribe(const QStringList &topics);
 
-    // Says goodbye, so that the broker does not publish the will, but for Sparkplug.
+    // Ends the connection so that the broker does not publish the will, unless it is Sparkplug's.
     void disconnect();
 
     // Why the connection failed or ended.

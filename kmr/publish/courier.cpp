@@ -68,7 +68,7 @@ struct Courier::State {
     std::map<int, Numbers> sent; // message numbers by the broker's ids
     bool isConnected = false;
     bool mustBeBorn = false;
-    QString told; // what was told last
+    QString reported; // the last line
     milliseconds pause = FIRST_PAUSE;
 
     void run();
@@ -84,7 +84,7 @@ struct Courier::State {
     std::vector<Message> takeTogether();
     bool sayGoodbye(Broker &broker);
     void rest();
-    void tell(const QString &line);
+    void report(const QString &line);
     QString name() const;
 };
 
@@ -139,8 +139,8 @@ void Courier::State::runConnection()
     }
     if (isAlive && isConnected)
         isAlive = sayGoodbye(broker);
-    if (!isAlive && !broker.why().isEmpty()) // a birth that can't be sent has been told
-        tell(QString("no connection to %1: %2").arg(name(), broker.why()));
+    if (!isAlive && !broker.why().isEmpty()) // a birth that can't be sent was reported
+        report(QString("no connection to %1: %2").arg(name(), broker.why()));
 }
 
 Broker::Events Courier::State::brokerEvents(Broker *const &broker)
@@ -149,7 +149,8 @@ Broker::Events Courier::State::brokerEvents(Broker *const &broker)
             [this](int id, const QString &refusal) { noteAcknowledged(id, refusal); },
             [this](const Incoming &incoming) { noteReceived(incoming); },
             [this](const QString &refusal) {
-                events.tell(QString("%1 does not let us receive writes: %2").arg(name(), refusal));
+                events.report(
+                    QString("%1 does not let us receive writes: %2").arg(name(), refusal));
             }};
 }
 
@@ -178,10 +179,10 @@ void Courier::State::noteReceived(const Incoming &incoming)
         mustBeBorn = mustBeBorn || commands.wantsBirth;
         events.requested(std::move(commands.requests));
     } catch (const Error &error) {
-        tell(error.text());
+        report(error.text());
     } catch (const std::exception &error) { // libmosquitto, which calls this, is in C
-        tell(QString("a message to %1 can't be taken: %2")
-                 .arg(QString::fromUtf8(incoming.topic.left(200)), error.what()));
+        report(QString("a message to %1 can't be taken: %2")
+                   .arg(QString::fromUtf8(incoming.topic.left(200)), error.what()));
     }
 }
 
@@ -190,13 +191,13 @@ bool Courier::State::sendBirth(Broker &broker)
 {
     const QString refusal = broker.publish(convention->birth(outbox->lastNumber())).refusal;
     if (!refusal.isEmpty()) {
-        tell(QString("%1 does not take the birth, so it gets no data: %2").arg(name(), refusal));
+        report(QString("%1 does not take the birth, so it gets no data: %2").arg(name(), refusal));
         return false;
     }
     mustBeBorn = false;
     if (outbox->isConnected()) // it was the second birth of this connection
         return true;
-    tell("connected to " + name());
+    report("connected to " + name());
     outbox->setConnected(true);
     events.connected();
     return true;
@@ -237,7 +238,7 @@ void Courier::State::send(Broker &broker, const std::vector<Message> &messages)
 // What the broker will never take.
 void Courier::State::drop(const Numbers &numbers, const QString &refusal)
 {
-    tell(QString("%1 does not take a message: %2").arg(name(), refusal));
+    report(QString("%1 does not take a message: %2").arg(name(), refusal));
     events.dropped(numbers.size());
     for (const std::uint64_t number : numbers)
         outbox->acknowledge(number);
@@ -280,11 +281,11 @@ void Courier::State::rest()
         std::this_thread::sleep_for(milliseconds(50));
 }
 
-// The same failure again and again is told once.
-void Courier::State::tell(const QString &line)
+// A failure that goes on is reported once.
+void Courier::State::report(const QString &line)
 {
-    if (std::exchange(told, line) != line && !(isEnding && !isConnected))
-        events.tell(line);
+    if (std::exchange(reported, line) != line && !(isEnding && !isConnected))
+        events.report(line);
 }
 
 QString Courier::State::name() const

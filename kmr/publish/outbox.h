@@ -29,8 +29,8 @@ public:
     static constexpr std::size_t KEPT = 2000;       // in memory, if the others are on disk
     static constexpr std::size_t MOST_KEPT = 20000; // in memory, if the disk fails or hangs
 
-    // `wake` is called after each push, by the thread that pushes. `lastNumber`: of the messages
-    // that already are on disk, `isEmpty` if there are none.
+    // `wake` is called after each push, by the thread that pushes. `lastNumber`: the last one given
+    // in earlier runs. `isEmpty`: no messages are on disk.
     Outbox(std::uint64_t lastNumber, bool isEmpty, std::function<void()> wake);
 
     // The number of the last message so far.

@@ -44,7 +44,7 @@ public:
     Publisher(const Publisher &) = delete;
     Publisher &operator=(const Publisher &) = delete;
 
-    // Until the end is asked for.
+    // Publishes until the end is asked for. ItemFailed when messages were dropped.
     ExitCode run();
 
 private:

@@ -15,7 +15,7 @@ using std::chrono::steady_clock;
 constexpr milliseconds FIRST_PAUSE(500); // before opening the line again; doubled up to the longest
 constexpr milliseconds LONGEST_PAUSE(30000);
 
-// Says all the while that it is alive.
+// Keeps saying that the service is alive.
 void rest(milliseconds pause, ServiceNotice &notice)
 {
     constexpr milliseconds STOP_CHECK(50);
@@ -29,7 +29,7 @@ void rest(milliseconds pause, ServiceNotice &notice)
 } // namespace
 
 Session &openLine(Connection &connection, ServiceNotice &notice,
-                  const std::function<void(const QString &)> &tell)
+                  const std::function<void(const QString &)> &report)
 {
     milliseconds pause = FIRST_PAUSE;
     for (;;) {
@@ -39,7 +39,7 @@ Session &openLine(Connection &connection, ServiceNotice &notice,
             if (error.kind() != ErrorKind::Link || !notice.isListening())
                 throw;
             if (pause == FIRST_PAUSE)
-                tell(error.text() + "; trying again until it works");
+                report(error.text() + "; trying again until it works");
             notice.ready();
             rest(pause, notice);
             if (stopFlag())

@@ -11,8 +11,8 @@
 namespace kmr {
 
 // Opens the connection's line. As a service it tries again, with pauses that grow, until that works
-// or the end is asked for; `tell` gets a line for a person about it. Throws Error.
+// or the end is asked for; `report` takes a line for a person about it. Throws Error.
 Session &openLine(Connection &connection, ServiceNotice &notice,
-                  const std::function<void(const QString &)> &tell);
+                  const std::function<void(const QString &)> &report);
 
 } // namespace kmr

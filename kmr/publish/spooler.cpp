@@ -16,8 +16,8 @@ constexpr std::chrono::seconds BETWEEN_LINES(10); // about dropped messages
 
 } // namespace
 
-Spooler::Spooler(Spool &spool, Outbox &outbox, std::function<void(const QString &)> tell)
-    : m_spool(spool), m_outbox(outbox), m_tell(std::move(tell)), m_stored(spool.count()),
+Spooler::Spooler(Spool &spool, Outbox &outbox, std::function<void(const QString &)> report)
+    : m_spool(spool), m_outbox(outbox), m_report(std::move(report)), m_stored(spool.count()),
       m_thread([this] { run(); })
 {
 }
@@ -69,15 +69,15 @@ void Spooler::work(std::uint64_t upTo)
         if (dropped.count > 0)
             m_outbox.drop(dropped.upTo);
         m_dropped += dropped.count;
-        tellDropped(dropped.count, "the spool holds no more");
+        reportDropped(dropped.count, "the spool is at its limit of size or age");
         loadMore();
         if (std::exchange(m_isFailing, false))
-            m_tell("the spool can be written again");
+            m_report("the spool can be written again");
     } catch (const Error &error) {
         noteFailure(error.text());
     }
     const std::uint64_t fromMemory = m_outbox.dropped();
-    tellDropped(fromMemory - std::exchange(m_fromMemory, fromMemory), "the memory holds no more");
+    reportDropped(fromMemory - std::exchange(m_fromMemory, fromMemory), "the memory is full");
     m_stored = m_spool.count();
     m_storedBytes = m_spool.bytes();
 }
@@ -104,19 +104,20 @@ void Spooler::loadMore()
 void Spooler::noteFailure(const QString &text)
 {
     if (!std::exchange(m_isFailing, true))
-        m_tell(text + "; what the broker has not taken yet stays in memory");
+        m_report(text + "; what the broker has not taken yet stays in memory");
 }
 
 // A line for the first ones, then one for all in each ten seconds.
-void Spooler::tellDropped(std::uint64_t count, const char *why)
+void Spooler::reportDropped(std::uint64_t count, const char *why)
 {
-    m_untold += count;
+    m_unreported += count;
     const auto now = std::chrono::steady_clock::now();
-    if (m_untold == 0 || now < m_nextTold)
+    if (m_unreported == 0 || now < m_nextReport)
         return;
-    m_tell(QString("%1 messages dropped, the oldest ones, because %2").arg(m_untold).arg(why));
-    m_untold = 0;
-    m_nextTold = now + BETWEEN_LINES;
+    m_report(
+        QString("%1 messages dropped, the oldest ones, because %2").arg(m_unreported).arg(why));
+    m_unreported = 0;
+    m_nextReport = now + BETWEEN_LINES;
 }
 
 } // namespace kmr

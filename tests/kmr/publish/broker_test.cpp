@@ -76,7 +76,7 @@ protected:
                                 m_requested.set_value(requests.front().payload.size());
                             },
                             [this](std::size_t count) { m_dropped.set_value(count); },
-                            [this](const QString &line) { m_told.append(line); }});
+                            [this](const QString &line) { m_reported.append(line); }});
     }
 
     // The next connection, to a broker that takes packets of up to so many bytes.
@@ -112,7 +112,7 @@ protected:
         std::make_shared<Outbox>(0, true, [this] { m_wakeUp->wake(); });
     std::promise<std::size_t> m_dropped;
     std::promise<qint64> m_requested; // bytes of the payload
-    QStringList m_told;
+    QStringList m_reported;
 };
 
 const QByteArray ANY_MORE = "never sent";
@@ -132,8 +132,8 @@ TEST_F(CourierTest, WithoutABirthTheBrokerGetsNoDataAndIsTriedAgain)
     EXPECT_TRUE(taken.contains("NBIRTH") && taken.contains("value"));
     peer->abort();
     courier->end();
-    ASSERT_FALSE(m_told.isEmpty());
-    EXPECT_TRUE(m_told[0].contains(" does not take the birth, so it gets no data: "));
+    ASSERT_FALSE(m_reported.isEmpty());
+    EXPECT_TRUE(m_reported[0].contains(" does not take the birth, so it gets no data: "));
 }
 
 TEST_F(CourierTest, DataThatIsTooLongForTheBrokerIsDroppedAndTakesNoSeq)

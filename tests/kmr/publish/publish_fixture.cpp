@@ -43,7 +43,7 @@ QString PublisherProcess::waitFor(const QString &text)
     for (;;) {
         while (!m_process.canReadLine() || end.hasExpired()) {
             if (!m_process.waitForReadyRead(static_cast<int>(end.remainingTime()))) {
-                ADD_FAILURE() << text.toStdString() << " was not told";
+                ADD_FAILURE() << text.toStdString() << " was not reported";
                 return {};
             }
         }

@@ -123,7 +123,7 @@ TEST_F(WriteDeskTest, RefusesInWordsWhatMustNotBeWritten)
         {"label", "{\"value\": 5}", "label is a text, not a number such as 5"},
         {"label", "[\"a\", \"b\"]", "label is one text, not a list"},
         {"oven", "{\"valu\": 1}", "unknown key \\\"valu\\\", did you mean \\\"value\\\"?"},
-        {"oven", "{\"value\": 1", "no JSON, although it begins with { or ["},
+        {"oven", "{\"value\": 1", "not valid JSON, although it begins with { or ["},
         {"oven", "{}", "no value"},
         {"oven", "{\"value\": 1, \"id\": []}", "an id is a text or a whole number"},
         {"oven", "{\"value\": 1, \"expires\": \"soon\"}", "expires is a time with its offset"},
@@ -163,7 +163,7 @@ TEST_F(WriteDeskTest, AnswersBesideTheRequestOrWhereItAsksFor)
     EXPECT_EQ(m_answer.correlation, "c7");
     for (const char *const topic : {"$SYS/x", "other/valve/set", "line/oven", "line", "a/#"}) {
         request.responseTopic = topic;
-        EXPECT_TRUE(isRefused(request, "the response topic is not one for answers")) << topic;
+        EXPECT_TRUE(isRefused(request, "no answer may go to the response topic")) << topic;
         EXPECT_EQ(m_answer.topic, "line/oven/outcome");
     }
 }

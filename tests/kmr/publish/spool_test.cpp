@@ -154,11 +154,13 @@ TEST_F(SpoolTest, SpoolerCountsAloudWhatIsDropped)
     Spool spool(path(), {1, 1000});
     Outbox outbox(0, true, [] {});
     outbox.push(message(0, QDateTime::currentMSecsSinceEpoch()));
-    QStringList told;
-    Spooler spooler(spool, outbox, [&told](const QString &line) { told.append(line); });
+    QStringList reported;
+    Spooler spooler(spool, outbox, [&reported](const QString &line) { reported.append(line); });
     spooler.end();
-    EXPECT_EQ(told,
-              QStringList("1 messages dropped, the oldest ones, because the spool holds no more"));
+    EXPECT_EQ(
+        reported,
+        QStringList("1 messages dropped, the oldest ones, because the spool is at its limit of "
+                    "size or age"));
     EXPECT_EQ(spooler.dropped(), 1U);
     EXPECT_TRUE(outbox.isEmpty());
 }
