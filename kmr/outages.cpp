@@ -18,6 +18,17 @@ QString elementsName(const ElementRange &run)
 
 } // namespace
 
+void Outages::note(const Exchange &exchange, Time now)
+{
+    if (!isRead(exchange.request))
+        return;
+    const ElementRange run = refreshedBy(exchange.request);
+    if (exchange.outcome == Exchange::Outcome::GivenUp)
+        noteFailure(run, {exchange.fault, exchange.exceptionCode, exchange.length}, now);
+    if (exchange.outcome == Exchange::Outcome::Good)
+        noteAnswer(run, now);
+}
+
 void Outages::noteFailure(const ElementRange &run, const Failure &failure, Time now)
 {
     const bool isRefusal = failure.exceptionCode != 0;

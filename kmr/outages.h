@@ -1,6 +1,7 @@
 // Reports outages: a line when one begins and a line when it ends.
 #pragma once
 
+#include "host/line/poll_loop.h"
 #include "host/session/quality.h"
 #include "host/tags/element_range.h"
 
@@ -33,6 +34,9 @@ public:
         : m_tell(std::move(tell)), m_wallClock(std::move(wallClock))
     {
     }
+
+    // An exchange of the polling. A request to write is no part of an outage: it has its outcome.
+    void note(const Exchange &exchange, Time now);
 
     // The request for `run` was given up.
     void noteFailure(const ElementRange &run, const Failure &failure, Time now);

@@ -162,14 +162,8 @@ private:
     void note(const Exchange &exchange)
     {
         m_cycle.note(exchange, steady_clock::now());
-        const ElementRange run = refreshedBy(exchange.request);
-        if (exchange.outcome == Exchange::Outcome::GivenUp)
-            m_outages.noteFailure(run, {exchange.fault, exchange.exceptionCode, exchange.length},
-                                  steady_clock::now());
-        if (exchange.outcome != Exchange::Outcome::Good)
-            return;
-        m_outages.noteAnswer(run, steady_clock::now());
-        if (std::exchange(m_isLost, false))
+        m_outages.note(exchange, steady_clock::now());
+        if (exchange.outcome == Exchange::Outcome::Good && std::exchange(m_isLost, false))
             printError(now() + " the line is back");
     }
 

@@ -17,7 +17,7 @@ const char *const HELP =
   PREFIX/NAME/set      requests to write, with --allow-write: 21.5 or {"value":21.5,"id":"a7"}
   PREFIX/NAME/outcome  what came of them: confirmed, refused, no answer, unknown or not sent
 While the broker is away messages wait in the spool, in order and with their own times. It
-outlasts kill -9 and a power cut, but for the last second. The file of names says what may
+outlasts kill -9 and a power cut, except for the last second. The file of names says what may
 be written (column writable) and which changes are too small (column deadband).
 
 User and password are the two lines of --credentials, or KMR_MQTT_USER and
@@ -112,16 +112,17 @@ void addBrokerOptions(CommandDefinition &command, PublishOptions &own)
     command.add("--broker", own.broker,
                 "mqtt://HOST[:PORT] or mqtts://HOST[:PORT] (else kmr.toml, else "
                 "environment: KMR_BROKER)");
-    command.add("--prefix", own.prefix, "of all topics; of each publisher another").showDefault();
+    command.add("--prefix", own.prefix, "of all topics; each publisher needs its own")
+        .showDefault();
     command.add("--sparkplug", own.sparkplug,
                 "GROUP/NODE: publish by Sparkplug B as this node instead, with all values in its "
-                "birth; --prefix, --payload and --heartbeat don't count");
+                "birth; --prefix, --payload and --heartbeat have no effect");
     command.add("--mqtt", own.mqtt, "version of MQTT: 5 or 3.1.1")
         .showDefault()
         .oneOf({"5", "3.1.1"});
     command.add("--ca", own.ca, "file of the certificates to trust (default: the system's)");
     command.add("--certificate", own.certificate, "file of the client's certificate");
-    command.add("--key", own.key, "file of the key to it");
+    command.add("--key", own.key, "file of the certificate's key");
     command.add("--credentials", own.credentials,
                 "file with the user in its first line and the password in its second");
 }
@@ -130,7 +131,9 @@ void addSpoolOptions(CommandDefinition &command, PublishOptions &own)
 {
     command.add("--spool", own.spool, "file of the messages that wait for the broker")
         .showDefault();
-    command.add("--spool-size", own.spoolSize, "megabytes of messages; the oldest go first")
+    command
+        .add("--spool-size", own.spoolSize,
+             "megabytes of messages to keep; the oldest are dropped first")
         .showDefault()
         .numberBetween(0.001, 100000);
     command.add("--spool-age", own.spoolAge, "hours that a message may wait")
@@ -146,7 +149,7 @@ void addPublish(CLI::App &app, Command &chosen, OptionReader &reader)
     CommandDefinition command(app, "publish", "Publish values to an MQTT broker");
     command.add("TAG", own->tags, WANTED_TAGS);
     addBrokerOptions(command, *own);
-    command.add("--payload", own->payload, "what messages say: json or plain")
+    command.add("--payload", own->payload, "form of the messages: json or plain")
         .showDefault()
         .oneOf({"json", "plain"});
     command

@@ -4,6 +4,7 @@
 #include <mqtt_protocol.h>
 #include <poll.h>
 
+#include <algorithm>
 #include <cerrno>
 #include <cstring>
 
@@ -67,7 +68,8 @@ Incoming incomingOf(const mosquitto_message &message, const mosquitto_property *
 {
     Incoming incoming;
     incoming.topic = message.topic;
-    incoming.payload = QByteArray(static_cast<const char *>(message.payload), message.payloadlen);
+    incoming.payload = QByteArray(static_cast<const char *>(message.payload),
+                                  std::min(message.payloadlen, LONGEST_PACKET + 1));
     incoming.isRetained = message.retain;
     incoming.responseTopic = stringProperty(properties, MQTT_PROP_RESPONSE_TOPIC);
     incoming.correlation = binaryProperty(properties, MQTT_PROP_CORRELATION_DATA);
@@ -222,7 +224,7 @@ bool Broker::wait(int descriptor, std::chrono::milliseconds time)
     return result == MOSQ_ERR_SUCCESS || fail(result);
 }
 
-std::optional<int> Broker::publish(const Message &message)
+Broker::Publication Broker::publish(const Message &message)
 {
     Properties properties;
     if (m_settings.isMqtt5 && !message.correlation.isEmpty())
@@ -236,14 +238,13 @@ std::optional<int> Broker::publish(const Message &message)
         message.isRetained, properties.list);
     if (result == MOSQ_ERR_SUCCESS && m_settings.isSparkplug)
         askWhetherTaken(message.topic, id);
-    if (!isAboutMessage(result))
-        return id; // without a connection it is never acknowledged, and sent again later
-    m_events.acknowledged(0, mosquitto_strerror(result));
-    return std::nullopt;
+    if (isAboutMessage(result))
+        return {0, mosquitto_strerror(result)};
+    return {id, {}}; // without a connection it is never acknowledged, and sent again later
 }
 
-// A broker works off what a connection sends in order. So when it answers this, it has the message
-// before. Nobody is subscribed to the topic of a message of ours.
+// A broker handles what a connection sends in order. So when it answers this, it has the message
+// before. It ends no subscription, because there is none to a topic that we publish to.
 void Broker::askWhetherTaken(const QByteArray &topic, int &id)
 {
     mosquitto_unsubscribe_v5(m_client.get(), &id, topic.constData(), nullptr);

@@ -1,5 +1,5 @@
-// One connection to an MQTT broker, through libmosquitto. It doesn't connect again by itself, and
-// forgets what was not acknowledged: the outbox does that, in order. For one thread.
+// One connection to an MQTT broker, through libmosquitto. It neither connects again nor repeats
+// what was not acknowledged: Courier and Outbox do. For one thread.
 #pragma once
 
 #include "kmr/publish/broker_settings.h"
@@ -24,7 +24,7 @@ namespace kmr {
 // What came from the broker.
 struct Incoming {
     QByteArray topic;
-    QByteArray payload;
+    QByteArray payload; // the first 65537 bytes: what is longer than 65536 is refused
     bool isRetained = false;
     QByteArray responseTopic;                   // MQTT 5, or empty
     QByteArray correlation;                     // likewise
@@ -34,7 +34,7 @@ struct Incoming {
 
 class Broker {
 public:
-    // Called from within wait(), and from publish() for a message that can't be sent at all.
+    // Called from within wait().
     struct Events {
         std::function<void()> connected;
         // `refusal`: why the broker does not take the message, or empty.
@@ -54,18 +54,23 @@ public:
     // maybe for minutes. False when it fails: see why().
     bool connect();
 
-    // Sends, receives and calls `events`, until something was done, `descriptor` is readable or the
-    // time is over. False when the connection is over: see why().
+    // Waits until the connection or `descriptor` is ready or the time is over, then sends, receives
+    // and calls `events`. False when the connection is over: see why().
     bool wait(int descriptor, std::chrono::milliseconds time);
 
-    // After Events::connected. Returns the id with which it is acknowledged, or nothing when the
-    // message can't be sent: Events::acknowledged has then been called with id 0 and the reason.
-    // With Sparkplug a message has no acknowledgement; what is acknowledged is an UNSUBSCRIBE after
-    // it, which the broker answers.
-    std::optional<int> publish(const Message &message);
+    // What became of a message: the id with which it is acknowledged, or why it can't be sent at
+    // all, for example because it is too long for the broker.
+    struct Publication {
+        int id = 0;
+        QString refusal; // empty when it is sent
+    };
+
+    // After Events::connected. With Sparkplug a message has no acknowledgement; what is
+    // acknowledged is an UNSUBSCRIBE after it, which the broker answers.
+    Publication publish(const Message &message);
     void subscribe(const QStringList &topics);
 
-    // Says goodbye, so that the broker does not publish the will, but for Sparkplug.
+    // Ends the connection so that the broker does not publish the will, unless it is Sparkplug's.
     void disconnect();
 
     // Why the connection failed or ended.

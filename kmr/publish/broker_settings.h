@@ -17,11 +17,11 @@ struct BrokerSettings {
     QByteArray user;          // empty: none
     QByteArray password;
     QByteArray clientId;      // one for each publisher
-    bool isSparkplug = false; // quality of service 0, and the will also after a goodbye
+    bool isSparkplug = false; // quality of service 0, and the will also at a regular end
 };
 
 // "mqtt://HOST[:PORT]" or "mqtts://HOST[:PORT]" into host, port and isEncrypted. Throws Error
-// (Usage); a user and a password in it are refused, as others see command lines.
+// (Usage); a user and a password in it are refused, because others can see command lines.
 void readBrokerUrl(const QString &url, BrokerSettings &settings);
 
 // User and password: the two lines of `file`, or if that is empty KMR_MQTT_USER and

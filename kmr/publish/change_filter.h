@@ -1,4 +1,4 @@
-// Decides which samples of a tag are worth a message: changes, and now and then a sign of life.
+// Decides which samples of a tag are worth a message: changes, and heartbeats.
 #pragma once
 
 #include "kmr/publish/payload.h"
@@ -11,8 +11,8 @@ class ChangeFilter {
 public:
     using Time = std::chrono::steady_clock::time_point;
 
-    // `deadband`: numbers that differ by less from the published ones are no news; 0: each change
-    // is. `heartbeat`: after this long everything is; 0: never.
+    // `deadband`: numbers that differ by less from the published ones are not news; 0: each
+    // change is. `heartbeat`: after this time everything is; 0: never.
     ChangeFilter(double deadband, std::chrono::milliseconds heartbeat)
         : m_deadband(deadband), m_heartbeat(heartbeat)
     {

@@ -27,27 +27,27 @@ public:
     // Whether a message that an earlier run left in the spool can be sent.
     virtual bool isOurs(const Message &message) const = 0;
 
-    // The polling: what the outbox gets of a tag, and of the answer to a request.
+    // For the polling: the message of a tag's value, and of the answer to a request.
     virtual Message value(const PublishedTag &tag, const Sample &sample) = 0;
     virtual Message outcome(Message answer) = 0;
 
-    // All below: the network.
+    // All below is for the thread of the network.
 
     // What is to be subscribed to.
     virtual QStringList filters() const = 0;
 
-    // What the broker is to publish when the next connection fails; then that this was sent to it.
+    // What the broker is to publish when the next connection fails. noteWillSent(): it has it.
     virtual Message will() = 0;
     virtual void noteWillSent() {}
 
-    // The first message of a connection. `lastNumber`: of the messages that the outbox has so far.
+    // The first message of a connection. `lastNumber`: of the last message in the outbox so far.
     virtual Message birth(std::uint64_t lastNumber) = 0;
 
     // The last one.
     virtual Message death() = 0;
 
-    // What is sent for messages of the outbox: no more than mostTogether(), in their order. Then
-    // that this was sent.
+    // The message that carries these of the outbox, in their order: mostTogether() of them or
+    // fewer. noteDataSent(): it was sent.
     virtual Message data(const std::vector<Message> &messages) = 0;
     virtual void noteDataSent() {}
     virtual std::size_t mostTogether() const
@@ -60,7 +60,7 @@ public:
         bool wantsBirth = false;        // birth() is to be sent again before anything else
     };
 
-    // What a message that came asks for. Throws Error (Usage), in words, when nothing can be done.
+    // What a received message asks for. Throws Error (Usage) when it asks for nothing that exists.
     virtual Commands commands(const Incoming &incoming) = 0;
 };
 

@@ -66,10 +66,9 @@ struct Courier::State {
     // Of the thread alone.
     using Numbers = std::vector<std::uint64_t>;
     std::map<int, Numbers> sent; // message numbers by the broker's ids
-    Numbers numbersInHand;       // being handed to the broker
     bool isConnected = false;
     bool mustBeBorn = false;
-    QString told; // what was told last
+    QString reported; // the last line
     milliseconds pause = FIRST_PAUSE;
 
     void run();
@@ -80,10 +79,12 @@ struct Courier::State {
     void noteReceived(const Incoming &incoming);
     bool sendBirth(Broker &broker);
     bool sendAll(Broker &broker);
+    void send(Broker &broker, const std::vector<Message> &messages);
+    void drop(const Numbers &numbers, const QString &refusal);
     std::vector<Message> takeTogether();
     bool sayGoodbye(Broker &broker);
     void rest();
-    void tell(const QString &line);
+    void report(const QString &line);
     QString name() const;
 };
 
@@ -138,8 +139,8 @@ void Courier::State::runConnection()
     }
     if (isAlive && isConnected)
         isAlive = sayGoodbye(broker);
-    if (!isAlive && !broker.why().isEmpty()) // a birth that can't be sent has been told
-        tell(QString("no connection to %1: %2").arg(name(), broker.why()));
+    if (!isAlive && !broker.why().isEmpty()) // a birth that can't be sent was reported
+        report(QString("no connection to %1: %2").arg(name(), broker.why()));
 }
 
 Broker::Events Courier::State::brokerEvents(Broker *const &broker)
@@ -148,7 +149,8 @@ Broker::Events Courier::State::brokerEvents(Broker *const &broker)
             [this](int id, const QString &refusal) { noteAcknowledged(id, refusal); },
             [this](const Incoming &incoming) { noteReceived(incoming); },
             [this](const QString &refusal) {
-                events.tell(QString("%1 does not let us receive writes: %2").arg(name(), refusal));
+                events.report(
+                    QString("%1 does not let us receive writes: %2").arg(name(), refusal));
             }};
 }
 
@@ -161,16 +163,11 @@ void Courier::State::noteConnected(Broker &broker)
 
 void Courier::State::noteAcknowledged(int id, const QString &refusal)
 {
-    const auto found = sent.find(id);
-    const Numbers numbers = found == sent.end() ? numbersInHand : found->second;
-    if (id != 0)
-        pause = FIRST_PAUSE;
+    pause = FIRST_PAUSE;
+    const auto known = sent.extract(id); // unless it is a birth's
+    const Numbers numbers = known ? known.mapped() : Numbers();
     if (!refusal.isEmpty())
-        tell(QString("%1 does not take %2: %3")
-                 .arg(name(), id == 0 && mustBeBorn ? "the birth, so it gets no data" : "a message",
-                      refusal));
-    if (found != sent.end())
-        sent.erase(found);
+        return drop(numbers, refusal);
     for (const std::uint64_t number : numbers)
         outbox->acknowledge(number);
 }
@@ -182,22 +179,25 @@ void Courier::State::noteReceived(const Incoming &incoming)
         mustBeBorn = mustBeBorn || commands.wantsBirth;
         events.requested(std::move(commands.requests));
     } catch (const Error &error) {
-        tell(error.text());
+        report(error.text());
     } catch (const std::exception &error) { // libmosquitto, which calls this, is in C
-        tell(QString("a message to %1 can't be taken: %2")
-                 .arg(QString::fromUtf8(incoming.topic.left(200)), error.what()));
+        report(QString("a message to %1 can't be taken: %2")
+                   .arg(QString::fromUtf8(incoming.topic.left(200)), error.what()));
     }
 }
 
 // False when it can't be sent.
 bool Courier::State::sendBirth(Broker &broker)
 {
-    if (!broker.publish(convention->birth(outbox->lastNumber())))
+    const QString refusal = broker.publish(convention->birth(outbox->lastNumber())).refusal;
+    if (!refusal.isEmpty()) {
+        report(QString("%1 does not take the birth, so it gets no data: %2").arg(name(), refusal));
         return false;
+    }
     mustBeBorn = false;
     if (outbox->isConnected()) // it was the second birth of this connection
         return true;
-    tell("connected to " + name());
+    report("connected to " + name());
     outbox->setConnected(true);
     events.connected();
     return true;
@@ -214,16 +214,34 @@ bool Courier::State::sendAll(Broker &broker)
         const std::vector<Message> messages = takeTogether();
         if (messages.empty())
             return true;
-        for (const Message &message : messages)
-            numbersInHand.push_back(message.number);
-        if (const std::optional<int> id = broker.publish(convention->data(messages))) {
-            convention->noteDataSent();
-            sent[*id] = numbersInHand;
-        } else {
-            events.dropped(messages.size());
-        }
-        numbersInHand.clear();
+        send(broker, messages);
     }
+}
+
+// Messages that can't be sent together are sent in halves, in their order.
+void Courier::State::send(Broker &broker, const std::vector<Message> &messages)
+{
+    const auto [id, refusal] = broker.publish(convention->data(messages));
+    if (refusal.isEmpty()) {
+        convention->noteDataSent();
+        for (const Message &message : messages)
+            sent[id].push_back(message.number);
+    } else if (messages.size() == 1) {
+        drop({messages.front().number}, refusal);
+    } else {
+        const auto middle = messages.begin() + static_cast<std::ptrdiff_t>(messages.size() / 2);
+        send(broker, {messages.begin(), middle});
+        send(broker, {middle, messages.end()});
+    }
+}
+
+// What the broker will never take.
+void Courier::State::drop(const Numbers &numbers, const QString &refusal)
+{
+    report(QString("%1 does not take a message: %2").arg(name(), refusal));
+    events.dropped(numbers.size());
+    for (const std::uint64_t number : numbers)
+        outbox->acknowledge(number);
 }
 
 std::vector<Message> Courier::State::takeTogether()
@@ -247,10 +265,9 @@ bool Courier::State::sayGoodbye(Broker &broker)
         isAlive = sendAll(broker) && broker.wait(wakeUp->descriptor(), milliseconds(50));
         wakeUp->clear();
     }
-    const std::optional<int> id = broker.publish(convention->death());
-    if (id)
-        sent[*id] = {};
-    while (isAlive && id && sent.count(*id) > 0 && steady_clock::now() < end)
+    const int id = broker.publish(convention->death()).id;
+    sent[id] = {};
+    while (isAlive && sent.count(id) > 0 && steady_clock::now() < end)
         isAlive = broker.wait(wakeUp->descriptor(), milliseconds(50));
     broker.disconnect();
     return isAlive;
@@ -264,11 +281,11 @@ void Courier::State::rest()
         std::this_thread::sleep_for(milliseconds(50));
 }
 
-// The same failure again and again is told once.
-void Courier::State::tell(const QString &line)
+// A failure that goes on is reported once.
+void Courier::State::report(const QString &line)
 {
-    if (std::exchange(told, line) != line && !(isEnding && !isConnected))
-        events.tell(line);
+    if (std::exchange(reported, line) != line && !(isEnding && !isConnected))
+        events.report(line);
 }
 
 QString Courier::State::name() const

@@ -1,5 +1,5 @@
 // The thread that talks to the broker: connects, and again after each loss; sends what the outbox
-// has; hands on what comes.
+// has; passes on what it receives.
 #pragma once
 
 #include "kmr/publish/convention.h"
@@ -43,8 +43,8 @@ public:
     struct Events {
         std::function<void()> connected;                      // and the birth was sent
         std::function<void(std::vector<Incoming>)> requested; // see Convention::Commands
-        std::function<void(std::size_t)> dropped;  // so many messages, which can't be sent at all
-        std::function<void(const QString &)> tell; // a line for a person
+        std::function<void(std::size_t)> dropped;    // so many messages, which the broker refuses
+        std::function<void(const QString &)> report; // takes a line for a person
     };
 
     // `wakeUp` is woken after each push to the outbox.

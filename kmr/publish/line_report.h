@@ -17,7 +17,7 @@ struct LineReport {
     const Statistics &statistics;
     std::set<int> silentStations;
     std::uint64_t waiting = 0;         // messages that wait for the broker
-    std::uint64_t dropped = 0;         // messages without a place, or too long
+    std::uint64_t dropped = 0;         // messages: no room, or refused by the broker
     std::uint64_t requests = 0;        // to write, carried out or answered
     std::uint64_t requestsRefused = 0; // because there were too many at once
 

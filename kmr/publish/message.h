@@ -1,4 +1,4 @@
-// What goes to the broker.
+// A message to the broker.
 #pragma once
 
 #include <QByteArray>
@@ -8,7 +8,7 @@
 namespace kmr {
 
 struct Message {
-    std::uint64_t number = 0; // of the order in which they must arrive, from 1 on; Outbox gives it
+    std::uint64_t number = 0; // its place in the order of delivery, from 1; Outbox gives it
     qint64 time = 0;          // when it was made, milliseconds since 1970 UTC
     QByteArray topic;
     QByteArray payload;

@@ -65,7 +65,7 @@ struct Metrics::Figures {
 
     const std::shared_ptr<prometheus::Registry> registry = std::make_shared<prometheus::Registry>();
     Counter &exchanges =
-        counter("kmr_exchanges_total", "Requests on the line, each time that they were sent.");
+        counter("kmr_exchanges_total", "Requests sent on the line, repeats included.");
     Counter &good = counter("kmr_exchanges_good_total", "Requests that were answered.");
     Counter &retries = counter("kmr_retries_total", "Requests that were sent again.");
     Counter &giveUps = counter("kmr_give_ups_total", "Requests that were given up.");
@@ -82,9 +82,9 @@ struct Metrics::Figures {
     Gauge &isConnected = gauge("kmr_broker_connected", "1 while there is a connection, else 0.");
     Gauge &waiting = gauge("kmr_waiting_messages", "Messages that wait for the broker.");
     Gauge &spooled = gauge("kmr_spool_messages", "Messages that wait on disk.");
-    Gauge &spoolBytes = gauge("kmr_spool_bytes", "What they hold together.");
+    Gauge &spoolBytes = gauge("kmr_spool_bytes", "Bytes of the messages that wait on disk.");
     Counter &dropped = counter("kmr_dropped_messages_total",
-                               "Messages that are lost: without a place, or too long.");
+                               "Messages that are lost: no room, or refused by the broker.");
     prometheus::Family<Counter> &requests = prometheus::BuildCounter()
                                                 .Name("kmr_requests_total")
                                                 .Help("Requests to write, by their outcome.")

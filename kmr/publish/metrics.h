@@ -1,5 +1,5 @@
-// The figures of a line and of its publisher for Prometheus, at http://HOST:PORT/metrics. Threads
-// of its own answer; they wait for nothing, and nothing waits for them.
+// The figures of a line and of its publisher for Prometheus, at http://HOST:PORT/metrics. It
+// answers in threads of its own, which delay nothing else.
 #pragma once
 
 #include "kmr/publish/line_report.h"
@@ -18,7 +18,7 @@ namespace kmr {
 class Metrics {
 public:
     // Listens at "127.0.0.1:9100", port 0 for any free one. Throws Error (Usage) for a bad address,
-    // and for one that can't be listened at.
+    // and when it can't listen there.
     explicit Metrics(const QString &address);
     ~Metrics();
     Metrics(const Metrics &) = delete;
@@ -27,10 +27,10 @@ public:
     // Where the figures are.
     QString url() const;
 
-    // A good exchange took so long.
+    // Adds the round trip of a good exchange.
     void noteRoundTrip(std::chrono::nanoseconds time);
 
-    // The figures from now on.
+    // Shows these figures from now on.
     void note(const LineReport &report);
 
 private:

@@ -25,8 +25,26 @@ void Outbox::push(Message message)
         const Lock lock(m_mutex);
         message.number = ++m_lastNumber;
         (m_hasMore ? m_fresh : m_front).push_back({std::move(message)});
+        if (m_front.size() + m_fresh.size() > MOST_KEPT)
+            dropOldest();
     }
     m_wake();
+}
+
+// If it is on disk, it must not be sent from there later, after newer ones.
+void Outbox::dropOldest()
+{
+    for (std::deque<Entry> *part : {&m_front, &m_fresh}) {
+        const auto oldest = std::find_if(part->begin(), part->end(),
+                                         [](const Entry &entry) { return !entry.isSent; });
+        if (oldest == part->end())
+            continue;
+        if (oldest->isStored)
+            m_delivered.push_back(oldest->message.number);
+        part->erase(oldest);
+        ++m_dropped;
+        return;
+    }
 }
 
 void Outbox::pushIfConnected(Message message)
@@ -87,13 +105,13 @@ bool Outbox::isConnected() const
     return m_isConnected;
 }
 
-std::vector<Message> Outbox::toStore(qint64 time) const
+std::vector<Message> Outbox::toStore(std::uint64_t upTo) const
 {
     const Lock lock(m_mutex);
     std::vector<Message> messages;
     for (const std::deque<Entry> *part : {&m_front, &m_fresh}) {
         for (const Entry &entry : *part) {
-            if (!entry.isStored && !entry.isDelivered && entry.message.time <= time)
+            if (!entry.isStored && !entry.isDelivered && entry.message.number <= upTo)
                 messages.push_back(entry.message);
         }
     }
@@ -172,18 +190,10 @@ void Outbox::drop(std::uint64_t upTo)
     m_lastLoaded = std::max(m_lastLoaded, upTo);
 }
 
-std::size_t Outbox::dropExcess()
+std::uint64_t Outbox::dropped() const
 {
     const Lock lock(m_mutex);
-    std::size_t dropped = 0;
-    for (std::deque<Entry> *part : {&m_front, &m_fresh}) {
-        while (m_front.size() + m_fresh.size() > MOST_KEPT && !part->empty() &&
-               !part->front().isSent) {
-            part->pop_front();
-            ++dropped;
-        }
-    }
-    return dropped;
+    return m_dropped;
 }
 
 bool Outbox::isEmpty() const

@@ -27,16 +27,17 @@ class Outbox {
 public:
     static constexpr std::size_t WINDOW = 100;      // sent, but not acknowledged
     static constexpr std::size_t KEPT = 2000;       // in memory, if the others are on disk
-    static constexpr std::size_t MOST_KEPT = 20000; // in memory, if nothing can be kept on disk
+    static constexpr std::size_t MOST_KEPT = 20000; // in memory, if the disk fails or hangs
 
-    // `wake` is called after each push, by the thread that pushes. `lastNumber`: of the messages
-    // that already are on disk, `isEmpty` if there are none.
+    // `wake` is called after each push, by the thread that pushes. `lastNumber`: the last one given
+    // in earlier runs. `isEmpty`: no messages are on disk.
     Outbox(std::uint64_t lastNumber, bool isEmpty, std::function<void()> wake);
 
     // The number of the last message so far.
     std::uint64_t lastNumber() const;
 
-    // The polling: adds a message. Its number is given here.
+    // The polling: adds a message. Its number is given here. Beyond MOST_KEPT the oldest that is
+    // not on its way is dropped.
     void push(Message message);
 
     // The same, but it is dropped while there is no connection: it would be out of date later.
@@ -52,12 +53,12 @@ public:
     void setConnected(bool isConnected);
     bool isConnected() const;
 
-    // The disk: what is to be stored, because it was made at `time` or before and still waits; and
-    // that this was stored.
-    std::vector<Message> toStore(qint64 time) const;
+    // The disk: what is to be stored, those up to this number that still wait; and that this was
+    // stored.
+    std::vector<Message> toStore(std::uint64_t upTo) const;
     void noteStored(const std::vector<Message> &messages);
 
-    // The disk: what was stored and is delivered now.
+    // The disk: what was stored and is delivered, or dropped from memory.
     std::vector<std::uint64_t> takeDelivered();
 
     // The disk: the number after which more is to be loaded, if any is; then what was found.
@@ -68,8 +69,8 @@ public:
     // The disk: messages up to this number have been removed from it.
     void drop(std::uint64_t upTo);
 
-    // The disk can't store: the oldest beyond MOST_KEPT are dropped. Returns how many.
-    std::size_t dropExcess();
+    // Messages that push() has dropped so far.
+    std::uint64_t dropped() const;
 
     // Nothing waits in memory or on disk.
     bool isEmpty() const;
@@ -87,6 +88,7 @@ private:
 
     void removeDelivered();
     void spill();
+    void dropOldest();
 
     const std::function<void()> m_wake;
     mutable std::mutex m_mutex;
@@ -97,6 +99,7 @@ private:
     std::deque<Entry> m_fresh;
     std::size_t m_unacknowledged = 0;
     bool m_isConnected = false;
+    std::uint64_t m_dropped = 0;
     std::vector<std::uint64_t> m_delivered; // stored, to be removed from disk
 };
 

@@ -2,7 +2,7 @@
 //
 // JSON is an object:
 //   value    a number or text, or a list of them if the tag has several; null before the first
-//   unit     null without
+//   unit     null if the tag has none
 //   quality  good, stale or pending
 //   time     when the controller answered with the value, RFC 3339; null before the first
 //   cause    why it is stale, else null

@@ -53,8 +53,11 @@ Message PlainTopics::data(const std::vector<Message> &messages)
     return messages.front();
 }
 
+// Some brokers subscribe their clients to topics by themselves.
 Convention::Commands PlainTopics::commands(const Incoming &incoming)
 {
+    if (!m_takesRequests)
+        return {};
     return {{incoming}, false};
 }
 

@@ -23,7 +23,7 @@ std::vector<PublishedTag> publishedTags(const std::vector<Tag> &tags, const Name
                                         const QString &prefix);
 
 // The names that are published, and with `allowsWrites` those that are marked writable. Throws
-// Error (Usage) when there is none of these.
+// Error (Usage) when no name is marked.
 QStringList knownNames(const std::vector<PublishedTag> &tags, const NameTable *names,
                        bool allowsWrites);
 

@@ -4,6 +4,7 @@
 #include "kmr/assignment.h"
 #include "kmr/output.h"
 #include "kmr/publish/plain_topics.h"
+#include "kmr/publish/service_line.h"
 #include "kmr/publish/sparkplug_node.h"
 #include "kmr/stop_signal.h"
 
@@ -21,8 +22,6 @@ constexpr milliseconds STOP_CHECK(50);
 constexpr std::chrono::seconds BETWEEN_REPORTS(10);
 constexpr std::chrono::seconds BETWEEN_METRICS(1);
 constexpr std::chrono::seconds BETWEEN_REFUSALS(1);
-constexpr milliseconds FIRST_PAUSE(500); // before opening the line again; doubled up to the longest
-constexpr milliseconds LONGEST_PAUSE(30000);
 
 void printTimed(const QString &line)
 {
@@ -49,10 +48,11 @@ Publisher::Publisher(const Options &options, PublisherSettings settings)
       m_convention(convention()), m_spool(m_settings.spool, m_settings.spoolLimits),
       m_outbox(std::make_shared<Outbox>(m_spool.lastNumber(), m_spool.count() == 0,
                                         [wakeUp = m_wakeUp] { wakeUp->wake(); })),
-      m_session(openLine()), m_values(m_session, m_tags, m_settings.heartbeat,
-                                      [this](const PublishedTag &tag, const Sample &sample) {
-                                          m_outbox->push(m_convention->value(tag, sample));
-                                      }),
+      m_session(openLine(m_connection, m_notice, printTimed)),
+      m_values(m_session, m_tags, m_settings.heartbeat,
+               [this](const PublishedTag &tag, const Sample &sample) {
+                   m_outbox->push(m_convention->value(tag, sample));
+               }),
       m_desk(m_connection.tags(), m_topics,
              [this](const Tag &tag, const Values &values) { return write(tag, values); }),
       m_cycle(m_settings.cycle), m_reconnection(m_connection), m_outages(printError, now)
@@ -74,31 +74,6 @@ Publisher::~Publisher()
     m_session.setConfirmObserver({});
     m_session.setStepObserver({});
     m_session.setWaitObserver({});
-}
-
-// A service is begun when the machine is, maybe long before its line.
-Session &Publisher::openLine()
-{
-    milliseconds pause = FIRST_PAUSE;
-    for (;;) {
-        try {
-            return m_connection.open();
-        } catch (const Error &error) {
-            if (error.kind() != ErrorKind::Link || !m_notice.isListening())
-                throw;
-            if (pause == FIRST_PAUSE)
-                printTimed(error.text() + "; trying again until it works");
-            m_notice.ready();
-            const Time end = steady_clock::now() + pause;
-            while (steady_clock::now() < end) {
-                m_notice.alive();
-                sleepUnlessStopped(STOP_CHECK);
-                if (stopFlag())
-                    throw;
-            }
-            pause = std::min(2 * pause, LONGEST_PAUSE);
-        }
-    }
 }
 
 std::shared_ptr<Convention> Publisher::convention() const
@@ -285,12 +260,9 @@ void Publisher::note(const Exchange &exchange)
     const Time time = steady_clock::now();
     m_cycle.note(exchange, time);
     m_values.noteExchange(exchange);
-    const ElementRange run = refreshedBy(exchange.request);
-    if (exchange.outcome == Exchange::Outcome::GivenUp)
-        m_outages.noteFailure(run, {exchange.fault, exchange.exceptionCode, exchange.length}, time);
+    m_outages.note(exchange, time);
     if (exchange.outcome != Exchange::Outcome::Good)
         return;
-    m_outages.noteAnswer(run, time);
     if (m_metrics)
         m_metrics->noteRoundTrip(exchange.roundTrip);
     if (std::exchange(m_isLost, false))

@@ -44,14 +44,13 @@ public:
     Publisher(const Publisher &) = delete;
     Publisher &operator=(const Publisher &) = delete;
 
-    // Until the end is asked for.
+    // Publishes until the end is asked for. ItemFailed when messages were dropped.
     ExitCode run();
 
 private:
     using Time = std::chrono::steady_clock::time_point;
 
     std::shared_ptr<Convention> convention() const;
-    Session &openLine();
     void checkSpool();
     BrokerSettings brokerSettings() const;
     Courier::Events courierEvents();

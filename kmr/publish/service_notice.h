@@ -1,5 +1,5 @@
-// Tells systemd how a service fares, as sd_notify(3) describes it. Does nothing where no service
-// manager listens.
+// Reports the state of a service to systemd, as sd_notify(3) describes it. Does nothing when no
+// service manager listens.
 #pragma once
 
 #include <QByteArray>
@@ -18,7 +18,7 @@ public:
         return !m_address.isEmpty();
     }
 
-    // It works.
+    // It has started.
     void ready();
 
     // Says that it is still working, if it is time to. To be called often.

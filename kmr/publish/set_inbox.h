@@ -1,5 +1,5 @@
 // Requests on their way from the network to the polling. A flood of them is limited and counted.
-// For all threads.
+// Any function may be called from any thread.
 #pragma once
 
 #include "kmr/publish/broker.h"
@@ -19,19 +19,19 @@ public:
     static constexpr std::size_t MOST_WAITING = 32;
     static constexpr std::size_t MOST_REFUSED = 20; // that are remembered for an answer
 
-    // All of what one message asks for, or nothing of it if it finds no place.
+    // Adds all that one message asks for, or refuses all if there is no room for it.
     void add(std::vector<Incoming> requests);
 
     // The oldest that waits.
     std::optional<Incoming> take();
 
-    // Those that found no place since the last call, the first MOST_REFUSED of them.
+    // Those that were refused since the last call, the first MOST_REFUSED of them.
     std::vector<Incoming> takeRefused();
 
-    // How many found no place so far.
+    // How many were refused so far.
     std::uint64_t refused() const;
 
-    // Sleeps so long, or until a request waits.
+    // Sleeps for this time, or until a request waits.
     void await(std::chrono::nanoseconds time);
 
 private:

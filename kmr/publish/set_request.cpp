@@ -93,7 +93,7 @@ SetRequest parseJson(const QByteArray &payload)
 {
     const Json json = Json::parse(payload.begin(), payload.end(), nullptr, false);
     if (json.is_discarded())
-        throw usage("no JSON, although it begins with { or [");
+        throw usage("not valid JSON, although it begins with { or [");
     SetRequest request;
     if (json.is_array()) {
         request.items = itemsOf(json);

@@ -47,9 +47,7 @@ void checkLength(const QByteArray &payload)
 {
     if (payload.size() > LONGEST_COMMAND)
         throw Error(ErrorKind::Usage,
-                    QString("a command of %1 bytes is refused: at most %2 are taken")
-                        .arg(payload.size())
-                        .arg(LONGEST_COMMAND));
+                    QString("a command of more than %1 bytes is refused").arg(LONGEST_COMMAND));
 }
 
 // The number after the one in the file, 0 without such a file.
@@ -67,9 +65,9 @@ int numberAfter(const QString &file)
 
 SparkplugNode::SparkplugNode(const Topics &topics, const std::vector<PublishedTag> &tags,
                              bool takesRequests, QString bdSeqFile,
-                             std::function<void(const QString &)> tell)
+                             std::function<void(const QString &)> report)
     : m_topics(topics), m_takesRequests(takesRequests), m_bdSeqFile(std::move(bdSeqFile)),
-      m_tell(std::move(tell)), m_nextBdSeq(numberAfter(m_bdSeqFile))
+      m_report(std::move(report)), m_nextBdSeq(numberAfter(m_bdSeqFile))
 {
     checkPrefix(m_topics.prefix());
     const qint64 time = now();
@@ -142,9 +140,9 @@ void SparkplugNode::noteWillSent()
     QSaveFile file(m_bdSeqFile);
     const bool isWritten = file.open(QIODevice::WriteOnly) &&
                            file.write(QByteArray::number(m_bdSeq) + '\n') > 0 && file.commit();
-    if (!isWritten && !std::exchange(m_hasToldFailure, true))
-        m_tell(QString("can't write %1: %2; bdSeq will not continue after a restart")
-                   .arg(m_bdSeqFile, file.errorString()));
+    if (!isWritten && !std::exchange(m_hasReportedFailure, true))
+        m_report(QString("can't write %1: %2; bdSeq will not continue after a restart")
+                     .arg(m_bdSeqFile, file.errorString()));
 }
 
 Message SparkplugNode::death()
@@ -191,7 +189,7 @@ void SparkplugNode::noteDataSent()
     m_seq = (m_seq + 1) % NUMBERS;
 }
 
-// Of what waits, enough to save messages and little enough for brokers that limit their length.
+// Enough to save messages; what is too long together is sent in parts.
 std::size_t SparkplugNode::mostTogether() const
 {
     return 20;

@@ -24,11 +24,11 @@ namespace kmr {
 class SparkplugNode : public Convention {
 public:
     // `topics`: of the prefix GROUP/NODE. `bdSeqFile` keeps the number of the connection, which
-    // births and deaths have in common, over restarts; `tell` gets a line for a person when it
+    // births and deaths have in common, over restarts; `report` takes a line for a person when it
     // can't be written, once. Throws Error (Usage) for a prefix of another form and for names that
-    // Sparkplug has itself.
+    // Sparkplug reserves.
     SparkplugNode(const Topics &topics, const std::vector<PublishedTag> &tags, bool takesRequests,
-                  QString bdSeqFile, std::function<void(const QString &)> tell);
+                  QString bdSeqFile, std::function<void(const QString &)> report);
 
     QString name() const override;
     bool isOurs(const Message &message) const override;
@@ -54,13 +54,13 @@ private:
     const Topics m_topics;
     const bool m_takesRequests;
     const QString m_bdSeqFile;
-    const std::function<void(const QString &)> m_tell;
+    const std::function<void(const QString &)> m_report;
     std::map<QString, sparkplug::DataType> m_types;
     std::mutex m_mutex;
     std::map<QString, QByteArray> m_latest; // metrics as they are now; guarded by the mutex
     int m_bdSeq = 0;                        // of this connection, 0 to 255
     int m_nextBdSeq = 0;
-    bool m_hasToldFailure = false;
+    bool m_hasReportedFailure = false;
     int m_seq = 0;                 // of the next message, 0 to 255
     std::uint64_t m_overtaken = 0; // messages up to this number are older than the birth
 };

@@ -8,7 +8,7 @@
 //   retained    0 or 1
 //   correlation empty but in answers to requests
 //
-// For one thread. One program at a time has the file.
+// For one thread. Only one program at a time can open the file.
 #pragma once
 
 #include "kmr/publish/message.h"
@@ -28,8 +28,8 @@ struct SpoolLimits {
 
 class Spool {
 public:
-    // Opens or makes the file. Throws Error (Usage) when it is none of ours, can't be written or
-    // another program has it.
+    // Opens or makes the file. Throws Error (Usage) when it is not a spool, can't be written or
+    // another program has it open.
     Spool(QString path, SpoolLimits limits);
     ~Spool();
 

@@ -13,12 +13,11 @@ namespace {
 constexpr std::size_t BATCH = 500;                // messages loaded at once
 constexpr std::chrono::seconds TRY_AGAIN(5);      // after a failure of the disk
 constexpr std::chrono::seconds BETWEEN_LINES(10); // about dropped messages
-constexpr std::chrono::milliseconds PATIENCE_AT_END(0);
 
 } // namespace
 
-Spooler::Spooler(Spool &spool, Outbox &outbox, std::function<void(const QString &)> tell)
-    : m_spool(spool), m_outbox(outbox), m_tell(std::move(tell)), m_stored(spool.count()),
+Spooler::Spooler(Spool &spool, Outbox &outbox, std::function<void(const QString &)> report)
+    : m_spool(spool), m_outbox(outbox), m_report(std::move(report)), m_stored(spool.count()),
       m_thread([this] { run(); })
 {
 }
@@ -41,9 +40,13 @@ void Spooler::end()
 
 void Spooler::run()
 {
-    while (!isEnding(m_isFailing ? TRY_AGAIN : PERIOD))
-        work(PATIENCE);
-    work(PATIENCE_AT_END);
+    std::uint64_t seen = 0; // the last message at the look before
+    while (!isEnding(m_isFailing ? TRY_AGAIN : PERIOD)) {
+        const std::uint64_t last = m_outbox.lastNumber();
+        work(seen);
+        seen = last;
+    }
+    work(m_outbox.lastNumber());
 }
 
 bool Spooler::isEnding(std::chrono::milliseconds wait)
@@ -52,26 +55,29 @@ bool Spooler::isEnding(std::chrono::milliseconds wait)
     return m_change.wait_for(lock, wait, [this] { return m_isEnding; });
 }
 
-void Spooler::work(std::chrono::milliseconds patience)
+// Stores what waits up to this number, whatever times the messages have: clocks are set.
+void Spooler::work(std::uint64_t upTo)
 {
-    const qint64 now = QDateTime::currentMSecsSinceEpoch();
     try {
         removeDelivered();
-        const std::vector<Message> waiting = m_outbox.toStore(now - patience.count());
+        const std::vector<Message> waiting = m_outbox.toStore(upTo);
         if (!waiting.empty()) {
             m_spool.append(waiting);
             m_outbox.noteStored(waiting);
         }
-        const Spool::Dropped dropped = m_spool.dropExcess(now);
+        const Spool::Dropped dropped = m_spool.dropExcess(QDateTime::currentMSecsSinceEpoch());
         if (dropped.count > 0)
             m_outbox.drop(dropped.upTo);
-        noteDropped(dropped.count, "the spool holds no more");
+        m_dropped += dropped.count;
+        reportDropped(dropped.count, "the spool is at its limit of size or age");
         loadMore();
         if (std::exchange(m_isFailing, false))
-            m_tell("the spool can be written again");
+            m_report("the spool can be written again");
     } catch (const Error &error) {
         noteFailure(error.text());
     }
+    const std::uint64_t fromMemory = m_outbox.dropped();
+    reportDropped(fromMemory - std::exchange(m_fromMemory, fromMemory), "the memory is full");
     m_stored = m_spool.count();
     m_storedBytes = m_spool.bytes();
 }
@@ -98,21 +104,20 @@ void Spooler::loadMore()
 void Spooler::noteFailure(const QString &text)
 {
     if (!std::exchange(m_isFailing, true))
-        m_tell(text + "; what the broker has not taken yet stays in memory");
-    noteDropped(m_outbox.dropExcess(), "the memory holds no more");
+        m_report(text + "; what the broker has not taken yet stays in memory");
 }
 
 // A line for the first ones, then one for all in each ten seconds.
-void Spooler::noteDropped(std::uint64_t count, const char *why)
+void Spooler::reportDropped(std::uint64_t count, const char *why)
 {
-    m_dropped += count;
-    m_untold += count;
+    m_unreported += count;
     const auto now = std::chrono::steady_clock::now();
-    if (m_untold == 0 || now < m_nextTold)
+    if (m_unreported == 0 || now < m_nextReport)
         return;
-    m_tell(QString("%1 messages dropped, the oldest ones, because %2").arg(m_untold).arg(why));
-    m_untold = 0;
-    m_nextTold = now + BETWEEN_LINES;
+    m_report(
+        QString("%1 messages dropped, the oldest ones, because %2").arg(m_unreported).arg(why));
+    m_unreported = 0;
+    m_nextReport = now + BETWEEN_LINES;
 }
 
 } // namespace kmr

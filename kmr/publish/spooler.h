@@ -17,12 +17,12 @@ namespace kmr {
 
 class Spooler {
 public:
-    // A message that waits longer is on disk after this and PERIOD at the latest.
-    static constexpr std::chrono::milliseconds PATIENCE{300};
-    static constexpr std::chrono::milliseconds PERIOD{200};
+    // Between two looks at the outbox. What waits at both is stored: after twice this at the
+    // latest.
+    static constexpr std::chrono::milliseconds PERIOD{250};
 
-    // Begins. Both must outlive it. `tell` is called by its thread, with lines for a person.
-    Spooler(Spool &spool, Outbox &outbox, std::function<void(const QString &)> tell);
+    // Begins. Both must outlive it. `report` takes lines for a person, from its thread.
+    Spooler(Spool &spool, Outbox &outbox, std::function<void(const QString &)> report);
     // As end().
     ~Spooler();
     Spooler(const Spooler &) = delete;
@@ -42,28 +42,29 @@ public:
     }
     std::uint64_t dropped() const
     {
-        return m_dropped;
+        return m_dropped + m_outbox.dropped();
     }
 
 private:
     void run();
     bool isEnding(std::chrono::milliseconds wait);
-    void work(std::chrono::milliseconds patience);
+    void work(std::uint64_t upTo);
     void removeDelivered();
     void loadMore();
-    void noteDropped(std::uint64_t count, const char *why);
+    void reportDropped(std::uint64_t count, const char *why);
     void noteFailure(const QString &text);
 
     Spool &m_spool;
     Outbox &m_outbox;
-    const std::function<void(const QString &)> m_tell;
+    const std::function<void(const QString &)> m_report;
     std::vector<std::uint64_t> m_toRemove;
     bool m_isFailing = false;
-    std::uint64_t m_untold = 0; // dropped since the last line about it
-    std::chrono::steady_clock::time_point m_nextTold;
+    std::uint64_t m_fromMemory = 0; // dropped there at the last look
+    std::uint64_t m_unreported = 0; // dropped, since the last line about it
+    std::chrono::steady_clock::time_point m_nextReport;
     std::atomic<std::uint64_t> m_stored{0};
     std::atomic<std::uint64_t> m_storedBytes{0};
-    std::atomic<std::uint64_t> m_dropped{0};
+    std::atomic<std::uint64_t> m_dropped{0}; // from the spool
     std::mutex m_mutex;
     std::condition_variable m_change;
     bool m_isEnding = false;

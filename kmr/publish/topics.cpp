@@ -47,7 +47,7 @@ Topics::Topics(const QString &prefix, const QStringList &names) : m_prefix(prefi
         for (const QByteArray &end : {SET, OUTCOME}) {
             const auto other = m_names.find(topic + end);
             if (other != m_names.end())
-                throw usage(QString("%1 would stand in the way of writing %2: rename one of them")
+                throw usage(QString("the topic of %1 is needed for writing %2: rename one of them")
                                 .arg(other->second, name));
         }
     }

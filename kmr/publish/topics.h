@@ -22,7 +22,7 @@ namespace kmr {
 class Topics {
 public:
     // `names`: all that are published or may be asked for. Throws Error (Usage) for a prefix that
-    // is no topic, and for two names that would share a topic.
+    // is not a topic, and for two names that would share a topic.
     Topics(const QString &prefix, const QStringList &names);
 
     QString prefix() const

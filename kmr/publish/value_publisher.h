@@ -1,5 +1,5 @@
-// Publishes what a session knows of tags: when it changes, when it becomes stale, and now
-// and then.
+// Publishes what a session knows of tags: when it changes, when it becomes stale, and at each
+// heartbeat.
 #pragma once
 
 #include "host/session/session.h"
@@ -47,8 +47,8 @@ public:
     // All tags count as published as they are now.
     void notePublished();
 
-    // Publishes what is not good once more when its heartbeat is due. What is good has to be read
-    // for that. To be called often.
+    // Publishes what is not good once more when its heartbeat is due; what is good is published
+    // when it is read. To be called often.
     void beat();
 
     // Stations that answer nothing, not even with a refusal.

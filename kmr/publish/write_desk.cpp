@@ -33,7 +33,7 @@ QString lateness(const Incoming &incoming, const SetRequest &request)
     return {};
 }
 
-// The same request has the same: that may come twice. Empty for one that can't be known again.
+// What is the same when a request comes twice. Empty for one that can't be recognised.
 QByteArray identityOf(const Incoming &incoming, const QString &id)
 {
     if (!id.isEmpty())
@@ -81,7 +81,7 @@ WriteOutcome WriteDesk::carryOut(const Incoming &incoming, const QString &name, 
     if (incoming.isRetained)
         return refused("retained: a request counts only while it is new");
     if (!incoming.responseTopic.isEmpty() && !m_topics.mayAnswerTo(incoming.responseTopic))
-        return refused("the response topic is not one for answers");
+        return refused("no answer may go to the response topic");
     try {
         const SetRequest request = parseSetRequest(incoming.payload);
         id = request.id;

@@ -40,7 +40,7 @@ public:
     // Checks and carries out, and returns the answer.
     Message handle(const Incoming &incoming);
 
-    // The answer to a request that found no place.
+    // The answer to a request for which there was no room.
     Message refuse(const Incoming &incoming, const QString &reason) const;
 
     // How many requests were answered with each word; all words are there.

@@ -1,12 +1,14 @@
 #include "kmr/watch/watch_cycle.h"
 
+#include "host/tags/element_range.h"
+
 #include <algorithm>
 
 namespace kmr {
 
 namespace {
 
-bool isRequestOver(const Exchange &exchange)
+bool isOver(const Exchange &exchange)
 {
     switch (exchange.outcome) {
     case Exchange::Outcome::Good:
@@ -31,7 +33,7 @@ void WatchCycle::begin(int requests, Time now)
 
 void WatchCycle::note(const Exchange &exchange, Time now)
 {
-    if (!isRequestOver(exchange) || ++m_done < m_requests)
+    if (!isRead(exchange.request) || !isOver(exchange) || ++m_done < m_requests)
         return;
     const Time next = std::max(now, m_begin + m_wanted);
     ++m_ended;

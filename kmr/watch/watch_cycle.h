@@ -20,7 +20,7 @@ public:
     // The first cycle begins. `requests`: those of each cycle, 1 or more.
     void begin(int requests, Time now);
 
-    // A request has ended, also if it is sent again.
+    // A request has ended, also if it is sent again. Those that write are not of the cycle.
     void note(const Exchange &exchange, Time now);
 
     // Cycles that ended so far.

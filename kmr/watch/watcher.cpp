@@ -119,12 +119,12 @@ std::chrono::nanoseconds Watcher::pause() const
 void Watcher::note(const Exchange &exchange)
 {
     m_rates.note(exchange);
-    if (isRead(exchange.request)) {
-        m_cycle.note(exchange, clockNow());
-        noteOutage(exchange, refreshedBy(exchange.request));
-    }
+    m_cycle.note(exchange, clockNow());
+    m_outages.note(exchange, clockNow());
     if (exchange.outcome != Exchange::Outcome::Good)
         noteStation(exchange.request.var.station);
+    else if (std::exchange(m_isLost, false))
+        printError(now() + " the line is back");
 }
 
 void Watcher::noteConfirmed(const ElementRange &run)
@@ -299,18 +299,6 @@ void Watcher::addRecord(std::size_t index, const QString &plain, const QString &
     m_records->add(plain.isEmpty() ? QString() : time + ' ' + plain,
                    {time, tag.text, shown, textField(tag.unit), toText(m_rows[index].state),
                     textField(error)});
-}
-
-void Watcher::noteOutage(const Exchange &exchange, const ElementRange &run)
-{
-    if (exchange.outcome == Exchange::Outcome::GivenUp)
-        m_outages.noteFailure(run, {exchange.fault, exchange.exceptionCode, exchange.length},
-                              clockNow());
-    if (exchange.outcome != Exchange::Outcome::Good)
-        return;
-    m_outages.noteAnswer(run, clockNow());
-    if (std::exchange(m_isLost, false))
-        printError(now() + " the line is back");
 }
 
 } // namespace kmr

@@ -84,7 +84,6 @@ private:
     void showGood(std::size_t index);
     void makeStale(std::size_t index, const QString &cause);
     void addRecord(std::size_t index, const QString &plain, const QString &error);
-    void noteOutage(const Exchange &exchange, const ElementRange &run);
 
     Session &m_session;
     const std::vector<Tag> m_tags;

@@ -100,6 +100,11 @@ void BrokerProcess::stop()
     EXPECT_TRUE(m_process.waitForFinished(PATIENCE_MS));
 }
 
+void BrokerProcess::configure(const QByteArray &line) const
+{
+    saveFile(file("mosquitto.conf"), loadFile(file("mosquitto.conf")) + line + '\n');
+}
+
 QString BrokerProcess::url() const
 {
     return QString("%1://127.0.0.1:%2")

@@ -22,6 +22,9 @@ public:
     void start(); // the constructor has, too
     void stop();  // as an administrator does, so that it keeps its sessions
 
+    // Adds a line to mosquitto's configuration, which holds from the next start on.
+    void configure(const QByteArray &line) const;
+
     QString url() const;
 
     // What mosquitto's clients need to connect as this user.

@@ -1,6 +1,7 @@
 // What becomes of messages when the connection breaks, or when they are too long for the broker.
 #include "kmr/publish/broker.h"
 #include "kmr/publish/courier.h"
+#include "kmr/publish/plain_topics.h"
 #include "kmr/publish/sparkplug_node.h"
 
 #include <QTcpServer>
@@ -50,7 +51,7 @@ TEST(Broker, MessageThatMeetsABrokenConnectionIsNotAnswered)
 
 namespace {
 
-// A Sparkplug node's courier, and a broker that answers only the CONNECT.
+// A courier, and a broker that by itself answers only the CONNECT.
 class CourierTest : public testing::Test {
 protected:
     CourierTest()
@@ -58,18 +59,24 @@ protected:
         EXPECT_TRUE(m_server.listen(QHostAddress::LocalHost));
     }
 
-    std::unique_ptr<Courier> courier()
+    std::unique_ptr<Courier> courier(bool isSparkplug = true)
     {
         BrokerSettings settings;
         settings.host = "127.0.0.1";
         settings.port = m_server.serverPort();
-        settings.isSparkplug = true;
+        settings.isSparkplug = isSparkplug;
         settings.clientId = "one";
+        std::shared_ptr<Convention> convention = m_node;
+        if (!isSparkplug)
+            convention = std::make_shared<PlainTopics>(Topics("line", {}), PayloadForm::Json, true);
         return std::make_unique<Courier>(
-            settings, m_node, m_outbox, m_wakeUp,
-            Courier::Events{[] {}, [](const std::vector<Incoming> &) {},
+            settings, convention, m_outbox, m_wakeUp,
+            Courier::Events{[] {},
+                            [this](const std::vector<Incoming> &requests) {
+                                m_requested.set_value(requests.front().payload.size());
+                            },
                             [this](std::size_t count) { m_dropped.set_value(count); },
-                            [this](const QString &line) { m_told.append(line); }});
+                            [this](const QString &line) { m_reported.append(line); }});
     }
 
     // The next connection, to a broker that takes packets of up to so many bytes.
@@ -104,7 +111,8 @@ protected:
     const std::shared_ptr<Outbox> m_outbox =
         std::make_shared<Outbox>(0, true, [this] { m_wakeUp->wake(); });
     std::promise<std::size_t> m_dropped;
-    QStringList m_told;
+    std::promise<qint64> m_requested; // bytes of the payload
+    QStringList m_reported;
 };
 
 const QByteArray ANY_MORE = "never sent";
@@ -124,8 +132,8 @@ TEST_F(CourierTest, WithoutABirthTheBrokerGetsNoDataAndIsTriedAgain)
     EXPECT_TRUE(taken.contains("NBIRTH") && taken.contains("value"));
     peer->abort();
     courier->end();
-    ASSERT_FALSE(m_told.isEmpty());
-    EXPECT_TRUE(m_told[0].contains(" does not take the birth, so it gets no data: "));
+    ASSERT_FALSE(m_reported.isEmpty());
+    EXPECT_TRUE(m_reported[0].contains(" does not take the birth, so it gets no data: "));
 }
 
 TEST_F(CourierTest, DataThatIsTooLongForTheBrokerIsDroppedAndTakesNoSeq)
@@ -140,6 +148,39 @@ TEST_F(CourierTest, DataThatIsTooLongForTheBrokerIsDroppedAndTakesNoSeq)
     push("value");
     const QByteArray last = QByteArray("value") + QByteArray::fromHex("1801");
     EXPECT_TRUE(readUntil(*peer, last).contains(last));
+    peer->abort();
+    courier->end();
+}
+
+TEST_F(CourierTest, DataThatTheBrokerRefusesIsCountedAsDropped)
+{
+    push("value");
+    const auto courier = this->courier(false);
+    const auto peer = accept(120);
+    readUntil(*peer, "value");
+    peer->write(QByteArray::fromHex("40020002400400038700")); // PUBACKs: taken, not authorised
+    peer->flush();
+    std::future<std::size_t> dropped = m_dropped.get_future();
+    ASSERT_EQ(dropped.wait_for(std::chrono::seconds(60)), std::future_status::ready);
+    EXPECT_EQ(dropped.get(), 1U);
+    EXPECT_TRUE(m_outbox->isEmpty());
+    peer->abort();
+    courier->end();
+}
+
+TEST_F(CourierTest, OfARequestOfAnyLengthNoMoreThanAllowedIsKeptInMemory)
+{
+    const auto courier = this->courier(false);
+    const auto peer = accept(120);
+    readUntil(*peer, "online");
+    // PUBLISH of 70014 bytes, without properties
+    peer->write(QByteArray::fromHex("30fea204000b") + "line/oven/x" + '\0' +
+                QByteArray(70000, '1'));
+    peer->flush();
+    std::future<qint64> requested = m_requested.get_future();
+    while (requested.wait_for(std::chrono::milliseconds(20)) != std::future_status::ready)
+        peer->waitForBytesWritten(20);
+    EXPECT_EQ(requested.get(), 65537);
     peer->abort();
     courier->end();
 }

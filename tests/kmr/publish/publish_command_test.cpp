@@ -196,8 +196,11 @@ TEST_F(PublishTest, WritesAreAnsweredWithTheirOutcome)
               {"-m", "1", "-D", "publish", "response-topic", "panel/answers", "-D", "publish",
                "correlation-data", "c7"});
     answers.waitFor("^panel/answers 0 .*\"confirmed\"");
+    publishTo(m_broker, "line/ghost/set", {"-m", "1"});
+    subscriber.waitFor("^line/ghost/outcome 0 .*\"no answer\"");
     m_simulator.terminate();
     publisher->waitFor("the line was lost");
+    EXPECT_FALSE(publisher->seen().contains("station 7")); // no outage, which polling would end
     publishTo(m_broker, "line/oven/set", {"-m", "20"});
     subscriber.waitFor("^line/oven/outcome 0 .*\"not sent\",\"reason\":\"the line is lost\"");
 }

@@ -6,7 +6,8 @@
 const char *const NAMES = "name,tag,unit,scale,writable\n"
                           "oven,D100/int16,°C,0.1,yes\n"
                           "valve,M5,,,yes\n"
-                          "speed,D0,,,no\n";
+                          "speed,D0,,,no\n"
+                          "ghost,7#D5,,,yes\n";
 
 PublisherProcess::PublisherProcess(const QString &directory, const QStringList &arguments,
                                    const std::map<QString, QString> &environment)
@@ -42,11 +43,12 @@ QString PublisherProcess::waitFor(const QString &text)
     for (;;) {
         while (!m_process.canReadLine() || end.hasExpired()) {
             if (!m_process.waitForReadyRead(static_cast<int>(end.remainingTime()))) {
-                ADD_FAILURE() << text.toStdString() << " was not told";
+                ADD_FAILURE() << text.toStdString() << " was not reported";
                 return {};
             }
         }
         const QString line = QString::fromUtf8(m_process.readLine()).trimmed();
+        m_seen += line + '\n';
         if (line.contains(text))
             return line;
     }

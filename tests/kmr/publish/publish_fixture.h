@@ -10,7 +10,8 @@
 #include <map>
 #include <memory>
 
-// oven is D100, shown as a tenth of it; oven and valve may be written, speed may not.
+// oven is D100, shown as a tenth of it; oven and valve may be written, speed may not. No station
+// answers for ghost.
 extern const char *const NAMES;
 
 // kmr publish in a process of its own.
@@ -27,8 +28,15 @@ public:
     // The next line on stderr that has this text.
     QString waitFor(const QString &text);
 
+    // All lines so far, up to that one.
+    const QString &seen() const
+    {
+        return m_seen;
+    }
+
 private:
     QProcess m_process;
+    QString m_seen;
 };
 
 class PublishTest : public testing::Test {

@@ -127,7 +127,7 @@ class Simulator:
             if "read 3 registers from 1064, answered" in line:
                 self.reads += 1
 
-    def tell(self, name, value):
+    def set_value(self, name, value):
         self.process.stdin.write(f"{name}={value}\n")
         self.process.stdin.flush()
         assert self.process.stdout.readline() == "ok\n"
@@ -161,7 +161,7 @@ class Soak:
         self.proxy = Proxy(self.broker_port)
         self.subscriber = self.start_subscriber()
         self.simulator = Simulator(kmr, self.environment, self.folder / "memory.csv")
-        self.log = self.told = ""  # by all publishers, and by the last
+        self.log = self.reports = ""  # by all publishers, and by the last
         self.publisher = self.start_publisher()
 
     def take_notices(self):
@@ -206,7 +206,7 @@ class Soak:
              f"mqtt://127.0.0.1:{self.proxy.port}", "--link",
              f"tcp://127.0.0.1:{self.simulator.port}", "--spool", self.folder / "spool"],
             stderr=subprocess.PIPE, text=True, env=self.environment, restore_signals=False)
-        self.told = ""
+        self.reports = ""
         threading.Thread(target=self.listen, args=(process,), daemon=True).start()
         return process
 
@@ -214,13 +214,13 @@ class Soak:
         for line in process.stderr:
             self.log += line
             if process is self.publisher:
-                self.told += line
+                self.reports += line
 
     def change(self):
         name = self.random.choice(NAMES)
         value = self.simulator.values[name] = self.simulator.values[name] + 1
         self.changes[name].append((value, time.time()))
-        self.simulator.tell(name, value)
+        self.simulator.set_value(name, value)
         self.await_reads()
 
     def await_reads(self):
@@ -256,8 +256,8 @@ class Soak:
 
     def empty_disk(self):
         resource.prlimit(self.publisher.pid, resource.RLIMIT_FSIZE, (-1, -1))
-        wait_for("the disk", lambda: self.told.count("can be written again") ==
-                 self.told.count("cannot spool"))
+        wait_for("the disk", lambda: self.reports.count("can be written again") ==
+                 self.reports.count("cannot spool"))
         self.full_since = None
 
     def cut(self):

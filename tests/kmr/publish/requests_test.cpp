@@ -1,4 +1,5 @@
 // Requests to write, from their topic to their answer.
+#include "kmr/publish/plain_topics.h"
 #include "kmr/publish/set_inbox.h"
 #include "kmr/publish/write_desk.h"
 
@@ -122,7 +123,7 @@ TEST_F(WriteDeskTest, RefusesInWordsWhatMustNotBeWritten)
         {"label", "{\"value\": 5}", "label is a text, not a number such as 5"},
         {"label", "[\"a\", \"b\"]", "label is one text, not a list"},
         {"oven", "{\"valu\": 1}", "unknown key \\\"valu\\\", did you mean \\\"value\\\"?"},
-        {"oven", "{\"value\": 1", "no JSON, although it begins with { or ["},
+        {"oven", "{\"value\": 1", "not valid JSON, although it begins with { or ["},
         {"oven", "{}", "no value"},
         {"oven", "{\"value\": 1, \"id\": []}", "an id is a text or a whole number"},
         {"oven", "{\"value\": 1, \"expires\": \"soon\"}", "expires is a time with its offset"},
@@ -162,7 +163,7 @@ TEST_F(WriteDeskTest, AnswersBesideTheRequestOrWhereItAsksFor)
     EXPECT_EQ(m_answer.correlation, "c7");
     for (const char *const topic : {"$SYS/x", "other/valve/set", "line/oven", "line", "a/#"}) {
         request.responseTopic = topic;
-        EXPECT_TRUE(isRefused(request, "the response topic is not one for answers")) << topic;
+        EXPECT_TRUE(isRefused(request, "no answer may go to the response topic")) << topic;
         EXPECT_EQ(m_answer.topic, "line/oven/outcome");
     }
 }
@@ -239,6 +240,15 @@ TEST(Topics, NamesMakeLevelsAndWhatATopicCannotHaveIsEscaped)
     EXPECT_FALSE(topics.nameOfSet("plant/line1/oven"));
     EXPECT_FALSE(topics.nameOfSet("plant/line10/oven/set"));
     EXPECT_EQ(topics.setFilters(), (QStringList{"plant/line1/+/set", "plant/line1/hall/oven/set"}));
+}
+
+TEST(PlainTopics, TakeNoRequestsWithoutPermissionEvenIfTheBrokerSendsThem)
+{
+    for (const bool takesRequests : {true, false}) {
+        PlainTopics topics(Topics("line", {"oven"}), PayloadForm::Json, takesRequests);
+        EXPECT_EQ(topics.commands({"line/oven/set", "1", false, {}, {}, {}, {}}).requests.size(),
+                  takesRequests ? 1U : 0U);
+    }
 }
 
 TEST(Topics, WhatWouldShareATopicIsRefused)

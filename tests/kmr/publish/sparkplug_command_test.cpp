@@ -127,6 +127,23 @@ TEST_F(SparkplugTest, WhatChangedWhileTheBrokerWasAwayIsHistoricalAfterTheBirth)
                    oven(D_1_3) + historical + "1801$");
 }
 
+TEST_F(SparkplugTest, DataThatIsTooLongTogetherIsSentInParts)
+{
+    const auto publisher = publishNode({"oven"});
+    m_host.waitFor("NBIRTH/line1 00 .*" + bdSeq("00"));
+    m_broker.stop();
+    publisher->waitFor("no connection to the broker");
+    setAndAwaitSpool("11", QByteArray::fromHex(D_1_1));
+    setAndAwaitSpool("12", QByteArray::fromHex(D_1_2));
+    setAndAwaitSpool("13", QByteArray::fromHex(D_1_3));
+    m_broker.configure("max_packet_size 200"); // enough for the birth, and for two of the values
+    m_broker.start();
+    m_host.waitFor("NBIRTH/line1 00 .*" + bdSeq("01"));
+    m_host.waitFor("NDATA/line1 00 .*" + oven(D_1_1) + ".*1801$");
+    m_host.waitFor("NDATA/line1 00 .*" + oven(D_1_2) + ".*" + oven(D_1_3) + ".*1802$");
+    EXPECT_EQ(publisher->terminate(), 0); // nothing was dropped
+}
+
 TEST_F(SparkplugTest, WhatABrokerDidNotAnswerIsSentAgain)
 {
     QTcpServer broker;

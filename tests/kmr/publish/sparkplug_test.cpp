@@ -166,7 +166,7 @@ protected:
     {
         return std::make_unique<SparkplugNode>(
             Topics(prefix, {"oven"}), std::vector<PublishedTag>{m_tag}, true, m_bdSeqFile,
-            [this](const QString &line) { m_told.append(line); });
+            [this](const QString &line) { m_reported.append(line); });
     }
 
     static Message numbered(Message message, std::uint64_t number)
@@ -202,7 +202,7 @@ protected:
 
     const QTemporaryDir m_directory;
     QString m_bdSeqFile = m_directory.filePath("bdseq");
-    QStringList m_told;
+    QStringList m_reported;
     PublishedTag m_tag{oven(), {}, 0};
 };
 
@@ -275,13 +275,13 @@ TEST_F(SparkplugNodeTest, BdSeqBeginsAgainIfItsFileIsDamagedAndItSaysOnceThatItI
     ASSERT_TRUE(QFile::remove(m_bdSeqFile));
     const auto kept = node();
     kept->noteWillSent();
-    EXPECT_EQ(m_told, QStringList());
+    EXPECT_EQ(m_reported, QStringList());
     m_bdSeqFile = m_directory.filePath("missing/bdseq");
     const auto node = this->node();
     node->noteWillSent();
     node->noteWillSent();
-    ASSERT_EQ(m_told.size(), 1);
-    EXPECT_TRUE(m_told[0].startsWith("can't write " + m_bdSeqFile + ": "));
+    ASSERT_EQ(m_reported.size(), 1);
+    EXPECT_TRUE(m_reported[0].startsWith("can't write " + m_bdSeqFile + ": "));
 }
 
 TEST_F(SparkplugNodeTest, CommandsBecomeRequestsThatAreKnownAgain)

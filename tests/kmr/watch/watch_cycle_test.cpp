@@ -2,18 +2,21 @@
 
 #include <gtest/gtest.h>
 
+#include <cstring>
+
 using namespace kmr;
 using std::chrono::milliseconds;
 using Outcome = Exchange::Outcome;
 
 namespace {
 
-const FRAME_PRO REQUEST;
 const WatchCycle::Time BEGIN = WatchCycle::Time() + std::chrono::hours(1);
 
-void note(WatchCycle &cycle, Outcome outcome, milliseconds sinceBegin)
+void note(WatchCycle &cycle, Outcome outcome, milliseconds sinceBegin, const char *frame = ":0103")
 {
-    Exchange exchange{REQUEST};
+    FRAME_PRO request;
+    std::strcpy(request.frame, frame);
+    Exchange exchange{request};
     exchange.outcome = outcome;
     cycle.note(exchange, BEGIN + sinceBegin);
 }
@@ -79,6 +82,17 @@ TEST(WatchCycle, SilentStationThatIsPassedOverHoldsNothingUp)
     note(cycle, Outcome::PassedOver, milliseconds(10));
     note(cycle, Outcome::Good, milliseconds(60));
     EXPECT_EQ(cycle.pause(BEGIN + milliseconds(60)), milliseconds(440));
+}
+
+TEST(WatchCycle, RequestsToWriteDoNotCount)
+{
+    WatchCycle cycle(milliseconds(500));
+    cycle.begin(2, BEGIN);
+    note(cycle, Outcome::Good, milliseconds(10));
+    note(cycle, Outcome::Good, milliseconds(20), ":0110");
+    EXPECT_EQ(cycle.pause(BEGIN + milliseconds(20)), milliseconds(0));
+    note(cycle, Outcome::Good, milliseconds(30));
+    EXPECT_EQ(cycle.pause(BEGIN + milliseconds(30)), milliseconds(470));
 }
 
 TEST(WatchCycle, ShortCycleHasTenths)
