@@ -11,9 +11,7 @@
 
 #include <fcntl.h>
 #include <optional>
-#include <string>
 #include <unistd.h>
-#include <vector>
 
 namespace {
 

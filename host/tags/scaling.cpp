@@ -79,6 +79,11 @@ bool isDecimal(const QString &text)
     return parts.hasMatch() && parts.capturedLength(2) + parts.capturedLength(3) > 0;
 }
 
+int compareDecimals(const QString &left, const QString &right)
+{
+    return cmp(toRational(left), toRational(right));
+}
+
 Scaling::Scaling(QString factor, QString offset)
     : m_factor(std::move(factor)), m_offset(std::move(offset))
 {

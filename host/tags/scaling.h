@@ -10,6 +10,10 @@ namespace kmr {
 // True for digits with an optional sign, decimal point and exponent of up to three digits.
 bool isDecimal(const QString &text);
 
+// Compares two decimal numbers exactly: less than 0 if `left` is the smaller one, 0 if they are
+// equal, more than 0 if it is the larger one.
+int compareDecimals(const QString &left, const QString &right);
+
 class Scaling {
 public:
     // Both must be decimal numbers, the factor other than 0.

@@ -100,7 +100,7 @@ public:
             next();
         m_session.confirm(false);
         m_writer.sync();
-        printError(QString("%1 rows in %2").arg(m_writer.rows()).arg(m_writer.file()));
+        printError(m_writer.summary());
         return outcome();
     }
 
@@ -198,6 +198,7 @@ private:
 
 ExitCode runLog(const Options &options, const LogOptions &log)
 {
+    requireLogName(toQString(log.output)); // before the line is opened
     return Logger(options, log).run();
 }
 

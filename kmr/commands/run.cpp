@@ -7,6 +7,8 @@
 #include "kmr/run/script.h"
 #include "kmr/run/script_run.h"
 
+#include <QFileInfo>
+
 #include <optional>
 
 namespace kmr {
@@ -26,15 +28,17 @@ const char *const HELP =
 Steps:
   write TAG=VALUE                 as 'kmr write': a write that is not confirmed fails
   expect TAG=VALUE                also != < <= > >=, or TAG LOW..HIGH with both ends
-  wait until TAG=VALUE within 5s  reads until the condition holds; conditions as for expect
+  wait until TAG=VALUE within 5s  reads until the condition holds, as for expect; the answer
+                                  must come within the time
   pause 500ms                     times are in ms, s or min
   repeat 10                       repeats the steps up to its end
   end
 
 Tags and values are typed as for 'kmr read' and 'kmr write', see their help, with the names of
---names. Values are compared as they are shown. All bad lines are reported before anything is sent.
-The first step that fails ends the script. Ctrl-C also ends it, and the report says which step
-was running.
+--names. Values are compared as they are shown, exactly. What is not a number, such as the
+0x7FC00000 of a broken sensor's float, is in no range. All bad lines are reported before anything
+is sent. The first step that fails ends the script. Ctrl-C also ends it, and the report says which
+step was running.
 
 Exit codes: 0 all steps passed, 1 a step failed or the script was stopped, others as for
 every command: 2 a bad file, 3 the link could not be opened, 7 no driver library.
@@ -128,6 +132,17 @@ private:
     std::map<StepOutcome, int> m_counts;
 };
 
+// An early check for a late write, which must not replace the script.
+void requireReport(const QString &junit, const QString &file)
+{
+    const QString report = QFileInfo(junit).canonicalFilePath(); // empty for a new file
+    if (!report.isEmpty() && report == QFileInfo(file).canonicalFilePath()) {
+        throw Error(ErrorKind::Usage,
+                    QString("--junit %1 would replace the script: name another file").arg(junit));
+    }
+    requireWritable(junit);
+}
+
 ExitCode runRun(const Options &options, const RunOptions &run)
 {
     Connection connection(options);
@@ -137,7 +152,7 @@ ExitCode runRun(const Options &options, const RunOptions &run)
         return ExitCode::Ok;
     const QString junit = toQString(run.junit);
     if (!junit.isEmpty())
-        requireWritable(junit);
+        requireReport(junit, file);
     Session &session = connection.open();
     Reporter reporter(options.format, script);
     const bool isPassed = runScript(session, script, run.keepGoing,

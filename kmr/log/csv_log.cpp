@@ -7,6 +7,8 @@
 
 #include <QFile>
 
+#include <cerrno>
+#include <sys/file.h>
 #include <unistd.h>
 
 namespace kmr {
@@ -33,11 +35,12 @@ QString heading(const std::vector<Tag> &tags)
 
 class CsvLog : public LogFile {
 public:
-    CsvLog(const QString &path, const std::vector<Tag> &tags) : m_file(path)
+    CsvLog(const QString &path, const std::vector<Tag> &tags) : m_file(path), m_tags(tags)
     {
         if (!m_file.open(QIODevice::ReadWrite | QIODevice::Unbuffered))
             throw Error(ErrorKind::Usage,
                         QString("cannot write %1: %2").arg(path, m_file.errorString()));
+        lock();
         const QByteArray begin = heading(tags).toUtf8();
         const QByteArray found = m_file.read(begin.size());
         if (!begin.startsWith(found)) {
@@ -57,8 +60,11 @@ public:
     void append(const LogRow &row) override
     {
         QStringList fields{timeText(row.time)};
-        for (const LogCell &cell : row.cells)
-            fields << cell.values << qualityText(cell);
+        for (std::size_t i = 0; i < m_tags.size(); ++i) {
+            const LogCell &cell = row.cells[i];
+            fields << (cell.isRead() ? formatValues(m_tags[i], *cell.values) : QString())
+                   << qualityText(cell);
+        }
         write(line(fields).toUtf8());
     }
 
@@ -74,6 +80,15 @@ public:
     }
 
 private:
+    // Two programs would overwrite each other's rows.
+    void lock()
+    {
+        if (flock(m_file.handle(), LOCK_EX | LOCK_NB) != 0 && errno == EWOULDBLOCK)
+            throw Error(
+                ErrorKind::Usage,
+                QString("another kmr log writes %1: name another file").arg(m_file.fileName()));
+    }
+
     // Continues after the last whole line.
     void goOn()
     {
@@ -106,6 +121,7 @@ private:
     }
 
     QFile m_file;
+    const std::vector<Tag> m_tags;
     qint64 m_size = 0;
 };
 

@@ -19,11 +19,15 @@ QString qualityText(const LogCell &cell)
 
 std::unique_ptr<LogFile> openLogFile(const QString &path, const std::vector<Tag> &tags)
 {
-    if (path.endsWith(".csv"))
-        return openCsvLog(path, tags);
-    for (const char *const ending : {".sqlite", ".sqlite3", ".db"}) {
+    requireLogName(path);
+    return path.endsWith(".csv") ? openCsvLog(path, tags) : openSqliteLog(path, tags);
+}
+
+void requireLogName(const QString &path)
+{
+    for (const char *const ending : {".csv", ".sqlite", ".sqlite3", ".db"}) {
         if (path.endsWith(ending))
-            return openSqliteLog(path, tags);
+            return;
     }
     throw Error(ErrorKind::Usage,
                 QString("\"%1\" has no known format: its name must end in .csv, .sqlite, "

@@ -2,24 +2,24 @@
 #pragma once
 
 #include "host/session/quality.h"
-#include "host/tags/tag.h"
+#include "host/tags/values.h"
 
 #include <QDateTime>
 #include <QString>
-#include <QStringList>
 
 #include <memory>
+#include <optional>
 #include <vector>
 
 namespace kmr {
 
 struct LogCell {
-    QString values; // as kmr shows them; empty: not read since the previous row
+    std::optional<Values> values; // none: not read since the previous row
     Quality quality = Quality::Unread;
 
     bool isRead() const
     {
-        return !values.isEmpty();
+        return values.has_value();
     }
 };
 
@@ -48,8 +48,12 @@ public:
 
 // Creates the file, or continues one with the same tags; a row that a power failure left incomplete
 // is removed. The name's ending decides on the kind: .csv, or .sqlite, .sqlite3 and .db. Throws
-// Error (Usage) for another ending and for a file with other content.
+// Error (Usage) for another ending, for a file with other content, which stays as it is, and for a
+// .csv file that another program is logging to.
 std::unique_ptr<LogFile> openLogFile(const QString &path, const std::vector<Tag> &tags);
+
+// An early check of the name: throws Error (Usage) for another ending.
+void requireLogName(const QString &path);
 
 // The two kinds of openLogFile().
 std::unique_ptr<LogFile> openCsvLog(const QString &path, const std::vector<Tag> &tags);

@@ -33,7 +33,7 @@ LogRow LogSampler::take(const QDateTime &time)
         LogCell cell;
         cell.quality = m_session.state(m_tags[i]).quality;
         if (cell.quality == Quality::Good && m_unread[i].empty())
-            cell.values = formatValues(m_tags[i], m_session.values(m_tags[i]));
+            cell.values = m_session.values(m_tags[i]);
         row.cells.push_back(std::move(cell));
         m_unread[i].clear();
         for (const ElementRange &range : m_ranges) {

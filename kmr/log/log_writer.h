@@ -30,16 +30,8 @@ public:
     // Makes all appended rows safe against a power failure. Throws Error (Output).
     void sync();
 
-    std::uint64_t rows() const
-    {
-        return m_rows;
-    }
-
-    // The present file.
-    const QString &file() const
-    {
-        return m_name;
-    }
+    // "7 rows in line.csv", "9 rows in 2 files, the last one line-20261122-043000.csv".
+    QString summary() const;
 
 private:
     void begin(const QDateTime &time);
@@ -54,6 +46,7 @@ private:
     bool m_isSynced = true;
     std::unique_ptr<LogFile> m_file;
     std::uint64_t m_rows = 0;
+    int m_files = 0; // begun or continued
 };
 
 } // namespace kmr

@@ -16,10 +16,14 @@ const char *const SCHEMA = "PRAGMA journal_mode = WAL;"
                            "CREATE TABLE IF NOT EXISTS samples("
                            " time TEXT NOT NULL,"
                            " tag TEXT NOT NULL,"
-                           " value NUMERIC," // null: not read
+                           " value," // as it is, without a type; null: not read
                            " unit TEXT,"
                            " quality TEXT NOT NULL);"
                            "CREATE INDEX IF NOT EXISTS samples_by_tag ON samples(tag, time);";
+// 1 for an empty database and for a log. An earlier kmr gave the value a type.
+const char *const IS_LOG = "SELECT count(*) = 0 OR"
+                           " (SELECT group_concat(name) FROM pragma_table_info('samples'))"
+                           " = 'time,tag,value,unit,quality' FROM sqlite_master";
 constexpr int BUSY_MILLISECONDS = 5000; // for which another program may lock it
 
 using Database = std::unique_ptr<sqlite3, decltype(&sqlite3_close)>;
@@ -39,19 +43,10 @@ public:
           m_insert(nullptr, sqlite3_finalize)
     {
         sqlite3_busy_timeout(m_database.get(), BUSY_MILLISECONDS);
-        sqlite3_stmt *insert = nullptr;
-        if (sqlite3_exec(m_database.get(), SCHEMA, nullptr, nullptr, nullptr) != SQLITE_OK ||
-            sqlite3_prepare_v2(m_database.get(), "INSERT INTO samples VALUES(?, ?, ?, ?, ?)", -1,
-                               &insert, nullptr) != SQLITE_OK) {
-            throw Error(
-                ErrorKind::Usage,
-                QString("cannot log to %1: %2").arg(path, sqlite3_errmsg(m_database.get())));
-        }
-        m_insert.reset(insert);
-    }
-    ~SqliteLog() override
-    {
-        m_insert.reset(); // before its database
+        requireLog(); // before anything is changed
+        if (sqlite3_exec(m_database.get(), SCHEMA, nullptr, nullptr, nullptr) != SQLITE_OK)
+            refuse(sqlite3_errmsg(m_database.get()));
+        m_insert = prepare("INSERT INTO samples VALUES(?, ?, ?, ?, ?)");
     }
 
     void append(const LogRow &row) override
@@ -76,12 +71,37 @@ public:
     }
 
 private:
+    void requireLog()
+    {
+        const Statement query = prepare(IS_LOG);
+        if (sqlite3_step(query.get()) != SQLITE_ROW)
+            refuse(sqlite3_errmsg(m_database.get()));
+        if (sqlite3_column_int(query.get(), 0) == 0)
+            refuse("it is a database of another program; name another file");
+    }
+
+    Statement prepare(const char *text)
+    {
+        sqlite3_stmt *statement = nullptr;
+        if (sqlite3_prepare_v2(m_database.get(), text, -1, &statement, nullptr) != SQLITE_OK)
+            refuse(sqlite3_errmsg(m_database.get()));
+        return Statement(statement, sqlite3_finalize);
+    }
+
+    [[noreturn]] void refuse(const QString &why) const
+    {
+        throw Error(ErrorKind::Usage, QString("cannot log to %1: %2").arg(m_path, why));
+    }
+
     void insert(const QString &time, const Tag &tag, const LogCell &cell)
     {
         bind(1, time);
         bind(2, tag.text);
-        bind(3, cell.values);
-        bind(4, tag.unit);
+        bindValues(tag, cell);
+        if (tag.unit.isEmpty())
+            sqlite3_bind_null(m_insert.get(), 4);
+        else
+            bind(4, tag.unit);
         bind(5, qualityText(cell));
         const int result = sqlite3_step(m_insert.get());
         sqlite3_reset(m_insert.get());
@@ -89,15 +109,30 @@ private:
             fail();
     }
 
-    // Null for an empty text.
+    // Null if it was not read, a number for one number. Several values are a text, and so are
+    // numbers that SQLite doesn't hold exactly.
+    void bindValues(const Tag &tag, const LogCell &cell)
+    {
+        if (!cell.isRead()) {
+            sqlite3_bind_null(m_insert.get(), 3);
+            return;
+        }
+        const std::vector<Value> values = interpret(tag, *cell.values);
+        const auto *whole = std::get_if<std::int64_t>(&values.front());
+        const auto *number = std::get_if<double>(&values.front());
+        if (values.size() == 1 && whole != nullptr)
+            sqlite3_bind_int64(m_insert.get(), 3, *whole);
+        else if (values.size() == 1 && number != nullptr)
+            sqlite3_bind_double(m_insert.get(), 3, *number);
+        else
+            bind(3, formatValues(tag, *cell.values));
+    }
+
     void bind(int column, const QString &text)
     {
         const QByteArray bytes = text.toUtf8();
-        if (bytes.isEmpty())
-            sqlite3_bind_null(m_insert.get(), column);
-        else
-            sqlite3_bind_text(m_insert.get(), column, bytes.constData(),
-                              static_cast<int>(bytes.size()), SQLITE_TRANSIENT);
+        sqlite3_bind_text(m_insert.get(), column, bytes.constData(), static_cast<int>(bytes.size()),
+                          SQLITE_TRANSIENT);
     }
 
     void execute(const char *statement)

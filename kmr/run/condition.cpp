@@ -15,19 +15,24 @@ const std::map<QString, Comparison> COMPARISONS = {
     {"<=", Comparison::AtMost}, {">", Comparison::Greater},   {">=", Comparison::AtLeast},
 };
 
-// A number as typed and shown: 250, -0.5, 0x00FA.
-std::optional<double> numberOf(const QString &text)
+bool isHexadecimal(const QString &text)
 {
-    bool isNumber = false;
-    const bool isHexadecimal = text.startsWith("0x");
-    const double number = isHexadecimal ? static_cast<double>(text.toULongLong(&isNumber, 16))
-                                        : text.toDouble(&isNumber);
-    return isNumber ? std::optional<double>(number) : std::nullopt;
+    return text.startsWith("0x");
 }
 
-double readBound(const QString &text)
+// A number as typed and shown, 250, -0.5 or 0x00FA, as a decimal number.
+std::optional<QString> decimalOf(const QString &text)
 {
-    const auto number = numberOf(text);
+    if (!isHexadecimal(text))
+        return isDecimal(text) ? std::optional<QString>(text) : std::nullopt;
+    bool isNumber = false;
+    const qulonglong number = text.toULongLong(&isNumber, 16);
+    return isNumber ? std::optional<QString>(QString::number(number)) : std::nullopt;
+}
+
+QString readBound(const QString &text)
+{
+    const auto number = decimalOf(text);
     if (!number)
         throw Error(ErrorKind::Usage, QString("\"%1\" is not a number").arg(text));
     return *number;
@@ -47,7 +52,7 @@ Condition parseRange(const QString &text, const NamedTagReader &reader)
                         {},
                         readBound(match.captured(2)),
                         readBound(match.captured(3))};
-    if (condition.low > condition.high) {
+    if (compareDecimals(condition.low, condition.high) > 0) {
         throw Error(ErrorKind::Usage,
                     QString("the range %1..%2 is empty: the lower end must come first")
                         .arg(match.captured(2), match.captured(3)));
@@ -55,19 +60,26 @@ Condition parseRange(const QString &text, const NamedTagReader &reader)
     return condition;
 }
 
-bool fits(const Condition &condition, double number)
+bool fits(const Condition &condition, const QString &text)
 {
+    // Other types show a value in hexadecimal digits if it is not a number.
+    if (isHexadecimal(text) && condition.tag.type != ValueType::Hex)
+        return false;
+    const auto number = decimalOf(text);
+    if (!number)
+        return false;
+    const int order = compareDecimals(*number, condition.low);
     switch (condition.comparison) {
     case Comparison::Less:
-        return number < condition.low;
+        return order < 0;
     case Comparison::AtMost:
-        return number <= condition.low;
+        return order <= 0;
     case Comparison::Greater:
-        return number > condition.low;
+        return order > 0;
     case Comparison::AtLeast:
-        return number >= condition.low;
+        return order >= 0;
     case Comparison::Within:
-        return condition.low <= number && number <= condition.high;
+        return order >= 0 && compareDecimals(*number, condition.high) <= 0;
     case Comparison::Equal:
     case Comparison::NotEqual:
         break;
@@ -102,10 +114,8 @@ bool holds(const Condition &condition, const Values &values)
         return shown == valueTexts(condition.tag, condition.wanted);
     if (condition.comparison == Comparison::NotEqual)
         return shown != valueTexts(condition.tag, condition.wanted);
-    return std::all_of(shown.begin(), shown.end(), [&condition](const QString &text) {
-        const auto number = numberOf(text);
-        return number && fits(condition, *number);
-    });
+    return std::all_of(shown.begin(), shown.end(),
+                       [&condition](const QString &text) { return fits(condition, text); });
 }
 
 } // namespace kmr

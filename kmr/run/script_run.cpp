@@ -7,6 +7,7 @@
 #include <QStringList>
 
 #include <algorithm>
+#include <utility>
 
 namespace kmr {
 
@@ -53,6 +54,15 @@ StepResult runExpect(Session &session, const Condition &condition)
             reading.values};
 }
 
+// A condition that is met too late is not met.
+StepResult tooLate(StepResult result, std::chrono::nanoseconds elapsed)
+{
+    const auto milliseconds = std::chrono::ceil<std::chrono::milliseconds>(elapsed).count();
+    result.outcome = StepOutcome::Failed;
+    result.error = QString("the answer came after %1 ms").arg(milliseconds);
+    return result;
+}
+
 // Reads until the condition holds. Only a lost line ends it early: other failures may be temporary.
 StepResult runWait(Session &session, const Step &step)
 {
@@ -61,9 +71,12 @@ StepResult runWait(Session &session, const Step &step)
         StepResult result = runExpect(session, step.condition);
         if (stopFlag())
             result.outcome = StepOutcome::Stopped;
+        const auto elapsed = steady_clock::now() - begin;
+        if (result.outcome == StepOutcome::Passed && elapsed > step.time)
+            result = tooLate(std::move(result), elapsed);
         if (result.outcome != StepOutcome::Failed || result.isLineLost)
             return result;
-        if (steady_clock::now() - begin >= step.time) {
+        if (elapsed >= step.time) {
             result.error = "not in time: " + result.error;
             return result;
         }

@@ -56,6 +56,25 @@ TEST_F(Run, EndsWhenTheLineIsLost)
               "a.test:2: expect D1=1 not run\n");
 }
 
+TEST_F(Run, WaitFailsIfTheAnswerThatMeetsItsConditionComesTooLate)
+{
+    const Simulator slow({"--listen", "tcp://127.0.0.1:0", "--fault", "late=20ms"});
+    QStringList arguments = typed("wait until D1=0 within 10ms\n", slow.link());
+    arguments[arguments.indexOf("--timeout") + 1] = "10000";
+    EXPECT_TRUE(matches(run(arguments).out,
+                        "a.test:1: wait until D1=0 within 10ms failed: not in time: the answer "
+                        "came after [0-9]+ ms\n$"));
+}
+
+TEST_F(Run, ReportDoesNotReplaceTheScript)
+{
+    const Finished kmr = run(typed("expect D1=0\n", "tcp://127.0.0.1:1") +
+                             QStringList{"--junit", m_directory.filePath("./a.test")});
+    EXPECT_EQ(kmr.exitCode, 2);
+    EXPECT_TRUE(matches(kmr.err, "a.test would replace the script: name another file\n$"));
+    EXPECT_EQ(loadFile(m_directory.filePath("a.test")), "expect D1=0\n");
+}
+
 TEST_F(Run, CtrlCEndsItAndTheReportSaysAtWhichStep)
 {
     const Simulator simulator({"--listen", "tcp://127.0.0.1:0"});

@@ -51,6 +51,7 @@ const Row ROWS[] = {
     {"replay", 2, "FILE is missing, for example: kmr "},
     {"run", 2, "FILE is missing, for example: kmr "},
     {"log D1", 2, "--output is missing, for example: kmr log "},
+    {"log D1 --output x.txt --link tcp://127.0.0.1:1", 2, "\"x.txt\" has no known format: "},
     {"tags list", 2, "no file of names: give one, here or with --names"},
     {"tags import /dev/null --columns nam=Symbol", 2,
      "bad column \"nam=Symbol\", did you mean \"name\"\\?: expected "},

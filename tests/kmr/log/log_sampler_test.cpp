@@ -11,7 +11,13 @@ protected:
     LogSamplerTest()
     {
         session();
-        m_sampler.emplace(*m_session, tags({"D0", "D100"}));
+        begin({"D0", "D100"});
+    }
+
+    void begin(const QStringList &texts)
+    {
+        m_tags = tags(texts);
+        m_sampler.emplace(*m_session, m_tags);
         m_session->setConfirmObserver(
             [this](const ElementRange &run) { m_sampler->noteConfirmed(run); });
         m_session->poll(m_sampler->ranges());
@@ -25,11 +31,15 @@ protected:
         if (isNews != nullptr)
             *isNews = news;
         QStringList cells;
-        for (const LogCell &cell : row.cells)
-            cells.append((cell.isRead() ? cell.values : "-") + ' ' + qualityText(cell));
+        for (std::size_t i = 0; i < m_tags.size(); ++i) {
+            const LogCell &cell = row.cells[i];
+            const QString values = cell.isRead() ? formatValues(m_tags[i], *cell.values) : "-";
+            cells.append(values + ' ' + qualityText(cell));
+        }
         return cells.join(", ");
     }
 
+    std::vector<Tag> m_tags;
     std::optional<LogSampler> m_sampler;
 };
 
@@ -74,4 +84,17 @@ TEST_F(LogSamplerTest, RowIsNewsWhenAValueOrAQualityIsAnother)
     m_spoil = silence;
     EXPECT_TRUE(isNews(9));
     EXPECT_FALSE(isNews(3));
+}
+
+TEST_F(LogSamplerTest, EmptyTextIsAValue)
+{
+    begin({"D0/text"});
+    bool isNews = false;
+    setElement("D", 0, 'A');
+    m_session->step();
+    EXPECT_EQ(row(), "A good");
+    setElement("D", 0, 0);
+    m_session->step();
+    EXPECT_EQ(row(&isNews), " good");
+    EXPECT_TRUE(isNews);
 }

@@ -79,10 +79,10 @@ protected:
     std::vector<Tag> m_tags;
 };
 
-const LogCell GOOD{"7", Quality::Good};
-const LogCell BITS{"1 0", Quality::Good};
-const LogCell NOT_READ{"", Quality::Good};
-const LogCell STALE{"", Quality::Stale};
+const LogCell GOOD{Values{7}, Quality::Good};
+const LogCell BITS{Values{1, 0}, Quality::Good};
+const LogCell NOT_READ{{}, Quality::Good};
+const LogCell STALE{{}, Quality::Stale};
 const QByteArray HEADING = "time,D100 [C],D100 quality,X0x2,X0x2 quality\n";
 
 } // namespace
@@ -94,7 +94,7 @@ TEST_F(LogWriterTest, CsvHasARowEachWithValuesAndQualities)
     writer.append(row(1, NOT_READ, STALE));
     EXPECT_EQ(load("line.csv"), HEADING + "2026-11-22T04:30:00.000Z,7,good,1 0,good\n"
                                           "2026-11-22T04:30:01.000Z,,not read,,stale\n");
-    EXPECT_EQ(writer.rows(), 2U);
+    EXPECT_EQ(writer.summary(), "2 rows in " + path("line.csv"));
 }
 
 TEST_F(LogWriterTest, CsvGoesOnAfterItsLastWholeRow)
@@ -122,6 +122,24 @@ TEST_F(LogWriterTest, FileThatHoldsSomethingElseStaysAsItIs)
     EXPECT_FALSE(QFile::exists(path("line.txt")));
 }
 
+TEST_F(LogWriterTest, CsvThatAnotherWriterHasOpenIsRefused)
+{
+    const LogWriter first = open("line.csv");
+    EXPECT_THROW(open("line.csv"), Error);
+}
+
+TEST_F(LogWriterTest, DatabaseOfAnotherProgramStaysAsItIs)
+{
+    for (const char *table : {"orders(id)", "samples(time, value)"}) {
+        QFile::remove(path("app.db"));
+        query("app.db", qPrintable(QString("CREATE TABLE %1").arg(table)));
+        const QByteArray before = load("app.db");
+        EXPECT_THROW(open("app.db"), Error) << table;
+        EXPECT_EQ(load("app.db"), before) << table;
+        EXPECT_EQ(files(), QStringList{"app.db"}) << table;
+    }
+}
+
 TEST_F(LogWriterTest, RowThatDoesNotFitOnTheDiskIsLeftOut)
 {
     LogWriter writer = open("line.csv");
@@ -147,7 +165,44 @@ TEST_F(LogWriterTest, DatabaseHasARowForEachTag)
               "2026-11-22T04:30:01.000Z X0x2 null null stale\n");
     open("line.sqlite"); // goes on
     EXPECT_EQ(query("line.sqlite", "SELECT count(*) FROM samples"), "4\n");
-    EXPECT_EQ(query("line.sqlite", "SELECT typeof(value) FROM samples LIMIT 1"), "integer\n");
+}
+
+TEST_F(LogWriterTest, DatabaseKeepsNumbersAsNumbersAndTextsAsTexts)
+{
+    const struct {
+        const char *tag;
+        const char *value;
+        const char *stored;
+    } rows[] = {
+        {"D100", "7", "integer 7\n"},
+        {"D100/float32", "21.5", "real 21.5\n"},
+        {"D100/uint64", "18446744073709551615", "text 18446744073709551615\n"},
+        {"D100/hex", "0x00FA", "text 0x00FA\n"},
+        {"D100x2", "1 2", "text 1 2\n"},
+        {"D100x2/text", "0042", "text 0042\n"},
+        {"D100x2/text", "1e9", "text 1e9\n"},
+        {"D100x2/text", "", "text \n"},
+    };
+    for (const auto &row : rows) {
+        QFile::remove(path("line.sqlite"));
+        m_tags = {tagOf(row.tag)};
+        {
+            LogWriter writer = open("line.sqlite");
+            writer.append({at(0), {{parseValues(m_tags[0], row.value), Quality::Good}}});
+            writer.sync();
+        }
+        EXPECT_EQ(query("line.sqlite", "SELECT typeof(value), value FROM samples"), row.stored);
+    }
+}
+
+TEST_F(LogWriterTest, DatabaseOfAnEarlierVersionIsContinued)
+{
+    query("line.sqlite", "CREATE TABLE samples(time TEXT NOT NULL, tag TEXT NOT NULL,"
+                         " value NUMERIC, unit TEXT, quality TEXT NOT NULL)");
+    LogWriter writer = open("line.sqlite");
+    writer.append(row(0, GOOD, BITS));
+    writer.sync();
+    EXPECT_EQ(query("line.sqlite", "SELECT value FROM samples"), "7\n1 0\n");
 }
 
 TEST_F(LogWriterTest, RowIsSafeASecondAfterItWasWritten)
@@ -166,6 +221,8 @@ TEST_F(LogWriterTest, FullFileIsFollowedByAnother)
     LogWriter writer = open("line.csv", rotation);
     for (const int second : {0, 1, 1})
         writer.append(row(second, GOOD, BITS));
+    EXPECT_EQ(writer.summary(),
+              "3 rows in 3 files, the last one " + path("line-20261122-043001-2.csv"));
     EXPECT_EQ(files(), (QStringList{"line-20261122-043000.csv", "line-20261122-043001-2.csv",
                                     "line-20261122-043001.csv"}));
 }
