@@ -12,20 +12,24 @@ namespace kmr {
 
 namespace {
 
-CLI::Validator wholeNumber(int least, int most)
+// Replaces the text by the number without leading zeros: CLI11 would read 010 as octal.
+CLI::Validator wholeNumber(std::uint64_t least, std::uint64_t most)
 {
-    const auto check = [least, most](const std::string &text) {
+    const auto normalize = [least, most](std::string &text) {
         bool isNumber = false;
-        const int number = toQString(text).toInt(&isNumber);
-        if (isNumber && number >= least && number <= most)
+        const std::uint64_t number = toQString(text).toULongLong(&isNumber);
+        if (isNumber && number >= least && number <= most) {
+            text = std::to_string(number);
             return std::string();
+        }
         return QString("expected a whole number from %1 to %2, not \"%3\"")
             .arg(least)
             .arg(most)
             .arg(toQString(text))
             .toStdString();
     };
-    return CLI::Validator(check, QString("INT in [%1 - %2]").arg(least).arg(most).toStdString());
+    return CLI::Validator(normalize,
+                          QString("INT in [%1 - %2]").arg(least).arg(most).toStdString());
 }
 
 CLI::Validator number(double least, double most)
@@ -92,9 +96,9 @@ Argument &Argument::showDefault(const std::string &text)
     return *this;
 }
 
-Argument &Argument::between(int least, int most)
+Argument &Argument::between(std::uint64_t least, std::uint64_t most)
 {
-    m_option->check(wholeNumber(least, most));
+    m_option->transform(wholeNumber(least, most));
     return *this;
 }
 

@@ -4,6 +4,7 @@
 
 #include "kmr/command_line.h"
 
+#include <cstdint>
 #include <functional>
 #include <memory>
 #include <string>
@@ -23,8 +24,9 @@ public:
     Argument &showDefault();
     Argument &showDefault(const std::string &text);
 
-    // A whole number from `least` to `most`.
-    Argument &between(int least, int most);
+    // A whole number from `least` to `most`, in decimal digits. Every whole number needs it:
+    // without it, a number that begins with 0 would be octal.
+    Argument &between(std::uint64_t least, std::uint64_t most);
     // A number from `least` to `most`.
     Argument &numberBetween(double least, double most);
     // A number above 0, up to `most`.

@@ -78,11 +78,14 @@ QString faultOf(const CLI::App &app, const CLI::ParseError &error)
         return QString("which command? Expected %1").arg(commandNames(command).join(", "));
     if (isRequired) // "FILE is required"
         return QString("%1 is missing%2").arg(text.section(' ', 0, 0), exampleOf(command));
-    if (error.get_exit_code() == static_cast<int>(CLI::ExitCodes::ArgumentMismatch))
-        return QString("%1 needs a value").arg(text.section(':', 0, 0));
+    if (error.get_exit_code() == static_cast<int>(CLI::ExitCodes::ArgumentMismatch)) {
+        // "--link: At Most 1 required but received 2"
+        return QString(text.contains(": At Most 1 ") ? "%1 is given twice" : "%1 needs a value")
+            .arg(text.section(':', 0, 0));
+    }
     if (error.get_exit_code() == static_cast<int>(CLI::ExitCodes::ConversionError)) {
-        const QString what = text.section(": ", 1); // "--timeout = abc"
-        return QString("%1: expected a number, not \"%2\"")
+        const QString what = text.section(": ", 1); // "--trace = abc"
+        return QString("%1 can't take the value \"%2\"")
             .arg(what.section(" = ", 0, 0), what.section(" = ", 1));
     }
     return text;

@@ -95,11 +95,11 @@ OptionReader::OptionReader(CLI::App &app) : m_app(app)
     CLI::Option *capture = app.add_option_function<std::string>(
         "--capture", [&o](const std::string &path) { o.capture = toQString(path); },
         "write every character with its time to this new file, for 'kmr trace FILE'");
-    app.add_option(
-           "--capture-limit", o.captureLimit,
-           "megabytes that FILE may hold; a full FILE is renamed to FILE.1 and a new one begins")
-        ->check(CLI::Range(1, 100000))
-        ->needs(capture);
+    CLI::Option *captureLimit = app.add_option(
+        "--capture-limit", o.captureLimit,
+        "megabytes that FILE may hold; a full FILE is renamed to FILE.1 and a new one begins");
+    captureLimit->needs(capture);
+    Argument(captureLimit).between(1, 100000);
     add("names", o.names, "file of names for tags; 'kmr tags check --help' explains it").fromFile =
         readableFile;
 }
@@ -116,7 +116,8 @@ OptionReader::Entry &OptionReader::add(const char *key, QString &value, std::str
     return m_entries.back();
 }
 
-void OptionReader::add(const char *key, int &value, const char *help, int least, int most)
+void OptionReader::add(const char *key, int &value, const char *help, std::uint64_t least,
+                       std::uint64_t most)
 {
     CLI::Option *option = m_app.add_option(std::string("--") + key, value, help);
     Argument(option).showDefault().between(least, most);
@@ -124,7 +125,7 @@ void OptionReader::add(const char *key, int &value, const char *help, int least,
 }
 
 void OptionReader::add(const char *key, std::chrono::milliseconds &value, const char *help,
-                       int least, int most)
+                       std::uint64_t least, std::uint64_t most)
 {
     CLI::Option *option = m_app.add_option_function<int>(
         std::string("--") + key,

@@ -89,9 +89,10 @@ private:
 
     // Each adds an option that sets `value`; its present value is the default.
     Entry &add(const char *key, QString &value, std::string help, const char *variable = nullptr);
-    void add(const char *key, int &value, const char *help, int least, int most);
-    void add(const char *key, std::chrono::milliseconds &value, const char *help, int least,
-             int most);
+    void add(const char *key, int &value, const char *help, std::uint64_t least,
+             std::uint64_t most);
+    void add(const char *key, std::chrono::milliseconds &value, const char *help,
+             std::uint64_t least, std::uint64_t most);
     template <typename Choice> // `choices` must outlive this object
     void add(const char *key, Choice &value, const char *help,
              const std::vector<std::pair<std::string, Choice>> &choices);

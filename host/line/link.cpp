@@ -187,7 +187,7 @@ LinkAddress parseLink(const QString &text)
     LinkAddress address;
     QStringList faults;
     const QUrl url(text, QUrl::StrictMode);
-    if (!url.isValid())
+    if (!url.isValid() && !text.isEmpty())
         faults.append(url.errorString().section(';', 0, 0)); // the rest is Qt's own text
     else if (url.scheme() == "serial")
         parseSerial(url, address, faults);

@@ -14,8 +14,8 @@ namespace {
 
 const char *const HEADING = "tag,value";
 
-// Numbers may be separated by commas without quotes.
-Values parseFields(const Tag &tag, const QStringList &fields)
+// Numbers may be separated by commas without quotes. Spreadsheets add empty fields at the end.
+Values parseFields(const Tag &tag, QStringList fields)
 {
     if (fields.isEmpty())
         throw Error(ErrorKind::Usage, QString("%1 has no value").arg(tag.text));
@@ -24,6 +24,8 @@ Values parseFields(const Tag &tag, const QStringList &fields)
                                               "commas needs quotes)")
                                           .arg(tag.text)
                                           .arg(fields.size()));
+    while (!fields.isEmpty() && fields.back().trimmed().isEmpty())
+        fields.removeLast();
     return parseValues(tag, fields.join(','));
 }
 

@@ -13,6 +13,14 @@ namespace kmr {
 
 namespace {
 
+const char *const BYTE_ORDER_MARK = "\xEF\xBB\xBF";
+
+bool hasByteOrderMark(const QString &path)
+{
+    QFile file(path);
+    return file.open(QIODevice::ReadOnly) && file.read(3) == BYTE_ORDER_MARK;
+}
+
 // A device or a pipe: must not be replaced by a file.
 bool isStream(const QString &path)
 {
@@ -46,7 +54,7 @@ void requireUtf8(const QString &path, const QByteArray &bytes)
     for (const QByteArray &line : bytes.split('\n')) {
         ++number;
         const QString text = QString::fromUtf8(line);
-        if (text.toUtf8() != (number == 1 && line.startsWith("\xEF\xBB\xBF") ? line.mid(3) : line))
+        if (text.toUtf8() != (number == 1 && line.startsWith(BYTE_ORDER_MARK) ? line.mid(3) : line))
             throw Error(ErrorKind::Usage,
                         QString("%1:%2: not in UTF-8, maybe in Latin-1: \"%3\"; save it as UTF-8")
                             .arg(path)
@@ -83,8 +91,9 @@ void writeTextFile(const QString &path, const QString &text)
             throw cannotWrite(ErrorKind::Output, path, file);
         return;
     }
+    const QString mark = hasByteOrderMark(path) ? QString(QChar::ByteOrderMark) : QString();
     QSaveFile file(path);
-    if (!openAndWrite(file, text) || !file.commit())
+    if (!openAndWrite(file, mark + text) || !file.commit())
         throw cannotWrite(ErrorKind::Output, path, file);
 }
 

@@ -14,7 +14,8 @@ enum class TextEncoding { Utf8, Latin1, Utf16 };
 QString readTextFile(const QString &path, TextEncoding encoding = TextEncoding::Utf8);
 
 // Writes the file in UTF-8, completely or not at all: an existing file stays in place until the new
-// text is complete. Throws Error (Output).
+// text is complete, and its byte-order mark, if it has one, begins the new text. Throws Error
+// (Output).
 void writeTextFile(const QString &path, const QString &text);
 
 // Throws Error (Usage) if writeTextFile() could not write: an early check for a late write.

@@ -356,15 +356,27 @@ Value shownOf(const Tag &tag, quint64 bits)
     return tag.scaling ? scaled(tag, held, bits) : held;
 }
 
+// Throws Error (Usage) for "1,,2", whose values would otherwise be written to the wrong elements.
+void requireEachValue(const Tag &tag, const QString &text)
+{
+    static const QRegularExpression QUOTED("\"[^\"]*\"");
+    static const QRegularExpression MISSING("^,|,\\s*,|,$");
+    if (QString(text).replace(QUOTED, "text").contains(MISSING))
+        throw Error(
+            ErrorKind::Usage,
+            QString("%1: a value is missing before or after a comma: \"%2\"").arg(tag.text, text));
+}
+
 // "1 open "not ready"", if a tag has texts.
 QStringList splitValues(const Tag &tag, const QString &text)
 {
     static const QRegularExpression SEPARATORS("[,\\s]+");
     static const QRegularExpression QUOTED("\"([^\"]*)\"|[^,\\s\"]+");
+    if (!tag.texts.empty() && tag.count == elementsPerNumber(tag))
+        return {text};
+    requireEachValue(tag, text);
     if (tag.texts.empty())
         return text.split(SEPARATORS, Qt::SkipEmptyParts);
-    if (tag.count == elementsPerNumber(tag))
-        return {text};
     QStringList texts;
     for (auto found = QUOTED.globalMatch(text); found.hasNext();) {
         const QRegularExpressionMatch match = found.next();

@@ -124,7 +124,7 @@ void addPing(CLI::App &app, Command &chosen)
 {
     const auto ping = std::make_shared<PingOptions>();
     CommandDefinition command(app, "ping", "Measure round trips to a station");
-    command.add("COUNT", ping->count, "requests (default: until Ctrl-C)").aboveZero(1e9);
+    command.add("COUNT", ping->count, "requests (default: until Ctrl-C)").between(1, 1000000000);
     command.add("--interval", ping->interval, "seconds between requests")
         .numberBetween(0, 3600)
         .showDefault();

@@ -178,7 +178,7 @@ void addPlan(CLI::App &app, Command &chosen)
     CommandDefinition command(app, "plan", "Show the requests for polling tags");
     command.add("TAG", plan->tags, "the tags to poll (default: those of kmr.toml)");
     command.add("--baud", plan->baud, "bits a second (default: the link's, else 9600)")
-        .aboveZero(4e6);
+        .between(1, 4000000);
     command.addFlag("--raw", plan->isRaw, "the list as typed, as another host would pass it");
     command.setHelp(std::string(HELP) + TAG_HELP + EXAMPLES);
     command.setAction(chosen, plan, runPlan);

@@ -7,6 +7,8 @@
 #include "kmr/connection.h"
 #include "kmr/progress.h"
 
+#include <QFileInfo>
+
 namespace kmr {
 
 namespace {
@@ -39,7 +41,7 @@ Examples:
 
 const char *const UPLOAD_EXAMPLES =
     R"(Without a TAG the values in FILE are replaced and everything else stays as it is;
-with TAGs a new FILE is written.
+with TAGs a new FILE is written; one that is not empty is refused.
 
 Examples:
   kmr recipe upload mixer.csv --link tcp://192.168.0.10:8888
@@ -187,11 +189,22 @@ ExitCode runRecipeCompare(const Options &options, const RecipeOptions &recipe)
     return compare(connection.open(), options.format, items, file);
 }
 
+void requireEmpty(const QString &file)
+{
+    if (QFileInfo(file).size() > 0)
+        throw Error(ErrorKind::Usage,
+                    QString("%1 is not empty, and the upload would replace it: name a new file, or "
+                            "leave out the tags to update the values in it")
+                        .arg(file));
+}
+
 ExitCode runRecipeUpload(const Options &options, const RecipeOptions &recipe)
 {
     const QString file = toQString(recipe.file);
     Connection connection(options);
     const bool isNew = !recipe.tags.empty();
+    if (isNew)
+        requireEmpty(file);
     const QString old = isNew ? QString() : readTextFile(file);
     std::vector<RecipeItem> items =
         isNew ? recipeOf(connection.readTags(toQStrings(recipe.tags)))

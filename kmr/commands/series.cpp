@@ -16,6 +16,9 @@ Examples:
   kmr series D 100 4 2
   kmr series X 0 10 1)";
 
+// Of the bits of words, which are counted through all words.
+constexpr std::uint64_t HIGHEST_BIT = 65535 * 16 + 15;
+
 struct SeriesOptions {
     std::string area;
     int start = 0; // as the driver expects it: for X and Y the octal digits
@@ -32,7 +35,7 @@ bool isAddress(const DriverFunctions &driver, const QString &area, const QString
 }
 
 // A series may contain texts that are not addresses: in an octal number the driver carries only the
-// last digit, and it shows a start below 0 as a large number. Returns false if it does.
+// last digit. Returns false if it does.
 bool checkSeries(const DriverFunctions &driver, const QString &area, const QVector<QString> &texts)
 {
     QStringList wrong;
@@ -83,9 +86,11 @@ void addSeries(CLI::App &app, Command &chosen)
     const auto series = std::make_shared<SeriesOptions>();
     CommandDefinition command(app, "series", "List addresses at equal distances");
     command.add("AREA", series->area, "device area").required();
-    command.add("START", series->start, "first address (X and Y: its octal digits)").required();
+    command.add("START", series->start, "first address (X and Y: its octal digits)")
+        .required()
+        .between(0, HIGHEST_BIT);
     command.add("COUNT", series->count, "number of addresses").required().between(1, 65537);
-    command.add("STEP", series->step, "distance between them").required();
+    command.add("STEP", series->step, "distance between them").required().between(1, HIGHEST_BIT);
     command.setHelp(HELP);
     command.setAction(chosen, series, runSeries);
 }

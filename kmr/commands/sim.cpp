@@ -16,6 +16,7 @@
 
 #include <unistd.h>
 
+#include <limits>
 #include <optional>
 #include <utility>
 #include <vector>
@@ -223,6 +224,7 @@ void addSim(CLI::App &app, Command &chosen)
              "answer at the speed of a serial line of this rate (default: at once)")
         .between(50, 4000000);
     command.add("--seed", sim->seed, "the same seed repeats the same faults and random numbers")
+        .between(0, std::numeric_limits<std::uint64_t>::max())
         .showDefault();
     command.setHelp(HELP + simulator::faultHelp().toStdString() + EXAMPLES);
     command.setAction(chosen, sim, runSim);

@@ -61,7 +61,8 @@ const char *const IMPORT_HELP =
     R"(Converts a list of another program to a file of names. FILE has a heading; fields are
 separated by commas, semicolons or tabs. --columns names the columns to use, by the names of
 'kmr tags check --help'; the others are left out. Without it the heading must have these names.
-Bad lines are reported and left out, and the command then ends with 1.
+Bad lines are reported and left out, and the command then ends with 1. If no name is left, nothing
+is written.
 
 Examples:
   kmr tags import plant.txt --columns name=Symbol,tag=Address,comment=Remark --output names.csv
@@ -80,7 +81,9 @@ ExitCode runTagsCheck(const Options &options, const TagsOptions &check)
     const QString file = toQString(check.file);
     const auto library = loadDriver(options);
     const NameTable names = NameTable::parse(readTextFile(file), file);
-    const QStringList faults = checkNames(names, tagReaderOf(options, *library));
+    QStringList faults = checkNames(names, tagReaderOf(options, *library));
+    if (names.names().empty() && faults.isEmpty())
+        faults.append(QString("%1: holds no names").arg(file));
     if (!faults.isEmpty())
         throw Error(ErrorKind::Usage, faults.join('\n'));
     printError(QString("%1: %2 names, all good").arg(file).arg(names.names().size()));
@@ -210,6 +213,19 @@ QString csvLine(const QStringList &cells)
     return fields.join(',');
 }
 
+// Without a name nothing is written: a good file from an earlier import stays.
+void writeNames(const QStringList &lines, const QString &output)
+{
+    if (lines.size() == 1) // the heading
+        return;
+    if (!output.isEmpty()) {
+        writeTextFile(output, lines.join('\n') + '\n');
+        return;
+    }
+    for (const QString &line : lines)
+        print(line);
+}
+
 // Bad lines are left out.
 ExitCode runTagsImport(const Options &options, const TagsOptions &own)
 {
@@ -226,17 +242,12 @@ ExitCode runTagsImport(const Options &options, const TagsOptions &own)
     }
     for (const QString &fault : faults)
         printError("kmr: " + fault);
-    if (own.output.empty()) {
-        for (const QString &line : lines)
-            print(line);
-    } else {
-        writeTextFile(toQString(own.output), lines.join('\n') + '\n');
-    }
+    writeNames(lines, toQString(own.output));
     printError(QString("%1: %2 names imported, %3 lines left out")
                    .arg(file)
                    .arg(lines.size() - 1)
                    .arg(faults.size()));
-    return faults.isEmpty() ? ExitCode::Ok : ExitCode::ItemFailed;
+    return faults.isEmpty() && lines.size() > 1 ? ExitCode::Ok : ExitCode::ItemFailed;
 }
 
 } // namespace

@@ -105,7 +105,7 @@ void addWatch(CLI::App &app, Command &chosen)
     const auto watch = std::make_shared<WatchOptions>();
     CommandDefinition command(app, "watch", "Show tags as they change");
     command.add("TAG", watch->tags, WANTED_TAGS);
-    command.add("--count", watch->count, "end after this many lines").aboveZero(1e9);
+    command.add("--count", watch->count, "end after this many lines").between(1, 1000000000);
     command.add("--for", watch->seconds, "end after this many seconds").aboveZero(1e9);
     command
         .add("--cycle", watch->cycle,

@@ -12,7 +12,9 @@ namespace kmr {
 
 namespace {
 
-const char *const HELP = R"(Several values of one tag are separated by commas or blanks.
+const char *const HELP =
+    R"(Several values of one tag are separated by commas or blanks; none may be missing
+between two commas.
 0x and hexadecimal digits, or 0b and binary digits, are a value's bits. Bits are 0 or 1, off
 or on. Values can be written as 'kmr read' shows them, also with the texts and the unit of a
 name: kmr write "valve=open".

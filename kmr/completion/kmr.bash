@@ -27,10 +27,14 @@ _kmr_complete_files()
 _kmr_names()
 {
     local -a given=()
-    local i
+    local i value
     for ((i = 1; i < COMP_CWORD; ++i)); do
         case ${COMP_WORDS[i]} in
-        --names | --config | --driver) given+=("${COMP_WORDS[i]}" "${COMP_WORDS[i + 1]}") ;;
+        --names | --config | --driver)
+            value=${COMP_WORDS[i + 1]}
+            [[ $value == = ]] && value=${COMP_WORDS[i + 2]}
+            given+=("${COMP_WORDS[i]}" "$value")
+            ;;
         esac
     done
     "$kmr" tags list "${given[@]}" --format csv 2>/dev/null | sed '1d; s/,.*//'

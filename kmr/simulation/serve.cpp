@@ -30,6 +30,15 @@ QUrl parseListen(const QString &text)
     return url;
 }
 
+QString serialLink(const QString &path)
+{
+    QUrl url;
+    url.setScheme("serial");
+    url.setHost(""); // for the two slashes before the path
+    url.setPath(QFileInfo(path).absoluteFilePath());
+    return url.toString(QUrl::FullyEncoded);
+}
+
 } // namespace
 
 void addServeOptions(CommandDefinition &command, ServeOptions &options)
@@ -61,7 +70,7 @@ void serve(const ServeOptions &where, const simulator::Responder &respond, simul
         const QString fault = terminal.open(pty);
         if (!fault.isEmpty())
             throw Error(ErrorKind::Link, fault);
-        ready.append(QString("ready serial://%1").arg(QFileInfo(pty).absoluteFilePath()));
+        ready.append("ready " + serialLink(pty));
     }
 
     QSocketNotifier stop(stopDescriptor(), QSocketNotifier::Read);

@@ -172,6 +172,12 @@ TEST_P(CommandOnBothLinks, RecipeGoesDownAndComesUp)
               "tag,value\nD100,7\nD110x10,1 2 3 4 5 6 7 8 9 10\nCV2210,123456\n");
     EXPECT_EQ(kmr({"recipe", "upload", path("new.csv"), "D118x2"}).exitCode, 0);
     EXPECT_EQ(load("new.csv"), "tag,value\nD118x2,9 10\n");
+
+    const Finished again = kmr({"recipe", "upload", path("new.csv"), "D0"});
+    EXPECT_EQ(again.exitCode, 2);
+    EXPECT_TRUE(again.err.contains("new.csv is not empty, and the upload would replace it: "))
+        << again.err.toStdString();
+    EXPECT_EQ(load("new.csv"), "tag,value\nD118x2,9 10\n");
 }
 
 TEST_P(CommandOnBothLinks, UploadKeepsTheRemarksOfItsFile)
@@ -257,6 +263,17 @@ TEST(Command, DryRunShowsTheFramesOfWrites)
                          "M0x2 :01050800FF00F3\nM0x2 :010508010000F1\n");
 }
 
+TEST(Command, NumbersAreDecimalAlsoWithZerosBefore)
+{
+    const QTemporaryDir directory;
+    const QString file = directory.filePath("p.toml");
+    saveFile(file, "station = \"010\"\n");
+    for (const QStringList &how : {QStringList{"--station", "010"}, QStringList{"--config", file}})
+        EXPECT_EQ(run(QStringList{"write", "--dry-run", "D9=1"} + how).out,
+                  "D9 :101010090001020001C3\n");
+    EXPECT_EQ(run({"series", "D", "08", "010", "01"}).out.count('\n'), 10);
+}
+
 TEST(Command, DryRunShowsEachFrameOnceOnALineThatEchoes)
 {
     const Finished write = run({"write", "--dry-run", "--echo", "on", "D100=250"});
@@ -312,6 +329,7 @@ TEST(Command, EveryFaultOfAFileIsNamedInTheOrderOfItsLines)
         {"read boiler.tmp --names", "boiler.temp,D1\n",
          "^kmr: bad tag \"boiler.tmp\": [^\n]* \\(and \\S+file has no such name, did you mean "
          "\"boiler.temp\"\\?\\)\n$"},
+        {"tags check", "", "^kmr: \\S+file: holds no names\n$"},
         {"tags check", "a,D1\nb,Q1\nc\n",
          "^kmr: \\S+file:2: b: bad tag \"Q1\"[^\n]*\nkmr: \\S+file:3: c has no tag\n$"},
     };
@@ -354,6 +372,10 @@ TEST(Command, ListFromElsewhereIsImportedAndSearched)
               QString::fromUtf8("name,tag,unit,scale,offset,texts,word-order,byte-order,writable,"
                                 "deadband,comment\n"
                                 "T\u00fcr [1],X5,,,,,,,,,\ntemp,D100x2,,0.1,,,,,,,\n"));
+    const Finished bad = run({"tags", "import", list, "--encoding", "latin1", "--columns",
+                              "name=Nr,tag=Adresse", "--output", names}); // 1 is not a name
+    EXPECT_EQ(bad.exitCode, 1);
+    EXPECT_TRUE(bad.err.endsWith("plant.txt: 0 names imported, 3 lines left out\n"));
     const QStringList how = {"--names", names, "--format", "csv"};
     EXPECT_EQ(run(QStringList{"tags", "find", "D101"} + how).out.section('\n', 1),
               "temp,D100x2,,0.1,,,,,,,,\n");

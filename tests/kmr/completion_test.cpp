@@ -78,6 +78,7 @@ TEST(Completion, OffersNamesForTagsAlsoAfterAStation)
     const QString words = "read --names " + file;
     EXPECT_EQ(complete(words + " D"), (QStringList{"D", "Damper\\ \\[1\\]", "Drum"}));
     EXPECT_EQ(complete(words + " 2#p"), QStringList("2#pump"));
+    EXPECT_EQ(complete("read --names = " + file + " p"), QStringList("pump"));
     EXPECT_EQ(complete(words + " \\\"Dam"), QStringList("Damper [1]"));
 }
 

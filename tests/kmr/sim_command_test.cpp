@@ -54,9 +54,10 @@ TEST(Sim, RefusesRegistersThatNoAreaHasUnlessItIsToldNotTo)
 TEST(Sim, RemovesItsPseudoTerminal)
 {
     QTemporaryDir directory;
-    const QString path = directory.filePath("line");
+    const QString path = directory.filePath("my line%41");
     Simulator simulator({"--pty", path});
-    EXPECT_EQ(simulator.ready(), "ready serial://" + path);
+    EXPECT_EQ(simulator.ready(), "ready serial://" + directory.filePath("my%20line%2541"));
+    EXPECT_EQ(run({"read", "D100", "--link", simulator.link()}).out, "D100 0\n");
     EXPECT_TRUE(QFileInfo(path).isSymLink());
     EXPECT_EQ(simulator.terminate(), 0);
     EXPECT_FALSE(QFileInfo(path).isSymLink());

@@ -39,6 +39,21 @@ TEST(TextFile, WrittenTextReadsBackAndReplacesTheOld)
     EXPECT_EQ(QDir(directory.path()).entryList(QDir::Files), QStringList("recipe.csv"));
 }
 
+TEST(TextFile, NewTextKeepsTheByteOrderMarkOfTheOld)
+{
+    const QTemporaryDir directory;
+    const QString path = directory.filePath("recipe.csv");
+    for (const char *typed : {"", "\xEF\xBB\xBF"}) {
+        const QByteArray mark = typed;
+        QFile file(path);
+        ASSERT_TRUE(file.open(QIODevice::WriteOnly) && file.write(mark + "D100,250\n") > 0);
+        file.close();
+        writeTextFile(path, "D100,7\n");
+        ASSERT_TRUE(file.open(QIODevice::ReadOnly));
+        EXPECT_EQ(file.readAll(), mark + "D100,7\n");
+    }
+}
+
 TEST(TextFile, ReadsItsEncodingWithoutAByteOrderMarkAndRefusesAnotherOne)
 {
     const QTemporaryDir directory;

@@ -123,11 +123,15 @@ TEST(Values, OutsideTheRangeOfTheirTypeOrOfAnotherNumberAreRefused)
         {"D0", "1 2"},
         {"D0", ""},
         {"D0", "x"},
+        {"D0x2", ",1,2"},
+        {"D0x2", "1 2,"},
     };
     for (const auto &[name, text] : ROWS)
         EXPECT_NE(faultOf(tagOf(name), text), "none") << name << ' ' << text;
     EXPECT_EQ(faultOf(tagOf("CV2200/bcd"), "100000000"),
               "bad value \"100000000\" for CV2200/bcd: expected 0 to 99999999");
+    EXPECT_EQ(faultOf(tagOf("D0x2"), "1, ,2"),
+              "D0x2: a value is missing before or after a comma: \"1, ,2\"");
     EXPECT_EQ(faultOf(tagOf("M0"), "0x2"), "bad value \"0x2\" for M0: expected 0x0 to 0x1");
     EXPECT_EQ(faultOf(tagOf("D0"), "0x"), "bad value \"0x\" for D0: expected 0x0 to 0xFFFF");
     EXPECT_NE(faultOf(tagOf("D0x2/text"), QString::fromUtf8("\u20ac"))
@@ -273,6 +277,7 @@ TEST(ValueTexts, StandForTheirNumbersInBothDirections)
     valves.texts = valve.texts;
     EXPECT_EQ(formatValues(valves, {1, 0xFFFF, 7}), "open \"not ready\" 7");
     EXPECT_EQ(parseValues(valves, "open \"not ready\" 7"), (Values{1, 0xFFFF, 7}));
+    EXPECT_NE(faultOf(valves, "open,,\"not ready\",7"), "none");
 }
 
 TEST(Units, StandAfterNumbersAndAreTakenBack)
