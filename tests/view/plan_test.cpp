@@ -61,6 +61,19 @@ private slots:
         QVERIFY(blocks->item(0, 2)->text().startsWith("read wrongly: "));
     }
 
+    void aBadLinkIsSaid()
+    {
+        const Drivers drivers(DRIVER_LIBRARY);
+        ProjectSettings settings;
+        const NamedTagReader reader = tagReaderOf(settings, drivers);
+        settings.link = "tpc://nowhere";
+        PlanView view;
+        view.showPlan(settings, {reader.read("D1")}, drivers.forQuestions(), reader);
+        QVERIFY(child<QLabel>(view, "planSummary")->text().startsWith("bad link"));
+        child<QSpinBox>(view, "planGroupLimit")->setValue(3);
+        QCOMPARE(child<QTableWidget>(view, "planBlocks")->rowCount(), 0);
+    }
+
     void aTagThatTheGroupLimitCutsIsNotPlanned()
     {
         Line line;
