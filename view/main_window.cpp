@@ -114,6 +114,8 @@ bool MainWindow::start(const ProjectSettings &settings)
         std::unique_ptr<Drivers> loaded;
         if (!m_drivers || m_loaded != settings.driver)
             loaded = std::make_unique<Drivers>(settings.driver);
+        if (!settings.link.isEmpty())
+            parseLink(settings.link);
         auto reader =
             std::make_unique<NamedTagReader>(tagReaderOf(settings, loaded ? *loaded : *m_drivers));
         // Nothing can go wrong with the project any more.

@@ -97,6 +97,28 @@ private slots:
             PATIENCE);
     }
 
+    void theLinePageIsEmptyBeforeALineIsOpen()
+    {
+        MainWindow window;
+        window.show();
+        auto *pages = child<QTabWidget>(window);
+        pages->setCurrentIndex(2);
+        QTRY_VERIFY_WITH_TIMEOUT(
+            child<QLabel>(window, "summary")->text().startsWith("0.0 requests"), PATIENCE);
+    }
+
+    void aBadLinkIsReportedAndTheOldLineStays()
+    {
+        Line line;
+        OpenWindow window(line, {"D1"});
+        ProjectSettings settings = line.project({"D2"});
+        settings.link = "tpc://nowhere";
+        QVERIFY(!window.start(settings));
+        QVERIFY(child<QMessageBox>(window)->text().startsWith("bad link \"tpc://nowhere\""));
+        QCOMPARE(cell(window, 0, Model::TAG), QString("D1"));
+        TRY_CELL(0, QUALITY, QString("good"));
+    }
+
     void closingDuringAWriteSaysWhatIsUncertain()
     {
         Line line({"silence"});
