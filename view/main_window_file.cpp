@@ -122,13 +122,10 @@ void MainWindow::chooseProject()
 
 void MainWindow::openFile(const QString &path)
 {
-    const QString ending = QFileInfo(path).suffix().toLower();
-    if (ending == "toml")
+    if (path.endsWith(".toml", Qt::CaseInsensitive))
         leaveProject([this, path] { openProject(path); });
-    else if (QStringList{"csv", "sqlite", "sqlite3", "db"}.contains(ending))
-        openRecording(path);
     else
-        openCapture(path);
+        openRecorded(path);
 }
 
 void MainWindow::dragEnterEvent(QDragEnterEvent *event)

@@ -9,6 +9,8 @@
 #include <QTemporaryDir>
 #include <QtTest>
 
+#include <sqlite3.h>
+
 #include <cmath>
 
 using namespace kmr;
@@ -116,6 +118,28 @@ private slots:
         } catch (const Error &error) {
             QVERIFY(error.text().contains("is not a recording: its heading is not"));
         }
+    }
+
+    void aDamagedDatabaseIsRefused()
+    {
+        const QString path = m_folder.filePath("damaged.sqlite");
+        sqlite3 *opened = nullptr;
+        QCOMPARE(sqlite3_open(path.toUtf8().constData(), &opened), SQLITE_OK);
+        const std::unique_ptr<sqlite3, decltype(&sqlite3_close)> database(opened, sqlite3_close);
+        QCOMPARE(sqlite3_exec(opened,
+                              "CREATE TABLE samples(time, tag, value, unit, quality);"
+                              "INSERT INTO samples VALUES"
+                              "('2026-11-22T10:00:00Z', 'D1', 1, NULL, 'good');",
+                              nullptr, nullptr, nullptr),
+                 SQLITE_OK);
+        Recording whole;
+        readRecording(path, whole);
+        QCOMPARE(whole.tags.size(), std::size_t(1));
+        QFile file(path);
+        QVERIFY(file.open(QIODevice::ReadWrite) && file.seek(4096)); // the table's page
+        QVERIFY(file.write(QByteArray(4096, '\xff')) == 4096 && file.flush());
+        Recording recording;
+        QVERIFY_EXCEPTION_THROWN(readRecording(path, recording), Error);
     }
 
     void tagsAreFoundByTheirElements()

@@ -113,9 +113,12 @@ private slots:
         QVERIFY(child<QAction>(*view, "capture")->isChecked());
         child<QAction>(*view, "capture")->trigger();
         QVERIFY(!child<QAction>(*view, "capture")->isChecked());
-        QVERIFY(window.openCapture(path));
+        window.openRecorded(path);
         auto *pages = child<QTabWidget>(window);
-        const auto *table = pages->currentWidget()->findChild<QTableView *>("traffic");
+        const QTableView *table = nullptr;
+        QTRY_VERIFY_WITH_TIMEOUT(
+            (table = pages->currentWidget()->findChild<QTableView *>("traffic")) != nullptr,
+            PATIENCE);
         QVERIFY(table->model()->rowCount() > 5);
         for (int row = 0; row < 5; ++row)
             QCOMPARE(table->model()->index(row, 0).data(TrafficModel::OUTCOME_ROLE).toInt(),
@@ -139,7 +142,7 @@ private slots:
         add(3, ":01031064000286\r\n", ":01030400FB0001FC\r\n");
         add(4, ":02031064000285\r\n", ":02830279\r\n");
         Recording recording;
-        QVERIFY(readValues(capture, recording));
+        QVERIFY(readValues(trafficOf(capture), recording));
         QCOMPARE(recording.tags.size(), std::size_t(10));
         QCOMPARE(recording.tags[0].name, QString("D100"));
         QCOMPARE(*recording.history.series(1).at(1000.5), 250.0);

@@ -666,6 +666,21 @@ nicht verlangt: %2</translation>
     </message>
 </context>
 <context>
+    <name>kmr::ReadingPage</name>
+    <message>
+        <source>Share of the file that is read</source>
+        <translation>Gelesener Teil der Datei</translation>
+    </message>
+    <message>
+        <source>&amp;Cancel</source>
+        <translation>Abbre&amp;chen</translation>
+    </message>
+    <message>
+        <source>Reading %1…</source>
+        <translation>%1 wird gelesen …</translation>
+    </message>
+</context>
+<context>
     <name>kmr::RecipeView</name>
     <message>
         <source>written</source>
