@@ -84,11 +84,21 @@ private:
     std::map<QString, int> m_ids;
 };
 
+// None of a line that is not CSV.
+QStringList fieldsOf(const QString &line)
+{
+    try {
+        return splitCsv(line);
+    } catch (const Error &) {
+        return {};
+    }
+}
+
 void readCsv(const QString &path, Reader &reader, const ReadProgress &progress)
 {
     const QString text = readTextFile(path);
     const QStringList lines = text.split('\n', Qt::SkipEmptyParts);
-    const QStringList heading = lines.isEmpty() ? QStringList() : splitCsv(lines.front());
+    const QStringList heading = lines.isEmpty() ? QStringList() : fieldsOf(lines.front());
     if (heading.size() < 3 || heading.size() % 2 == 0 || heading.front() != "time")
         refuse(path, Recordings::tr("its heading is not time,TAG,TAG quality,..."));
     std::vector<int> ids;
@@ -102,8 +112,8 @@ void readCsv(const QString &path, Reader &reader, const ReadProgress &progress)
     for (int i = 1; i < lines.size(); ++i) {
         if (!goesOn(progress, i, lines.size()))
             return;
-        const QStringList fields = splitCsv(lines[i]);
-        const std::optional<double> time = timeOf(fields.front());
+        const QStringList fields = fieldsOf(lines[i]);
+        const std::optional<double> time = timeOf(fields.value(0));
         if (!time || fields.size() != heading.size()) {
             if (i + 1 == lines.size())
                 return; // a power cut broke it off

@@ -201,7 +201,7 @@ void TrendPlot::fitValues(QwtPlot::Axis axis)
             most = std::max({most, style.shown(figures->least), style.shown(figures->most)});
         }
     }
-    if (least > most) {
+    if (!std::isfinite(most - least)) { // none, or more than a scale can show
         m_plot->setAxisScale(axis, 0, 1);
         return;
     }

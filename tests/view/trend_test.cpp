@@ -3,12 +3,7 @@
 #include "tests/view/line_fixture.h"
 #include "view/trend_view.h"
 
-#include <QMessageBox>
-#include <QProgressBar>
-
 #include <qwt_plot_canvas.h>
-
-#include <sys/stat.h>
 
 using namespace kmr;
 
@@ -143,8 +138,10 @@ private slots:
         QCOMPARE(table->item(0, TrendTable::AT_A)->text(), QString("19"));
         QVERIFY(m_view->styles()[0].isRight);
         QCOMPARE(*m_history.series(1).at(40), 40.0);
-        table->item(0, TrendTable::FACTOR)->setText("nothing");
-        QCOMPARE(table->item(0, TrendTable::FACTOR)->text(), QString("0.5"));
+        for (const char *bad : {"nothing", "inf"}) {
+            table->item(0, TrendTable::FACTOR)->setText(bad);
+            QCOMPARE(table->item(0, TrendTable::FACTOR)->text(), QString("0.5"));
+        }
     }
 
     void theVisibleSpanIsExported()
@@ -164,86 +161,12 @@ private slots:
         }
     }
 
-    void aRecordingHasAPageOfItsOwn()
-    {
-        show();
-        m_view->plot().show(0, 100);
-        const QString csv = m_folder.filePath("recording.csv");
-        m_view->exportTo(csv);
-        MainWindow window;
-        window.show();
-        window.openRecorded(csv);
-        auto *pages = child<QTabWidget>(window);
-        QCOMPARE(pages->tabText(pages->currentIndex()), QString("recording.csv"));
-        const TrendView *view = nullptr;
-        QTRY_VERIFY_WITH_TIMEOUT(
-            (view = pages->currentWidget()->findChild<TrendView *>()) != nullptr, PATIENCE);
-        QCOMPARE(view->styles().size(), std::size_t(2));
-        QCOMPARE(view->styles()[0].unit, QString("bar"));
-        const int count = pages->count();
-        emit pages->tabCloseRequested(pages->currentIndex());
-        QCOMPARE(pages->count(), count - 1);
-    }
-
-    void aFileIsReadWhileTheWindowGoesOn()
-    {
-        const QString slow = pipe("slow.csv");
-        MainWindow window;
-        window.show();
-        window.openRecorded(slow);
-        auto *pages = child<QTabWidget>(window);
-        QVERIFY(pages->currentWidget()->findChild<QProgressBar *>() != nullptr);
-        writeTextFile(slow, RECORDING);
-        QTRY_VERIFY_WITH_TIMEOUT(pages->currentWidget()->findChild<TrendView *>() != nullptr,
-                                 PATIENCE);
-        QVERIFY(window.findChild<ReadingPage *>() == nullptr);
-    }
-
-    void readingIsCancelled()
-    {
-        const QString slow = pipe("cancelled.csv");
-        MainWindow window;
-        window.show();
-        auto *pages = child<QTabWidget>(window);
-        const int count = pages->count();
-        window.openRecorded(slow);
-        QTest::keyClick(child<QPushButton>(window, "cancelReading"), Qt::Key_Space);
-        QCOMPARE(pages->count(), count);
-        writeTextFile(slow, RECORDING);
-        QTRY_VERIFY_WITH_TIMEOUT(window.findChild<ReadingPage *>() == nullptr, PATIENCE);
-        QCOMPARE(pages->count(), count);
-    }
-
-    void aFileThatIsNoRecordingIsRefused()
-    {
-        const QString csv = m_folder.filePath("other.csv");
-        writeTextFile(csv, "day,D1\n");
-        MainWindow window;
-        window.show();
-        const int count = child<QTabWidget>(window)->count();
-        window.openRecorded(csv);
-        QTRY_VERIFY_WITH_TIMEOUT(window.findChild<QMessageBox *>() != nullptr, PATIENCE);
-        QVERIFY(child<QMessageBox>(window)->text().startsWith(csv + " is not a recording"));
-        QCOMPARE(child<QTabWidget>(window)->count(), count);
-    }
-
     void cleanup()
     {
         m_view.reset();
     }
 
 private:
-    static constexpr const char *RECORDING = "time,D1,D1 quality\n2026-11-22T10:00:00Z,1,good\n";
-
-    // A file whose reader waits until somebody writes it.
-    QString pipe(const QString &name) const
-    {
-        QString path = m_folder.filePath(name);
-        if (::mkfifo(QFile::encodeName(path).constData(), 0600) != 0)
-            qFatal("no pipe");
-        return path;
-    }
-
     // A ramp and a bit over 100 seconds.
     void show()
     {
