@@ -90,6 +90,7 @@ private:
     void leaveProject(const std::function<void()> &next);
     void clearProject();
     QStringList addTags(const QStringList &tags);
+    QStringList tagTexts() const;
     void saveLook(const QString &group) const;
     void restoreLook(const QString &group);
     void rememberProject() const;
@@ -121,6 +122,7 @@ private:
     std::chrono::nanoseconds characterTimeOfLink() const;
     void refresh();
     void takeWrites(const std::vector<WriteNews> &writes);
+    void tellFailure(const QString &text);
     void showState(const LineNews &news);
     void forgetUnpolledStations();
     void showHint();
@@ -146,7 +148,7 @@ private:
         QPointer<WriteDialog> dialog;
     };
     std::map<int, OpenWrite> m_writes; // by the number of the request
-    QStringList m_uncertain;           // writes that failed when nobody could see it
+    QStringList m_uncertain;           // writes that failed when the line was stopped
 
     ValuesModel m_values;
     History m_history;
@@ -158,7 +160,7 @@ private:
     PlanView *m_plan;
     RecipeView *m_recipe;
     bool m_isTransferring = false;
-    bool m_isClosing = false;
+    bool m_isStopping = false; // the line
     QTabWidget *m_pages;
     int m_steadyPages = 0; // the first ones, which can't be closed
     QSplitter *m_splitter;

@@ -100,7 +100,9 @@ void MainWindow::askForLine()
         warn(error.text());
         return;
     }
-    auto *dialog = new StartDialog(m_settings, *m_drivers, this);
+    ProjectSettings present = m_settings;
+    present.tags = tagTexts();
+    auto *dialog = new StartDialog(present, *m_drivers, this);
     dialog->setAttribute(Qt::WA_DeleteOnClose);
     connect(dialog, &QDialog::accepted, this, [this, dialog] {
         const ProjectSettings settings = dialog->settings();

@@ -102,6 +102,28 @@ private slots:
             QVERIFY2(found.contains(meaning), qPrintable(found.join('|')));
     }
 
+    void aCaptureEndsWithItsLine()
+    {
+        Line line;
+        OpenWindow window(line, {"D100"});
+        auto *view = window.findChild<TrafficView *>();
+        emit view->captureWanted(m_folder.filePath("ended.kmr"));
+        QVERIFY(child<QAction>(*view, "capture")->isChecked());
+        QVERIFY(window.start(line.project({"D100"})));
+        QVERIFY(!child<QAction>(*view, "capture")->isChecked());
+    }
+
+    void anExaminationThatIsNotBegunIsReportedAsStopped()
+    {
+        const Drivers drivers(DRIVER_LIBRARY);
+        LineThread thread(drivers.forLine(), {});
+        thread.examine();
+        thread.stop();
+        const LineNews news = thread.take();
+        QCOMPARE(news.examinations.size(), std::size_t(1));
+        QVERIFY(!news.examinations[0].diagnosis);
+    }
+
     void aCaptureIsWrittenAndOpened()
     {
         Line line;
@@ -151,6 +173,7 @@ private slots:
         QCOMPARE(recording.tags[4].name, QString("X2"));
         QVERIFY(recording.tags[4].isBit);
         QCOMPARE(*recording.history.series(5).at(1001.5), 1.0);
+        QCOMPARE(rowsOf(trafficOf(capture)).back().outcome, TrafficRow::Outcome::Refused);
     }
 
     void countsOfASecondGiveRatesAndShares()

@@ -75,6 +75,29 @@ private slots:
         QCOMPARE(dialog.settings().tags, QStringList{"D7"});
     }
 
+    void theDialogKeepsASpeedAndAFrameThatItDoesNotOffer()
+    {
+        Drivers drivers(DRIVER_LIBRARY);
+        ProjectSettings settings = simulated();
+        settings.link = "serial:///dev/ttyS9?baud=4800&frame=7E2";
+        QCOMPARE(StartDialog(settings, drivers).settings().link, settings.link);
+    }
+
+    void theDialogOpensWithoutItsFileOfNames()
+    {
+        Line line;
+        ProjectSettings settings = line.project({"D1"});
+        settings.names = m_folder.filePath("lost.csv");
+        writeTextFile(settings.names, "name,tag\nlevel,D7\n");
+        MainWindow window;
+        window.show();
+        QVERIFY(window.start(settings));
+        addTag(window, "D5");
+        QFile::remove(settings.names);
+        window.askForLine();
+        QCOMPARE(child<StartDialog>(window)->settings().tags, (QStringList{"D1", "D5"}));
+    }
+
     void aLostLineIsOpenedAgain()
     {
         Line line({"close=100ms,every=40"});

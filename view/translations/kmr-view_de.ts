@@ -158,13 +158,6 @@
     </message>
 </context>
 <context>
-    <name>LineRun</name>
-    <message>
-        <source>the line was lost</source>
-        <translation>die Leitung ging verloren</translation>
-    </message>
-</context>
-<context>
     <name>Outcomes</name>
     <message>
         <source>the line was lost, or the program was ended</source>
@@ -255,6 +248,14 @@
     <message>
         <source>The line was lost; it is opened again.</source>
         <translation>Die Leitung ging verloren; sie wird wieder geöffnet.</translation>
+    </message>
+    <message>
+        <source>it is not polled</source>
+        <translation>sie wird nicht abgefragt</translation>
+    </message>
+    <message>
+        <source>the line was lost</source>
+        <translation>die Leitung ging verloren</translation>
     </message>
 </context>
 <context>
@@ -553,6 +554,16 @@
     <message>
         <source>Tre&amp;nds</source>
         <translation>Verlä&amp;ufe</translation>
+    </message>
+    <message>
+        <source>The line was closed during a write.
+%1</source>
+        <translation>Die Leitung wurde während eines Schreibens geschlossen.
+%1</translation>
+    </message>
+    <message>
+        <source>%1 is not opened: a recipe is being transferred.</source>
+        <translation>%1 wird nicht geöffnet: Ein Rezept wird gerade übertragen.</translation>
     </message>
 </context>
 <context>
