@@ -46,12 +46,15 @@ private slots:
         QTRY_VERIFY_WITH_TIMEOUT(inkedRows(shown(window), colour) > 50, PATIENCE);
     }
 
-    void aDoubleClickOnTheCourseShowsTheTrend()
+    void aDoubleClickOnTheCourseShowsTheTrendUntilTheTagIsRemoved()
     {
         Line line;
         OpenWindow window(line, {"D1"});
         doubleClick(window, 0, ValuesModel::COURSE);
         QCOMPARE(window.trends().styles().size(), std::size_t(1));
+        mark(window, 0);
+        QTest::keyClick(child<QTableView>(window, "values"), Qt::Key_Delete);
+        QTRY_COMPARE(window.trends().styles().size(), std::size_t(0));
     }
 
     void theWheelARectangleAndKeysZoom()
