@@ -17,6 +17,7 @@ namespace kmr {
 namespace {
 
 enum Column { STATION, ELEMENTS, MAP, UNASKED, CHARACTERS, TIME, COLUMNS };
+constexpr int MOST_REASONS = 4; // all are in the table
 
 QString elementsText(const ElementRange &run)
 {
@@ -209,9 +210,16 @@ void PlanView::showHole()
     PlanQuestion question = present();
     question.isRaw = true;
     int missing = 0;
-    for (const PollGap &gap : planOf(*m_driver, question).cycle.gaps)
+    QStringList reasons;
+    for (const PollGap &gap : planOf(*m_driver, question).cycle.gaps) {
         missing += gap.elements.count;
+        reasons.append(tr("%1: %2").arg(elementsText(gap.elements), gap.reason));
+    }
     m_hole->setVisible(missing > 0);
+    if (m_raw->isChecked()) { // in full, which a cell has no room for
+        m_hole->setText(reasons.mid(0, MOST_REASONS).join('\n'));
+        return;
+    }
     m_hole->setText(tr("A host that passes these tags as they are typed never reads %n element(s) "
                        "correctly; this window does. Mark \"tags as typed\" to see which.",
                        nullptr, missing));

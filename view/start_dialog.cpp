@@ -46,8 +46,9 @@ StartDialog::StartDialog(const ProjectSettings &settings, const Drivers &drivers
       m_verdict(named(new QLabel, "linkVerdict", tr("What is wrong with the link")))
 {
     setWindowTitle(tr("Open a line"));
-    auto *buttons = new QDialogButtonBox(QDialogButtonBox::Cancel);
+    auto *buttons = new QDialogButtonBox;
     m_start = buttons->addButton(tr("&Open"), QDialogButtonBox::AcceptRole);
+    buttons->addButton(QDialogButtonBox::Cancel);
     m_start->setObjectName("start");
     auto *layout = new QVBoxLayout(this);
     layout->addWidget(makeLinkChoice());

@@ -107,6 +107,7 @@ void TrendPlot::makePicker(QwtPlot &plot)
                                      QwtPicker::AlwaysOff, plot.canvas());
     picker->setStateMachine(new QwtPickerDragRectMachine);
     picker->setRubberBandPen(palette().color(QPalette::Highlight));
+    plot.canvas()->setFocusPolicy(Qt::NoFocus); // the keys are for the plots together
     connect(picker, QOverload<const QRectF &>::of(&QwtPlotPicker::selected), this,
             [this](const QRectF &box) { zoomTo(box); });
 }

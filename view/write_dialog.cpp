@@ -47,9 +47,9 @@ WriteDialog::WriteDialog(Tag tag, const QString &current, QWidget *parent)
     m_write->setObjectName("write");
     m_write->setAutoDefault(false); // Return in the field only moves on to the button
     m_write->installEventFilter(this);
-    auto *buttons = new QDialogButtonBox(QDialogButtonBox::Close);
-    buttons->button(QDialogButtonBox::Close)->setAutoDefault(false);
+    auto *buttons = new QDialogButtonBox;
     buttons->addButton(m_write, QDialogButtonBox::ActionRole);
+    buttons->addButton(QDialogButtonBox::Close)->setAutoDefault(false);
     auto *form = new QFormLayout;
     form->addRow(tr("Tag:"), new QLabel(m_tag.text));
     form->addRow(tr("It holds:"), m_holds);

@@ -98,6 +98,22 @@ private slots:
         QCOMPARE(child<StartDialog>(window)->settings().tags, (QStringList{"D1", "D5"}));
     }
 
+    void theTabKeyGoesFromTheTopToTheBottom()
+    {
+        MainWindow window;
+        child<QTabWidget>(window)->setCurrentIndex(1);
+        window.show();
+        const QStringList traffic = tabStops(window).filter(QRegularExpression("^(traffic|bytes)"));
+        QCOMPARE(traffic, (QStringList{"trafficStation", "trafficFunction", "trafficKind",
+                                       "traffic", "bytes"}));
+        child<QTabWidget>(window)->setCurrentIndex(0);
+        QVERIFY(!tabStops(window).contains("QwtPlotCanvas"));
+        Drivers drivers(DRIVER_LIBRARY);
+        StartDialog dialog(simulated(), drivers);
+        dialog.show();
+        QCOMPARE(tabStops(dialog).indexOf("start"), tabStops(dialog).size() - 2);
+    }
+
     void aLostLineIsOpenedAgain()
     {
         Line line({"close=100ms,every=40"});
@@ -194,6 +210,18 @@ private slots:
     }
 
 private:
+    // Names of what the Tab key reaches, in its order.
+    static QStringList tabStops(QWidget &window)
+    {
+        QStringList names;
+        for (QWidget *next = window.nextInFocusChain(); next != &window;
+             next = next->nextInFocusChain()) {
+            if (next->isVisibleTo(&window) && (next->focusPolicy() & Qt::TabFocus) != 0)
+                names.append(next->objectName());
+        }
+        return names;
+    }
+
     static ProjectSettings simulated()
     {
         ProjectSettings settings;

@@ -675,6 +675,10 @@ nicht verlangt: %2</translation>
         <source>tags as t&amp;yped, as another host may pass them to the driver</source>
         <translation>Variablen wie eingegeben, so wie ein anderer Host sie dem Tr&amp;eiber geben mag</translation>
     </message>
+    <message>
+        <source>%1: %2</source>
+        <translation>%1: %2</translation>
+    </message>
 </context>
 <context>
     <name>kmr::ReadingPage</name>
