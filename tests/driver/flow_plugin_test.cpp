@@ -51,7 +51,7 @@ TEST_F(PluginFlow, LibraryWithTheSameNamesInFrontOfItChangesNothing)
     ASSERT_NE(itsDriver, nullptr);
     std::fill_n(itsDriver, 65536, '\x5A');
 
-    kmr = std::make_unique<LoadedDriver>(OSTREL_KMR_LIBRARY, RTLD_GLOBAL);
+    kmr = std::make_unique<LoadedDriver>(testedLibrary(), RTLD_GLOBAL);
     configure("1#0#0#3#8");
     watch({{1, "D", 100, 1}});
     EXPECT_EQ(exchange(":0103021234B4"), ":01031064000187");
@@ -64,7 +64,7 @@ TEST_F(PluginFlow, LibraryWithTheSameNamesInFrontOfItChangesNothing)
 TEST_F(PluginFlow, CopyHasItsOwnSettingsAndMayLeaveFirst)
 {
     kmr.reset(); // both with global symbols
-    kmr = std::make_unique<LoadedDriver>(OSTREL_KMR_LIBRARY, RTLD_GLOBAL);
+    kmr = std::make_unique<LoadedDriver>(testedLibrary(), RTLD_GLOBAL);
     configure("1#0#0#3#8");
     const LibraryCopy copy;
     auto other = std::make_unique<LoadedDriver>(copy.path(), RTLD_GLOBAL);

@@ -110,7 +110,7 @@ template <int INDEX> qint32 record(qint32 device, qint32 station, QString, qint3
 TEST(TwoThreadsFlow, NothingOfOneLinkReachesTheOther)
 {
     const LibraryCopy copy;
-    Link first(1, OSTREL_KMR_LIBRARY);
+    Link first(1, testedLibrary());
     Link second(2, copy.path());
     links[0] = &first;
     links[1] = &second;

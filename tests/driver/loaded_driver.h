@@ -18,6 +18,13 @@
 #include <utility>
 #include <vector>
 
+// The library that is tested: this build's, or the one that the environment's KMR_LIBRARY names.
+inline std::string testedLibrary()
+{
+    const char *other = std::getenv("KMR_LIBRARY");
+    return other ? other : OSTREL_KMR_LIBRARY;
+}
+
 // One loaded library: loads `path`, resolves the eighteen names and unloads it at its end.
 class LoadedDriver {
     struct Symbol {
@@ -37,7 +44,7 @@ class LoadedDriver {
     }
 
 public:
-    explicit LoadedDriver(const std::string &path = OSTREL_KMR_LIBRARY, int scope = RTLD_LOCAL)
+    explicit LoadedDriver(const std::string &path = testedLibrary(), int scope = RTLD_LOCAL)
         : handle(dlopen(path.c_str(), RTLD_NOW | scope))
     {
         if (!handle)
@@ -66,7 +73,7 @@ public:
     LibraryCopy()
     {
         close(mkstemp(name.data()));
-        std::filesystem::copy_file(OSTREL_KMR_LIBRARY, name,
+        std::filesystem::copy_file(testedLibrary(), name,
                                    std::filesystem::copy_options::overwrite_existing);
     }
     ~LibraryCopy()
@@ -116,7 +123,7 @@ protected:
     // Whether the library is in memory; loads nothing.
     static bool isLoaded()
     {
-        void *handle = dlopen(OSTREL_KMR_LIBRARY, RTLD_LAZY | RTLD_NOLOAD);
+        void *handle = dlopen(testedLibrary().c_str(), RTLD_LAZY | RTLD_NOLOAD);
         if (handle)
             dlclose(handle);
         return handle != nullptr;

@@ -39,13 +39,19 @@ Judge::Judge(Plant &plant, const std::vector<Cell> &cells, std::vector<kmr::Tag>
 
 void Judge::watch(kmr::Session &session)
 {
+    forget();
     m_session = &session;
+    session.setObserver([this](const kmr::Exchange &exchange) { note(exchange); });
+    session.setConfirmObserver([this](const kmr::ElementRange &run) { checkConfirmed(run); });
+}
+
+void Judge::forget()
+{
+    m_session = nullptr;
     m_repeated.clear();
     m_plant.forget();
     for (auto &reads : m_heldAtReads)
         reads.clear();
-    session.setObserver([this](const kmr::Exchange &exchange) { note(exchange); });
-    session.setConfirmObserver([this](const kmr::ElementRange &run) { checkConfirmed(run); });
 }
 
 void Judge::begin(const std::vector<QByteArray> &writes, bool isTransfer)

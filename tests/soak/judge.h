@@ -21,6 +21,9 @@ public:
     // Checks the new session from its next exchange on.
     void watch(kmr::Session &session);
 
+    // The session ends; what was kept of it is released.
+    void forget();
+
     // A request of the user begins; `writes`: the lines that the controller may carry out for it.
     // `isTransfer`: of a recipe, during which each request is sent with its retries.
     void begin(const std::vector<QByteArray> &writes, bool isTransfer = false);
