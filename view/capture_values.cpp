@@ -136,11 +136,16 @@ private:
 
 } // namespace
 
-bool readValues(const Capture &capture, Recording &recording)
+bool readValues(const std::vector<TrafficNews> &traffic, Recording &recording,
+                const ReadProgress &progress)
 {
     Replay replay(recording);
-    for (const TrafficNews &traffic : trafficOf(capture))
-        replay.take(traffic);
+    qint64 done = 0;
+    for (const TrafficNews &exchange : traffic) {
+        if (!goesOn(progress, done++, static_cast<qint64>(traffic.size())))
+            break;
+        replay.take(exchange);
+    }
     replay.nameStations();
     return !recording.tags.empty();
 }

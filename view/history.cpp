@@ -29,6 +29,10 @@ void reduce(std::vector<Sample>::const_iterator begin, std::vector<Sample>::cons
 
 void Series::add(double time, double value)
 {
+    if (!std::isfinite(value)) { // no plot can show it
+        addGap(time);
+        return;
+    }
     const std::size_t count = m_samples.size();
     if (count > 0 && time < m_samples.back().time)
         return; // the clock was set back
@@ -96,14 +100,14 @@ std::optional<double> Series::at(double time) const
     return before.value + share * (after->value - before.value);
 }
 
-std::optional<SpanFigures> Series::figures(double from, double to) const
+std::optional<SpanFigures> Series::figures(double from, double to, bool isBit) const
 {
     std::vector<Sample> inside;
-    if (const auto first = at(from))
+    if (const auto first = isBit ? heldAt(from) : at(from))
         inside.push_back({from, *first});
     for (auto next = firstAfter(from); next != m_samples.end() && next->time <= to; ++next)
         inside.push_back(*next);
-    if (const auto last = at(to))
+    if (const auto last = isBit ? heldAt(to) : at(to))
         inside.push_back({to, *last});
 
     SpanFigures figures{HUGE_VAL, -HUGE_VAL, 0};
@@ -118,7 +122,7 @@ std::optional<SpanFigures> Series::figures(double from, double to) const
         if (i + 1 == inside.size() || std::isnan(inside[i + 1].value))
             continue;
         const double time = inside[i + 1].time - sample.time;
-        weighed += time * (sample.value + inside[i + 1].value) / 2;
+        weighed += time * (isBit ? sample.value : (sample.value + inside[i + 1].value) / 2);
         known += time;
     }
     if (figures.least > figures.most)

@@ -27,6 +27,7 @@ struct SpanFigures {
 // a straight line; while it stays as it is, only the beginning and the end are kept.
 class Series {
 public:
+    // A value that is not finite is a gap.
     void add(double time, double value);
 
     // From here on nothing is known.
@@ -47,8 +48,8 @@ public:
     // The same of a bit, which has no values in between.
     std::optional<double> heldAt(double time) const;
 
-    // Nothing if no value is known in the span.
-    std::optional<SpanFigures> figures(double from, double to) const;
+    // Nothing if no value is known in the span. `isBit`: without values in between.
+    std::optional<SpanFigures> figures(double from, double to, bool isBit = false) const;
 
     void dropBefore(double time);
 

@@ -2,8 +2,6 @@
 
 #include "host/error.h"
 
-#include <QCoreApplication>
-
 #include <map>
 #include <utility>
 
@@ -147,16 +145,12 @@ void LineRun::transfer(RecipeNews &news)
     poll(m_tags); // the transfer may have replaced it
 }
 
-void LineRun::noteLoss()
+void LineRun::noteLoss(const QString &cause)
 {
     const double now = timeNow();
     for (std::size_t place = 0; place < m_tags.size(); ++place) {
         if (std::exchange(m_known[place].quality, Quality::Stale) != Quality::Stale)
-            m_news.tags.push_back({m_tags[place].id,
-                                   now,
-                                   Quality::Stale,
-                                   {},
-                                   QCoreApplication::translate("LineRun", "the line was lost")});
+            m_news.tags.push_back({m_tags[place].id, now, Quality::Stale, {}, cause});
     }
 }
 

@@ -40,8 +40,8 @@ public:
     // `news`: what is to be transferred; becomes what came of it.
     void transfer(RecipeNews &news);
 
-    // The line is lost: nothing is fresh any more.
-    void noteLoss();
+    // Nothing is fresh any more; `cause` says why.
+    void noteLoss(const QString &cause);
 
     // It is open again.
     void restart();

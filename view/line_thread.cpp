@@ -111,6 +111,8 @@ void LineThread::stop()
     m_stop = true;
     wait();
     doJobs(nullptr); // that were posted after the thread had ended
+    if (m_isToExamine.exchange(false))
+        m_own.examinations.push_back({});
     hand();
 }
 
@@ -148,10 +150,21 @@ void LineThread::runLine()
         m_areTagsNew = true;
     }
     setState(LinkState::Open);
+    try {
+        pollLine(*device, line);
+    } catch (const Error &) {
+        line.noteLoss(tr("it is not polled"));
+        throw;
+    }
+    line.noteLoss(tr("it is not polled"));
+}
+
+void LineThread::pollLine(QIODevice &device, LineRun &line)
+{
     while (!m_stop && !m_isToExamine) {
         pollNewTags(line);
         doJobs(&line);
-        if (line.step() == PollLoop::Step::LineLost && !reconnectTo(*device, line))
+        if (line.step() == PollLoop::Step::LineLost && !reconnectTo(device, line))
             return;
         handInTime();
     }
@@ -190,7 +203,7 @@ void LineThread::capture(std::shared_ptr<CaptureWriter> writer)
 // False when it is to stop or to examine.
 bool LineThread::reconnectTo(QIODevice &device, LineRun &line)
 {
-    line.noteLoss();
+    line.noteLoss(tr("the line was lost"));
     setState(LinkState::Opening, tr("The line was lost; it is opened again."));
     milliseconds wait = FIRST_PAUSE;
     while (pause(wait)) {

@@ -79,6 +79,7 @@ protected:
 
 private:
     void runLine();
+    void pollLine(QIODevice &device, LineRun &line);
     void examineLine();
     void tap(bool isSent, const QByteArray &characters);
     bool reconnectTo(QIODevice &device, LineRun &line);

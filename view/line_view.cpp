@@ -1,5 +1,6 @@
 #include "view/line_view.h"
 
+#include "view/duration_text.h"
 #include "view/quality_icon.h"
 #include "view/time_scale.h"
 
@@ -27,6 +28,8 @@ constexpr int BINS = 40;
 constexpr int RATE_SECONDS = 5;
 constexpr double SHOWN_SECONDS = 300;
 
+using Seconds = std::chrono::duration<double>;
+
 std::unique_ptr<QwtPlotCurve> makeCurve(QwtPlot &plot, const QString &title, const QColor &colour,
                                         Qt::PenStyle pen)
 {
@@ -35,11 +38,6 @@ std::unique_ptr<QwtPlotCurve> makeCurve(QwtPlot &plot, const QString &title, con
     curve->setRenderHint(QwtPlotItem::RenderAntialiased);
     curve->attach(&plot);
     return curve;
-}
-
-QString milliseconds(double seconds)
-{
-    return QString::number(seconds * 1000, 'f', 1);
 }
 
 } // namespace
@@ -178,14 +176,14 @@ void LineView::showStations()
     int row = 0;
     for (const auto &[station, counts] : m_counts.stations()) {
         const StationState state = stateOf(counts);
-        const QString texts[] = {
-            QString::number(station),
-            stateText(state),
-            QString::number(counts.good + counts.refused),
-            QString::number(counts.failed),
-            milliseconds(counts.roundTrips /
-                         static_cast<double>(std::max<std::uint64_t>(1, counts.good))),
-            milliseconds(counts.longest)};
+        const Seconds mean(counts.roundTrips /
+                           static_cast<double>(std::max<std::uint64_t>(1, counts.good)));
+        const QString texts[] = {QString::number(station),
+                                 stateText(state),
+                                 QString::number(counts.good + counts.refused),
+                                 QString::number(counts.failed),
+                                 millisecondsText(mean),
+                                 millisecondsText(Seconds(counts.longest))};
         const Quality quality =
             state.kind == StationState::Kind::Good ? Quality::Good : Quality::Stale;
         for (int column = 0; column < static_cast<int>(std::size(texts)); ++column) {

@@ -114,11 +114,16 @@ bool MainWindow::start(const ProjectSettings &settings)
         std::unique_ptr<Drivers> loaded;
         if (!m_drivers || m_loaded != settings.driver)
             loaded = std::make_unique<Drivers>(settings.driver);
+        if (!settings.link.isEmpty())
+            parseLink(settings.link);
         auto reader =
             std::make_unique<NamedTagReader>(tagReaderOf(settings, loaded ? *loaded : *m_drivers));
         // Nothing can go wrong with the project any more.
         rememberProject();
         stopLine();
+        if (!m_uncertain.isEmpty())
+            warn(tr("The line was closed during a write.\n%1").arg(m_uncertain.join('\n')));
+        m_uncertain.clear();
         if (loaded) {
             m_drivers = std::move(loaded);
             m_loaded = settings.driver;
@@ -186,10 +191,18 @@ void MainWindow::stopLine()
 {
     if (!m_line)
         return;
+    for (auto &[request, open] : m_writes) {
+        if (open.dialog)
+            open.dialog->close();
+        open.dialog.clear();
+    }
+    m_isStopping = true;
     m_line->stop();
     takeNews();
+    m_isStopping = false;
     m_line.reset();
     m_writes.clear();
+    m_traffic->showCapturing(false);
 }
 
 void MainWindow::pollTags()

@@ -8,6 +8,7 @@
 #include "view/line_view.h"
 #include "view/plan_view.h"
 #include "view/project.h"
+#include "view/reading_page.h"
 #include "view/recipe_view.h"
 #include "view/traffic_view.h"
 #include "view/trend_view.h"
@@ -52,14 +53,11 @@ public:
     // Shows the dialog that starts without a project.
     void askForLine();
 
-    // Opens what 'kmr log' has written, on a page of its own. Tells the person what is wrong with
-    // it and returns false.
-    bool openRecording(const QString &path);
+    // Opens what 'kmr log' has written, or a capture, on pages of their own: trends, and of a
+    // capture also its traffic. Returns before it is read. Tells the person what is wrong with it.
+    void openRecorded(const QString &path);
 
-    // The same of a capture: a page of its traffic, and one of its values over time.
-    bool openCapture(const QString &path);
-
-    // The same of a recipe, on the page of recipes.
+    // Opens a recipe on its page. Tells the person what is wrong with it and returns false.
     bool openRecipe(const QString &path);
 
     ValuesModel &values()
@@ -92,6 +90,7 @@ private:
     void leaveProject(const std::function<void()> &next);
     void clearProject();
     QStringList addTags(const QStringList &tags);
+    QStringList tagTexts() const;
     void saveLook(const QString &group) const;
     void restoreLook(const QString &group);
     void rememberProject() const;
@@ -103,7 +102,7 @@ private:
     void pollTags();
     void takeNews();
     void addPage(QWidget *page, const QString &title);
-    void addFilePage(QWidget *page, const QString &title, const QString &tip);
+    void showRecorded(ReadingPage &reading);
     void makeTrends();
     void closePage(int index);
     void record(const TagNews &news);
@@ -123,6 +122,7 @@ private:
     std::chrono::nanoseconds characterTimeOfLink() const;
     void refresh();
     void takeWrites(const std::vector<WriteNews> &writes);
+    void tellFailure(const QString &text);
     void showState(const LineNews &news);
     void forgetUnpolledStations();
     void showHint();
@@ -148,7 +148,7 @@ private:
         QPointer<WriteDialog> dialog;
     };
     std::map<int, OpenWrite> m_writes; // by the number of the request
-    QStringList m_uncertain;           // writes that failed when nobody could see it
+    QStringList m_uncertain;           // writes that failed when the line was stopped
 
     ValuesModel m_values;
     History m_history;
@@ -160,7 +160,7 @@ private:
     PlanView *m_plan;
     RecipeView *m_recipe;
     bool m_isTransferring = false;
-    bool m_isClosing = false;
+    bool m_isStopping = false; // the line
     QTabWidget *m_pages;
     int m_steadyPages = 0; // the first ones, which can't be closed
     QSplitter *m_splitter;

@@ -100,7 +100,9 @@ void MainWindow::askForLine()
         warn(error.text());
         return;
     }
-    auto *dialog = new StartDialog(m_settings, *m_drivers, this);
+    ProjectSettings present = m_settings;
+    present.tags = tagTexts();
+    auto *dialog = new StartDialog(present, *m_drivers, this);
     dialog->setAttribute(Qt::WA_DeleteOnClose);
     connect(dialog, &QDialog::accepted, this, [this, dialog] {
         const ProjectSettings settings = dialog->settings();
@@ -122,13 +124,10 @@ void MainWindow::chooseProject()
 
 void MainWindow::openFile(const QString &path)
 {
-    const QString ending = QFileInfo(path).suffix().toLower();
-    if (ending == "toml")
+    if (path.endsWith(".toml", Qt::CaseInsensitive))
         leaveProject([this, path] { openProject(path); });
-    else if (QStringList{"csv", "sqlite", "sqlite3", "db"}.contains(ending))
-        openRecording(path);
     else
-        openCapture(path);
+        openRecorded(path);
 }
 
 void MainWindow::dragEnterEvent(QDragEnterEvent *event)

@@ -1,11 +1,7 @@
 // What the window does with the traffic and the state of the line.
 #include "host/error.h"
-#include "view/capture_values.h"
 #include "view/main_window.h"
 #include "view/quality_icon.h"
-#include "view/recording_view.h"
-
-#include <QFileInfo>
 
 namespace kmr {
 
@@ -78,31 +74,12 @@ void MainWindow::capture(const QString &path)
     m_traffic->showCapturing(!path.isEmpty());
 }
 
-bool MainWindow::openCapture(const QString &path)
-{
-    try {
-        const Capture capture = readCapture(path);
-        const QString name = QFileInfo(path).fileName();
-        const QString tip = tr("%1, of %2").arg(path, capture.link);
-        auto recording = std::make_unique<Recording>();
-        if (readValues(capture, *recording))
-            addFilePage(new RecordingView(std::move(recording)), tr("%1: trends").arg(name), tip);
-        auto *view = new TrafficView(false);
-        view->add(trafficOf(capture));
-        addFilePage(view, name, tip);
-        if (!capture.cut.isEmpty())
-            warn(capture.cut);
-    } catch (const Error &error) {
-        warn(error.text());
-        return false;
-    }
-    return true;
-}
-
 std::chrono::nanoseconds MainWindow::characterTimeOfLink() const
 {
     if (m_simulated)
         return m_simulated->characterTime();
+    if (m_settings.link.isEmpty()) // no line yet
+        return std::chrono::nanoseconds(0);
     return characterTime(parseLink(m_settings.link));
 }
 

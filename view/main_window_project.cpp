@@ -125,13 +125,20 @@ bool MainWindow::hasOtherTags(const QString &path) const
     }
 }
 
-void MainWindow::saveProject(const QString &path)
+// As they are saved, with those that could not be read.
+QStringList MainWindow::tagTexts() const
 {
     QStringList tags;
     for (const ValueRow &row : m_values.rows())
         tags.append(row.polled.tag.text);
     for (const auto &[place, text] : m_unreadTags)
         tags.insert(std::min(place, static_cast<int>(tags.size())), text);
+    return tags;
+}
+
+void MainWindow::saveProject(const QString &path)
+{
+    const QStringList tags = tagTexts();
     m_settings.tags = tags;
     QString text = formatProject(m_settings, path);
     if (!m_path.isEmpty()) // what a person has written there stays

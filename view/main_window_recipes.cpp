@@ -34,6 +34,10 @@ bool MainWindow::openRecipe(const QString &path)
 {
     if (!m_reader)
         return false;
+    if (m_isTransferring) {
+        warn(tr("%1 is not opened: a recipe is being transferred.").arg(path));
+        return false;
+    }
     try {
         m_recipe->open(path, *m_reader);
     } catch (const Error &error) {
@@ -53,12 +57,12 @@ void MainWindow::takeRecipes(const LineNews &news)
         m_recipe->showResult(recipe);
         const bool isUncertain = recipe.kind == RecipeNews::Kind::Download &&
                                  recipe.fault.isEmpty() && !recipe.result.result.isDone();
-        if (isUncertain && m_isClosing)
-            m_uncertain.append(tr("The download of a recipe stopped at %1; %2 of %3 requests were "
-                                  "answered for certain.")
-                                   .arg(recipe.result.failedName)
-                                   .arg(recipe.result.finished)
-                                   .arg(recipe.result.requests));
+        if (isUncertain && m_isStopping)
+            tellFailure(tr("The download of a recipe stopped at %1; %2 of %3 requests were "
+                           "answered for certain.")
+                            .arg(recipe.result.failedName)
+                            .arg(recipe.result.finished)
+                            .arg(recipe.result.requests));
     }
 }
 

@@ -1,10 +1,6 @@
 // What the window does with the course of values: it keeps them, and shows those that are wanted.
-#include "host/error.h"
 #include "view/main_window.h"
-#include "view/recording_view.h"
 
-#include <QFileDialog>
-#include <QFileInfo>
 #include <QTabBar>
 
 #include <algorithm>
@@ -66,23 +62,6 @@ void MainWindow::addPage(QWidget *page, const QString &title)
     ++m_steadyPages;
     for (const auto side : {QTabBar::LeftSide, QTabBar::RightSide})
         m_pages->tabBar()->setTabButton(index, side, nullptr);
-}
-
-// A page of a file, which can be closed.
-void MainWindow::addFilePage(QWidget *page, const QString &title, const QString &tip)
-{
-    const int index = m_pages->addTab(page, title);
-    m_pages->setTabToolTip(index, tip);
-    m_pages->setCurrentIndex(index);
-}
-
-void MainWindow::closePage(int index)
-{
-    if (index < m_steadyPages)
-        return;
-    QWidget *page = m_pages->widget(index);
-    m_pages->removeTab(index);
-    page->deleteLater();
 }
 
 void MainWindow::refresh()
@@ -179,32 +158,6 @@ void MainWindow::markWrite(int id, double time, const QString &text)
     const ValueRow *row = m_values.find(id);
     for (int place = 0; row != nullptr && place < countOf(*row); ++place)
         m_history.mark({seriesOf(id, place), time, place == 0 ? text : QString()});
-}
-
-void MainWindow::chooseRecording()
-{
-    auto *dialog =
-        new QFileDialog(this, tr("Open recording or capture"), QString(),
-                        tr("Recordings and captures (*.csv *.sqlite *.sqlite3 *.db *.kmr);;"
-                           "All files (*)"));
-    dialog->setAttribute(Qt::WA_DeleteOnClose);
-    dialog->setFileMode(QFileDialog::ExistingFile);
-    connect(dialog, &QFileDialog::fileSelected, this,
-            [this](const QString &path) { openFile(path); });
-    dialog->open();
-}
-
-bool MainWindow::openRecording(const QString &path)
-{
-    try {
-        auto recording = std::make_unique<Recording>();
-        readRecording(path, *recording);
-        addFilePage(new RecordingView(std::move(recording)), QFileInfo(path).fileName(), path);
-    } catch (const Error &error) {
-        warn(error.text());
-        return false;
-    }
-    return true;
 }
 
 } // namespace kmr

@@ -8,6 +8,20 @@
 
 namespace kmr {
 
+namespace {
+
+// What a tag holds, and if that is not certain, why not; empty: it was not read yet.
+QString heldText(const ValueRow &row)
+{
+    if (row.values.empty())
+        return {};
+    const QString values = withUnit(row.polled.tag, row.values);
+    return row.quality == Quality::Good ? values
+                                        : QString("%1 (%2)").arg(values, qualityName(row.quality));
+}
+
+} // namespace
+
 void MainWindow::askToWrite(int id)
 {
     const ValueRow *row = m_values.find(id);
@@ -19,9 +33,12 @@ void MainWindow::askToWrite(int id)
         warn(fault);
         return;
     }
-    auto *dialog =
-        new WriteDialog(tag, row->values.empty() ? QString() : withUnit(tag, row->values), this);
+    auto *dialog = new WriteDialog(tag, heldText(*row), this);
     dialog->setAttribute(Qt::WA_DeleteOnClose);
+    connect(&m_refresh, &QTimer::timeout, dialog, [this, id, dialog] {
+        if (const ValueRow *now = m_values.find(id))
+            dialog->showCurrent(heldText(*now));
+    });
     connect(dialog, &WriteDialog::confirmed, this, [this, id, tag, dialog](const Values &values) {
         if (!m_line)
             return;
@@ -46,8 +63,17 @@ void MainWindow::takeWrites(const std::vector<WriteNews> &writes)
         if (write.result.request.isDone())
             markWrite(open.id, write.time, open.text);
         if (!write.result.request.isDone() && !open.dialog)
-            m_uncertain.append(text);
+            tellFailure(text);
     }
+}
+
+// Of a write that nobody can see any more.
+void MainWindow::tellFailure(const QString &text)
+{
+    if (m_isStopping)
+        m_uncertain.append(text);
+    else
+        warn(text);
 }
 
 void MainWindow::closeEvent(QCloseEvent *event)
@@ -60,14 +86,7 @@ void MainWindow::closeEvent(QCloseEvent *event)
         });
         return;
     }
-    for (auto &[request, open] : m_writes) {
-        if (open.dialog)
-            open.dialog->close();
-        open.dialog.clear();
-    }
-    m_isClosing = true;
     stopLine();
-    m_isClosing = false;
     if (!m_uncertain.isEmpty()) { // to be read before the window is gone
         auto *box = new QMessageBox(
             QMessageBox::Warning, windowTitle(),

@@ -2,57 +2,22 @@
 
 #include "host/error.h"
 #include "host/line/link.h"
+#include "view/duration_text.h"
+#include "view/plan_map.h"
 #include "view/quality_icon.h"
 
 #include <QFormLayout>
 #include <QHBoxLayout>
 #include <QHeaderView>
-#include <QPainter>
 #include <QSignalBlocker>
-#include <QStyledItemDelegate>
 #include <QVBoxLayout>
-
-#include <algorithm>
 
 namespace kmr {
 
 namespace {
 
 enum Column { STATION, ELEMENTS, MAP, UNASKED, CHARACTERS, TIME, COLUMNS };
-constexpr int CELLS_ROLE = Qt::UserRole; // QByteArray: a character for each element
-
-// Each element as a cell: full when it is asked for, hatched when it is only read along.
-class CellsDelegate : public QStyledItemDelegate {
-public:
-    using QStyledItemDelegate::QStyledItemDelegate;
-
-    void paint(QPainter *painter, const QStyleOptionViewItem &option,
-               const QModelIndex &index) const override
-    {
-        QStyledItemDelegate::paint(painter, option, index);
-        const QByteArray cells = index.data(CELLS_ROLE).toByteArray();
-        if (cells.isEmpty())
-            return;
-        const QRect box = option.rect.adjusted(4, 4, -4, -4);
-        const int width = std::min(14, box.width() / std::max(1, static_cast<int>(cells.size())));
-        for (int i = 0; i < cells.size(); ++i) {
-            const QRect cell(box.left() + i * width, box.top(), std::max(2, width - 1),
-                             box.height());
-            const bool isAsked = cells[i] == 'a';
-            painter->fillRect(cell, isAsked ? QBrush(goodColour())
-                                            : QBrush(doubtfulColour(), Qt::BDiagPattern));
-            if (!isAsked) {
-                painter->setPen(doubtfulColour());
-                painter->drawRect(cell.adjusted(0, 0, -1, -1));
-            }
-        }
-    }
-};
-
-QString milliseconds(std::chrono::nanoseconds time)
-{
-    return QString::number(std::chrono::duration<double, std::milli>(time).count(), 'f', 1);
-}
+constexpr int MOST_REASONS = 4; // all are in the table
 
 QString elementsText(const ElementRange &run)
 {
@@ -65,11 +30,11 @@ QString elementsText(const ElementRange &run)
 }
 
 // The serial line of a link; over TCP the one that may follow.
-LinkAddress lineOf(const ProjectSettings &settings)
+LinkAddress lineOf(const QString &link)
 {
     LinkAddress address;
-    if (!settings.link.isEmpty())
-        address = parseLink(settings.link);
+    if (!link.isEmpty())
+        address = parseLink(link);
     address.kind = LinkAddress::Kind::Serial;
     return address;
 }
@@ -103,7 +68,7 @@ PlanView::PlanView(QWidget *parent)
     m_blocks->verticalHeader()->setDefaultSectionSize(fontMetrics().height() + 8);
     m_blocks->horizontalHeader()->setSectionResizeMode(QHeaderView::ResizeToContents);
     m_blocks->horizontalHeader()->setSectionResizeMode(MAP, QHeaderView::Stretch);
-    m_blocks->setItemDelegateForColumn(MAP, new CellsDelegate(this));
+    m_blocks->setItemDelegateForColumn(MAP, new PlanMapDelegate(this));
     auto *key = new QLabel(tr("Map: a full cell is asked for, a hatched one is only read along."));
     auto *layout = new QVBoxLayout(this);
     layout->addWidget(makeQuestion());
@@ -153,11 +118,20 @@ QWidget *PlanView::makeQuestion()
 void PlanView::showPlan(const ProjectSettings &settings, std::vector<Tag> tags,
                         const DriverFunctions &driver, const NamedTagReader &reader)
 {
+    m_driver = nullptr;
+    try {
+        m_line = lineOf(settings.link);
+    } catch (const Error &error) {
+        m_blocks->setRowCount(0);
+        m_hole->hide();
+        m_summary->setText(error.text());
+        return;
+    }
     m_settings = settings;
     m_tags = std::move(tags);
     m_driver = &driver;
     m_reader = &reader;
-    const int present = lineOf(settings).baud;
+    const int present = m_line.baud;
     const QSignalBlocker noBaud(m_baud);
     const QSignalBlocker noLimit(m_groupLimit);
     const QSignalBlocker noStep(m_inStep);
@@ -174,18 +148,14 @@ void PlanView::showPlan(const ProjectSettings &settings, std::vector<Tag> tags,
 
 PlanQuestion PlanView::present() const
 {
-    return {m_tags,
-            m_settings.groupLimit,
-            m_settings.inStep,
-            false,
-            characterTime(lineOf(m_settings)),
-            m_settings.gap};
+    return {m_tags, m_settings.groupLimit, m_settings.inStep,
+            false,  characterTime(m_line), m_settings.gap};
 }
 
 PlanQuestion PlanView::whatIf()
 {
     PlanQuestion question = present();
-    LinkAddress address = lineOf(m_settings);
+    LinkAddress address = m_line;
     address.baud = m_baud->currentData().toInt();
     question.characterTime = characterTime(address);
     question.groupLimit = m_groupLimit->value();
@@ -220,7 +190,7 @@ void PlanView::ask()
             return tr("%1 requests, %2 characters, %3 ms a cycle")
                 .arg(plan.cost.requests)
                 .arg(plan.cost.characters())
-                .arg(milliseconds(plan.time));
+                .arg(millisecondsText(plan.time));
         };
         const PollPlan now = planOf(*m_driver, present());
         const PollPlan then = planOf(*m_driver, question);
@@ -240,9 +210,16 @@ void PlanView::showHole()
     PlanQuestion question = present();
     question.isRaw = true;
     int missing = 0;
-    for (const PollGap &gap : planOf(*m_driver, question).cycle.gaps)
+    QStringList reasons;
+    for (const PollGap &gap : planOf(*m_driver, question).cycle.gaps) {
         missing += gap.elements.count;
+        reasons.append(tr("%1: %2").arg(elementsText(gap.elements), gap.reason));
+    }
     m_hole->setVisible(missing > 0);
+    if (m_raw->isChecked()) { // in full, which a cell has no room for
+        m_hole->setText(reasons.mid(0, MOST_REASONS).join('\n'));
+        return;
+    }
     m_hole->setText(tr("A host that passes these tags as they are typed never reads %n element(s) "
                        "correctly; this window does. Mark \"tags as typed\" to see which.",
                        nullptr, missing));
@@ -280,7 +257,7 @@ void PlanView::addBlock(const PollPlan &plan, const PollBlock &block,
                              {},
                              QString::number(block.unasked),
                              QString::number(characters),
-                             milliseconds(characterTime * characters)};
+                             millisecondsText(characterTime * characters)};
     for (int column = 0; column < COLUMNS; ++column) {
         auto *item = new QTableWidgetItem(texts[column]); // the table deletes it
         if (column > MAP)
@@ -291,12 +268,12 @@ void PlanView::addBlock(const PollPlan &plan, const PollBlock &block,
     QStringList unasked;
     int number = block.refreshed.first;
     for (const CellState state : cellsOf(plan, block)) {
-        cells += state == CellState::Asked ? 'a' : 'u';
+        cells += state == CellState::Asked ? PlanMapDelegate::ASKED : PlanMapDelegate::UNASKED;
         if (state == CellState::Unasked)
             unasked.append(elementName(block.refreshed.area, number));
         ++number;
     }
-    m_blocks->item(row, MAP)->setData(CELLS_ROLE, cells);
+    m_blocks->item(row, MAP)->setData(PlanMapDelegate::CELLS_ROLE, cells);
     const QString frame = QString::fromLatin1(block.frame.trimmed());
     m_blocks->item(row, MAP)->setToolTip(
         unasked.isEmpty() ? frame : tr("%1\nnot asked for: %2").arg(frame, unasked.join(", ")));

@@ -1,6 +1,7 @@
 // The page of the poll plan: a map of what its requests read, and what if.
 #pragma once
 
+#include "host/line/link.h"
 #include "host/project/named_tag_reader.h"
 #include "host/project/project_settings.h"
 #include "view/poll_plan.h"
@@ -23,7 +24,8 @@ class PlanView : public QWidget {
 public:
     explicit PlanView(QWidget *parent = nullptr);
 
-    // The project as it is. `driver` and `reader` must outlive the next call.
+    // The project as it is; says what is wrong with its link. `driver` and `reader` must outlive
+    // the next call.
     void showPlan(const ProjectSettings &settings, std::vector<Tag> tags,
                   const DriverFunctions &driver, const NamedTagReader &reader);
 
@@ -39,6 +41,7 @@ private:
                   std::chrono::nanoseconds characterTime);
 
     ProjectSettings m_settings;
+    LinkAddress m_line; // the serial line, of which the time of a character is known
     std::vector<Tag> m_tags;
     const DriverFunctions *m_driver = nullptr;
     const NamedTagReader *m_reader = nullptr;

@@ -2,7 +2,6 @@
 
 #include "host/error.h"
 #include "host/project/csv.h"
-#include "host/project/text_file.h"
 
 #include <QCoreApplication>
 #include <QDateTime>
@@ -19,6 +18,7 @@ namespace kmr {
 namespace {
 
 const char *const QUALITY = " quality";
+constexpr int PROGRESS_INSTRUCTIONS = 100000; // of SQLite
 
 struct Recordings {
     Q_DECLARE_TR_FUNCTIONS(Recordings)
@@ -84,11 +84,21 @@ private:
     std::map<QString, int> m_ids;
 };
 
-void readCsv(const QString &path, Reader &reader)
+// None of a line that is not CSV.
+QStringList fieldsOf(const QString &line)
+{
+    try {
+        return splitCsv(line);
+    } catch (const Error &) {
+        return {};
+    }
+}
+
+void readCsv(const QString &path, Reader &reader, const ReadProgress &progress)
 {
     const QString text = readTextFile(path);
     const QStringList lines = text.split('\n', Qt::SkipEmptyParts);
-    const QStringList heading = lines.isEmpty() ? QStringList() : splitCsv(lines.front());
+    const QStringList heading = lines.isEmpty() ? QStringList() : fieldsOf(lines.front());
     if (heading.size() < 3 || heading.size() % 2 == 0 || heading.front() != "time")
         refuse(path, Recordings::tr("its heading is not time,TAG,TAG quality,..."));
     std::vector<int> ids;
@@ -100,8 +110,10 @@ void readCsv(const QString &path, Reader &reader)
         ids.push_back(reader.tag(name, unit.chopped(unit.isEmpty() ? 0 : 1)));
     }
     for (int i = 1; i < lines.size(); ++i) {
-        const QStringList fields = splitCsv(lines[i]);
-        const std::optional<double> time = timeOf(fields.front());
+        if (!goesOn(progress, i, lines.size()))
+            return;
+        const QStringList fields = fieldsOf(lines[i]);
+        const std::optional<double> time = timeOf(fields.value(0));
         if (!time || fields.size() != heading.size()) {
             if (i + 1 == lines.size())
                 return; // a power cut broke it off
@@ -114,11 +126,19 @@ void readCsv(const QString &path, Reader &reader)
     }
 }
 
-void readSqlite(const QString &path, Reader &reader)
+// For sqlite3_progress_handler(): not 0 interrupts.
+int isToStop(void *progress)
+{
+    return (*static_cast<const ReadProgress *>(progress))(-1) ? 0 : 1;
+}
+
+void readSqlite(const QString &path, Reader &reader, ReadProgress progress)
 {
     sqlite3 *opened = nullptr;
     sqlite3_open_v2(path.toUtf8().constData(), &opened, SQLITE_OPEN_READONLY, nullptr);
     const std::unique_ptr<sqlite3, decltype(&sqlite3_close)> database(opened, sqlite3_close);
+    if (progress)
+        sqlite3_progress_handler(opened, PROGRESS_INSTRUCTIONS, isToStop, &progress);
     sqlite3_stmt *prepared = nullptr;
     if (sqlite3_prepare_v2(opened,
                            "SELECT time, tag, value, unit, quality FROM samples ORDER BY time", -1,
@@ -130,21 +150,24 @@ void readSqlite(const QString &path, Reader &reader)
         return QString::fromUtf8(
             reinterpret_cast<const char *>(sqlite3_column_text(prepared, column)));
     };
-    while (sqlite3_step(prepared) == SQLITE_ROW) {
+    int result = SQLITE_ROW;
+    while ((result = sqlite3_step(prepared)) == SQLITE_ROW) {
         if (const auto time = timeOf(text(0)))
             reader.add(reader.tag(text(1), text(3)), *time, text(2), text(4));
     }
+    if (result != SQLITE_DONE && result != SQLITE_INTERRUPT)
+        refuse(path, sqlite3_errmsg(opened));
 }
 
 } // namespace
 
-void readRecording(const QString &path, Recording &recording)
+void readRecording(const QString &path, Recording &recording, const ReadProgress &progress)
 {
     Reader reader(recording);
     if (path.endsWith(".csv", Qt::CaseInsensitive))
-        readCsv(path, reader);
+        readCsv(path, reader, progress);
     else
-        readSqlite(path, reader);
+        readSqlite(path, reader, progress);
     if (recording.tags.empty())
         refuse(path, Recordings::tr("it has no row"));
 }

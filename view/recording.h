@@ -1,6 +1,7 @@
 // Opens what 'kmr log' has written, .csv or .sqlite, and what the window exported, for trends.
 #pragma once
 
+#include "host/project/text_file.h"
 #include "view/history.h"
 
 #include <QString>
@@ -21,7 +22,7 @@ struct Recording {
     History history;
 };
 
-// Throws Error (Usage) for a file that holds something else.
-void readRecording(const QString &path, Recording &recording);
+// Throws Error (Usage) for a file that holds something else, or is damaged.
+void readRecording(const QString &path, Recording &recording, const ReadProgress &progress = {});
 
 } // namespace kmr

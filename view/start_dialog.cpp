@@ -21,6 +21,14 @@ template <typename Widget> Widget *named(Widget *widget, const char *object, con
     return widget;
 }
 
+// A text that is not in the list is added.
+void choose(QComboBox &box, const QString &text)
+{
+    if (box.findText(text) < 0)
+        box.addItem(text);
+    box.setCurrentText(text);
+}
+
 } // namespace
 
 StartDialog::StartDialog(const ProjectSettings &settings, const Drivers &drivers, QWidget *parent)
@@ -38,8 +46,9 @@ StartDialog::StartDialog(const ProjectSettings &settings, const Drivers &drivers
       m_verdict(named(new QLabel, "linkVerdict", tr("What is wrong with the link")))
 {
     setWindowTitle(tr("Open a line"));
-    auto *buttons = new QDialogButtonBox(QDialogButtonBox::Cancel);
+    auto *buttons = new QDialogButtonBox;
     m_start = buttons->addButton(tr("&Open"), QDialogButtonBox::AcceptRole);
+    buttons->addButton(QDialogButtonBox::Cancel);
     m_start->setObjectName("start");
     auto *layout = new QVBoxLayout(this);
     layout->addWidget(makeLinkChoice());
@@ -134,10 +143,10 @@ void StartDialog::showSettings(const ProjectSettings &settings)
     }
     m_serial->setChecked(true);
     m_device->setCurrentText(address.device);
-    m_baud->setCurrentText(QString::number(address.baud));
+    choose(*m_baud, QString::number(address.baud));
     const QString frame = settings.link.section("frame=", 1).section('&', 0, 0);
     if (!frame.isEmpty())
-        m_frame->setCurrentText(frame);
+        choose(*m_frame, frame.toUpper());
 }
 
 QString StartDialog::link() const
@@ -177,7 +186,13 @@ void StartDialog::judge()
 void StartDialog::renewReader()
 {
     m_settings.station = m_station->value();
-    m_tagEdit->setReader(tagReaderOf(m_settings, m_drivers));
+    try {
+        m_tagEdit->setReader(tagReaderOf(m_settings, m_drivers));
+    } catch (const Error &) { // about the file of names: opening the line reports it
+        ProjectSettings settings = m_settings;
+        settings.names.clear();
+        m_tagEdit->setReader(tagReaderOf(settings, m_drivers));
+    }
 }
 
 ProjectSettings StartDialog::settings() const

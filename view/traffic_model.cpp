@@ -96,12 +96,35 @@ std::vector<TrafficNews> trafficOf(const Capture &capture)
     return traffic;
 }
 
+std::deque<TrafficRow> rowsOf(const std::vector<TrafficNews> &traffic, const ReadProgress &progress)
+{
+    std::deque<TrafficRow> rows;
+    Echo echo;
+    const auto count = static_cast<qint64>(traffic.size());
+    for (const TrafficNews &exchange : traffic) {
+        const auto done = static_cast<qint64>(rows.size());
+        if (!goesOn(progress, done, count))
+            break;
+        rows.push_back(rowOf(exchange));
+        if (done + 1 < count || !exchange.received.isEmpty()) // else the capture ends before
+            judge(rows.back(), echo);
+    }
+    return rows;
+}
+
 TrafficModel::TrafficModel(QObject *parent) : QAbstractTableModel(parent) {}
 
 void TrafficModel::clear()
 {
     beginResetModel();
     m_rows.clear();
+    endResetModel();
+}
+
+void TrafficModel::show(std::deque<TrafficRow> rows)
+{
+    beginResetModel();
+    m_rows = std::move(rows);
     endResetModel();
 }
 

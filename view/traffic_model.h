@@ -38,6 +38,9 @@ public:
     void add(const std::vector<TrafficNews> &traffic);
     void clear();
 
+    // Replaces all; more than MOST_ROWS may stay.
+    void show(std::deque<TrafficRow> rows);
+
     const TrafficRow &row(int index) const
     {
         return m_rows[static_cast<std::size_t>(index)];
@@ -58,5 +61,9 @@ private:
 
 // The traffic of a capture.
 std::vector<TrafficNews> trafficOf(const Capture &capture);
+
+// The same as rows.
+std::deque<TrafficRow> rowsOf(const std::vector<TrafficNews> &traffic,
+                              const ReadProgress &progress = {});
 
 } // namespace kmr

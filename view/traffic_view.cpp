@@ -102,9 +102,9 @@ TrafficView::TrafficView(bool canCapture, QWidget *parent)
     splitter->setChildrenCollapsible(false);
     auto *layout = new QVBoxLayout(this);
     layout->setContentsMargins(6, 6, 6, 6);
+    makeBar(canCapture); // before it gets its place, which is that in the order of the Tab key
     layout->addWidget(m_bar);
     layout->addWidget(splitter, 1);
-    makeBar(canCapture);
     connect(m_table->selectionModel(), &QItemSelectionModel::selectionChanged, this,
             [this] { explain(); });
 }

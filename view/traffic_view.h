@@ -40,6 +40,12 @@ public:
 
     void add(const std::vector<TrafficNews> &traffic);
 
+    // The rows of a capture, and nothing else.
+    void show(std::deque<TrafficRow> rows)
+    {
+        m_model.show(std::move(rows));
+    }
+
     // The capture has begun, or is over.
     void showCapturing(bool isCapturing);
 

@@ -107,6 +107,7 @@ void TrendPlot::makePicker(QwtPlot &plot)
                                      QwtPicker::AlwaysOff, plot.canvas());
     picker->setStateMachine(new QwtPickerDragRectMachine);
     picker->setRubberBandPen(palette().color(QPalette::Highlight));
+    plot.canvas()->setFocusPolicy(Qt::NoFocus); // the keys are for the plots together
     connect(picker, QOverload<const QRectF &>::of(&QwtPlotPicker::selected), this,
             [this](const QRectF &box) { zoomTo(box); });
 }
@@ -201,7 +202,7 @@ void TrendPlot::fitValues(QwtPlot::Axis axis)
             most = std::max({most, style.shown(figures->least), style.shown(figures->most)});
         }
     }
-    if (least > most) {
+    if (!std::isfinite(most - least)) { // none, or more than a scale can show
         m_plot->setAxisScale(axis, 0, 1);
         return;
     }

@@ -109,6 +109,7 @@ void TrendTable::take(const QTableWidgetItem &cell)
     TrendStyle style = m_styles[static_cast<std::size_t>(cell.row())];
     bool isNumber = false;
     const double number = cell.text().trimmed().replace(',', '.').toDouble(&isNumber);
+    isNumber = isNumber && std::isfinite(number);
     if (isNumber && cell.column() == OFFSET)
         style.offset = number;
     else if (isNumber && number != 0)
@@ -140,7 +141,7 @@ void TrendTable::showFigures(const History &history, const TrendPlot &plot)
         put(row, AT_B, figureText(atB));
         put(row, DIFFERENCE,
             figureText(atA && atB ? std::make_optional(*atB - *atA) : std::nullopt));
-        const auto figures = series.figures(from, to);
+        const auto figures = series.figures(from, to, style.isBit);
         const auto shown = [&](double SpanFigures::*figure) {
             return figureText(figures ? std::make_optional(style.shown((*figures).*figure))
                                       : std::nullopt);

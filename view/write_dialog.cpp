@@ -6,6 +6,7 @@
 
 #include <QDialogButtonBox>
 #include <QFormLayout>
+#include <QKeyEvent>
 #include <QLineEdit>
 #include <QVBoxLayout>
 
@@ -26,7 +27,7 @@ QStringList choicesOf(const Tag &tag)
 } // namespace
 
 WriteDialog::WriteDialog(Tag tag, const QString &current, QWidget *parent)
-    : QDialog(parent), m_tag(std::move(tag)), m_current(current), m_edit(new QComboBox),
+    : QDialog(parent), m_tag(std::move(tag)), m_holds(new QLabel), m_edit(new QComboBox),
       m_sentence(new QLabel), m_outcome(new QLabel), m_write(new QPushButton(tr("&Write")))
 {
     setWindowTitle(tr("Write %1").arg(m_tag.text));
@@ -45,12 +46,13 @@ WriteDialog::WriteDialog(Tag tag, const QString &current, QWidget *parent)
     }
     m_write->setObjectName("write");
     m_write->setAutoDefault(false); // Return in the field only moves on to the button
-    auto *buttons = new QDialogButtonBox(QDialogButtonBox::Close);
-    buttons->button(QDialogButtonBox::Close)->setAutoDefault(false);
+    m_write->installEventFilter(this);
+    auto *buttons = new QDialogButtonBox;
     buttons->addButton(m_write, QDialogButtonBox::ActionRole);
+    buttons->addButton(QDialogButtonBox::Close)->setAutoDefault(false);
     auto *form = new QFormLayout;
     form->addRow(tr("Tag:"), new QLabel(m_tag.text));
-    form->addRow(tr("It holds:"), new QLabel(current.isEmpty() ? tr("not read yet") : current));
+    form->addRow(tr("It holds:"), m_holds);
     form->addRow(tr("&New value:"), m_edit);
     auto *layout = new QVBoxLayout(this);
     layout->addLayout(form);
@@ -58,11 +60,35 @@ WriteDialog::WriteDialog(Tag tag, const QString &current, QWidget *parent)
     layout->addWidget(m_outcome);
     layout->addStretch();
     layout->addWidget(buttons);
-    connect(m_edit, &QComboBox::editTextChanged, this, [this] { judge(); });
+    connect(m_edit, &QComboBox::editTextChanged, this, [this] {
+        if (!m_isWriting)
+            m_outcome->clear();
+        judge();
+    });
     connect(m_edit->lineEdit(), &QLineEdit::returnPressed, this, [this] { m_write->setFocus(); });
     connect(m_write, &QPushButton::clicked, this, [this] { write(); });
     connect(buttons, &QDialogButtonBox::rejected, this, &QDialog::reject);
-    judge();
+    showCurrent(current);
+}
+
+// Return on the button presses it, unless it is still held since it moved on to the button.
+bool WriteDialog::eventFilter(QObject *watched, QEvent *event)
+{
+    if (event->type() != QEvent::KeyPress)
+        return QDialog::eventFilter(watched, event);
+    const auto *key = static_cast<QKeyEvent *>(event);
+    const bool isReturn = key->key() == Qt::Key_Return || key->key() == Qt::Key_Enter;
+    if (isReturn && !key->isAutoRepeat())
+        m_write->click();
+    return isReturn;
+}
+
+void WriteDialog::showCurrent(const QString &current)
+{
+    m_current = current;
+    m_holds->setText(current.isEmpty() ? tr("not read yet") : current);
+    if (m_outcome->text().isEmpty()) // else the sentence is about what was written
+        judge();
 }
 
 void WriteDialog::judge()

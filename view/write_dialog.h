@@ -24,6 +24,9 @@ public:
         return m_tag;
     }
 
+    // What the tag holds by now, in the same form.
+    void showCurrent(const QString &current);
+
     // The write that was confirmed last has come to its end.
     void showOutcome(const WriteResult &result);
 
@@ -31,14 +34,18 @@ signals:
     // The person has confirmed; never before showOutcome() told of the write before.
     void confirmed(const kmr::Values &values);
 
+protected:
+    bool eventFilter(QObject *watched, QEvent *event) override;
+
 private:
     void judge();
     void write();
 
     const Tag m_tag;
-    const QString m_current;
+    QString m_current;
     std::optional<Values> m_values; // what is typed, if it fits
     bool m_isWriting = false;
+    QLabel *m_holds;
     QComboBox *m_edit;
     QLabel *m_sentence;
     QLabel *m_outcome;

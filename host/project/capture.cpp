@@ -1,7 +1,5 @@
 #include "host/project/capture.h"
 
-#include "host/project/text_file.h"
-
 #include <QFileInfo>
 #include <nlohmann/json.hpp>
 
@@ -125,12 +123,14 @@ void CaptureWriter::writeLine(const QByteArray &line, ErrorKind failure)
     throw Error(failure, QString("cannot write the capture %1: %2").arg(m_file.fileName(), cause));
 }
 
-Capture parseCapture(const QByteArray &text, const QString &name)
+Capture parseCapture(const QByteArray &text, const QString &name, const ReadProgress &progress)
 {
     Capture capture;
     const QList<QByteArray> lines = text.split('\n');
     const int last = static_cast<int>(lines.size()) - 1; // empty, unless the text is incomplete
     for (int i = 0; i <= last; ++i) {
+        if (!goesOn(progress, i, last))
+            break;
         if (i > 0 && lines[i].trimmed().isEmpty())
             continue;
         try {
@@ -150,14 +150,14 @@ Capture parseCapture(const QByteArray &text, const QString &name)
     return capture;
 }
 
-Capture readCapture(const QString &path)
+Capture readCapture(const QString &path, const ReadProgress &progress)
 {
     QFile file(path);
     if (!file.open(QIODevice::ReadOnly)) {
         throw Error(ErrorKind::Usage,
                     QString("cannot read the capture %1: %2").arg(path, file.errorString()));
     }
-    return parseCapture(file.readAll(), path);
+    return parseCapture(file.readAll(), path, progress);
 }
 
 } // namespace kmr

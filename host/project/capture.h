@@ -12,6 +12,7 @@
 #pragma once
 
 #include "host/error.h"
+#include "host/project/text_file.h"
 
 #include <QByteArray>
 #include <QDateTime>
@@ -66,9 +67,10 @@ struct Capture {
 
 // Reads a capture's text. Throws Error (Usage) that names the bad line; `name` is the file's. Only
 // the last line may be incomplete, as after a power failure or a kill.
-Capture parseCapture(const QByteArray &text, const QString &name);
+Capture parseCapture(const QByteArray &text, const QString &name,
+                     const ReadProgress &progress = {});
 
 // Reads a capture's file. Throws Error (Usage).
-Capture readCapture(const QString &path);
+Capture readCapture(const QString &path, const ReadProgress &progress = {});
 
 } // namespace kmr

@@ -5,7 +5,19 @@
 #include <QFileDevice>
 #include <QString>
 
+#include <functional>
+
 namespace kmr {
+
+// Is called again and again while a large file is read, with the share of it that was read, in
+// percent; -1: not known. When it returns false, reading stops, and the rest is left out.
+using ReadProgress = std::function<bool(int percent)>;
+
+// Whether to go on after `done` of `all` parts. Without a `progress` always.
+inline bool goesOn(const ReadProgress &progress, qint64 done, qint64 all)
+{
+    return !progress || progress(static_cast<int>(all > 0 ? 100 * done / all : 0));
+}
 
 enum class TextEncoding { Utf8, Latin1, Utf16 };
 

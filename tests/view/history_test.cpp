@@ -9,6 +9,8 @@
 #include <QTemporaryDir>
 #include <QtTest>
 
+#include <sqlite3.h>
+
 #include <cmath>
 
 using namespace kmr;
@@ -59,6 +61,26 @@ private slots:
         QVERIFY(!series.figures(-5, -1));
     }
 
+    void theFiguresOfABitHaveNoValuesInBetween()
+    {
+        Series series;
+        series.add(0, 0);
+        series.add(10, 1);
+        series.add(20, 1);
+        QCOMPARE(series.figures(4, 6, true)->most, 0.0);
+        QCOMPARE(series.figures(0, 20, true)->mean, 0.5);
+    }
+
+    void aValueThatIsNotFiniteIsAGap()
+    {
+        Series series;
+        series.add(0, 1);
+        series.add(1, HUGE_VAL);
+        series.add(2, 3);
+        QVERIFY(!series.at(1.5));
+        QCOMPARE(series.figures(0, 2)->most, 3.0);
+    }
+
     void eachPixelKeepsItsPeaksAndGaps()
     {
         Series series;
@@ -88,13 +110,22 @@ private slots:
         QVERIFY(history.span()->from > 4e6);
     }
 
+    void aLogOfTheCommandIsARecording_data()
+    {
+        QTest::addColumn<QString>("end");
+        QTest::newRow("whole") << "";
+        QTest::newRow("cut off in a time") << "2026-11-22T10:00:02.0";
+        QTest::newRow("cut off in a quoted value") << "2026-11-22T10:00:02.000Z,\"open";
+    }
+
     void aLogOfTheCommandIsARecording()
     {
+        QFETCH(QString, end);
         const QString path = m_folder.filePath("log.csv");
         writeTextFile(path, "time,D1 [bar],D1 quality,M0,M0 quality\n"
                             "2026-11-22T10:00:00.000Z,250,good,1,good\n"
-                            "2026-11-22T10:00:01.500Z,,pending,0,good\n"
-                            "2026-11-22T10:00:02.0");
+                            "2026-11-22T10:00:01.500Z,,pending,0,good\n" +
+                                end);
         Recording recording;
         readRecording(path, recording);
         QCOMPARE(recording.tags.size(), std::size_t(2));
@@ -109,13 +140,28 @@ private slots:
     {
         const QString path = m_folder.filePath("other.csv");
         writeTextFile(path, "day,D1,D1 quality\n2026-11-22,1,good\n");
-        Recording recording;
-        try {
-            readRecording(path, recording);
-            QFAIL("it was taken");
-        } catch (const Error &error) {
-            QVERIFY(error.text().contains("is not a recording: its heading is not"));
-        }
+        QVERIFY(whyNotRead(path).contains("is not a recording: its heading is not"));
+    }
+
+    void aDamagedDatabaseIsRefusedAsDamaged()
+    {
+        const QString path = m_folder.filePath("damaged.sqlite");
+        sqlite3 *opened = nullptr;
+        QCOMPARE(sqlite3_open(path.toUtf8().constData(), &opened), SQLITE_OK);
+        const std::unique_ptr<sqlite3, decltype(&sqlite3_close)> database(opened, sqlite3_close);
+        QCOMPARE(sqlite3_exec(opened,
+                              "CREATE TABLE samples(time, tag, value, unit, quality);"
+                              "INSERT INTO samples VALUES"
+                              "('2026-11-22T10:00:00Z', 'D1', 1, NULL, 'good');",
+                              nullptr, nullptr, nullptr),
+                 SQLITE_OK);
+        Recording whole;
+        readRecording(path, whole);
+        QCOMPARE(whole.tags.size(), std::size_t(1));
+        QFile file(path);
+        QVERIFY(file.open(QIODevice::ReadWrite) && file.seek(4096)); // the table's page
+        QVERIFY(file.write(QByteArray(4096, '\xff')) == 4096 && file.flush());
+        QVERIFY(whyNotRead(path).contains("malformed"));
     }
 
     void tagsAreFoundByTheirElements()
@@ -135,6 +181,17 @@ private slots:
     }
 
 private:
+    static QString whyNotRead(const QString &path)
+    {
+        Recording recording;
+        try {
+            readRecording(path, recording);
+        } catch (const Error &error) {
+            return error.text();
+        }
+        return {};
+    }
+
     QTemporaryDir m_folder;
 };
 

@@ -58,7 +58,22 @@ private slots:
         QCOMPARE(blocks->item(0, 1)->text(), QString("D4088 to D4095"));
         QTest::keyClick(child<QCheckBox>(window, "planRaw"), Qt::Key_Space);
         QCOMPARE(blocks->item(0, 1)->text(), QString("D4096"));
-        QVERIFY(blocks->item(0, 2)->text().startsWith("read wrongly: "));
+        const QString reason = blocks->item(0, 2)->text();
+        QVERIFY(reason.startsWith("read wrongly: "));
+        QCOMPARE(child<QLabel>(window, "planHole")->text(), "D4096: " + reason);
+    }
+
+    void aBadLinkIsSaid()
+    {
+        const Drivers drivers(DRIVER_LIBRARY);
+        ProjectSettings settings;
+        const NamedTagReader reader = tagReaderOf(settings, drivers);
+        settings.link = "tpc://nowhere";
+        PlanView view;
+        view.showPlan(settings, {reader.read("D1")}, drivers.forQuestions(), reader);
+        QVERIFY(child<QLabel>(view, "planSummary")->text().startsWith("bad link"));
+        child<QSpinBox>(view, "planGroupLimit")->setValue(3);
+        QCOMPARE(child<QTableWidget>(view, "planBlocks")->rowCount(), 0);
     }
 
     void aTagThatTheGroupLimitCutsIsNotPlanned()

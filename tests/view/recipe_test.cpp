@@ -68,6 +68,33 @@ private slots:
                                   PATIENCE);
     }
 
+    void noOtherRecipeIsOpenedDuringATransfer()
+    {
+        Line line({"silence"});
+        line.setHits(Line::Hits::Writes);
+        MainWindow window;
+        open(window, line.project({"D1"}));
+        download(window);
+        QVERIFY(!window.openRecipe(m_path));
+        QVERIFY(child<QMessageBox>(window)->text().endsWith("a recipe is being transferred."));
+        QTRY_COMPARE_WITH_TIMEOUT(state(window, 0), QString("unknown whether written"), PATIENCE);
+        QVERIFY(window.openRecipe(m_path));
+    }
+
+    void aProjectThatReplacesADownloadSaysWhatIsUncertain()
+    {
+        Line line({"silence"});
+        line.setHits(Line::Hits::Writes);
+        ProjectSettings settings = line.project({"D1"});
+        settings.timeout = std::chrono::minutes(10);
+        MainWindow window;
+        open(window, settings);
+        download(window);
+        QTRY_COMPARE_WITH_TIMEOUT(line.get("D", 100), 250U, PATIENCE);
+        QVERIFY(window.start(settings));
+        QVERIFY(child<QMessageBox>(window)->text().contains("The download of a recipe stopped at"));
+    }
+
     void aBadRecipeIsRefusedWithItsLine()
     {
         Line line;

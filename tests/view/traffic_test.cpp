@@ -102,6 +102,28 @@ private slots:
             QVERIFY2(found.contains(meaning), qPrintable(found.join('|')));
     }
 
+    void aCaptureEndsWithItsLine()
+    {
+        Line line;
+        OpenWindow window(line, {"D100"});
+        auto *view = window.findChild<TrafficView *>();
+        emit view->captureWanted(m_folder.filePath("ended.kmr"));
+        QVERIFY(child<QAction>(*view, "capture")->isChecked());
+        QVERIFY(window.start(line.project({"D100"})));
+        QVERIFY(!child<QAction>(*view, "capture")->isChecked());
+    }
+
+    void anExaminationThatIsNotBegunIsReportedAsStopped()
+    {
+        const Drivers drivers(DRIVER_LIBRARY);
+        LineThread thread(drivers.forLine(), {});
+        thread.examine();
+        thread.stop();
+        const LineNews news = thread.take();
+        QCOMPARE(news.examinations.size(), std::size_t(1));
+        QVERIFY(!news.examinations[0].diagnosis);
+    }
+
     void aCaptureIsWrittenAndOpened()
     {
         Line line;
@@ -113,9 +135,12 @@ private slots:
         QVERIFY(child<QAction>(*view, "capture")->isChecked());
         child<QAction>(*view, "capture")->trigger();
         QVERIFY(!child<QAction>(*view, "capture")->isChecked());
-        QVERIFY(window.openCapture(path));
+        window.openRecorded(path);
         auto *pages = child<QTabWidget>(window);
-        const auto *table = pages->currentWidget()->findChild<QTableView *>("traffic");
+        const QTableView *table = nullptr;
+        QTRY_VERIFY_WITH_TIMEOUT(
+            (table = pages->currentWidget()->findChild<QTableView *>("traffic")) != nullptr,
+            PATIENCE);
         QVERIFY(table->model()->rowCount() > 5);
         for (int row = 0; row < 5; ++row)
             QCOMPARE(table->model()->index(row, 0).data(TrafficModel::OUTCOME_ROLE).toInt(),
@@ -139,7 +164,7 @@ private slots:
         add(3, ":01031064000286\r\n", ":01030400FB0001FC\r\n");
         add(4, ":02031064000285\r\n", ":02830279\r\n");
         Recording recording;
-        QVERIFY(readValues(capture, recording));
+        QVERIFY(readValues(trafficOf(capture), recording));
         QCOMPARE(recording.tags.size(), std::size_t(10));
         QCOMPARE(recording.tags[0].name, QString("D100"));
         QCOMPARE(*recording.history.series(1).at(1000.5), 250.0);
@@ -148,6 +173,7 @@ private slots:
         QCOMPARE(recording.tags[4].name, QString("X2"));
         QVERIFY(recording.tags[4].isBit);
         QCOMPARE(*recording.history.series(5).at(1001.5), 1.0);
+        QCOMPARE(rowsOf(trafficOf(capture)).back().outcome, TrafficRow::Outcome::Refused);
     }
 
     void countsOfASecondGiveRatesAndShares()

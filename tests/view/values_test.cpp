@@ -46,6 +46,20 @@ private slots:
         TRY_CELL(0, QUALITY, QString("good"));
     }
 
+    void whatIsNotPolledAnyMoreIsStale()
+    {
+        Line line;
+        line.set("D", 1, 5);
+        ProjectSettings settings = line.project({"D1"});
+        settings.groupLimit = 1;
+        MainWindow window;
+        window.show();
+        QVERIFY(window.start(settings));
+        TRY_CELL(0, QUALITY, QString("good"));
+        addTag(window, "D100/float32"); // which one word a request can't read
+        TRY_CELL(0, QUALITY, QString("stale: it is not polled"));
+    }
+
     void theFilterLeavesWhatItsTextAndStateSay()
     {
         Line line;
@@ -152,8 +166,33 @@ private slots:
         QTest::keyClicks(child<QComboBox>(*dialog, "newValue"), "on");
         QTest::keyClick(child<QComboBox>(*dialog, "newValue")->lineEdit(), Qt::Key_Return);
         QCOMPARE(child<QLabel>(*dialog, "outcome")->text(), QString()); // not written yet
-        QTest::keyClick(child<QPushButton>(*dialog, "write"), Qt::Key_Space);
+        QTest::keyClick(child<QPushButton>(*dialog, "write"), Qt::Key_Return);
         QTRY_COMPARE_WITH_TIMEOUT(line.get("Y", 0), 1U, PATIENCE);
+    }
+
+    void theDialogShowsWhatTheTagHoldsByNow()
+    {
+        Line line;
+        OpenWindow window(line, {"D100"});
+        TRY_CELL(0, VALUE, QString("0"));
+        WriteDialog &dialog = typeValue(window, 0, "250");
+        line.set("D", 100, 7);
+        QTRY_COMPARE_WITH_TIMEOUT(child<QLabel>(dialog, "sentence")->text(),
+                                  QString("D100 will be 250 instead of 7."), PATIENCE);
+    }
+
+    void aWriteThatFailsAfterItsDialogIsClosedIsReported()
+    {
+        Line line({"exception=4"});
+        line.setHits(Line::Hits::None);
+        OpenWindow window(line, {"D100"});
+        TRY_CELL(0, VALUE, QString("0"));
+        line.setHits(Line::Hits::Writes);
+        WriteDialog &dialog = typeValue(window, 0, "1");
+        confirm(dialog);
+        dialog.close();
+        QTRY_VERIFY_WITH_TIMEOUT(window.findChild<QMessageBox *>() != nullptr, PATIENCE);
+        QVERIFY(child<QMessageBox>(window)->text().startsWith("D100 = 1: Not written: refused"));
     }
 
     void aRefusedWriteSaysSo()
@@ -212,7 +251,16 @@ private slots:
         mark(window, 0);
         QTest::keyClick(child<QTableView>(window, "values"), Qt::Key_Delete);
         QTRY_COMPARE(cell(window, 0, Model::TAG), QString("M7"));
-        QCOMPARE(window.values().rowCount(), 1);
+        addTag(window, "M8");
+        addTag(window, "M9");
+        auto *table = child<QTableView>(window, "values");
+        table->clearSelection();
+        for (const int row : {0, 1})
+            table->selectionModel()->select(table->model()->index(row, 0),
+                                            QItemSelectionModel::Select |
+                                                QItemSelectionModel::Rows);
+        QTest::keyClick(table, Qt::Key_Delete);
+        QTRY_COMPARE(tags(window), QStringList{"M9"});
     }
 
 private:

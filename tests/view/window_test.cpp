@@ -75,6 +75,45 @@ private slots:
         QCOMPARE(dialog.settings().tags, QStringList{"D7"});
     }
 
+    void theDialogKeepsASpeedAndAFrameThatItDoesNotOffer()
+    {
+        Drivers drivers(DRIVER_LIBRARY);
+        ProjectSettings settings = simulated();
+        settings.link = "serial:///dev/ttyS9?baud=4800&frame=7E2";
+        QCOMPARE(StartDialog(settings, drivers).settings().link, settings.link);
+    }
+
+    void theDialogOpensWithoutItsFileOfNames()
+    {
+        Line line;
+        ProjectSettings settings = line.project({"D1"});
+        settings.names = m_folder.filePath("lost.csv");
+        writeTextFile(settings.names, "name,tag\nlevel,D7\n");
+        MainWindow window;
+        window.show();
+        QVERIFY(window.start(settings));
+        addTag(window, "D5");
+        QFile::remove(settings.names);
+        window.askForLine();
+        QCOMPARE(child<StartDialog>(window)->settings().tags, (QStringList{"D1", "D5"}));
+    }
+
+    void theTabKeyGoesFromTheTopToTheBottom()
+    {
+        MainWindow window;
+        child<QTabWidget>(window)->setCurrentIndex(1);
+        window.show();
+        const QStringList traffic = tabStops(window).filter(QRegularExpression("^(traffic|bytes)"));
+        QCOMPARE(traffic, (QStringList{"trafficStation", "trafficFunction", "trafficKind",
+                                       "traffic", "bytes"}));
+        child<QTabWidget>(window)->setCurrentIndex(0);
+        QVERIFY(!tabStops(window).contains("QwtPlotCanvas"));
+        Drivers drivers(DRIVER_LIBRARY);
+        StartDialog dialog(simulated(), drivers);
+        dialog.show();
+        QCOMPARE(tabStops(dialog).indexOf("start"), tabStops(dialog).size() - 2);
+    }
+
     void aLostLineIsOpenedAgain()
     {
         Line line({"close=100ms,every=40"});
@@ -95,6 +134,28 @@ private slots:
         QTRY_VERIFY_WITH_TIMEOUT(
             child<QLabel>(window, "state")->text().contains("refused", Qt::CaseInsensitive),
             PATIENCE);
+    }
+
+    void theLinePageIsEmptyBeforeALineIsOpen()
+    {
+        MainWindow window;
+        window.show();
+        auto *pages = child<QTabWidget>(window);
+        pages->setCurrentIndex(2);
+        QTRY_VERIFY_WITH_TIMEOUT(
+            child<QLabel>(window, "summary")->text().startsWith("0.0 requests"), PATIENCE);
+    }
+
+    void aBadLinkIsReportedAndTheOldLineStays()
+    {
+        Line line;
+        OpenWindow window(line, {"D1"});
+        ProjectSettings settings = line.project({"D2"});
+        settings.link = "tpc://nowhere";
+        QVERIFY(!window.start(settings));
+        QVERIFY(child<QMessageBox>(window)->text().startsWith("bad link \"tpc://nowhere\""));
+        QCOMPARE(cell(window, 0, Model::TAG), QString("D1"));
+        TRY_CELL(0, QUALITY, QString("good"));
     }
 
     void closingDuringAWriteSaysWhatIsUncertain()
@@ -149,6 +210,18 @@ private slots:
     }
 
 private:
+    // Names of what the Tab key reaches, in its order.
+    static QStringList tabStops(QWidget &window)
+    {
+        QStringList names;
+        for (QWidget *next = window.nextInFocusChain(); next != &window;
+             next = next->nextInFocusChain()) {
+            if (next->isVisibleTo(&window) && (next->focusPolicy() & Qt::TabFocus) != 0)
+                names.append(next->objectName());
+        }
+        return names;
+    }
+
     static ProjectSettings simulated()
     {
         ProjectSettings settings;

@@ -158,13 +158,6 @@
     </message>
 </context>
 <context>
-    <name>LineRun</name>
-    <message>
-        <source>the line was lost</source>
-        <translation>die Leitung ging verloren</translation>
-    </message>
-</context>
-<context>
     <name>Outcomes</name>
     <message>
         <source>the line was lost, or the program was ended</source>
@@ -255,6 +248,14 @@
     <message>
         <source>The line was lost; it is opened again.</source>
         <translation>Die Leitung ging verloren; sie wird wieder geöffnet.</translation>
+    </message>
+    <message>
+        <source>it is not polled</source>
+        <translation>sie wird nicht abgefragt</translation>
+    </message>
+    <message>
+        <source>the line was lost</source>
+        <translation>die Leitung ging verloren</translation>
     </message>
 </context>
 <context>
@@ -554,6 +555,16 @@
         <source>Tre&amp;nds</source>
         <translation>Verlä&amp;ufe</translation>
     </message>
+    <message>
+        <source>The line was closed during a write.
+%1</source>
+        <translation>Die Leitung wurde während eines Schreibens geschlossen.
+%1</translation>
+    </message>
+    <message>
+        <source>%1 is not opened: a recipe is being transferred.</source>
+        <translation>%1 wird nicht geöffnet: Ein Rezept wird gerade übertragen.</translation>
+    </message>
 </context>
 <context>
     <name>kmr::PlanView</name>
@@ -663,6 +674,25 @@ nicht verlangt: %2</translation>
     <message>
         <source>tags as t&amp;yped, as another host may pass them to the driver</source>
         <translation>Variablen wie eingegeben, so wie ein anderer Host sie dem Tr&amp;eiber geben mag</translation>
+    </message>
+    <message>
+        <source>%1: %2</source>
+        <translation>%1: %2</translation>
+    </message>
+</context>
+<context>
+    <name>kmr::ReadingPage</name>
+    <message>
+        <source>Share of the file that is read</source>
+        <translation>Gelesener Teil der Datei</translation>
+    </message>
+    <message>
+        <source>&amp;Cancel</source>
+        <translation>Abbre&amp;chen</translation>
+    </message>
+    <message>
+        <source>Reading %1…</source>
+        <translation>%1 wird gelesen …</translation>
     </message>
 </context>
 <context>
