@@ -35,7 +35,7 @@ public:
     {
     }
 
-    // An exchange of the polling. A request to write is no part of an outage: it has its outcome.
+    // An exchange of the polling. A request to write is not part of an outage: it has its outcome.
     void note(const Exchange &exchange, Time now);
 
     // The request for `run` was given up.

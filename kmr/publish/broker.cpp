@@ -78,6 +78,22 @@ Incoming incomingOf(const mosquitto_message &message, const mosquitto_property *
     return incoming;
 }
 
+// Of a variable byte integer (MQTT 5, section 1.5.5).
+qint64 bytesOfInteger(qint64 value)
+{
+    return value < 128 ? 1 : value < 16384 ? 2 : value < 2097152 ? 3 : 4;
+}
+
+// Of a PUBLISH (MQTT 5, section 3.3).
+qint64 bytesOf(const Message &message, bool hasId)
+{
+    const qint64 correlation = message.correlation.size();
+    const qint64 properties = correlation == 0 ? 0 : 3 + correlation;
+    const qint64 rest = 2 + message.topic.size() + (hasId ? 2 : 0) + bytesOfInteger(properties) +
+                        properties + message.payload.size();
+    return 1 + bytesOfInteger(rest) + rest;
+}
+
 // Whether sending failed because of the message, not of the connection.
 bool isAboutMessage(int result)
 {
@@ -95,9 +111,12 @@ struct BrokerCallbacks {
         return *static_cast<Broker *>(object);
     }
 
-    static void connected(mosquitto *, void *object, int code, int, const mosquitto_property *)
+    static void connected(mosquitto *, void *object, int code, int,
+                          const mosquitto_property *properties)
     {
         Broker &broker = of(object);
+        mosquitto_property_read_int32(properties, MQTT_PROP_MAXIMUM_PACKET_SIZE,
+                                      &broker.m_longestPacket, false);
         if (code == 0)
             broker.m_events.connected();
         else
@@ -115,9 +134,14 @@ struct BrokerCallbacks {
 
     static void published(mosquitto *, void *object, int id, int code, const mosquitto_property *)
     {
-        if (!of(object).m_settings.isSparkplug)
-            of(object).m_events.acknowledged(
-                id, code >= FIRST_FAILURE ? mosquitto_reason_string(code) : "");
+        Broker &broker = of(object);
+        if (broker.m_settings.isSparkplug)
+            return;
+        if (code == MQTT_RC_QUOTA_EXCEEDED) // it may take the message later
+            broker.m_why = "it takes no more messages for now: quota exceeded";
+        else
+            broker.m_events.acknowledged(id, code >= FIRST_FAILURE ? mosquitto_reason_string(code)
+                                                                   : "");
     }
 
     static void unsubscribed(mosquitto *, void *object, int id, const mosquitto_property *)
@@ -221,11 +245,14 @@ bool Broker::wait(int descriptor, std::chrono::milliseconds time)
         result = mosquitto_loop_write(client, 1);
     if (result == MOSQ_ERR_SUCCESS)
         result = mosquitto_loop_misc(client);
-    return result == MOSQ_ERR_SUCCESS || fail(result);
+    return (result == MOSQ_ERR_SUCCESS && m_why.isEmpty()) || fail(result);
 }
 
 Broker::Publication Broker::publish(const Message &message)
 {
+    // libmosquitto would abort, or send what is one byte too long.
+    if (m_longestPacket > 0 && bytesOf(message, !m_settings.isSparkplug) > m_longestPacket)
+        return {0, mosquitto_strerror(MOSQ_ERR_OVERSIZE_PACKET)};
     Properties properties;
     if (m_settings.isMqtt5 && !message.correlation.isEmpty())
         mosquitto_property_add_binary(&properties.list, MQTT_PROP_CORRELATION_DATA,

@@ -10,6 +10,7 @@
 #include <QStringList>
 
 #include <chrono>
+#include <cstdint>
 #include <functional>
 #include <memory>
 #include <optional>
@@ -37,7 +38,8 @@ public:
     // Called from within wait().
     struct Events {
         std::function<void()> connected;
-        // `refusal`: why the broker does not take the message, or empty.
+        // `refusal`: why the broker does not take the message, or empty. When a quota is exceeded,
+        // the connection ends instead.
         std::function<void(int id, const QString &refusal)> acknowledged;
         std::function<void(const Incoming &)> received;
         // `refusal`: why it does not let us subscribe.
@@ -62,7 +64,7 @@ public:
     // all, for example because it is too long for the broker.
     struct Publication {
         int id = 0;
-        QString refusal; // empty when it is sent
+        QString refusal; // empty unless it can't be sent at all
     };
 
     // After Events::connected. With Sparkplug a message has no acknowledgement; what is
@@ -90,6 +92,7 @@ private:
     const BrokerSettings m_settings;
     const Events m_events;
     std::unique_ptr<mosquitto, void (*)(mosquitto *)> m_client;
+    std::uint32_t m_longestPacket = 0; // that the broker takes, in bytes; 0 without a limit
     QString m_why;
     QString m_lastError; // of libmosquitto's log
 };

@@ -163,8 +163,9 @@ void Courier::State::noteConnected(Broker &broker)
 
 void Courier::State::noteAcknowledged(int id, const QString &refusal)
 {
-    pause = FIRST_PAUSE;
     const auto known = sent.extract(id); // unless it is a birth's
+    if (known)
+        pause = FIRST_PAUSE;
     const Numbers numbers = known ? known.mapped() : Numbers();
     if (!refusal.isEmpty())
         return drop(numbers, refusal);
@@ -235,7 +236,7 @@ void Courier::State::send(Broker &broker, const std::vector<Message> &messages)
     }
 }
 
-// What the broker will never take.
+// What the broker refuses.
 void Courier::State::drop(const Numbers &numbers, const QString &refusal)
 {
     report(QString("%1 does not take a message: %2").arg(name(), refusal));
@@ -265,8 +266,9 @@ bool Courier::State::sayGoodbye(Broker &broker)
         isAlive = sendAll(broker) && broker.wait(wakeUp->descriptor(), milliseconds(50));
         wakeUp->clear();
     }
-    const int id = broker.publish(convention->death()).id;
-    sent[id] = {};
+    const auto [id, refusal] = broker.publish(convention->death());
+    if (refusal.isEmpty())
+        sent[id] = {};
     while (isAlive && sent.count(id) > 0 && steady_clock::now() < end)
         isAlive = broker.wait(wakeUp->descriptor(), milliseconds(50));
     broker.disconnect();

@@ -31,16 +31,14 @@ void Outbox::push(Message message)
     m_wake();
 }
 
-// If it is on disk, it must not be sent from there later, after newer ones.
 void Outbox::dropOldest()
 {
     for (std::deque<Entry> *part : {&m_front, &m_fresh}) {
-        const auto oldest = std::find_if(part->begin(), part->end(),
-                                         [](const Entry &entry) { return !entry.isSent; });
+        const auto oldest = std::find_if(part->begin(), part->end(), [](const Entry &entry) {
+            return !entry.isSent && !entry.isStored;
+        });
         if (oldest == part->end())
             continue;
-        if (oldest->isStored)
-            m_delivered.push_back(oldest->message.number);
         part->erase(oldest);
         ++m_dropped;
         return;
@@ -118,7 +116,7 @@ std::vector<Message> Outbox::toStore(std::uint64_t upTo) const
     return messages;
 }
 
-// What was delivered in the meantime is in memory no more.
+// What was delivered or dropped in the meantime is no longer in memory.
 void Outbox::noteStored(const std::vector<Message> &messages)
 {
     const Lock lock(m_mutex);

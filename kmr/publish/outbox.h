@@ -37,7 +37,7 @@ public:
     std::uint64_t lastNumber() const;
 
     // The polling: adds a message. Its number is given here. Beyond MOST_KEPT the oldest that is
-    // not on its way is dropped.
+    // neither on disk nor on its way is dropped.
     void push(Message message);
 
     // The same, but it is dropped while there is no connection: it would be out of date later.

@@ -64,20 +64,21 @@ void Spooler::work(std::uint64_t upTo)
         if (!waiting.empty()) {
             m_spool.append(waiting);
             m_outbox.noteStored(waiting);
+            removeDelivered(); // else what was dropped meanwhile would be loaded again
         }
         const Spool::Dropped dropped = m_spool.dropExcess(QDateTime::currentMSecsSinceEpoch());
         if (dropped.count > 0)
             m_outbox.drop(dropped.upTo);
         m_dropped += dropped.count;
-        reportDropped(dropped.count, "the spool is at its limit of size or age");
+        reportDropped(m_fromSpool, dropped.count);
         loadMore();
         if (std::exchange(m_isFailing, false))
             m_report("the spool can be written again");
     } catch (const Error &error) {
         noteFailure(error.text());
     }
-    const std::uint64_t fromMemory = m_outbox.dropped();
-    reportDropped(fromMemory - std::exchange(m_fromMemory, fromMemory), "the memory is full");
+    const std::uint64_t seen = std::exchange(m_seenInMemory, m_outbox.dropped());
+    reportDropped(m_fromMemory, m_seenInMemory - seen);
     m_stored = m_spool.count();
     m_storedBytes = m_spool.bytes();
 }
@@ -108,16 +109,17 @@ void Spooler::noteFailure(const QString &text)
 }
 
 // A line for the first ones, then one for all in each ten seconds.
-void Spooler::reportDropped(std::uint64_t count, const char *why)
+void Spooler::reportDropped(Drops &drops, std::uint64_t count)
 {
-    m_unreported += count;
+    drops.unreported += count;
     const auto now = std::chrono::steady_clock::now();
-    if (m_unreported == 0 || now < m_nextReport)
+    if (drops.unreported == 0 || now < drops.nextReport)
         return;
-    m_report(
-        QString("%1 messages dropped, the oldest ones, because %2").arg(m_unreported).arg(why));
-    m_unreported = 0;
-    m_nextReport = now + BETWEEN_LINES;
+    m_report(QString("%1 messages dropped, the oldest ones, because %2")
+                 .arg(drops.unreported)
+                 .arg(drops.why));
+    drops.unreported = 0;
+    drops.nextReport = now + BETWEEN_LINES;
 }
 
 } // namespace kmr

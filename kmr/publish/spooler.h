@@ -46,12 +46,19 @@ public:
     }
 
 private:
+    // Messages dropped for one reason.
+    struct Drops {
+        const char *why;
+        std::uint64_t unreported = 0; // since the last line about them
+        std::chrono::steady_clock::time_point nextReport{};
+    };
+
     void run();
     bool isEnding(std::chrono::milliseconds wait);
     void work(std::uint64_t upTo);
     void removeDelivered();
     void loadMore();
-    void reportDropped(std::uint64_t count, const char *why);
+    void reportDropped(Drops &drops, std::uint64_t count);
     void noteFailure(const QString &text);
 
     Spool &m_spool;
@@ -59,9 +66,9 @@ private:
     const std::function<void(const QString &)> m_report;
     std::vector<std::uint64_t> m_toRemove;
     bool m_isFailing = false;
-    std::uint64_t m_fromMemory = 0; // dropped there at the last look
-    std::uint64_t m_unreported = 0; // dropped, since the last line about it
-    std::chrono::steady_clock::time_point m_nextReport;
+    Drops m_fromSpool{"the spool is at its limit of size or age"};
+    Drops m_fromMemory{"the memory is full"};
+    std::uint64_t m_seenInMemory = 0; // m_outbox.dropped() at the last look
     std::atomic<std::uint64_t> m_stored{0};
     std::atomic<std::uint64_t> m_storedBytes{0};
     std::atomic<std::uint64_t> m_dropped{0}; // from the spool

@@ -168,6 +168,32 @@ TEST_F(CourierTest, DataThatTheBrokerRefusesIsCountedAsDropped)
     EXPECT_TRUE(m_outbox->isEmpty());
 }
 
+TEST_F(CourierTest, DataThatExceedsAQuotaOfTheBrokerIsSentAgain)
+{
+    push("value");
+    const auto courier = this->courier(false);
+    auto peer = accept(120);
+    readUntil(*peer, "value");
+    peer->write(QByteArray::fromHex("40020002400400039700")); // PUBACKs: taken, quota exceeded
+    peer->flush();
+    peer = accept(120);
+    EXPECT_TRUE(readUntil(*peer, "value").contains("value"));
+    peer->abort();
+    courier->end();
+    EXPECT_FALSE(m_outbox->isEmpty());
+}
+
+TEST_F(CourierTest, DoesNotWaitForTheBrokerToTakeADeathThatIsTooLong)
+{
+    const auto courier = this->courier(false);
+    const auto peer = accept(24); // "online" fits, "offline" does not
+    readUntil(*peer, "online");
+    const auto start = std::chrono::steady_clock::now();
+    courier->end();
+    EXPECT_LT(std::chrono::steady_clock::now() - start, std::chrono::seconds(5)); // 0.1 s
+    EXPECT_FALSE(readUntil(*peer, ANY_MORE).contains("offline"));
+}
+
 TEST_F(CourierTest, OfARequestOfAnyLengthNoMoreThanAllowedIsKeptInMemory)
 {
     const auto courier = this->courier(false);
@@ -176,10 +202,10 @@ TEST_F(CourierTest, OfARequestOfAnyLengthNoMoreThanAllowedIsKeptInMemory)
     // PUBLISH of 70014 bytes, without properties
     peer->write(QByteArray::fromHex("30fea204000b") + "line/oven/x" + '\0' +
                 QByteArray(70000, '1'));
-    peer->flush();
+    while (peer->bytesToWrite() > 0)
+        ASSERT_TRUE(peer->waitForBytesWritten(60000));
     std::future<qint64> requested = m_requested.get_future();
-    while (requested.wait_for(std::chrono::milliseconds(20)) != std::future_status::ready)
-        peer->waitForBytesWritten(20);
+    ASSERT_EQ(requested.wait_for(std::chrono::seconds(60)), std::future_status::ready);
     EXPECT_EQ(requested.get(), 65537);
     peer->abort();
     courier->end();

@@ -162,7 +162,7 @@ TEST_F(OutboxTest, DropsTheOldestButNotWhatIsOnItsWay)
     EXPECT_EQ(send(9), (Numbers{1, 4}));
 }
 
-TEST_F(OutboxTest, WhileTheDiskHangsTheMemoryHoldsTheNewestAndWhatIsOnItsWay)
+TEST_F(OutboxTest, WhileTheDiskHangsTheMemoryHoldsTheNewestAndWhatIsOnDiskOrOnItsWay)
 {
     push(2);
     store(2);
@@ -170,6 +170,6 @@ TEST_F(OutboxTest, WhileTheDiskHangsTheMemoryHoldsTheNewestAndWhatIsOnItsWay)
     send(1);
     push(Outbox::MOST_KEPT);
     EXPECT_EQ(m_outbox.dropped(), 2U);
-    EXPECT_EQ(m_outbox.takeDelivered(), Numbers{2}); // else it would be sent after newer ones
-    EXPECT_EQ(send(1), Numbers{4});
+    EXPECT_TRUE(m_outbox.takeDelivered().empty());
+    EXPECT_EQ(send(2), (Numbers{2, 5}));
 }

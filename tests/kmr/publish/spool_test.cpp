@@ -9,6 +9,9 @@
 #include <QTemporaryDir>
 #include <gtest/gtest.h>
 
+#include <functional>
+#include <utility>
+
 using namespace kmr;
 
 namespace {
@@ -49,6 +52,21 @@ protected:
 };
 
 using Numbers = std::vector<std::uint64_t>;
+
+std::function<void()> duringCommit; // is called once
+
+int commit(void *)
+{
+    if (duringCommit)
+        std::exchange(duringCommit, {})();
+    return 0;
+}
+
+int watchCommits(sqlite3 *database, char **, const sqlite3_api_routines *)
+{
+    sqlite3_commit_hook(database, commit, nullptr);
+    return SQLITE_OK;
+}
 
 } // namespace
 
@@ -149,18 +167,37 @@ TEST_F(SpoolTest, SpoolerStoresWhatWaitsAndRemovesWhatWasDelivered)
     EXPECT_EQ(numbers(spool), (Numbers{2, 3}));
 }
 
-TEST_F(SpoolTest, SpoolerCountsAloudWhatIsDropped)
+TEST_F(SpoolTest, WhatIsDroppedWhileItIsStoredIsNotLoadedAgain)
+{
+    sqlite3_auto_extension(reinterpret_cast<void (*)()>(watchCommits));
+    Spool spool(path(), {});
+    sqlite3_reset_auto_extension();
+    Outbox outbox(0, false, [] {});
+    duringCommit = [&outbox] {
+        for (std::size_t i = 0; i < Outbox::MOST_KEPT; ++i)
+            outbox.push(message(0, QDateTime::currentMSecsSinceEpoch()));
+    };
+    outbox.push(message(0, QDateTime::currentMSecsSinceEpoch()));
+    Spooler(spool, outbox, [](const QString &) {}).end();
+    EXPECT_EQ(outbox.dropped(), 1U);
+    outbox.setConnected(true);
+    EXPECT_EQ(outbox.next()->number, 2U);
+}
+
+TEST_F(SpoolTest, SpoolerCountsAndReportsWhatIsDropped)
 {
     Spool spool(path(), {1, 1000});
     Outbox outbox(0, true, [] {});
-    outbox.push(message(0, QDateTime::currentMSecsSinceEpoch()));
+    for (std::size_t i = 0; i < Outbox::MOST_KEPT + 1; ++i)
+        outbox.push(message(0, QDateTime::currentMSecsSinceEpoch()));
     QStringList reported;
     Spooler spooler(spool, outbox, [&reported](const QString &line) { reported.append(line); });
     spooler.end();
-    EXPECT_EQ(
-        reported,
-        QStringList("1 messages dropped, the oldest ones, because the spool is at its limit of "
-                    "size or age"));
-    EXPECT_EQ(spooler.dropped(), 1U);
+    reported.sort();
+    EXPECT_EQ(reported,
+              QStringList({"1 messages dropped, the oldest ones, because the memory is full",
+                           "20000 messages dropped, the oldest ones, because the spool is at its "
+                           "limit of size or age"}));
+    EXPECT_EQ(spooler.dropped(), 20001U);
     EXPECT_TRUE(outbox.isEmpty());
 }
