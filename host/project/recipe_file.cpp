@@ -24,7 +24,7 @@ Values parseFields(const Tag &tag, QStringList fields)
                                               "commas needs quotes)")
                                           .arg(tag.text)
                                           .arg(fields.size()));
-    while (!fields.isEmpty() && fields.back().trimmed().isEmpty())
+    while (tag.type != ValueType::Text && !fields.isEmpty() && fields.back().trimmed().isEmpty())
         fields.removeLast();
     return parseValues(tag, fields.join(','));
 }

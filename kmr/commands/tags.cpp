@@ -62,7 +62,7 @@ const char *const IMPORT_HELP =
 separated by commas, semicolons or tabs. --columns names the columns to use, by the names of
 'kmr tags check --help'; the others are left out. Without it the heading must have these names.
 Bad lines are reported and left out, and the command then ends with 1. If no name is left, nothing
-is written.
+is written; a list without any name is refused.
 
 Examples:
   kmr tags import plant.txt --columns name=Symbol,tag=Address,comment=Remark --output names.csv
@@ -76,14 +76,19 @@ struct TagsOptions {
     std::string output; // empty: stdout
 };
 
+void checkHasNames(const NameTable &names, const QStringList &faults, const QString &file)
+{
+    if (names.names().empty() && faults.isEmpty())
+        throw Error(ErrorKind::Usage, QString("%1: holds no names").arg(file));
+}
+
 ExitCode runTagsCheck(const Options &options, const TagsOptions &check)
 {
     const QString file = toQString(check.file);
     const auto library = loadDriver(options);
     const NameTable names = NameTable::parse(readTextFile(file), file);
-    QStringList faults = checkNames(names, tagReaderOf(options, *library));
-    if (names.names().empty() && faults.isEmpty())
-        faults.append(QString("%1: holds no names").arg(file));
+    const QStringList faults = checkNames(names, tagReaderOf(options, *library));
+    checkHasNames(names, faults, file);
     if (!faults.isEmpty())
         throw Error(ErrorKind::Usage, faults.join('\n'));
     printError(QString("%1: %2 names, all good").arg(file).arg(names.names().size()));
@@ -235,6 +240,7 @@ ExitCode runTagsImport(const Options &options, const TagsOptions &own)
                                              headingsOf(toQString(own.columns)));
     const NamedTagReader reader(tagReaderOf(options, *library), names);
     const QStringList faults = checkNames(names, reader.unnamed());
+    checkHasNames(names, faults, file);
     QStringList lines(csvLine(nameColumns()));
     for (const Name &name : names.names()) {
         if (elementsOf(reader, name.name))

@@ -40,6 +40,9 @@ public:
         if (!m_file.open(QIODevice::ReadWrite | QIODevice::Unbuffered))
             throw Error(ErrorKind::Usage,
                         QString("cannot write %1: %2").arg(path, m_file.errorString()));
+        if (m_file.isSequential()) // reading from a pipe would wait for ever
+            throw Error(ErrorKind::Usage,
+                        QString("cannot write %1: it is not a regular file").arg(path));
         lock();
         const QByteArray begin = heading(tags).toUtf8();
         const QByteArray found = m_file.read(begin.size());

@@ -330,6 +330,7 @@ TEST(Command, EveryFaultOfAFileIsNamedInTheOrderOfItsLines)
          "^kmr: bad tag \"boiler.tmp\": [^\n]* \\(and \\S+file has no such name, did you mean "
          "\"boiler.temp\"\\?\\)\n$"},
         {"tags check", "", "^kmr: \\S+file: holds no names\n$"},
+        {"tags import", "name,tag\n", "^kmr: \\S+file: holds no names\n$"},
         {"tags check", "a,D1\nb,Q1\nc\n",
          "^kmr: \\S+file:2: b: bad tag \"Q1\"[^\n]*\nkmr: \\S+file:3: c has no tag\n$"},
     };

@@ -40,6 +40,7 @@ TEST(RecipeFile, TextKeepsItsCommasAndBlanks)
     const auto items = parse("D100x4/text,\"a, b \"\n");
     EXPECT_EQ(items[0].values, (Values{0x2C61, 0x6220, 0x0020, 0}));
     EXPECT_EQ(formatRecipe(items), "tag,value\nD100x4/text,\"a, b \"\n");
+    EXPECT_EQ(parse("D100x2/text,\"   \"\n")[0].values, (Values{0x2020, 0x0020}));
 }
 
 TEST(RecipeFile, NewValuesLeaveAllElseAsItIs)
@@ -58,7 +59,7 @@ TEST(RecipeFile, NewValuesLeaveAllElseAsItIs)
               "D110x3,4 5 6\r\n\"D120x2/text\",\"c,\"\r\nCV2200,70000\r\nD130,8");
 }
 
-TEST(RecipeFile, ColumnBehindTheValuesIsRefusedForAnUploadAsForADownload)
+TEST(RecipeFile, ColumnAfterTheValuesIsRefusedForAnUploadAsForADownload)
 {
     for (const char *line :
          {"D100,250,flour", "D100,,flour", "D100/float32,21,5", "D110x3,1 2 3,flour",

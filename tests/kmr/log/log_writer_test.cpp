@@ -9,6 +9,8 @@
 #include <gtest/gtest.h>
 #include <sqlite3.h>
 
+#include <sys/stat.h>
+
 using namespace kmr;
 
 namespace {
@@ -126,6 +128,12 @@ TEST_F(LogWriterTest, CsvThatAnotherWriterHasOpenIsRefused)
 {
     const LogWriter first = open("line.csv");
     EXPECT_THROW(open("line.csv"), Error);
+}
+
+TEST_F(LogWriterTest, PipeIsRefusedSinceItCannotBeReadAgain)
+{
+    ASSERT_EQ(mkfifo(path("pipe.csv").toLocal8Bit().constData(), 0600), 0);
+    EXPECT_THROW(open("pipe.csv"), Error);
 }
 
 TEST_F(LogWriterTest, DatabaseOfAnotherProgramStaysAsItIs)
