@@ -75,7 +75,7 @@ void MainWindow::closePage(int index)
     QWidget *page = m_pages->widget(index);
     m_pages->removeTab(index);
     if (auto *reading = qobject_cast<ReadingPage *>(page))
-        reading->cancel(); // which does not wait for it
+        reading->cancel();
     else
         page->deleteLater();
 }

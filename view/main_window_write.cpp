@@ -56,13 +56,15 @@ void MainWindow::takeWrites(const std::vector<WriteNews> &writes)
             continue;
         const OpenWrite open = found->second;
         m_writes.erase(found);
-        if (open.dialog)
+        // A dialog that was closed is deleted later.
+        const bool isSeen = open.dialog && open.dialog->isVisible();
+        if (isSeen)
             open.dialog->showOutcome(write.result);
         const QString text = tr("%1: %2").arg(open.text, writeOutcomeText(write.result));
         statusBar()->showMessage(text, 10000);
         if (write.result.request.isDone())
             markWrite(open.id, write.time, open.text);
-        if (!write.result.request.isDone() && !open.dialog)
+        if (!write.result.request.isDone() && !isSeen)
             tellFailure(text);
     }
 }

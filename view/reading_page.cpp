@@ -10,17 +10,33 @@
 #include <QVBoxLayout>
 
 #include <algorithm>
+#include <atomic>
+#include <chrono>
 
 namespace kmr {
 
 namespace {
 
-constexpr std::chrono::milliseconds LOOK_INTERVAL(100); // at the progress
+constexpr std::chrono::milliseconds LOOK_INTERVAL(50);
+constexpr std::chrono::milliseconds LAST_WAIT(100); // for the thread, while the window stands still
+
+bool isReady(const std::future<OpenedFile> &file, std::chrono::milliseconds patience = {})
+{
+    return file.wait_for(patience) == std::future_status::ready;
+}
 
 } // namespace
 
+struct ReadingPage::Reading {
+    explicit Reading(QString thePath) : path(std::move(thePath)) {}
+
+    const QString path;
+    std::atomic<bool> isToStop{false};
+    std::atomic<int> percent{-1}; // as of ReadProgress
+};
+
 ReadingPage::ReadingPage(QString path, QWidget *parent)
-    : QWidget(parent), m_path(std::move(path)), m_thread(QThread::create([this] { read(); }))
+    : QWidget(parent), m_reading(std::make_shared<Reading>(std::move(path)))
 {
     auto *progress = new QProgressBar;
     progress->setAccessibleName(tr("Share of the file that is read"));
@@ -28,59 +44,67 @@ ReadingPage::ReadingPage(QString path, QWidget *parent)
     auto *cancel = new QPushButton(tr("&Cancel"));
     cancel->setObjectName("cancelReading");
     auto *layout = new QVBoxLayout(this);
-    layout->addWidget(new QLabel(tr("Reading %1…").arg(QFileInfo(m_path).fileName())));
+    layout->addWidget(new QLabel(tr("Reading %1…").arg(QFileInfo(m_reading->path).fileName())));
     layout->addWidget(progress);
     layout->addWidget(cancel, 0, Qt::AlignLeft);
     layout->addStretch();
     connect(cancel, &QPushButton::clicked, this, &ReadingPage::cancelWanted);
-    auto *look = new QTimer(this);
-    connect(look, &QTimer::timeout, this, [this, progress] {
-        const int percent = m_percent;
+    auto *timer = new QTimer(this);
+    connect(timer, &QTimer::timeout, this, [this, timer, progress] {
+        const int percent = m_reading->percent;
         progress->setRange(0, percent < 0 ? 0 : 100);
         progress->setValue(std::max(0, percent));
+        if (m_reading->isToStop || !isReady(m_file))
+            return;
+        timer->stop();
+        emit finished();
     });
-    look->start(LOOK_INTERVAL);
-    connect(m_thread.get(), &QThread::finished, this, [this] {
-        m_thread->wait(); // for its very end
-        if (m_isToStop)
-            deleteLater();
-        else
-            emit finished();
-    });
-    m_thread->start();
+    timer->start(LOOK_INTERVAL);
+    start();
 }
 
 ReadingPage::~ReadingPage()
 {
-    m_isToStop = true;
-    m_thread->wait();
+    m_reading->isToStop = true;
+    if (!m_thread.joinable())
+        return;
+    if (isReady(m_file, LAST_WAIT))
+        m_thread.join();
+    else
+        m_thread.detach(); // it uses nothing but its own, and may even end with the process
+}
+
+void ReadingPage::start()
+{
+    std::packaged_task<OpenedFile()> task([reading = m_reading] {
+        return readFile(reading->path, [&](int percent) {
+            reading->percent = percent;
+            return !reading->isToStop;
+        });
+    });
+    m_file = task.get_future();
+    m_thread = std::thread(std::move(task));
 }
 
 void ReadingPage::cancel()
 {
-    m_isToStop = true;
-    if (m_thread->isFinished())
-        deleteLater();
+    m_reading->isToStop = true;
+    deleteLater();
 }
 
 OpenedFile ReadingPage::take()
 {
-    m_thread->wait();
-    if (!m_fault.isEmpty())
-        throw Error(ErrorKind::Usage, m_fault);
-    return std::move(m_file);
+    m_thread.join();
+    try {
+        return m_file.get();
+    } catch (const std::exception &error) { // also if there is not enough memory
+        throw Error(ErrorKind::Usage, QString::fromUtf8(error.what()));
+    }
 }
 
-void ReadingPage::read()
+const QString &ReadingPage::path() const
 {
-    try {
-        m_file = readFile(m_path, [this](int percent) {
-            m_percent = percent;
-            return !m_isToStop;
-        });
-    } catch (const std::exception &error) { // also if there is not enough memory
-        m_fault = QString::fromUtf8(error.what());
-    }
+    return m_reading->path;
 }
 
 } // namespace kmr

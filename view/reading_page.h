@@ -3,11 +3,11 @@
 
 #include "view/opened_file.h"
 
-#include <QThread>
 #include <QWidget>
 
-#include <atomic>
+#include <future>
 #include <memory>
+#include <thread>
 
 namespace kmr {
 
@@ -16,32 +16,30 @@ class ReadingPage : public QWidget {
 
 public:
     explicit ReadingPage(QString path, QWidget *parent = nullptr);
-    ~ReadingPage() override; // waits for the thread
 
-    // Ends reading, and deletes this as soon as it has ended.
+    // Ends reading. A thread that hangs in the system, as on a dead network share, is left alone.
+    ~ReadingPage() override;
+
+    // Ends reading, and deletes this later.
     void cancel();
 
     // What was read, once, after finished(). Throws Error if it could not be read.
     OpenedFile take();
 
-    const QString &path() const
-    {
-        return m_path;
-    }
+    const QString &path() const;
 
 signals:
     void finished(); // not after cancel()
     void cancelWanted();
 
 private:
-    void read();
+    struct Reading; // shared with the thread, which may outlive this
 
-    const QString m_path;
-    std::atomic<bool> m_isToStop{false};
-    std::atomic<int> m_percent{-1}; // as of ReadProgress
-    std::unique_ptr<QThread> m_thread;
-    OpenedFile m_file; // the thread's, until it has ended
-    QString m_fault;   // the same
+    void start();
+
+    const std::shared_ptr<Reading> m_reading;
+    std::future<OpenedFile> m_file;
+    std::thread m_thread;
 };
 
 } // namespace kmr

@@ -10,6 +10,8 @@
 #include <sqlite3.h>
 
 #include <algorithm>
+#include <cmath>
+#include <limits>
 #include <map>
 #include <memory>
 
@@ -19,6 +21,7 @@ namespace {
 
 const char *const QUALITY = " quality";
 constexpr int PROGRESS_INSTRUCTIONS = 100000; // of SQLite
+constexpr double NOT_A_NUMBER = std::numeric_limits<double>::quiet_NaN();
 
 struct Recordings {
     Q_DECLARE_TR_FUNCTIONS(Recordings)
@@ -39,15 +42,14 @@ std::optional<double> timeOf(const QString &text)
                           : std::nullopt;
 }
 
-// The first of a cell's values as a number. Texts of a name have none.
-std::optional<double> numberOf(const QString &values)
+// The first of a cell's values as a number; not a number for a text.
+double numberOf(const QString &values, bool isHexadecimal)
 {
     const QString first = values.section(' ', 0, 0);
     bool isNumber = false;
-    const double number = first.startsWith("0x")
-                              ? static_cast<double>(first.toULongLong(&isNumber, 16))
-                              : first.toDouble(&isNumber);
-    return isNumber ? std::make_optional(number) : std::nullopt;
+    const double number = isHexadecimal ? static_cast<double>(first.toULongLong(&isNumber, 16))
+                                        : first.toDouble(&isNumber);
+    return isNumber ? number : NOT_A_NUMBER;
 }
 
 class Reader {
@@ -67,20 +69,31 @@ public:
 
     void add(int id, double time, const QString &values, const QString &quality)
     {
-        const std::optional<double> number = numberOf(values);
         if (quality == "not read")
             return;
-        if (quality != "good" || !number) {
-            m_recording.history.addGap(id, time);
-            return;
-        }
-        m_recording.history.add(id, time, *number);
+        const bool isHexadecimal = values.startsWith("0x");
+        const double number = quality == "good" ? numberOf(values, isHexadecimal) : NOT_A_NUMBER;
+        m_recording.history.add(id, time, isHexadecimal ? NOT_A_NUMBER : number);
+        m_hexadecimal.add(id, time, isHexadecimal ? number : NOT_A_NUMBER);
         RecordedTag &tag = m_recording.tags[static_cast<std::size_t>(id) - 1];
-        tag.isBit = tag.isBit && (*number == 0 || *number == 1);
+        tag.isBit = tag.isBit && (std::isnan(number) || number == 0 || number == 1);
+    }
+
+    // Hexadecimal cells are numbers only in a column of nothing else. Among decimal numbers they
+    // are the bits of what is not a number.
+    void finish()
+    {
+        for (const RecordedTag &tag : m_recording.tags) {
+            if (!m_recording.history.series(tag.id).samples().empty())
+                continue;
+            for (const Sample &sample : m_hexadecimal.series(tag.id).samples())
+                m_recording.history.add(tag.id, sample.time, sample.value);
+        }
     }
 
 private:
     Recording &m_recording;
+    History m_hexadecimal; // by the same ids
     std::map<QString, int> m_ids;
 };
 
@@ -168,6 +181,7 @@ void readRecording(const QString &path, Recording &recording, const ReadProgress
         readCsv(path, reader, progress);
     else
         readSqlite(path, reader, progress);
+    reader.finish();
     if (recording.tags.empty())
         refuse(path, Recordings::tr("it has no row"));
 }

@@ -47,6 +47,19 @@ WriteDialog::WriteDialog(Tag tag, const QString &current, QWidget *parent)
     m_write->setObjectName("write");
     m_write->setAutoDefault(false); // Return in the field only moves on to the button
     m_write->installEventFilter(this);
+    makeForm();
+    connect(m_edit, &QComboBox::editTextChanged, this, [this] {
+        if (!m_isWriting)
+            m_outcome->clear();
+        judge();
+    });
+    connect(m_edit->lineEdit(), &QLineEdit::returnPressed, this, [this] { m_write->setFocus(); });
+    connect(m_write, &QPushButton::clicked, this, [this] { write(); });
+    showCurrent(current);
+}
+
+void WriteDialog::makeForm()
+{
     auto *buttons = new QDialogButtonBox;
     buttons->addButton(m_write, QDialogButtonBox::ActionRole);
     buttons->addButton(QDialogButtonBox::Close)->setAutoDefault(false);
@@ -60,15 +73,7 @@ WriteDialog::WriteDialog(Tag tag, const QString &current, QWidget *parent)
     layout->addWidget(m_outcome);
     layout->addStretch();
     layout->addWidget(buttons);
-    connect(m_edit, &QComboBox::editTextChanged, this, [this] {
-        if (!m_isWriting)
-            m_outcome->clear();
-        judge();
-    });
-    connect(m_edit->lineEdit(), &QLineEdit::returnPressed, this, [this] { m_write->setFocus(); });
-    connect(m_write, &QPushButton::clicked, this, [this] { write(); });
     connect(buttons, &QDialogButtonBox::rejected, this, &QDialog::reject);
-    showCurrent(current);
 }
 
 // Return on the button presses it, unless it is still held since it moved on to the button.

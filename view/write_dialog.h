@@ -31,13 +31,14 @@ public:
     void showOutcome(const WriteResult &result);
 
 signals:
-    // The person has confirmed; never before showOutcome() told of the write before.
+    // The person has confirmed; not again until showOutcome() has reported that write.
     void confirmed(const kmr::Values &values);
 
 protected:
     bool eventFilter(QObject *watched, QEvent *event) override;
 
 private:
+    void makeForm();
     void judge();
     void write();
 

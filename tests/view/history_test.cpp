@@ -136,6 +136,39 @@ private slots:
         QVERIFY(!recording.history.series(1).at(1795341601.6));
     }
 
+    // As of a float that is not a number.
+    void bitsAmongNumbersAreAGap_data()
+    {
+        QTest::addColumn<QString>("tag");
+        QTest::addColumn<QStringList>("values");
+        QTest::addColumn<QStringList>("held");
+        QTest::newRow("last") << "D50/float32" << QStringList{"1.5", "0x7FC00000"}
+                              << QStringList{"1.5", "none"};
+        QTest::newRow("first") << "D5/bcd" << QStringList{"0x00FA", "12"}
+                               << QStringList{"none", "12"};
+        QTest::newRow("all are hexadecimal")
+            << "D5/hex" << QStringList{"0x00FA", "0x0001"} << QStringList{"250", "1"};
+    }
+
+    void bitsAmongNumbersAreAGap()
+    {
+        QFETCH(QString, tag);
+        QFETCH(QStringList, values);
+        const QString path = m_folder.filePath("bits.csv");
+        writeTextFile(path, QString("time,%1,%1 quality\n"
+                                    "2026-11-22T10:00:00Z,%2,good\n"
+                                    "2026-11-22T10:00:10Z,%3,good\n")
+                                .arg(tag, values[0], values[1]));
+        Recording recording;
+        readRecording(path, recording);
+        QStringList held;
+        for (const double time : {1795341600.0, 1795341610.0}) {
+            const auto value = recording.history.series(1).at(time);
+            held.append(value ? QString::number(*value) : "none");
+        }
+        QTEST(held, "held");
+    }
+
     void anotherFileIsNoRecording()
     {
         const QString path = m_folder.filePath("other.csv");

@@ -5,9 +5,39 @@
 #include <QMessageBox>
 #include <QProgressBar>
 
+#include <fcntl.h>
 #include <sys/stat.h>
+#include <unistd.h>
+
+#include <algorithm>
 
 using namespace kmr;
+
+// A file whose reader waits until somebody writes it, or until the test ends.
+class Pipe {
+public:
+    explicit Pipe(QString path) : m_path(std::move(path))
+    {
+        if (::mkfifo(QFile::encodeName(m_path).constData(), 0600) != 0)
+            qFatal("no pipe");
+    }
+
+    ~Pipe()
+    {
+        ::close(::open(QFile::encodeName(m_path).constData(), O_RDWR | O_NONBLOCK));
+    }
+
+    Pipe(const Pipe &) = delete;
+    Pipe &operator=(const Pipe &) = delete;
+
+    const QString &path() const
+    {
+        return m_path;
+    }
+
+private:
+    const QString m_path;
+};
 
 class RecordedTest : public QObject {
     Q_OBJECT
@@ -39,31 +69,45 @@ private slots:
 
     void aFileIsReadWhileTheWindowGoesOn()
     {
-        const QString slow = pipe("slow.csv");
+        const Pipe slow(m_folder.filePath("slow.csv"));
         MainWindow window;
         window.show();
-        window.openRecorded(slow);
+        window.openRecorded(slow.path());
         auto *pages = child<QTabWidget>(window);
         QVERIFY(pages->currentWidget()->findChild<QProgressBar *>() != nullptr);
-        writeTextFile(slow, RECORDING);
+        writeTextFile(slow.path(), RECORDING);
         QTRY_VERIFY_WITH_TIMEOUT(pages->currentWidget()->findChild<TrendView *>() != nullptr,
                                  PATIENCE);
         QVERIFY(window.findChild<ReadingPage *>() == nullptr);
     }
 
-    void readingIsCancelled()
+    void readingIsCancelledThoughTheFileHangs()
     {
-        const QString slow = pipe("cancelled.csv");
+        const Pipe slow(m_folder.filePath("cancelled.csv"));
         MainWindow window;
         window.show();
         auto *pages = child<QTabWidget>(window);
         const int count = pages->count();
-        window.openRecorded(slow);
+        window.openRecorded(slow.path());
         QTest::keyClick(child<QPushButton>(window, "cancelReading"), Qt::Key_Space);
         QCOMPARE(pages->count(), count);
-        writeTextFile(slow, RECORDING);
         QTRY_VERIFY_WITH_TIMEOUT(window.findChild<ReadingPage *>() == nullptr, PATIENCE);
-        QCOMPARE(pages->count(), count);
+    }
+
+    void theProgressOfACaptureRisesOnce()
+    {
+        const QString path = m_folder.filePath("bus.kmr");
+        writeTextFile(path, "{\"kmr_capture\":1,\"begin\":\"2026-11-22T10:00:00.000Z\"}\n"
+                            "{\"us\":1250,\"sent\":\":01031064000187\\r\\n\"}\n"
+                            "{\"us\":2250,\"received\":\":010302000AF0\\r\\n\"}\n"
+                            "{\"us\":3250,\"sent\":\":01031064000187\\r\\n\"}\n");
+        std::vector<int> percents;
+        readFile(path, [&](int percent) {
+            percents.push_back(percent);
+            return true;
+        });
+        QVERIFY(std::is_sorted(percents.begin(), percents.end()));
+        QVERIFY(percents.front() == 0 && percents.back() > 66 && percents.back() <= 100);
     }
 
     void aFileThatIsNoRecordingIsRefused()
@@ -82,15 +126,6 @@ private slots:
 private:
     static constexpr const char *RECORDING =
         "time,D1 [bar],D1 quality\n2026-11-22T10:00:00Z,1,good\n";
-
-    // A file whose reader waits until somebody writes it.
-    QString pipe(const QString &name) const
-    {
-        QString path = m_folder.filePath(name);
-        if (::mkfifo(QFile::encodeName(path).constData(), 0600) != 0)
-            qFatal("no pipe");
-        return path;
-    }
 
     QTemporaryDir m_folder;
 };

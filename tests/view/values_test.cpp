@@ -190,6 +190,7 @@ private slots:
         line.setHits(Line::Hits::Writes);
         WriteDialog &dialog = typeValue(window, 0, "1");
         confirm(dialog);
+        dialog.setAttribute(Qt::WA_DeleteOnClose, false); // as if its deletion were late
         dialog.close();
         QTRY_VERIFY_WITH_TIMEOUT(window.findChild<QMessageBox *>() != nullptr, PATIENCE);
         QVERIFY(child<QMessageBox>(window)->text().startsWith("D100 = 1: Not written: refused"));
