@@ -16,8 +16,8 @@ const char *const HELP =
 If the station is silent, it sends one more and waits five times --timeout. If a peer over TCP still
 does not answer, it tries Modbus TCP and Modbus RTU and reports if the peer speaks one of these.
 With --try it sends one request in each usual framing until one is answered, and names that link.
-Ends with 0 if the line is good, 1 if only some requests are answered, 3 if the link could not
-be opened, 4 if there is no good answer, 5 if the requests are refused.
+Ends with 0 if the line is good, 1 if only some requests are answered or something else comes as
+well, 3 if the link could not be opened, 4 if there is no good answer, 5 if the requests are refused.
 
 Examples:
   kmr doctor --link serial:///dev/ttyUSB0?baud=19200

@@ -253,7 +253,7 @@ ExitCode runTagsImport(const Options &options, const TagsOptions &own)
                    .arg(file)
                    .arg(lines.size() - 1)
                    .arg(faults.size()));
-    return faults.isEmpty() && lines.size() > 1 ? ExitCode::Ok : ExitCode::ItemFailed;
+    return faults.isEmpty() ? ExitCode::Ok : ExitCode::ItemFailed;
 }
 
 } // namespace

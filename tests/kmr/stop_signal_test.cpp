@@ -1,5 +1,7 @@
 #include "kmr/stop_signal.h"
 
+#include "kmr/outcome.h"
+
 #include <gtest/gtest.h>
 
 #include <csignal>
@@ -35,6 +37,15 @@ TEST(StopSignal, ClosedTerminalMaySaySoTwice)
         std::exit(stopFlag() ? 1 : 0);
     };
     EXPECT_EXIT(hangUpUnderNohup(), testing::ExitedWithCode(0), "");
+}
+
+TEST(StopSignal, IsTheReasonWhyAnAnswerIsNotConfirmed)
+{
+    const RequestResult result{RequestResult::Outcome::Unknown, {ReplyFault::NotConfirmed, 0}};
+    EXPECT_TRUE(toText(result).startsWith("unknown: the answer is not confirmed"));
+    stopFlag() = true;
+    EXPECT_EQ(toText(result), "unknown: stopped before the answer was confirmed");
+    stopFlag() = false;
 }
 
 TEST(StopSignal, SecondOneEndsAProgramThatHangs)
